@@ -1,0 +1,95 @@
+#include "geomath/datum/datum.h"
+
+#include "geomath/base/angle.h"
+#include "geomath/base/batch.h"
+
+namespace zel_cs::geomath {
+
+Datum::Datum(Ellipsoid* e) : Datum(e, 0, 0, 0, 0, 0, 0, 0, userTypeUser, nullptr) {}
+
+Datum::Datum(Ellipsoid* e, const TAbstractPoint3<double>& shift,
+             const TAbstractPoint3<double>& rotation, double scale, userType user,
+             bool transformDisabled, const wchar_t* axes)
+    : AxisRotation(axes),
+      shift_(shift),
+      rotation_(rotation),
+      scaleChange_(scale),
+      transformDisabled_(transformDisabled),
+      ellipsoid_(e),
+      user_(user),
+      similarity_(shift, rotation * kRadPerArcSecond, scale) {}
+
+Datum::Datum(Ellipsoid* e, double dX, double dY, double dZ, double rX, double rY, double rZ,
+             double scale, userType user, const wchar_t* axes)
+    : Datum(e, {dX, dY, dZ}, {rX, rY, rZ}, scale, user, false, axes) {}
+
+Datum::Datum(const Datum&) = default;
+Datum& Datum::operator=(const Datum&) = default;
+Datum::~Datum() = default;
+
+void Datum::SetAxes(const wchar_t* axes) { AxisRotation::SetAxes(axes); }
+const wchar_t* Datum::GetAxes() const { return AxisRotation::GetAxes(); }
+unsigned char Datum::GetNEDir() const { return direction_; }
+
+bool Datum::ToWGS84Datum(TAbstractPoint3<double>& p) const {
+  if (transformDisabled_) return false;
+  if (!IsNull()) p = similarity_.ToWgs84(p);
+  return true;
+}
+
+bool Datum::ToWGS84Datum(double& X, double& Y, double& Z) const {
+  TAbstractPoint3<double> p(X, Y, Z);
+  if (!ToWGS84Datum(p)) return false;
+  X = p[0];
+  Y = p[1];
+  Z = p[2];
+  return true;
+}
+
+bool Datum::ToLocalDatum(TAbstractPoint3<double>& p) const {
+  if (transformDisabled_) return false;
+  if (!IsNull()) p = similarity_.ToLocal(p);
+  return true;
+}
+
+bool Datum::ToLocalDatum(double& X, double& Y, double& Z) const {
+  TAbstractPoint3<double> p(X, Y, Z);
+  if (!ToLocalDatum(p)) return false;
+  X = p[0];
+  Y = p[1];
+  Z = p[2];
+  return true;
+}
+
+bool Datum::BLH_to_XYZ(double& B, double& L, double& H) const {
+  Rotate(1, B, L);
+  return ellipsoid_ && ellipsoid_->BLH_to_XYZ(B, L, H);
+}
+
+bool Datum::BLH_to_XYZ(TAbstractPoint3<double>& p) const {
+  return ellipsoid_ && BLH_to_XYZ(p[0], p[1], p[2]);
+}
+
+bool Datum::XYZ_to_BLH(double& X, double& Y, double& Z) const {
+  if (!ellipsoid_ || !ellipsoid_->XYZ_to_BLH(X, Y, Z)) return false;
+  Rotate(0, X, Y);
+  return true;
+}
+
+bool Datum::XYZ_to_BLH(TAbstractPoint3<double>& p) const { return XYZ_to_BLH(p[0], p[1], p[2]); }
+
+bool Datum::IsNull() const { return shift_ == 0.0 && rotation_ == 0.0 && scaleChange_ == 0; }
+
+std::size_t Datum::ToWGS84DatumBatch(double* X, double* Y, double* Z, std::size_t count,
+                                     std::ptrdiff_t stride) const {
+  return ConvertEach([this](double& x, double& y, double& z) { return ToWGS84Datum(x, y, z); },
+                     count, stride, X, Y, Z);
+}
+
+std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_t count,
+                                     std::ptrdiff_t stride) const {
+  return ConvertEach([this](double& x, double& y, double& z) { return ToLocalDatum(x, y, z); },
+                     count, stride, X, Y, Z);
+}
+
+}  // namespace zel_cs::geomath

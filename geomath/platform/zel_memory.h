@@ -1,0 +1,27 @@
+#pragma once
+
+#include <cstddef>
+
+#include "geomath/export.h"
+
+/// Allocates for the classes of this library that hosts create and delete across module borders:
+/// the C runtime's malloc. Null when there is no memory; the memory is released with free.
+GEOMATH_API void* zel_operator_new(unsigned int bytes) noexcept;
+
+namespace zel_cs::geomath {
+
+/// Gives a class hierarchy one allocator, whichever module creates or deletes an object: memory
+/// comes from zel_operator_new and returns to free. The noexcept forms make a new-expression
+/// yield null, instead of throwing, when there is no memory. The placement forms do nothing.
+struct GEOMATH_API OnHostHeap {
+  static void* operator new(std::size_t bytes) noexcept;
+  static void* operator new[](std::size_t bytes) noexcept;
+  static void operator delete(void* memory) noexcept;
+  static void operator delete[](void* memory) noexcept;
+  static void* operator new(std::size_t, void* place) noexcept { return place; }
+  static void* operator new[](std::size_t, void* place) noexcept { return place; }
+  static void operator delete(void*, void*) noexcept {}
+  static void operator delete[](void*, void*) noexcept {}
+};
+
+}  // namespace zel_cs::geomath

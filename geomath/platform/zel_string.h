@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <utility>
+
+/// A string of names and keys. Comparison is case-sensitive, character by character.
+template <class Char>
+class CZelStringT {
+ public:
+  CZelStringT() = default;
+  /// A null pointer gives the empty string.
+  CZelStringT(const Char* text) : text_(text ? text : EmptyText()) {}
+
+  /// 0 when equal, otherwise negative or positive as the first difference says. Null compares as
+  /// the empty string.
+  int Compare(const Char* other) const { return text_.compare(other ? other : EmptyText()); }
+
+  operator const Char*() const { return text_.c_str(); }
+
+ private:
+  static const Char* EmptyText() {
+    static constexpr Char kEmpty[] = {Char{}};
+    return kEmpty;
+  }
+
+  std::basic_string<Char> text_;
+};

@@ -1,0 +1,216 @@
+#include "geomath/proj/geo_proj.h"
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/base/batch.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kNotComputed = 2147483647.0;
+constexpr int kMaxParams = 16;
+constexpr double kMeanEarthRadius = 6371000.0;  // metres, sphere of the height scale
+constexpr double kSmallestScale = 1e-20;
+constexpr double kMaxLatitude = kPi;  // deliberately loose
+constexpr double kMaxLongitude = 2 * kTwoPi;
+
+constexpr unsigned int kToUser = 0, kToInternal = 1;
+
+}  // namespace
+
+TGeoProj::TGeoProj()
+    : ell_(MakeEllipsoid(kWgs84A, kWgs84InvF)),
+      scale_(kNotComputed),
+      convergence_(kNotComputed),
+      paramCount_(0),
+      type_(ProjTypeNone),
+      flag_(true) {}
+
+TGeoProj::TGeoProj(unsigned int type, int paramCount, double a, double invF, bool flag)
+    : ell_(MakeEllipsoid(a, invF)),
+      scale_(1.0),
+      convergence_(0.0),
+      paramCount_(paramCount),
+      type_(static_cast<ProjType>(type)),
+      flag_(flag) {
+  if (type > static_cast<unsigned int>(ProjTypeNone) || paramCount > kMaxParams) {
+    paramCount_ = 0;
+    type_ = ProjTypeNone;
+  } else if (paramCount <= 0) {
+    type_ = ProjTypeNone;
+  }
+}
+
+TGeoProj::TGeoProj(const TGeoProj&) = default;
+
+TGeoProj& TGeoProj::operator=(const TGeoProj& other) {
+  if (this == &other) return *this;
+  CopyAxes(other);
+  geographicAxes_.CopyAxes(other.geographicAxes_);
+  ell_ = other.ell_;
+  scale_ = other.scale_;
+  convergence_ = other.convergence_;
+  paramCount_ = other.paramCount_;
+  type_ = other.type_;
+  flag_ = other.flag_;
+  ellipsoidFixed_ = other.ellipsoidFixed_;
+  label_ = other.label_;
+  return *this;
+}
+
+TGeoProj::~TGeoProj() = default;
+
+bool TGeoProj::Forward(double& b, double& l) {
+  RotateBL(kToInternal, b, l);
+  if (!_Forward(b, l)) return false;
+  RotateNE(kToUser, b, l);
+  return true;
+}
+
+bool TGeoProj::Inverse(double& n, double& e) {
+  RotateNE(kToInternal, n, e);
+  if (!_Inverse(n, e)) return false;
+  RotateBL(kToUser, n, e);
+  return true;
+}
+
+double TGeoProj::GetScale() const { return scale_; }
+double TGeoProj::GetConvergence() const { return convergence_; }
+
+void TGeoProj::SetParam(double, int, unsigned int) {}
+double TGeoProj::GetParam(int, unsigned int) const { return 0.0; }
+bool TGeoProj::GetCentralPoint(double&, double&, double&, double&) const { return false; }
+
+void TGeoProj::SetEllipsoid(double a, double invF) {
+  if (ellipsoidFixed_) return;
+  ell_ = MakeEllipsoid(a, invF);
+  Prepare();
+}
+
+double TGeoProj::FNorth() const { return 0.0; }
+double TGeoProj::FEast() const { return 0.0; }
+
+bool TGeoProj::IsAngleCoordValid(double b, double l) {
+  return std::abs(b) <= kMaxLatitude && std::abs(l) <= kMaxLongitude;
+}
+
+double TGeoProj::GetHScale(double h) { return 1 + h / kMeanEarthRadius; }
+
+namespace {
+
+bool GridToGround(TGeoProj& proj, double h, double& k) {
+  if (h == 0.0) {
+    k = 1 / k;
+    return true;
+  }
+  if (!(std::abs(k) >= kSmallestScale)) return false;
+  k = proj.GetHScale(h) / k;
+  return true;
+}
+
+}  // namespace
+
+bool TGeoProj::GetAvgGridScale(double& k, double n, double e, double h) {
+  return GetNEScale(k, n, e) && GridToGround(*this, h, k);
+}
+
+bool TGeoProj::GetAvgBLHScale(double& k, double b, double l, double h) {
+  return GetBLScale(k, b, l) && GridToGround(*this, h, k);
+}
+
+bool TGeoProj::GetNEScale(double& k, double n, double e) {
+  k = 1.0;
+  if (!Inverse(n, e) || !IsAngleCoordValid(n, e) || !Forward(n, e)) return false;
+  k = GetScale();
+  return true;
+}
+
+bool TGeoProj::GetBLScale(double& k, double b, double l) {
+  k = 1.0;
+  if (!IsAngleCoordValid(b, l) || !Forward(b, l) || !Inverse(b, l)) return false;
+  if (!IsAngleCoordValid(b, l)) return false;
+  k = GetScale();
+  return true;
+}
+
+void TGeoProj::SetEllipsoidFixed(bool fixed) { ellipsoidFixed_ = fixed; }
+bool TGeoProj::IsEllipsoidFixed() { return ellipsoidFixed_; }
+
+void TGeoProj::RotateNE(unsigned int dir, double& n, double& e) const { Rotate(dir, n, e); }
+void TGeoProj::RotateBL(unsigned int dir, double& b, double& l) const {
+  geographicAxes_.Rotate(dir, b, l);
+}
+void TGeoProj::SetNEAxes(const wchar_t* axes) { SetAxes(axes); }
+void TGeoProj::SetBLAxes(const wchar_t* axes) { geographicAxes_.SetAxes(axes); }
+unsigned char TGeoProj::GetNEDir() { return direction_; }
+
+bool TGeoProj::_Forward(double& b, double& l) {
+  PointFactors factors{scale_, convergence_};
+  if (!ForwardPoint(b, l, &factors)) return false;
+  scale_ = factors.scale;
+  convergence_ = factors.convergence;
+  return true;
+}
+
+bool TGeoProj::_Inverse(double& n, double& e) {
+  PointFactors factors{scale_, convergence_};
+  if (!InversePoint(n, e, &factors)) return false;
+  scale_ = factors.scale;
+  convergence_ = factors.convergence;
+  return true;
+}
+
+bool TGeoProj::ForwardPoint(double&, double&, PointFactors*) const { return false; }
+bool TGeoProj::InversePoint(double&, double&, PointFactors*) const { return false; }
+
+std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t count,
+                                   std::ptrdiff_t stride) const {
+  const auto convert = [this](double& b, double& l) {
+    RotateBL(kToInternal, b, l);
+    if (!ForwardPoint(b, l)) return false;
+    RotateNE(kToUser, b, l);
+    return true;
+  };
+  return ConvertEach(convert, count, stride, first, second);
+}
+
+std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t count,
+                                   std::ptrdiff_t stride) const {
+  const auto convert = [this](double& n, double& e) {
+    RotateNE(kToInternal, n, e);
+    if (!InversePoint(n, e)) return false;
+    RotateBL(kToUser, n, e);
+    return true;
+  };
+  return ConvertEach(convert, count, stride, first, second);
+}
+
+bool TGeoProj::CopyGeoProj(const TGeoProj* src) {
+  if (!src) return false;
+  if (src == this) return true;
+  type_ = src->type_;
+  paramCount_ = src->paramCount_;
+  scale_ = src->GetScale();
+  convergence_ = src->GetConvergence();
+  ell_ = src->ell_;
+  flag_ = src->flag_;
+  SetNEAxes(src->GetNEAxes());
+  SetBLAxes(src->GetBLAxes());
+  for (int i = 0; i < paramCount_; ++i) SetParam(src->GetParam(i, kUnitInternal), i, kUnitInternal);
+  return true;
+}
+
+// The text is this object's own, writable copy; AxisRotation only hands it out as const.
+wchar_t* TGeoProj::GetNEAxes() const { return const_cast<wchar_t*>(GetAxes()); }
+wchar_t* TGeoProj::GetBLAxes() const { return const_cast<wchar_t*>(geographicAxes_.GetAxes()); }
+
+double TGeoProj::DMSToRad(double degrees) const { return degrees * kRadPerDeg; }
+double TGeoProj::RadToDMS(double radians) const { return radians * kDegPerRad; }
+double TGeoProj::GradToDMS(double x) const { return x; }
+double TGeoProj::SecToRad(double arcSeconds) const { return (arcSeconds / 3600.0) * kRadPerDeg; }
+
+void TGeoProj::Prepare() {}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,156 @@
+#pragma once
+
+#include <cstddef>
+
+#include "geomath/base/axis_rotation.h"
+#include "geomath/base/ellipsoid.h"
+#include "geomath/export.h"
+#include "geomath/platform/zel_memory.h"
+#include "geomath/platform/zel_string.h"
+#include "geomath/proj/proj_type.h"
+
+namespace zel_cs::geomath {
+
+/// What a projection says about one point beside its coordinates. A class that does not compute
+/// one of the two leaves it as it was.
+struct PointFactors {
+  double scale = 1.0;        ///< point scale factor
+  double convergence = 0.0;  ///< meridian convergence, radians; a class's comment gives its sign
+};
+
+/// The base of every map projection: the ellipsoid, the axis descriptors of grid and geographic
+/// coordinates (the grid one is the AxisRotation base), kind and parameter count, and the scale and
+/// convergence of the last point. On its own it is the invalid projection: kind 40, every
+/// conversion fails.
+///
+/// Angles are radians and lengths metres; a pair is (latitude, longitude) or (northing, easting)
+/// unless axes are set. Nothing throws. Forward, Inverse and the scale queries store the factors of
+/// the last point, so that one object must not run them from two threads at once; ForwardPoint,
+/// InversePoint and the batches are const, store nothing, allocate nothing and may run from many.
+class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
+ public:
+  /// Kind 40, no parameters, WGS84; scale and convergence 2147483647.0, "not yet computed".
+  TGeoProj();
+  /// Scale 1, convergence 0. A kind above 40 or more than 16 parameters give kind 40 and no
+  /// parameters; without parameters the kind is 40. `flag` is carried along unread.
+  TGeoProj(unsigned int type, int paramCount, double a, double invF, bool flag);
+  TGeoProj(const TGeoProj& other);
+  /// Copies every member, the axes as they are (nothing is recomputed from their texts).
+  TGeoProj& operator=(const TGeoProj& other);
+  ~TGeoProj() override;
+
+  /// In place, the caller's geographic axes to the caller's grid axes. False when the projection
+  /// fails; the pair has then been rotated to internal axes and may hold partial results.
+  virtual bool Forward(double& b, double& l);
+  /// In place, the caller's grid axes to the caller's geographic axes; failure as in Forward.
+  virtual bool Inverse(double& n, double& e);
+
+  /// Point scale factor and convergence (radians) of the last point that was converted, or the
+  /// constructed values where the class computes none.
+  virtual double GetScale() const;
+  virtual double GetConvergence() const;
+
+  /// Parameters by index 0 … GetQParam() − 1 in the order of the class. Unit code 3 exchanges
+  /// angles in decimal degrees, every other code (callers use 2) in radians; lengths are metres
+  /// and factors plain numbers. An index outside reads 0.0 and writes nothing.
+  virtual void SetParam(double value, int index, unsigned int unit);
+  virtual double GetParam(int index, unsigned int unit) const;
+
+  /// Centre of the domain and its half extents, radians. False, arguments untouched, where the
+  /// class has none.
+  virtual bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const;
+
+  /// Replaces the ellipsoid (metres, inverse flattening) unless it is fixed.
+  virtual void SetEllipsoid(double a, double invF);
+
+  /// False northing and easting, metres.
+  virtual double FNorth() const;
+  virtual double FEast() const;
+
+  /// |b| ≤ π and |l| ≤ 4π. Kept: the bounds are this loose.
+  virtual bool IsAngleCoordValid(double b, double l);
+  /// Height scale 1 + h/6371000 at height h, metres.
+  virtual double GetHScale(double h);
+  /// The factor that carries a grid distance at (n, e) to the ground at height h: height scale
+  /// over point scale. False when the point scale cannot be had (k is then 1), or when it is below
+  /// 1e-20 and h is not 0 (k then holds it).
+  virtual bool GetAvgGridScale(double& k, double n, double e, double h);
+  /// The same at (b, l).
+  virtual bool GetAvgBLHScale(double& k, double b, double l, double h);
+  /// Point scale factor at a grid position. False with k = 1 when the point does not convert both
+  /// ways or its angles are not valid.
+  virtual bool GetNEScale(double& k, double n, double e);
+  /// Point scale factor at a geographic position; failure likewise.
+  virtual bool GetBLScale(double& k, double b, double l);
+
+  /// While fixed, SetEllipsoid does nothing.
+  virtual void SetEllipsoidFixed(bool fixed);
+  virtual bool IsEllipsoidFixed();
+
+  /// Axis orientation, as in AxisRotation: of the grid pair (NE) and the geographic pair (BL).
+  virtual void RotateNE(unsigned int dir, double& n, double& e) const;
+  virtual void RotateBL(unsigned int dir, double& b, double& l) const;
+  virtual void SetNEAxes(const wchar_t* axes);
+  virtual void SetBLAxes(const wchar_t* axes);
+  /// Direction code of the grid axes.
+  virtual unsigned char GetNEDir();
+
+  /// The projection itself on internal axes, in place: radians to metres, and back. These run
+  /// ForwardPoint and InversePoint and store the factors.
+  virtual bool _Forward(double& b, double& l);
+  virtual bool _Inverse(double& n, double& e);
+
+  /// The const, thread-safe form of _Forward: in place on internal axes; `factors`, when given,
+  /// receives what _Forward would have stored. False where the class's comment says so. The base,
+  /// and a host's class that overrides only _Forward, always fails here.
+  virtual bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const;
+  /// The const, thread-safe form of _Inverse.
+  virtual bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const;
+
+  /// Forward of `count` points in place, axes included; point i stands at index i * stride of both
+  /// arrays (stride 1 for two arrays, 2 for interleaved pairs). A point that fails, or whose result
+  /// is not finite, becomes NaN in both slots. Returns the number of points converted.
+  std::size_t ForwardBatch(double* first, double* second, std::size_t count,
+                           std::ptrdiff_t stride = 1) const;
+  /// Inverse of `count` points, likewise.
+  std::size_t InverseBatch(double* first, double* second, std::size_t count,
+                           std::ptrdiff_t stride = 1) const;
+
+  /// Takes over another projection's kind, parameter count, factors, ellipsoid, flag, axes texts
+  /// and parameter values; this object's ellipsoid-fixed flag and label stay. Meant for two objects
+  /// of one class. False for null; true without any change for this object itself.
+  bool CopyGeoProj(const TGeoProj* src);
+
+  int GetQParam() const { return paramCount_; }
+  ProjType GetType() const { return type_; }
+  const Ellipsoid& GetEllipsoid() const { return ell_; }
+
+  /// The axes texts, owned by this object, or null.
+  wchar_t* GetNEAxes() const;
+  wchar_t* GetBLAxes() const;
+
+  /// Angle conversions; "DMS" means plain decimal degrees.
+  double DMSToRad(double degrees) const;
+  double RadToDMS(double radians) const;
+  double GradToDMS(double x) const;  ///< returns its argument
+  double SecToRad(double arcSeconds) const;
+
+ protected:
+  /// Derives again what a class keeps of its parameters and the ellipsoid. SetEllipsoid calls it;
+  /// constructors and setters of a class with derived constants do too.
+  virtual void Prepare();
+
+  Ellipsoid ell_;
+  double scale_;        // point scale of the last point
+  double convergence_;  // of the last point, radians
+  int paramCount_;
+  ProjType type_;
+
+ private:
+  bool flag_;
+  bool ellipsoidFixed_ = false;
+  CZelStringT<wchar_t> label_;
+  AxisRotation geographicAxes_;
+};
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "geomath/base/ellipsoid.h"
+
+namespace zel_cs::geomath {
+
+/// The Gaussian conformal sphere that touches the ellipsoid at a normal latitude with stationary
+/// scale (Gauss 1844; Snyder 1987, p. 160; EPSG Guidance Note 7-2, method 9809):
+///   χ = gd(α·ψ(φ) + K),  Λ = α·(λ − λ0),  R = √(ρ0·ν0)
+/// Shared by the double stereographic, Swiss, Krovak and Gauss–Schreiber projections.
+class ConformalSphere {
+ public:
+  struct SinCos {
+    double sin, cos;
+  };
+
+  ConformalSphere() = default;
+  ConformalSphere(const Ellipsoid& ell, double normalLatitude);
+
+  /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
+  SinCos Latitude(double sinPhi, double cosPhi) const;
+  /// The spherical latitude χ, radians.
+  double Latitude(double phi) const;
+  /// The geodetic latitude of the spherical latitude χ, both radians; ±π/2 for ±π/2.
+  double Geodetic(double chi) const;
+
+  double R = 0;      ///< Gaussian radius at the normal latitude, metres
+  double alpha = 1;  ///< ratio of spherical to geodetic longitudes
+  double K = 0;      ///< constant of the isometric latitudes; exp(K) is the c of method 9809
+  double chi0 = 0;   ///< spherical latitude of the normal latitude, radians
+
+ private:
+  double e_ = 0;
+};
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,62 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Transverse Mercator by the fixed-order series with Roman-numeral terms (Redfearn 1948; Ordnance
+/// Survey, A guide to coordinate systems in Great Britain, annexe C).
+///
+/// Parameters: central meridian, scale on it, latitude of origin, false easting, false northing.
+/// Radians and metres. Never fails; at latitude ±π/2 and far from the central meridian results are
+/// the series' values. The forward series ends at Δλ⁶, the inverse one at ΔE⁷, and the footpoint
+/// iteration stops at 1 mm of arc: against an exact transverse Mercator 0.15 mm within 3° of the
+/// central meridian and 12 mm within 6° (forward), 1 mm and 27 mm (inverse). Longitudes of the
+/// inverse are not folded. Scale and convergence are not computed.
+class GEOMATH_API TTMProj : public TGeoProj {
+ public:
+  /// WGS84, all parameters 0, scale 1.
+  TTMProj();
+  TTMProj(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth);
+
+  double CM() const { return lambda0_; }
+  void CM(double value) { lambda0_ = value; }
+  double Scale() const { return k0_; }
+  void Scale(double value);
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  /// Radii of curvature on the scaled ellipsoid, metres, and η² = ν/ρ − 1.
+  struct Curvature {
+    double nu, rho, eta2;
+  };
+  Curvature CurvatureAt(double sinPhi) const;
+  double ArcFromOrigin(double phi, double sinPhi, double cosPhi) const;
+  static std::span<const ParamRow<TTMProj>> Params();
+
+  double lambda0_, k0_, phi0_, fEast_, fNorth_;
+
+  double aK0_, bK0_;          // scaled semi-axes, metres
+  double sin0_, cos0_;        // of φ0
+  double m1_, m2_, m3_, m4_;  // arc coefficients, in n
+};
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,66 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Transverse Mercator in the form of UTM and of the United States' grids: rectifying radius,
+/// footpoint latitude in closed form, longitude series to the seventh power (Stem 1989, NOAA
+/// Manual NOS NGS 5, pp. 32-37).
+///
+/// Parameters: central meridian, scale on it, latitude of origin, false easting, false northing. A
+/// UTM zone is nothing but its parameters (scale 0.9996, false easting 500000, false northing 0 or
+/// 10000000). Radians and metres. Never fails; far from the central meridian results are the
+/// series' values. Against an exact transverse Mercator: forward 0.03 mm within 3° of the central
+/// meridian (the arc's sin 8φ term is left out there, Kept) and 0.9 mm within 6°, inverse 0.01 mm
+/// and 2 mm. Longitudes of the inverse are not folded.
+///
+/// Computes the point scale and the convergence; the convergence is positive east of the central
+/// meridian in the northern hemisphere (geodetic azimuth = grid azimuth + convergence).
+class GEOMATH_API TUTMProj : public TGeoProj {
+ public:
+  /// WGS84, all parameters 0, scale 1.
+  TUTMProj();
+  TUTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
+           double fNorth);
+
+  double CM() const { return lambda0_; }
+  void CM(double value) { lambda0_ = value; }
+  double Scale() const { return k0_; }
+  void Scale(double value);
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  double ForwardArc(double phi, double sinPhi, double cosPhi) const;
+  PointFactors FactorsAt(double lambda, double sinPhi, double cosPhi, double foldedL) const;
+  static std::span<const ParamRow<TUTMProj>> Params();
+
+  double lambda0_, k0_, phi0_, fEast_, fNorth_;
+
+  MeridianSeries series_;
+  double rK0_;            // scaled rectifying radius, metres
+  double aK0_;            // scaled semi-major axis, metres
+  double forwardOrigin_;  // arc of φ0 as the forward direction counts it, metres
+  double inverseOrigin_;  // as the inverse direction counts it, sin 8φ included
+};
+
+}  // namespace zel_cs::geomath
