@@ -20,7 +20,11 @@ CosinePowerSeries::CosinePowerSeries(double c2, double c4, double c6, double c8)
       p6_(128 * c8) {}
 
 double CosinePowerSeries::operator()(double x) const {
-  const double sinX = std::sin(x), cosX = std::cos(x), cos2 = cosX * cosX;
+  return (*this)(x, std::sin(x), std::cos(x));
+}
+
+double CosinePowerSeries::operator()(double x, double sinX, double cosX) const {
+  const double cos2 = cosX * cosX;
   return x + sinX * cosX * (p0_ + cos2 * (p2_ + cos2 * (p4_ + cos2 * p6_)));
 }
 

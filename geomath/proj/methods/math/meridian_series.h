@@ -10,6 +10,8 @@ class CosinePowerSeries {
  public:
   CosinePowerSeries(double c2, double c4, double c6, double c8);
   double operator()(double x) const;
+  /// The same where sine and cosine of x are known.
+  double operator()(double x, double sinX, double cosX) const;
 
  private:
   double p0_, p2_, p4_, p6_;
@@ -23,6 +25,9 @@ struct MeridianSeries {
 
   /// Arc from the equator to latitude phi, metres.
   double Arc(double phi) const { return r * arc(phi); }
+  double Arc(double phi, double sinPhi, double cosPhi) const {
+    return r * arc(phi, sinPhi, cosPhi);
+  }
   /// Latitude whose arc from the equator is `metres`.
   double Footpoint(double metres) const { return footpoint(metres / r); }
 
