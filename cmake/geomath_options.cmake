@@ -11,3 +11,11 @@ elseif(MSVC)
   target_compile_options(geomath_options INTERFACE
     /W4 /utf-8 /fp:precise $<$<BOOL:${GEOMATH_WERROR}>:/WX>)
 endif()
+
+# GEOMATH_SANITIZE=address,undefined and the like: the sanitizers of every target.
+set(GEOMATH_SANITIZE "" CACHE STRING "Sanitizers to build with, as of -fsanitize")
+if(GEOMATH_SANITIZE)
+  add_compile_options(-fsanitize=${GEOMATH_SANITIZE} -fno-sanitize-recover=all
+                      -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=${GEOMATH_SANITIZE})
+endif()
