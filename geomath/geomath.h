@@ -8,6 +8,8 @@
 #include "geomath/base/grid_rgn.h"
 #include "geomath/base/metric_unit.h"
 #include "geomath/base/rect_rgn.h"
+#include "geomath/chain/coordinate_chain.h"
+#include "geomath/chain/geoid_height.h"
 #include "geomath/datum/datum.h"
 #include "geomath/platform/system_time.h"
 #include "geomath/platform/zel_logging.h"

@@ -1,0 +1,239 @@
+#include "geomath/chain/coordinate_chain.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+#include "geomath/base/angle.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr unsigned int kToUser = 0, kToInternal = 1;
+constexpr double kMaxLatitude = kHalfPi + 1e-12;  // the pole, and the rounding of an inverse there
+
+// Points that go through all steps together: the columns stay in the first-level cache.
+constexpr std::size_t kBlockSize = 256;
+
+// Search of the ellipsoidal height that belongs to a height above a geoid (HeightToEllipsoid).
+// A rest of 1e-6 m moves the position by 1e-6 m times the angle between the two ellipsoid normals,
+// 1e-10 m or less, and the geoid height by less than that.
+constexpr double kHeightTolerance = 1e-6;  // metres
+constexpr int kMaxHeightRounds = 10;       // each leaves 1e-4 of the rest or less; 3 do
+
+}  // namespace
+
+struct CoordinateChain::Block {
+  std::size_t count;
+  double x[kBlockSize], y[kBlockSize], h[kBlockSize];
+  ChainStep failed[kBlockSize];
+
+  bool Alive(std::size_t i) const { return failed[i] == ChainStep::none; }
+
+  void Fail(std::size_t i, ChainStep step) {
+    failed[i] = step;
+    x[i] = y[i] = h[i] = kNaN;
+  }
+
+  // Blames `step` for every point that it has left without finite coordinates.
+  void Check(ChainStep step) {
+    for (std::size_t i = 0; i < count; ++i) {
+      const bool finite = std::isfinite(x[i]) && std::isfinite(y[i]) && std::isfinite(h[i]);
+      if (!finite && Alive(i)) Fail(i, step);
+    }
+  }
+
+  void FailAll(ChainStep step) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (Alive(i)) Fail(i, step);
+    }
+  }
+
+  void CheckLatitudes(ChainStep step) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (Alive(i) && !(std::abs(x[i]) <= kMaxLatitude)) Fail(i, step);
+    }
+  }
+
+  // An object without axes text has north and east, where a rotation changes nothing.
+  void RotateGeographic(const TGeoProj* projection, unsigned int direction) {
+    if (!projection || !projection->GetBLAxes()) return;
+    for (std::size_t i = 0; i < count; ++i) projection->RotateBL(direction, x[i], y[i]);
+  }
+};
+
+const char* ChainStepName(ChainStep step) {
+  static constexpr const char* names[] = {
+      "none",           "the input", "the global ellipsoid", "the datum", "the local ellipsoid",
+      "the projection", "the geoid",
+  };
+  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::geoid) + 1);
+  const auto index = static_cast<std::size_t>(step);
+  return index < std::size(names) ? names[index] : "an unknown step";
+}
+
+// Global to local on the geocentric way.
+void CoordinateChain::DatumToLocal(Block& p) const {
+  if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
+  const Ellipsoid* local = datum_->GetEllipsoid();
+  if (!local) return p.FailAll(ChainStep::localEllipsoid);
+  global_->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::globalEllipsoid);
+  datum_->ToLocalDatumBatch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::datum);
+  local->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::localEllipsoid);
+}
+
+void CoordinateChain::DatumToGlobal(Block& p) const {
+  const Ellipsoid* local = datum_->GetEllipsoid();
+  if (!local) return p.FailAll(ChainStep::localEllipsoid);
+  if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
+  local->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::localEllipsoid);
+  datum_->ToWGS84DatumBatch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::datum);
+  global_->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count);
+  p.Check(ChainStep::globalEllipsoid);
+}
+
+void CoordinateChain::ToLocalBlock(Block& p) const {
+  p.RotateGeographic(projection_, kToInternal);
+  p.CheckLatitudes(ChainStep::input);
+
+  const bool geoidFirst = geoid_ && geoidFrame_ == GeoidFrame::global;
+  double aboveGeoid[kBlockSize];
+  const auto subtractGeoid = [&] {
+    double geoidHeight[kBlockSize];
+    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    for (std::size_t i = 0; i < p.count; ++i) {
+      aboveGeoid[i] = p.h[i] - geoidHeight[i];
+      if (p.Alive(i) && !std::isfinite(aboveGeoid[i])) p.Fail(i, ChainStep::geoid);
+    }
+  };
+
+  if (geoidFirst) subtractGeoid();
+  if (datum_) DatumToLocal(p);
+  if (geoid_ && !geoidFirst) subtractGeoid();
+  if (geoid_) std::copy_n(aboveGeoid, p.count, p.h);
+
+  if (!projection_) return;
+  p.RotateGeographic(projection_, kToUser);
+  projection_->ForwardBatch(p.x, p.y, p.count);
+  p.Check(ChainStep::projection);
+}
+
+// Where the geoid belongs to the global ellipsoid, its height is needed at a global position that
+// depends, weakly, on the ellipsoidal height that is sought: a fixed point. Every round carries
+// the point to the global ellipsoid with the height so far, compares the height that comes out
+// with H + N there, and corrects by the difference. Without a datum, or with a geoid on the local
+// ellipsoid, position and height stand on one ellipsoid and H + N is the answer.
+void CoordinateChain::HeightToEllipsoid(Block& p) const {
+  const bool sameEllipsoid = !datum_ || geoidFrame_ == GeoidFrame::local;
+  double b[kBlockSize], l[kBlockSize], aboveGeoid[kBlockSize], ellipsoidal[kBlockSize];
+  double geoidHeight[kBlockSize];
+  std::copy_n(p.x, p.count, b);
+  std::copy_n(p.y, p.count, l);
+  std::copy_n(p.h, p.count, aboveGeoid);
+  std::copy_n(p.h, p.count, ellipsoidal);
+
+  double rest[kBlockSize];
+  for (int round = 0; round < kMaxHeightRounds; ++round) {
+    if (!sameEllipsoid) {
+      std::copy_n(b, p.count, p.x);
+      std::copy_n(l, p.count, p.y);
+      std::copy_n(ellipsoidal, p.count, p.h);
+      DatumToGlobal(p);
+    }
+    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    double worst = 0;
+    for (std::size_t i = 0; i < p.count; ++i) {
+      const double wanted = aboveGeoid[i] + geoidHeight[i];
+      rest[i] = sameEllipsoid ? 0 : wanted - p.h[i];
+      p.h[i] = wanted;
+      ellipsoidal[i] += rest[i];
+      if (p.Alive(i) && !std::isfinite(wanted)) p.Fail(i, ChainStep::geoid);
+      if (p.Alive(i)) worst = std::max(worst, std::abs(rest[i]));
+    }
+    if (worst <= kHeightTolerance) break;
+  }
+  for (std::size_t i = 0; i < p.count; ++i) {
+    if (p.Alive(i) && !(std::abs(rest[i]) <= kHeightTolerance)) p.Fail(i, ChainStep::geoid);
+  }
+  if (datum_ && sameEllipsoid) DatumToGlobal(p);
+}
+
+void CoordinateChain::ToGlobalBlock(Block& p) const {
+  if (projection_) {
+    projection_->InverseBatch(p.x, p.y, p.count);
+    p.Check(ChainStep::projection);
+    p.RotateGeographic(projection_, kToInternal);
+  }
+  p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
+  if (geoid_)
+    HeightToEllipsoid(p);
+  else if (datum_)
+    DatumToGlobal(p);
+  p.RotateGeographic(projection_, kToUser);
+}
+
+ChainResult CoordinateChain::RunPoint(BlockStep steps, double& x, double& y, double& h) const {
+  double px = x, py = y, ph = h;
+  ChainResult result;
+  if (RunBatch(steps, &px, &py, &ph, 1, 1, &result.failedAt) == 1) {
+    x = px;
+    y = py;
+    h = ph;
+  }
+  return result;
+}
+
+std::size_t CoordinateChain::RunBatch(BlockStep steps, double* x, double* y, double* h,
+                                      std::size_t count, std::ptrdiff_t stride,
+                                      ChainStep* failedAt) const {
+  std::size_t converted = 0;
+  Block block;
+  for (std::size_t first = 0; first < count; first += kBlockSize) {
+    block.count = std::min(kBlockSize, count - first);
+    const auto at = [&](std::size_t i) { return static_cast<std::ptrdiff_t>(first + i) * stride; };
+    for (std::size_t i = 0; i < block.count; ++i) {
+      block.x[i] = x[at(i)];
+      block.y[i] = y[at(i)];
+      block.h[i] = h[at(i)];
+      block.failed[i] = ChainStep::none;
+    }
+    block.Check(ChainStep::input);
+    (this->*steps)(block);
+    for (std::size_t i = 0; i < block.count; ++i) {
+      const bool alive = block.Alive(i);
+      x[at(i)] = alive ? block.x[i] : kNaN;
+      y[at(i)] = alive ? block.y[i] : kNaN;
+      h[at(i)] = alive ? block.h[i] : kNaN;
+      converted += alive;
+      if (failedAt) failedAt[first + i] = block.failed[i];
+    }
+  }
+  return converted;
+}
+
+ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h) const {
+  return RunPoint(&CoordinateChain::ToLocalBlock, b, l, h);
+}
+
+ChainResult CoordinateChain::ToGlobal(double& n, double& e, double& h) const {
+  return RunPoint(&CoordinateChain::ToGlobalBlock, n, e, h);
+}
+
+std::size_t CoordinateChain::ToLocalBatch(double* b, double* l, double* h, std::size_t count,
+                                          std::ptrdiff_t stride, ChainStep* failedAt) const {
+  return RunBatch(&CoordinateChain::ToLocalBlock, b, l, h, count, stride, failedAt);
+}
+
+std::size_t CoordinateChain::ToGlobalBatch(double* n, double* e, double* h, std::size_t count,
+                                           std::ptrdiff_t stride, ChainStep* failedAt) const {
+  return RunBatch(&CoordinateChain::ToGlobalBlock, n, e, h, count, stride, failedAt);
+}
+
+}  // namespace zel_cs::geomath
