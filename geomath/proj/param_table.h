@@ -46,4 +46,11 @@ void WriteParam(Proj& proj, std::span<const ParamRow<Proj>> rows, double value, 
   if (row.refresh) (proj.*row.refresh)();
 }
 
+/// An integer parameter (zone number, system code), which the table keeps as a double: its whole
+/// part, and 0 where that does not fit an int.
+inline int ParamAsInt(double value) {
+  constexpr double kAbove = 2147483648.0;  // 2³¹
+  return value > -kAbove - 1 && value < kAbove ? static_cast<int>(value) : 0;
+}
+
 }  // namespace zel_cs::geomath
