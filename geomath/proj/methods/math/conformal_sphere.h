@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/base/ellipsoid.h"
+#include "geomath/proj/methods/math/latitude.h"
 
 namespace zel_cs::geomath {
 
@@ -10,10 +11,6 @@ namespace zel_cs::geomath {
 /// Shared by the double stereographic, Swiss, Krovak and Gauss–Schreiber projections.
 class ConformalSphere {
  public:
-  struct SinCos {
-    double sin, cos;
-  };
-
   ConformalSphere() = default;
   ConformalSphere(const Ellipsoid& ell, double normalLatitude);
 
@@ -23,6 +20,8 @@ class ConformalSphere {
   double Latitude(double phi) const;
   /// The geodetic latitude of the spherical latitude χ, both radians; ±π/2 for ±π/2.
   double Geodetic(double chi) const;
+  /// The same from sine and cosine, which may carry a common positive rounding factor.
+  double Geodetic(SinCos chi) const;
 
   double R = 0;      ///< Gaussian radius at the normal latitude, metres
   double alpha = 1;  ///< ratio of spherical to geodetic longitudes
@@ -30,7 +29,7 @@ class ConformalSphere {
   double chi0 = 0;   ///< spherical latitude of the normal latitude, radians
 
  private:
-  double e_ = 0;
+  ConformalLatitude latitude_;
 };
 
 }  // namespace zel_cs::geomath

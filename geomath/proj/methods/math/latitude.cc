@@ -3,8 +3,17 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/multiple_angles.h"
 
 namespace zel_cs::geomath {
+namespace {
+
+// The largest |n| for which the first neglected term of the series to n⁶, 50·n⁷, and that of the
+// expansions in e²·sin²φ stay below 1e-16.
+constexpr double kSeriesThirdFlattening = 0.0025;
+constexpr int kLatitudeSteps = 20;
+
+}  // namespace
 
 double IsometricLatitude(double sinPhi, double cosPhi, double e) {
   return std::asinh(sinPhi / cosPhi) - e * std::atanh(e * sinPhi);
@@ -25,6 +34,75 @@ double LatitudeFromIsometric(double psi, double e) {
     if (settled) break;
   }
   return phi;
+}
+
+ConformalLatitude::ConformalLatitude(const Ellipsoid& ell)
+    : e_(ell.e), e2_(ell.e2), nearSphere_(std::abs(ell.n) <= kSeriesThirdFlattening) {
+  // Kawase 2011, Bulletin of the Geospatial Information Authority of Japan 59, eq. 8; the same as
+  // Karney 2024, "On auxiliary latitudes", eq. A6.
+  const double n = ell.n, n2 = n * n, n3 = n2 * n, n4 = n3 * n, n5 = n4 * n, n6 = n5 * n;
+  toGeodetic_[0] =
+      2 * n - 2.0 / 3 * n2 - 2 * n3 + 116.0 / 45 * n4 + 26.0 / 45 * n5 - 2854.0 / 675 * n6;
+  toGeodetic_[1] =
+      7.0 / 3 * n2 - 8.0 / 5 * n3 - 227.0 / 45 * n4 + 2704.0 / 315 * n5 + 2323.0 / 945 * n6;
+  toGeodetic_[2] = 56.0 / 15 * n3 - 136.0 / 35 * n4 - 1262.0 / 105 * n5 + 73814.0 / 2835 * n6;
+  toGeodetic_[3] = 4279.0 / 630 * n4 - 332.0 / 35 * n5 - 399572.0 / 14175 * n6;
+  toGeodetic_[4] = 4174.0 / 315 * n5 - 144838.0 / 6237 * n6;
+  toGeodetic_[5] = 601676.0 / 22275 * n6;
+}
+
+// e·artanh(e·sin φ), by which the isometric latitude falls short of the spherical one. Near the
+// sphere its power series; the first term left out is below 1e-17.
+double ConformalLatitude::Excess(double s) const {
+  if (!nearSphere_) return e_ * std::atanh(e_ * s);
+  constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
+  const double x = e2_ * (s * s);
+  return e2_ * s * (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
+}
+
+// The T of the addition theorem; near the sphere by the power series of the hyperbolic tangent,
+// whose argument is at most 0.01.
+double ConformalLatitude::TanhExcess(double s) const {
+  const double x = Excess(s);
+  if (!nearSphere_) return std::tanh(x);
+  const double x2 = x * x;
+  return x * (1 - x2 * (1.0 / 3 - x2 * (2.0 / 15 - x2 * (17.0 / 315))));
+}
+
+double ConformalLatitude::Isometric(double sinPhi, double cosPhi) const {
+  const double spherical = std::log((1 + std::abs(sinPhi)) / cosPhi);
+  return std::copysign(spherical, sinPhi) - Excess(sinPhi);
+}
+
+double ConformalLatitude::Isometric(double phi) const {
+  return Isometric(std::sin(phi), std::cos(phi));
+}
+
+SinCos ConformalLatitude::FromGeodetic(double sinPhi, double cosPhi) const {
+  const double T = TanhExcess(sinPhi);
+  const double divisor = 1 - T * sinPhi;
+  return {(sinPhi - T) / divisor, cosPhi * std::sqrt(1 - T * T) / divisor};
+}
+
+double ConformalLatitude::ToGeodetic(SinCos chi) const {
+  if (nearSphere_) {
+    const double sin2 = 2 * chi.sin * chi.cos, cos2 = (chi.cos - chi.sin) * (chi.cos + chi.sin);
+    return std::atan2(chi.sin, chi.cos) + ClenshawSin(toGeodetic_, sin2, cos2);
+  }
+  double s = chi.sin, c = chi.cos;
+  for (int i = 0; i < kLatitudeSteps; ++i) {
+    const double T = TanhExcess(s);
+    const double divisor = 1 + T * chi.sin;
+    s = (chi.sin + T) / divisor;
+    c = chi.cos * std::sqrt(1 - T * T) / divisor;
+  }
+  return std::atan2(s, c);
+}
+
+double ConformalLatitude::FromIsometric(double psi) const {
+  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
+  const double divisor = 1 + decay2;
+  return ToGeodetic({std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor});
 }
 
 double ParallelRadius(double sinPhi, double cosPhi, double e2) {
