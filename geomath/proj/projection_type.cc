@@ -1,0 +1,139 @@
+#include "geomath/proj/projection_type.h"
+
+#include <deque>
+#include <vector>
+
+#include "geomath/proj/proj_types.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr int kMaxParams = 16;
+
+/// Loader of one of this library's own kinds.
+class BuiltInLoader final : public TProjectionTypeLoader {
+ public:
+  explicit BuiltInLoader(ProjectionType* (*create)()) : create_(create) {}
+  ProjectionType* Create() override { return create_(); }
+
+ private:
+  ProjectionType* (*create_)();
+};
+
+/// The registry holds the loaders of the built-in kinds itself and enters them from their table
+/// when it is made, so that they are there in a static build too and however early it is asked.
+class Registry {
+ public:
+  static Registry& Instance() {
+    static Registry registry;
+    return registry;
+  }
+
+  void Add(const CZelStringT<wchar_t>& key, TProjectionTypeLoader* loader) {
+    entries_.push_back({key, loader});
+  }
+
+  void Remove(const TProjectionTypeLoader* loader) {
+    std::erase_if(entries_, [loader](const Entry& entry) { return entry.loader == loader; });
+  }
+
+  TProjectionTypeLoader* Find(const CZelStringT<wchar_t>& key) const {
+    for (const Entry& entry : entries_)
+      if (entry.key.Compare(key) == 0) return entry.loader;
+    return nullptr;
+  }
+
+ private:
+  struct Entry {
+    CZelStringT<wchar_t> key;
+    TProjectionTypeLoader* loader;
+  };
+
+  Registry() {
+    for (const ProjTypeKey& row : BuiltInProjTypes())
+      Add(row.key, &builtIns_.emplace_back(row.create));
+  }
+
+  std::deque<BuiltInLoader> builtIns_;
+  std::vector<Entry> entries_;
+};
+
+}  // namespace
+
+ProjectionType::ProjectionType(unsigned int type, int count, char** names)
+    : count_(count), names_(names), type_(static_cast<ProjType>(type)) {
+  if (type > static_cast<unsigned int>(ProjTypeNone) || count > kMaxParams) {
+    count_ = 0;
+    type_ = ProjTypeNone;
+  } else if (count <= 0) {
+    type_ = ProjTypeNone;
+  }
+}
+
+ProjectionType::~ProjectionType() = default;
+
+char* ProjectionType::GetParamName(int) const { return nullptr; }
+int ProjectionType::GetParamType(int) const { return kParamTypeNone; }
+int ProjectionType::SpecifyParam(int) const { return kParamSpecNone; }
+bool ProjectionType::DoConvertToUnit() const { return true; }
+
+}  // namespace zel_cs::geomath
+
+using zel_cs::geomath::ProjType;
+using zel_cs::geomath::Registry;
+
+TProjectionTypeLoader::TProjectionTypeLoader(const CZelStringT<wchar_t>& key) : registered_(true) {
+  TProjectionType::RegisterProjTypeLoader(key, this);
+}
+
+TProjectionTypeLoader::~TProjectionTypeLoader() {
+  if (registered_) Registry::Instance().Remove(this);
+}
+
+TProjectionType::TProjectionType() = default;
+TProjectionType::~TProjectionType() = default;
+
+long TProjectionType::Load(const CZelStringT<wchar_t>& key) {
+  TProjectionTypeLoader* loader = Registry::Instance().Find(key);
+  std::unique_ptr<zel_cs::geomath::ProjectionType> created(loader ? loader->Create() : nullptr);
+  if (!created) return 1;
+  description_ = std::move(created);
+  return 0;
+}
+
+long TProjectionType::LoadProjType(TProjectionType*& out, const CZelStringT<wchar_t>& key) {
+  out = nullptr;
+  std::unique_ptr<TProjectionType> handle(new TProjectionType);
+  const long result = handle ? handle->Load(key) : 1;
+  if (result == 0) out = handle.release();
+  return result;
+}
+
+void TProjectionType::RegisterProjTypeLoader(const CZelStringT<wchar_t>& key,
+                                             TProjectionTypeLoader* loader) {
+  Registry::Instance().Add(key, loader);
+}
+
+int TProjectionType::GetQParam() const { return description_ ? description_->GetQParam() : 0; }
+
+char* TProjectionType::GetParamName(int index) const {
+  return description_ ? description_->GetParamName(index) : nullptr;
+}
+
+int TProjectionType::GetParamType(int index) const {
+  return description_ ? description_->GetParamType(index) : zel_cs::geomath::kParamTypeNone;
+}
+
+int TProjectionType::SpecifyParam(int index) const {
+  return description_ ? description_->SpecifyParam(index) : zel_cs::geomath::kParamSpecNone;
+}
+
+ProjType TProjectionType::GetType() const {
+  return description_ ? description_->GetType() : zel_cs::geomath::ProjTypeNone;
+}
+
+bool TProjectionType::DoConvertToUnit(int index) const {
+  if (!description_ || !description_->DoConvertToUnit()) return false;
+  const int type = description_->GetParamType(index);
+  return type == zel_cs::geomath::kParamTypeAngle || type == zel_cs::geomath::kParamTypeLinear;
+}
