@@ -18,6 +18,7 @@
 #include "geomath/platform/zel_string.h"
 #include "geomath/platform/zel_vector.h"
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/o_mercator_proj.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "geomath/proj/proj_type.h"
