@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/math/central_point.h"
+
 namespace zel_cs::geomath {
 
 std::span<const ParamRow<TOMercatorProj>> TOMercatorProj::Params() {
@@ -50,10 +52,7 @@ void TOMercatorProj::SetParam(double value, int index, unsigned int unit) {
 }
 
 bool TOMercatorProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  b0 = phiC_;
-  l0 = lambdaC_;
-  db = dl = kObliqueHalfExtent;
-  return true;
+  return ObliqueCentralPoint(phiC_, lambdaC_, b0, l0, db, dl);
 }
 
 void TOMercatorProj::Prepare() {

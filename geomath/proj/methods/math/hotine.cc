@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/base/angle.h"
 
 // Equation numbers are Snyder 1987. His Q, S, T, V, U are written with the isometric latitude ψ:
 //   Q = E/t^B = exp(B·ψ + C), C = ln E;  S = sinh(B·ψ + C), T = cosh(B·ψ + C);  V = sin(B·Δλ)
@@ -17,7 +17,7 @@ constexpr double kRightAngle = 1e-15;  // how close |sin α| comes to 1 for an a
 
 }  // namespace
 
-Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e_(ell.e), e2_(ell.e2) {
+Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e2_(ell.e2), latitude_(ell) {
   const double sinC = std::sin(line.phiC), cosC = std::cos(line.phiC);
   const double sinA = std::sin(line.azimuth), cosA = std::cos(line.azimuth);
   const double w2 = 1 - e2_ * (sinC * sinC), cos2 = cosC * cosC;
@@ -30,8 +30,8 @@ Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e_(ell.e), e
   // D² − 1 = (1 − e²)·tan²φc/(1 − e²·sin²φc), so that D is never below 1.
   const double G = axes * sinC / (cosC * std::sqrt(w2));
   const double D = std::sqrt(1 + G * G);
-  C = std::asinh(G) - B * IsometricLatitude(sinC, cosC, e_);  // 9-36
-  sinGamma0 = sinA / D;                                       // 9-37
+  C = std::asinh(G) - B * latitude_.Isometric(sinC, cosC);  // 9-36
+  sinGamma0 = sinA / D;                                     // 9-37
   const double rest = std::sqrt(G * G + cosA * cosA);
   cosGamma0 = rest / D;
 
@@ -47,8 +47,8 @@ double Hotine::CylinderScale(double sinPhi, double cosPhi) const {
 
 Hotine::Skew Hotine::Forward(double phi, double lambda, double* scale) const {
   const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const double Q = std::exp(B * IsometricLatitude(sinPhi, cosPhi, e_) + C);  // 9-25
-  const double S = (Q - 1 / Q) / 2;                                          // 9-26
+  const double Q = std::exp(B * latitude_.Isometric(sinPhi, cosPhi) + C);  // 9-25
+  const double S = (Q - 1 / Q) / 2;                                        // 9-26
   const double turn = B * (lambda - lambda0);
   const double V = std::sin(turn), cosTurn = std::cos(turn);  // 9-28
 
@@ -75,7 +75,7 @@ Hotine::Geographic Hotine::Inverse(Skew point, double* scale) const {
     return {phi, lambda0};
   }
   const double reach = std::sqrt(side * side + cosTurn * cosTurn);
-  const double phi = LatitudeFromIsometric((std::asinh(up / reach) - C) / B, e_);  // 9-44, 7-9
+  const double phi = latitude_.FromIsometric((std::asinh(up / reach) - C) / B);  // 9-44, 7-9
   if (scale) *scale = CylinderScale(std::sin(phi), std::cos(phi)) * reach;
   return {phi, lambda0 - std::atan2(side, cosTurn) / B};  // 9-48
 }

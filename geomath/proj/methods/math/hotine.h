@@ -1,13 +1,10 @@
 #pragma once
 
-#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/latitude.h"
 
 namespace zel_cs::geomath {
-
-/// Half extent in latitude and longitude that an oblique projection reports around its centre.
-inline constexpr double kObliqueHalfExtent = kPi / 4 - 1e-6;
 
 /// Hotine's oblique Mercator on plain numbers (Hotine 1946-47; Snyder 1987, pp. 66-75, alternate B;
 /// EPSG Guidance Note 7-2, methods 9812 and 9815): the ellipsoid onto the aposphere, and that onto
@@ -50,7 +47,8 @@ class Hotine {
   double lambda0 = 0;    ///< longitude of the natural origin
 
  private:
-  double a_ = 0, e_ = 0, e2_ = 0;
+  double a_ = 0, e2_ = 0;
+  ConformalLatitude latitude_;
 };
 
 /// Hotine's projection with its skew coordinates turned into northing and easting:
