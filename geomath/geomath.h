@@ -17,6 +17,7 @@
 #include "geomath/platform/zel_memory.h"
 #include "geomath/platform/zel_string.h"
 #include "geomath/platform/zel_vector.h"
+#include "geomath/proj/factory.h"
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
 #include "geomath/proj/methods/tm_proj.h"

@@ -1,0 +1,21 @@
+#pragma once
+
+#include "geomath/export.h"
+#include "geomath/platform/zel_string.h"
+#include "geomath/proj/geo_proj.h"
+
+namespace zel_cs::geomath {
+
+/// A new projection, owned by the caller, with the default parameters of its name on the ellipsoid
+/// of semi-major axis `a` (metres) and inverse flattening `invF`. The names are identifiers of file
+/// formats and user interfaces ("TMERC", "STER", "LC", ...), letter case included, not class names.
+/// An unknown name gives the plain TGeoProj of kind 40 on WGS84. The classes of 1927 ("AK01",
+/// "AK29", "TM27", "LC27") have their ellipsoid built in and leave `a` and `invF` unused. Null when
+/// there is no memory. Safe to call from several threads.
+GEOMATH_API TGeoProj* _GetProjByName(const CZelStringT<wchar_t>& name, double a, double invF);
+
+/// The same by kind, for the library's own use: the code of a ProjType, or one of the codes 12, 33
+/// and 35, whose objects report another kind. Every other code gives the plain TGeoProj.
+GEOMATH_API TGeoProj* _GetProjByType(int type, double a, double invF);
+
+}  // namespace zel_cs::geomath

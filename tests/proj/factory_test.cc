@@ -1,0 +1,96 @@
+#include "geomath/proj/factory.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <memory>
+#include <string>
+#include <typeindex>
+#include <vector>
+
+#include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/utm_proj.h"
+#include "geomath/proj/param_table.h"
+#include "geomath/proj/projection_type.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+// International 1924: no default of any class.
+constexpr double kA = 6378388.0, kInvF = 297.0;
+constexpr int kNone = -1;  // built by name only
+
+std::unique_ptr<TGeoProj> ByName(const wchar_t* name) {
+  return std::unique_ptr<TGeoProj>(_GetProjByName(name, kA, kInvF));
+}
+
+std::unique_ptr<TGeoProj> ByType(int type) {
+  return std::unique_ptr<TGeoProj>(_GetProjByType(type, kA, kInvF));
+}
+
+const std::vector<double> kCountyArgs = {0, 0, 0, 1, 0, 0, 0, 6378137, 6378137, 0, 0, 0};
+
+// The factory's defaults as the file formats fix them: name, code, class, the kind that the object
+// reports, parameters in radians and metres (empty: the class's own), own ellipsoid.
+const struct Case {
+  const wchar_t* name;
+  int code;
+  std::type_index type;
+  int kind;
+  std::vector<double> params;
+  bool ownEllipsoid = false;
+} kCases[] = {
+    {L"TMERC", 0, typeid(TUTMProj), 0, {0, 1, 0, 0, 0}},
+    {L"OM", 15, typeid(TOMercatorProj), 15, {0, 1, 0, 0, 0, 0}},
+};
+
+void ExpectRow(const Case& row, const TGeoProj& proj) {
+  EXPECT_EQ(std::type_index(typeid(proj)), row.type);
+  EXPECT_EQ(proj.GetType(), row.kind);
+  EXPECT_EQ(proj.GetEllipsoid().a == kA, !row.ownEllipsoid);
+  EXPECT_EQ(proj.GetEllipsoid().invF == kInvF, !row.ownEllipsoid);
+  if (row.params.empty()) return;
+  EXPECT_EQ(proj.GetQParam(), static_cast<int>(row.params.size()));
+  for (int i = 0; i < proj.GetQParam(); ++i)
+    EXPECT_EQ(proj.GetParam(i, kUnitInternal), row.params.at(static_cast<std::size_t>(i)))
+        << "parameter " << i;
+}
+
+void ExpectPlain(const TGeoProj& proj) {
+  EXPECT_EQ(std::type_index(typeid(proj)), std::type_index(typeid(TGeoProj)));
+  EXPECT_EQ(proj.GetType(), 40);
+  EXPECT_EQ(proj.GetQParam(), 0);
+  EXPECT_EQ(proj.GetEllipsoid().a, 6378137.0) << "the arguments are not applied";
+}
+
+TEST(Factory, BuildsEveryRowByNameAndByCode) {
+  for (const Case& row : kCases) {
+    SCOPED_TRACE(::testing::PrintToString(std::wstring(row.name)));
+    ExpectRow(row, *ByName(row.name));
+    if (row.code != kNone) ExpectRow(row, *ByType(row.code));
+  }
+}
+
+TEST(Factory, AnyOtherNameGivesThePlainBase) {
+  for (const wchar_t* name :
+       {L"UNKNOWN", L"", L"tmerc", L"TMERC ", L"TM", L"RDTRANS", L"ALBERSCONIC"}) {
+    SCOPED_TRACE(::testing::PrintToString(std::wstring(name)));
+    const auto proj = ByName(name);
+    ExpectPlain(*proj);
+    double b = 0.5, l = 0.5;
+    EXPECT_FALSE(proj->Forward(b, l));
+  }
+}
+
+TEST(Factory, AnyOtherCodeGivesThePlainBase) {
+  for (int code = -3; code <= 45; ++code) {
+    bool known = false;
+    for (const Case& row : kCases) known = known || (row.code == code && code != kNone);
+    if (!known) ExpectPlain(*ByType(code));
+  }
+  ExpectPlain(*ByType(std::numeric_limits<int>::max()));
+  ExpectPlain(*ByType(std::numeric_limits<int>::min()));
+}
+
+}  // namespace
+}  // namespace zel_cs::geomath
