@@ -1,7 +1,12 @@
 #include "geomath/datum/datum.h"
 
+#include <algorithm>
+#include <limits>
+
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/datum/similarity_kernel.h"
+#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 
@@ -82,14 +87,27 @@ bool Datum::IsNull() const { return shift_ == 0.0 && rotation_ == 0.0 && scaleCh
 
 std::size_t Datum::ToWGS84DatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return ConvertEach([this](double& x, double& y, double& z) { return ToWGS84Datum(x, y, z); },
-                     count, stride, X, Y, Z);
+  return TransformBatch(&SimilarityKernel<simd::Baseline>::ToWgs84,
+                        &SimilarityKernel<simd::BestCompiled>::ToWgs84, X, Y, Z, count, stride);
 }
 
 std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return ConvertEach([this](double& x, double& y, double& z) { return ToLocalDatum(x, y, z); },
-                     count, stride, X, Y, Z);
+  return TransformBatch(&SimilarityKernel<simd::Baseline>::ToLocal,
+                        &SimilarityKernel<simd::BestCompiled>::ToLocal, X, Y, Z, count, stride);
+}
+
+std::size_t Datum::TransformBatch(ColumnTransform baseline, ColumnTransform best, double* X,
+                                  double* Y, double* Z, std::size_t count,
+                                  std::ptrdiff_t stride) const {
+  const ColumnTransform transform = simd::Choose(baseline, best);
+  const auto convert = [&](double* const(&c)[3], std::size_t n) {
+    if (transformDisabled_)
+      std::fill_n(c[0], n, std::numeric_limits<double>::quiet_NaN());
+    else if (!IsNull())
+      transform(similarity_, c[0], c[1], c[2], n);
+  };
+  return ConvertBlocks(convert, count, stride, X, Y, Z);
 }
 
 }  // namespace zel_cs::geomath

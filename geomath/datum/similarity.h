@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/platform/zel_math.h"
+#include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
 
@@ -20,11 +21,24 @@ class Similarity {
   TAbstractPoint3<double> ToLocal(const TAbstractPoint3<double>& wgs84) const;
   TAbstractPoint3<double> ToWgs84(const TAbstractPoint3<double>& local) const;
 
+  /// In place, for one point of a column; batches and single points share these statements.
+  GEOMATH_INLINE void ToLocal(double& x, double& y, double& z) const {
+    const double dx = x - tX_, dy = y - tY_, dz = z - tZ_;
+    x = (r_[0][0] * dx + r_[0][1] * dy + r_[0][2] * dz) / factor_;
+    y = (r_[1][0] * dx + r_[1][1] * dy + r_[1][2] * dz) / factor_;
+    z = (r_[2][0] * dx + r_[2][1] * dy + r_[2][2] * dz) / factor_;
+  }
+  GEOMATH_INLINE void ToWgs84(double& x, double& y, double& z) const {
+    const double u = x, v = y, w = z;
+    x = tX_ + (r_[0][0] * u + r_[1][0] * v + r_[2][0] * w) * factor_;
+    y = tY_ + (r_[0][1] * u + r_[1][1] * v + r_[2][1] * w) * factor_;
+    z = tZ_ + (r_[0][2] * u + r_[1][2] * v + r_[2][2] * w) * factor_;
+  }
+
  private:
-  TAbstractPoint3<double> shift_;
-  TAbstractPoint3<double> rows_[3];     // of R
-  TAbstractPoint3<double> columns_[3];  // of R: the rows of its transpose
-  double factor_;                       // 1 + s
+  double tX_, tY_, tZ_;
+  double r_[3][3];
+  double factor_;  // 1 + s
 };
 
 }  // namespace zel_cs::geomath

@@ -1,0 +1,10 @@
+# geomath_add_kernels(SOURCE...): kernel sources of the current folder, compiled for every
+# instruction set that geomath/simd/CMakeLists.txt set up.
+function(geomath_add_kernels)
+  list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
+  foreach(variant IN ITEMS baseline avx2)
+    if(TARGET geomath_kernels_${variant})
+      target_sources(geomath_kernels_${variant} PRIVATE ${sources})
+    endif()
+  endforeach()
+endfunction()

@@ -1,0 +1,194 @@
+#pragma once
+
+#include <bit>
+#include <cmath>
+#include <cstdint>
+
+#include "geomath/simd/kernel.h"
+
+namespace zel_cs::geomath::simd {
+
+/// The elementary functions that formulas are written in, in two forms with one interface: `Libm`
+/// for one point at a time and `Polynomial<Target>` for loops over columns.
+struct Libm {
+  static void SinCos(double x, double& sine, double& cosine) {
+    sine = std::sin(x);
+    cosine = std::cos(x);
+  }
+  static double Atan2(double y, double x) { return std::atan2(y, x); }
+  static double Atan(double x) { return std::atan(x); }
+  static double Log(double x) { return std::log(x); }
+  static double Log1p(double x) { return std::log1p(x); }
+  static double Exp(double x) { return std::exp(x); }
+};
+
+/// Branch-free polynomials on plain doubles and 64-bit integers, which a compiler vectorises for
+/// whatever instruction set the source is compiled for: no calls, no tables, no intrinsics.
+///
+///   function      domain             worst error, units in the last place
+///   SinCos        |x| < 1e5          1.5 within one turn, 2.1 beyond
+///   Atan2, Atan   all finite         1.75
+///   Log           positive normal    1.1
+///   Log1p         x > −1             1.1
+///   Exp           −708 < x < 709     1.0
+///
+/// Outside these domains results are meaningless numbers; NaN gives NaN in SinCos and Exp.
+/// Coefficients are minimax fits (Remez exchange, relative error of the whole function).
+template <class Target>
+struct Polynomial {
+  static GEOMATH_INLINE void SinCos(double x, double& sine, double& cosine);
+  static GEOMATH_INLINE double Atan2(double y, double x);
+  static GEOMATH_INLINE double Atan(double x) { return Atan2(x, 1.0); }
+  static GEOMATH_INLINE double Log(double x);
+  static GEOMATH_INLINE double Log1p(double x);
+  static GEOMATH_INLINE double Exp(double x);
+
+  /// Largest |x| of SinCos; kernels hand blocks with larger angles to the one-point form.
+  static constexpr double kMaxAngle = 1e5;
+
+ private:
+  using Bits = std::uint64_t;
+  static constexpr Bits kSignBit = Bits{1} << 63;
+  static constexpr double kRound = 0x1.8p52;  // adding it rounds to an integer
+  static constexpr double kPiOver2 = 0x1.921fb54442d18p+0;
+  static constexpr double kPiOver2Low = 0x1.1a62633145c07p-54;  // π/2 − kPiOver2
+
+  static GEOMATH_INLINE Bits ToBits(double x) { return std::bit_cast<Bits>(x); }
+  static GEOMATH_INLINE double FromBits(Bits bits) { return std::bit_cast<double>(bits); }
+  static GEOMATH_INLINE double AtanTail(double t);
+};
+
+// Cody and Waite 1980, chapter 8: x = k·π/2 + r with π/2 cut into two 33-bit pieces, exact products
+// for |k| < 2²⁰, and a tail; then sine and cosine of r, |r| ≤ π/4, are swapped and signed by k.
+template <class Target>
+GEOMATH_INLINE void Polynomial<Target>::SinCos(double x, double& sine, double& cosine) {
+  const double shifted = x * 0x1.45f306dc9c883p-1 + kRound;
+  const Bits quadrant = ToBits(shifted);
+  const double k = shifted - kRound;
+  double r = x - k * 0x1.921fb54400000p+0;
+  r = r - k * 0x1.0b4611a600000p-34;
+  r = r - k * 0x1.3198a2e037073p-69;
+  const double z = r * r;
+  const double sinTail =
+      0x1.111111110f7d0p-7 +
+      z * (-0x1.a01a019bfdef0p-13 +
+           z * (0x1.71de3567d3802p-19 + z * (-0x1.ae5e5a91bd62ap-26 + z * 0x1.5d8fd1be22297p-33)));
+  const double cosTail =
+      -0x1.6c16c16c14f91p-10 +
+      z * (0x1.a01a019c844e6p-16 +
+           z * (-0x1.27e4f7eac408dp-22 + z * (0x1.1ee9d7b4669eap-29 + z * -0x1.8fa499c5d3494p-37)));
+  const double s = r + r * z * (-0x1.5555555555548p-3 + z * sinTail);
+  const double half = 0.5 * z;
+  const double w = 1.0 - half;
+  const double c = w + (((1.0 - w) - half) + z * z * (0x1.555555555554bp-5 + z * cosTail));
+
+  const Bits odd = Bits{0} - (quadrant & 1);
+  const Bits difference = (ToBits(s) ^ ToBits(c)) & odd;
+  sine = FromBits((ToBits(s) ^ difference) ^ ((quadrant & 2) << 62));
+  cosine = FromBits((ToBits(c) ^ difference) ^ (((quadrant + 1) & 2) << 62));
+}
+
+// atan t − t for |t| ≤ tan(π/8).
+template <class Target>
+GEOMATH_INLINE double Polynomial<Target>::AtanTail(double t) {
+  const double z = t * t;
+  const double p =
+      -0x1.5555555555554p-2 +
+      z * (0x1.999999999964bp-3 +
+           z * (-0x1.249249247568ap-3 +
+                z * (0x1.c71c71b74742fp-4 +
+                     z * (-0x1.745d14b942430p-4 +
+                          z * (0x1.3b136e23649dfp-4 +
+                               z * (-0x1.110c724005b59p-4 +
+                                    z * (0x1.e171f64d58b8dp-5 +
+                                         z * (-0x1.ab7d4a6db0051p-5 +
+                                              z * (0x1.70ec92f6eaf05p-5 +
+                                                   z * (-0x1.1236770d21506p-5 +
+                                                        z * 0x1.f1e505de14b57p-7))))))))));
+  return t * z * p;
+}
+
+// Smaller over larger of |x| and |y|, reduced by π/4 above tan(π/8); the octant is put back with
+// the rounding errors of its multiple of π/4.
+template <class Target>
+GEOMATH_INLINE double Polynomial<Target>::Atan2(double y, double x) {
+  const double ax = FromBits(ToBits(x) & ~kSignBit);
+  const double ay = FromBits(ToBits(y) & ~kSignBit);
+  const bool steep = ax < ay;
+  const double larger = steep ? ay : ax;
+  const double smaller = steep ? ax : ay;
+  const bool reduce = smaller > 0x1.a827999fcef32p-2 * larger;  // tan(π/8)
+  const double numerator = reduce ? smaller - larger : smaller;
+  double denominator = reduce ? smaller + larger : larger;
+  denominator = denominator == 0.0 ? 1.0 : denominator;
+  const double t = numerator / denominator;
+  const double tail = AtanTail(t);
+
+  const double reducedBase = reduce ? kPiOver2 * 0.5 : 0.0;
+  const double reducedLow = reduce ? kPiOver2Low * 0.5 : 0.0;
+  double base = steep ? kPiOver2 - reducedBase : reducedBase;
+  double low = steep ? kPiOver2Low - reducedLow : reducedLow;
+  double sign = steep ? -1.0 : 1.0;
+  const bool left = x < 0.0;
+  base = left ? 2.0 * kPiOver2 - base : base;
+  low = left ? 2.0 * kPiOver2Low - low : low;
+  sign = left ? -sign : sign;
+  const double angle = base + (sign * t + (sign * tail + low));
+  return FromBits(ToBits(angle) ^ (ToBits(y) & kSignBit));
+}
+
+// x = 2ᵏ·m with √½ ≤ m < √2; log m from s = f/(2 + f), f = m − 1, in the arrangement that keeps f
+// exact (Tang 1990).
+template <class Target>
+GEOMATH_INLINE double Polynomial<Target>::Log(double x) {
+  const Bits offset = ToBits(x) - 0x3fe6a09e667f3bcdULL + (Bits{1023} << 52);
+  const Bits biased = offset >> 52;
+  const double k = FromBits(biased | 0x4330000000000000ULL) - (0x1p52 + 1023.0);
+  const double m = FromBits(ToBits(x) - ((biased - 1023) << 52));
+  const double f = m - 1.0;
+  const double s = f / (2.0 + f);
+  const double z = s * s;
+  const double p =
+      0x1.5555555555555p-1 +
+      z * (0x1.9999999999dfbp-2 +
+           z * (0x1.249249242b90ep-2 +
+                z * (0x1.c71c7258a5ac0p-3 +
+                     z * (0x1.745cde4f9e9cfp-3 +
+                          z * (0x1.3b20a75750819p-3 +
+                               z * (0x1.0f5d23dbde6cep-3 + z * 0x1.0f5ffa113de8ep-3))))));
+  const double h = 0.5 * f * f;
+  const double t = s * (h + z * p);
+  return k * 0x1.62e42fee00000p-1 - ((h - (t + k * 0x1.a39ef35793c76p-33)) - f);
+}
+
+// log u with u = 1 + x rounded, and the part of x that the rounding lost put back (Kahan).
+template <class Target>
+GEOMATH_INLINE double Polynomial<Target>::Log1p(double x) {
+  const double u = 1.0 + x;
+  const double lost = x - (u - 1.0);
+  return Log(u) + lost / u;
+}
+
+// x = k·ln 2 + r, |r| ≤ ln 2/2; the power of two is added to the exponent.
+template <class Target>
+GEOMATH_INLINE double Polynomial<Target>::Exp(double x) {
+  const double shifted = x * 0x1.71547652b82fep+0 + kRound;
+  const double k = shifted - kRound;
+  double r = x - k * 0x1.62e42fee00000p-1;
+  r = r - k * 0x1.a39ef35793c76p-33;
+  const double p = 0x1.0000000000000p-1 +
+                   r * (0x1.555555555555bp-3 +
+                        r * (0x1.5555555555503p-5 +
+                             r * (0x1.111111110ec65p-7 +
+                                  r * (0x1.6c16c16c3043bp-10 +
+                                       r * (0x1.a01a01b37b4b3p-13 +
+                                            r * (0x1.a01a01369f526p-16 +
+                                                 r * (0x1.71ddf02845827p-19 +
+                                                      r * (0x1.27e5b433dba19p-22 +
+                                                           r * (0x1.af6bda9eb527cp-26 +
+                                                                r * 0x1.1e3d35a7819a3p-29)))))))));
+  const double e = 1.0 + (r + r * r * p);
+  return FromBits(ToBits(e) + (ToBits(shifted) << 52));
+}
+
+}  // namespace zel_cs::geomath::simd

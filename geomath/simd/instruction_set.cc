@@ -1,0 +1,30 @@
+#include "geomath/simd/instruction_set.h"
+
+#include <atomic>
+
+namespace zel_cs::geomath::simd {
+namespace {
+
+InstructionSet BestAvailable() noexcept {
+#ifdef GEOMATH_HAS_AVX2
+  if (__builtin_cpu_supports("avx2")) return InstructionSet::avx2;
+#endif
+  return InstructionSet::baseline;
+}
+
+std::atomic<InstructionSet>& Current() noexcept {
+  static std::atomic<InstructionSet> current{BestAvailable()};
+  return current;
+}
+
+}  // namespace
+
+InstructionSet ActiveInstructionSet() noexcept { return Current().load(std::memory_order_relaxed); }
+
+InstructionSet ForceInstructionSet(InstructionSet wanted) noexcept {
+  const InstructionSet usable =
+      wanted == InstructionSet::baseline ? InstructionSet::baseline : BestAvailable();
+  return Current().exchange(usable);
+}
+
+}  // namespace zel_cs::geomath::simd
