@@ -47,7 +47,7 @@ AxisRotation& AxisRotation::operator=(const AxisRotation& other) {
 AxisRotation::~AxisRotation() = default;
 
 void AxisRotation::Rotate(unsigned int dir, double& a, double& b) const {
-  if (rotation_ == reference_) return;
+  if (IsIdentity()) return;
   const TAbstractPoint<double, 4>& m = rotation_;
   const double x = a, y = b;
   a = m[0] * x + (dir == 0 ? m[1] : m[2]) * y;

@@ -37,6 +37,9 @@ class GEOMATH_API AxisRotation {
   /// The stored text, owned by this object, or null when none was ever set.
   virtual const wchar_t* GetAxes() const;
 
+  /// Whether Rotate leaves every pair as it is.
+  bool IsIdentity() const { return rotation_ == reference_; }
+
   /// Takes over text, matrix and direction code as they are, without recomputing anything.
   void CopyAxes(const AxisRotation& other);
 

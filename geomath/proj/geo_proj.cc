@@ -1,6 +1,7 @@
 #include "geomath/proj/geo_proj.h"
 
 #include <cmath>
+#include <limits>
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
@@ -100,6 +101,12 @@ double TGeoProj::GetHScale(double h) { return 1 + h / kMeanEarthRadius; }
 
 namespace {
 
+void RotateBlock(const AxisRotation& axes, unsigned int dir, double* const (&pair)[2],
+                 std::size_t count) {
+  if (axes.IsIdentity()) return;
+  for (std::size_t i = 0; i < count; ++i) axes.Rotate(dir, pair[0][i], pair[1][i]);
+}
+
 bool GridToGround(TGeoProj& proj, double h, double& k) {
   if (h == 0.0) {
     k = 1 / k;
@@ -167,24 +174,32 @@ bool TGeoProj::InversePoint(double&, double&, PointFactors*) const { return fals
 
 std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const auto convert = [this](double& b, double& l) {
-    RotateBL(kToInternal, b, l);
-    if (!ForwardPoint(b, l)) return false;
-    RotateNE(kToUser, b, l);
-    return true;
+  const auto convert = [this](double* const(&pair)[2], std::size_t n) {
+    RotateBlock(geographicAxes_, kToInternal, pair, n);
+    ForwardBlock(pair[0], pair[1], n);
+    RotateBlock(*this, kToUser, pair, n);
   };
-  return ConvertEach(convert, count, stride, first, second);
+  return ConvertBlocks(convert, count, stride, first, second);
 }
 
 std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const auto convert = [this](double& n, double& e) {
-    RotateNE(kToInternal, n, e);
-    if (!InversePoint(n, e)) return false;
-    RotateBL(kToUser, n, e);
-    return true;
+  const auto convert = [this](double* const(&pair)[2], std::size_t n) {
+    RotateBlock(*this, kToInternal, pair, n);
+    InverseBlock(pair[0], pair[1], n);
+    RotateBlock(geographicAxes_, kToUser, pair, n);
   };
-  return ConvertEach(convert, count, stride, first, second);
+  return ConvertBlocks(convert, count, stride, first, second);
+}
+
+void TGeoProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  for (std::size_t i = 0; i < count; ++i)
+    if (!ForwardPoint(b[i], l[i])) b[i] = std::numeric_limits<double>::quiet_NaN();
+}
+
+void TGeoProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  for (std::size_t i = 0; i < count; ++i)
+    if (!InversePoint(n[i], e[i])) n[i] = std::numeric_limits<double>::quiet_NaN();
 }
 
 bool TGeoProj::CopyGeoProj(const TGeoProj* src) {

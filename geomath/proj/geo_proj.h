@@ -140,6 +140,12 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// constructors and setters of a class with derived constants do too.
   virtual void Prepare();
 
+  /// ForwardPoint and InversePoint for a block of columns in place; a point that fails gets a
+  /// coordinate that is not finite. The base calls the single-point form for each; a class with a
+  /// column kernel overrides them.
+  virtual void ForwardBlock(double* b, double* l, std::size_t count) const;
+  virtual void InverseBlock(double* n, double* e, std::size_t count) const;
+
   Ellipsoid ell_;
   double scale_;        // point scale of the last point
   double convergence_;  // of the last point, radians
