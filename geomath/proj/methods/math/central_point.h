@@ -24,4 +24,15 @@ inline bool ObliqueCentralPoint(double phi0, double lambda0, double& b0, double&
   return true;
 }
 
+/// The domain that conic projections report, radians: all latitudes, just short of 90° to each side
+/// of the meridian of origin. Always true.
+inline bool ConicCentralPoint(double phi0, double lambda0, double& b0, double& l0, double& db,
+                              double& dl) {
+  b0 = phi0;
+  l0 = lambda0;
+  db = kPi;
+  dl = kHalfPi - 1e-6;
+  return true;
+}
+
 }  // namespace zel_cs::geomath

@@ -105,6 +105,13 @@ double ConformalLatitude::FromIsometric(double psi) const {
   return ToGeodetic({std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor});
 }
 
+CosinePowerSeries ConformalSeries(double e2) {
+  const double e4 = e2 * e2, e6 = e4 * e2, e8 = e4 * e4;
+  return CosinePowerSeries(e2 / 2 + 5.0 / 24 * e4 + e6 / 12 + 13.0 / 360 * e8,
+                           7.0 / 48 * e4 + 29.0 / 240 * e6 + 811.0 / 11520 * e8,
+                           7.0 / 120 * e6 + 81.0 / 1120 * e8, 4279.0 / 161280 * e8);
+}
+
 double ParallelRadius(double sinPhi, double cosPhi, double e2) {
   return cosPhi / std::sqrt(1 - e2 * (sinPhi * sinPhi));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/base/ellipsoid.h"
+#include "geomath/proj/methods/math/meridian_series.h"
 
 namespace zel_cs::geomath {
 
@@ -62,6 +63,10 @@ class ConformalLatitude {
   bool nearSphere_ = true;  // the series hold
   double toGeodetic_[6] = {};
 };
+
+/// Conformal to geodetic latitude by the classical series in e² to e⁸ (Snyder 1987, eq. 3-5), which
+/// some grids prescribe; within 2e-12 rad of ConformalLatitude on an Earth ellipsoid.
+CosinePowerSeries ConformalSeries(double e2);
 
 /// Radius of the parallel over a: m(φ) = cos φ/√(1 − e²·sin²φ). Snyder 1987, eq. 14-15.
 double ParallelRadius(double sinPhi, double cosPhi, double e2);

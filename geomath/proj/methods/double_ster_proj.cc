@@ -1,0 +1,82 @@
+#include "geomath/proj/methods/double_ster_proj.h"
+
+#include "geomath/proj/methods/math/central_point.h"
+
+namespace zel_cs::geomath {
+
+std::span<const ParamRow<TDoubleSter>> TDoubleSter::Params() {
+  static constexpr ParamRow<TDoubleSter> rows[] = {
+      {&TDoubleSter::phi0_, ParamKind::angle, &TDoubleSter::Prepare},
+      {&TDoubleSter::lambda0_, ParamKind::angle, &TDoubleSter::Prepare},
+      {&TDoubleSter::k0_, ParamKind::scale, &TDoubleSter::Prepare},
+      {&TDoubleSter::fEast_, ParamKind::length},
+      {&TDoubleSter::fNorth_, ParamKind::length},
+  };
+  return rows;
+}
+
+TDoubleSter::TDoubleSter() : TDoubleSter(kWgs84A, kWgs84InvF, 0, 0, 1.0, 0, 0) {}
+
+TDoubleSter::TDoubleSter(double a, double invF, double lat0, double lon0, double scale,
+                         double fEast, double fNorth)
+    : TDoubleSter(ProjTypeDoubleSter, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+
+TDoubleSter::TDoubleSter(ProjType type, double a, double invF, double lat0, double lon0,
+                         double scale, double fEast, double fNorth)
+    : TGeoProj(type, static_cast<int>(Params().size()), a, invF, true),
+      phi0_(lat0),
+      lambda0_(lon0),
+      k0_(scale),
+      fEast_(fEast),
+      fNorth_(fNorth) {
+  TDoubleSter::Prepare();
+}
+
+void TDoubleSter::Lat0(double value) {
+  phi0_ = value;
+  Prepare();
+}
+
+void TDoubleSter::Lon0(double value) {
+  lambda0_ = value;
+  Prepare();
+}
+
+void TDoubleSter::Scale(double value) {
+  k0_ = value;
+  Prepare();
+}
+
+double TDoubleSter::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TDoubleSter::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+bool TDoubleSter::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  return ObliqueCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
+}
+
+void TDoubleSter::Prepare() { plane_ = DoubleStereographic(ell_, phi0_, lambda0_, k0_); }
+
+bool TDoubleSter::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  double north, east;
+  plane_.Forward(b, l, north, east, factors ? &factors->scale : nullptr,
+                 factors ? &factors->convergence : nullptr);
+  b = fNorth_ + north;
+  l = fEast_ + east;
+  return true;
+}
+
+bool TDoubleSter::InversePoint(double& n, double& e, PointFactors* factors) const {
+  double phi, lambda;
+  plane_.Inverse(n - fNorth_, e - fEast_, phi, lambda, factors ? &factors->scale : nullptr,
+                 factors ? &factors->convergence : nullptr);
+  n = phi;
+  e = lambda;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/lambert_cone.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Lambert conformal conic on the ellipsoid with two standard parallels, one when they are equal,
+/// and a scale factor on top (Snyder 1987, pp. 107-109; EPSG methods 9801, 9802).
+///
+/// Parameters: southern and northern standard parallel, longitude and latitude of origin, false
+/// easting, false northing, scale. Radians and metres. ForwardPoint fails for a latitude of exactly
+/// ±π/2 and nowhere else; the inverse never fails. Parallels that are both the equator, or
+/// symmetric about it, give results that are not finite. Longitudes of the inverse are not folded.
+///
+/// Kept: the polar angle of the inverse runs from −π/2 to 3π/2, so that a point more than a quarter
+/// turn of that angle west of the origin comes back 2π/n east of its longitude.
+///
+/// Computes the point scale (scale parameter included), never the convergence.
+///
+/// Kept: the typed setters of parallels and origin latitude leave the sines and cosines of the old
+/// values in place, which then mix with the new ones; the forward direction alone takes the sine of
+/// the new origin latitude. SetParam changes everything consistently.
+class GEOMATH_API TLCProj : public TGeoProj {
+ public:
+  /// WGS84, parallels 0 and 30°, all others 0, scale 1.
+  TLCProj();
+  TLCProj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
+          double fEast, double fNorth, double scale);
+
+  double SouthLat() const { return phiS_; }
+  void SouthLat(double value);
+  double NorthLat() const { return phiN_; }
+  void NorthLat(double value);
+  double Lon0() const { return lambda0_; }
+  void Lon0(double value) { lambda0_ = value; }
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+  double Scale() const { return k0_; }
+  void Scale(double value);
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  void RefreshSouth();
+  void RefreshNorth();
+  void RefreshOrigin();
+  LambertCone::Polar ToPolar(double fromApex, double east) const;
+  static std::span<const ParamRow<TLCProj>> Params();
+
+  double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_, k0_;
+  double sinS_, cosS_, sinN_, cosN_, sin0_;  // as of the last refresh
+
+  LambertCone cone_;
+  double forwardRho0_;  // radius of the origin latitude, metres
+  double inverseRho0_;  // the same with the sine of the last refresh
+};
+
+}  // namespace zel_cs::geomath

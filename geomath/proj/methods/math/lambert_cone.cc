@@ -1,0 +1,58 @@
+#include "geomath/proj/methods/math/lambert_cone.h"
+
+#include <cmath>
+#include <limits>
+
+#include "geomath/base/angle.h"
+
+// Equation numbers are Snyder 1987. His t(φ) is exp(−ψ(φ)); ψ is odd in φ and keeps its digits at
+// the equator and near both poles, where a tangent of π/4 − φ/2 loses them.
+namespace zel_cs::geomath {
+namespace {
+
+// −ln t(φ), 15-9, with the sine of the eccentric term given apart; infinite at the poles.
+double IsometricOf(double phi, double sinPhi, double e) {
+  if (std::abs(phi) == kHalfPi) return std::copysign(std::numeric_limits<double>::infinity(), phi);
+  return IsometricLatitude(phi, 0) - e * std::atanh(e * sinPhi);
+}
+
+}  // namespace
+
+LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Parallel& north,
+                         double k0)
+    : a_(ell.a), e_(ell.e), e2_(ell.e2), n_(north.sinPhi), latitude_(ell) {
+  const double mN = ParallelRadius(north.sinPhi, north.cosPhi, e2_);  // 14-15
+  const double psiN = IsometricOf(north.phi, north.sinPhi, e_);       // 15-9
+  if (north.phi != south.phi) {
+    const double mS = ParallelRadius(south.sinPhi, south.cosPhi, e2_);
+    const double psiS = IsometricOf(south.phi, south.sinPhi, e_);
+    n_ = (std::log(mN) - std::log(mS)) / (psiS - psiN);  // 15-8
+  }
+  aF_ = a_ * mN / n_ * std::exp(n_ * psiN) * k0;  // 15-10
+}
+
+double LambertCone::Radius(double phi, double sinPhi) const {
+  return aF_ * std::exp(-n_ * IsometricOf(phi, sinPhi, e_));  // 15-7a
+}
+
+LambertCone::Polar LambertCone::Forward(double sinPhi, double cosPhi, double deltaLambda) const {
+  return {aF_ * std::exp(-n_ * latitude_.Isometric(sinPhi, cosPhi)),  // 15-7
+          n_ * deltaLambda};                                          // 14-4
+}
+
+void LambertCone::Inverse(const Polar& image, double& phi, double& deltaLambda) const {
+  phi = latitude_.FromIsometric(-std::log(image.rho / aF_) / n_);  // 15-11, 7-9
+  deltaLambda = image.theta / n_;                                  // 14-9
+}
+
+LambertCone::Polar LambertCone::ToPolar(double fromApex, double east) const {
+  const double g = std::copysign(1.0, n_);
+  return {g * std::sqrt(fromApex * fromApex + east * east),  // 14-10
+          std::atan2(g * east, g * fromApex)};               // 14-11
+}
+
+double LambertCone::Scale(double rho, double sinPhi, double cosPhi) const {
+  return n_ * rho / (a_ * ParallelRadius(sinPhi, cosPhi, e2_));
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,52 @@
+#pragma once
+
+#include "geomath/base/ellipsoid.h"
+#include "geomath/proj/methods/math/latitude.h"
+
+namespace zel_cs::geomath {
+
+/// The cone of the Lambert conformal conic projection through two parallels, or one (Snyder 1987,
+/// pp. 107-109), on plain numbers. Points on it are polar coordinates about its apex:
+///   ρ = aF·k0·exp(−n·ψ(φ)),  θ = n·Δλ,
+/// ρ carrying the sign of the cone constant n, so that southern cones need no formula of their own.
+/// Two parallels that are both the equator, or symmetric about it, make n = 0: results are then not
+/// finite.
+class LambertCone {
+ public:
+  /// A parallel by its latitude and that latitude's sine and cosine. A class whose sines and
+  /// cosines wait for a refresh passes those it keeps.
+  struct Parallel {
+    double phi, sinPhi, cosPhi;
+  };
+  struct Polar {
+    double rho;    ///< metres, signed as n
+    double theta;  ///< radians, positive east
+  };
+
+  LambertCone() = default;
+  LambertCone(const Ellipsoid& ell, const Parallel& south, const Parallel& north, double k0);
+
+  /// Radius of a parallel, metres, signed as n; 0 at the apex.
+  double Radius(double phi, double sinPhi) const;
+
+  /// The image of a point by its latitude and its longitude difference from the meridian of origin.
+  Polar Forward(double sinPhi, double cosPhi, double deltaLambda) const;
+  /// Latitude and longitude difference, radians, of an image.
+  void Inverse(const Polar& image, double& phi, double& deltaLambda) const;
+  /// Polar coordinates of a grid point that lies `fromApex` = ρ0 − (N − N0) and `east` metres from
+  /// the apex; θ is in (−π, π].
+  Polar ToPolar(double fromApex, double east) const;
+
+  /// Point scale factor of an image; 15-6.
+  double Scale(double rho, double sinPhi, double cosPhi) const;
+
+  double n() const { return n_; }
+
+ private:
+  double a_ = 0, e_ = 0, e2_ = 0;
+  double n_ = 0;   // cone constant
+  double aF_ = 0;  // a·F·k0, metres
+  ConformalLatitude latitude_;
+};
+
+}  // namespace zel_cs::geomath

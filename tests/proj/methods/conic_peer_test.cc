@@ -1,0 +1,103 @@
+// The conic and stereographic classes against PROJ over their domains.
+#include <gtest/gtest.h>
+
+#include <iostream>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "geomath/geomath.h"
+#include "tests/support/proj_peer.h"
+#include "tests/support/tolerance.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+using tolerance::kDegree;
+
+struct Case {
+  const char* name;
+  std::shared_ptr<TGeoProj> proj;
+  const char* definition;
+  PeerLattice lattice;
+  double tolerance;  // metres
+};
+
+void PrintTo(const Case& c, std::ostream* out) { *out << c.name; }
+
+// Both sides evaluate closed formulas in doubles; coordinates of the lattices reach 3e7 m.
+constexpr double kClosedFormula = 5e-8;
+
+template <class Proj, class... Args>
+std::shared_ptr<TGeoProj> Make(Args... args) {
+  return std::make_shared<Proj>(args...);
+}
+
+std::vector<Case> Cases() {
+  const double deg = kDegree;
+  return {
+      {"LambertTwoParallels",
+       Make<TLCProj>(6378206.4, 294.9786982138982, 33 * deg, 45 * deg, -96 * deg, 23 * deg, 1e5,
+                     2e5, 1.0),
+       "+proj=lcc +lat_1=33 +lat_2=45 +lon_0=-96 +lat_0=23 +x_0=100000 +y_0=200000 +a=6378206.4 "
+       "+rf=294.9786982138982",
+       {-60, 89.9, -275, 83},
+       kClosedFormula},
+      {"LambertOneSouthernParallel",
+       Make<TLCProj>(6378137.0, 298.257222101, -36 * deg, -36 * deg, 175 * deg, -30 * deg, 0.0, 0.0,
+                     0.9999),
+       "+proj=lcc +lat_1=-36 +lat_0=-30 +k_0=0.9999 +lon_0=175 +a=6378137 +rf=298.257222101",
+       {-89.9, 40, 0, 350},
+       kClosedFormula},
+      {"StereographicOblique",
+       Make<TSterProj>(6378137.0, 298.257222101, 40 * deg, -100 * deg, 0.9999, 5e5, 0.0),
+       "+proj=stere +lat_0=40 +lon_0=-100 +k_0=0.9999 +x_0=500000 +a=6378137 +rf=298.257222101",
+       {0, 89.9, -250, 50},
+       kClosedFormula},
+      {"StereographicEquatorial",
+       Make<TSterProj>(6378388.0, 297.0, 0.0, 170 * deg, 1.0, 0.0, 0.0),
+       "+proj=stere +lat_0=0 +lon_0=170 +a=6378388 +rf=297",
+       {-89, 89, 30, 310},
+       kClosedFormula},
+      {"StereographicNorth",
+       Make<TSterProj>(6378137.0, 298.257223563, 90 * deg, 0.0, 0.994, 2e6, 2e6),
+       "+proj=stere +lat_0=90 +k_0=0.994 +x_0=2000000 +y_0=2000000 +a=6378137 +rf=298.257223563",
+       {-30, 89.99, -180, 180},
+       kClosedFormula},
+      {"StereographicSouth",
+       Make<TSterProj>(6378137.0, 298.257223563, -90 * deg, 30 * deg, 0.994, 2e6, 2e6),
+       "+proj=stere +lat_0=-90 +lon_0=30 +k_0=0.994 +x_0=2000000 +y_0=2000000 +a=6378137 "
+       "+rf=298.257223563",
+       {-89.99, 30, -150, 210},
+       kClosedFormula},
+      {"DoubleStereographic",
+       Make<TDoubleSter>(6377397.155, 299.1528128, 52.1561605555556 * deg, 5.3876388888889 * deg,
+                         0.9999079, 155000.0, 463000.0),
+       "+proj=sterea +lat_0=52.1561605555556 +lon_0=5.3876388888889 +k=0.9999079 +x_0=155000 "
+       "+y_0=463000 +a=6377397.155 +rf=299.1528128",
+       {-30, 89.9, -100, 110},
+       kClosedFormula},
+      {"DoubleStereographicSouth",
+       Make<TDoubleSter>(6378388.0, 297.0, -45 * deg, 20 * deg, 1.0, 0.0, 0.0),
+       "+proj=sterea +lat_0=-45 +lon_0=20 +a=6378388 +rf=297",
+       {-89.9, 30, -80, 120},
+       kClosedFormula},
+  };
+}
+
+class ConicPeer : public ::testing::TestWithParam<Case> {};
+
+TEST_P(ConicPeer, AgreesWithProj) {
+  const Case& c = GetParam();
+  const PeerDifference difference = CompareWithPeer(*c.proj, c.definition, c.lattice);
+  std::cout << c.name << ": worst of " << difference.points << " points " << difference.worst
+            << " m\n";
+  EXPECT_GE(difference.points, c.lattice.rows * c.lattice.columns / 2);
+  EXPECT_LE(difference.worst, c.tolerance);
+}
+
+INSTANTIATE_TEST_SUITE_P(Class, ConicPeer, ::testing::ValuesIn(Cases()),
+                         [](const auto& c) { return std::string(c.param.name); });
+
+}  // namespace
+}  // namespace zel_cs::geomath

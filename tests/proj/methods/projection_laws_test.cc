@@ -1,0 +1,393 @@
+// What every projection promises, class by class. A class appends its row to Rows(); a law that it
+// does not keep is named in the row, with the reason.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <iostream>
+#include <limits>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "geomath/base/angle.h"
+#include "geomath/geomath.h"
+#include "tests/support/tolerance.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+using tolerance::kDegree;
+using ProjPtr = std::unique_ptr<TGeoProj>;
+
+struct TestEllipsoid {
+  double a, invF;
+};
+constexpr TestEllipsoid kGrs80{6378137.0, 298.257222101};
+constexpr TestEllipsoid kInternational{6378388.0, 297.0};
+
+// Degrees, both ends included.
+struct Domain {
+  double south, north, west, east;
+};
+
+struct Laws {
+  const char* name;
+  unsigned int type;
+  const char* kinds;  // one letter a parameter: a angle, l length, s scale, n number
+  Domain domain;
+  double roundTripRad = tolerance::kRoundTripRadians;  // worst difference after forward, inverse
+  std::optional<double> scale = {};          // tolerance of the stored scale; none: not computed
+  std::optional<double> convergence = {};    // the same for the convergence, radians
+  std::optional<double> conformal = {};      // tolerance of Cauchy-Riemann; none: not conformal
+  std::optional<TestEllipsoid> metric = {};  // when it is not the one that the object is built on
+  int eastIndex = -1, northIndex = -1;       // parameters of the false origin
+  const char* keepsFalseOrigin = nullptr;    // why a false origin does not shift the results
+  const char* copiesLess = nullptr;          // why CopyGeoProj does not give the same results
+};
+
+struct Row {
+  Laws laws;
+  std::function<ProjPtr(TestEllipsoid)> make;
+  std::function<ProjPtr()> makeDefault;
+  std::function<ProjPtr(const TGeoProj&)> copy;
+};
+
+void PrintTo(const Row& row, std::ostream* out) { *out << row.laws.name; }
+
+// `make` builds the object on an ellipsoid, by value.
+template <class Make>
+Row RowOf(const Laws& laws, Make make) {
+  using Proj = decltype(make(TestEllipsoid{}));
+  return {laws, [make](TestEllipsoid e) { return ProjPtr(new Proj(make(e))); },
+          [] { return ProjPtr(new Proj()); },
+          [](const TGeoProj& p) { return ProjPtr(new Proj(dynamic_cast<const Proj&>(p))); }};
+}
+
+constexpr double kNumericScale = 1e-9;  // fourth-order differences over 640 m of 1e7 m coordinates
+constexpr double kNumericAngle = 1e-9;  // the same, radians
+
+std::vector<Row> Rows() {
+  std::vector<Row> rows;
+  const double deg = kDegree;
+
+  rows.push_back(RowOf({.name = "TLCProj_North",
+                        .type = 4,
+                        .kinds = "aaaalls",
+                        .domain = {-60, 89, -100, 100},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TLCProj(e.a, e.invF, 33 * deg, 45 * deg, 5 * deg, 23 * deg, 500000,
+                                        200000, 0.9998);
+                       }));
+  rows.push_back(RowOf({.name = "TLCProj_SouthDateLine",
+                        .type = 4,
+                        .kinds = "aaaalls",
+                        .domain = {-89, 60, 100, 250},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TLCProj(e.a, e.invF, -36 * deg, -36 * deg, 175 * deg, -37 * deg,
+                                        500000, 200000, 1);
+                       }));
+  rows.push_back(RowOf({.name = "TSterProj_Oblique",
+                        .type = 10,
+                        .kinds = "aasll",
+                        .domain = {-40, 89, -75, 95},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TSterProj(e.a, e.invF, 40 * deg, 10 * deg, 0.9999, 500000, 200000);
+                       }));
+  rows.push_back(RowOf({.name = "TSterProj_ObliqueSouthDateLine",
+                        .type = 10,
+                        .kinds = "aasll",
+                        .domain = {-89, 40, 94, 264},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TSterProj(e.a, e.invF, -45 * deg, 179 * deg, 1, 500000, 200000);
+                       }));
+  rows.push_back(
+      RowOf({.name = "TSterProj_Equatorial",
+             .type = 10,
+             .kinds = "aasll",
+             .domain = {-89, 89, -80, 80},
+             .scale = kNumericScale,
+             .conformal = kNumericScale,
+             .eastIndex = 3,
+             .northIndex = 4},
+            [=](TestEllipsoid e) { return TSterProj(e.a, e.invF, 0, 0, 1, 500000, 200000); }));
+  rows.push_back(
+      RowOf({.name = "TSterProj_NorthPole",
+             .type = 10,
+             .kinds = "aasll",
+             .domain = {-30, 89.5, -179, 179},
+             .scale = kNumericScale,
+             .conformal = kNumericScale,
+             .eastIndex = 3,
+             .northIndex = 4},
+            [](TestEllipsoid e) { return TSterProj(e.a, e.invF, kHalfPi, 0, 0.994, 2e6, 2e6); }));
+  rows.push_back(RowOf(
+      {.name = "TSterProj_SouthPole",
+       .type = 10,
+       .kinds = "aasll",
+       .domain = {-89.5, 30, -170, 179},
+       .scale = kNumericScale,
+       .conformal = kNumericScale,
+       .eastIndex = 3,
+       .northIndex = 4},
+      [=](TestEllipsoid e) { return TSterProj(e.a, e.invF, -kHalfPi, 7 * deg, 0.994, 2e6, 2e6); }));
+  // The stored scale is exact on the parallel of origin only (DoubleSterProj.Keeps…).
+  rows.push_back(RowOf({.name = "TDoubleSter",
+                        .type = 32,
+                        .kinds = "aasll",
+                        .domain = {-30, 89, -70, 80},
+                        .scale = 3.4e-3,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TDoubleSter(e.a, e.invF, 52 * deg, 5 * deg, 0.9999, 155000, 463000);
+                       }));
+  rows.push_back(RowOf({.name = "TDoubleSter_South",
+                        .type = 32,
+                        .kinds = "aasll",
+                        .domain = {-89, 30, 95, 245},
+                        .scale = 3.4e-3,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TDoubleSter(e.a, e.invF, -45 * deg, 170 * deg, 1, 155000, 463000);
+                       }));
+  return rows;
+}
+
+class ProjectionLaws : public ::testing::TestWithParam<Row> {
+ protected:
+  const Laws& laws() const { return GetParam().laws; }
+  ProjPtr Make() const { return GetParam().make(kGrs80); }
+
+  // Calls visit(φ, λ), radians, over the domain; the lattice avoids symmetric positions.
+  template <class Visit>
+  void ForEachPoint(Visit visit) const {
+    constexpr int kRows = 13, kColumns = 11;
+    const auto [south, north, west, east] = laws().domain;
+    for (int i = 0; i < kRows; ++i)
+      for (int j = 0; j < kColumns; ++j) {
+        const double phi = kDegree * (south + (north - south) * i / (kRows - 1));
+        const double lambda = kDegree * (west + (east - west) * j / (kColumns - 1));
+        SCOPED_TRACE(::testing::Message()
+                     << "latitude " << phi / kDegree << ", longitude " << lambda / kDegree);
+        visit(phi, lambda);
+        if (HasFailure()) return;
+      }
+  }
+
+  // Forward and inverse of two objects agree exactly over the domain, factors too.
+  void ExpectSameResults(TGeoProj& p, TGeoProj& q) const {
+    ForEachPoint([&](double phi, double lambda) {
+      double b = phi, l = lambda, bq = phi, lq = lambda;
+      ASSERT_TRUE(p.Forward(b, l));
+      ASSERT_TRUE(q.Forward(bq, lq));
+      EXPECT_EQ(b, bq);
+      EXPECT_EQ(l, lq);
+      EXPECT_EQ(p.GetScale(), q.GetScale());
+      EXPECT_EQ(p.GetConvergence(), q.GetConvergence());
+      ASSERT_TRUE(p.Inverse(b, l));
+      ASSERT_TRUE(q.Inverse(bq, lq));
+      EXPECT_EQ(b, bq);
+      EXPECT_EQ(l, lq);
+    });
+  }
+};
+
+TEST_P(ProjectionLaws, InverseUndoesForward) {
+  const ProjPtr proj = Make();
+  double worst = 0;
+  ForEachPoint([&](double phi, double lambda) {
+    double b = phi, l = lambda;
+    ASSERT_TRUE(proj->Forward(b, l));
+    ASSERT_TRUE(proj->Inverse(b, l));
+    const double off = std::hypot(b - phi, SetValue(l - lambda, 1) * std::cos(phi));
+    worst = std::max(worst, off);
+    EXPECT_LE(off, laws().roundTripRad);
+  });
+  RecordProperty("worst_rad", std::to_string(worst * 1e15) + "e-15");
+  std::cout << laws().name << ": worst round trip " << worst << " rad\n";
+}
+
+TEST_P(ProjectionLaws, ParametersComeBackInBothUnits) {
+  const ProjPtr proj = Make();
+  const std::string kinds = laws().kinds;
+  EXPECT_EQ(static_cast<unsigned int>(proj->GetType()), laws().type);
+  ASSERT_EQ(proj->GetQParam(), static_cast<int>(kinds.size()));
+  for (int i = 0; i < proj->GetQParam(); ++i) {
+    SCOPED_TRACE(::testing::Message() << "parameter " << i);
+    const bool angle = kinds[static_cast<std::size_t>(i)] == 'a';
+    const double value = proj->GetParam(i, 2) + 1;  // a whole number stays one
+    proj->SetParam(value, i, 2);
+    EXPECT_EQ(proj->GetParam(i, 2), value);
+    EXPECT_EQ(proj->GetParam(i, 3), angle ? proj->RadToDMS(value) : value);
+    proj->SetParam(3, i, 3);
+    EXPECT_EQ(proj->GetParam(i, 2), angle ? proj->DMSToRad(3) : 3);
+  }
+}
+
+TEST_P(ProjectionLaws, IndexOutsideReadsZeroAndWritesNothing) {
+  const ProjPtr proj = Make(), untouched = Make();
+  for (const int index :
+       {-1, proj->GetQParam(), std::numeric_limits<int>::max(), std::numeric_limits<int>::min()}) {
+    EXPECT_EQ(proj->GetParam(index, 2), 0.0);
+    proj->SetParam(77, index, 2);
+  }
+  ExpectSameResults(*proj, *untouched);
+}
+
+TEST_P(ProjectionLaws, CopyAgreesExactly) {
+  const ProjPtr proj = Make(), copy = GetParam().copy(*proj);
+  EXPECT_EQ(copy->GetType(), proj->GetType());
+  ExpectSameResults(*proj, *copy);
+}
+
+TEST_P(ProjectionLaws, CopyGeoProjGivesTheSameResults) {
+  if (laws().copiesLess) GTEST_SKIP() << laws().copiesLess;
+  const ProjPtr proj = Make(), other = GetParam().makeDefault();
+  ASSERT_TRUE(other->CopyGeoProj(proj.get()));
+  ExpectSameResults(*proj, *other);
+}
+
+TEST_P(ProjectionLaws, SetEllipsoidEqualsBuildingOnIt) {
+  const ProjPtr changed = Make(), built = GetParam().make(kInternational);
+  changed->SetEllipsoid(kInternational.a, kInternational.invF);
+  ExpectSameResults(*changed, *built);
+}
+
+TEST_P(ProjectionLaws, FalseOriginShifts) {
+  if (laws().keepsFalseOrigin) GTEST_SKIP() << laws().keepsFalseOrigin;
+  const ProjPtr proj = Make(), shifted = Make();
+  const double dE = 1250, dN = -3750;
+  shifted->SetParam(proj->GetParam(laws().eastIndex, 2) + dE, laws().eastIndex, 2);
+  shifted->SetParam(proj->GetParam(laws().northIndex, 2) + dN, laws().northIndex, 2);
+  ForEachPoint([&](double phi, double lambda) {
+    double n = phi, e = lambda, ns = phi, es = lambda;
+    ASSERT_TRUE(proj->Forward(n, e));
+    ASSERT_TRUE(shifted->Forward(ns, es));
+    const double rounding = tolerance::kSameFormulaMetres * (1 + 1e-7 * std::hypot(n, e));
+    EXPECT_NEAR(ns - n, dN, rounding);
+    EXPECT_NEAR(es - e, dE, rounding);
+    ASSERT_TRUE(shifted->Inverse(ns, es));
+    EXPECT_NEAR(ns, phi, laws().roundTripRad);
+  });
+}
+
+TEST_P(ProjectionLaws, BatchEqualsScalar) {
+  const ProjPtr proj = Make();
+  std::vector<double> first, second, firstScalar, secondScalar;
+  ForEachPoint([&](double phi, double lambda) {
+    first.push_back(phi);
+    second.push_back(lambda);
+    ASSERT_TRUE(proj->Forward(phi, lambda));
+    firstScalar.push_back(phi);
+    secondScalar.push_back(lambda);
+  });
+  const double scale = proj->GetScale();
+  ASSERT_EQ(proj->ForwardBatch(first.data(), second.data(), first.size()), first.size());
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    const double size = std::max(1.0, std::hypot(firstScalar[i], secondScalar[i]) / 1e7);
+    ASSERT_NEAR(first[i], firstScalar[i], tolerance::kBatchMetres * size);
+    ASSERT_NEAR(second[i], secondScalar[i], tolerance::kBatchMetres * size);
+  }
+  first = firstScalar;
+  second = secondScalar;
+  ASSERT_EQ(proj->InverseBatch(first.data(), second.data(), first.size()), first.size());
+  EXPECT_EQ(proj->GetScale(), scale);  // batches store nothing
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    ASSERT_TRUE(proj->Inverse(firstScalar[i], secondScalar[i]));
+    ASSERT_NEAR(first[i], firstScalar[i], tolerance::kBatchRadians);
+    ASSERT_NEAR(second[i], secondScalar[i], tolerance::kBatchRadians * 8);  // longitudes up to 2π
+  }
+}
+
+// Partial derivatives of the forward conversion by fourth-order central differences.
+struct Derivatives {
+  double nPhi, ePhi, nLambda, eLambda;
+};
+
+Derivatives Differentiate(const TGeoProj& proj, double phi, double lambda) {
+  constexpr double kStep = 1e-4;
+  const auto at = [&](double dPhi, double dLambda) {
+    double b = phi + dPhi, l = lambda + dLambda;
+    EXPECT_TRUE(proj.ForwardPoint(b, l));
+    return std::pair{b, l};
+  };
+  const auto difference = [&](double stepPhi, double stepLambda) {
+    const auto p1 = at(stepPhi, stepLambda), m1 = at(-stepPhi, -stepLambda);
+    const auto p2 = at(2 * stepPhi, 2 * stepLambda), m2 = at(-2 * stepPhi, -2 * stepLambda);
+    const auto combine = [](double a1, double b1, double a2, double b2) {
+      return (8 * (a1 - b1) - (a2 - b2)) / (12 * kStep);
+    };
+    return std::pair{combine(p1.first, m1.first, p2.first, m2.first),
+                     combine(p1.second, m1.second, p2.second, m2.second)};
+  };
+  const auto [nPhi, ePhi] = difference(kStep, 0);
+  const auto [nLambda, eLambda] = difference(0, kStep);
+  return {nPhi, ePhi, nLambda, eLambda};
+}
+
+TEST_P(ProjectionLaws, FactorsAgreeWithNumericDifferences) {
+  const ProjPtr proj = Make();
+  const TestEllipsoid metric = laws().metric.value_or(kGrs80);
+  const Ellipsoid ell = MakeEllipsoid(metric.a, metric.invF);
+  const double scale0 = proj->GetScale(), convergence0 = proj->GetConvergence();
+  ForEachPoint([&](double phi, double lambda) {
+    double b = phi, l = lambda;
+    ASSERT_TRUE(proj->Forward(b, l));
+    const double forwardScale = proj->GetScale(), forwardConvergence = proj->GetConvergence();
+    ASSERT_TRUE(proj->Inverse(b, l));
+    EXPECT_NEAR(proj->GetScale(), forwardScale, 1e-9 * forwardScale);
+    EXPECT_NEAR(proj->GetConvergence(), forwardConvergence, 1e-9);
+    if (!laws().scale) {
+      EXPECT_EQ(forwardScale, scale0);
+    }
+    if (!laws().convergence) {
+      EXPECT_EQ(forwardConvergence, convergence0);
+    }
+
+    const double w2 = 1 - ell.e2 * std::sin(phi) * std::sin(phi);
+    const double parallel = ell.a * std::cos(phi) / std::sqrt(w2);
+    const double meridian = ell.a * (1 - ell.e2) / (w2 * std::sqrt(w2));
+    const Derivatives d = Differentiate(*proj, phi, lambda);
+    const double k = std::hypot(d.nLambda, d.eLambda) / parallel;
+    if (laws().scale) {
+      EXPECT_NEAR(forwardScale / k, 1, *laws().scale);
+    }
+    if (laws().convergence) {
+      EXPECT_NEAR(SetValue(forwardConvergence - std::atan2(-d.ePhi, d.nPhi), 1), 0,
+                  *laws().convergence);
+    }
+    if (laws().conformal) {
+      EXPECT_NEAR(d.nPhi / meridian / k, d.eLambda / parallel / k, *laws().conformal);
+      EXPECT_NEAR(d.ePhi / meridian / k, -d.nLambda / parallel / k, *laws().conformal);
+    }
+  });
+}
+
+INSTANTIATE_TEST_SUITE_P(Class, ProjectionLaws, ::testing::ValuesIn(Rows()),
+                         [](const auto& row) { return std::string(row.param.laws.name); });
+
+}  // namespace
+}  // namespace zel_cs::geomath

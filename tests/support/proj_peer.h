@@ -1,0 +1,75 @@
+#pragma once
+
+#include <proj.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+
+#include "geomath/proj/geo_proj.h"
+
+/// Comparison with PROJ as an independent implementation. Sources that include this are named
+/// *_peer_test.cc and are added with geomath_add_peer_test.
+
+/// One PROJ operation from a text such as "+proj=lcc +lat_1=30 … +a=6378137 +rf=298.3", in a
+/// context of its own.
+class ProjPeer {
+ public:
+  explicit ProjPeer(const std::string& definition)
+      : context_(proj_context_create()), pj_(proj_create(context_, definition.c_str())) {}
+  ~ProjPeer() {
+    proj_destroy(pj_);
+    proj_context_destroy(context_);
+  }
+  ProjPeer(const ProjPeer&) = delete;
+  ProjPeer& operator=(const ProjPeer&) = delete;
+
+  bool Good() const { return pj_ != nullptr; }
+
+  /// Latitude and longitude, radians, to northing and easting, metres.
+  bool Forward(double phi, double lambda, double& north, double& east) const {
+    const PJ_COORD out = proj_trans(pj_, PJ_FWD, proj_coord(lambda, phi, 0, 0));
+    north = out.xy.y;
+    east = out.xy.x;
+    return std::isfinite(north) && std::isfinite(east);
+  }
+
+ private:
+  PJ_CONTEXT* context_;
+  PJ* pj_;
+};
+
+/// A lattice of latitudes and longitudes, degrees, both ends included.
+struct PeerLattice {
+  double south, north, west, east;
+  int rows = 21, columns = 21;
+};
+
+/// The largest distance, metres, between our forward conversion and PROJ's over the lattice, and
+/// the number of points compared; points that PROJ refuses are passed over. NaN when the
+/// definition is refused or a conversion of ours fails.
+struct PeerDifference {
+  double worst = 0;
+  int points = 0;
+};
+
+inline PeerDifference CompareWithPeer(zel_cs::geomath::TGeoProj& proj,
+                                      const std::string& definition, const PeerLattice& lattice) {
+  constexpr double kDegree = 3.14159265358979323846 / 180;
+  PeerDifference difference;
+  const ProjPeer peer(definition);
+  if (!peer.Good()) return {std::nan(""), 0};
+  for (int i = 0; i < lattice.rows; ++i)
+    for (int j = 0; j < lattice.columns; ++j) {
+      double b =
+          kDegree * (lattice.south + (lattice.north - lattice.south) * i / (lattice.rows - 1));
+      double l =
+          kDegree * (lattice.west + (lattice.east - lattice.west) * j / (lattice.columns - 1));
+      double north, east;
+      if (!peer.Forward(b, l, north, east)) continue;
+      if (!proj.Forward(b, l)) return {std::nan(""), difference.points};
+      difference.worst = std::max(difference.worst, std::hypot(b - north, l - east));
+      ++difference.points;
+    }
+  return difference;
+}
