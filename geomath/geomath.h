@@ -11,6 +11,8 @@
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/chain/geoid_height.h"
 #include "geomath/datum/datum.h"
+#include "geomath/datum/datum_molodenskiy.h"
+#include "geomath/datum/procedural.h"
 #include "geomath/platform/system_time.h"
 #include "geomath/platform/zel_logging.h"
 #include "geomath/platform/zel_math.h"

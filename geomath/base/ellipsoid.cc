@@ -4,13 +4,13 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/base/geocentric.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kAxisDistance = 1e-10;      // metres; nearer points lie on the polar axis
-constexpr double kTangentTolerance = 1e-14;  // absolute, on tan B
-constexpr int kMaxTangentSteps = 20;
+constexpr double kAxisDistance = 1e-10;  // metres; nearer points lie on the polar axis
+constexpr TangentStop kScalarStop{.tolerance = 1e-14, .maxSteps = 20, .mustSettle = true};
 
 // Latitude as an unnormalised pair: tan β = s/c of the reduced latitude, quarter 0…π/2.
 struct ReducedLatitude {
@@ -73,12 +73,52 @@ bool ToGeodetic(const Ellipsoid& ell, double& X, double& Y, double& Z) {
 
 }  // namespace
 
+void DeriveEccentricities(Ellipsoid& ell) {
+  ell.e2 = (2 - ell.f) * ell.f;
+  ell.e = std::sqrt(ell.e2);
+  ell.ep2 = ell.e2 / (1 - ell.e2);
+}
+
+bool GeocentricToGeodetic(const Ellipsoid& ell, const TangentStop& stop, double& X, double& Y,
+                          double& Z) {
+  const double a = ell.a, e2 = ell.e2;
+  if (std::sqrt(X * X + Y * Y) < kAxisDistance) {
+    const double z = Z;
+    const double pole = z < 0 ? -kHalfPi : kHalfPi;
+    X = z == 0 ? 0 : pole;
+    Y = 0;
+    Z = z == 0 ? -a : std::abs(z) - a * std::sqrt(1 - e2);
+    return true;
+  }
+  const double L = std::atan2(Y, X);
+  const double p = X * std::cos(L) + Y * std::sin(L);
+  const double polarRadius = a / std::sqrt(1 - e2);
+  const double k = e2 * polarRadius;
+  const double m = 1 + ell.ep2;
+  const double t0 = Z / p;
+
+  double t = t0;
+  bool settled = false;
+  for (int step = 0; step < stop.maxSteps && !settled; ++step) {
+    const double next = t0 + k * t / (p * std::sqrt(m + t * t));
+    settled = std::abs(next - t) <= stop.tolerance;
+    t = next;
+  }
+  if (stop.mustSettle && !settled) return false;
+
+  const double B = std::atan(t);
+  const double sinB = std::sin(B);
+  const double N = a / std::sqrt(1 - e2 * sinB * sinB);
+  X = B;
+  Y = L;
+  Z = p / std::cos(B) - N;
+  return true;
+}
+
 void Ellipsoid::SetEllipsoid(bool fromSemiMinor) {
   if (fromSemiMinor) invF = a / (a - b);
   f = 1 / invF;
-  e2 = (2 - f) * f;
-  e = std::sqrt(e2);
-  ep2 = e2 / (1 - e2);
+  DeriveEccentricities(*this);
   if (!fromSemiMinor) b = (1 - f) * a;
   n = (a - b) / (a + b);
 }
@@ -96,36 +136,7 @@ bool Ellipsoid::BLH_to_XYZ(double& B, double& L, double& H) const {
 }
 
 bool Ellipsoid::XYZ_to_BLH(double& X, double& Y, double& Z) const {
-  if (std::sqrt(X * X + Y * Y) < kAxisDistance) {
-    const double z = Z;
-    X = z == 0 ? 0 : std::copysign(kHalfPi, z);
-    Y = 0;
-    Z = z == 0 ? -a : std::abs(z) - a * std::sqrt(1 - e2);
-    return true;
-  }
-  const double L = std::atan2(Y, X);
-  const double p = X * std::cos(L) + Y * std::sin(L);
-  const double polarRadius = a / std::sqrt(1 - e2);
-  const double k = e2 * polarRadius;
-  const double m = 1 + ep2;
-  const double t0 = Z / p;
-
-  double t = t0;
-  bool settled = false;
-  for (int step = 0; step < kMaxTangentSteps && !settled; ++step) {
-    const double next = t0 + k * t / (p * std::sqrt(m + t * t));
-    settled = std::abs(next - t) <= kTangentTolerance;
-    t = next;
-  }
-  if (!settled) return false;
-
-  const double B = std::atan(t);
-  const double sinB = std::sin(B);
-  const double N = a / std::sqrt(1 - e2 * sinB * sinB);
-  X = B;
-  Y = L;
-  Z = p / std::cos(B) - N;
-  return true;
+  return GeocentricToGeodetic(*this, kScalarStop, X, Y, Z);
 }
 
 double Ellipsoid::GetGaussianRadius(double B) const {

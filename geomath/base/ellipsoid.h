@@ -35,8 +35,9 @@ struct GEOMATH_API Ellipsoid {
   /// In place, (X, Y, Z) to (B, L, H), by fixed-point iteration on tan B.
   /// Within 1e-10 m of the axis L = 0 and B = ±π/2; at the centre B = 0 and H = −a.
   /// False, with the arguments untouched, when tan B has not settled to 1e-14 (absolute) after 20
-  /// steps. Kept: that tolerance on a large tangent refuses some points within about a degree of
-  /// the poles, and H = p/cos B − N loses digits there; XYZ_to_BLH_Batch has neither weakness.
+  /// steps. Kept: that tolerance on a large tangent refuses about one point in 500 within a degree
+  /// of the poles, the limit refuses points close to the centre, and H = p/cos B − N loses digits
+  /// near the poles; XYZ_to_BLH_Batch has none of these weaknesses.
   bool XYZ_to_BLH(double& X, double& Y, double& Z) const;
 
   /// Gaussian mean radius of curvature √(ρν) at latitude B, metres.

@@ -1,0 +1,33 @@
+#include "geomath/platform/zel_string.h"
+
+#include <gtest/gtest.h>
+
+#include <cwchar>
+
+namespace {
+
+TEST(ZelString, ComparesWithRegardToCase) {
+  const CZelStringT<wchar_t> name(L"TMERC");
+  EXPECT_EQ(name.Compare(L"TMERC"), 0);
+  EXPECT_NE(name.Compare(L"tmerc"), 0);
+  EXPECT_LT(name.Compare(L"UTM"), 0);
+  EXPECT_GT(name.Compare(L"TM"), 0);
+}
+
+TEST(ZelString, TakesNullForEmpty) {
+  const CZelStringT<wchar_t> none(nullptr);
+  EXPECT_EQ(none.Compare(L""), 0);
+  EXPECT_EQ(none.Compare(nullptr), 0);
+  EXPECT_EQ(CZelStringT<wchar_t>().Compare(L""), 0);
+  EXPECT_GT(CZelStringT<wchar_t>(L"a").Compare(nullptr), 0);
+}
+
+TEST(ZelString, CopiesItsText) {
+  CZelStringT<wchar_t> first(L"RD");
+  const CZelStringT<wchar_t> second = first;
+  first = L"KROVAK";
+  EXPECT_STREQ(second, L"RD");
+  EXPECT_STREQ(first, L"KROVAK");
+}
+
+}  // namespace
