@@ -107,7 +107,8 @@ void RotateBlock(const AxisRotation& axes, unsigned int dir, double* const (&pai
   for (std::size_t i = 0; i < count; ++i) axes.Rotate(dir, pair[0][i], pair[1][i]);
 }
 
-bool GridToGround(TGeoProj& proj, double h, double& k) {
+// Point scale to the factor from grid to ground.
+bool CarryToGround(TGeoProj& proj, double h, double& k) {
   if (h == 0.0) {
     k = 1 / k;
     return true;
@@ -120,11 +121,11 @@ bool GridToGround(TGeoProj& proj, double h, double& k) {
 }  // namespace
 
 bool TGeoProj::GetAvgGridScale(double& k, double n, double e, double h) {
-  return GetNEScale(k, n, e) && GridToGround(*this, h, k);
+  return GetNEScale(k, n, e) && CarryToGround(*this, h, k);
 }
 
 bool TGeoProj::GetAvgBLHScale(double& k, double b, double l, double h) {
-  return GetBLScale(k, b, l) && GridToGround(*this, h, k);
+  return GetBLScale(k, b, l) && CarryToGround(*this, h, k);
 }
 
 bool TGeoProj::GetNEScale(double& k, double n, double e) {
@@ -211,6 +212,7 @@ bool TGeoProj::CopyGeoProj(const TGeoProj* src) {
   convergence_ = src->GetConvergence();
   ell_ = src->ell_;
   flag_ = src->flag_;
+  Prepare();
   SetNEAxes(src->GetNEAxes());
   SetBLAxes(src->GetBLAxes());
   for (int i = 0; i < paramCount_; ++i) SetParam(src->GetParam(i, kUnitInternal), i, kUnitInternal);

@@ -76,14 +76,14 @@ double TUTMProj::ForwardArc(double phi, double sinPhi, double cosPhi) const {
 }
 
 // Convergence, its sign taken from the longitude difference before it is folded, and point scale.
-PointFactors TUTMProj::FactorsAt(double lambda, double sinPhi, double cosPhi,
-                                 double foldedL) const {
+PointFactors TUTMProj::FactorsAt(double phi, double lambda, double sinPhi, double cosPhi,
+                                 double L) const {
   const double t = sinPhi / cosPhi, t2 = t * t;
   const double eta2 = ell_.ep2 * (cosPhi * cosPhi), eta4 = eta2 * eta2;
-  const double L = foldedL, L2 = L * L;
+  const double L2 = L * L;
   const double size =
       std::abs(t * L * (1 + L2 * ((1 + 3 * eta2 + 2 * eta4) / 3 + L2 * ((2 - t2) / 15))));
-  const bool east = lambda - lambda0_ >= 0, south = sinPhi < 0;
+  const bool east = lambda - lambda0_ >= 0, south = phi < 0;
   const double k =
       k0_ * (1 + (1 + eta2) * L2 / 2 * (1 + L2 * (5 - 4 * t2 + eta2 * (9 - 24 * t2)) / 12));
   return {.scale = k, .convergence = east != south ? size : -size};
@@ -103,7 +103,7 @@ bool TUTMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double A5 = (5 - 18 * t2 + t4 + eta2 * (14 - 58 * t2)) / 120;
   const double A7 = (61 - 479 * t2 + 179 * t4 - t6) / 5040;
 
-  if (factors) *factors = FactorsAt(lambda, s, c, L);
+  if (factors) *factors = FactorsAt(phi, lambda, s, c, L);
   b = ForwardArc(phi, s, c) - forwardOrigin_ + fNorth_ + R * t * L2 / 2 * (1 + L2 * (A4 + L2 * A6));
   l = fEast_ + R * L * (1 + L2 * (A3 + L2 * (A5 + L2 * A7)));
   return true;
@@ -129,8 +129,8 @@ bool TUTMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
   const double phi = phiF - B2 * Q2 * (1 - Q2 * (B4 - Q2 * B6));
   const double lambda = lambda0_ + Q / c * (1 - Q2 * (B3 - Q2 * (B5 - Q2 * B7)));
   if (factors) {
-    const double cosPhi = std::cos(phi);
-    *factors = FactorsAt(lambda, std::sin(phi), cosPhi, SetValue(lambda - lambda0_, 1) * cosPhi);
+    const double cosPhi = std::cos(phi), L = SetValue(lambda - lambda0_, 1) * cosPhi;
+    *factors = FactorsAt(phi, lambda, std::sin(phi), cosPhi, L);
   }
   n = phi;
   e = lambda;

@@ -51,7 +51,7 @@ class GEOMATH_API TUTMProj : public TGeoProj {
 
  private:
   double ForwardArc(double phi, double sinPhi, double cosPhi) const;
-  PointFactors FactorsAt(double lambda, double sinPhi, double cosPhi, double foldedL) const;
+  PointFactors FactorsAt(double phi, double lambda, double sinPhi, double cosPhi, double L) const;
   static std::span<const ParamRow<TUTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
