@@ -16,6 +16,6 @@ inline std::filesystem::path ReferenceFile(const std::string& relative) {
 }
 
 /// Skips the running test when the file is absent; otherwise `path` holds its name.
-#define REQUIRE_REFERENCE_FILE(path, relative)                \
-  const std::filesystem::path path = ReferenceFile(relative); \
+#define REQUIRE_REFERENCE_FILE(path, relative) \
+  const auto path = ReferenceFile(relative);   \
   if (!std::filesystem::exists(path)) GTEST_SKIP() << "reference file " << path << " is absent"
