@@ -1,0 +1,94 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <vector>
+
+#include "geomath/export.h"
+#include "geomath/magnetic/magnetic_model.h"
+
+namespace zel_cs::geomath {
+
+/// The elements of the geomagnetic field at a point, or how much they change in a year.
+struct MagneticElements {
+  double x, y, z;        ///< towards geodetic north, east and down, nT
+  double h;              ///< horizontal intensity, nT
+  double f;              ///< total intensity, nT
+  double declination;    ///< from geodetic north to magnetic north, east positive, degrees
+  double inclination;    ///< below the horizon positive, degrees
+  double gridVariation;  ///< from grid north to magnetic north, east positive, degrees
+};
+
+/// The field and its yearly change (nT and degrees per year).
+struct MagneticPoint {
+  MagneticElements field, yearlyChange;
+};
+
+/// One standard deviation of the elements that a model's publisher states for its years; it covers
+/// what no such model contains (crust, disturbances), so it dwarfs any error of computation.
+struct MagneticUncertainty {
+  double x, y, z, h, f;             ///< nT
+  double declination, inclination;  ///< degrees
+};
+
+struct MagneticErrorModel;
+
+/// The field of one model at one date (Chulliat et al. 2020, The US/UK World Magnetic Model for
+/// 2020-2025: Technical Report, section 1.2, equations 4 to 19).
+///
+/// Construction adjusts the coefficients to the date; it allocates and throws std::bad_alloc when
+/// there is no memory. Evaluation allocates nothing, throws nothing, is const and may run on one
+/// object from many threads. It holds its own copy of the figures: the model may go away.
+///
+/// Latitude and longitude are geodetic, in degrees (any number of turns of longitude), the height
+/// is in kilometres above the WGS84 ellipsoid. Results agree with an evaluation in higher
+/// precision to 1e-9 nT. North at a pole is along the meridian of the given longitude. The
+/// declination is ill-conditioned near a magnetic pole; exactly there, where h is 0, it is
+/// atan2(y, x) and the changes of h, declination and grid variation are not a number. A coordinate
+/// that is no finite number gives elements that are not a number, as does a height of about minus
+/// the radius of the Earth.
+///
+/// Grid north, for the grid variation, is that of the UPS grid at latitudes from ±55° to the poles
+/// (where the convergence is the longitude, with the sign of the hemisphere), and that of the UTM
+/// zone of the point in between.
+class GEOMATH_API MagneticField {
+ public:
+  /// The model at a decimal year (see DecimalYear). Dates outside the model's years extrapolate.
+  MagneticField(const WMMtype_MagneticModel& model, double decimalYear);
+
+  MagneticPoint At(double latitude, double longitude, double height) const noexcept;
+
+  /// The same, bit for bit, for `count` points, several at a time: about twice as fast. Returns how
+  /// many of the results are numbers.
+  std::size_t AtBatch(const double* latitudes, const double* longitudes, const double* heights,
+                      std::size_t count, MagneticPoint* results) const noexcept;
+
+  double DecimalYear() const { return decimalYear_; }
+
+  /// Whether the date lies in the years that the model was made for, both ends included.
+  bool InModelYears() const { return inModelYears_; }
+
+  /// The stated uncertainty of the model at a point with horizontal intensity `h` (nT), after the
+  /// model's name: WMM-2015, WMM-2015v2, WMM-2020 and WMM-2025. Nothing for other models.
+  std::optional<MagneticUncertainty> Uncertainty(double h) const noexcept;
+
+ private:
+  /// One term of the sums, its coefficients in Gauss normalisation.
+  struct Term {
+    double recursion;             // K(n + 1, m)
+    double g, h, gDot, hDot;      // of (n, m)
+    double dg, dh, dgDot, dhDot;  // n − m + 1 times those of (n, m − 1); 0 when m is 0
+  };
+
+  template <int kLanes>
+  void Evaluate(const double* latitudes, const double* longitudes, const double* heights,
+                MagneticPoint* results) const noexcept;
+
+  double decimalYear_;
+  bool inModelYears_;
+  int degree_;
+  const MagneticErrorModel* errors_;  // null when nothing is published
+  std::vector<Term> terms_;           // m = 0 … degree, within it n = m … degree
+};
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <cstdio>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <string>
+
+#include "geomath/magnetic/wmm2010.h"
+
+/// The start of a coefficient file that is told from WMM-2010 by its epoch.
+inline const std::string kCofHeader = "    2020.0            TEST-1        12/10/2019\n";
+
+inline std::string CofRow(int n, int m, double g, double h, double gDot, double hDot) {
+  char row[120];
+  std::snprintf(row, sizeof row, "%3d %2d %9.1f %9.1f %9.1f %9.1f\n", n, m, g, h, gDot, hDot);
+  return row;
+}
+
+/// All terms of WMM-2010 below a header, with the line of nines.
+inline std::string CofText(const std::string& header = kCofHeader) {
+  std::string text = header;
+  for (const auto& t : zel_cs::geomath::Wmm2010Terms())
+    text += CofRow(t.n, t.m, t.g, t.h, t.gDot, t.hDot);
+  return text + std::string(48, '9') + "\n" + std::string(48, '9') + "\n";
+}
+
+/// A file that lasts as long as the object.
+class TemporaryFile {
+ public:
+  explicit TemporaryFile(const std::string& text) {
+    static int count = 0;
+    path_ = (std::filesystem::temp_directory_path() /
+             ("geomath_cof_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
+              std::to_string(std::hash<std::string>{}(text)) + "_" + std::to_string(count++)))
+                .string();
+    std::ofstream(path_, std::ios::binary) << text;
+  }
+  ~TemporaryFile() { std::filesystem::remove(path_); }
+  TemporaryFile(const TemporaryFile&) = delete;
+  TemporaryFile& operator=(const TemporaryFile&) = delete;
+
+  const char* Path() const { return path_.c_str(); }
+
+ private:
+  std::string path_;
+};
