@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "geomath/proj/methods/math/central_point.h"
-
 namespace zel_cs::geomath {
 
 std::span<const ParamRow<TOMercatorProj>> TOMercatorProj::Params() {
@@ -21,27 +19,8 @@ TOMercatorProj::TOMercatorProj() : TOMercatorProj(kWgs84A, kWgs84InvF, 0, 1.0, 0
 
 TOMercatorProj::TOMercatorProj(double a, double invF, double azimuth, double scale, double lon0,
                                double lat0, double fEast, double fNorth)
-    : TGeoProj(ProjTypeOMercator, static_cast<int>(Params().size()), a, invF, true),
-      azimuth_(azimuth),
-      k0_(scale),
-      lambdaC_(lon0),
-      phiC_(lat0),
-      fEast_(fEast),
-      fNorth_(fNorth) {
-  TOMercatorProj::Prepare();
-}
-
-void TOMercatorProj::Set(double TOMercatorProj::*field, double value) {
-  this->*field = value;
-  Prepare();
-}
-
-void TOMercatorProj::AxisAzimuth(double value) { Set(&TOMercatorProj::azimuth_, value); }
-void TOMercatorProj::Scale(double value) { Set(&TOMercatorProj::k0_, value); }
-void TOMercatorProj::Lon0(double value) { Set(&TOMercatorProj::lambdaC_, value); }
-void TOMercatorProj::Lat0(double value) { Set(&TOMercatorProj::phiC_, value); }
-void TOMercatorProj::FEast(double value) { Set(&TOMercatorProj::fEast_, value); }
-void TOMercatorProj::FNorth(double value) { Set(&TOMercatorProj::fNorth_, value); }
+    : HotineProj(ProjTypeOMercator, Params().size(), a, invF, azimuth, scale, lon0, lat0, fEast,
+                 fNorth) {}
 
 double TOMercatorProj::GetParam(int index, unsigned int unit) const {
   return ReadParam(*this, Params(), index, unit);
@@ -51,27 +30,14 @@ void TOMercatorProj::SetParam(double value, int index, unsigned int unit) {
   WriteParam(*this, Params(), value, index, unit);
 }
 
-bool TOMercatorProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  return ObliqueCentralPoint(phiC_, lambdaC_, b0, l0, db, dl);
-}
-
-void TOMercatorProj::Prepare() {
-  grid_ = HotineGrid(Hotine(ell_, {azimuth_, k0_, phiC_, lambdaC_}),
-                     {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_});
-}
-
 bool TOMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const Hotine& hotine = grid_.Projection();
-  if (l != hotine.lambda0) return grid_.Forward(b, l, factors);
+  if (l != hotine.lambda0) return HotineProj::ForwardPoint(b, l, factors);
 
   const double phi = b;
   if (factors) factors->scale = hotine.CylinderScale(std::sin(phi), std::cos(phi));
   grid_.ToGrid({0, hotine.Forward(phi, l).v}, b, l);
   return true;
-}
-
-bool TOMercatorProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  return grid_.Inverse(n, e, factors);
 }
 
 }  // namespace zel_cs::geomath

@@ -1,0 +1,124 @@
+#include "geomath/proj/methods/ak01_proj.h"
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/methods/math/latitude.h"
+
+// Symbols are the source's; its ψ is the isometric latitude, its longitudes count west.
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kSinAxis = 0.6, kCosAxis = 0.8;  // of the turn, −atan(3/4), sign apart
+constexpr double kFalseEasting = 5000000, kFalseNorthing = -5000000;  // metres
+constexpr double kCentreLat = 57 * kRadPerDeg;
+constexpr double kCentreLon = -(133 + 40.0 / 60) * kRadPerDeg;
+
+// Conformal to geodetic latitude on Clarke 1866, as published.
+double GeodeticLatitude(double psi) {
+  const double s = std::tanh(psi), c = 1 / std::cosh(psi), c2 = c * c;
+  return std::atan(std::sinh(psi)) +
+         (0.006761032571 + c2 * (0.000053172205 + c2 * (5.73027e-7 + c2 * 7.128e-9))) * s * c;
+}
+
+}  // namespace
+
+std::span<const ParamRow<TAK01Proj>> TAK01Proj::Params() {
+  using P = TAK01Proj;
+  static constexpr ParamRow<P> rows[] = {
+      {&P::A_, ParamKind::number},    {&P::B_, ParamKind::number},
+      {&P::C_, ParamKind::number},    {&P::D_, ParamKind::number},
+      {&P::F_, ParamKind::number},    {&P::G_, ParamKind::number},
+      {&P::H_, ParamKind::number},    {&P::I_, ParamKind::number},
+      {&P::e_, ParamKind::number},    {&P::epsilon_, ParamKind::number},
+      {&P::lon0_, ParamKind::number}, {&P::zone_, ParamKind::number},
+  };
+  return rows;
+}
+
+TAK01Proj::TAK01Proj()
+    : TAK01Proj(6388906.015, 1.00029977273, 0.00447599131, 6386352.67013, 0.327015517176,
+                0.945018968871, 0.3460412203, 1.0015773595, 0.082271854223003, 0.0825517107,
+                365450.51319, 5001) {}
+
+TAK01Proj::TAK01Proj(double A, double B, double C, double D, double F, double G, double H, double I,
+                     double e, double epsilon, double lon0, int zone)
+    : TGeoProj(ProjTypeAK01, static_cast<int>(Params().size()), kClarke1866A, kClarke1866InvF,
+               true),
+      A_(A),
+      B_(B),
+      C_(C),
+      D_(D),
+      F_(F),
+      G_(G),
+      H_(H),
+      I_(I),
+      e_(e),
+      epsilon_(epsilon),
+      lon0_(lon0),
+      zone_(zone) {}
+
+double TAK01Proj::FEast() const { return kFalseEasting; }
+double TAK01Proj::FNorth() const { return kFalseNorthing; }
+
+double TAK01Proj::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TAK01Proj::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+bool TAK01Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  return ObliqueCentralPoint(kCentreLat, kCentreLon, b0, l0, db, dl);
+}
+
+TAK01Proj::Aposphere TAK01Proj::At(double sinPhi, double cosPhi, double lambda) const {
+  const double x = B_ * IsometricLatitude(sinPhi, cosPhi, e_) + C_;
+  const double L = -B_ * (lambda + lon0_ / kArcSecondsPerRad);
+  return {std::sinh(x), std::cosh(x), std::sin(L), std::cos(L)};
+}
+
+PointFactors TAK01Proj::FactorsAt(const Aposphere& at, double sinPhi, double cosPhi,
+                                  double cosU) const {
+  const auto& [P, Q, sinL, cosL] = at;
+  const double w = std::sqrt(1 - e_ * e_ * (sinPhi * sinPhi));
+  return {.scale = I_ * w * cosU / (cosPhi * cosL),
+          .convergence = std::atan((3 * Q * cosL - 4 * P * sinL - 4 * H_) /
+                                   (4 * Q * cosL + 3 * P * sinL + 3 * H_))};
+}
+
+bool TAK01Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  const double sinPhi = std::sin(b), cosPhi = std::cos(b);
+  const Aposphere at = At(sinPhi, cosPhi, l);
+  const auto& [P, Q, sinL, cosL] = at;
+  const double angle = std::atan((G_ * P + F_ * sinL) / cosL);
+  const double side = F_ * P - G_ * sinL;
+  const double u = D_ * angle, v = D_ / 2 * std::log((Q + side) / (Q - side));
+
+  if (factors) *factors = FactorsAt(at, sinPhi, cosPhi, std::cos(angle));
+  b = kCosAxis * u + kSinAxis * v + kFalseNorthing;
+  l = kCosAxis * v - kSinAxis * u + kFalseEasting;
+  return true;
+}
+
+bool TAK01Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  const double y = n - kFalseNorthing, x = e - kFalseEasting;
+  const double u = kCosAxis * y - kSinAxis * x, v = kSinAxis * y + kCosAxis * x;
+  const double R = std::sinh(v / D_), S = std::cosh(v / D_);
+  const double sinU = std::sin(u / D_), cosU = std::cos(u / D_);
+
+  const double side = F_ * R + G_ * sinU;
+  const double phi = GeodeticLatitude((std::log((S + side) / (S - side)) / 2 - C_) / B_);
+  const double lambda = -(lon0_ / kArcSecondsPerRad + std::atan((F_ * sinU - G_ * R) / cosU) / B_);
+  if (factors) {
+    const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
+    *factors = FactorsAt(At(sinPhi, cosPhi, lambda), sinPhi, cosPhi, cosU);
+  }
+  n = phi;
+  e = lambda;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,43 @@
+#include "geomath/proj/methods/hotine_proj.h"
+
+#include <cmath>
+
+#include "geomath/proj/methods/math/central_point.h"
+
+namespace zel_cs::geomath {
+
+HotineProj::HotineProj(ProjType type, std::size_t paramCount, double a, double invF, double azimuth,
+                       double scale, double lon0, double lat0, double fEast, double fNorth)
+    : TGeoProj(type, static_cast<int>(paramCount), a, invF, true),
+      azimuth_(azimuth),
+      k0_(scale),
+      lambdaC_(lon0),
+      phiC_(lat0),
+      fEast_(fEast),
+      fNorth_(fNorth) {
+  HotineProj::Prepare();
+}
+
+void HotineProj::Set(double& field, double value) {
+  field = value;
+  Prepare();
+}
+
+bool HotineProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  return ObliqueCentralPoint(phiC_, lambdaC_, b0, l0, db, dl);
+}
+
+void HotineProj::Prepare() {
+  grid_ = HotineGrid(Hotine(ell_, CentralLine()),
+                     {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_});
+}
+
+bool HotineProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  return grid_.Forward(b, l, factors);
+}
+
+bool HotineProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  return grid_.Inverse(n, e, factors);
+}
+
+}  // namespace zel_cs::geomath

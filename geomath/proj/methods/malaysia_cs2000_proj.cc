@@ -1,0 +1,57 @@
+#include "geomath/proj/methods/malaysia_cs2000_proj.h"
+
+namespace zel_cs::geomath {
+
+std::span<const ParamRow<TMalaysia_CS2000Proj>> TMalaysia_CS2000Proj::Params() {
+  using P = TMalaysia_CS2000Proj;
+  static constexpr ParamRow<P> rows[] = {
+      {&P::azimuth_, ParamKind::angle, &P::Prepare},
+      {&P::k0_, ParamKind::scale},
+      {&P::lambda0_, ParamKind::angle, &P::Prepare},
+      {&P::phi0_, ParamKind::angle, &P::Prepare},
+  };
+  return rows;
+}
+
+TMalaysia_CS2000Proj::TMalaysia_CS2000Proj()
+    : TMalaysia_CS2000Proj(kWgs84A, kWgs84InvF, 0, 0, 0, 0) {}
+
+TMalaysia_CS2000Proj::TMalaysia_CS2000Proj(double a, double invF, double axisAzimuth, double scale,
+                                           double lon0, double lat0)
+    : TGeoProj(ProjTypeMalaysia_CS2000, static_cast<int>(Params().size()), a, invF, true),
+      azimuth_(axisAzimuth),
+      k0_(scale),
+      lambda0_(lon0),
+      phi0_(lat0),
+      cassini_(ell_, phi0_, lambda0_, azimuth_) {}
+
+void TMalaysia_CS2000Proj::Set(double& field, double value) {
+  field = value;
+  Prepare();
+}
+
+double TMalaysia_CS2000Proj::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TMalaysia_CS2000Proj::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+void TMalaysia_CS2000Proj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, azimuth_); }
+
+bool TMalaysia_CS2000Proj::ForwardPoint(double& b, double& l, PointFactors*) const {
+  const auto [north, east] = cassini_.Forward(b, l);
+  b = WorkingScale() * north;
+  l = WorkingScale() * east;
+  return true;
+}
+
+bool TMalaysia_CS2000Proj::InversePoint(double& n, double& e, PointFactors*) const {
+  const auto [phi, lambda] = cassini_.Inverse(n / WorkingScale(), e / WorkingScale());
+  n = phi;
+  e = lambda;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

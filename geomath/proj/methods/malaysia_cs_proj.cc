@@ -1,0 +1,109 @@
+#include "geomath/proj/methods/malaysia_cs_proj.h"
+
+#include <cmath>
+
+#include "geomath/proj/methods/math/central_point.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kChain = 20.116782494376;  // metres: 40000 make the Malayan false easting
+constexpr double kPolynomialUnit = 1e4;     // chains
+constexpr double kSettled = 1e-9;           // chains
+constexpr int kMaxRounds = 20;
+
+}  // namespace
+
+std::span<const ParamRow<TMalaysia_CSProj>> TMalaysia_CSProj::Params() {
+  using P = TMalaysia_CSProj;
+  static constexpr ParamRow<P> rows[] = {
+      {&P::lat0_, ParamKind::angle},     {&P::lon0_, ParamKind::angle},
+      {&P::originE_, ParamKind::number}, {&P::originN_, ParamKind::number},
+      {&P::e0_, ParamKind::number},      {&P::n0_, ParamKind::number},
+      {&P::ex_, ParamKind::number},      {&P::ey_, ParamKind::number},
+      {&P::nx_, ParamKind::number},      {&P::ny_, ParamKind::number},
+      {&P::exx_, ParamKind::number},     {&P::exy_, ParamKind::number},
+      {&P::eyy_, ParamKind::number},     {&P::nxx_, ParamKind::number},
+      {&P::nxy_, ParamKind::number},     {&P::nyy_, ParamKind::number},
+  };
+  return rows;
+}
+
+TMalaysia_CSProj::TMalaysia_CSProj()
+    : TMalaysia_CSProj(kWgs84A, kWgs84InvF, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871,
+                       5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384, 0.17978, 0.58805,
+                       -0.66614) {}
+
+TMalaysia_CSProj::TMalaysia_CSProj(double a, double invF, double lat0, double lon0, double originE,
+                                   double originN, double e0, double n0, double ex, double ey,
+                                   double nx, double ny, double exx, double exy, double eyy,
+                                   double nxx, double nxy, double nyy)
+    : TGeoProj(ProjTypeMalaysia_CS, static_cast<int>(Params().size()), a, invF, true),
+      lat0_(lat0),
+      lon0_(lon0),
+      originE_(originE),
+      originN_(originN),
+      e0_(e0),
+      n0_(n0),
+      ex_(ex),
+      ey_(ey),
+      nx_(nx),
+      ny_(ny),
+      exx_(exx),
+      exy_(exy),
+      eyy_(eyy),
+      nxx_(nxx),
+      nxy_(nxy),
+      nyy_(nyy) {
+  TMalaysia_CSProj::Prepare();
+}
+
+double TMalaysia_CSProj::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TMalaysia_CSProj::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+bool TMalaysia_CSProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  return ObliqueCentralPoint(lat0_, lon0_, b0, l0, db, dl);
+}
+
+void TMalaysia_CSProj::Prepare() { malayan_.SetEllipsoid(ell_.a, ell_.invF); }
+
+// The offset in the Malayan grid from the state's origin.
+TMalaysia_CSProj::Chains TMalaysia_CSProj::FromCassini(Chains cassini) const {
+  const double x = cassini.east / kPolynomialUnit, y = cassini.north / kPolynomialUnit;
+  return {cassini.east + e0_ + x * (ex_ + exx_ * x + exy_ * y) + y * (ey_ + eyy_ * y),
+          cassini.north + n0_ + x * (nx_ + nxx_ * x + nxy_ * y) + y * (ny_ + nyy_ * y)};
+}
+
+bool TMalaysia_CSProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+  double n = b, e = l;
+  malayan_.ForwardPoint(n, e);
+  const Chains offset{e / kChain - originE_, n / kChain - originN_};
+
+  Chains cassini = offset;
+  for (int round = 0; round < kMaxRounds; ++round) {
+    const Chains reached = FromCassini(cassini);
+    const double stepE = offset.east - reached.east, stepN = offset.north - reached.north;
+    cassini.east += stepE;
+    cassini.north += stepN;
+    if (std::abs(stepE) < kSettled && std::abs(stepN) < kSettled) {
+      b = kChain * cassini.north;
+      l = kChain * cassini.east;
+      return true;
+    }
+  }
+  return false;
+}
+
+bool TMalaysia_CSProj::InversePoint(double& n, double& e, PointFactors*) const {
+  const Chains offset = FromCassini({e / kChain, n / kChain});
+  n = kChain * (originN_ + offset.north);
+  e = kChain * (originE_ + offset.east);
+  return malayan_.InversePoint(n, e);
+}
+
+}  // namespace zel_cs::geomath

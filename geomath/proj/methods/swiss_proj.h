@@ -1,0 +1,57 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/conformal_sphere.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Swiss oblique conformal cylinder (Rosenmund 1903; swisstopo, "Formulas and constants for the
+/// calculation of the Swiss conformal cylindrical projection", 2016, section 3): the ellipsoid onto
+/// the Gaussian sphere of the central point, and that onto a cylinder along the great circle that
+/// crosses the central meridian there at a right angle.
+///
+/// Parameters: longitude and latitude of the central point (in this order), easting and northing
+/// there. Radians and metres; the scale along the great circle is 1. Defined everywhere but at the
+/// two ends of the cylinder, a quarter turn from the central point along its meridian, where the
+/// forward direction fails and leaves the pair as it was; the inverse never fails. A round trip
+/// closes to 1e-15 rad. Longitude differences are folded forward; those of the inverse are not.
+///
+/// Computes the point scale, never the convergence.
+class GEOMATH_API TSwissProj : public TGeoProj {
+ public:
+  /// WGS84, all parameters 0.
+  TSwissProj();
+  TSwissProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
+
+  double L0() const { return lambda0_; }
+  void L0(double value) { lambda0_ = value; }
+  double B0() const { return phi0_; }
+  void B0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  double PointScale(double phi, double cosB, double cosBBar) const;
+  static std::span<const ParamRow<TSwissProj>> Params();
+
+  double lambda0_, phi0_, fEast_, fNorth_;
+  ConformalSphere sphere_;
+  double sinB0_ = 0, cosB0_ = 1;  // of the central point's spherical latitude
+};
+
+}  // namespace zel_cs::geomath

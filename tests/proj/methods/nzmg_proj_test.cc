@@ -1,0 +1,86 @@
+#include "geomath/proj/methods/nzmg_proj.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "tests/support/tolerance.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+using tolerance::kDegree;
+
+// Land Information New Zealand's three test points, positions printed to 1e-6 degree.
+TEST(NZMG, ReproducesTheAgencysPoints) {
+  struct Row {
+    double phi, lambda, east, north;
+  };
+  constexpr Row kRows[] = {
+      {-34.444066, 172.739194, 2487100.638, 6751049.719},
+      {-40.512409, 172.723106, 2486533.395, 6077263.661},
+      {-46.651295, 169.172062, 2216746.425, 5388508.765},
+  };
+  constexpr double kPrintedDegrees = 0.51e-6 * kDegree;
+  constexpr double kPrintedMetres = 0.07;  // half of 1e-6 degree in both coordinates
+  TNZMGProj proj;
+  for (const Row& row : kRows) {
+    double n = row.phi * kDegree, e = row.lambda * kDegree;
+    ASSERT_TRUE(proj._Forward(n, e));
+    EXPECT_NEAR(n, row.north, kPrintedMetres);
+    EXPECT_NEAR(e, row.east, kPrintedMetres);
+    n = row.north;
+    e = row.east;
+    ASSERT_TRUE(proj._Inverse(n, e));
+    EXPECT_NEAR(n, row.phi * kDegree, kPrintedDegrees);
+    EXPECT_NEAR(e, row.lambda * kDegree, kPrintedDegrees);
+  }
+}
+
+// PROJ 9.1, nzmg.
+TEST(NZMG, AgreesWithPROJToTheDigitsShown) {
+  TNZMGProj proj;
+  double n = -36.85 * kDegree, e = 174.76 * kDegree;
+  ASSERT_TRUE(proj._Forward(n, e));
+  EXPECT_NEAR(n, 6482219.9083, 0.6e-4);
+  EXPECT_NEAR(e, 2667368.2629, 0.6e-4);
+}
+
+TEST(NZMG, RoundTripsOverNewZealand) {
+  constexpr double kLatitude = 2e-11;  // radians, 0.13 mm; 0.106 mm measured
+  constexpr double kLongitude = 1e-15;
+  const TNZMGProj proj;
+  for (double phi = -47.5; phi <= -34; phi += 0.5)
+    for (double lambda = 166; lambda <= 179; lambda += 0.5) {
+      double b = phi * kDegree, l = lambda * kDegree;
+      PointFactors forward, inverse;
+      proj.ForwardPoint(b, l, &forward);
+      proj.InversePoint(b, l, &inverse);
+      ASSERT_NEAR(b, phi * kDegree, kLatitude);
+      ASSERT_NEAR(l, lambda * kDegree, kLongitude);
+      ASSERT_NEAR(inverse.scale, forward.scale, kLatitude * 5);
+    }
+}
+
+// The scale along the parallel by central differences.
+TEST(NZMG, StoresThePointScale) {
+  constexpr double h = 1e-5;             // radians
+  constexpr double kDifference = 1e-10;  // h² and rounding; 5e-11 measured
+  const TNZMGProj proj;
+  const Ellipsoid& ell = proj.GetEllipsoid();
+  for (double phi = -47; phi <= -34; phi += 1) {
+    const double lambda = 171 * kDegree, sinPhi = std::sin(phi * kDegree);
+    double n = phi * kDegree, e = lambda, n1 = n, e1 = lambda + h, n0 = n, e0 = lambda - h;
+    PointFactors factors;
+    proj.ForwardPoint(n, e, &factors);
+    proj.ForwardPoint(n1, e1);
+    proj.ForwardPoint(n0, e0);
+    const double parallel =
+        ell.a / std::sqrt(1 - ell.e2 * sinPhi * sinPhi) * std::cos(phi * kDegree);
+    EXPECT_NEAR(std::hypot(n1 - n0, e1 - e0) / (2 * h * parallel), factors.scale, kDifference);
+  }
+}
+
+}  // namespace
+}  // namespace zel_cs::geomath

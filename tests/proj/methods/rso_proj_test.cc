@@ -1,0 +1,73 @@
+#include "geomath/proj/methods/rso_proj.h"
+
+#include <gtest/gtest.h>
+
+#include "tests/support/tolerance.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+using tolerance::kDegree;
+
+// EPSG Guidance Note 7-2 (2019), Timbalai 1948 / RSO Borneo; printed to 0.01 m with an angle of the
+// grid that is rounded to a sine of 0.8.
+TEST(RSO, ReproducesTheBorneoExample) {
+  constexpr double kPrintedMetres = 0.006;
+  TRSOProj proj(6377298.556, 300.8017, (53 + 18 / 60.0 + 56.9537 / 3600) * kDegree, 0.99984,
+                115 * kDegree, 4 * kDegree, 0, 0);
+  double n = (5 + 23 / 60.0 + 14.1129 / 3600) * kDegree;
+  double e = (115 + 48 / 60.0 + 19.8196 / 3600) * kDegree;
+  ASSERT_TRUE(proj._Forward(n, e));
+  EXPECT_NEAR(n, 596562.78, kPrintedMetres);
+  EXPECT_NEAR(e, 679245.73, kPrintedMetres);
+  n = 596562.78;
+  e = 679245.73;
+  ASSERT_TRUE(proj._Inverse(n, e));
+  constexpr double kPrintedSeconds = 2.5e-4 / 3600 * kDegree;  // 0.0001″ and the centimetre
+  EXPECT_NEAR(n, (5 + 23 / 60.0 + 14.1129 / 3600) * kDegree, kPrintedSeconds);
+  EXPECT_NEAR(e, (115 + 48 / 60.0 + 19.8196 / 3600) * kDegree, kPrintedSeconds);
+}
+
+// PROJ 9.1: omerc with gamma = γ0 and no_uoff, Everest 1830 (Modified).
+TEST(RSO, StartsAsTheMalayanGridAndFollowsItsEllipsoid) {
+  constexpr double kPrinted = 0.6e-4;  // metres
+  TRSOProj proj;
+  proj.SetEllipsoid(6377304.063, 300.8017);
+  double n = 3.1 * kDegree, e = 101.6 * kDegree;
+  ASSERT_TRUE(proj._Forward(n, e));
+  EXPECT_NEAR(n, 343075.0592, kPrinted);
+  EXPECT_NEAR(e, 400437.5298, kPrinted);
+}
+
+// Turned by the angle at the natural origin, the grid's north there is true north on the aposphere:
+// a point due north of the natural origin has the same easting.
+TEST(RSO, GridNorthIsTrueNorthAtTheNaturalOrigin) {
+  TRSOProj proj(6371000, 1e300, 0.7, 1, 0.4, 0.6, 0, 0);  // the sphere is its own aposphere
+  double b = 0, l = 0;
+  ASSERT_TRUE(proj._Inverse(b, l));
+  EXPECT_NEAR(b, 0, tolerance::kRoundTripRadians);
+  double n = b + 1e-5, e = l;
+  ASSERT_TRUE(proj._Forward(n, e));
+  EXPECT_NEAR(e, 0, 1e-6);
+  EXPECT_NEAR(n, 63.71, 1e-6);
+}
+
+TEST(RSO, AzimuthIsAnAngleAndEverySetterRecomputes) {
+  TRSOProj proj;
+  proj.SetParam(30, 0, kUnitDegrees);
+  EXPECT_EQ(proj.AxisAzimuth(), 30 * kRadPerDeg);
+  proj.Scale(0.9998);
+  proj.Lon0(2);
+  proj.Lat0(-0.3);
+  proj.FEast(7);
+  proj.FNorth(8);
+  const TRSOProj expected(kWgs84A, kWgs84InvF, 30 * kRadPerDeg, 0.9998, 2, -0.3, 7, 8);
+  double n = -0.2, e = 2.1, nExpected = -0.2, eExpected = 2.1;
+  proj.ForwardPoint(n, e);
+  expected.ForwardPoint(nExpected, eExpected);
+  EXPECT_EQ(n, nExpected);
+  EXPECT_EQ(e, eExpected);
+}
+
+}  // namespace
+}  // namespace zel_cs::geomath
