@@ -15,7 +15,7 @@ namespace zel_cs::geomath {
 /// Parameters: central meridian, scale on it, latitude of origin, false easting, false northing. A
 /// UTM zone is nothing but its parameters (scale 0.9996, false easting 500000, false northing 0 or
 /// 10000000). Radians and metres. Never fails; far from the central meridian results are the
-/// series' values. Against an exact transverse Mercator: forward 0.03 mm within 3° of the central
+/// series' values. Against an exact transverse Mercator: forward 0.04 mm within 3° of the central
 /// meridian (the arc's sin 8φ term is left out there, Kept) and 0.9 mm within 6°, inverse 0.01 mm
 /// and 2 mm. Longitudes of the inverse are not folded.
 ///
