@@ -9,7 +9,7 @@ namespace zel_cs::geomath {
 
 /// State plane zones 2 to 9 of Alaska on the datum of 1927: transverse Mercator by the published
 /// series (Claire 1968, C&GS Publication 62-4), scale 0.9999 and grid origin 54° N built in. The
-/// series define coordinates of 1927; they stay within 0.04 mm of the ellipsoidal definition within
+/// series define coordinates of 1927; they stay within 0.06 mm of the ellipsoidal definition within
 /// 3° of the central meridian.
 ///
 /// Parameters, exchanged as they are under every unit: easting of the central meridian (US survey

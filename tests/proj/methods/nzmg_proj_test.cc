@@ -63,22 +63,30 @@ TEST(NZMG, RoundTripsOverNewZealand) {
     }
 }
 
-// The scale along the parallel by central differences.
-TEST(NZMG, StoresThePointScale) {
-  constexpr double h = 1e-5;             // radians
-  constexpr double kDifference = 1e-10;  // h² and rounding; 5e-11 measured
+// The scale along the parallel and along the meridian by central differences: the grid is conformal
+// to the digits of the series from latitude to isometric latitude.
+TEST(NZMG, StoresThePointScaleAndIsConformal) {
+  constexpr double h = 1e-5;                // radians
+  constexpr double kAlongParallel = 1e-10;  // h² and rounding; 5e-11 measured
+  constexpr double kAlongMeridian = 4e-9;   // 3.3e-9 measured
   const TNZMGProj proj;
   const Ellipsoid& ell = proj.GetEllipsoid();
-  for (double phi = -47; phi <= -34; phi += 1) {
-    const double lambda = 171 * kDegree, sinPhi = std::sin(phi * kDegree);
-    double n = phi * kDegree, e = lambda, n1 = n, e1 = lambda + h, n0 = n, e0 = lambda - h;
-    PointFactors factors;
-    proj.ForwardPoint(n, e, &factors);
+  const auto change = [&](double phi, double lambda, double dPhi, double dLambda) {
+    double n1 = phi + dPhi, e1 = lambda + dLambda, n0 = phi - dPhi, e0 = lambda - dLambda;
     proj.ForwardPoint(n1, e1);
     proj.ForwardPoint(n0, e0);
-    const double parallel =
-        ell.a / std::sqrt(1 - ell.e2 * sinPhi * sinPhi) * std::cos(phi * kDegree);
-    EXPECT_NEAR(std::hypot(n1 - n0, e1 - e0) / (2 * h * parallel), factors.scale, kDifference);
+    return std::hypot(n1 - n0, e1 - e0) / 2;
+  };
+  for (double latitude = -47; latitude <= -34; latitude += 1) {
+    const double phi = latitude * kDegree, lambda = 171 * kDegree;
+    double n = phi, e = lambda;
+    PointFactors factors;
+    proj.ForwardPoint(n, e, &factors);
+    const double w2 = 1 - ell.e2 * std::pow(std::sin(phi), 2);
+    const double parallel = ell.a / std::sqrt(w2) * std::cos(phi) * h;
+    const double meridian = ell.a * (1 - ell.e2) / (w2 * std::sqrt(w2)) * h;
+    EXPECT_NEAR(change(phi, lambda, 0, h) / parallel, factors.scale, kAlongParallel);
+    EXPECT_NEAR(change(phi, lambda, h, 0) / meridian, factors.scale, kAlongMeridian);
   }
 }
 

@@ -26,6 +26,7 @@ struct TestEllipsoid {
 };
 constexpr TestEllipsoid kGrs80{6378137.0, 298.257222101};
 constexpr TestEllipsoid kInternational{6378388.0, 297.0};
+constexpr TestEllipsoid kClarke1866{6378206.4, 294.9786982138982};
 
 // Degrees, both ends included.
 struct Domain {
@@ -67,6 +68,114 @@ Row RowOf(const Laws& laws, Make make) {
 
 constexpr double kNumericScale = 1e-9;  // fourth-order differences over 640 m of 1e7 m coordinates
 constexpr double kNumericAngle = 1e-9;  // the same, radians
+
+void AppendObliqueRows(std::vector<Row>& rows) {
+  const double deg = kDegree;
+  const auto hotine = [&](const char* name, unsigned int type, const char* kinds, Domain domain,
+                          auto make) {
+    rows.push_back(RowOf({.name = name,
+                          .type = type,
+                          .kinds = kinds,
+                          .domain = domain,
+                          .scale = kNumericScale,
+                          .conformal = kNumericScale,
+                          .eastIndex = 4,
+                          .northIndex = 5},
+                         make));
+  };
+  hotine("TOMercatorProj", 15, "nsaall", {-30, 85, -40, 60}, [=](TestEllipsoid e) {
+    return TOMercatorProj(e.a, e.invF, 30 * deg, 0.9996, 10 * deg, 47 * deg, 500000, -100000);
+  });
+  hotine("TOMercatorProj_South", 15, "nsaall", {-85, 20, 10, 90}, [=](TestEllipsoid e) {
+    return TOMercatorProj(e.a, e.invF, 18.9 * deg, 1, 46.4 * deg, -18.9 * deg, 400000, 800000);
+  });
+  hotine("TOMercatorProj_EastWest", 15, "nsaall", {-20, 80, -60, 70}, [=](TestEllipsoid e) {
+    return TOMercatorProj(e.a, e.invF, kHalfPi, 1, 7 * deg, 47 * deg, 0, 0);
+  });
+  hotine("TRSOProj", 21, "asaall", {-40, 50, 60, 145}, [=](TestEllipsoid e) {
+    return TRSOProj(e.a, e.invF, -37 * deg, 0.99984, 102.25 * deg, 4 * deg, 804671.2996, 0);
+  });
+  hotine("TSPC_OM83Proj", 2, "asaalln", {30, 80, -170, -100}, [=](TestEllipsoid e) {
+    return TSPC_OM83Proj(e.a, e.invF, -36.87 * deg, 0.9999, -133.6 * deg, 57 * deg, 5e6, -5e6,
+                         5001);
+  });
+  rows.push_back(RowOf({.name = "TMinnesota_OMProj",
+                        .type = 28,
+                        .kinds = "aaaaslllllal",
+                        .domain = {20, 70, -130, -60},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 6,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TMinnesota_OMProj(e.a, e.invF, -94 * deg, 46 * deg, 0, 0, 1, 50000,
+                                                  120000, 0, 0, 0, 30 * deg, 0);
+                       }));
+  rows.push_back(RowOf({.name = "TSwissProj",
+                        .type = 20,
+                        .kinds = "aall",
+                        .domain = {-35, 85, -170, 170},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 2,
+                        .northIndex = 3},
+                       [=](TestEllipsoid e) {
+                         return TSwissProj(e.a, e.invF, 7.44 * deg, 46.95 * deg, 600000, 200000);
+                       }));
+  rows.push_back(RowOf({.name = "TMalaysia_CSProj",
+                        .type = 24,
+                        .kinds = "aannnnnnnnnnnnnn",
+                        .domain = {1.4, 2.6, 102.9, 104.2},
+                        .keepsFalseOrigin = "there is none"},
+                       [](TestEllipsoid e) {
+                         TMalaysia_CSProj proj;
+                         proj.SetEllipsoid(e.a, e.invF);
+                         return proj;
+                       }));
+  rows.push_back(RowOf({.name = "TMalaysia_CS2000Proj",
+                        .type = 39,
+                        .kinds = "asaa",
+                        .domain = {1.4, 2.6, 102.5, 104.4},
+                        .keepsFalseOrigin = "there is none"},
+                       [=](TestEllipsoid e) {
+                         return TMalaysia_CS2000Proj(e.a, e.invF, 3 * deg, 0.9999, 103.4 * deg,
+                                                     2.1 * deg);
+                       }));
+  // The coefficients make it conformal on the International ellipsoid, of another e² than this one.
+  rows.push_back(RowOf({.name = "TNZMGProj",
+                        .type = 34,
+                        .kinds = "aall",
+                        .domain = {-47.5, -34, 166, 179},
+                        .roundTripRad = 2e-11,  // the series back from isometric latitude
+                        .scale = kNumericScale,
+                        .conformal = 3e-5,
+                        .eastIndex = 2,
+                        .northIndex = 3},
+                       [=](TestEllipsoid e) {
+                         return TNZMGProj(e.a, e.invF, -41 * deg, 173 * deg, 2510000, 6023150);
+                       }));
+  rows.push_back(RowOf({.name = "TAK01Proj",
+                        .type = 8,
+                        .kinds = "nnnnnnnnnnnn",
+                        .domain = {54, 60.5, -138, -130},
+                        .scale = kNumericScale,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .metric = kClarke1866,
+                        .keepsFalseOrigin = "it is built in"},
+                       [](TestEllipsoid) { return TAK01Proj(); }));
+  rows.push_back(RowOf({.name = "TAK29Proj",
+                        .type = 9,
+                        .kinds = "nnn",
+                        .domain = {54, 72, -144, -140},
+                        .roundTripRad = 1.6e-11,  // 0.1 mm
+                        .scale = 1e-8,            // one published term
+                        .convergence = 1e-10,     // published series
+                        .conformal = 1e-8,
+                        .metric = kClarke1866,
+                        .keepsFalseOrigin = "its easting is in feet, its northing built in"},
+                       [](TestEllipsoid) { return TAK29Proj(500000, 511200, 5002); }));
+}
 
 std::vector<Row> Rows() {
   std::vector<Row> rows;
@@ -173,6 +282,7 @@ std::vector<Row> Rows() {
                        [=](TestEllipsoid e) {
                          return TDoubleSter(e.a, e.invF, -45 * deg, 170 * deg, 1, 155000, 463000);
                        }));
+  AppendObliqueRows(rows);
   return rows;
 }
 
