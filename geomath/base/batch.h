@@ -61,6 +61,36 @@ std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t s
   return converted;
 }
 
+/// Runs a column kernel over a block in place, and the single-point form over those of its points
+/// that lie outside the kernel's domain, so that no result depends on a point's neighbours.
+/// `inDomain` is a callable bool(const double (&point)[N]), false for NaN; `kernel` takes the columns
+/// and their length; `single` converts one point, double (&point)[N], in place.
+template <std::size_t N, class InDomain, class Kernel, class Single>
+void RunKernel(double* const (&columns)[N], std::size_t count, InDomain inDomain, Kernel kernel,
+               Single single) {
+  const auto pointAt = [](const auto& from, std::size_t i, double(&point)[N]) {
+    for (std::size_t c = 0; c < N; ++c) point[c] = from[c][i];
+  };
+  std::size_t inside = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    double point[N];
+    pointAt(columns, i, point);
+    inside += inDomain(point);
+  }
+  if (inside == count) return kernel(columns, count);
+
+  double given[N][kBatchBlock];
+  for (std::size_t c = 0; c < N; ++c) std::copy_n(columns[c], count, given[c]);
+  kernel(columns, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    double point[N];
+    pointAt(given, i, point);
+    if (inDomain(point)) continue;
+    single(point);
+    for (std::size_t c = 0; c < N; ++c) columns[c][i] = point[c];
+  }
+}
+
 /// ConvertBlocks with a callable bool(double&, …) that converts one point.
 template <class Convert, class... Columns>
 std::size_t ConvertEach(Convert&& convert, std::size_t count, std::ptrdiff_t stride,

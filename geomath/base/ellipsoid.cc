@@ -4,71 +4,40 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/base/ellipsoid_formulas.h"
+#include "geomath/base/ellipsoid_kernel.h"
 #include "geomath/base/geocentric.h"
+#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kAxisDistance = 1e-10;  // metres; nearer points lie on the polar axis
 constexpr TangentStop kScalarStop{.tolerance = 1e-14, .maxSteps = 20, .mustSettle = true};
 
-// Latitude as an unnormalised pair: tan β = s/c of the reduced latitude, quarter 0…π/2.
-struct ReducedLatitude {
-  double s, c;
-};
-
-// Solves tan β = (z + e²·sin β)/p for the reduced latitude β, with p the distance from the axis in
-// units of a and z the distance from the equator in units of a²/b, both not negative
-// (Bowring 1976, eq. 3, written for β; Fukushima 2006, eq. 7).
-//
-// The equation is convex in tan β, so Newton steps that start above the root descend to it without
-// passing it, wherever the point lies. One fixed-point step from sin β = 1 gives such a start; it
-// is already exact to order e⁴ near the surface, where two Newton steps reach rounding. The pair
-// (s, c) stands for the tangent so that the axis needs no division.
-ReducedLatitude SolveReducedLatitude(double p, double z, double e2) {
-  constexpr int kMaxSteps = 60;  // a multiple root, on the evolute, halves the error each step
-  const double start = std::hypot(z + e2, p);
-  if (start == 0) return {0, 1};
-  double s = z + e2 * ((z + e2) / start), c = p;
-  double scale = std::hypot(s, c);
-  s /= scale;
-  c /= scale;
+// Newton steps until the tangent no longer falls; on the evolute, where the root is double, each
+// step only halves the error.
+ReducedLatitude SolveReducedLatitude(const ReducedLatitudeEquation& equation) {
+  constexpr int kMaxSteps = 60;
+  ReducedLatitude beta = equation.Start();
   for (int i = 0; i < kMaxSteps; ++i) {
-    const double numerator = z + e2 * (s * s * s);
-    const double denominator = p - e2 * (c * c * c);
+    const double denominator = equation.Denominator(beta);
     if (!(denominator > 0)) break;  // on the evolute to rounding: the pair is the double root
-    scale = std::hypot(numerator, denominator);
-    const double sNext = numerator / scale, cNext = denominator / scale;
-    const bool settled = !(sNext * c < s * cNext);  // the tangent no longer falls
-    if (settled) break;
-    s = sNext;
-    c = cNext;
+    const ReducedLatitude next = UnitPair(equation.Numerator(beta), denominator);
+    if (!(next.s * beta.c < beta.s * next.c)) break;
+    beta = next;
   }
-  return {s, c};
+  return beta;
 }
 
-// The height is the projection of the point onto the normal less that of the foot point, which is
-// stationary in the latitude: no digits are lost near the poles.
-bool ToGeodetic(const Ellipsoid& ell, double& X, double& Y, double& Z) {
-  const double p = std::hypot(X, Y);
-  const double lambda = p < kAxisDistance ? 0.0 : std::atan2(Y, X);
-  const double oneMinusF = 1 - ell.f;
-  if (Z == 0) {
-    X = 0;
-    Y = lambda;
-    Z = p - ell.a;
-    return true;
-  }
-  const auto [s, c] = SolveReducedLatitude(p / ell.a, oneMinusF * std::abs(Z) / ell.a, ell.e2);
-  const double cosScaled = oneMinusF * c;  // tan φ = tan β/(1 − f)
-  const double length = std::hypot(s, cosScaled);
-  const double sinPhi = s / length, cosPhi = cosScaled / length;
-  const double h = p * cosPhi + std::abs(Z) * sinPhi -
-                   ell.a * std::sqrt((1 - ell.e2) * sinPhi * sinPhi + cosPhi * cosPhi);
-  X = std::copysign(std::atan2(s, cosScaled), Z);
-  Y = lambda;
-  Z = h;
-  return true;
+// Where the column kernels serve: see EllipsoidKernel.
+bool IsModestAngles(const double (&blh)[3]) {
+  return (std::abs(blh[0]) < simd::kMaxAngle) & (std::abs(blh[1]) < simd::kMaxAngle);
+}
+
+bool IsNearSurface(const double (&xyz)[3], double a) {
+  const double lowest = a / 2, highest = 1e6 * a;
+  const double r2 = xyz[0] * xyz[0] + xyz[1] * xyz[1] + xyz[2] * xyz[2];
+  return (r2 > lowest * lowest) & (r2 < highest * highest);
 }
 
 }  // namespace
@@ -124,14 +93,7 @@ void Ellipsoid::SetEllipsoid(bool fromSemiMinor) {
 }
 
 bool Ellipsoid::BLH_to_XYZ(double& B, double& L, double& H) const {
-  const double sinB = std::sin(B), cosB = std::cos(B);
-  const double N = a / std::sqrt(1 - e2 * sinB * sinB);
-  const double X = (N + H) * cosB * std::cos(L);
-  const double Y = (N + H) * cosB * std::sin(L);
-  const double Z = (N + H - e2 * N) * sinB;
-  B = X;
-  L = Y;
-  H = Z;
+  GeodeticToGeocentric<simd::Libm>(*this, B, L, H);
   return true;
 }
 
@@ -146,14 +108,32 @@ double Ellipsoid::GetGaussianRadius(double B) const {
 
 std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  return ConvertEach([this](double& x, double& y, double& z) { return BLH_to_XYZ(x, y, z); }, count,
-                     stride, B, L, H);
+  const auto kernel = simd::Choose(&EllipsoidKernel<simd::Baseline>::ToGeocentric,
+                                   &EllipsoidKernel<simd::BestCompiled>::ToGeocentric);
+  const auto convert = [&](double* const(&columns)[3], std::size_t points) {
+    RunKernel(
+        columns, points, IsModestAngles,
+        [&](double* const(&c)[3], std::size_t length) { kernel(*this, c[0], c[1], c[2], length); },
+        [&](double(&blh)[3]) { BLH_to_XYZ(blh[0], blh[1], blh[2]); });
+  };
+  return ConvertBlocks(convert, count, stride, B, L, H);
 }
 
 std::size_t Ellipsoid::XYZ_to_BLH_Batch(double* X, double* Y, double* Z, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  return ConvertEach([this](double& x, double& y, double& z) { return ToGeodetic(*this, x, y, z); },
-                     count, stride, X, Y, Z);
+  const auto kernel = simd::Choose(&EllipsoidKernel<simd::Baseline>::ToGeodetic,
+                                   &EllipsoidKernel<simd::BestCompiled>::ToGeodetic);
+  const auto convert = [&](double* const(&columns)[3], std::size_t points) {
+    RunKernel(
+        columns, points, [&](const double(&xyz)[3]) { return IsNearSurface(xyz, a); },
+        [&](double* const(&c)[3], std::size_t length) { kernel(*this, c[0], c[1], c[2], length); },
+        [&](double(&xyz)[3]) {
+          const double p = AxisDistance(xyz[0], xyz[1]);
+          const ReducedLatitude beta = SolveReducedLatitude(LatitudeEquation(*this, p, xyz[2]));
+          GeodeticFromReduced<simd::Libm>(*this, p, beta, xyz[0], xyz[1], xyz[2]);
+        });
+  };
+  return ConvertBlocks(convert, count, stride, X, Y, Z);
 }
 
 Ellipsoid MakeEllipsoid(double a, double invF) {

@@ -22,6 +22,9 @@ struct Libm {
   static double Exp(double x) { return std::exp(x); }
 };
 
+/// Angles, radians, below which Polynomial::SinCos holds.
+inline constexpr double kMaxAngle = 1e5;
+
 /// Branch-free polynomials on plain doubles and 64-bit integers, which a compiler vectorises for
 /// whatever instruction set the source is compiled for: no calls, no tables, no intrinsics.
 ///
@@ -42,9 +45,6 @@ struct Polynomial {
   static GEOMATH_INLINE double Log(double x);
   static GEOMATH_INLINE double Log1p(double x);
   static GEOMATH_INLINE double Exp(double x);
-
-  /// Largest |x| of SinCos; kernels hand blocks with larger angles to the one-point form.
-  static constexpr double kMaxAngle = 1e5;
 
  private:
   using Bits = std::uint64_t;
