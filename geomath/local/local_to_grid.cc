@@ -1,0 +1,198 @@
+#include "geomath/local/local_to_grid.h"
+
+#include <algorithm>
+#include <cfloat>
+#include <iterator>
+#include <utility>
+
+#include "geomath/base/angle.h"
+#include "geomath/base/batch.h"
+#include "geomath/proj/factory.h"
+#include "geomath/proj/methods/ster_proj.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr unsigned int kUnitInDegrees = 1;  // of SetLat0 and SetLon0
+enum PlaneIndex { kShiftN, kShiftE, kScale, kRotation };
+enum HeightIndex { kShiftH, kSlopeN, kSlopeE };
+
+std::unique_ptr<TGeoProj> CopyByKind(const TGeoProj& source) {
+  const Ellipsoid& ell = source.GetEllipsoid();
+  std::unique_ptr<TGeoProj> copy(_GetProjByType(source.GetType(), ell.a, ell.invF));
+  if (copy) copy->CopyGeoProj(&source);
+  return copy;
+}
+
+template <std::size_t N>
+bool IsIndexOf(int index, const double (&)[N]) {
+  return index >= 0 && static_cast<std::size_t>(index) < N;
+}
+
+}  // namespace
+
+LocalToGrid::LocalToGrid() { SetSterProj(kWgs84A, kWgs84InvF); }
+
+LocalToGrid::LocalToGrid(const LocalToGrid& other) { *this = other; }
+
+LocalToGrid& LocalToGrid::operator=(const LocalToGrid& other) {
+  if (this == &other) return *this;
+  projection_ = other.projection_ ? CopyByKind(*other.projection_) : nullptr;
+  mode = other.mode;
+  std::copy(std::begin(other.planeParams_), std::end(other.planeParams_), planeParams_);
+  std::copy(std::begin(other.heightParams_), std::end(other.heightParams_), heightParams_);
+  rotation_ = other.rotation_;
+  lat0_ = other.lat0_;
+  lon0_ = other.lon0_;
+  originN_ = other.originN_;
+  originE_ = other.originE_;
+  geoidName_ = other.geoidName_;
+  return *this;
+}
+
+LocalToGrid::~LocalToGrid() = default;
+
+void LocalToGrid::SetSterProj(double a, double invf) {
+  std::unique_ptr<TGeoProj> stereographic(new TSterProj(a, invf, 0, 0, 1.0, 0, 0));
+  if (stereographic) {
+    stereographic->SetParam(lat0_, 0, kUnitInternal);
+    stereographic->SetParam(lon0_, 1, kUnitInternal);
+  }
+  ReplaceProjection(std::move(stereographic));
+}
+
+void LocalToGrid::SetProj(TGeoProj* proj) {
+  if (proj) ReplaceProjection(CopyByKind(*proj));
+}
+
+void LocalToGrid::SetEllipsoid(double a, double invf) {
+  if (!projection_) return SetSterProj(a, invf);
+  projection_->SetEllipsoid(a, invf);
+  UpdateOrigin();
+}
+
+void LocalToGrid::SetLat0(double value, unsigned int unit) {
+  lat0_ = unit == kUnitInDegrees ? value * kRadPerDeg : value;
+  SetOriginParam(lat0_, 0);
+}
+
+void LocalToGrid::SetLon0(double value, unsigned int unit) {
+  lon0_ = unit == kUnitInDegrees ? value * kRadPerDeg : value;
+  SetOriginParam(lon0_, 1);
+}
+
+void LocalToGrid::SetOriginParam(double value, int index) {
+  if (!projection_) return;
+  projection_->SetParam(value, index, kUnitInternal);
+  UpdateOrigin();
+}
+
+void LocalToGrid::ReplaceProjection(std::unique_ptr<TGeoProj> projection) {
+  projection_ = std::move(projection);
+  UpdateOrigin();
+}
+
+void LocalToGrid::UpdateOrigin() {
+  originN_ = lat0_;
+  originE_ = lon0_;
+  if (!projection_ || !projection_->Forward(originN_, originE_)) originN_ = originE_ = 0;
+}
+
+void LocalToGrid::SetPlaneParam(double value, int index, unsigned int) {
+  if (!IsIndexOf(index, planeParams_)) return;
+  planeParams_[index] = value;
+  if (index == kRotation) rotation_ = PlaneRotation(value);
+}
+
+double LocalToGrid::GetPlaneParam(int index, unsigned int) const {
+  return IsIndexOf(index, planeParams_) ? planeParams_[index] : 0.0;
+}
+
+void LocalToGrid::SetHeightParam(double value, int index, unsigned int) {
+  if (IsIndexOf(index, heightParams_)) heightParams_[index] = value;
+}
+
+double LocalToGrid::GetHeightParam(int index, unsigned int) const {
+  return IsIndexOf(index, heightParams_) ? heightParams_[index] : 0.0;
+}
+
+void LocalToGrid::SetParam(double value, int index, unsigned int unit) {
+  if (projection_) projection_->SetParam(value, index, unit);
+}
+
+double LocalToGrid::GetParam(int index, unsigned int unit) const {
+  return projection_ ? projection_->GetParam(index, unit) : 0.0;
+}
+
+void LocalToGrid::SetGeoidName(const wchar_t* name) {
+  geoidName_.Set(name && *name ? name : nullptr);
+}
+
+bool LocalToGrid::ToLocal(double& N, double& E, double& H, unsigned int what) const {
+  if (mode == kNotSetUp || what == kNotSetUp) return false;
+  const auto [tN, tE, s, theta] = planeParams_;
+  const auto [h0, aN, aE] = heightParams_;
+  const auto [n, e] = rotation_.Turn(N, E);
+  const bool plane = mode != kVertical && what != kVertical;
+  const bool height = mode != kHorizontal && what != kHorizontal;
+  H = height ? H + aN * N + aE * E + h0 : DBL_MAX;
+  N = plane ? s * n + tN : DBL_MAX;
+  E = plane ? s * e + tE : DBL_MAX;
+  return true;
+}
+
+bool LocalToGrid::ToGrid(double& N, double& E, double& H, unsigned int what) const {
+  if (mode == kNotSetUp || what == kNotSetUp || mode == kVertical) return false;
+  const auto [tN, tE, s, theta] = planeParams_;
+  const auto [h0, aN, aE] = heightParams_;
+  const auto [n, e] = rotation_.TurnBack((N - tN) / s, (E - tE) / s);
+  const bool plane = what != kVertical;
+  const bool height = mode != kHorizontal && what != kHorizontal;
+  H = height ? H - h0 - aN * n - aE * e : DBL_MAX;
+  N = plane ? n : DBL_MAX;
+  E = plane ? e : DBL_MAX;
+  return true;
+}
+
+bool LocalToGrid::Forward(double& lat, double& lon, double& H, unsigned char what) {
+  if (mode == kNotSetUp || !projection_ || !projection_->Forward(lat, lon)) return false;
+  return ToLocal(lat, lon, H, what);
+}
+
+bool LocalToGrid::Inverse(double& N, double& E, double& H, unsigned char what) {
+  if (!ToGrid(N, E, H, what)) return false;
+  if (N == DBL_MAX || E == DBL_MAX || !projection_) return false;
+  return projection_->Inverse(N, E);
+}
+
+std::size_t LocalToGrid::ToLocalBatch(double* N, double* E, double* H, std::size_t count,
+                                      unsigned int what, std::ptrdiff_t stride) const {
+  const auto convert = [&](double& n, double& e, double& h) { return ToLocal(n, e, h, what); };
+  return ConvertEach(convert, count, stride, N, E, H);
+}
+
+std::size_t LocalToGrid::ToGridBatch(double* N, double* E, double* H, std::size_t count,
+                                     unsigned int what, std::ptrdiff_t stride) const {
+  const auto convert = [&](double& n, double& e, double& h) { return ToGrid(n, e, h, what); };
+  return ConvertEach(convert, count, stride, N, E, H);
+}
+
+std::size_t LocalToGrid::ForwardBatch(double* lat, double* lon, double* H, std::size_t count,
+                                      unsigned int what, std::ptrdiff_t stride) const {
+  const auto convert = [&](double& b, double& l, double& h) {
+    return projection_ && projection_->ForwardBatch(&b, &l, 1) == 1 && ToLocal(b, l, h, what);
+  };
+  return ConvertEach(convert, count, stride, lat, lon, H);
+}
+
+std::size_t LocalToGrid::InverseBatch(double* N, double* E, double* H, std::size_t count,
+                                      unsigned int what, std::ptrdiff_t stride) const {
+  const auto convert = [&](double& n, double& e, double& h) {
+    if (!ToGrid(n, e, h, what) || n == DBL_MAX || e == DBL_MAX || !projection_) return false;
+    return projection_->InverseBatch(&n, &e, 1) == 1;
+  };
+  return ConvertEach(convert, count, stride, N, E, H);
+}
+
+}  // namespace zel_cs::geomath
