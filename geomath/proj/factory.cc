@@ -4,7 +4,19 @@
 #include <iterator>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/ak01_proj.h"
+#include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/double_ster_proj.h"
+#include "geomath/proj/methods/lc_proj.h"
+#include "geomath/proj/methods/malaysia_cs2000_proj.h"
+#include "geomath/proj/methods/malaysia_cs_proj.h"
+#include "geomath/proj/methods/minnesota_om_proj.h"
+#include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/ster_proj.h"
+#include "geomath/proj/methods/swiss_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 
 namespace zel_cs::geomath {
@@ -40,8 +52,20 @@ TGeoProj* MakeCounty(double a, double f) {
 // clang-format off
 constexpr Row kRows[] = {
     {L"TMERC", ProjTypeTM, [](double a, double f) { return Make<TUTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
+    {L"STER", ProjTypeSter, [](double a, double f) { return Make<TSterProj>(a, f, 0, 0, 1.0, 0, 0); }},
+    {L"LC", ProjTypeLC, [](double a, double f) { return Make<TLCProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0, 1.0); }},
+    {L"AK01", ProjTypeAK01, MakeDefault<TAK01Proj>},
+    {L"AK29", ProjTypeAK29, MakeDefault<TAK29Proj>},
+    {L"OM83", ProjTypeSPC_OM83, [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
     // Kept: the placeholder of the northern parallel is 1 radian.
+    {L"OM_MW", ProjTypeMinnesota_OM, MakeCounty<TMinnesota_OMProj>},
+    {L"RSO", ProjTypeRSO, [](double a, double f) { return Make<TRSOProj>(a, f, -36.9742095 * kDeg, 0.99984, 102.25 * kDeg, 4 * kDeg, 804671.2996, 0); }},
+    {L"SWISS", ProjTypeSwiss, [](double a, double f) { return Make<TSwissProj>(a, f, 0, 0, 0, 0); }},
+    {L"DSTER", ProjTypeDoubleSter, [](double a, double f) { return Make<TDoubleSter>(a, f, 0, 0, 1.0, 0, 0); }},
+    {L"NZMG", ProjTypeNZMG, [](double a, double f) { return Make<TNZMGProj>(a, f, 0, 0, 0, 0); }},
+    {L"C_S", ProjTypeMalaysia_CS, [](double a, double f) { return Make<TMalaysia_CSProj>(a, f, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871, 5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384, 0.17978, 0.58805, -0.66614); }},
     {L"OM", ProjTypeOMercator, [](double a, double f) { return Make<TOMercatorProj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
+    {L"C_S2000", kByNameOnly, [](double a, double f) { return Make<TMalaysia_CS2000Proj>(a, f, 0, 0, 0, 0); }},
 };
 // clang-format on
 

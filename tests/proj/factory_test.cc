@@ -8,7 +8,19 @@
 #include <typeindex>
 #include <vector>
 
+#include "geomath/proj/methods/ak01_proj.h"
+#include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/double_ster_proj.h"
+#include "geomath/proj/methods/lc_proj.h"
+#include "geomath/proj/methods/malaysia_cs2000_proj.h"
+#include "geomath/proj/methods/malaysia_cs_proj.h"
+#include "geomath/proj/methods/minnesota_om_proj.h"
+#include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/ster_proj.h"
+#include "geomath/proj/methods/swiss_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "geomath/proj/param_table.h"
 #include "geomath/proj/projection_type.h"
@@ -41,7 +53,28 @@ const struct Case {
   bool ownEllipsoid = false;
 } kCases[] = {
     {L"TMERC", 0, typeid(TUTMProj), 0, {0, 1, 0, 0, 0}},
+    {L"STER", 10, typeid(TSterProj), 10, {0, 0, 1, 0, 0}},
+    {L"LC", 4, typeid(TLCProj), 4, {0, 0.5235987755982988, 0, 0, 0, 0, 1}},
+    {L"AK01", 8, typeid(TAK01Proj), 8, {}, true},
+    {L"AK29", 9, typeid(TAK29Proj), 9, {}, true},
+    {L"OM83", 2, typeid(TSPC_OM83Proj), 2, {0, 1, 0, 0, 0, 0, 0}},
+    {L"OM_MW", 28, typeid(TMinnesota_OMProj), 28, kCountyArgs},
+    {L"RSO",
+     21,
+     typeid(TRSOProj),
+     21,
+     {-0.6453216940971663, 0.99984, 1.784599160164202, 0.06981317007977318, 804671.2996, 0}},
+    {L"SWISS", 20, typeid(TSwissProj), 20, {0, 0, 0, 0}},
+    {L"DSTER", 32, typeid(TDoubleSter), 32, {0, 0, 1, 0, 0}},
+    {L"NZMG", 34, typeid(TNZMGProj), 34, {0, 0, 0, 0}},
+    {L"C_S",
+     24,
+     typeid(TMalaysia_CSProj),
+     24,
+     {0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871, 5.29886, -5.27113, -1.83579, -0.47547,
+      -0.74017, -0.64384, 0.17978, 0.58805, -0.66614}},
     {L"OM", 15, typeid(TOMercatorProj), 15, {0, 1, 0, 0, 0, 0}},
+    {L"C_S2000", kNone, typeid(TMalaysia_CS2000Proj), 39, {0, 0, 0, 0}},
 };
 
 void ExpectRow(const Case& row, const TGeoProj& proj) {
