@@ -47,6 +47,7 @@
 #include "geomath/proj/methods/swiss_proj.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
+#include "geomath/proj/procedural/projection_functions.h"
 #include "geomath/proj/proj_type.h"
 #include "geomath/proj/proj_types.h"
 #include "geomath/proj/projection_type.h"
