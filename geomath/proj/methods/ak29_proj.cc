@@ -13,7 +13,6 @@
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kEp2 = 0.0068147849;                // second eccentricity squared
 constexpr double kScale = 0.9999;                    // on the central meridian
 constexpr double kOriginArc = 193900.05442;          // rectifying latitude of 54° N, arc-seconds
 constexpr double kFeetPerArcSecond = 101.269278503;  // of rectifying latitude, scaled
@@ -21,7 +20,7 @@ constexpr double kArcSecondPerFoot = 0.00987466302498;
 
 // Scale and convergence at a point `east` 1e6 feet and T 1e4 arc-seconds from the meridian.
 PointFactors FactorsAt(double s, double c, double T, double east) {
-  const double c2 = c * c, c4 = c2 * c2, T2 = T * T, h = 1 + kEp2 * c2;
+  const double c2 = c * c, c4 = c2 * c2, T2 = T * T, h = 1 + kClarke1866Ep2 * c2;
   const double gamma = s * T *
                        (1e4 + T2 * (7.83481 * (c2 + 0.02044 * c4 + 9e-5 * (c2 * c4)) +
                                     T2 * 0.003683 * (3 * c4 - c2)));
@@ -65,7 +64,7 @@ bool TAK29Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 
 bool TAK29Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double s = std::sin(b), c = std::cos(b), c2 = c * c, c4 = c2 * c2, c6 = c4 * c2;
-  const double root = std::sqrt(1 + kEp2 * c2);
+  const double root = std::sqrt(1 + kClarke1866Ep2 * c2);
   const double T = (l * kArcSecondsPerRad + cm_) / 1e4, T2 = T * T;
 
   const double east = 1017862.150 * c / root * T *
@@ -92,14 +91,14 @@ bool TAK29Proj::InversePoint(double& n, double& e, PointFactors* factors) const 
                                   kArcSecondsPerRad;  // footpoint
 
   const double s = std::sin(phiF), c = std::cos(phiF), t = s / c;
-  const double c2 = c * c, c4 = c2 * c2, h = 1 + kEp2 * c2;
+  const double c2 = c * c, c4 = c2 * c2, h = 1 + kClarke1866Ep2 * c2;
   const double dPhi =
       233.9736450 * T2 * (h * h) * t *
       (1 - 1.89056040e-4 * T2 * (1.9591113 + 3 / c2 + 0.081359 * c2 + 2.79e-4 * c4) +
        1.42969e-8 * (T2 * T2) * h * (15.5 + 45 / c4 - 0.307 / c2 + 1.53 * c2));
   const double dLambda =
       9824.513072 * std::sqrt(h) / c * T *
-      (1 - 3.78112080e-4 * h * T2 * (-1 + 2 / c2 + kEp2 * c2) +
+      (1 - 3.78112080e-4 * h * T2 * (-1 + 2 / c2 + kClarke1866Ep2 * c2) +
        4.2890624e-8 * (h * h) * (T2 * T2) * (1.054 + 24 / c4 - 20 / c2 - 0.0136 * c2));
 
   const double phi = phiF - dPhi / kArcSecondsPerRad;

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/math/central_point.h"
+
 // Terms I to XIIA are those of the Ordnance Survey guide, annexe C; equation numbers are its own.
 //   λ0 lambda0_  central meridian    k0 k0_    scale on it     ν nu, ρ rho  scaled radii
 //   φ0 phi0_     origin              η² eta2                   M            scaled arc from φ0
@@ -56,11 +58,7 @@ void TTMProj::SetParam(double value, int index, unsigned int unit) {
 }
 
 bool TTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  b0 = 0;
-  l0 = lambda0_;
-  db = kHalfPi;
-  dl = kPi / 20;
-  return true;
+  return TransverseCentralPoint(lambda0_, b0, l0, db, dl);
 }
 
 void TTMProj::Prepare() {

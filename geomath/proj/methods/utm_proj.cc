@@ -2,12 +2,19 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
+#include "geomath/proj/methods/math/tm_longitude_series.h"
 
 // Symbols of Stem 1989:
 //   λ0 lambda0_   k0 k0_   S0 forwardOrigin_, inverseOrigin_   r series_.r
 //   L  = Δλ·cos φ   R = scaled prime-vertical radius   t = tan φ   η² = e′²·cos²φ   Q = ΔE/R
 namespace zel_cs::geomath {
+namespace {
+
+constexpr double kEta2T4 = 60;  // Kept: Stem 1989 has 90; see TmInverseSeries
+
+}  // namespace
 
 std::span<const ParamRow<TUTMProj>> TUTMProj::Params() {
   static constexpr ParamRow<TUTMProj> rows[] = {
@@ -53,11 +60,7 @@ void TUTMProj::SetParam(double value, int index, unsigned int unit) {
 }
 
 bool TUTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  b0 = 0;
-  l0 = lambda0_;
-  db = kHalfPi;
-  dl = kPi / 20;
-  return true;
+  return TransverseCentralPoint(lambda0_, b0, l0, db, dl);
 }
 
 void TUTMProj::Prepare() {
@@ -76,36 +79,23 @@ double TUTMProj::ForwardArc(double phi, double sinPhi, double cosPhi) const {
 }
 
 // Convergence, its sign taken from the longitude difference before it is folded, and point scale.
-PointFactors TUTMProj::FactorsAt(double phi, double lambda, double sinPhi, double cosPhi,
-                                 double L) const {
-  const double t = sinPhi / cosPhi, t2 = t * t;
-  const double eta2 = ell_.ep2 * (cosPhi * cosPhi), eta4 = eta2 * eta2;
-  const double L2 = L * L;
-  const double size =
-      std::abs(t * L * (1 + L2 * ((1 + 3 * eta2 + 2 * eta4) / 3 + L2 * ((2 - t2) / 15))));
+PointFactors TUTMProj::FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const {
+  const double size = std::abs(TmConvergence(at, L));
   const bool east = lambda - lambda0_ >= 0, south = phi < 0;
-  const double k =
-      k0_ * (1 + (1 + eta2) * L2 / 2 * (1 + L2 * (5 - 4 * t2 + eta2 * (9 - 24 * t2)) / 12));
-  return {.scale = k, .convergence = east != south ? size : -size};
+  return {.scale = k0_ * TmScale(at, L), .convergence = east != south ? size : -size};
 }
 
 bool TUTMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, lambda = l;
   const double s = std::sin(phi), c = std::cos(phi);
-  const double t = s / c, t2 = t * t, t4 = t2 * t2, t6 = t4 * t2;
-  const double eta2 = ell_.ep2 * (c * c);
-  const double L = SetValue(lambda - lambda0_, 1) * c, L2 = L * L;
+  const TmLatitude at(s, c, ell_.ep2);
+  const double L = SetValue(lambda - lambda0_, 1) * c;
   const double R = aK0_ / std::sqrt(1 - ell_.e2 * (s * s));
 
-  const double A4 = (5 - t2 + eta2 * (9 + 4 * eta2)) / 12;
-  const double A6 = (61 - 58 * t2 + t4 + eta2 * (270 - 330 * t2)) / 360;
-  const double A3 = (1 - t2 + eta2) / 6;
-  const double A5 = (5 - 18 * t2 + t4 + eta2 * (14 - 58 * t2)) / 120;
-  const double A7 = (61 - 479 * t2 + 179 * t4 - t6) / 5040;
-
-  if (factors) *factors = FactorsAt(phi, lambda, s, c, L);
-  b = ForwardArc(phi, s, c) - forwardOrigin_ + fNorth_ + R * t * L2 / 2 * (1 + L2 * (A4 + L2 * A6));
-  l = fEast_ + R * L * (1 + L2 * (A3 + L2 * (A5 + L2 * A7)));
+  if (factors) *factors = FactorsAt(phi, lambda, at, L);
+  const TmOffset offset = TmForwardSeries(at, L);
+  b = ForwardArc(phi, s, c) - forwardOrigin_ + fNorth_ + R * offset.north;
+  l = fEast_ + R * offset.east;
   return true;
 }
 
@@ -114,23 +104,16 @@ bool TUTMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
   const double phiF = series_.footpoint(omega);
 
   const double s = std::sin(phiF), c = std::cos(phiF);
-  const double t = s / c, t2 = t * t, t4 = t2 * t2, t6 = t4 * t2;
-  const double eta2 = ell_.ep2 * (c * c), eta4 = eta2 * eta2;
   const double R = aK0_ / std::sqrt(1 - ell_.e2 * (s * s));
-  const double Q = (e - fEast_) / R, Q2 = Q * Q;
+  const TmFootpointStep step =
+      TmInverseSeries(TmLatitude(s, c, ell_.ep2), (e - fEast_) / R, kEta2T4);
 
-  const double B2 = t * (1 + eta2) / 2;
-  const double B4 = (5 + 3 * t2 + eta2 - 4 * eta4 - 9 * t2 * eta2) / 12;
-  const double B6 = (61 + 90 * t2 + 45 * t4 + eta2 * (46 - 252 * t2 - 60 * t4)) / 360;
-  const double B3 = (1 + 2 * t2 + eta2) / 6;
-  const double B5 = (5 + 28 * t2 + 24 * t4 + eta2 * (6 + 8 * t2)) / 120;
-  const double B7 = (61 + 662 * t2 + 1320 * t4 + 720 * t6) / 5040;
-
-  const double phi = phiF - B2 * Q2 * (1 - Q2 * (B4 - Q2 * B6));
-  const double lambda = lambda0_ + Q / c * (1 - Q2 * (B3 - Q2 * (B5 - Q2 * B7)));
+  const double phi = phiF + step.latitude;
+  const double lambda = lambda0_ + step.longitude / c;
   if (factors) {
-    const double cosPhi = std::cos(phi), L = SetValue(lambda - lambda0_, 1) * cosPhi;
-    *factors = FactorsAt(phi, lambda, std::sin(phi), cosPhi, L);
+    const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
+    *factors = FactorsAt(phi, lambda, TmLatitude(sinPhi, cosPhi, ell_.ep2),
+                         SetValue(lambda - lambda0_, 1) * cosPhi);
   }
   n = phi;
   e = lambda;

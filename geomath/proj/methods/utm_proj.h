@@ -8,6 +8,8 @@
 
 namespace zel_cs::geomath {
 
+struct TmLatitude;
+
 /// Transverse Mercator in the form of UTM and of the United States' grids: rectifying radius,
 /// footpoint latitude in closed form, longitude series to the seventh power (Stem 1989, NOAA
 /// Manual NOS NGS 5, pp. 32-37).
@@ -51,7 +53,7 @@ class GEOMATH_API TUTMProj : public TGeoProj {
 
  private:
   double ForwardArc(double phi, double sinPhi, double cosPhi) const;
-  PointFactors FactorsAt(double phi, double lambda, double sinPhi, double cosPhi, double L) const;
+  PointFactors FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const;
   static std::span<const ParamRow<TUTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;

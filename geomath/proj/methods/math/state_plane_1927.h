@@ -13,4 +13,17 @@ inline constexpr double kClarke1866InvF = kClarke1866A / (kClarke1866A - kClarke
 inline constexpr double kUsSurveyFoot = 1200.0 / 3937;  // metres
 inline constexpr double kArcSecondsPerRad = 3600 * kDegPerRad;
 
+// The transverse Mercator and Lambert tables.
+inline constexpr double kClarke1866E2 = 0.0067686580;   // ε
+inline constexpr double kClarke1866Ep2 = 0.0068147849;  // ε/(1 − ε)
+inline constexpr double kFeetPerRectifyingSecond = 101.2794065;
+inline constexpr double kRectifyingSecondsPerFoot = 0.009873675553;
+
+/// Rectifying latitude ω of Clarke 1866, arc-seconds, from the latitude in radians.
+double RectifyingLatitude1927(double phi);
+
+/// Latitude, radians, of a rectifying latitude in arc-seconds. The two undo each other to 2e-5″, or
+/// 0.6 mm: the coefficients are printed that short.
+double LatitudeFromRectifying1927(double omegaSeconds);
+
 }  // namespace zel_cs::geomath

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Cartesian city plane of Colombia: EPSG Guidance Note 7-2, method 1052 "Colombia Urban", with the
+/// plane at height 0; a city's plane height goes into an ellipsoid enlarged by it.
+///
+/// Parameters: latitude and longitude of the origin, false easting, false northing. Radians and
+/// metres. Chosen: the city plane and not the national Gauss-Krüger zones, which are TTMProj with
+/// scale 1.
+///
+/// Meant for a city, some 30 km. Never fails; near a pole results are not finite or not meaningful.
+/// The inverse is exact: a round trip closes to rounding, 1e-8 m. Longitudes of the inverse are not
+/// folded. Scale and convergence are not computed.
+class GEOMATH_API TColombiaProj : public TGeoProj {
+ public:
+  /// WGS84, all parameters 0.
+  TColombiaProj();
+  TColombiaProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
+
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double Lon0() const { return lambda0_; }
+  void Lon0(double value) { lambda0_ = value; }
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  /// The origin, half a degree to each side.
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  static std::span<const ParamRow<TColombiaProj>> Params();
+
+  double phi0_, lambda0_, fEast_, fNorth_;
+
+  double rho0_;  // radius of curvature in the meridian of the origin, metres
+  double B_;     // tan φ0/(2·ρ0·ν0), per square metre
+};
+
+}  // namespace zel_cs::geomath

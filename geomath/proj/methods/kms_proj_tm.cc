@@ -1,0 +1,25 @@
+#include "geomath/proj/methods/kms_proj_tm.h"
+
+#include "geomath/proj/methods/kms_conversion.h"
+
+namespace zel_cs::geomath {
+
+TKMSProjTM::TKMSProjTM() = default;
+
+TKMSProjTM::TKMSProjTM(double a, double invF, double cm, double scale, double lat0, double fEast,
+                       double fNorth)
+    : TDenmarkTMProj(a, invF, cm, scale, lat0, fEast, fNorth) {}
+
+bool TKMSProjTM::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  if (KmsPrepare(b, l, kKmsInto) != 0) return false;
+  return mode_ ? KmsConvertInPlace(b, l, kKmsIntermediateSystem, kKmsInto)
+               : TDenmarkTMProj::ForwardPoint(b, l, factors);
+}
+
+bool TKMSProjTM::InversePoint(double& n, double& e, PointFactors* factors) const {
+  const bool geographic = mode_ ? KmsConvertInPlace(n, e, kKmsIntermediateSystem, kKmsOutOf)
+                                : TDenmarkTMProj::InversePoint(n, e, factors);
+  return geographic && KmsPrepare(n, e, kKmsOutOf) == 0;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,43 @@
+#include "geomath/proj/methods/kms_trans_proj.h"
+
+#include "geomath/proj/methods/kms_conversion.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr unsigned char kNorthWest = 0x81;
+constexpr int kDefaultSystem = 115;
+
+}  // namespace
+
+TKMSTransProj::TKMSTransProj()
+    : TKMSTransProj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0, kDefaultSystem) {}
+
+TKMSTransProj::TKMSTransProj(double a, double invF, double cm, double scale, double lat0,
+                             double fEast, double fNorth, int systemCode)
+    : TDenmarkTMProj(a, invF, cm, scale, lat0, fEast, fNorth), systemCode_(systemCode) {
+  direction_ = kNorthWest;
+}
+
+void TKMSTransProj::SetNEAxes(const wchar_t* axes) {
+  TDenmarkTMProj::SetNEAxes(axes);
+  direction_ = kNorthWest;
+}
+
+bool TKMSTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  const bool own = systemCode_ == kKmsOwnSystem;
+  if (!own && KmsPrepare(b, l, kKmsInto) != 0) return false;
+  if (!TDenmarkTMProj::ForwardPoint(b, l, factors)) return false;
+  if (!own && !KmsConvertInPlace(b, l, kKmsIntermediateSystem, kKmsOutOf)) return false;
+  return KmsConvertInPlace(b, l, systemCode_, kKmsInto);
+}
+
+bool TKMSTransProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  const bool own = systemCode_ == kKmsOwnSystem;
+  if (!KmsConvertInPlace(n, e, systemCode_, kKmsOutOf)) return false;
+  if (!own && !KmsConvertInPlace(n, e, kKmsIntermediateSystem, kKmsInto)) return false;
+  if (!TDenmarkTMProj::InversePoint(n, e, factors)) return false;
+  return own || KmsPrepare(n, e, kKmsOutOf) == 0;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,88 @@
+#include "geomath/proj/methods/mercator_proj.h"
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+
+// Equation numbers are Snyder 1987; his scale on the equator is k0_ here.
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kPolarGap = 1e-6;  // radians
+
+}  // namespace
+
+std::span<const ParamRow<TMercatorProj>> TMercatorProj::Params() {
+  static constexpr ParamRow<TMercatorProj> rows[] = {
+      {&TMercatorProj::lambda0_, ParamKind::angle},
+      {&TMercatorProj::phi0_, ParamKind::angle, &TMercatorProj::Prepare},
+      {&TMercatorProj::fEast_, ParamKind::length},
+      {&TMercatorProj::fNorth_, ParamKind::length},
+  };
+  return rows;
+}
+
+TMercatorProj::TMercatorProj() : TMercatorProj(kWgs84A, kWgs84InvF, 0, 0, 0, 0) {}
+
+TMercatorProj::TMercatorProj(double a, double invF, double lon0, double lat0, double fEast,
+                             double fNorth)
+    : TGeoProj(ProjTypeMercator, static_cast<int>(Params().size()), a, invF, true),
+      lambda0_(lon0),
+      phi0_(lat0),
+      fEast_(fEast),
+      fNorth_(fNorth) {
+  TMercatorProj::Prepare();
+}
+
+void TMercatorProj::Lat0(double value) {
+  phi0_ = value;
+  Prepare();
+}
+
+double TMercatorProj::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TMercatorProj::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+bool TMercatorProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  b0 = 0;
+  l0 = lambda0_;
+  db = kHalfPi - kPolarGap;
+  dl = kPi;
+  return true;
+}
+
+void TMercatorProj::Prepare() {
+  latitude_ = ConformalLatitude(ell_);
+  k0_ = ParallelRadius(std::sin(phi0_), std::cos(phi0_), ell_.e2);
+  aK0_ = ell_.a * k0_;
+}
+
+PointFactors TMercatorProj::FactorsAt(double sinPhi, double cosPhi) const {
+  return {.scale = k0_ / ParallelRadius(sinPhi, cosPhi, ell_.e2), .convergence = 0};  // 7-8
+}
+
+bool TMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  const double phi = b;
+  if (!(std::abs(phi) < kHalfPi)) return false;
+
+  const double s = std::sin(phi), c = std::cos(phi);
+  if (factors) *factors = FactorsAt(s, c);
+  b = fNorth_ + aK0_ * latitude_.Isometric(s, c);  // 7-7
+  l = fEast_ + aK0_ * SetValue(l - lambda0_, 1);   // 7-6
+  return true;
+}
+
+bool TMercatorProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  const double phi = latitude_.FromIsometric((n - fNorth_) / aK0_);  // 7-9
+  const double lambda = lambda0_ + (e - fEast_) / aK0_;              // 7-12
+  if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi));
+  n = phi;
+  e = lambda;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Mercator with a parallel of true scale (EPSG Guidance Note 7-2, method 9805, variant B; Snyder
+/// 1987, pp. 44-47).
+///
+/// Parameters: longitude of the origin, latitude of true scale, false easting, false northing.
+/// Radians and metres. Chosen: Lat0 is the latitude of true scale and northings count from the
+/// equator; where Lat0 is 0 this is also the reading as an origin latitude with scale 1 on the
+/// equator.
+///
+/// Latitudes of ±π/2 and beyond fail, with the arguments untouched; the inverse never fails. A
+/// round trip closes to 1e-13 rad, below 1 µm on the ground. Longitudes of the inverse are not
+/// folded. Computes the point scale; the convergence is 0.
+class GEOMATH_API TMercatorProj : public TGeoProj {
+ public:
+  /// WGS84, all parameters 0.
+  TMercatorProj();
+  TMercatorProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
+
+  double Lon0() const { return lambda0_; }
+  void Lon0(double value) { lambda0_ = value; }
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  /// The equator at the origin; all longitudes, and all latitudes but 1e-6 at the poles.
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  PointFactors FactorsAt(double sinPhi, double cosPhi) const;
+  static std::span<const ParamRow<TMercatorProj>> Params();
+
+  double lambda0_, phi0_, fEast_, fNorth_;
+
+  ConformalLatitude latitude_;
+  double k0_;   // scale on the equator
+  double aK0_;  // its radius on the map, metres
+};
+
+}  // namespace zel_cs::geomath

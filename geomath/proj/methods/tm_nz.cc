@@ -1,0 +1,46 @@
+#include "geomath/proj/methods/tm_nz.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr int kGridScaleIndex = 5;  // after the parameters of TUTMProj
+constexpr double kDefaultGridScale = 0.999998261;
+
+}  // namespace
+
+TTTMNZ::TTTMNZ() : TTTMNZ(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0, kDefaultGridScale) {}
+
+TTTMNZ::TTTMNZ(double a, double invF, double cm, double scale, double lat0, double fEast,
+               double fNorth, double gridScale)
+    : TUTMProj(a, invF, cm, scale, lat0, fEast, fNorth), gridScale_(gridScale) {
+  paramCount_ = kGridScaleIndex + 1;
+}
+
+double TTTMNZ::GetParam(int index, unsigned int unit) const {
+  return index == kGridScaleIndex ? gridScale_ : TUTMProj::GetParam(index, unit);
+}
+
+void TTTMNZ::SetParam(double value, int index, unsigned int unit) {
+  if (index == kGridScaleIndex)
+    gridScale_ = value;
+  else
+    TUTMProj::SetParam(value, index, unit);
+}
+
+bool TTTMNZ::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  if (!TUTMProj::ForwardPoint(b, l, factors)) return false;
+  b = FNorth() + (b - FNorth()) / gridScale_;
+  l = FEast() + (l - FEast()) / gridScale_;
+  if (factors) factors->scale /= gridScale_;
+  return true;
+}
+
+bool TTTMNZ::InversePoint(double& n, double& e, PointFactors* factors) const {
+  n = FNorth() + (n - FNorth()) * gridScale_;
+  e = FEast() + (e - FEast()) * gridScale_;
+  if (!TUTMProj::InversePoint(n, e, factors)) return false;
+  if (factors) factors->scale /= gridScale_;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "geomath/proj/methods/utm_proj.h"
+
+namespace zel_cs::geomath {
+
+/// TUTMProj whose plane is divided by a grid scale about the false origin (New Zealand): N = N0 +
+/// (N′ − N0)/g, E likewise. Parameters are those of TUTMProj and the grid scale (index 5). Accuracy,
+/// domain and the sign of the convergence are TUTMProj's; the point scale is its point scale over
+/// g. Never fails; g = 0 gives results that are not finite.
+class GEOMATH_API TTTMNZ : public TUTMProj {
+ public:
+  /// WGS84, all parameters 0, scale 1, grid scale 0.999998261.
+  TTTMNZ();
+  TTTMNZ(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth,
+         double gridScale);
+
+  double GridScale() const { return gridScale_; }
+  void GridScale(double value) { gridScale_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ private:
+  double gridScale_;
+};
+
+}  // namespace zel_cs::geomath

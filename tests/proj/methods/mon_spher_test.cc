@@ -1,0 +1,71 @@
+#include "geomath/proj/methods/mon_spher.h"
+
+#include <gtest/gtest.h>
+
+#include "geomath/base/angle.h"
+#include "tests/proj/methods/worked_example.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+using tolerance::kDegree;
+
+constexpr double kPhi0 = -(21 + 7 / 60.0) * kDegree, kLambda0 = (55 + 32 / 60.0) * kDegree;
+constexpr double kPrinted = 6e-6;  // PROJ 9.1.1, five decimals
+constexpr double kInverse = 2e-5;  // those in latitude and longitude
+
+// Réunion, PROJ 9.1.1 `gstmerc`; then a normal latitude of 47° with the origin on it.
+TEST(MonSpher, GaussSchreiberGrids) {
+  TMonSpher reunion(6378388, 297, kPhi0, kLambda0, kPhi0, 1, 1, 160000, 50000, 0);
+  for (const WorkedExample& point : {
+           WorkedExample{-20.9, 55.4, 73983.34644, 146127.48723},
+           {-21.35, 55.7, 24155.73676, 177288.41306},
+           {-19, 57, 283685.85816, 314447.97827},
+           {-23, 52, -162917.36549, -202422.04667},
+       }) {
+    ExpectBothWays(reunion, point, kPrinted, kInverse);
+  }
+  TMonSpher north(6378388, 297, 47 * kDegree, 10 * kDegree, 47 * kDegree, 1, 0.9999, 0, 0, 0);
+  ExpectBothWays(north, {47.5, 10.5, 55705.36434, 37669.74850}, kPrinted, kInverse);
+}
+
+// Chosen readings: k1 and the scale multiply one radius, and the axis azimuth turns the plane about
+// the false origin.
+TEST(MonSpher, K1AndAxisAzimuth) {
+  const double theta = 30 * kDegree, k = 0.9997;
+  TMonSpher turned(6378388, 297, kPhi0, kLambda0, kPhi0, 0.9998, k / 0.9998, 160000, 50000, theta);
+  const double y = k * (73983.34644 - 50000), x = k * (146127.48723 - 160000);
+  const double north = 50000 + y * std::cos(theta) - x * std::sin(theta);
+  const double east = 160000 + y * std::sin(theta) + x * std::cos(theta);
+  ExpectBothWays(turned, {-20.9, 55.4, north, east}, 2 * kPrinted, kInverse);
+}
+
+TEST(MonSpher, EverySetterRefreshesTheConstants) {
+  TMonSpher built(6378388, 297, 0.8, 0.2, 0.82, 0.9999, 1.0001, 1e5, 2e5, 0.1), set;
+  set.SetEllipsoid(6378388, 297);
+  set.Lat0(0.8);
+  set.Lon0(0.2);
+  set.LatNormal(0.82);
+  set.K1(0.9999);
+  set.Scale(1.0001);
+  set.FEast(1e5);
+  set.FNorth(2e5);
+  set.AxisAzimuth(0.1);
+  double n = 0.85, e = 0.25, n1 = n, e1 = e;
+  ASSERT_TRUE(built.Forward(n, e) && set.Forward(n1, e1));
+  EXPECT_EQ(n, n1);
+  EXPECT_EQ(e, e1);
+}
+
+// The pole of the cylinder: on the equator of a sphere, 90° beside the central meridian.
+TEST(MonSpher, FailsAtTheEndsOfTheCylinder) {
+  const TMonSpher sphere(6371000, 1e300, 0, 0, 0, 1, 1, 0, 0, 0);
+  double b = 0, l = kHalfPi;
+  EXPECT_FALSE(sphere.ForwardPoint(b, l));
+  EXPECT_EQ(l, kHalfPi);
+  l = kHalfPi - 1e-3;
+  EXPECT_TRUE(sphere.ForwardPoint(b, l));
+}
+
+}  // namespace
+}  // namespace zel_cs::geomath
