@@ -16,9 +16,10 @@ ConformalSphere::ConformalSphere(const Ellipsoid& ell, double normalLatitude)
 }
 
 SinCos ConformalSphere::Latitude(double sinPhi, double cosPhi) const {
-  const double grow = std::exp(alpha * latitude_.Isometric(sinPhi, cosPhi) + K);
-  const double decay = 1 / grow;
-  return {(grow - decay) / (grow + decay), 2 / (grow + decay)};  // tanh and 1/cosh
+  const double psi = alpha * latitude_.Isometric(sinPhi, cosPhi) + K;
+  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
+  return {std::copysign((1 - decay2) / (1 + decay2), psi),  // tanh ψ
+          2 * decay / (1 + decay2)};                        // 1/cosh ψ
 }
 
 double ConformalSphere::Latitude(double phi) const {
