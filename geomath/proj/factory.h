@@ -1,5 +1,7 @@
 #pragma once
 
+#include <span>
+
 #include "geomath/export.h"
 #include "geomath/platform/zel_string.h"
 #include "geomath/proj/geo_proj.h"
@@ -17,5 +19,18 @@ GEOMATH_API TGeoProj* _GetProjByName(const CZelStringT<wchar_t>& name, double a,
 /// The same by kind, for the library's own use: the code of a ProjType, or one of the codes 12, 33
 /// and 35, whose objects report another kind. Every other code gives the plain TGeoProj.
 GEOMATH_API TGeoProj* _GetProjByType(int type, double a, double invF);
+
+/// The code of a row that can be built by its name only.
+inline constexpr int kByNameOnly = -1;
+
+/// A projection that the factory knows: its name, the code that builds it too, and its maker.
+struct ProjFactoryRow {
+  const wchar_t* name;
+  int code;
+  TGeoProj* (*make)(double a, double invF);
+};
+
+/// All of them, for listings.
+GEOMATH_API std::span<const ProjFactoryRow> ProjFactoryRows();
 
 }  // namespace zel_cs::geomath

@@ -6,23 +6,36 @@
 #include <memory>
 #include <string>
 #include <typeindex>
+#include <utility>
 #include <vector>
 
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/cassini_proj.h"
+#include "geomath/proj/methods/colombia_proj.h"
+#include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
+#include "geomath/proj/methods/kms_proj_tm.h"
+#include "geomath/proj/methods/kms_trans_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
+#include "geomath/proj/methods/mercator_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
+#include "geomath/proj/methods/minnesota_tm_proj.h"
+#include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
 #include "geomath/proj/methods/rso_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/methods/swiss_proj.h"
+#include "geomath/proj/methods/tm27_proj.h"
+#include "geomath/proj/methods/tm_nz.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/proj/proj_types.h"
 #include "geomath/proj/projection_type.h"
 
 namespace zel_cs::geomath {
@@ -30,7 +43,7 @@ namespace {
 
 // International 1924: no default of any class.
 constexpr double kA = 6378388.0, kInvF = 297.0;
-constexpr int kNone = -1;  // built by name only
+constexpr int kNone = kByNameOnly;
 
 std::unique_ptr<TGeoProj> ByName(const wchar_t* name) {
   return std::unique_ptr<TGeoProj>(_GetProjByName(name, kA, kInvF));
@@ -57,8 +70,12 @@ const struct Case {
     {L"LC", 4, typeid(TLCProj), 4, {0, 0.5235987755982988, 0, 0, 0, 0, 1}},
     {L"AK01", 8, typeid(TAK01Proj), 8, {}, true},
     {L"AK29", 9, typeid(TAK29Proj), 9, {}, true},
+    {L"TM27", 6, typeid(TTM27Proj), 6, {}, true},
+    {L"TM83", 1, typeid(TSPC_TM83Proj), 1, {0, 1, 0, 0, 0, 0}},
     {L"OM83", 2, typeid(TSPC_OM83Proj), 2, {0, 1, 0, 0, 0, 0, 0}},
     {L"OM_MW", 28, typeid(TMinnesota_OMProj), 28, kCountyArgs},
+    {L"TM_MW", 27, typeid(TMinnesota_TMProj), 27, kCountyArgs},
+    {L"COLOMBIA", 22, typeid(TColombiaProj), 22, {0, 0, 0, 0}},
     {L"RSO",
      21,
      typeid(TRSOProj),
@@ -66,7 +83,10 @@ const struct Case {
      {-0.6453216940971663, 0.99984, 1.784599160164202, 0.06981317007977318, 804671.2996, 0}},
     {L"SWISS", 20, typeid(TSwissProj), 20, {0, 0, 0, 0}},
     {L"DSTER", 32, typeid(TDoubleSter), 32, {0, 0, 1, 0, 0}},
+    {L"KMSTRANS", 33, typeid(TKMSTransProj), 36, {0.15707963267948966, 0.9996, 0, 500000, 0}},
     {L"NZMG", 34, typeid(TNZMGProj), 34, {0, 0, 0, 0}},
+    {L"TMERC_KMS", 35, typeid(TKMSProjTM), 36, {0.15707963267948966, 0.9996, 0, 500000, 0}},
+    {L"TMERCSPHER", 36, typeid(TDenmarkTMProj), 36, {0, 1, 0, 0, 0}},
     {L"C_S",
      24,
      typeid(TMalaysia_CSProj),
@@ -74,6 +94,10 @@ const struct Case {
      {0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871, 5.29886, -5.27113, -1.83579, -0.47547,
       -0.74017, -0.64384, 0.17978, 0.58805, -0.66614}},
     {L"OM", 15, typeid(TOMercatorProj), 15, {0, 1, 0, 0, 0, 0}},
+    {L"CASSINI", 17, typeid(TCassiniProj), 17, {0, 0, 0, 0, 0}},
+    {L"MERCATOR", 14, typeid(TMercatorProj), 14, {0, 0, 0, 0}},
+    {L"TMERC_NZ", kNone, typeid(TTTMNZ), 0, {0, 1, 0, 0, 0, 0.999998261}},
+    {L"TMSPHER", 38, typeid(TMonSpher), 38, {0, 0, 0, 1, 1, 0, 0, 0}},
     {L"C_S2000", kNone, typeid(TMalaysia_CS2000Proj), 39, {0, 0, 0, 0}},
 };
 
@@ -102,6 +126,13 @@ TEST(Factory, BuildsEveryRowByNameAndByCode) {
     ExpectRow(row, *ByName(row.name));
     if (row.code != kNone) ExpectRow(row, *ByType(row.code));
   }
+}
+
+TEST(Factory, ListsItsRows) {
+  std::vector<std::pair<std::wstring, int>> rows, listed;
+  for (const Case& row : kCases) rows.emplace_back(row.name, row.code);
+  for (const ProjFactoryRow& row : ProjFactoryRows()) listed.emplace_back(row.name, row.code);
+  EXPECT_EQ(listed, rows);
 }
 
 TEST(Factory, AnyOtherNameGivesThePlainBase) {

@@ -11,17 +11,28 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/cassini_proj.h"
+#include "geomath/proj/methods/colombia_proj.h"
+#include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
+#include "geomath/proj/methods/kms_proj_tm.h"
+#include "geomath/proj/methods/kms_trans_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
+#include "geomath/proj/methods/mercator_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
+#include "geomath/proj/methods/minnesota_tm_proj.h"
+#include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
 #include "geomath/proj/methods/rso_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/methods/swiss_proj.h"
+#include "geomath/proj/methods/tm27_proj.h"
+#include "geomath/proj/methods/tm_nz.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "geomath/proj/param_table.h"
@@ -56,6 +67,13 @@ Proj BuildFrom(const double* ellipsoid, const double* param, std::index_sequence
 template <class Proj, std::size_t count>
 Proj ClassOf(const double* ellipsoid, const double* param) {
   return BuildFrom<Proj>(ellipsoid, param, std::make_index_sequence<count>{});
+}
+
+/// Its mode is no argument of the constructor.
+TKMSProjTM KmsOf(const double* ellipsoid, const double* param) {
+  TKMSProjTM proj = ClassOf<TKMSProjTM, 5>(ellipsoid, param);
+  proj.Mode(param[5] != 0);
+  return proj;
 }
 
 /// Carries a triple over and converts its pair in place.
@@ -148,6 +166,14 @@ extern "C" {
 // clang-format off
 GEOMATH_CLASS_FUNCTIONS(UTM, TUTMProj, 5)
 GEOMATH_CLASS_FUNCTIONS(TM, TTMProj, 5)
+GEOMATH_CLASS_FUNCTIONS(TMDenmark, TDenmarkTMProj, 5)
+GEOMATH_FUNCTIONS(TMKms, KmsOf)
+GEOMATH_CLASS_FUNCTIONS(KmsTrans, TKMSTransProj, 6)
+GEOMATH_CLASS_FUNCTIONS(TMNZ, TTTMNZ, 6)
+GEOMATH_CLASS_FUNCTIONS(TM27, TTM27Proj, 6)
+GEOMATH_CLASS_FUNCTIONS(TM83, TSPC_TM83Proj, 6)
+GEOMATH_CLASS_FUNCTIONS(TMMinnesota, TMinnesota_TMProj, 12)
+GEOMATH_CLASS_FUNCTIONS(TMSphere, TMonSpher, 8)
 GEOMATH_CLASS_FUNCTIONS(LC, TLCProj, 7)
 GEOMATH_CLASS_FUNCTIONS(OM, TOMercatorProj, 6)
 GEOMATH_CLASS_FUNCTIONS(OM83, TSPC_OM83Proj, 7)
@@ -160,6 +186,9 @@ GEOMATH_CLASS_FUNCTIONS(AK01, TAK01Proj, 12)
 GEOMATH_CLASS_FUNCTIONS(AK29, TAK29Proj, 3)
 GEOMATH_CLASS_FUNCTIONS(Ster, TSterProj, 5)
 GEOMATH_CLASS_FUNCTIONS(DoubleSter, TDoubleSter, 5)
+GEOMATH_CLASS_FUNCTIONS(Cassini, TCassiniProj, 5)
+GEOMATH_CLASS_FUNCTIONS(Colombia, TColombiaProj, 4)
+GEOMATH_CLASS_FUNCTIONS(Mercator, TMercatorProj, 4)
 GEOMATH_CLASS_FUNCTIONS(NZMG, TNZMGProj, 4)
 GEOMATH_FUNCTIONS(Bonne, BonneOf)
 GEOMATH_FUNCTIONS(Sinusoidal, SinusoidalOf)

@@ -34,6 +34,55 @@ GEOMATH_API bool TBLHToTM(const double* blh, double* neh, const double* ellipsoi
 GEOMATH_API bool TTMToBLH(const double* neh, double* blh, const double* ellipsoid,
                           const double* param);
 
+/// TDenmarkTMProj, 5: as UTM.
+GEOMATH_API bool TBLHToTMDenmark(const double* blh, double* neh, const double* ellipsoid,
+                                 const double* param);
+GEOMATH_API bool TTMDenmarkToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                 const double* param);
+
+/// TKMSProjTM, 6: as UTM, then mode (0 or 1).
+GEOMATH_API bool TBLHToTMKms(const double* blh, double* neh, const double* ellipsoid,
+                             const double* param);
+GEOMATH_API bool TTMKmsToBLH(const double* neh, double* blh, const double* ellipsoid,
+                             const double* param);
+
+/// TKMSTransProj, 6: as UTM, then system code.
+GEOMATH_API bool TBLHToKmsTrans(const double* blh, double* neh, const double* ellipsoid,
+                                const double* param);
+GEOMATH_API bool TKmsTransToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                const double* param);
+
+/// TTTMNZ, 6: as UTM, then grid scale.
+GEOMATH_API bool TBLHToTMNZ(const double* blh, double* neh, const double* ellipsoid,
+                            const double* param);
+GEOMATH_API bool TTMNZToBLH(const double* neh, double* blh, const double* ellipsoid,
+                            const double* param);
+
+/// TTM27Proj, 6: L1, L2, L34, L5, L6, zone; no ellipsoid.
+GEOMATH_API bool TBLHToTM27(const double* blh, double* neh, const double* ellipsoid,
+                            const double* param);
+GEOMATH_API bool TTM27ToBLH(const double* neh, double* blh, const double* ellipsoid,
+                            const double* param);
+
+/// TSPC_TM83Proj, 6: as UTM, then zone.
+GEOMATH_API bool TBLHToTM83(const double* blh, double* neh, const double* ellipsoid,
+                            const double* param);
+GEOMATH_API bool TTM83ToBLH(const double* neh, double* blh, const double* ellipsoid,
+                            const double* param);
+
+/// TMinnesota_TMProj, 12: LonOrigin, LatOrigin, NorthStdP, SouthStdP, Scale, FN, FE, DesElA,
+/// DesElB, ElevationShift, ObliqueAngle, GeoidHeight.
+GEOMATH_API bool TBLHToTMMinnesota(const double* blh, double* neh, const double* ellipsoid,
+                                   const double* param);
+GEOMATH_API bool TTMMinnesotaToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                   const double* param);
+
+/// TMonSpher, 8: Lat0, Lon0, LatNormal, _k1, Scale, East0, North0, AxisAzimuth.
+GEOMATH_API bool TBLHToTMSphere(const double* blh, double* neh, const double* ellipsoid,
+                                const double* param);
+GEOMATH_API bool TTMSphereToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                const double* param);
+
 /// TLCProj, 7: SouthLat, NorthLat, Lon0, Lat0, East0, North0, Scale.
 GEOMATH_API bool TBLHToLC(const double* blh, double* neh, const double* ellipsoid,
                           const double* param);
@@ -105,6 +154,24 @@ GEOMATH_API bool TBLHToDoubleSter(const double* blh, double* neh, const double* 
                                   const double* param);
 GEOMATH_API bool TDoubleSterToBLH(const double* neh, double* blh, const double* ellipsoid,
                                   const double* param);
+
+/// TCassiniProj, 5: Lat0, Lon0, AxisAzimuth, East0, North0.
+GEOMATH_API bool TBLHToCassini(const double* blh, double* neh, const double* ellipsoid,
+                               const double* param);
+GEOMATH_API bool TCassiniToBLH(const double* neh, double* blh, const double* ellipsoid,
+                               const double* param);
+
+/// TColombiaProj, 4: as RD.
+GEOMATH_API bool TBLHToColombia(const double* blh, double* neh, const double* ellipsoid,
+                                const double* param);
+GEOMATH_API bool TColombiaToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                const double* param);
+
+/// TMercatorProj, 4: Lon0, Lat0, East0, North0.
+GEOMATH_API bool TBLHToMercator(const double* blh, double* neh, const double* ellipsoid,
+                                const double* param);
+GEOMATH_API bool TMercatorToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                const double* param);
 
 /// TNZMGProj, 4: as RD.
 GEOMATH_API bool TBLHToNZMG(const double* blh, double* neh, const double* ellipsoid,

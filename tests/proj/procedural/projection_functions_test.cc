@@ -9,17 +9,28 @@
 
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/cassini_proj.h"
+#include "geomath/proj/methods/colombia_proj.h"
+#include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
+#include "geomath/proj/methods/kms_proj_tm.h"
+#include "geomath/proj/methods/kms_trans_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
+#include "geomath/proj/methods/mercator_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
+#include "geomath/proj/methods/minnesota_tm_proj.h"
+#include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
 #include "geomath/proj/methods/rso_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/methods/swiss_proj.h"
+#include "geomath/proj/methods/tm27_proj.h"
+#include "geomath/proj/methods/tm_nz.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "tests/support/tolerance.h"
@@ -76,6 +87,16 @@ std::vector<ClassCase> ClassCases() {
   const auto add = [&cases](ClassCase c) { cases.push_back(std::move(c)); };
   add(MakeCase<TUTMProj>("UTM", TBLHToUTM, TUTMToBLH, tm, 47, 10));
   add(MakeCase<TTMProj>("TM", TBLHToTM, TTMToBLH, tm, 47, 10));
+  add(MakeCase<TDenmarkTMProj>("TMDenmark", TBLHToTMDenmark, TTMDenmarkToBLH, tm, 47, 10));
+  add(MakeCase<TTTMNZ>("TMNZ", TBLHToTMNZ, TTMNZToBLH, with(tm, 0.999998), 47, 10));
+  add(MakeCase<TTM27Proj>("TM27", TBLHToTM27, TTM27ToBLH,
+                          {500000, 309000, 109341.00903, 0.99996, 0.3817065, 101}, 32.2, -86.1));
+  add(MakeCase<TSPC_TM83Proj>("TM83", TBLHToTM83, TTM83ToBLH, with(tm, 7), 47, 10));
+  add(MakeCase<TMinnesota_TMProj>("TMMinnesota", TBLHToTMMinnesota, TTMMinnesotaToBLH, county, 45.5,
+                                  -93.2));
+  add(MakeCase<TMonSpher>("TMSphere", TBLHToTMSphere, TTMSphereToBLH,
+                          {-21 * d, 55.5 * d, -20 * d, 1.0001, 0.9999, 160000, 50000, 1 * d}, -20.9,
+                          55.4));
   add(MakeCase<TLCProj>("LC", TBLHToLC, TLCToBLH, with(conic, 0.9999), 52, 3));
   add(MakeCase<TOMercatorProj>("OM", TBLHToOM, TOMToBLH, oblique, 47, 11));
   add(MakeCase<TSPC_OM83Proj>("OM83", TBLHToOM83, TOM83ToBLH, with(oblique, 5001), 47, 11));
@@ -99,6 +120,11 @@ std::vector<ClassCase> ClassCases() {
   add(MakeCase<TAK29Proj>("AK29", TBLHToAK29, TAK29ToBLH, {500000, 511200, 5002}, 62, -141.2));
   add(MakeCase<TSterProj>("Ster", TBLHToSter, TSterToBLH, ster, 52.5, 6));
   add(MakeCase<TDoubleSter>("DoubleSter", TBLHToDoubleSter, TDoubleSterToBLH, ster, 52.5, 6));
+  add(MakeCase<TCassiniProj>("Cassini", TBLHToCassini, TCassiniToBLH,
+                             {2.1 * d, 103.4 * d, 10 * d, -14810, 8758}, 1.9, 103.2));
+  add(MakeCase<TColombiaProj>("Colombia", TBLHToColombia, TColombiaToBLH, origin, 4.6, -74.1));
+  add(MakeCase<TMercatorProj>("Mercator", TBLHToMercator, TMercatorToBLH,
+                              {51 * d, 42 * d, 100, 200}, 45, 50));
   add(MakeCase<TNZMGProj>("NZMG", TBLHToNZMG, TNZMGToBLH, {-41 * d, 173 * d, 2510000, 6023150}, -37,
                           175));
   return cases;
@@ -121,7 +147,35 @@ TEST(ProjectionFunctions, GiveWhatTheirClassesGive) {
     EXPECT_EQ(back[2], kHeight);
   }
 }
-//KMS
+
+// Without a host's conversions the Danish cadastral systems are out of reach, but for code 98,
+// which copies the pair, and mode 0, which asks for none.
+TEST(ProjectionFunctions, DanishSystemsPassTheirModeAndCode) {
+  const double blh[3] = {55.7 * kDegree, 12.5 * kDegree, kHeight};
+  double param[] = {9 * kDegree, 0.9996, 0, 500000, 0, 0}, denmark[3], neh[3], back[3];
+  ASSERT_TRUE(TBLHToTMDenmark(blh, denmark, kGrs80, param));
+  const struct {
+    Function forward, inverse;
+    double last;
+    bool works;
+  } cases[] = {{TBLHToTMKms, TTMKmsToBLH, 0, true},
+               {TBLHToTMKms, TTMKmsToBLH, 1, false},
+               {TBLHToKmsTrans, TKmsTransToBLH, 98, true},
+               {TBLHToKmsTrans, TKmsTransToBLH, 115, false},
+               {TBLHToKmsTrans, TKmsTransToBLH, 1e300, false}};
+  for (const auto& c : cases) {
+    SCOPED_TRACE(c.last);
+    param[5] = c.last;
+    EXPECT_EQ(c.forward(blh, neh, kGrs80, param), c.works);
+    EXPECT_EQ(c.inverse(denmark, back, kGrs80, param), c.works);
+    if (!c.works) continue;
+    EXPECT_EQ(neh[0], denmark[0]);
+    EXPECT_EQ(neh[1], denmark[1]);
+    EXPECT_NEAR(back[0], blh[0], tolerance::kRoundTripRadians);
+    EXPECT_NEAR(back[1], blh[1], tolerance::kRoundTripRadians);
+  }
+}
+
 // A method without a class: parameters, a point, and its image with the source of the figures.
 struct MethodCase {
   const char* name;
