@@ -1,0 +1,244 @@
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <string>
+
+#include "tests/tools/program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// A directory of its own with the system file, for every test.
+class Convert : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = fs::temp_directory_path() / (std::string("geomath_convert_") + info->name() + "_" +
+                                              std::to_string(::getpid()));
+    fs::create_directories(directory_);
+    Write("system.json", BritainSystem());
+  }
+  void TearDown() override { fs::remove_all(directory_); }
+
+  void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
+  std::string Read(const char* name) { return ReadText(directory_ / name); }
+  ProgramRun Run(const std::string& arguments) {
+    return RunProgram(directory_, "convert --system system.json " + arguments);
+  }
+
+  fs::path directory_;
+};
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// Published position of TP03 and its grid coordinates by an independent evaluation of the
+// seven-parameter chain, to 0.1 mm.
+constexpr const char* kHeader = "name,lat,lon,h\n";
+constexpr const char* kTp03 = "TP03,50.43885825610,-4.10864563561,215.251";
+constexpr const char* kTp03Grid = "62015.2109,250357.8185,165.6607";
+
+}  // namespace
+
+TEST_F(Convert, AddsResultsAndLeavesOtherColumnsAlone) {
+  Write("in.csv",
+        "id,remark, lat ,lon,LAT,h,lon2\n"
+        "007,\"a \"\"b\"\", c\",1,-4.10864563561,50.43885825610,215.251,1.50\n");
+  const ProgramRun run = Run("in.csv -o out.csv");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_EQ(Read("out.csv"),
+            "id,remark, lat ,lon,LAT,h,lon2,n,e,h_local\n"
+            "007,\"a \"\"b\"\", c\",1,-4.10864563561,50.43885825610,215.251,1.50," +
+                std::string(kTp03Grid) + "\n");
+}
+
+TEST_F(Convert, ReadsAnglesAsTextSeparatorsAndLineEnds) {
+  Write("in.csv", "B;L;H\r\n50 26 19.88972196 N;W 4\xC2\xB0 6' 31.12428820\";215.251\r\n");
+  const ProgramRun run = Run("in.csv -o - --columns B,L,H --results y,x,z");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "B;L;H;y;x;z\r\n50 26 19.88972196 N;W 4\xC2\xB0 6' 31.12428820\";215.251;"
+            "62015.2109;250357.8185;165.6607\r\n");
+}
+
+TEST_F(Convert, WorksBetweenStandardInputAndOutput) {
+  Write("in.csv", std::string(kHeader) + kTp03 + "\n");
+  const ProgramRun run = Run("- -o - --decimals 1 < in.csv");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.out,
+            "name,lat,lon,h,n,e,h_local\n" + std::string(kTp03) + ",62015.2,250357.8,165.7\n");
+}
+
+TEST_F(Convert, InverseUndoesForwardOverThePublishedPoints) {
+  const std::string points = GEOMATH_SOURCE_DIR "/examples/great_britain/points.csv";
+  ASSERT_EQ(Run("'" + points + "' -o grid.csv --decimals 6").status, 0);
+  const ProgramRun run = Run("grid.csv -o back.csv --inverse --decimals 6");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const auto lines = Lines(Read("back.csv"));
+  ASSERT_EQ(lines.size(), 41u);
+  EXPECT_EQ(lines[0],
+            "name,lat,lon,h,easting_m,northing_m,height_m,n,e,h_local,lat_2,lon_2,h_global");
+  // The inverse series of TTMProj ends its footpoint search at 1 mm; St Kilda is 6.6 degrees out.
+  constexpr double kBackDegrees = 1e-6;
+  constexpr double kBackMetres = 1e-5;  // heights are not touched by the projection
+  for (std::size_t i = 1; i < lines.size(); ++i) {
+    double lat, lon, h, lat2, lon2, h2;
+    ASSERT_EQ(
+        std::sscanf(lines[i].c_str(),
+                    "%*[^,],%lf,%lf,%lf,%*[^,],%*[^,],%*[^,],%*[^,],%*[^,],%*[^,],%lf,%lf,%lf",
+                    &lat, &lon, &h, &lat2, &lon2, &h2),
+        6)
+        << lines[i];
+    EXPECT_NEAR(lat2, lat, kBackDegrees) << lines[i];
+    EXPECT_NEAR(lon2, lon, kBackDegrees) << lines[i];
+    EXPECT_NEAR(h2, h, kBackMetres) << lines[i];
+  }
+}
+
+TEST_F(Convert, FailingRowsKeepTheirPlaceAndAreReported) {
+  Write("in.csv", std::string(kHeader) + kTp03 + "\n" +
+                      "short,50\n"
+                      "nan,nan,0,0\n"
+                      "\"two\nlines\",50,0,\n"
+                      "pole,95,0,0\n"
+                      "\n"
+                      "comma,50,0,1e400\n"
+                      "long,50,0,0,0\n"
+                      "deep,50,0,-1.79e308\n" +
+                      kTp03 + "\n");
+  const ProgramRun run = Run("in.csv -o out.csv");
+  EXPECT_EQ(run.status, 1);
+  const std::string good = std::string(kTp03) + "," + kTp03Grid + "\n";
+  EXPECT_EQ(Read("out.csv"), "name,lat,lon,h,n,e,h_local\n" + good +
+                                 "short,50,,,,,\n"
+                                 "nan,nan,0,0,,,\n"
+                                 "\"two\nlines\",50,0,,,,\n"
+                                 "pole,95,0,0,,,\n"
+                                 "\n"
+                                 "comma,50,0,1e400,,,\n"
+                                 "long,50,0,0,0,,,\n"
+                                 "deep,50,0,-1.79e308,,,\n" +
+                                 good);
+  const auto reports = Lines(run.err);
+  ASSERT_EQ(reports.size(), 8u) << run.err;
+  EXPECT_EQ(reports[0],
+            "in.csv, line 3: not converted: the row has 2 fields where the header has 4");
+  EXPECT_TRUE(Contains(reports[1], "in.csv, line 4: not converted: lat \"nan\" is not an angle"));
+  EXPECT_EQ(reports[2], "in.csv, line 5: not converted: h is empty");
+  EXPECT_TRUE(Contains(reports[3], "line 7: not converted: lat 95 degrees is outside -90 to 90"));
+  EXPECT_TRUE(Contains(reports[4], "line 9: not converted: h \"1e400\" is not a finite number"));
+  EXPECT_TRUE(Contains(reports[5], "line 10: not converted: the row has 5 fields"));
+  EXPECT_TRUE(Contains(reports[6], "line 11: not converted: h -1.79e+308 m is outside"));
+  EXPECT_EQ(reports[7], "geomath: 7 of 9 rows could not be converted; their results are empty");
+}
+
+TEST_F(Convert, NamesTheStepThatRefusesAPoint) {
+  Write("in.csv", "n,e,h\n3e7,4e5,0\n");  // farther north than the pole
+  const ProgramRun run = Run("in.csv -o - --inverse");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.out, "n,e,h,lat,lon,h_global\n3e7,4e5,0,,,\n");
+  EXPECT_EQ(Lines(run.err).at(0),
+            "in.csv, line 2: not converted: the projection cannot convert this point");
+}
+
+TEST_F(Convert, WrongInputIsExplainedAndLeavesTheOutputAlone) {
+  Write("out.csv", "kept");
+  Write("good.csv", std::string(kHeader) + kTp03 + "\n");
+  Write("empty.csv", "");
+  Write("blank.csv", "\n\n");
+  Write("names.csv", "name,latitude,lon,h\n");
+  Write("flat.csv", "lat,lon\n50,0\n");
+  Write("binary.csv", std::string("PK\0\3\0", 5));
+  Write("text.gpkg", "no database");
+  struct Case {
+    const char* arguments;
+    std::vector<const char*> parts;
+  };
+  const Case cases[] = {
+      {"absent.csv -o out.csv", {"absent.csv: cannot be read: No such file"}},
+      {"absent.gpkg -o out.csv", {"absent.gpkg: cannot be read: No such file"}},
+      {". -o out.csv", {"is a directory"}},
+      {"empty.csv -o out.csv", {"empty.csv: is empty", "names of the columns"}},
+      {"blank.csv -o out.csv", {"blank.csv: the first line is blank"}},
+      {"binary.csv -o out.csv", {"binary.csv: is not a text file"}},
+      {"text.gpkg -o out.csv", {"text.gpkg: is no point file"}},
+      {"names.csv -o out.csv", {"no column \"lat\"", "did you mean \"latitude\"", "--columns"}},
+      {"good.csv -o out.csv --columns lat,lon,height", {"no column \"height\"", "\"h\""}},
+      {"good.csv -o out.csv --columns lat", {"--columns", "names separated by commas"}},
+      {"good.csv -o out.csv --inverse", {"no column \"n\"", "N,E,H"}},
+      {"flat.csv -o out.csv", {"no column \"h\"", "--fixed-height"}},
+      {"good.csv -o good.csv", {"good.csv: is the input file"}},
+      {"good.csv -o out.xyz", {"out.xyz", ".gpkg"}},
+      {"good.csv -o absent/out.csv", {"absent/out.csv: cannot be written"}},
+      {"good.csv -o out.csv --results a,b,name", {"--results", "\"name\" already"}},
+      {"good.csv", {"--output is required"}},
+      {"good.csv -o out.csv --system none.json", {"--system"}},
+  };
+  for (const Case& c : cases) {
+    const ProgramRun run = Run(c.arguments);
+    EXPECT_EQ(run.status, 2) << c.arguments;
+    EXPECT_EQ(run.out, "") << c.arguments;
+    for (const char* part : c.parts)
+      EXPECT_TRUE(Contains(run.err, part)) << part << " in: " << run.err;
+    EXPECT_EQ(Read("out.csv"), "kept") << c.arguments;
+  }
+  Write("system.json", "{\"global\": 1}");
+  const ProgramRun run = Run("good.csv -o out.csv");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "geomath: system.json: ")) << run.err;
+}
+
+TEST_F(Convert, HeaderAloneAndFixedHeightAreFine) {
+  Write("none.csv", kHeader);
+  EXPECT_EQ(Run("none.csv -o out.csv").status, 0);
+  EXPECT_EQ(Read("out.csv"), "name,lat,lon,h,n,e,h_local\n");
+  Write("flat.csv", "lat,lon\n50.43885825610,-4.10864563561\n");
+  const ProgramRun run = Run("flat.csv -o - --fixed-height 215.251");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(Lines(run.out).at(1), std::string("50.43885825610,-4.10864563561,") + kTp03Grid);
+}
+
+TEST_F(Convert, WhatWasReadBeforeABreakIsWritten) {
+  std::string text = kHeader;
+  for (int i = 0; i < 5000; ++i) text += std::string(kTp03) + "\n";
+  Write("in.csv", text + "\"never closed,1,2,3\n");
+  const ProgramRun run = Run("in.csv -o out.csv");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "line 5002: a quotation mark")) << run.err;
+  const auto lines = Lines(Read("out.csv"));
+  ASSERT_EQ(lines.size(), 5001u);
+  EXPECT_TRUE(Contains(lines.back(), kTp03Grid));
+}
+
+TEST_F(Convert, FullDiskIsReported) {
+  if (!fs::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+  Write("in.csv", std::string(kHeader) + kTp03 + "\n");
+  fs::create_symlink("/dev/full", directory_ / "full.csv");
+  const ProgramRun run = Run("in.csv -o full.csv");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "full.csv: writing failed: No space left")) << run.err;
+}
+
+// The peak is the same to a few blocks of rows. Kept in memory, the larger input alone would take
+// 60 MB.
+TEST_F(Convert, MemoryStaysFlat) {
+  const std::string row = "50.43885825610,-4.10864563561,215.251," + std::string(960, 'x') + "\n";
+  const auto peak = [&](int rows) {
+    std::ofstream file(directory_ / "in.csv");
+    file << "lat,lon,h,remark\n";
+    for (int i = 0; i < rows; ++i) file << row;
+    file.close();
+    const ProgramRun run = Run("in.csv -o out.csv");
+    EXPECT_EQ(run.status, 0) << run.err;
+    return run.peakKilobytes;
+  };
+  constexpr long kSlackKilobytes = 16 << 10;
+  EXPECT_LT(peak(60000), peak(6000) + kSlackKilobytes);
+}

@@ -1,0 +1,46 @@
+#include "tests/tools/program.h"
+
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <sstream>
+
+ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments) {
+  const auto out = directory / "stdout.txt", err = directory / "stderr.txt";
+  const std::string command = "cd '" + directory.string() + "' && exec '" GEOMATH_PROGRAM "' " +
+                              arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
+  const pid_t child = fork();
+  if (child == 0) {
+    execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
+    _exit(127);
+  }
+  int status = 0;
+  rusage usage{};
+  wait4(child, &status, 0, &usage);
+  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(out), ReadText(err),
+          usage.ru_maxrss};
+}
+
+std::string ReadText(const std::filesystem::path& path) {
+  std::ifstream file(path, std::ios::binary);
+  std::ostringstream text;
+  text << file.rdbuf();
+  return text.str();
+}
+
+void WriteText(const std::filesystem::path& path, const std::string& text) {
+  std::ofstream(path, std::ios::binary) << text;
+}
+
+std::vector<std::string> Lines(const std::string& text) {
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) lines.push_back(line);
+  return lines;
+}
+
+std::string BritainSystem() {
+  return ReadText(std::filesystem::path(GEOMATH_SOURCE_DIR) / "examples/great_britain/system.json");
+}

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+/// What a run of the program left behind.
+struct ProgramRun {
+  int status;
+  std::string out, err;
+  long peakKilobytes;  // of resident memory
+};
+
+/// Runs `geomath` with arguments, as a shell reads them, in `directory`.
+ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments);
+
+std::string ReadText(const std::filesystem::path& path);
+void WriteText(const std::filesystem::path& path, const std::string& text);
+std::vector<std::string> Lines(const std::string& text);
+
+/// The part of a published system that the tests use: the national grid of Great Britain.
+std::string BritainSystem();

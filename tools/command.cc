@@ -1,0 +1,14 @@
+#include "tools/command.h"
+
+#include "tools/convert_command.h"
+
+namespace geomath_tools {
+
+std::span<const Command> Commands() {
+  static constexpr Command commands[] = {
+      {"convert", "Convert points between global and local coordinates", PrepareConvert},
+  };
+  return commands;
+}
+
+}  // namespace geomath_tools

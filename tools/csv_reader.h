@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace geomath_tools {
+
+/// One row of a CSV file as it stands there, with the places of its fields.
+struct CsvRow {
+  struct Span {
+    std::size_t begin, end;  // in `text`, quotation marks included
+  };
+  std::string text;  ///< without the line end
+  std::vector<Span> fields;
+  long long line = 0;  ///< of the row's first character, from 1
+
+  bool IsBlank() const { return text.empty(); }
+  /// The value of a field: unquoted, doubled quotation marks made single.
+  std::string Value(std::size_t field) const;
+};
+
+/// Reads a CSV file row by row (RFC 4180) with the memory of one row, keeping the text of every
+/// row as it is. A quotation mark is special only at the start of a field, so that seconds of arc
+/// may stand unquoted. Lines end with LF or CR LF. The separator, one of `, ; tab |`, is the one
+/// that the first line holds most of.
+class CsvReader {
+ public:
+  /// Reads from `file`, which stays the caller's; `name` stands for it in messages.
+  CsvReader(std::FILE* file, std::string name);
+
+  /// The next row; false at the end of the file. Throws UserError for what is no CSV text: a
+  /// quotation mark that is never closed, a row of more than 16 MiB, a read error.
+  bool Next(CsvRow& row);
+
+  char Separator() const { return separator_; }
+  /// "\n" or "\r\n", as the first line has it.
+  const std::string& LineEnd() const { return lineEnd_; }
+  long long BytesRead() const { return bytesRead_; }
+
+ private:
+  bool Fill();
+  void SkipMark();
+  void RecogniseStyle();
+
+  std::FILE* file_;
+  std::string name_;
+  std::vector<char> buffer_;
+  std::size_t at_ = 0, size_ = 0;
+  long long nextLine_ = 1, bytesRead_ = 0;
+  char separator_ = ',';
+  std::string lineEnd_ = "\n";
+};
+
+/// The value as a CSV field: in quotation marks where it needs them.
+std::string CsvField(const std::string& value, char separator);
+
+}  // namespace geomath_tools

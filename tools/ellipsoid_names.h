@@ -1,0 +1,23 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <vector>
+
+namespace geomath_tools {
+
+/// A reference ellipsoid that the system file may name.
+struct NamedEllipsoid {
+  const char* name;
+  double a;     ///< semi-major axis, metres
+  double invF;  ///< inverse flattening
+};
+
+std::span<const NamedEllipsoid> NamedEllipsoids();
+
+std::vector<std::string> EllipsoidNames();
+
+/// The ellipsoid of that name in any letter case, blanks and hyphens ignored; null when unknown.
+const NamedEllipsoid* FindEllipsoid(const std::string& name);
+
+}  // namespace geomath_tools

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+namespace geomath_tools {
+
+/// One object of a JSON file whose keys are known beforehand. Every complaint is a UserError that
+/// names the file and the full key, such as `site.json: "datum.rX" …`.
+class JsonSection {
+ public:
+  /// Complains about every key of `object` that is not among `known`. With `folded`, keys that
+  /// differ only in letter case, blanks, underscores and hyphens are the same.
+  JsonSection(std::string file, std::string path, const nlohmann::json& object,
+              std::vector<std::string> known, bool folded = false);
+
+  bool Has(const std::string& key) const { return Find(key) != nullptr; }
+  /// A finite number; `what` says what belongs there ("metres", "decimal degrees").
+  double Number(const std::string& key, const std::string& what) const;
+  std::string Text(const std::string& key, const std::string& what) const;
+  /// The object at `key`.
+  const nlohmann::json& Object(const std::string& key) const;
+  std::string PathOf(const std::string& key) const;
+
+  [[noreturn]] void Fail(const std::string& key, const std::string& complaint) const;
+
+ private:
+  const nlohmann::json* Find(const std::string& key) const;
+  const nlohmann::json& Require(const std::string& key, const std::string& what) const;
+
+  std::string file_, path_;
+  const nlohmann::json* object_;
+  std::vector<std::string> known_;
+  bool folded_;
+};
+
+/// Parses JSON, refusing keys that stand twice in one object. Throws UserError with line, column.
+nlohmann::json ParseJson(const std::string& text, const std::string& file);
+
+}  // namespace geomath_tools

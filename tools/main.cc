@@ -1,0 +1,30 @@
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <map>
+
+#include "tools/command.h"
+#include "tools/user_error.h"
+
+int main(int argc, char** argv) {
+  using namespace geomath_tools;
+  CLI::App app("Geodetic conversions for surveying and mapping", "geomath");
+  app.require_subcommand(1);
+  std::map<const CLI::App*, std::function<int()>> runs;
+  for (const Command& command : Commands()) {
+    CLI::App* arguments = app.add_subcommand(command.name, command.summary);
+    runs[arguments] = command.prepare(*arguments);
+  }
+  try {
+    app.parse(argc, argv);
+    return runs.at(app.get_subcommands().front())();
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? kExitDone : kExitStopped;
+  } catch (const UserError& error) {
+    std::fprintf(stderr, "geomath: %s\n", error.what());
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "geomath: stopped: %s\n", error.what());
+  }
+  return kExitStopped;
+}

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <span>
+#include <string>
+#include <string_view>
+
+namespace geomath_tools {
+
+/// The text in lower case without spaces, underscores and hyphens: "Central Meridian",
+/// "central_meridian" and "CentralMeridian" are one name.
+std::string FoldName(std::string_view name);
+
+/// The candidate that `name` was probably meant to be, or an empty text when none is near.
+std::string NearestName(std::string_view name, std::span<const std::string> candidates);
+
+/// A sentence for an unknown name: `did you mean "Scale"? Known: "Lat0", "Scale"`.
+std::string SuggestName(std::string_view name, std::span<const std::string> candidates);
+
+/// The names in quotation marks, separated by commas.
+std::string ListNames(std::span<const std::string> names);
+
+/// A text from a file made fit for a message: control characters replaced, cut at 60 bytes.
+std::string Printable(std::string_view text);
+
+}  // namespace geomath_tools

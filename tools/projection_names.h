@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "geomath/proj/geo_proj.h"
+
+namespace geomath_tools {
+
+/// How a parameter of a projection is written in a system file.
+enum class ParameterUnit { latitude, degrees, metres, factor, number };
+
+struct ProjectionParameter {
+  std::string name;
+  ParameterUnit unit;
+};
+
+/// A projection that a system file may name, with its parameters in index order.
+struct ProjectionKind {
+  std::string name;
+  std::vector<ProjectionParameter> parameters;
+};
+
+/// All of them: every name of the library's factory whose parameters are described, and "TM".
+const std::vector<ProjectionKind>& ProjectionKinds();
+
+std::vector<std::string> ProjectionNames();
+
+/// The projection of that name in any letter case; null when unknown.
+const ProjectionKind* FindProjection(const std::string& name);
+
+/// A new projection of that kind on the ellipsoid; `values` in the units and order of its
+/// parameters.
+std::unique_ptr<zel_cs::geomath::TGeoProj> MakeProjection(const ProjectionKind& kind, double a,
+                                                          double invF,
+                                                          const std::vector<double>& values);
+
+}  // namespace geomath_tools

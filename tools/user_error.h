@@ -1,0 +1,14 @@
+#pragma once
+
+#include <stdexcept>
+
+namespace geomath_tools {
+
+/// Something that the user has to put right before the program can go on. The text says what is
+/// wrong, where, and what would be right.
+class UserError : public std::runtime_error {
+ public:
+  using std::runtime_error::runtime_error;
+};
+
+}  // namespace geomath_tools
