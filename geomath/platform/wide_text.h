@@ -20,7 +20,7 @@ class GEOMATH_API WideText {
   explicit WideText(const wchar_t* text) : text_(DuplicateWide(text)) {}
   WideText(const WideText& other) : WideText(other.Get()) {}
   WideText& operator=(const WideText& other) {
-    Set(other.Get());
+    if (this != &other) Set(other.Get());
     return *this;
   }
   ~WideText() = default;

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+
+/// Interpolation rules on plain numbers. Which nodes they are given is the caller's affair.
+namespace zel_cs::geomath {
+
+/// The parabola through a, b, c at −step, 0, +step, at offset d. The second difference is formed in
+/// the arithmetic of the nodes: single precision for floats, integers for shorts.
+template <class Value>
+double ThreePoint(double step, double d, Value a, Value b, Value c) {
+  const auto second = c + a - 2 * b;
+  return (second * d / step + c - a) * (d * 0.5 / step) + b;
+}
+
+/// z00 at (0, 0), z01 at (0, 1), z10 at (1, 0), z11 at (1, 1), evaluated at (u, v).
+inline double Bilinear(double u, double v, double z00, double z01, double z10, double z11) {
+  return (1 - u) * (1 - v) * z00 + (1 - u) * v * z01 + u * (1 - v) * z10 + u * v * z11;
+}
+
+/// The same surface from differences, which are formed in single precision.
+inline double BilinearByDifferences(double u, double v, float z00, float z01, float z10,
+                                    float z11) {
+  const float west = z10 - z00, south = z01 - z00, east = z11 - z01;
+  return z00 + south * v + east * u * v + west * u * (1 - v);
+}
+
+using Weights4 = std::array<double, 4>;
+
+/// Cubic convolution with parameter −1/2 (Keys 1981, eq. 15): the weights of the nodes at −1, 0, 1
+/// and 2 for a point at t. Reproduces parabolas.
+inline Weights4 CatmullRom(double t) {
+  return {(t - 0.5 - 0.5 * t * t) * t, (1.5 * t - 2.5) * t * t + 1, ((2 - 1.5 * t) * t + 0.5) * t,
+          0.5 * t * t * (t - 1)};
+}
+
+/// Lagrange's weights of the nodes at x[0 … 3] for a point at `at`. Reproduces cubics.
+inline Weights4 Lagrange(double at, const std::array<double, 4>& x) {
+  Weights4 weights;
+  for (std::size_t k = 0; k < 4; ++k) {
+    weights[k] = 1;
+    for (std::size_t other = 0; other < 4; ++other)
+      if (other != k) weights[k] *= (at - x[other]) / (x[k] - x[other]);
+  }
+  return weights;
+}
+
+/// The natural cubic spline through y at 0, 1, 2, 3 (de Boor 1978, chapter IV): the coefficients of
+/// 1, t, t², t³ on its interval from node `piece` (0 to 2), t counted from that node.
+inline std::array<double, 4> NaturalSplinePiece(const std::array<double, 4>& y, std::size_t piece) {
+  const double d1 = y[0] - 2 * y[1] + y[2], d2 = y[1] - 2 * y[2] + y[3];
+  const double M[] = {0, (8 * d1 - 2 * d2) / 5, (8 * d2 - 2 * d1) / 5, 0};  // second derivatives
+  const double low = M[piece], high = M[piece + 1];
+  return {y[piece], y[piece + 1] - y[piece] - low / 3 - high / 6, low / 2, (high - low) / 6};
+}
+
+/// Number of nodes in one row of the spline below.
+inline constexpr std::size_t kSplineNodes = 6;
+
+/// The natural cubic spline through six equidistant values, evaluated at `fraction` past node
+/// `node` (0 to 4). In single precision throughout; the sweep is that of the tridiagonal system
+/// of second derivatives.
+inline float NaturalSpline6(const std::array<float, kSplineNodes>& y, std::size_t node,
+                            float fraction) {
+  std::array<float, kSplineNodes> q{}, r{};
+  for (std::size_t k = 1; k + 1 < kSplineNodes; ++k) {
+    const float p = 0.5F * q[k - 1] + 2.0F;
+    q[k] = -0.5F / p;
+    r[k] = (3.0F * (y[k + 1] - 2.0F * y[k] + y[k - 1]) - 0.5F * r[k - 1]) / p;
+  }
+  for (std::size_t k = kSplineNodes - 2; k > 0; --k) r[k] = q[k] * r[k + 1] + r[k];
+  const float y0 = y[node], y1 = y[node + 1], r0 = r[node], r1 = r[node + 1], f = fraction;
+  return (((r1 - r0) * f / 6.0F + r0 / 2.0F) * f + (y1 - y0 - r0 / 3.0F - r1 / 6.0F)) * f + y0;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,24 @@
+#include "geomath/geoid/reg_geoid_2x2_nw.h"
+
+#include "geomath/base/angle.h"
+#include "geomath/geoid/grid_nodes.h"
+
+namespace zel_cs::geomath {
+
+int RegGeoid2x2NW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
+                          double& height) const {
+  const TGridRgn& grid = data_.grid;
+  const double lon = point[1];
+  const double x = (grid.B0 + grid.dB - point[0]) / grid.latStep;
+  const double y = SetValue((lon + kTwoPi) - (grid.L0 + kTwoPi), 1) / grid.lonStep;
+  height = kNoHeight;
+  const auto cell = CellAt(x, y, NX, NY);
+  if (!cell) return 0;
+  const double nodeLon = SetValue(static_cast<double>(cell->j) * grid.lonStep + grid.L0, 1);
+  const double v = SetValue(lon - nodeLon, 1) / grid.lonStep;
+  const auto z = CellCorners(GridNodes(data, rowStride, NX, NY), cell->i, cell->j);
+  if (z) height = Bilinear(cell->u, v, (*z)[0], (*z)[1], (*z)[2], (*z)[3]);
+  return 0;
+}
+
+}  // namespace zel_cs::geomath

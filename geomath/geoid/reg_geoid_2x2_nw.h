@@ -1,0 +1,19 @@
+#pragma once
+
+#include "geomath/export.h"
+#include "geomath/geoid/regional_geoid.h"
+
+namespace zel_cs::geomath {
+
+/// Bilinear interpolation, rows of floats from the north. Longitudes are compared after reduction to
+/// half a turn, so that a grid may cross the meridian of 180°. Holes and edges are as in
+/// RegGeoid2x2SW, with north and south exchanged.
+class GEOMATH_API RegGeoid2x2NW : public RegionalGeoid {
+ public:
+  using RegionalGeoid::RegionalGeoid;
+
+  int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,
+             double& height) const override;
+};
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,21 @@
+#include "geomath/geoid/reg_geoid_2x2_sw.h"
+
+#include "geomath/base/angle.h"
+#include "geomath/geoid/grid_nodes.h"
+
+namespace zel_cs::geomath {
+
+int RegGeoid2x2SW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
+                          double& height) const {
+  const TGridRgn& grid = data_.grid;
+  const double x = (point[0] - grid.B0) / grid.latStep;
+  const double y = SetValue(point[1] - grid.L0, 1) / grid.lonStep;
+  height = kNoHeight;
+  const auto cell = CellAt(x, y, NX, NY);
+  if (!cell) return 0;
+  const auto z = CellCorners(GridNodes(data, rowStride, NX, NY), cell->i, cell->j);
+  if (z) height = Bilinear(cell->u, cell->v, (*z)[0], (*z)[1], (*z)[2], (*z)[3]);
+  return 0;
+}
+
+}  // namespace zel_cs::geomath

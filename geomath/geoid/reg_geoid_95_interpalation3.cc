@@ -1,0 +1,40 @@
+#include "geomath/geoid/reg_geoid_95_interpalation3.h"
+
+#include "geomath/geoid/biquadratic.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr int kRowHeader = 4;  // bytes
+
+}  // namespace
+
+RegGeoid95Interpalation3::RegGeoid95Interpalation3(const RegionalGeoidData& data)
+    : RegionalGeoid(data) {
+  RegGeoid95Interpalation3::InitData();
+}
+
+RegGeoid95Interpalation3::RegGeoid95Interpalation3(const TGridRgn& grid, int NX, int NY,
+                                                   const void* data, double DISMOD,
+                                                   const wchar_t* datumName,
+                                                   const wchar_t* interpolationType)
+    : RegionalGeoid(grid, NX, NY, data, DISMOD, datumName, interpolationType) {
+  RegGeoid95Interpalation3::InitData();
+}
+
+void RegGeoid95Interpalation3::InitData() {
+  rowStride_ = RowStride(kRowHeader, data_.NX, sizeof(float));
+}
+
+int RegGeoid95Interpalation3::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
+                                     double* point, double& height) const {
+  const GridNodes nodes(data, rowStride, NX, NY, kRowHeader);
+  const TGridRgn& grid = data_.grid;
+  height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
+    return ParabolaOfRow(grid.lonStep, offset, j,
+                         [&](NodeIndex column) { return nodes.Read<float>(row, column); });
+  });
+  return 0;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "geomath/export.h"
+#include "geomath/geoid/regional_geoid.h"
+
+namespace zel_cs::geomath {
+
+/// The base class's 3 × 3 scheme over floats stored in the opposite byte order.
+class GEOMATH_API RegGeoidInterpalation3MACStyle : public RegionalGeoid {
+ public:
+  using RegionalGeoid::RegionalGeoid;
+
+  int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,
+             double& height) const override;
+};
+
+}  // namespace zel_cs::geomath

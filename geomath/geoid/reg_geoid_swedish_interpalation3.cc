@@ -1,0 +1,19 @@
+#include "geomath/geoid/reg_geoid_swedish_interpalation3.h"
+
+#include "geomath/geoid/biquadratic.h"
+
+namespace zel_cs::geomath {
+
+int RegGeoidSwedishInterpalation3::INTRP3(const void* data, int rowStride, TGridRgn&, int NY,
+                                          int NX, double* point, double& height) const {
+  const GridNodes nodes(data, rowStride, NX, NY);
+  const TGridRgn& grid = data_.grid;
+  height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
+    return ParabolaOfRow(grid.lonStep, offset, j, [&](NodeIndex column) {
+      return nodes.Read<float>(NodeIndex{NY} - 1 - row, column);
+    });
+  });
+  return 0;
+}
+
+}  // namespace zel_cs::geomath

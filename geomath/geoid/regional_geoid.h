@@ -1,0 +1,84 @@
+#pragma once
+
+#include "geomath/base/grid_rgn.h"
+#include "geomath/base/rect_rgn.h"
+#include "geomath/export.h"
+#include "geomath/geoid/geoid_status.h"
+#include "geomath/geoid/regional_geoid_data.h"
+#include "geomath/platform/zel_math.h"
+
+namespace zel_cs::geomath {
+
+/// Geoid heights from a regular latitude and longitude grid in the caller's memory. This class
+/// interpolates biquadratically over the 3 × 3 nodes around the nearest one (parabolas, second
+/// differences and row results in single precision); every other scheme is a subclass with its own
+/// INTRP3. Rows of floats in metres, southernmost first, each from the west; a float of exactly
+/// 20000 is a hole, and a stencil that touches one gives no height.
+///
+/// Angles are radians and heights metres; kNoHeight stands where there is no height. No query
+/// reads outside the NX × NY nodes of the record, whatever its steps and extents are: a node
+/// outside is a hole. Queries are const, store nothing and may run from many threads at once.
+class GEOMATH_API RegionalGeoid {
+ public:
+  explicit RegionalGeoid(const RegionalGeoidData& data);
+  /// Value size 4, scale 1, no padding.
+  RegionalGeoid(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
+                const wchar_t* datumName, const wchar_t* interpolationType);
+  /// Copies share the grid values and own their names.
+  RegionalGeoid(const RegionalGeoid& other) = default;
+  RegionalGeoid& operator=(const RegionalGeoid& other) = default;
+  virtual ~RegionalGeoid() = default;
+
+  /// West, south, east, north of the outer nodes, degrees; a longitude of π or more is reduced by
+  /// one turn first.
+  virtual TAbstractRect<double> GetBounds() const;
+
+ protected:
+  /// Derives the row stride of the class's storage.
+  virtual void InitData();
+
+ public:
+  /// One height at `point` (latitude, longitude) from the NX × NY nodes at `data`, `rowStride` bytes
+  /// from row to row; positions are counted from this model's own grid. `region` is the region
+  /// that the query allowed, half a step wider than the grid. Returns 0 on success, which includes
+  /// a height of kNoHeight.
+  virtual int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX,
+                     double* point, double& height) const;
+
+  int GetNX() const { return data_.NX; }
+  int GetNY() const { return data_.NY; }
+  const void* GetData() const { return data_.data; }
+  double GetDISMOD() const { return data_.DISMOD; }
+  /// Six doubles: south, latitude extent, west, longitude extent, latitude step, longitude step.
+  double* GetPasport() { return &data_.grid.B0; }
+  const double* GetPasport() const { return &data_.grid.B0; }
+  /// Always true.
+  bool GetSteps(double& latStep, double& lonStep) const;
+  /// The grid's region, or with `cellEdges` half a step more on every side.
+  TRectRgn GetRegion(bool cellEdges) const;
+
+  /// Heights of `count` points (latitude, longitude, height; the height is not used). A point
+  /// counts as inside up to half a step beyond the outer nodes, also after a full turn of its
+  /// longitude; its angles are first cut down to multiples of 1e-12 rad. A height of 999 m or more
+  /// is none. Returns 0 when every point got a height, kAllOutside when every point lies outside
+  /// (also when there is none), else kSomeWithoutHeight when one lies outside or got none, and
+  /// kGeoidFailed without data or when the interpolation failed, which ends the query.
+  long CountHeight(const TAbstractPoint3<double>* points, double* heights, int count) const;
+
+  /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows from
+  /// the north to the south, each from the west; from the rounded position of grid's southern edge
+  /// to that of its northern, and likewise in longitude. Neither interpolates nor looks for holes
+  /// (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where the
+  /// model has no node. Steps that are 0 or not finite write nothing. True unless there is no data.
+  bool CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix* accuracy) const;
+
+ protected:
+  RegionalGeoidData data_;
+  int rowStride_ = 0;  // bytes from row to row
+
+ private:
+  long REG_MOD(const TAbstractPoint3<double>* points, int count, double* heights) const;
+  int REG_MODGrid(const TGridRgn& grid, double* heights) const;
+};
+
+}  // namespace zel_cs::geomath
