@@ -4,6 +4,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/methods/math/hyperbolic.h"
 #include "geomath/proj/methods/math/latitude.h"
 
 // Symbols are the source's; its ψ is the isometric latitude, its longitudes count west.
@@ -17,8 +18,9 @@ constexpr double kCentreLon = -(133 + 40.0 / 60) * kRadPerDeg;
 
 // Conformal to geodetic latitude on Clarke 1866, as published.
 double GeodeticLatitude(double psi) {
-  const double s = std::tanh(psi), c = 1 / std::cosh(psi), c2 = c * c;
-  return std::atan(std::sinh(psi)) +
+  const SinhCosh pair = HyperbolicPair(psi);
+  const double s = pair.sinh / pair.cosh, c = 1 / pair.cosh, c2 = c * c;
+  return std::atan(pair.sinh) +
          (0.006761032571 + c2 * (0.000053172205 + c2 * (5.73027e-7 + c2 * 7.128e-9))) * s * c;
 }
 
@@ -77,7 +79,8 @@ bool TAK01Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 TAK01Proj::Aposphere TAK01Proj::At(double sinPhi, double cosPhi, double lambda) const {
   const double x = B_ * IsometricLatitude(sinPhi, cosPhi, e_) + C_;
   const double L = -B_ * (lambda + lon0_ / kArcSecondsPerRad);
-  return {std::sinh(x), std::cosh(x), std::sin(L), std::cos(L)};
+  const auto [P, Q] = HyperbolicPair(x);
+  return {P, Q, std::sin(L), std::cos(L)};
 }
 
 PointFactors TAK01Proj::FactorsAt(const Aposphere& at, double sinPhi, double cosPhi,
@@ -106,7 +109,7 @@ bool TAK01Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
 bool TAK01Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
   const double y = n - kFalseNorthing, x = e - kFalseEasting;
   const double u = kCosAxis * y - kSinAxis * x, v = kSinAxis * y + kCosAxis * x;
-  const double R = std::sinh(v / D_), S = std::cosh(v / D_);
+  const auto [R, S] = HyperbolicPair(v / D_);
   const double sinU = std::sin(u / D_), cosU = std::cos(u / D_);
 
   const double side = F_ * R + G_ * sinU;

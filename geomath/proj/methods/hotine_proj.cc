@@ -6,8 +6,9 @@
 
 namespace zel_cs::geomath {
 
-HotineProj::HotineProj(ProjType type, std::size_t paramCount, double a, double invF, double azimuth,
-                       double scale, double lon0, double lat0, double fEast, double fNorth)
+HotineProj::HotineProj(unsigned int type, std::size_t paramCount, double a, double invF,
+                       double azimuth, double scale, double lon0, double lat0, double fEast,
+                       double fNorth)
     : TGeoProj(type, static_cast<int>(paramCount), a, invF, true),
       azimuth_(azimuth),
       k0_(scale),

@@ -40,7 +40,7 @@ class GEOMATH_API HotineProj : public TGeoProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
-  HotineProj(ProjType type, std::size_t paramCount, double a, double invF, double azimuth,
+  HotineProj(unsigned int type, std::size_t paramCount, double a, double invF, double azimuth,
              double scale, double lon0, double lat0, double fEast, double fNorth);
 
   /// Turns by the azimuth at the centre.

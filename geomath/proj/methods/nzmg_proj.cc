@@ -1,7 +1,6 @@
 #include "geomath/proj/methods/nzmg_proj.h"
 
 #include <cmath>
-#include <complex>
 #include <cstddef>
 
 #include "geomath/base/angle.h"
@@ -14,7 +13,19 @@
 namespace zel_cs::geomath {
 namespace {
 
-using Complex = std::complex<double>;
+// A plain pair: the product of std::complex looks for infinities each time, which costs as much.
+struct Complex {
+  double re = 0, im = 0;
+};
+constexpr Complex operator+(Complex a, Complex b) { return {a.re + b.re, a.im + b.im}; }
+constexpr Complex operator*(Complex a, Complex b) {
+  return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
+}
+constexpr Complex operator*(double a, Complex b) { return {a * b.re, a * b.im}; }
+constexpr double Norm(Complex a) { return a.re * a.re + a.im * a.im; }
+constexpr Complex operator/(Complex a, Complex b) {
+  return 1 / Norm(b) * (a * Complex{b.re, -b.im});
+}
 
 constexpr double kInternationalA = 6378388;  // metres
 constexpr double kInternationalInvF = 297;
@@ -40,14 +51,14 @@ constexpr double kD[] = {  // isometric latitude to latitude
 // Σ c[n]·x^(n + 1).
 template <class T, std::size_t N>
 T Powers(const T (&c)[N], T x) {
-  T sum = 0;
+  T sum{};
   for (std::size_t n = N; n-- > 0;) sum = (sum + c[n]) * x;
   return sum;
 }
 
 // dz/dζ = Σ n·B_n·ζ^(n − 1).
 Complex Slope(Complex zeta) {
-  Complex sum = 0;
+  Complex sum;
   for (std::size_t n = std::size(kB); n > 0; --n)
     sum = sum * zeta + static_cast<double>(n) * kB[n - 1];
   return sum;
@@ -55,10 +66,15 @@ Complex Slope(Complex zeta) {
 
 // Newton's step for z(ζ) = z, written as the source has it: (z + Σ (n − 1)·B_n·ζⁿ)/(dz/dζ).
 Complex Refine(Complex zeta, Complex z) {
-  Complex sum = 0;
+  Complex sum;
   for (std::size_t n = std::size(kB); n > 1; --n)
     sum = (sum + static_cast<double>(n - 1) * kB[n - 1]) * zeta;
   return (z + sum * zeta) / Slope(zeta);
+}
+
+// |dz/dζ| over the radius of the parallel, both in units of a.
+double PointScale(Complex zeta, double phi, double e2) {
+  return std::sqrt(Norm(Slope(zeta))) / ParallelRadius(std::sin(phi), std::cos(phi), e2);
 }
 
 }  // namespace
@@ -98,29 +114,23 @@ bool TNZMGProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 
 bool TNZMGProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, dPhi = (phi - phi0_) / kLatitudeUnit;
-  const Complex zeta(Powers(kA, dPhi), SetValue(l - lambda0_, 1));
+  const Complex zeta{Powers(kA, dPhi), SetValue(l - lambda0_, 1)};
   const Complex z = Powers(kB, zeta);
-  if (factors) {
-    const double m = ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2);
-    factors->scale = std::abs(Slope(zeta)) / m;
-  }
-  b = fNorth_ + ell_.a * z.real();
-  l = fEast_ + ell_.a * z.imag();
+  if (factors) factors->scale = PointScale(zeta, phi, ell_.e2);
+  b = fNorth_ + ell_.a * z.re;
+  l = fEast_ + ell_.a * z.im;
   return true;
 }
 
 bool TNZMGProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const Complex z((n - fNorth_) / ell_.a, (e - fEast_) / ell_.a);
+  const Complex z{(n - fNorth_) / ell_.a, (e - fEast_) / ell_.a};
   Complex zeta = Powers(kC, z);
   for (int i = 0; i < kRefinements; ++i) zeta = Refine(zeta, z);
 
-  const double phi = phi0_ + kLatitudeUnit * Powers(kD, zeta.real());
-  if (factors) {
-    const double m = ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2);
-    factors->scale = std::abs(Slope(zeta)) / m;
-  }
+  const double phi = phi0_ + kLatitudeUnit * Powers(kD, zeta.re);
+  if (factors) factors->scale = PointScale(zeta, phi, ell_.e2);
   n = phi;
-  e = lambda0_ + zeta.imag();
+  e = lambda0_ + zeta.im;
   return true;
 }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/hyperbolic.h"
 
 // Equation numbers are Snyder 1987. His Q, S, T, V, U are written with the isometric latitude ψ:
 //   Q = E/t^B = exp(B·ψ + C), C = ln E;  S = sinh(B·ψ + C), T = cosh(B·ψ + C);  V = sin(B·Δλ)
@@ -47,8 +48,7 @@ double Hotine::CylinderScale(double sinPhi, double cosPhi) const {
 
 Hotine::Skew Hotine::Forward(double phi, double lambda, double* scale) const {
   const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const double Q = std::exp(B * latitude_.Isometric(sinPhi, cosPhi) + C);  // 9-25
-  const double S = (Q - 1 / Q) / 2;                                        // 9-26
+  const double S = HyperbolicPair(B * latitude_.Isometric(sinPhi, cosPhi) + C).sinh;  // 9-25, 9-26
   const double turn = B * (lambda - lambda0);
   const double V = std::sin(turn), cosTurn = std::cos(turn);  // 9-28
 
@@ -61,8 +61,7 @@ Hotine::Skew Hotine::Forward(double phi, double lambda, double* scale) const {
 }
 
 Hotine::Geographic Hotine::Inverse(Skew point, double* scale) const {
-  const double Q = std::exp(-B * point.v / A);            // 9-39
-  const double S = (Q - 1 / Q) / 2, T = (Q + 1 / Q) / 2;  // 9-40, 9-41
+  const auto [S, T] = HyperbolicPair(-B * point.v / A);  // 9-39 to 9-41
   const double turn = B * point.u / A;
   const double V = std::sin(turn), cosTurn = std::cos(turn);  // 9-42
 
