@@ -70,18 +70,6 @@ TEST(Malaysia_CS, FailsUnchangedWhereThePolynomialDoesNotSettle) {
   EXPECT_EQ(l, 1.8);
 }
 
-TEST(Malaysia_CS, ReportsTheStatesOrigin) {
-  TMalaysia_CSProj proj = Johor();
-  proj.SetParam(2, 0, kUnitDegrees);
-  proj.SetParam(103, 1, kUnitDegrees);
-  double b = 0, l = 0, db = 0, dl = 0;
-  EXPECT_TRUE(proj.GetCentralPoint(b, l, db, dl));
-  EXPECT_EQ(b, 2 * kRadPerDeg);
-  EXPECT_EQ(l, 103 * kRadPerDeg);
-  EXPECT_EQ(proj.FEast(), 0.0);
-  EXPECT_EQ(proj.FNorth(), 0.0);
-}
-
 // PROJ 9.1, cass, GRS 80, origin of the state of Johor.
 TEST(Malaysia_CS2000, IsCassiniWithoutFalseOrigin) {
   constexpr double kPrinted = 0.6e-4;  // metres

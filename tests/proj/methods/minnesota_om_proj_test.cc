@@ -38,18 +38,5 @@ TEST(Minnesota_OM, DefaultIsATransverseMercatorOfTheSphere) {
   EXPECT_NEAR(proj.GetScale(), 1, 1e-15);
 }
 
-TEST(Minnesota_OM, SettersTakeEffectAtOnce) {
-  TMinnesota_OMProj proj;
-  const double values[] = {-1.6, 0.8, 0.1, 0.2, 0.9999, 10, 20, kA, kB, 5, 0.4, 6};
-  for (int i = 0; i < 12; ++i) proj.SetParam(values[i], i, kUnitInternal);
-  const TMinnesota_OMProj expected(kWgs84A, kWgs84InvF, -1.6, 0.8, 0.1, 0.2, 0.9999, 10, 20, kA, kB,
-                                   5, 0.4, 6);
-  double n = 0.81, e = -1.61, nExpected = 0.81, eExpected = -1.61;
-  proj.ForwardPoint(n, e);
-  expected.ForwardPoint(nExpected, eExpected);
-  EXPECT_EQ(n, nExpected);
-  EXPECT_EQ(e, eExpected);
-}
-
 }  // namespace
 }  // namespace zel_cs::geomath

@@ -59,13 +59,5 @@ TEST(SPC_OM83, IsTheGeneralClassExceptForWhatThatKeeps) {
   EXPECT_NEAR(b, 6371000 * 0.5, tolerance::kSameFormulaMetres);
 }
 
-TEST(SPC_OM83, CarriesItsZoneNumber) {
-  TSPC_OM83Proj proj = AlaskaZone1();
-  EXPECT_EQ(proj.Zone(), 5001);
-  EXPECT_EQ(proj.GetParam(6, kUnitDegrees), 5001.0);
-  proj.SetParam(1e300, 6, kUnitInternal);
-  EXPECT_EQ(proj.Zone(), 0);
-}
-
 }  // namespace
 }  // namespace zel_cs::geomath

@@ -81,18 +81,7 @@ TEST(Swiss, CarriesEtrs89StationsToLv95) {
   EXPECT_EQ(stations, 5);
 }
 
-TEST(Swiss, RoundTripsOverTheCylinderAndFailsAtItsEnds) {
-  const TSwissProj proj = Lv(0, 0);
-  constexpr double kRoundTrip = 2e-15;  // radians; 1e-15 measured
-  for (double phi = -40; phi <= 85; phi += 5)
-    for (double lambda = -170; lambda <= 180; lambda += 10) {
-      double b = phi * kDegree, l = lambda * kDegree;
-      ASSERT_TRUE(proj.ForwardPoint(b, l));
-      ASSERT_TRUE(proj.InversePoint(b, l));
-      ASSERT_NEAR(b, phi * kDegree, kRoundTrip) << phi << ' ' << lambda;
-      ASSERT_NEAR(std::remainder(l - lambda * kDegree, kTwoPi) * std::cos(b), 0, kRoundTrip)
-          << phi << ' ' << lambda;
-    }
+TEST(Swiss, FailsAtTheEndsOfTheCylinder) {
   const TSwissProj equator(6371000, 1e300, 0, 0, 0, 0);
   double b = kHalfPi, l = 0.5;
   EXPECT_FALSE(equator.ForwardPoint(b, l));
