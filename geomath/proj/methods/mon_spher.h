@@ -18,7 +18,7 @@ namespace zel_cs::geomath {
 /// AxisAzimuth about the false origin; another reading belongs into Prepare().
 ///
 /// Forward fails, arguments untouched, where the point lies 90° from the central meridian on the
-/// sphere's equator; the inverse never fails. A round trip closes to 1e-12 rad, below 0.01 mm.
+/// sphere's equator; the inverse never fails. A round trip closes to 1e-14 rad, below 0.1 µm.
 /// Longitudes of the inverse are not folded. Computes the point scale, not the convergence.
 class GEOMATH_API TMonSpher : public TGeoProj {
  public:

@@ -177,6 +177,121 @@ void AppendObliqueRows(std::vector<Row>& rows) {
                        [](TestEllipsoid) { return TAK29Proj(500000, 511200, 5002); }));
 }
 
+void AppendTransverseRows(std::vector<Row>& rows) {
+  const double deg = kDegree;
+  // What the series of a zone leaves over within 2.5° of its meridian. The round trip is that of
+  // TUTMProj's forward arc, which lacks 4.9e-12·sin 8φ at the point and at the origin; without that
+  // it is 1.8e-12.
+  constexpr double kZoneScale = 3e-9, kZoneAngle = 1e-9;
+  const auto zone = [&](const char* name, unsigned int type, const char* kinds, int east, int north,
+                        auto make) {
+    rows.push_back(RowOf({.name = name,
+                          .type = type,
+                          .kinds = kinds,
+                          .domain = {-80, 84, 6.5, 11.5},
+                          .scale = kZoneScale,
+                          .convergence = kZoneAngle,
+                          .conformal = kZoneScale,
+                          .eastIndex = east,
+                          .northIndex = north},
+                         make));
+  };
+  zone("TUTMProj", 0, "asall", 3, 4, [=](TestEllipsoid e) {
+    return TUTMProj(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000);
+  });
+  zone("TTTMNZ", 0, "asalls", 3, 4, [=](TestEllipsoid e) {
+    return TTTMNZ(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000, 0.999998261);
+  });
+  zone("TSPC_TM83Proj", 1, "asalln", 3, 4, [=](TestEllipsoid e) {
+    return TSPC_TM83Proj(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000, 2900);
+  });
+  zone("TMinnesota_TMProj", 27, "aaaaslllllal", 6, 5, [=](TestEllipsoid e) {
+    return TMinnesota_TMProj(e.a, e.invF, 9 * deg, 46 * deg, 0, 0, 1.00005, 200000, 500000, 0, 0, 0,
+                             0, 0);
+  });
+
+  const auto danish = [&](const char* name, const char* copiesLess, auto make) {
+    rows.push_back(RowOf({.name = name,
+                          .type = 36,
+                          .kinds = "asall",
+                          .domain = {-85, 85, -30, 40},
+                          .conformal = kNumericScale,
+                          .eastIndex = 3,
+                          .northIndex = 4,
+                          .copiesLess = copiesLess},
+                         make));
+  };
+  danish("TDenmarkTMProj", nullptr, [=](TestEllipsoid e) {
+    return TDenmarkTMProj(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000);
+  });
+  danish("TKMSProjTM", nullptr, [=](TestEllipsoid e) {
+    return TKMSProjTM(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000);
+  });
+  danish("TKMSTransProj", "its system number is no parameter", [=](TestEllipsoid e) {
+    return TKMSTransProj(e.a, e.invF, 9 * deg, 0.9996, 10 * deg, 500000, 200000, 98);
+  });
+
+  rows.push_back(RowOf({.name = "TTM27Proj",
+                        .type = 6,
+                        .kinds = "nnnnnn",
+                        .domain = {29, 36, -86.8, -84.8},
+                        .roundTripRad = 1.6e-10,  // 1 mm
+                        .scale = 4e-7,            // one published term, 3.1e-7 measured
+                        .convergence = 1e-7,
+                        .conformal = 2e-6,  // the departure of the method, 23 mm in 1°
+                        .metric = kClarke1866,
+                        .keepsFalseOrigin = "its easting is in feet, its northing in L34"},
+                       [](TestEllipsoid) {
+                         return TTM27Proj(500000, 309000, 109341.00903, 0.99996, 0.3817065, 101);
+                       }));
+  rows.push_back(RowOf({.name = "TMonSpher",
+                        .type = 38,
+                        .kinds = "aaanslla",
+                        .domain = {-85, 85, -10, 120},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .eastIndex = 5,
+                        .northIndex = 6},
+                       [=](TestEllipsoid e) {
+                         return TMonSpher(e.a, e.invF, -21 * deg, 55.5 * deg, -20 * deg, 1.0001,
+                                          0.9998, 160000, 50000, 7 * deg);
+                       }));
+  rows.push_back(RowOf({.name = "TCassiniProj",
+                        .type = 17,
+                        .kinds = "aaall",
+                        .domain = {-80, 80, 102.4, 104.4},
+                        .roundTripRad = 3.2e-11,  // 0.2 mm
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TCassiniProj(e.a, e.invF, 2 * deg, 103.4 * deg, 10 * deg,
+                                             -14810.562, 8758.32);
+                       }));
+  rows.push_back(RowOf({.name = "TColombiaProj",
+                        .type = 22,
+                        .kinds = "aall",
+                        .domain = {4.2, 5.2, -74.6, -73.6},
+                        .roundTripRad = 1e-15,
+                        .eastIndex = 2,
+                        .northIndex = 3},
+                       [=](TestEllipsoid e) {
+                         return TColombiaProj(e.a, e.invF, 4.68 * deg, -74.146 * deg, 92334.879,
+                                              109320.965);
+                       }));
+  rows.push_back(RowOf({.name = "TMercatorProj",
+                        .type = 14,
+                        .kinds = "aall",
+                        .domain = {-88, 88, -120, 220},
+                        .scale = kNumericScale,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 2,
+                        .northIndex = 3},
+                       [=](TestEllipsoid e) {
+                         return TMercatorProj(e.a, e.invF, 51 * deg, 42 * deg, 500000, 200000);
+                       }));
+}
+
 std::vector<Row> Rows() {
   std::vector<Row> rows;
   const double deg = kDegree;
@@ -283,6 +398,7 @@ std::vector<Row> Rows() {
                          return TDoubleSter(e.a, e.invF, -45 * deg, 170 * deg, 1, 155000, 463000);
                        }));
   AppendObliqueRows(rows);
+  AppendTransverseRows(rows);
   return rows;
 }
 
