@@ -23,7 +23,7 @@ TDoubleSter::TDoubleSter(double a, double invF, double lat0, double lon0, double
 
 TDoubleSter::TDoubleSter(ProjType type, double a, double invF, double lat0, double lon0,
                          double scale, double fEast, double fNorth)
-    : TGeoProj(type, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(Params().size()), a, invF, true),
       phi0_(lat0),
       lambda0_(lon0),
       k0_(scale),
