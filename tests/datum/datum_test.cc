@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/double_ster_proj.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "tests/datum/similarity_rows.h"
 #include "tests/support/tolerance.h"
@@ -105,6 +106,33 @@ TEST(Datum, ReachesTheBritishGrid) {
     EXPECT_NEAR(p[1], s[5], kChain);
     EXPECT_NEAR(p[0], s[6], kChain);
     EXPECT_LT(std::hypot(p[1] - s[3], p[0] - s[4]), kDistortion);
+  }
+}
+
+// NSGI, RDNAPTRANS2018 self-validation file: points outside the correction grid, where the official
+// chain is this datum at a height of 43 m on GRS80 and the double stereographic grid.
+TEST(Datum, ReproducesTheDutchGridOutsideItsCorrections) {
+  constexpr double kPoints[][4] = {
+      {51.496640261, 0.881387960, -157753.7570, 399407.0275},
+      {53.191745269, 8.646212941, 372775.5975, 583269.9433},
+      {49.751517976, 2.215065082, -73631.0490, 200501.7392},
+      {47.500000000, -0.268584741, -271529.2217, -38901.0625},
+  };
+  constexpr double kPrinted = 3e-4;  // metres: latitude and longitude are printed to 1e-9 degree
+  const Ellipsoid grs80 = MakeEllipsoid(6378137.0, 298.257222101);
+  Ellipsoid bessel = MakeEllipsoid(6377397.155, 299.1528128);
+  const Datum amersfoort(&bessel, 565.7381, 50.4018, 465.2904, 0.395026, -0.330772, 1.876074,
+                         4.07244e-6, userTypeLibrary, nullptr);
+  const double lat0 = 52 + 9.0 / 60 + 22.178 / 3600, lon0 = 5 + 23.0 / 60 + 15.5 / 3600;
+  const TDoubleSter grid(bessel.a, bessel.invF, lat0 * kRadPerDeg, lon0 * kRadPerDeg, 0.9999079,
+                         155000, 463000);
+  for (const auto& row : kPoints) {
+    Point p(row[0] * tolerance::kDegree, row[1] * tolerance::kDegree, 43);
+    grs80.BLH_to_XYZ(p[0], p[1], p[2]);
+    ASSERT_TRUE(amersfoort.ToLocalDatum(p) && amersfoort.XYZ_to_BLH(p));
+    ASSERT_TRUE(grid.ForwardPoint(p[0], p[1]));
+    EXPECT_NEAR(p[1], row[2], kPrinted);
+    EXPECT_NEAR(p[0], row[3], kPrinted);
   }
 }
 
