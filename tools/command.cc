@@ -1,12 +1,15 @@
 #include "tools/command.h"
 
 #include "tools/convert_command.h"
+#include "tools/declination_command.h"
 
 namespace geomath_tools {
 
 std::span<const Command> Commands() {
   static constexpr Command commands[] = {
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
+      {"declination", "Magnetic declination and the other elements of the field",
+       PrepareDeclination},
   };
   return commands;
 }

@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <array>
 #include <csignal>
-#include <filesystem>
 #include <memory>
 #include <optional>
 #include <string>
@@ -92,12 +91,6 @@ ResultStyle StyleOf(const ConvertOptions& options, const PointSource& source) {
   const int horizontal = options.inverse ? metres + kMoreDecimalsForDegrees : metres;
   style.decimals = {horizontal, horizontal, metres};
   return style;
-}
-
-void RefuseSameFile(const std::string& input, const std::string& output) {
-  std::error_code ignored;
-  if (input != "-" && output != "-" && std::filesystem::equivalent(input, output, ignored))
-    throw UserError(output + ": is the input file; choose another name for the output");
 }
 
 // Converts the rows of a source block by block and hands them to a sink.

@@ -219,6 +219,12 @@ class OgrSink : public PointSink {
 
 }  // namespace
 
+void RefuseSameFile(const std::string& input, const std::string& output) {
+  std::error_code ignored;
+  if (input != "-" && output != "-" && std::filesystem::equivalent(input, output, ignored))
+    throw UserError(output + ": is the input file; choose another name for the output");
+}
+
 bool IsGeoJsonName(const std::string& path) {
   const Format* format = FindFormat(path);
   return format && std::string_view(format->driver) == "GeoJSON";

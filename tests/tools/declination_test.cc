@@ -1,0 +1,143 @@
+#include <gdal_priv.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/support/reference_data.h"
+#include "tests/tools/program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class Declination : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = fs::temp_directory_path() / (std::string("geomath_declination_") + info->name() +
+                                              "_" + std::to_string(::getpid()));
+    fs::create_directories(directory_);
+  }
+  void TearDown() override { fs::remove_all(directory_); }
+
+  ProgramRun Run(const std::string& arguments) {
+    return RunProgram(directory_, "declination " + arguments);
+  }
+
+  fs::path directory_;
+};
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// The number that follows a name at the start of a line.
+double Printed(const std::string& text, const std::string& name) {
+  const std::size_t at = text.find(name);
+  return at == std::string::npos ? -999 : std::stod(text.substr(at + name.size()));
+}
+
+// Technical report of WMM-2010, 2012.5 (2 July), latitude 80, longitude 0, 100 km.
+TEST_F(Declination, OnePoint) {
+  const ProgramRun run = Run("--date 2012-07-02 80 0 100000");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_NEAR(Printed(run.out, "declination"), -5.63, 0.005);
+  EXPECT_NEAR(Printed(run.out, "inclination"), 83.05, 0.005);
+  EXPECT_NEAR(Printed(run.out, "total"), 52648.9, 0.05);
+  EXPECT_NEAR(Printed(run.out, "down"), 52261.9, 0.05);
+  EXPECT_FALSE(Contains(run.out, "+-"));
+  EXPECT_EQ(Run("--date 2012-07-02 \"80 0 0 N\" 360").out, Run("--date 2012-07-02 80 0 0").out);
+}
+
+TEST_F(Declination, WarnsOutsideTheYearsOfTheModel) {
+  const ProgramRun run = Run("--date 2016-01-01 -33.875 151.25");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_TRUE(Contains(run.err, "outside the years of WMM-2010, 2010 to 2015")) << run.err;
+  EXPECT_TRUE(Contains(run.err, "--model"));
+}
+
+TEST_F(Declination, ModelFile) {
+  REQUIRE_REFERENCE_FILE(path, "wmm/WMM2025.COF");
+  const ProgramRun run = Run("--model '" + path.string() + "' --date 2025-01-01 -80 240 100000");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
+  EXPECT_NEAR(Printed(run.out, "declination"), 68.21, 0.005);
+  EXPECT_TRUE(Contains(run.out, "+-138 nT")) << run.out;
+
+  // A file that was cut off reads as a model and gives wrong results: refused.
+  WriteText(directory_ / "cut.COF", ReadText(path).substr(0, 3000));
+  const ProgramRun cut = Run("--model cut.COF --date 2025-01-01 1 2 3");
+  EXPECT_EQ(cut.status, 2);
+  EXPECT_TRUE(Contains(cut.err, "terms up to degree")) << cut.err;
+}
+
+TEST_F(Declination, PointsOfAFile) {
+  WriteText(directory_ / "in.csv", "id,lat,lon,h\na,80,0,100000\nb,north,0,1\nc,-80,240,0\n");
+  const ProgramRun run = Run("--date 2012-07-02 --points in.csv -o out.csv");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "in.csv, line 3")) << run.err;
+  const auto lines = Lines(ReadText(directory_ / "out.csv"));
+  ASSERT_EQ(lines.size(), 4u);
+  EXPECT_EQ(lines[0], "id,lat,lon,h,declination,inclination,total_nt");
+  EXPECT_NEAR(Printed(lines[1], "100000,"), -5.63, 0.005);
+  EXPECT_EQ(lines[2], "b,north,0,1,,,");
+  EXPECT_NEAR(Printed(lines[3], "240,0,"), 70.04, 0.005);
+  EXPECT_EQ(Run("--date 2012-07-02 --points in.csv -o in.csv").status, 2);
+  EXPECT_EQ(Run("--date 2012-07-02 --points out.csv -o again.csv").status, 2);  // names are taken
+}
+
+TEST_F(Declination, Raster) {
+  const ProgramRun run =
+      Run("--date 2012-07-02 --fixed-height 100000 --grid=79,-2,80.5,1,0.5 -o grid.tif");
+  EXPECT_EQ(run.status, 0) << run.err;
+  GDALAllRegister();
+  const std::string path = (directory_ / "grid.tif").string();
+  auto* raster = GDALDataset::FromHandle(GDALOpen(path.c_str(), GA_ReadOnly));
+  ASSERT_NE(raster, nullptr);
+  EXPECT_EQ(raster->GetRasterXSize(), 7);
+  EXPECT_EQ(raster->GetRasterYSize(), 4);
+  double transform[6] = {};
+  raster->GetGeoTransform(transform);
+  EXPECT_EQ(transform[0], -2.25);  // the node is the centre of its pixel
+  EXPECT_EQ(transform[3], 80.75);
+  float declination = 0, total = 0;
+  const auto read = [&](int band, float& value) {
+    return raster->GetRasterBand(band)->RasterIO(GF_Read, 4, 1, 1, 1, &value, 1, 1, GDT_Float32, 0,
+                                                 0);
+  };
+  EXPECT_EQ(read(1, declination), CE_None);
+  EXPECT_EQ(read(3, total), CE_None);
+  EXPECT_NEAR(declination, -5.63, 0.005);
+  EXPECT_NEAR(total, 52648.9, 0.05);
+  GDALClose(raster);
+}
+
+TEST_F(Declination, SaysWhatIsWrong) {
+  const char* wrong[] = {
+      "--date 2012-13-01 1 2 3",
+      "--date 2012-1-1x 1 2 3",
+      "--date 2012-01-01",
+      "--date 2012-01-01 1",
+      "--date 2012-01-01 91 0",
+      "--date 2012-01-01 1 2 x",
+      "--date 2012-01-01 1 2 --points in.csv -o out.csv",
+      "--date 2012-01-01 --grid=0,0,1,1,0 -o g.tif",
+      "--date 2012-01-01 --grid=0,0,nan,1,1 -o g.tif",
+      "--date 2012-01-01 --grid=0,0,90,90,1e-9 -o g.tif",
+      "--date 2012-01-01 --grid=0,0,1,1,1",
+      "--date 2012-01-01 --grid=0,0,1,1,1 -o no/such/directory/g.tif",
+      "--date 2012-01-01 --model no.COF 1 2",
+      "--date 2012-01-01 --points none.csv -o out.csv",
+      "1 2",
+  };
+  for (const char* arguments : wrong) {
+    const ProgramRun run = Run(arguments);
+    EXPECT_EQ(run.status, 2) << arguments;
+    EXPECT_FALSE(run.err.empty()) << arguments;
+  }
+}
+
+}  // namespace

@@ -1,0 +1,341 @@
+#include "tools/declination_command.h"
+
+#include <fmt/format.h>
+#include <gdal_priv.h>
+
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "geomath/magnetic/coefficient_file.h"
+#include "geomath/magnetic/decimal_year.h"
+#include "geomath/magnetic/magnetic_field.h"
+#include "tools/command.h"
+#include "tools/number_text.h"
+#include "tools/ogr.h"
+#include "tools/point_columns.h"
+#include "tools/point_sink.h"
+#include "tools/point_source.h"
+#include "tools/progress.h"
+#include "tools/user_error.h"
+
+using namespace zel_cs::geomath;
+
+namespace geomath_tools {
+namespace {
+
+struct DeclinationOptions {
+  std::string model, date;
+  std::vector<std::string> point;  // latitude, longitude, height as typed
+  std::string points, output, layer;
+  std::vector<std::string> columns;
+  std::optional<double> fixedHeight;
+  std::vector<double> grid;  // south, west, north, east, step
+};
+
+constexpr double kKilometre = 1e-3;  // of a metre
+
+// Where the horizontal field is weaker, a compass is of no use: the "blackout zone" around the
+// magnetic poles (Chulliat et al. 2020, section 1.8).
+constexpr double kUselessCompass = 2000;  // nT
+
+void Warn(const std::string& text) { std::fprintf(stderr, "geomath: warning: %s\n", text.c_str()); }
+
+double YearOf(const std::string& date) {
+  int year = 0, month = 0, day = 0, read = 0;
+  const bool formed = std::sscanf(date.c_str(), "%4d-%2d-%2d%n", &year, &month, &day, &read) == 3 &&
+                      static_cast<std::size_t>(read) == date.size();
+  const auto decimal = formed ? DecimalYear(year, month, day) : std::nullopt;
+  if (!decimal)
+    throw UserError(fmt::format("--date: \"{}\" is no date; write it like 2026-05-31", date));
+  return *decimal;
+}
+
+std::unique_ptr<WMMtype_MagneticModel> ModelOf(const std::string& path) {
+  if (path.empty()) return Wmm2010Model();
+  auto model = ReadCoefficientFile(path.c_str());
+  if (!model)
+    throw UserError(
+        fmt::format("{}: holds no magnetic model; a coefficient file begins with the "
+                    "line \"2025.0 WMM-2025 11/13/2024\" or the like",
+                    path));
+  // A cut-off file would give a field that looks right and is wrong.
+  if (const int missing = CountMissingTerms(*model))
+    throw UserError(fmt::format("{}: {} of the {} terms up to degree {} are missing", path, missing,
+                                model->g.size() - 1, model->nMax));
+  return model;
+}
+
+MagneticField FieldOf(const DeclinationOptions& options) {
+  const auto model = ModelOf(options.model);
+  if (!model) throw UserError("there is not enough memory");
+  const MagneticField field(*model, YearOf(options.date));
+  if (!field.InModelYears())
+    Warn(fmt::format("{} is outside the years of {}, {} to {}: the field is extrapolated{}",
+                     options.date, model->modelName, model->epoch, model->coefficientFileEndDate,
+                     options.model.empty() ? "; --model FILE.COF takes a newer model" : ""));
+  return field;
+}
+
+double HeightOf(const std::string& text) {
+  const ParsedNumber height = ParseNumber(text);
+  if (!height) throw UserError("HEIGHT: " + height.problem);
+  return height.value * kKilometre;
+}
+
+double AngleOf(const char* name, const std::string& text, AngleKind kind) {
+  const ParsedNumber angle = ParseAngle(text, kind);
+  if (!angle) throw UserError(fmt::format("{}: {}", name, angle.problem));
+  return angle.value;
+}
+
+// One line of the report: value, yearly change and, where the publisher states one, uncertainty.
+void PrintElement(const char* name, double value, double change, const char* unit,
+                  const std::optional<double>& uncertainty) {
+  const int decimals = std::string_view(unit) == "nT" ? 1 : 4;
+  fmt::print("{:<15}{:>11.{}f} {:<4}{:>+10.{}f} {}/year", name, value, decimals, unit, change,
+             decimals, unit);
+  if (uncertainty) fmt::print("   +-{:.{}f} {}", *uncertainty, decimals == 1 ? 0 : 2, unit);
+  fmt::print("\n");
+}
+
+int RunPoint(const DeclinationOptions& options) {
+  const double latitude = AngleOf("LAT", options.point[0], AngleKind::latitude);
+  const double longitude = AngleOf("LON", options.point[1], AngleKind::longitude);
+  const double height = options.point.size() > 2 ? HeightOf(options.point[2]) : 0;
+  const MagneticField field = FieldOf(options);
+  const auto [at, change] = field.At(latitude, longitude, height);
+  if (at.h < kUselessCompass)
+    Warn(fmt::format("the horizontal field of {:.0f} nT is too weak for a compass here", at.h));
+
+  const auto stated = field.Uncertainty(at.h);
+  struct Row {
+    const char* name;
+    double MagneticElements::*element;
+    const char* unit;
+    double MagneticUncertainty::*uncertainty;
+  };
+  constexpr Row rows[] = {
+      {"declination", &MagneticElements::declination, "deg", &MagneticUncertainty::declination},
+      {"inclination", &MagneticElements::inclination, "deg", &MagneticUncertainty::inclination},
+      {"grid variation", &MagneticElements::gridVariation, "deg",
+       &MagneticUncertainty::declination},
+      {"total", &MagneticElements::f, "nT", &MagneticUncertainty::f},
+      {"horizontal", &MagneticElements::h, "nT", &MagneticUncertainty::h},
+      {"north", &MagneticElements::x, "nT", &MagneticUncertainty::x},
+      {"east", &MagneticElements::y, "nT", &MagneticUncertainty::y},
+      {"down", &MagneticElements::z, "nT", &MagneticUncertainty::z},
+  };
+  for (const Row& row : rows)
+    PrintElement(row.name, at.*row.element, change.*row.element, row.unit,
+                 stated ? std::optional((*stated).*row.uncertainty) : std::nullopt);
+  return kExitDone;
+}
+
+const ResultStyle kFileResults = {{"declination", "inclination", "total_nt"}, {6, 6, 2}};
+
+void RefuseTakenNames(const PointSource& source) {
+  const std::vector<std::string> taken = source.ColumnNames();
+  for (const std::string& name : kFileResults.names)
+    if (std::find(taken.begin(), taken.end(), name) != taken.end())
+      throw UserError(fmt::format("{} has a column \"{}\" already", source.Name(), name));
+}
+
+// Adds the field to every row; returns how many rows have none.
+long long AddFields(const MagneticField& field, PointSource& source, const PointColumns& columns,
+                    PointSink& sink) {
+  Progress progress("rows");
+  long long rows = 0, failures = 0;
+  for (Record record; source.Next(record);) {
+    if (record.IsBlank()) {
+      sink.Write(record, {});
+      continue;
+    }
+    std::array<double, 3> point{};
+    std::string problem = source.Problem(record);
+    if (problem.empty()) problem = columns.Read(record, point);
+    Converted converted;
+    if (problem.empty()) {
+      const auto at = field.At(point[0], point[1], point[2] * kKilometre).field;
+      converted = {true, {at.declination, at.inclination, at.f}, point[1], point[0], point[2]};
+    } else {
+      ++failures;
+      progress.Print(
+          fmt::format("{}, {}: no field: {}", source.Name(), source.Place(record), problem));
+    }
+    sink.Write(record, converted);
+    progress.Update(++rows, source.Done());
+  }
+  return failures;
+}
+
+int RunFile(const DeclinationOptions& options) {
+  if (options.columns.size() == 3 && options.fixedHeight)
+    throw UserError("--fixed-height: --columns names a height column too; give one of them");
+  const MagneticField field = FieldOf(options);
+  const auto source = OpenPoints(options.points, options.layer);
+  RefuseSameFile(options.points, options.output);
+  RefuseTakenNames(*source);
+  const PointColumns columns(*source, CoordinateKind::geographic,
+                             {options.columns, options.fixedHeight});
+  const auto sink = CreatePoints(options.output, *source, kFileResults);
+  long long failures = 0;
+  try {
+    failures = AddFields(field, *source, columns, *sink);
+  } catch (const UserError&) {
+    sink->Close();  // the rows before the trouble are kept
+    throw;
+  }
+  sink->Close();
+  return failures == 0 ? kExitDone : kExitSomeFailed;
+}
+
+// Nodes of a grid from south-west, both ends included.
+struct GridNodes {
+  double south, west, north, east, step;
+  int rows, columns;
+};
+
+constexpr double kMostNodes = 20000;  // on a side
+
+GridNodes NodesOf(const std::vector<double>& g) {
+  GridNodes nodes{g[0], g[1], g[2], g[3], g[4], 0, 0};
+  const bool inRange = nodes.south >= -90 && nodes.south <= nodes.north && nodes.north <= 90 &&
+                       nodes.west >= -360 && nodes.west <= nodes.east && nodes.east <= 360 &&
+                       nodes.step > 0;
+  const double rows = std::floor((nodes.north - nodes.south) / nodes.step + 1e-9) + 1;
+  const double columns = std::floor((nodes.east - nodes.west) / nodes.step + 1e-9) + 1;
+  if (!inRange || !(rows <= kMostNodes && columns <= kMostNodes))
+    throw UserError(fmt::format(
+        "--grid: must be SOUTH,WEST,NORTH,EAST,STEP in degrees, from south to north and west to "
+        "east, with at most {:.0f} nodes on a side",
+        kMostNodes));
+  nodes.rows = static_cast<int>(rows);
+  nodes.columns = static_cast<int>(columns);
+  return nodes;
+}
+
+struct Band {
+  const char* description;
+  double MagneticElements::*element;
+};
+constexpr Band kBands[] = {
+    {"declination, degrees", &MagneticElements::declination},
+    {"inclination, degrees", &MagneticElements::inclination},
+    {"total intensity, nT", &MagneticElements::f},
+    {"yearly change of the declination, degrees", &MagneticElements::declination},
+};
+constexpr int kBandCount = 4, kFirstChangeBand = 3;
+
+struct CloseDataset {
+  void operator()(GDALDataset* dataset) const { GDALClose(dataset); }
+};
+using Dataset = std::unique_ptr<GDALDataset, CloseDataset>;
+
+// A GeoTIFF whose pixels have the nodes as centres, north up.
+Dataset CreateRaster(const std::string& path, const GridNodes& nodes) {
+  PrepareOgr();
+  GDALAllRegister();
+  const char* creation[] = {"COMPRESS=DEFLATE", "PREDICTOR=3", nullptr};
+  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
+  Dataset raster(driver ? driver->Create(path.c_str(), nodes.columns, nodes.rows, kBandCount,
+                                         GDT_Float32, const_cast<char**>(creation))
+                        : nullptr);
+  if (!raster) throw UserError(path + ": cannot be written" + OgrComplaint());
+  const double top = nodes.south + (nodes.rows - 1) * nodes.step;
+  double transform[] = {nodes.west - nodes.step / 2, nodes.step, 0,
+                        top + nodes.step / 2,        0,          -nodes.step};
+  raster->SetGeoTransform(transform);
+  raster->SetProjection(SRS_WKT_WGS84_LAT_LONG);
+  for (int i = 0; i < kBandCount; ++i)
+    raster->GetRasterBand(i + 1)->SetDescription(kBands[i].description);
+  return raster;
+}
+
+int RunGrid(const DeclinationOptions& options) {
+  const GridNodes nodes = NodesOf(options.grid);
+  if (options.output.empty() || options.output == "-")
+    throw UserError("--grid: name the GeoTIFF to write with --output FILE.tif");
+  const double height = options.fixedHeight.value_or(0) * kKilometre;
+  const MagneticField field = FieldOf(options);
+  const Dataset raster = CreateRaster(options.output, nodes);
+
+  const auto width = static_cast<std::size_t>(nodes.columns);
+  std::vector<double> latitudes(width), longitudes(width), heights(width, height), line(width);
+  std::vector<MagneticPoint> results(width);
+  for (std::size_t i = 0; i < width; ++i)
+    longitudes[i] = nodes.west + static_cast<double>(i) * nodes.step;
+  Progress progress("rows");
+  for (int row = 0; row < nodes.rows; ++row) {
+    std::fill(latitudes.begin(), latitudes.end(),
+              nodes.south + (nodes.rows - 1 - row) * nodes.step);
+    field.AtBatch(latitudes.data(), longitudes.data(), heights.data(), width, results.data());
+    for (int band = 0; band < kBandCount; ++band) {
+      for (std::size_t i = 0; i < width; ++i) {
+        const MagneticPoint& p = results[i];
+        line[i] = (band < kFirstChangeBand ? p.field : p.yearlyChange).*kBands[band].element;
+      }
+      if (raster->GetRasterBand(band + 1)->RasterIO(GF_Write, 0, row, nodes.columns, 1, line.data(),
+                                                    nodes.columns, 1, GDT_Float64, 0, 0) != CE_None)
+        throw UserError(options.output + ": cannot be written" + OgrComplaint());
+    }
+    progress.Update(row + 1, (row + 1.0) / nodes.rows);
+  }
+  return kExitDone;
+}
+
+int RunDeclination(const DeclinationOptions& options) {
+  const int tasks = !options.point.empty() + !options.points.empty() + !options.grid.empty();
+  if (tasks != 1 || options.point.size() == 1)
+    throw UserError("give a point as LAT LON [HEIGHT], or --points FILE, or --grid: one of them");
+  if (!options.grid.empty()) return RunGrid(options);
+  if (options.points.empty()) return RunPoint(options);
+  if (options.output.empty()) throw UserError("--points: name the output with --output FILE");
+  return RunFile(options);
+}
+
+}  // namespace
+
+std::function<int()> PrepareDeclination(CLI::App& arguments) {
+  const auto options = std::make_shared<DeclinationOptions>();
+  arguments.footer(
+      "Declinations are positive east of north, in degrees; heights are metres above the WGS84\n"
+      "ellipsoid. Without --model the built-in WMM-2010 is used, made for 2010 to 2015. A date\n"
+      "outside the years of the model gives a warning. With --points all columns of the input\n"
+      "travel through and declination, inclination and total_nt (degrees, nT) follow. With --grid\n"
+      "a GeoTIFF is written whose bands are declination, inclination, total intensity and the\n"
+      "yearly change of the declination.\n"
+      "Exit status: 0 all done, 1 some rows not, 2 stopped.");
+  arguments.add_option("--model", options->model, "coefficient file of a magnetic model (.COF)");
+  arguments.add_option("--date", options->date, "date as YYYY-MM-DD")->required();
+  arguments
+      .add_option("POINT", options->point,
+                  "LAT LON [HEIGHT]: decimal degrees or degrees minutes seconds (in quotes), "
+                  "metres")
+      ->expected(0, 3);
+  arguments.add_option(
+      "--points", options->points,
+      "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");
+  arguments.add_option("-o,--output", options->output,
+                       "output for --points (.csv, .geojson, .gpkg, .shp, - for CSV on standard "
+                       "output) or --grid (.tif), replaced if it exists");
+  arguments
+      .add_option("--columns", options->columns, "names of the input columns, default lat,lon,h")
+      ->delimiter(',')
+      ->expected(2, 3);
+  arguments.add_option("--fixed-height", options->fixedHeight,
+                       "height of all points of a file or grid, metres");
+  arguments
+      .add_option("--grid", options->grid, "SOUTH,WEST,NORTH,EAST,STEP in degrees, nodes included")
+      ->delimiter(',')
+      ->expected(5);
+  arguments.add_option("--layer", options->layer, "layer of the input, when it has several");
+  return [options] { return RunDeclination(*options); };
+}
+
+}  // namespace geomath_tools
