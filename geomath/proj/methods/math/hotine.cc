@@ -27,14 +27,13 @@ Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e2_(ell.e2),
   B = std::sqrt(1 + ell.ep2 * (cos2 * cos2));  // 9-11
   A = a_ * B * line.k0 * axes / w2;            // 9-12
 
-  // ±√(D² − 1) with the sign of φc (9-35, 9-13), from the identity
+  // ±√(D² − 1) with the sign of φc (9-14, 9-35), from the identity
   // D² − 1 = (1 − e²)·tan²φc/(1 − e²·sin²φc), so that D is never below 1.
   const double G = axes * sinC / (cosC * std::sqrt(w2));
   const double D = std::sqrt(1 + G * G);
   C = std::asinh(G) - B * latitude_.Isometric(sinC, cosC);  // 9-36
   sinGamma0 = sinA / D;                                     // 9-37
-  const double rest = std::sqrt(G * G + cosA * cosA);
-  cosGamma0 = rest / D;
+  cosGamma0 = std::sqrt(G * G + cosA * cosA) / D;
 
   // asin(G·tan γ0), 9-38. Kept: at azimuth ±90° it counts as +π/2 whatever the hemisphere.
   const bool rightAngle = std::abs(std::abs(sinA) - 1) < kRightAngle;
@@ -61,20 +60,20 @@ Hotine::Skew Hotine::Forward(double phi, double lambda, double* scale) const {
 }
 
 Hotine::Geographic Hotine::Inverse(Skew point, double* scale) const {
-  const auto [S, T] = HyperbolicPair(-B * point.v / A);  // 9-39 to 9-41
+  const auto [S, T] = HyperbolicPair(-B * point.v / A);  // 9-42 to 9-44
   const double turn = B * point.u / A;
-  const double V = std::sin(turn), cosTurn = std::cos(turn);  // 9-42
+  const double V = std::sin(turn), cosTurn = std::cos(turn);  // 9-45
 
   const double up = V * cosGamma0 + S * sinGamma0;
   const double side = S * cosGamma0 - V * sinGamma0;
-  const double U = up / T;  // 9-43
+  const double U = up / T;  // 9-46
   if (std::abs(U) == 1) {
     const double phi = std::copysign(kHalfPi, U);
     if (scale) *scale = CylinderScale(U, std::cos(phi)) * cosTurn;
     return {phi, lambda0};
   }
   const double reach = std::sqrt(side * side + cosTurn * cosTurn);
-  const double phi = latitude_.FromIsometric((std::asinh(up / reach) - C) / B);  // 9-44, 7-9
+  const double phi = latitude_.FromIsometric((std::asinh(up / reach) - C) / B);  // 9-47, 7-9
   if (scale) *scale = CylinderScale(std::sin(phi), std::cos(phi)) * reach;
   return {phi, lambda0 - std::atan2(side, cosTurn) / B};  // 9-48
 }
