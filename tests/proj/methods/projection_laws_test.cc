@@ -292,6 +292,138 @@ void AppendTransverseRows(std::vector<Row>& rows) {
                        }));
 }
 
+// Lambert, Albers, double stereographic and Krovak classes beside those above.
+void AppendConicRows(std::vector<Row>& rows) {
+  const double deg = kDegree;
+  rows.push_back(RowOf({.name = "TSPC_LC83Proj",
+                        .type = 3,
+                        .kinds = "aaaalln",
+                        .domain = {-60, 89, -215, 35},
+                        .scale = kNumericScale,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TSPC_LC83Proj(e.a, e.invF, 41.2 * deg, 41.9 * deg, -90 * deg,
+                                              40 * deg, 3e5, 1e5, 6);
+                       }));
+  rows.push_back(RowOf({.name = "TSPC_LC83Proj_South",
+                        .type = 3,
+                        .kinds = "aaaalln",
+                        .domain = {-89, 60, 60, 290},
+                        .scale = kNumericScale,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TSPC_LC83Proj(e.a, e.invF, -40 * deg, -30 * deg, 175 * deg,
+                                              -35 * deg, 3e5, 1e5, 1);
+                       }));
+  // Design axes of the county; the shifts lift them by 100 m, which changes the flattening a little.
+  const double desA = 6378411, desB = desA * (1 - 1 / 298.257222101), lift = 100;
+  const double liftedInvF = (desA + lift) / (desA - desB);
+  rows.push_back(RowOf({.name = "TMinnesota_LAProj",
+                        .type = 29,
+                        .kinds = "aaaaslllllal",
+                        .domain = {-60, 89, -200, 15},
+                        .scale = kNumericScale,
+                        .conformal = kNumericScale,
+                        .metric = TestEllipsoid{desA + lift, liftedInvF},
+                        .eastIndex = 6,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TMinnesota_LAProj(e.a, e.invF, -93 * deg, 45 * deg, 45.6 * deg,
+                                                  45.3 * deg, 1, 3e4, 15e4, desA, desB, 130, 0,
+                                                  -30);
+                       }));
+  // California I. The tables of 1927 are conformal, and give the scale, to 1.3e-7.
+  constexpr double kTable = 2e-7;
+  rows.push_back(
+      RowOf({.name = "TLC27Proj",
+             .type = 7,
+             .kinds = "nnnnnnnnnnn",
+             .domain = {39.5, 42, -125, -119},
+             .roundTripRad = 2e-10,
+             .scale = kTable,
+             .convergence = kTable,
+             .conformal = kTable,
+             .metric = TestEllipsoid{6378206.4, 294.9786982138982},
+             .keepsFalseOrigin = "L1 is in feet and the northing of the origin is part of L4"},
+            [](TestEllipsoid) {
+              return TLC27Proj(2000000, 439200, 24245358.05, 24792436.23, 0.9998946358,
+                               0.6538843192, 146486.75847, 3.80992, 3.93575, 0, 401);
+            }));
+  rows.push_back(RowOf({.name = "TAlbersEAConicProj",
+                        .type = 4,
+                        .kinds = "aaaall",
+                        .domain = {-60, 85, -270, 80},
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TAlbersEAConicProj(e.a, e.invF, 29.5 * deg, 45.5 * deg, -96 * deg,
+                                                   23 * deg, 1e6, 1e5);
+                       }));
+  rows.push_back(RowOf({.name = "TAlbersEAConicProj_South",
+                        .type = 4,
+                        .kinds = "aaaall",
+                        .domain = {-85, 60, 50, 310},
+                        .eastIndex = 4,
+                        .northIndex = 5},
+                       [=](TestEllipsoid e) {
+                         return TAlbersEAConicProj(e.a, e.invF, -36 * deg, -18 * deg, 170 * deg, 0,
+                                                   1e6, 1e5);
+                       }));
+  rows.push_back(RowOf({.name = "TRomaniaSter",
+                        .type = 26,
+                        .kinds = "aasll",
+                        .domain = {43, 49, 19, 31},
+                        .scale = 2e-4,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TRomaniaSter(e.a, e.invF, 46 * deg, 25 * deg, 0.99975, 5e5, 5e5);
+                       }));
+  rows.push_back(RowOf({.name = "TRDProj",
+                        .type = 30,
+                        .kinds = "aall",
+                        .domain = {50, 54, 3, 8},
+                        .scale = 2e-4,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 2,
+                        .northIndex = 3},
+                       [=](TestEllipsoid e) {
+                         return TRDProj(e.a, e.invF, 52.2 * deg, 5.4 * deg, 155000, 463000);
+                       }));
+  rows.push_back(RowOf({.name = "TRDTransProj",
+                        .type = 31,
+                        .kinds = "aasll",
+                        .domain = {50, 54, 3, 8},
+                        .scale = 2e-4,
+                        .convergence = kNumericAngle,
+                        .conformal = kNumericScale,
+                        .eastIndex = 3,
+                        .northIndex = 4},
+                       [=](TestEllipsoid e) {
+                         return TRDTransProj(e.a, e.invF, 52.2 * deg, 5.4 * deg, 0.9999079, 155000,
+                                             463000);
+                       }));
+  rows.push_back(RowOf({.name = "TKrovakProj",
+                        .type = 37,
+                        .kinds = "aaaaasll",
+                        .domain = {40, 54, 8, 40},
+                        .conformal = kNumericScale,
+                        .keepsFalseOrigin = "stored and reported, never added"},
+                       [=](TestEllipsoid e) {
+                         return TKrovakProj(e.a, e.invF, 49.5 * deg, 42.5 * deg, 17 * deg,
+                                            59.7 * deg, 78.5 * deg, 0.9999, 1, 2);
+                       }));
+}
+
 std::vector<Row> Rows() {
   std::vector<Row> rows;
   const double deg = kDegree;
@@ -397,6 +529,7 @@ std::vector<Row> Rows() {
                        [=](TestEllipsoid e) {
                          return TDoubleSter(e.a, e.invF, -45 * deg, 170 * deg, 1, 155000, 463000);
                        }));
+  AppendConicRows(rows);
   AppendObliqueRows(rows);
   AppendTransverseRows(rows);
   return rows;

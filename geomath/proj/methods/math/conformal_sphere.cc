@@ -31,9 +31,18 @@ double ConformalSphere::Geodetic(double chi) const {
   return Geodetic({std::sin(chi), std::cos(chi)});
 }
 
-double ConformalSphere::Geodetic(SinCos chi) const {
+// The isometric latitude on the ellipsoid of a spherical latitude.
+double ConformalSphere::Isometric(SinCos chi) const {
   const double psi = std::copysign(std::log((1 + std::abs(chi.sin)) / chi.cos), chi.sin);
-  return latitude_.FromIsometric((psi - K) / alpha);
+  return (psi - K) / alpha;
+}
+
+double ConformalSphere::Geodetic(SinCos chi) const {
+  return latitude_.FromIsometric(Isometric(chi));
+}
+
+bool ConformalSphere::Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const {
+  return latitude_.FromIsometric(Isometric(chi), tolerance, maxSteps, phi);
 }
 
 }  // namespace zel_cs::geomath

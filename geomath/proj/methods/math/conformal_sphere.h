@@ -23,12 +23,17 @@ class ConformalSphere {
   /// The same from sine and cosine, which may carry a common positive rounding factor.
   double Geodetic(SinCos chi) const;
 
+  /// The geodetic latitude, with the stop rule of ConformalLatitude::FromIsometric.
+  bool Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const;
+
   double R = 0;      ///< Gaussian radius at the normal latitude, metres
   double alpha = 1;  ///< ratio of spherical to geodetic longitudes
   double K = 0;      ///< constant of the isometric latitudes; exp(K) is the c of method 9809
   double chi0 = 0;   ///< spherical latitude of the normal latitude, radians
 
  private:
+  double Isometric(SinCos chi) const;
+
   ConformalLatitude latitude_;
 };
 

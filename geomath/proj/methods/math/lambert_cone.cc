@@ -16,6 +16,8 @@ double IsometricOf(double phi, double sinPhi, double e) {
   return IsometricLatitude(phi, 0) - e * std::atanh(e * sinPhi);
 }
 
+LambertCone::Parallel ParallelAt(double phi) { return {phi, std::sin(phi), std::cos(phi)}; }
+
 }  // namespace
 
 LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Parallel& north,
@@ -30,6 +32,11 @@ LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Para
   }
   aF_ = a_ * mN / n_ * std::exp(n_ * psiN) * k0;  // 15-10
 }
+
+LambertCone::LambertCone(const Ellipsoid& ell, double southLat, double northLat, double k0)
+    : LambertCone(ell, ParallelAt(southLat), ParallelAt(northLat), k0) {}
+
+double LambertCone::Radius(double phi) const { return Radius(phi, std::sin(phi)); }
 
 double LambertCone::Radius(double phi, double sinPhi) const {
   return aF_ * std::exp(-n_ * IsometricOf(phi, sinPhi, e_));  // 15-7a

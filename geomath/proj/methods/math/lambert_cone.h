@@ -25,9 +25,11 @@ class LambertCone {
 
   LambertCone() = default;
   LambertCone(const Ellipsoid& ell, const Parallel& south, const Parallel& north, double k0);
+  LambertCone(const Ellipsoid& ell, double southLat, double northLat, double k0);
 
   /// Radius of a parallel, metres, signed as n; 0 at the apex.
   double Radius(double phi, double sinPhi) const;
+  double Radius(double phi) const;
 
   /// The image of a point by its latitude and its longitude difference from the meridian of origin.
   Polar Forward(double sinPhi, double cosPhi, double deltaLambda) const;

@@ -13,6 +13,13 @@ namespace {
 constexpr double kSeriesThirdFlattening = 0.0025;
 constexpr int kLatitudeSteps = 20;
 
+// Sine and cosine of the angle whose isometric latitude on the sphere is psi.
+SinCos Gudermannian(double psi) {
+  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
+  const double divisor = 1 + decay2;
+  return {std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor};
+}
+
 }  // namespace
 
 double IsometricLatitude(double sinPhi, double cosPhi, double e) {
@@ -84,25 +91,41 @@ SinCos ConformalLatitude::FromGeodetic(double sinPhi, double cosPhi) const {
   return {(sinPhi - T) / divisor, cosPhi * std::sqrt(1 - T * T) / divisor};
 }
 
+// tan(π/4 + φ/2) ← tan(π/4 + χ/2)·exp(e·artanh(e·sin φ)), the addition theorem once more.
+SinCos ConformalLatitude::FixedPointStep(SinCos chi, double sinPhi) const {
+  const double T = TanhExcess(sinPhi);
+  const double divisor = 1 + T * chi.sin;
+  return {(chi.sin + T) / divisor, chi.cos * std::sqrt(1 - T * T) / divisor};
+}
+
 double ConformalLatitude::ToGeodetic(SinCos chi) const {
   if (nearSphere_) {
     const double sin2 = 2 * chi.sin * chi.cos, cos2 = (chi.cos - chi.sin) * (chi.cos + chi.sin);
     return std::atan2(chi.sin, chi.cos) + ClenshawSin(toGeodetic_, sin2, cos2);
   }
-  double s = chi.sin, c = chi.cos;
-  for (int i = 0; i < kLatitudeSteps; ++i) {
-    const double T = TanhExcess(s);
-    const double divisor = 1 + T * chi.sin;
-    s = (chi.sin + T) / divisor;
-    c = chi.cos * std::sqrt(1 - T * T) / divisor;
-  }
-  return std::atan2(s, c);
+  SinCos phi = chi;
+  for (int i = 0; i < kLatitudeSteps; ++i) phi = FixedPointStep(chi, phi.sin);
+  return std::atan2(phi.sin, phi.cos);
 }
 
-double ConformalLatitude::FromIsometric(double psi) const {
-  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
-  const double divisor = 1 + decay2;
-  return ToGeodetic({std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor});
+double ConformalLatitude::FromIsometric(double psi) const { return ToGeodetic(Gudermannian(psi)); }
+
+bool ConformalLatitude::FromIsometric(double psi, double tolerance, int maxSteps,
+                                      double& phi) const {
+  const SinCos chi = Gudermannian(psi);
+  if (nearSphere_) {
+    phi = ToGeodetic(chi);
+    return true;
+  }
+  phi = std::atan2(chi.sin, chi.cos);
+  for (int i = 0; i < maxSteps; ++i) {
+    const SinCos next = FixedPointStep(chi, std::sin(phi));
+    const double previous = phi;
+    phi = std::atan2(next.sin, next.cos);
+    const double change = phi - previous;
+    if (std::abs(change) <= tolerance) return true;
+  }
+  return false;
 }
 
 CosinePowerSeries ConformalSeries(double e2) {

@@ -55,9 +55,15 @@ class ConformalLatitude {
   /// Geodetic latitude of an isometric one; ±π/2 for ±∞.
   double FromIsometric(double psi) const;
 
+  /// The same as the limit of the fixed-point steps, for methods that give up: false, with the last
+  /// value, when two successive ones still differ by more than `tolerance` after `maxSteps` steps.
+  /// On an ellipsoid of the Earth's flattening they never do.
+  bool FromIsometric(double psi, double tolerance, int maxSteps, double& phi) const;
+
  private:
   double Excess(double sinPhi) const;
   double TanhExcess(double sinPhi) const;
+  SinCos FixedPointStep(SinCos chi, double sinPhi) const;
 
   double e_ = 0, e2_ = 0;
   bool nearSphere_ = true;  // the series hold

@@ -1,0 +1,63 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Albers equal-area conic on the ellipsoid (Snyder 1987, pp. 101-102; EPSG method 9822).
+///
+/// Parameters: southern and northern standard parallel, longitude and latitude of origin, false
+/// easting, false northing. Radians and metres. ForwardPoint fails for a latitude beyond the arc in
+/// which the cone closes, InversePoint for a point beyond the arc of either pole; arguments are then
+/// unchanged. Parallels that are both the equator, or symmetric about it, give results that are not
+/// finite. Longitudes of the inverse are within π/n of the origin's. Scale and convergence are not
+/// computed: the scale along a parallel is n·ρ/(a·m(φ)), that along a meridian its inverse.
+///
+/// Kept: the object reports the kind of TLCProj; factories build it for kind 12.
+class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
+ public:
+  /// WGS84, parallels 0 and 30°, all others 0.
+  TAlbersEAConicProj();
+  TAlbersEAConicProj(double a, double invF, double southLat, double northLat, double lon0,
+                     double lat0, double fEast, double fNorth);
+
+  double SouthLat() const { return phiS_; }
+  void SouthLat(double value);
+  double NorthLat() const { return phiN_; }
+  void NorthLat(double value);
+  double Lon0() const { return lambda0_; }
+  void Lon0(double value) { lambda0_ = value; }
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  double AuthalicQ(double sinPhi) const;
+  bool LatitudeFromQ(double q, double& phi) const;
+  static std::span<const ParamRow<TAlbersEAConicProj>> Params();
+
+  double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_;
+
+  double n_;      // cone constant
+  double C_;      // m1² + n·q1
+  double rho0_;   // radius of the origin latitude, metres
+  double qPole_;  // q at the north pole
+};
+
+}  // namespace zel_cs::geomath

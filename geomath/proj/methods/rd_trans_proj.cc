@@ -1,0 +1,41 @@
+#include "geomath/proj/methods/rd_trans_proj.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr int kCorrectionRounds = 3;
+
+}  // namespace
+
+TRDTransProj::TRDTransProj() : TRDTransProj(kWgs84A, kWgs84InvF, 0, 0, 1.0, 0, 0) {}
+
+TRDTransProj::TRDTransProj(double a, double invF, double lat0, double lon0, double scale,
+                           double fEast, double fNorth)
+    : TDoubleSter(ProjTypeRDTrans, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+
+bool TRDTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  if (!TDoubleSter::ForwardPoint(b, l, factors)) return false;
+  if (!correction_) return true;
+  double dn = 0, de = 0;
+  correction_(b, l, dn, de);
+  b += dn;
+  l += de;
+  return true;
+}
+
+bool TRDTransProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  if (correction_) {
+    double n0 = n, e0 = e;
+    for (int round = 0; round < kCorrectionRounds; ++round) {
+      double dn = 0, de = 0;
+      correction_(n0, e0, dn, de);
+      n0 = n - dn;
+      e0 = e - de;
+    }
+    n = n0;
+    e = e0;
+  }
+  return TDoubleSter::InversePoint(n, e, factors);
+}
+
+}  // namespace zel_cs::geomath

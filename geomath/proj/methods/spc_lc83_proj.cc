@@ -1,0 +1,97 @@
+#include "geomath/proj/methods/spc_lc83_proj.h"
+
+#include <cmath>
+
+#include "geomath/proj/methods/math/central_point.h"
+
+// Symbols of Stem 1989 and here: sin φ0  cone_.n()   Rb  rho0_   R γ  polar coordinates of a point
+// about the apex   Nb E0  fNorth_ fEast_. His Newton steps on sin φ, three of them, lead to the
+// latitude that the cone's inverse gives directly.
+namespace zel_cs::geomath {
+
+std::span<const ParamRow<TSPC_LC83Proj>> TSPC_LC83Proj::Params() {
+  using T = TSPC_LC83Proj;
+  static constexpr ParamRow<T> rows[] = {
+      {&T::phiS_, ParamKind::angle, &T::Prepare},
+      {&T::phiN_, ParamKind::angle, &T::Prepare},
+      {&T::lambda0_, ParamKind::angle},
+      {&T::phi0_, ParamKind::angle, &T::Prepare},
+      {&T::fEast_, ParamKind::length},
+      {&T::fNorth_, ParamKind::length},
+      {&T::zone_, ParamKind::number},
+  };
+  return rows;
+}
+
+TSPC_LC83Proj::TSPC_LC83Proj() : TSPC_LC83Proj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0, 0, 0) {
+  type_ = ProjTypeTM;  // Kept
+}
+
+TSPC_LC83Proj::TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0,
+                             double lat0, double fEast, double fNorth, int zone)
+    : TGeoProj(ProjTypeSPC_LC83, static_cast<int>(Params().size()), a, invF, true),
+      phiS_(southLat),
+      phiN_(northLat),
+      lambda0_(lon0),
+      phi0_(lat0),
+      fEast_(fEast),
+      fNorth_(fNorth),
+      zone_(zone) {
+  TSPC_LC83Proj::Prepare();
+}
+
+void TSPC_LC83Proj::SouthLat(double value) {
+  phiS_ = value;
+  Prepare();
+}
+
+void TSPC_LC83Proj::NorthLat(double value) {
+  phiN_ = value;
+  Prepare();
+}
+
+void TSPC_LC83Proj::Lat0(double value) {
+  phi0_ = value;
+  Prepare();
+}
+
+double TSPC_LC83Proj::GetParam(int index, unsigned int unit) const {
+  return ReadParam(*this, Params(), index, unit);
+}
+
+void TSPC_LC83Proj::SetParam(double value, int index, unsigned int unit) {
+  WriteParam(*this, Params(), value, index, unit);
+}
+
+bool TSPC_LC83Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
+  return ConicCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
+}
+
+void TSPC_LC83Proj::Prepare() {
+  cone_ = LambertCone(ell_, phiS_, phiN_, 1.0);
+  rho0_ = cone_.Radius(phi0_);
+}
+
+bool TSPC_LC83Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  const double phi = b, lambda = l;
+  if (std::abs(phi) == kHalfPi) return false;
+
+  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
+  const auto [R, gamma] = cone_.Forward(sinPhi, cosPhi, SetValue(lambda - lambda0_, 1));
+  if (factors) *factors = {cone_.Scale(R, sinPhi, cosPhi), gamma};
+  b = fNorth_ + rho0_ - R * std::cos(gamma);
+  l = fEast_ + R * std::sin(gamma);
+  return true;
+}
+
+bool TSPC_LC83Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  const LambertCone::Polar at = cone_.ToPolar(rho0_ - (n - fNorth_), e - fEast_);
+  double phi, deltaLambda;
+  cone_.Inverse(at, phi, deltaLambda);
+  if (factors) *factors = {cone_.Scale(at.rho, std::sin(phi), std::cos(phi)), at.theta};
+  n = phi;
+  e = lambda0_ + deltaLambda;
+  return true;
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <span>
+
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/lambert_cone.h"
+#include "geomath/proj/param_table.h"
+
+namespace zel_cs::geomath {
+
+/// Lambert conformal conic of the State Plane Coordinate System of 1983 (Stem 1989, NOAA Manual NOS
+/// NGS 5, pp. 26-31), extended to southern cones.
+///
+/// Parameters: southern and northern standard parallel, longitude and latitude of the grid origin,
+/// false easting, northing of the grid origin, zone number (only stored). Radians and metres.
+/// ForwardPoint fails for a latitude of exactly ±π/2 and nowhere else; the inverse never fails, its
+/// longitudes are within π/n of the origin's. Parallels that are both the equator, or symmetric
+/// about it, give results that are not finite.
+///
+/// Computes the point scale and the convergence, positive east of the meridian of origin in the
+/// northern hemisphere (geodetic azimuth = grid azimuth + convergence).
+class GEOMATH_API TSPC_LC83Proj : public TGeoProj {
+ public:
+  /// WGS84 and the placeholders that the factory gives: northern parallel 1 radian, all others 0.
+  /// Kept: its kind is 0.
+  TSPC_LC83Proj();
+  TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
+                double fEast, double fNorth, int zone);
+
+  double SouthLat() const { return phiS_; }
+  void SouthLat(double value);
+  double NorthLat() const { return phiN_; }
+  void NorthLat(double value);
+  double Lon0() const { return lambda0_; }
+  void Lon0(double value) { lambda0_ = value; }
+  double Lat0() const { return phi0_; }
+  void Lat0(double value);
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { fEast_ = value; }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { fNorth_ = value; }
+  int Zone() const { return ParamAsInt(zone_); }
+  void Zone(int value) { zone_ = value; }
+
+  double GetParam(int index, unsigned int unit) const override;
+  void SetParam(double value, int index, unsigned int unit) override;
+  bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+
+  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+
+ protected:
+  void Prepare() override;
+
+ private:
+  static std::span<const ParamRow<TSPC_LC83Proj>> Params();
+
+  double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_, zone_;
+
+  LambertCone cone_;
+  double rho0_;  // radius of the grid origin, metres
+};
+
+}  // namespace zel_cs::geomath
