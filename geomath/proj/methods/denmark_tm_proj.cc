@@ -17,6 +17,17 @@ namespace {
 constexpr double kOuterLimit = 2.623395162778;   // of |Ce|, about 150° at the equator
 constexpr double kInnerLimit = 0.8349968168864;  // of |Ce|, 43° at the equator
 
+// Good to 1e-16 of one radian, which is what the sums and the results need; |imag| stays below 1.
+ComplexAngle AngleOf(double real, double imag) {
+  const double grow = std::exp(imag), decay = 1 / grow;
+  return {std::sin(real), std::cos(real), (grow - decay) / 2, (grow + decay) / 2};
+}
+
+ComplexAngle Twice(const ComplexAngle& z) {
+  return {2 * z.sin * z.cos, (z.cos - z.sin) * (z.cos + z.sin), 2 * z.sinh * z.cosh,
+          1 + 2 * (z.sinh * z.sinh)};
+}
+
 double SumSin2(const double (&c)[4], double sinX, double cosX) {
   return ClenshawSin(c, 2 * sinX * cosX, (cosX - sinX) * (cosX + sinX));
 }
@@ -118,13 +129,13 @@ bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
   const double sinZ = std::sin(Z), cosZ = std::cos(Z);
   const double cosZCosL = cosZ * std::cos(L);
 
-  const double cosEta = std::hypot(sinZ, cosZCosL);
-  const double sinhCe = cosZ * std::sin(L) / cosEta, coshCe = std::hypot(1, sinhCe);
+  const double cosEta = std::sqrt(sinZ * sinZ + cosZCosL * cosZCosL);
   const double sinCn = sinZ / cosEta, cosCn = cosZCosL / cosEta;
-  const double Cn = std::atan2(sinZ, cosZCosL), Ce = std::asinh(sinhCe);
+  const double sinhCe = cosZ * std::sin(L) / cosEta, coshCe = std::sqrt(1 + sinhCe * sinhCe);
+  const double Cn = std::atan2(sinZ, cosZCosL);
+  const double Ce = std::copysign(std::log(std::abs(sinhCe) + coshCe), sinhCe);
 
-  const ComplexSum d = ClenshawSin(gtu_, {2 * sinCn * cosCn, (cosCn - sinCn) * (cosCn + sinCn),
-                                          2 * sinhCe * coshCe, 1 + 2 * sinhCe * sinhCe});
+  const ComplexSum d = ClenshawSin(gtu_, Twice({sinCn, cosCn, sinhCe, coshCe}));
   const double e = Ce + d.imag;
   if (std::abs(e) > kOuterLimit) return false;  // Kept: the inner limit always decides
   if (std::abs(e) > kInnerLimit) return false;
@@ -137,12 +148,9 @@ bool TDenmarkTMProj::InversePoint(double& n, double& e, PointFactors*) const {
   const double Cn0 = (n - Zb_) / Qn_, Ce0 = (e - fEast_) / Qn_;
   if (std::abs(Ce0) > kInnerLimit) return false;
 
-  const ComplexSum d = ClenshawSin(
-      utg_, {std::sin(2 * Cn0), std::cos(2 * Cn0), std::sinh(2 * Ce0), std::cosh(2 * Ce0)});
-  const double Cn = Cn0 + d.real, sinhCe = std::sinh(Ce0 + d.imag);
-  const double sinCn = std::sin(Cn), cosCn = std::cos(Cn);
-
-  const double side = std::hypot(sinhCe, cosCn), coshCe = std::hypot(1, sinhCe);
+  const ComplexSum d = ClenshawSin(utg_, Twice(AngleOf(Cn0, Ce0)));
+  const auto [sinCn, cosCn, sinhCe, coshCe] = AngleOf(Cn0 + d.real, Ce0 + d.imag);
+  const double side = std::sqrt(sinhCe * sinhCe + cosCn * cosCn);
   const double Z = std::atan2(sinCn, side);
   n = Z + SumSin2(cgb_, sinCn / coshCe, side / coshCe);
   e = lambda0_ + std::atan2(sinhCe, cosCn);

@@ -40,6 +40,7 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
+  /// As in the base; classes whose grids have directions of their own extend it.
   void SetNEAxes(const wchar_t* axes) override;
 
   bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;

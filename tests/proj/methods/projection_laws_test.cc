@@ -745,6 +745,33 @@ TEST_P(ProjectionLaws, FactorsAgreeWithNumericDifferences) {
   });
 }
 
+// Whatever numbers come in, as coordinates or as parameters: no crash, no endless loop, and a point
+// that is no number is not converted.
+TEST_P(ProjectionLaws, SurvivesAnyNumber) {
+  const double inf = std::numeric_limits<double>::infinity();
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  const double wild[] = {nan, inf, -inf, 1e308, -1e308, 5e-324, 0, kHalfPi, -kHalfPi, kPi, 1e9};
+  const auto convertAll = [&](TGeoProj& proj) {
+    for (double first : wild)
+      for (double second : wild) {
+        double b = first, l = second, n = first, e = second;
+        proj.Forward(b, l);
+        proj.Inverse(n, e);
+        b = n = first, l = e = second;
+        const bool number = !std::isnan(first) && !std::isnan(second);
+        EXPECT_LE(proj.ForwardBatch(&b, &l, 1), number ? 1u : 0u) << first << ' ' << second;
+        EXPECT_LE(proj.InverseBatch(&n, &e, 1), number ? 1u : 0u) << first << ' ' << second;
+      }
+  };
+  convertAll(*Make());
+  for (int i = 0; i < Make()->GetQParam(); ++i)
+    for (double value : wild) {
+      const ProjPtr proj = Make();
+      proj->SetParam(value, i, 2);
+      convertAll(*proj);
+    }
+}
+
 INSTANTIATE_TEST_SUITE_P(Class, ProjectionLaws, ::testing::ValuesIn(Rows()),
                          [](const auto& row) { return std::string(row.param.laws.name); });
 
