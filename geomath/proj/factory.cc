@@ -54,32 +54,60 @@ TGeoProj* MakeCounty(double a, double f) {
 }
 
 constexpr ProjFactoryRow kRows[] = {
-    {L"TMERC", ProjTypeTM, [](double a, double f) { return Make<TUTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
-    {L"STER", ProjTypeSter, [](double a, double f) { return Make<TSterProj>(a, f, 0, 0, 1.0, 0, 0); }},
-    {L"LC", ProjTypeLC, [](double a, double f) { return Make<TLCProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0, 1.0); }},
+    {L"TMERC", ProjTypeTM,
+     [](double a, double f) { return Make<TUTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
+    {L"STER", ProjTypeSter,
+     [](double a, double f) { return Make<TSterProj>(a, f, 0, 0, 1.0, 0, 0); }},
+    {L"LC", ProjTypeLC,
+     [](double a, double f) { return Make<TLCProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0, 1.0); }},
     {L"AK01", ProjTypeAK01, MakeDefault<TAK01Proj>},
     {L"AK29", ProjTypeAK29, MakeDefault<TAK29Proj>},
     {L"TM27", ProjTypeTM27, MakeDefault<TTM27Proj>},
-    {L"TM83", ProjTypeSPC_TM83, [](double a, double f) { return Make<TSPC_TM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
-    {L"OM83", ProjTypeSPC_OM83, [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
+    {L"TM83", ProjTypeSPC_TM83,
+     [](double a, double f) { return Make<TSPC_TM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
+    {L"OM83", ProjTypeSPC_OM83,
+     [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
     // Kept: the placeholder of the northern parallel is 1 radian.
     {L"OM_MW", ProjTypeMinnesota_OM, MakeCounty<TMinnesota_OMProj>},
     {L"TM_MW", ProjTypeMinnesota_TM, MakeCounty<TMinnesota_TMProj>},
-    {L"COLOMBIA", ProjTypeColombia, [](double a, double f) { return Make<TColombiaProj>(a, f, 0, 0, 0, 0); }},
-    {L"RSO", ProjTypeRSO, [](double a, double f) { return Make<TRSOProj>(a, f, -36.9742095 * kDeg, 0.99984, 102.25 * kDeg, 4 * kDeg, 804671.2996, 0); }},
-    {L"SWISS", ProjTypeSwiss, [](double a, double f) { return Make<TSwissProj>(a, f, 0, 0, 0, 0); }},
-    {L"DSTER", ProjTypeDoubleSter, [](double a, double f) { return Make<TDoubleSter>(a, f, 0, 0, 1.0, 0, 0); }},
-    {L"KMSTRANS", ProjTypeKMSTrans, [](double a, double f) { return Make<TKMSTransProj>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0, 115); }},
+    {L"COLOMBIA", ProjTypeColombia,
+     [](double a, double f) { return Make<TColombiaProj>(a, f, 0, 0, 0, 0); }},
+    {L"RSO", ProjTypeRSO,
+     [](double a, double f) {
+       return Make<TRSOProj>(a, f, -36.9742095 * kDeg, 0.99984, 102.25 * kDeg, 4 * kDeg,
+                             804671.2996, 0);
+     }},
+    {L"SWISS", ProjTypeSwiss,
+     [](double a, double f) { return Make<TSwissProj>(a, f, 0, 0, 0, 0); }},
+    {L"DSTER", ProjTypeDoubleSter,
+     [](double a, double f) { return Make<TDoubleSter>(a, f, 0, 0, 1.0, 0, 0); }},
+    {L"KMSTRANS", ProjTypeKMSTrans,
+     [](double a, double f) {
+       return Make<TKMSTransProj>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0, 115);
+     }},
     {L"NZMG", ProjTypeNZMG, [](double a, double f) { return Make<TNZMGProj>(a, f, 0, 0, 0, 0); }},
-    {L"TMERC_KMS", ProjTypeKMSTM, [](double a, double f) { return Make<TKMSProjTM>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0); }},
-    {L"TMERCSPHER", ProjTypeDenmarkTM, [](double a, double f) { return Make<TDenmarkTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
-    {L"C_S", ProjTypeMalaysia_CS, [](double a, double f) { return Make<TMalaysia_CSProj>(a, f, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871, 5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384, 0.17978, 0.58805, -0.66614); }},
-    {L"OM", ProjTypeOMercator, [](double a, double f) { return Make<TOMercatorProj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
-    {L"CASSINI", ProjTypeCassini, [](double a, double f) { return Make<TCassiniProj>(a, f, 0, 0, 0, 0, 0); }},
-    {L"MERCATOR", ProjTypeMercator, [](double a, double f) { return Make<TMercatorProj>(a, f, 0, 0, 0, 0); }},
-    {L"TMERC_NZ", kByNameOnly, [](double a, double f) { return Make<TTTMNZ>(a, f, 0, 1.0, 0, 0, 0, 0.999998261); }},
-    {L"TMSPHER", ProjTypeMonSpher, [](double a, double f) { return Make<TMonSpher>(a, f, 0, 0, 0, 1.0, 1.0, 0, 0, 0); }},
-    {L"C_S2000", kByNameOnly, [](double a, double f) { return Make<TMalaysia_CS2000Proj>(a, f, 0, 0, 0, 0); }},
+    {L"TMERC_KMS", ProjTypeKMSTM,
+     [](double a, double f) { return Make<TKMSProjTM>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0); }},
+    {L"TMERCSPHER", ProjTypeDenmarkTM,
+     [](double a, double f) { return Make<TDenmarkTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
+    {L"C_S", ProjTypeMalaysia_CS,
+     [](double a, double f) {
+       return Make<TMalaysia_CSProj>(a, f, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871,
+                                     5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384,
+                                     0.17978, 0.58805, -0.66614);
+     }},
+    {L"OM", ProjTypeOMercator,
+     [](double a, double f) { return Make<TOMercatorProj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
+    {L"CASSINI", ProjTypeCassini,
+     [](double a, double f) { return Make<TCassiniProj>(a, f, 0, 0, 0, 0, 0); }},
+    {L"MERCATOR", ProjTypeMercator,
+     [](double a, double f) { return Make<TMercatorProj>(a, f, 0, 0, 0, 0); }},
+    {L"TMERC_NZ", kByNameOnly,
+     [](double a, double f) { return Make<TTTMNZ>(a, f, 0, 1.0, 0, 0, 0, 0.999998261); }},
+    {L"TMSPHER", ProjTypeMonSpher,
+     [](double a, double f) { return Make<TMonSpher>(a, f, 0, 0, 0, 1.0, 1.0, 0, 0, 0); }},
+    {L"C_S2000", kByNameOnly,
+     [](double a, double f) { return Make<TMalaysia_CS2000Proj>(a, f, 0, 0, 0, 0); }},
 };
 
 template <class Matches>
@@ -93,7 +121,8 @@ TGeoProj* MakeFirst(Matches matches, double a, double invF) {
 std::span<const ProjFactoryRow> ProjFactoryRows() { return kRows; }
 
 TGeoProj* _GetProjByName(const CZelStringT<wchar_t>& name, double a, double invF) {
-  return MakeFirst([&name](const ProjFactoryRow& row) { return name.Compare(row.name) == 0; }, a, invF);
+  return MakeFirst([&name](const ProjFactoryRow& row) { return name.Compare(row.name) == 0; }, a,
+                   invF);
 }
 
 TGeoProj* _GetProjByType(int type, double a, double invF) {

@@ -8,9 +8,9 @@ namespace zel_cs::geomath {
 // Projections that are built on the true length of the meridian arc. All convert in place on
 // internal axes, (latitude, longitude) to (northing, easting), radians and metres; longitude
 // differences are folded on the way in, longitudes are not folded on the way out. ForwardPoint is
-// always true unless said otherwise; InversePoint is false for a pair whose arc passes a pole. Within 1e-12 rad
-// of a pole the inverse gives the pole itself, on the origin meridian where the pole is a point of
-// the map. Const, without allocation.
+// always true unless said otherwise; InversePoint is false for a pair whose arc passes a pole.
+// Within 1e-12 rad of a pole the inverse gives the pole itself, on the origin meridian where the
+// pole is a point of the map. Const, without allocation.
 
 /// Origin meridian and false origin of a grid.
 struct GridOrigin {

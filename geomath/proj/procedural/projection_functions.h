@@ -179,11 +179,12 @@ GEOMATH_API bool TBLHToNZMG(const double* blh, double* neh, const double* ellips
 GEOMATH_API bool TNZMGToBLH(const double* neh, double* blh, const double* ellipsoid,
                             const double* param);
 
-/// UTM zone of a longitude (radians, any), 1 to 60, without the exceptions of Norway and Svalbard; 0
-/// for a longitude that is not finite.
+/// UTM zone of a longitude (radians, any), 1 to 60, without the exceptions of Norway and Svalbard;
+/// 0 for a longitude that is not finite.
 GEOMATH_API int TUTMZone(double lon);
 
-/// The five parameters of TBLHToUTM for a UTM zone, in the southern hemisphere when `south` is not 0.
+/// The five parameters of TBLHToUTM for a UTM zone, in the southern hemisphere when `south` is not
+/// 0.
 GEOMATH_API void TUTMParam(int zone, int south, double* param);
 
 // Methods without a class.
