@@ -1,5 +1,9 @@
 #include "tools/projection_names.h"
 
+#include <algorithm>
+#include <map>
+
+#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/factory.h"
 #include "geomath/proj/methods/tm_proj.h"
@@ -11,14 +15,6 @@ using namespace zel_cs::geomath;
 
 namespace geomath_tools {
 namespace {
-
-// The names of the factory. It cannot list them, and answers an unknown one with kind 40.
-constexpr const char* kFactoryNames[] = {
-    "AK01",   "AK29",       "AlbersConic", "CASSINI",  "COLOMBIA", "C_S2000",  "DSTER", "KMSTRANS",
-    "KROVAK", "LA_MW",      "LC",          "LC27",     "LC83",     "MERCATOR", "NZMG",  "OM",
-    "OM83",   "OM_MW",      "RDPROJ",      "RSO",      "STER",     "SWISS",    "TM27",  "TM83",
-    "TMERC",  "TMERCSPHER", "TMERC_KMS",   "TMERC_NZ", "TMSPHER",  "TM_MW",
-};
 
 // The Roman-numeral series of national grids (TTMProj), which the factory has no name for. Its
 // parameters are those of "TMERC".
@@ -32,10 +28,12 @@ std::unique_ptr<TGeoProj> MakeDefault(const std::string& name, double a, double 
 }
 
 ParameterUnit UnitOf(const TProjectionType& description, int index) {
+  const bool latitude = description.SpecifyParam(index) == kParamSpecLatitude;
   switch (description.GetParamType(index)) {
     case kParamTypeAngle:
-      return description.SpecifyParam(index) == kParamSpecLatitude ? ParameterUnit::latitude
-                                                                   : ParameterUnit::degrees;
+      // The grids of 1927 keep the arc-seconds of their table.
+      if (!description.DoConvertToUnit(index)) return ParameterUnit::number;
+      return latitude ? ParameterUnit::latitude : ParameterUnit::degrees;
     case kParamTypeLinear:
       return ParameterUnit::metres;
     case kParamTypeScale:
@@ -45,26 +43,46 @@ ParameterUnit UnitOf(const TProjectionType& description, int index) {
   }
 }
 
+std::string QuantityOf(const TProjectionType& description, int index) {
+  static const std::map<int, std::string> types = {
+      {kParamTypeAngle, "angle"},        {kParamTypeLinear, "length"},
+      {kParamTypeScale, "scale factor"}, {kParamTypeZone, "zone number"},
+      {kParamTypeCount, "count"},        {kParamTypeCoefficient, "coefficient"}};
+  static const std::map<int, std::string> specifications = {{kParamSpecLatitude, "latitude"},
+                                                            {kParamSpecLongitude, "longitude"},
+                                                            {kParamSpecAzimuth, "azimuth"},
+                                                            {kParamSpecEasting, "false easting"},
+                                                            {kParamSpecNorthing, "false northing"}};
+  const auto specification = specifications.find(description.SpecifyParam(index));
+  if (specification != specifications.end()) return specification->second;
+  return types.at(description.GetParamType(index));
+}
+
 // The parameters that the library's metadata describe under a key.
-std::vector<ProjectionParameter> Describe(const char* key) {
+std::vector<ProjectionParameter> Describe(const std::string& key) {
   std::vector<ProjectionParameter> parameters;
   TProjectionType description;
   if (description.Load(Widen(key).c_str()) != 0) return parameters;
   for (int i = 0; i < description.GetQParam(); ++i) {
     if (const char* name = description.GetParamName(i))
-      parameters.push_back({name, UnitOf(description, i)});
+      parameters.push_back({name, QuantityOf(description, i), UnitOf(description, i)});
   }
   return parameters;
 }
 
 std::vector<ProjectionKind> CollectKinds() {
   std::vector<ProjectionKind> kinds;
-  for (const char* name : kFactoryNames) {
+  const auto add = [&kinds](const std::string& name, const std::string& key) {
     const auto projection = MakeDefault(name, kWgs84A, kWgs84InvF);
-    if (projection && projection->GetType() != ProjTypeNone)
-      kinds.push_back({name, Describe(name)});
+    if (projection) kinds.push_back({name, projection->GetType(), Describe(key)});
+  };
+  for (const ProjFactoryRow& row : ProjFactoryRows()) {
+    const std::wstring name = row.name;  // ASCII
+    add({name.begin(), name.end()}, {name.begin(), name.end()});
   }
-  kinds.push_back({kRomanNumeralTm, Describe("TMERC")});
+  add(kRomanNumeralTm, "TMERC");
+  std::sort(kinds.begin(), kinds.end(),
+            [](const ProjectionKind& a, const ProjectionKind& b) { return a.name < b.name; });
   return kinds;
 }
 
@@ -91,8 +109,13 @@ const ProjectionKind* FindProjection(const std::string& name) {
 std::unique_ptr<TGeoProj> MakeProjection(const ProjectionKind& kind, double a, double invF,
                                          const std::vector<double>& values) {
   std::unique_ptr<TGeoProj> projection = MakeDefault(kind.name, a, invF);
-  for (std::size_t i = 0; i < values.size(); ++i)
-    projection->SetParam(values[i], static_cast<int>(i), kUnitDegrees);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    // In radians: the oblique Mercator takes its azimuth so under every unit code.
+    const ParameterUnit unit = kind.parameters.at(i).unit;
+    const bool degrees = unit == ParameterUnit::latitude || unit == ParameterUnit::degrees;
+    projection->SetParam(degrees ? values[i] * kRadPerDeg : values[i], static_cast<int>(i),
+                         kUnitInternal);
+  }
   return projection;
 }
 

@@ -13,16 +13,19 @@ enum class ParameterUnit { latitude, degrees, metres, factor, number };
 
 struct ProjectionParameter {
   std::string name;
+  std::string quantity;  // what it is: "latitude", "easting", "scale factor", …
   ParameterUnit unit;
 };
 
 /// A projection that a system file may name, with its parameters in index order.
 struct ProjectionKind {
   std::string name;
+  int code;  // that its objects report
   std::vector<ProjectionParameter> parameters;
 };
 
-/// All of them: every name of the library's factory whose parameters are described, and "TM".
+/// All of them: every name of the library's factory, with the parameters that the library describes,
+/// and "TM".
 const std::vector<ProjectionKind>& ProjectionKinds();
 
 std::vector<std::string> ProjectionNames();

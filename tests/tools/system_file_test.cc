@@ -183,7 +183,7 @@ TEST(SystemFile, BrokenJsonIsLocated) {
 TEST(SystemFile, EveryProjectionHasDescribedParameters) {
   ASSERT_NE(FindProjection("TMERC"), nullptr);
   for (const ProjectionKind& kind : ProjectionKinds()) {
-    EXPECT_FALSE(kind.parameters.empty()) << kind.name;
+    EXPECT_EQ(kind.parameters.empty(), kind.name == "C_S") << kind.name;
     std::vector<double> values(kind.parameters.size(), 0.5);
     const auto projection = MakeProjection(kind, 6378137, 298.257223563, values);
     ASSERT_NE(projection, nullptr) << kind.name;

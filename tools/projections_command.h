@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace geomath_tools {
+
+/// `geomath projections`: the names, kinds and parameters of the projections, as text or JSON.
+std::function<int()> PrepareProjections(CLI::App& arguments);
+
+}  // namespace geomath_tools
