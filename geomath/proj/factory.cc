@@ -6,22 +6,28 @@
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/albers_ea_conic_proj.h"
 #include "geomath/proj/methods/cassini_proj.h"
 #include "geomath/proj/methods/colombia_proj.h"
 #include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
 #include "geomath/proj/methods/kms_proj_tm.h"
 #include "geomath/proj/methods/kms_trans_proj.h"
+#include "geomath/proj/methods/krovak_proj.h"
+#include "geomath/proj/methods/lc27_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
 #include "geomath/proj/methods/mercator_proj.h"
+#include "geomath/proj/methods/minnesota_la_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
 #include "geomath/proj/methods/minnesota_tm_proj.h"
 #include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rd_proj.h"
 #include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_lc83_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
 #include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
@@ -63,11 +69,15 @@ constexpr ProjFactoryRow kRows[] = {
     {L"AK01", ProjTypeAK01, MakeDefault<TAK01Proj>},
     {L"AK29", ProjTypeAK29, MakeDefault<TAK29Proj>},
     {L"TM27", ProjTypeTM27, MakeDefault<TTM27Proj>},
+    {L"LC27", ProjTypeLC27, MakeDefault<TLC27Proj>},
     {L"TM83", ProjTypeSPC_TM83,
      [](double a, double f) { return Make<TSPC_TM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
     {L"OM83", ProjTypeSPC_OM83,
      [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
     // Kept: the placeholder of the northern parallel is 1 radian.
+    {L"LC83", ProjTypeSPC_LC83,
+     [](double a, double f) { return Make<TSPC_LC83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
+    {L"LA_MW", ProjTypeMinnesota_LA, MakeCounty<TMinnesota_LAProj>},
     {L"OM_MW", ProjTypeMinnesota_OM, MakeCounty<TMinnesota_OMProj>},
     {L"TM_MW", ProjTypeMinnesota_TM, MakeCounty<TMinnesota_TMProj>},
     {L"COLOMBIA", ProjTypeColombia,
@@ -79,6 +89,7 @@ constexpr ProjFactoryRow kRows[] = {
      }},
     {L"SWISS", ProjTypeSwiss,
      [](double a, double f) { return Make<TSwissProj>(a, f, 0, 0, 0, 0); }},
+    {L"RDPROJ", ProjTypeRD, [](double a, double f) { return Make<TRDProj>(a, f, 0, 0, 0, 0); }},
     {L"DSTER", ProjTypeDoubleSter,
      [](double a, double f) { return Make<TDoubleSter>(a, f, 0, 0, 1.0, 0, 0); }},
     {L"KMSTRANS", ProjTypeKMSTrans,
@@ -96,10 +107,14 @@ constexpr ProjFactoryRow kRows[] = {
                                      5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384,
                                      0.17978, 0.58805, -0.66614);
      }},
+    {L"AlbersConic", ProjTypeAlbersEAConic,
+     [](double a, double f) { return Make<TAlbersEAConicProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0); }},
     {L"OM", ProjTypeOMercator,
      [](double a, double f) { return Make<TOMercatorProj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
     {L"CASSINI", ProjTypeCassini,
      [](double a, double f) { return Make<TCassiniProj>(a, f, 0, 0, 0, 0, 0); }},
+    {L"KROVAK", ProjTypeKrovak,
+     [](double a, double f) { return Make<TKrovakProj>(a, f, 0, 0, 0, 0, 0, 0.9999, 0, 0); }},
     {L"MERCATOR", ProjTypeMercator,
      [](double a, double f) { return Make<TMercatorProj>(a, f, 0, 0, 0, 0); }},
     {L"TMERC_NZ", kByNameOnly,

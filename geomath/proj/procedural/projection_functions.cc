@@ -11,22 +11,30 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/albers_ea_conic_proj.h"
 #include "geomath/proj/methods/cassini_proj.h"
 #include "geomath/proj/methods/colombia_proj.h"
 #include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
 #include "geomath/proj/methods/kms_proj_tm.h"
 #include "geomath/proj/methods/kms_trans_proj.h"
+#include "geomath/proj/methods/krovak_proj.h"
+#include "geomath/proj/methods/lc27_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
 #include "geomath/proj/methods/mercator_proj.h"
+#include "geomath/proj/methods/minnesota_la_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
 #include "geomath/proj/methods/minnesota_tm_proj.h"
 #include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rd_proj.h"
+#include "geomath/proj/methods/rd_trans_proj.h"
+#include "geomath/proj/methods/romania_ster.h"
 #include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_lc83_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
 #include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
@@ -175,6 +183,10 @@ GEOMATH_CLASS_FUNCTIONS(TM83, TSPC_TM83Proj, 6)
 GEOMATH_CLASS_FUNCTIONS(TMMinnesota, TMinnesota_TMProj, 12)
 GEOMATH_CLASS_FUNCTIONS(TMSphere, TMonSpher, 8)
 GEOMATH_CLASS_FUNCTIONS(LC, TLCProj, 7)
+GEOMATH_CLASS_FUNCTIONS(LC27, TLC27Proj, 11)
+GEOMATH_CLASS_FUNCTIONS(LC83, TSPC_LC83Proj, 7)
+GEOMATH_CLASS_FUNCTIONS(LCMinnesota, TMinnesota_LAProj, 12)
+GEOMATH_CLASS_FUNCTIONS(Albers, TAlbersEAConicProj, 6)
 GEOMATH_CLASS_FUNCTIONS(OM, TOMercatorProj, 6)
 GEOMATH_CLASS_FUNCTIONS(OM83, TSPC_OM83Proj, 7)
 GEOMATH_CLASS_FUNCTIONS(OMMinnesota, TMinnesota_OMProj, 12)
@@ -186,6 +198,10 @@ GEOMATH_CLASS_FUNCTIONS(AK01, TAK01Proj, 12)
 GEOMATH_CLASS_FUNCTIONS(AK29, TAK29Proj, 3)
 GEOMATH_CLASS_FUNCTIONS(Ster, TSterProj, 5)
 GEOMATH_CLASS_FUNCTIONS(DoubleSter, TDoubleSter, 5)
+GEOMATH_CLASS_FUNCTIONS(RomaniaSter, TRomaniaSter, 5)
+GEOMATH_CLASS_FUNCTIONS(RD, TRDProj, 4)
+GEOMATH_CLASS_FUNCTIONS(RDTrans, TRDTransProj, 5)
+GEOMATH_CLASS_FUNCTIONS(Krovak, TKrovakProj, 8)
 GEOMATH_CLASS_FUNCTIONS(Cassini, TCassiniProj, 5)
 GEOMATH_CLASS_FUNCTIONS(Colombia, TColombiaProj, 4)
 GEOMATH_CLASS_FUNCTIONS(Mercator, TMercatorProj, 4)

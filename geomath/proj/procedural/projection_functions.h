@@ -89,6 +89,30 @@ GEOMATH_API bool TBLHToLC(const double* blh, double* neh, const double* ellipsoi
 GEOMATH_API bool TLCToBLH(const double* neh, double* blh, const double* ellipsoid,
                           const double* param);
 
+/// TLC27Proj, 11: L1, L2, L3, L4, L5, L6, L78, L9, L10, L11, zone; no ellipsoid.
+GEOMATH_API bool TBLHToLC27(const double* blh, double* neh, const double* ellipsoid,
+                            const double* param);
+GEOMATH_API bool TLC27ToBLH(const double* neh, double* blh, const double* ellipsoid,
+                            const double* param);
+
+/// TSPC_LC83Proj, 7: SouthLat, NorthLat, Lon0, Lat0, East0, North0, zone.
+GEOMATH_API bool TBLHToLC83(const double* blh, double* neh, const double* ellipsoid,
+                            const double* param);
+GEOMATH_API bool TLC83ToBLH(const double* neh, double* blh, const double* ellipsoid,
+                            const double* param);
+
+/// TMinnesota_LAProj, 12: as TMMinnesota.
+GEOMATH_API bool TBLHToLCMinnesota(const double* blh, double* neh, const double* ellipsoid,
+                                   const double* param);
+GEOMATH_API bool TLCMinnesotaToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                   const double* param);
+
+/// TAlbersEAConicProj, 6: SouthLat, NorthLat, Lon0, Lat0, East0, North0.
+GEOMATH_API bool TBLHToAlbers(const double* blh, double* neh, const double* ellipsoid,
+                              const double* param);
+GEOMATH_API bool TAlbersToBLH(const double* neh, double* blh, const double* ellipsoid,
+                              const double* param);
+
 /// TOMercatorProj, 6: AxisAzimuth, Scale, Lon0, Lat0, East0, North0.
 GEOMATH_API bool TBLHToOM(const double* blh, double* neh, const double* ellipsoid,
                           const double* param);
@@ -154,6 +178,30 @@ GEOMATH_API bool TBLHToDoubleSter(const double* blh, double* neh, const double* 
                                   const double* param);
 GEOMATH_API bool TDoubleSterToBLH(const double* neh, double* blh, const double* ellipsoid,
                                   const double* param);
+
+/// TRomaniaSter, 5: as Ster.
+GEOMATH_API bool TBLHToRomaniaSter(const double* blh, double* neh, const double* ellipsoid,
+                                   const double* param);
+GEOMATH_API bool TRomaniaSterToBLH(const double* neh, double* blh, const double* ellipsoid,
+                                   const double* param);
+
+/// TRDProj, 4: Lat0, Lon0, East0, North0.
+GEOMATH_API bool TBLHToRD(const double* blh, double* neh, const double* ellipsoid,
+                          const double* param);
+GEOMATH_API bool TRDToBLH(const double* neh, double* blh, const double* ellipsoid,
+                          const double* param);
+
+/// TRDTransProj, 5: as Ster.
+GEOMATH_API bool TBLHToRDTrans(const double* blh, double* neh, const double* ellipsoid,
+                               const double* param);
+GEOMATH_API bool TRDTransToBLH(const double* neh, double* blh, const double* ellipsoid,
+                               const double* param);
+
+/// TKrovakProj, 8: Lat0, Lon0, dLon, Uq, S0, Scale, East0, North0.
+GEOMATH_API bool TBLHToKrovak(const double* blh, double* neh, const double* ellipsoid,
+                              const double* param);
+GEOMATH_API bool TKrovakToBLH(const double* neh, double* blh, const double* ellipsoid,
+                              const double* param);
 
 /// TCassiniProj, 5: Lat0, Lon0, AxisAzimuth, East0, North0.
 GEOMATH_API bool TBLHToCassini(const double* blh, double* neh, const double* ellipsoid,

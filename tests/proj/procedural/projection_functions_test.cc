@@ -9,22 +9,30 @@
 
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/albers_ea_conic_proj.h"
 #include "geomath/proj/methods/cassini_proj.h"
 #include "geomath/proj/methods/colombia_proj.h"
 #include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
 #include "geomath/proj/methods/kms_proj_tm.h"
 #include "geomath/proj/methods/kms_trans_proj.h"
+#include "geomath/proj/methods/krovak_proj.h"
+#include "geomath/proj/methods/lc27_proj.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 #include "geomath/proj/methods/malaysia_cs_proj.h"
 #include "geomath/proj/methods/mercator_proj.h"
+#include "geomath/proj/methods/minnesota_la_proj.h"
 #include "geomath/proj/methods/minnesota_om_proj.h"
 #include "geomath/proj/methods/minnesota_tm_proj.h"
 #include "geomath/proj/methods/mon_spher.h"
 #include "geomath/proj/methods/nzmg_proj.h"
 #include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rd_proj.h"
+#include "geomath/proj/methods/rd_trans_proj.h"
+#include "geomath/proj/methods/romania_ster.h"
 #include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_lc83_proj.h"
 #include "geomath/proj/methods/spc_om83_proj.h"
 #include "geomath/proj/methods/spc_tm83_proj.h"
 #include "geomath/proj/methods/ster_proj.h"
@@ -98,6 +106,14 @@ std::vector<ClassCase> ClassCases() {
                           {-21 * d, 55.5 * d, -20 * d, 1.0001, 0.9999, 160000, 50000, 1 * d}, -20.9,
                           55.4));
   add(MakeCase<TLCProj>("LC", TBLHToLC, TLCToBLH, with(conic, 0.9999), 52, 3));
+  add(MakeCase<TLC27Proj>("LC27", TBLHToLC27, TLC27ToBLH,
+                          {2000000, 439200, 24245358.05, 24792436.23, 0.9998946358, 0.6538843192,
+                           146486.75847, 3.80992, 3.93575, 0, 401},
+                          40.5, -122.8));
+  add(MakeCase<TSPC_LC83Proj>("LC83", TBLHToLC83, TLC83ToBLH, with(conic, 401), 52, 3));
+  add(MakeCase<TMinnesota_LAProj>("LCMinnesota", TBLHToLCMinnesota, TLCMinnesotaToBLH, county, 45.5,
+                                  -93.2));
+  add(MakeCase<TAlbersEAConicProj>("Albers", TBLHToAlbers, TAlbersToBLH, conic, 52, 3));
   add(MakeCase<TOMercatorProj>("OM", TBLHToOM, TOMToBLH, oblique, 47, 11));
   add(MakeCase<TSPC_OM83Proj>("OM83", TBLHToOM83, TOM83ToBLH, with(oblique, 5001), 47, 11));
   add(MakeCase<TMinnesota_OMProj>("OMMinnesota", TBLHToOMMinnesota, TOMMinnesotaToBLH, county, 45.5,
@@ -120,6 +136,12 @@ std::vector<ClassCase> ClassCases() {
   add(MakeCase<TAK29Proj>("AK29", TBLHToAK29, TAK29ToBLH, {500000, 511200, 5002}, 62, -141.2));
   add(MakeCase<TSterProj>("Ster", TBLHToSter, TSterToBLH, ster, 52.5, 6));
   add(MakeCase<TDoubleSter>("DoubleSter", TBLHToDoubleSter, TDoubleSterToBLH, ster, 52.5, 6));
+  add(MakeCase<TRomaniaSter>("RomaniaSter", TBLHToRomaniaSter, TRomaniaSterToBLH, ster, 52.5, 6));
+  add(MakeCase<TRDProj>("RD", TBLHToRD, TRDToBLH, {52 * d, 5 * d, 155000, 463000}, 52.5, 6));
+  add(MakeCase<TRDTransProj>("RDTrans", TBLHToRDTrans, TRDTransToBLH, ster, 52.5, 6));
+  add(MakeCase<TKrovakProj>("Krovak", TBLHToKrovak, TKrovakToBLH,
+                            {49.5 * d, 42.5 * d, 17.6 * d, 59.7 * d, 78.5 * d, 0.9999, 10, 20}, 50,
+                            15));
   add(MakeCase<TCassiniProj>("Cassini", TBLHToCassini, TCassiniToBLH,
                              {2.1 * d, 103.4 * d, 10 * d, -14810, 8758}, 1.9, 103.2));
   add(MakeCase<TColombiaProj>("Colombia", TBLHToColombia, TColombiaToBLH, origin, 4.6, -74.1));
