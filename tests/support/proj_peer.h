@@ -1,9 +1,12 @@
 #pragma once
 
+#include <gtest/gtest.h>
 #include <proj.h>
 
 #include <algorithm>
 #include <cmath>
+#include <iostream>
+#include <memory>
 #include <string>
 
 #include "geomath/proj/geo_proj.h"
@@ -72,4 +75,24 @@ inline PeerDifference CompareWithPeer(zel_cs::geomath::TGeoProj& proj,
       ++difference.points;
     }
   return difference;
+}
+
+/// One projection of ours beside its PROJ definition.
+struct PeerCase {
+  const char* name;
+  std::shared_ptr<zel_cs::geomath::TGeoProj> proj;
+  const char* definition;
+  PeerLattice lattice;
+  double tolerance;  // metres
+};
+
+inline void PrintTo(const PeerCase& c, std::ostream* out) { *out << c.name; }
+
+/// Says the worst difference and expects it within the tolerance at nearly all points.
+inline void ExpectAgreesWithPeer(const PeerCase& c) {
+  const PeerDifference difference = CompareWithPeer(*c.proj, c.definition, c.lattice);
+  std::cout << c.name << ": worst difference from PROJ " << difference.worst << " m at "
+            << difference.points << " points\n";
+  EXPECT_GE(difference.points, c.lattice.rows * c.lattice.columns * 9 / 10);
+  EXPECT_LE(difference.worst, c.tolerance);
 }
