@@ -16,9 +16,10 @@ namespace zel_cs::geomath {
 /// radii beside the central meridian: on an Earth ellipsoid beyond 43.0° of longitude at the
 /// equator and 51.9° at latitude 30°, nowhere above latitude 47°.
 ///
-/// Against an exact transverse Mercator: 1 µm within 20° of the central meridian, 0.01 mm within 35°
-/// and 0.08 mm at the limit; a round trip closes to 4 µm within 30° and 0.05 mm at the limit.
-/// Longitudes of the inverse are not folded. Scale and convergence are not computed.
+/// Against an exact transverse Mercator: forward 1 µm within 20° of the central meridian, 0.01 mm
+/// within 35° and 0.08 mm at the limit, where the order n⁴ ends; inverse 4 µm everywhere. A round
+/// trip closes to 4 µm within 30° and 0.05 mm at the limit. Longitudes of the inverse are not
+/// folded. Scale and convergence are not computed.
 class GEOMATH_API TDenmarkTMProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.

@@ -19,7 +19,8 @@ namespace zel_cs::geomath {
 /// Never fails. Kept: the method departs from a rigorous transverse Mercator by 1 mm at half a
 /// degree from the central meridian, 23 mm at one and 0.4 m at two degrees, nearly all of it in
 /// northing; coordinates of 1927 were published that way. A round trip closes to 1 mm within 1° and
-/// to 4 mm within 2°. Longitudes of the inverse are not folded.
+/// to 4 mm within 2°; over the 49 published zones it is 0.16 mm within 1°. Longitudes of the inverse
+/// are not folded.
 ///
 /// Kept: SetEllipsoid changes what GetEllipsoid reports and not the mathematics. Computes the point
 /// scale and the convergence, positive east of the central meridian in the northern hemisphere.
