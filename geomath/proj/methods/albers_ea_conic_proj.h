@@ -54,10 +54,11 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_;
 
-  double n_;      // cone constant
-  double C_;      // m1² + n·q1
-  double rho0_;   // radius of the origin latitude, metres
-  double qPole_;  // q at the north pole
+  double n_;            // cone constant
+  double C_;            // m1² + n·q1
+  double rho0_;         // radius of the origin latitude, metres
+  double qPole_;        // q at the north pole
+  double authalic_[3];  // authalic to geodetic latitude, of sin 2β …
 };
 
 }  // namespace zel_cs::geomath

@@ -119,7 +119,8 @@ bool TSterProj::ObliqueForward(double& b, double& l, PointFactors* factors) cons
   const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
   if (sinPhi == 1 && phi0_ != 0) return false;
 
-  const SinCos chi = latitude_.FromGeodetic(sinPhi, cosPhi);
+  // Kept: a latitude beyond a pole counts by its sine, as its supplement.
+  const SinCos chi = latitude_.FromGeodetic(sinPhi, std::abs(cosPhi));
   const double cosDelta = std::cos(deltaLambda);
   const double A = obliqueA_ / (1 + chi1_.sin * chi.sin + chi1_.cos * chi.cos * cosDelta);  // 21-27
   if (factors)

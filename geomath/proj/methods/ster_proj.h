@@ -22,6 +22,7 @@ namespace zel_cs::geomath {
 /// opposite pole too, with point scale 0, and take the latitude back from the series to e⁸ (2e-12
 /// rad). The oblique and equatorial inverse folds the longitude into the half turn around the
 /// origin's, so that a point more than a quarter turn of longitude away comes back half a turn off.
+/// A latitude beyond ±π/2 counts as its supplement there.
 ///
 /// Computes the point scale, never the convergence.
 class GEOMATH_API TSterProj : public TGeoProj {

@@ -745,7 +745,7 @@ TEST_P(ProjectionLaws, FactorsAgreeWithNumericDifferences) {
   });
 }
 
-// Whatever numbers come in, as coordinates or as parameters: no crash, no endless loop, and a point
+// Whatever numbers come in, as coordinates, parameters or flattening: no crash, no endless loop, and a point
 // that is no number is not converted.
 TEST_P(ProjectionLaws, SurvivesAnyNumber) {
   const double inf = std::numeric_limits<double>::infinity();
@@ -770,6 +770,11 @@ TEST_P(ProjectionLaws, SurvivesAnyNumber) {
       proj->SetParam(value, i, 2);
       convertAll(*proj);
     }
+  for (double invF : {1.0, 0.3, 0.0, -298.0, inf, nan}) {
+    const ProjPtr proj = Make();
+    proj->SetEllipsoid(kGrs80.a, invF);
+    convertAll(*proj);
+  }
 }
 
 INSTANTIATE_TEST_SUITE_P(Class, ProjectionLaws, ::testing::ValuesIn(Rows()),

@@ -91,5 +91,14 @@ TEST(SterProj, KeepsTheLongitudeFoldOfTheObliqueInverse) {
   }
 }
 
+TEST(SterProj, KeepsALatitudeBeyondThePoleAsItsSupplement) {
+  TSterProj proj(kWgs84A, kWgs84InvF, 50 * kDeg, 10 * kDeg, 1, 0, 0);
+  double b = 100 * kDeg, l = 0.3, bs = 80 * kDeg, ls = 0.3;
+  ASSERT_TRUE(proj.Forward(b, l));
+  ASSERT_TRUE(proj.Forward(bs, ls));
+  EXPECT_NEAR(b, bs, tolerance::kSameFormulaMetres);
+  EXPECT_NEAR(l, ls, tolerance::kSameFormulaMetres);
+}
+
 }  // namespace
 }  // namespace zel_cs::geomath
