@@ -29,15 +29,18 @@ ReducedLatitude SolveReducedLatitude(const ReducedLatitudeEquation& equation) {
   return beta;
 }
 
-// Where the column kernels serve: see EllipsoidKernel.
-bool IsModestAngles(const double (&blh)[3]) {
-  return (std::abs(blh[0]) < simd::kMaxAngle) & (std::abs(blh[1]) < simd::kMaxAngle);
+// Where the column kernels serve, see EllipsoidKernel; written without branches for columns.
+bool HasModestAngles(const double (&blh)[3]) {
+  const bool latitude = std::abs(blh[0]) < simd::kMaxAngle;
+  const bool longitude = std::abs(blh[1]) < simd::kMaxAngle;
+  return latitude & longitude;
 }
 
 bool IsNearSurface(const double (&xyz)[3], double a) {
   const double lowest = a / 2, highest = 1e6 * a;
   const double r2 = xyz[0] * xyz[0] + xyz[1] * xyz[1] + xyz[2] * xyz[2];
-  return (r2 > lowest * lowest) & (r2 < highest * highest);
+  const bool outside = r2 > lowest * lowest, near = r2 < highest * highest;
+  return outside & near;
 }
 
 }  // namespace
@@ -112,7 +115,7 @@ std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::si
                                    &EllipsoidKernel<simd::BestCompiled>::ToGeocentric);
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
     RunKernel(
-        columns, points, IsModestAngles,
+        columns, points, HasModestAngles,
         [&](double* const(&c)[3], std::size_t length) { kernel(*this, c[0], c[1], c[2], length); },
         [&](double(&blh)[3]) { BLH_to_XYZ(blh[0], blh[1], blh[2]); });
   };

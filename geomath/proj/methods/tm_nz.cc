@@ -43,4 +43,12 @@ bool TTTMNZ::InversePoint(double& n, double& e, PointFactors* factors) const {
   return true;
 }
 
+void TTTMNZ::ForwardBlock(double* b, double* l, std::size_t count) const {
+  TGeoProj::ForwardBlock(b, l, count);
+}
+
+void TTTMNZ::InverseBlock(double* n, double* e, std::size_t count) const {
+  TGeoProj::InverseBlock(n, e, count);
+}
+
 }  // namespace zel_cs::geomath

@@ -24,6 +24,11 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
   bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
+ protected:
+  // The kernel of TUTMProj knows no grid scale: point by point.
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
+
  private:
   double gridScale_;
 };

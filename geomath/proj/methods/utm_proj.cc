@@ -2,27 +2,19 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
-#include "geomath/proj/methods/math/multiple_angles.h"
-#include "geomath/proj/methods/math/tm_longitude_series.h"
+#include "geomath/proj/methods/math/meridian_series.h"
 
-// Symbols of Stem 1989:
-//   λ0 lambda0_   k0 k0_   S0 forwardOrigin_, inverseOrigin_   r series_.r
-//   L  = Δλ·cos φ   R = scaled prime-vertical radius   t = tan φ   η² = e′²·cos²φ   Q = ΔE/R
 namespace zel_cs::geomath {
-namespace {
-
-constexpr double kEta2T4 = 60;  // Kept: Stem 1989 has 90; see TmInverseSeries
-
-}  // namespace
 
 std::span<const ParamRow<TUTMProj>> TUTMProj::Params() {
   static constexpr ParamRow<TUTMProj> rows[] = {
-      {&TUTMProj::lambda0_, ParamKind::angle},
+      {&TUTMProj::lambda0_, ParamKind::angle, &TUTMProj::Prepare},
       {&TUTMProj::k0_, ParamKind::scale, &TUTMProj::Prepare},
       {&TUTMProj::phi0_, ParamKind::angle, &TUTMProj::Prepare},
-      {&TUTMProj::fEast_, ParamKind::length},
-      {&TUTMProj::fNorth_, ParamKind::length},
+      {&TUTMProj::fEast_, ParamKind::length, &TUTMProj::Prepare},
+      {&TUTMProj::fNorth_, ParamKind::length, &TUTMProj::Prepare},
   };
   return rows;
 }
@@ -36,9 +28,13 @@ TUTMProj::TUTMProj(double a, double invF, double cm, double scale, double lat0, 
       k0_(scale),
       phi0_(lat0),
       fEast_(fEast),
-      fNorth_(fNorth),
-      series_(ell_) {
+      fNorth_(fNorth) {
   TUTMProj::Prepare();
+}
+
+void TUTMProj::CM(double value) {
+  lambda0_ = value;
+  Prepare();
 }
 
 void TUTMProj::Scale(double value) {
@@ -48,6 +44,16 @@ void TUTMProj::Scale(double value) {
 
 void TUTMProj::Lat0(double value) {
   phi0_ = value;
+  Prepare();
+}
+
+void TUTMProj::FEast(double value) {
+  fEast_ = value;
+  Prepare();
+}
+
+void TUTMProj::FNorth(double value) {
+  fNorth_ = value;
   Prepare();
 }
 
@@ -64,18 +70,21 @@ bool TUTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) c
 }
 
 void TUTMProj::Prepare() {
-  series_ = MeridianSeries(ell_);
-  rK0_ = k0_ * series_.r;
-  aK0_ = k0_ * ell_.a;
-  forwardOrigin_ = ForwardArc(phi0_, std::sin(phi0_), std::cos(phi0_));
-  inverseOrigin_ = rK0_ * series_.arc(phi0_);
-}
-
-// Kept: the forward arc ends at sin 6φ, for the point and for the origin.
-double TUTMProj::ForwardArc(double phi, double sinPhi, double cosPhi) const {
-  const double u[] = {series_.u2, series_.u4, series_.u6};
-  const double sin2 = 2 * sinPhi * cosPhi, cos2 = 1 - 2 * sinPhi * sinPhi;
-  return rK0_ * (phi + ClenshawSin(u, sin2, cos2));
+  const MeridianSeries series(ell_);
+  UtmFormulas& f = formulas_;
+  f = {.lambda0 = lambda0_,
+       .fEast = fEast_,
+       .fNorth = fNorth_,
+       .e2 = ell_.e2,
+       .ep2 = ell_.ep2,
+       .aK0 = k0_ * ell_.a,
+       .rK0 = k0_ * series.r,
+       .u = {series.u2, series.u4, series.u6},
+       .footpoint = series.footpoint,
+       .forwardOrigin = 0,
+       .inverseOrigin = 0};
+  f.forwardOrigin = f.ForwardArc(phi0_, std::sin(phi0_), std::cos(phi0_));
+  f.inverseOrigin = f.rK0 * series.arc(phi0_);
 }
 
 // Convergence, its sign taken from the longitude difference before it is folded, and point scale.
@@ -87,37 +96,28 @@ PointFactors TUTMProj::FactorsAt(double phi, double lambda, const TmLatitude& at
 
 bool TUTMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, lambda = l;
-  const double s = std::sin(phi), c = std::cos(phi);
-  const TmLatitude at(s, c, ell_.ep2);
-  const double L = SetValue(lambda - lambda0_, 1) * c;
-  const double R = aK0_ / std::sqrt(1 - ell_.e2 * (s * s));
-
+  const auto [at, L] = formulas_.Forward<simd::Libm>(b, l);
   if (factors) *factors = FactorsAt(phi, lambda, at, L);
-  const TmOffset offset = TmForwardSeries(at, L);
-  b = ForwardArc(phi, s, c) - forwardOrigin_ + fNorth_ + R * offset.north;
-  l = fEast_ + R * offset.east;
   return true;
 }
 
 bool TUTMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const double omega = (n - fNorth_ + inverseOrigin_) / rK0_;
-  const double phiF = series_.footpoint(omega);
-
-  const double s = std::sin(phiF), c = std::cos(phiF);
-  const double R = aK0_ / std::sqrt(1 - ell_.e2 * (s * s));
-  const TmFootpointStep step =
-      TmInverseSeries(TmLatitude(s, c, ell_.ep2), (e - fEast_) / R, kEta2T4);
-
-  const double phi = phiF + step.latitude;
-  const double lambda = lambda0_ + step.longitude / c;
+  formulas_.Inverse<simd::Libm>(n, e);
   if (factors) {
+    const double phi = n, lambda = e;
     const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-    *factors = FactorsAt(phi, lambda, TmLatitude(sinPhi, cosPhi, ell_.ep2),
-                         SetValue(lambda - lambda0_, 1) * cosPhi);
+    const double L = FoldTurn(lambda - lambda0_) * cosPhi;
+    *factors = FactorsAt(phi, lambda, TmLatitude(sinPhi, cosPhi, ell_.ep2), L);
   }
-  n = phi;
-  e = lambda;
   return true;
+}
+
+void TUTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(formulas_, *this, b, l, count);
+}
+
+void TUTMProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(formulas_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

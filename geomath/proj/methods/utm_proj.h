@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/proj/methods/kernels/utm_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -32,15 +32,15 @@ class GEOMATH_API TUTMProj : public TGeoProj {
            double fNorth);
 
   double CM() const { return lambda0_; }
-  void CM(double value) { lambda0_ = value; }
+  void CM(double value);
   double Scale() const { return k0_; }
   void Scale(double value);
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value);
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value);
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -51,19 +51,15 @@ class GEOMATH_API TUTMProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  double ForwardArc(double phi, double sinPhi, double cosPhi) const;
   PointFactors FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const;
   static std::span<const ParamRow<TUTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
-
-  MeridianSeries series_;
-  double rK0_;            // scaled rectifying radius, metres
-  double aK0_;            // scaled semi-major axis, metres
-  double forwardOrigin_;  // arc of φ0 as the forward direction counts it, metres
-  double inverseOrigin_;  // as the inverse direction counts it, sin 8φ included
+  UtmFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -19,15 +19,6 @@ CosinePowerSeries::CosinePowerSeries(double c2, double c4, double c6, double c8)
       p4_(32 * (c6 - 6 * c8)),
       p6_(128 * c8) {}
 
-double CosinePowerSeries::operator()(double x) const {
-  return (*this)(x, std::sin(x), std::cos(x));
-}
-
-double CosinePowerSeries::operator()(double x, double sinX, double cosX) const {
-  const double cos2 = cosX * cosX;
-  return x + sinX * cosX * (p0_ + cos2 * (p2_ + cos2 * (p4_ + cos2 * p6_)));
-}
-
 MeridianSeries::MeridianSeries(const Ellipsoid& ell)
     : r(ell.a * (1 - ell.n) * (1 - ell.n * ell.n) *
         (1 + 9.0 / 4 * (ell.n * ell.n) + 225.0 / 64 * (ell.n * ell.n * ell.n * ell.n))),

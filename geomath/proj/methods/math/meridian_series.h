@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/base/ellipsoid.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 
@@ -8,13 +9,24 @@ namespace zel_cs::geomath {
 /// x + sin x·cos x·(p0 + p2·cos²x + p4·cos⁴x + p6·cos⁶x).
 class CosinePowerSeries {
  public:
+  CosinePowerSeries() = default;
   CosinePowerSeries(double c2, double c4, double c6, double c8);
-  double operator()(double x) const;
+  double operator()(double x) const { return Evaluate<simd::Libm>(x); }
   /// The same where sine and cosine of x are known.
-  double operator()(double x, double sinX, double cosX) const;
+  GEOMATH_INLINE double operator()(double x, double sinX, double cosX) const {
+    const double cos2 = cosX * cosX;
+    return x + sinX * cosX * (p0_ + cos2 * (p2_ + cos2 * (p4_ + cos2 * p6_)));
+  }
+  /// The same in the functions of `Math`.
+  template <class Math>
+  GEOMATH_INLINE double Evaluate(double x) const {
+    double sinX, cosX;
+    Math::SinCos(x, sinX, cosX);
+    return (*this)(x, sinX, cosX);
+  }
 
  private:
-  double p0_, p2_, p4_, p6_;
+  double p0_ = 0, p2_ = 0, p4_ = 0, p6_ = 0;
 };
 
 /// Meridian arc and footpoint latitude in the third flattening n, to n⁴, in the form of the

@@ -2,12 +2,14 @@
 
 #include <cstddef>
 
+#include "geomath/simd/kernel.h"
+
 namespace zel_cs::geomath {
 
 /// Σ c[j]·sin((j + 1)·θ) for j = 0 … N − 1 by Clenshaw's recurrence (Clenshaw 1955), from the sine
 /// and cosine of θ, so that a series in 2φ, 4φ, … costs no further sine.
 template <std::size_t N>
-double ClenshawSin(const double (&c)[N], double sinTheta, double cosTheta) {
+GEOMATH_INLINE double ClenshawSin(const double (&c)[N], double sinTheta, double cosTheta) {
   const double twoCos = 2 * cosTheta;
   double b1 = 0, b2 = 0;
   for (std::size_t j = N; j-- > 0;) {
@@ -29,7 +31,7 @@ struct ComplexSum {
 
 /// Σ c[j]·sin((j + 1)·ζ) of a complex angle ζ by the same recurrence.
 template <std::size_t N>
-ComplexSum ClenshawSin(const double (&c)[N], const ComplexAngle& zeta) {
+GEOMATH_INLINE ComplexSum ClenshawSin(const double (&c)[N], const ComplexAngle& zeta) {
   const double hr = 2 * zeta.cos * zeta.cosh, hi = -2 * zeta.sin * zeta.sinh;  // 2·cos ζ
   double r1 = 0, i1 = 0, r2 = 0, i2 = 0;
   for (std::size_t j = N; j-- > 0;) {

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "geomath/simd/kernel.h"
+
 namespace zel_cs::geomath {
 
 /// The longitude series of the ellipsoidal transverse Mercator as Stem 1989 (NOAA Manual NOS NGS 5,
@@ -8,7 +10,7 @@ namespace zel_cs::geomath {
 ///
 /// The latitude enters as t = tan φ and η² = e′²·cos²φ; in the inverse it is the footpoint's.
 struct TmLatitude {
-  TmLatitude(double sinPhi, double cosPhi, double ep2)
+  GEOMATH_INLINE TmLatitude(double sinPhi, double cosPhi, double ep2)
       : t(sinPhi / cosPhi), t2(t * t), t4(t2 * t2), t6(t4 * t2), eta2(ep2 * (cosPhi * cosPhi)) {}
 
   double t, t2, t4, t6, eta2;
@@ -20,7 +22,7 @@ struct TmOffset {
 };
 
 /// The offset of a point with L = Δλ·cos φ, to L⁷.
-inline TmOffset TmForwardSeries(const TmLatitude& at, double L) {
+GEOMATH_INLINE TmOffset TmForwardSeries(const TmLatitude& at, double L) {
   const auto& [t, t2, t4, t6, eta2] = at;
   const double L2 = L * L;
   const double A4 = (5 - t2 + eta2 * (9 + 4 * eta2)) / 12;
@@ -40,7 +42,7 @@ struct TmFootpointStep {
 
 /// The step for Q = ΔE/R, to Q⁷. `eta2t4` is the coefficient of η²t⁴ in the sixth power of the
 /// latitude, on which two grids differ: 90 in Stem 1989, 60 in TUTMProj.
-inline TmFootpointStep TmInverseSeries(const TmLatitude& at, double Q, double eta2t4) {
+GEOMATH_INLINE TmFootpointStep TmInverseSeries(const TmLatitude& at, double Q, double eta2t4) {
   const auto& [t, t2, t4, t6, eta2] = at;
   const double Q2 = Q * Q;
   const double B2 = t * (1 + eta2) / 2;
@@ -54,26 +56,26 @@ inline TmFootpointStep TmInverseSeries(const TmLatitude& at, double Q, double et
 }
 
 /// Meridian convergence from L, positive east of the meridian in the northern hemisphere.
-inline double TmConvergence(const TmLatitude& at, double L) {
+GEOMATH_INLINE double TmConvergence(const TmLatitude& at, double L) {
   const double eta2 = at.eta2, L2 = L * L;
   const double C3 = (1 + 3 * eta2 + 2 * (eta2 * eta2)) / 3, C5 = (2 - at.t2) / 15;
   return at.t * L * (1 + L2 * (C3 + L2 * C5));
 }
 
 /// Point scale over the scale on the meridian, from L.
-inline double TmScale(const TmLatitude& at, double L) {
+GEOMATH_INLINE double TmScale(const TmLatitude& at, double L) {
   const double eta2 = at.eta2, L2 = L * L;
   return 1 + (1 + eta2) * L2 / 2 * (1 + L2 * (5 - 4 * at.t2 + eta2 * (9 - 24 * at.t2)) / 12);
 }
 
 /// The same two from Q at the footpoint.
-inline double TmConvergenceFromFootpoint(const TmLatitude& at, double Q) {
+GEOMATH_INLINE double TmConvergenceFromFootpoint(const TmLatitude& at, double Q) {
   const double t2 = at.t2, eta2 = at.eta2, Q2 = Q * Q;
   const double D3 = (1 + t2 - eta2 - 2 * (eta2 * eta2)) / 3, D5 = (2 + 5 * t2 + 3 * at.t4) / 15;
   return at.t * Q * (1 - Q2 * (D3 - Q2 * D5));
 }
 
-inline double TmScaleFromFootpoint(const TmLatitude& at, double Q) {
+GEOMATH_INLINE double TmScaleFromFootpoint(const TmLatitude& at, double Q) {
   const double Q2 = Q * Q;
   return 1 + (1 + at.eta2) * Q2 / 2 * (1 + (1 + 5 * at.eta2) * Q2 / 12);
 }

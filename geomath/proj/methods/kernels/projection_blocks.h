@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstddef>
+#include <limits>
+
+#include "geomath/base/batch.h"
+#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/projection_kernel.h"
+#include "geomath/simd/instruction_set.h"
+
+namespace zel_cs::geomath {
+
+/// ForwardBlock and InverseBlock of a class whose formulas have a kernel: points that the kernel
+/// does not serve go through the class's single-point form.
+template <class Formulas>
+void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, double* l,
+                     std::size_t count) {
+  const auto kernel = simd::Choose(&ProjectionKernel<simd::Baseline, Formulas>::Forward,
+                                   &ProjectionKernel<simd::BestCompiled, Formulas>::Forward);
+  double* const columns[] = {b, l};
+  RunKernel(
+      columns, count,
+      [&](const double(&point)[2]) { return formulas.ServesForward(point[0], point[1]); },
+      [&](double* const(&c)[2], std::size_t length) { kernel(formulas, c[0], c[1], length); },
+      [&](double(&point)[2]) {
+        if (!proj.ForwardPoint(point[0], point[1]))
+          point[0] = std::numeric_limits<double>::quiet_NaN();
+      });
+}
+
+template <class Formulas>
+void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, double* e,
+                     std::size_t count) {
+  const auto kernel = simd::Choose(&ProjectionKernel<simd::Baseline, Formulas>::Inverse,
+                                   &ProjectionKernel<simd::BestCompiled, Formulas>::Inverse);
+  double* const columns[] = {n, e};
+  RunKernel(
+      columns, count,
+      [&](const double(&point)[2]) { return formulas.ServesInverse(point[0], point[1]); },
+      [&](double* const(&c)[2], std::size_t length) { kernel(formulas, c[0], c[1], length); },
+      [&](double(&point)[2]) {
+        if (!proj.InversePoint(point[0], point[1]))
+          point[0] = std::numeric_limits<double>::quiet_NaN();
+      });
+}
+
+}  // namespace zel_cs::geomath
