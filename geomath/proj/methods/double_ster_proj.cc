@@ -1,5 +1,7 @@
 #include "geomath/proj/methods/double_ster_proj.h"
 
+#include <iterator>
+
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -12,6 +14,7 @@ std::span<const ParamRow<TDoubleSter>> TDoubleSter::Params() {
       {&TDoubleSter::fEast_, ParamKind::length},
       {&TDoubleSter::fNorth_, ParamKind::length},
   };
+  static_assert(std::size(rows) == kParamCount);
   return rows;
 }
 
@@ -19,11 +22,11 @@ TDoubleSter::TDoubleSter() : TDoubleSter(kWgs84A, kWgs84InvF, 0, 0, 1.0, 0, 0) {
 
 TDoubleSter::TDoubleSter(double a, double invF, double lat0, double lon0, double scale,
                          double fEast, double fNorth)
-    : TDoubleSter(ProjTypeDoubleSter, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+    : TDoubleSter(ProjTypeDoubleSter, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
-TDoubleSter::TDoubleSter(ProjType type, double a, double invF, double lat0, double lon0,
-                         double scale, double fEast, double fNorth)
-    : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(Params().size()), a, invF, true),
+TDoubleSter::TDoubleSter(ProjType type, int paramCount, double a, double invF, double lat0,
+                         double lon0, double scale, double fEast, double fNorth)
+    : TGeoProj(static_cast<unsigned int>(type), paramCount, a, invF, true),
       phi0_(lat0),
       lambda0_(lon0),
       k0_(scale),

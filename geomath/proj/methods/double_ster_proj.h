@@ -45,9 +45,11 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
-  /// For classes of another kind that are this projection.
-  TDoubleSter(ProjType type, double a, double invF, double lat0, double lon0, double scale,
-              double fEast, double fNorth);
+  static constexpr int kParamCount = 5;
+
+  /// For classes of another kind or parameter count that are this projection.
+  TDoubleSter(ProjType type, int paramCount, double a, double invF, double lat0, double lon0,
+              double scale, double fEast, double fNorth);
 
   void Prepare() override;
 

@@ -4,7 +4,7 @@
 
 #include "geomath/proj/methods/math/central_point.h"
 
-// Equation numbers are Snyder 1987. Symbols there and here:
+// Symbols of Snyder 1987 and here:
 //   φS φN  phiS_ phiN_     standard parallels       ρ  rho    cone radius, metres
 //   φ0 λ0  phi0_ lambda0_  origin                   θ  theta  angle at the apex
 namespace zel_cs::geomath {
@@ -99,15 +99,12 @@ void TLCProj::Prepare() {
 }
 
 bool TLCProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, lambda = l;
-  if (std::abs(phi) == kHalfPi) return false;
-
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const auto [rho, theta] = cone_.Forward(sinPhi, cosPhi, SetValue(lambda - lambda0_, 1));
-
-  if (factors) factors->scale = cone_.Scale(rho, sinPhi, cosPhi);
-  b = fNorth_ + forwardRho0_ - rho * std::cos(theta);  // 14-2
-  l = fEast_ + rho * std::sin(theta);                  // 14-1
+  double north, east;
+  if (!cone_.Forward(b, SetValue(l - lambda0_, 1), forwardRho0_, north, east,
+                     factors ? &factors->scale : nullptr, nullptr))
+    return false;
+  b = fNorth_ + north;
+  l = fEast_ + east;
   return true;
 }
 
@@ -121,12 +118,9 @@ LambertCone::Polar TLCProj::ToPolar(double fromApex, double east) const {
 }
 
 bool TLCProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const double x = e - fEast_, y = n - fNorth_;
-  const LambertCone::Polar image = ToPolar(inverseRho0_ - y, x);
+  const LambertCone::Polar at = ToPolar(inverseRho0_ - (n - fNorth_), e - fEast_);
   double phi, deltaLambda;
-  cone_.Inverse(image, phi, deltaLambda);
-
-  if (factors) factors->scale = cone_.Scale(image.rho, std::sin(phi), std::cos(phi));
+  cone_.Inverse(at, phi, deltaLambda, factors ? &factors->scale : nullptr);
   n = phi;
   e = deltaLambda + lambda0_;
   return true;

@@ -1,7 +1,5 @@
 #include "geomath/proj/methods/minnesota_la_proj.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/county_ellipsoid.h"
 
@@ -88,22 +86,19 @@ void TMinnesota_LAProj::Prepare() {
 }
 
 bool TMinnesota_LAProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, lambda = l;
-  if (std::abs(phi) == kHalfPi) return false;
-
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const auto [rho, theta] = cone_.Forward(sinPhi, cosPhi, SetValue(lambda - lambda0_, 1));
-  if (factors) factors->scale = cone_.Scale(rho, sinPhi, cosPhi);
-  b = fNorth_ + rho0_ - rho * std::cos(theta);
-  l = fEast_ + rho * std::sin(theta);
+  double north, east;
+  if (!cone_.Forward(b, SetValue(l - lambda0_, 1), rho0_, north, east,
+                     factors ? &factors->scale : nullptr, nullptr))
+    return false;
+  b = fNorth_ + north;
+  l = fEast_ + east;
   return true;
 }
 
 bool TMinnesota_LAProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const LambertCone::Polar at = cone_.ToPolar(rho0_ - (n - fNorth_), e - fEast_);
   double phi, deltaLambda;
-  cone_.Inverse(at, phi, deltaLambda);
-  if (factors) factors->scale = cone_.Scale(at.rho, std::sin(phi), std::cos(phi));
+  cone_.Inverse(n - fNorth_, e - fEast_, rho0_, phi, deltaLambda,
+                factors ? &factors->scale : nullptr, nullptr);
   n = phi;
   e = lambda0_ + deltaLambda;
   return true;

@@ -11,7 +11,7 @@ TRDTransProj::TRDTransProj() : TRDTransProj(kWgs84A, kWgs84InvF, 0, 0, 1.0, 0, 0
 
 TRDTransProj::TRDTransProj(double a, double invF, double lat0, double lon0, double scale,
                            double fEast, double fNorth)
-    : TDoubleSter(ProjTypeRDTrans, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+    : TDoubleSter(ProjTypeRDTrans, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
 bool TRDTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   if (!TDoubleSter::ForwardPoint(b, l, factors)) return false;

@@ -1,12 +1,9 @@
 #include "geomath/proj/methods/spc_lc83_proj.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/math/central_point.h"
 
-// Symbols of Stem 1989 and here: sin φ0  cone_.n()   Rb  rho0_   R γ  polar coordinates of a point
-// about the apex   Nb E0  fNorth_ fEast_. His Newton steps on sin φ, three of them, lead to the
-// latitude that the cone's inverse gives directly.
+// Stem 1989 writes the cone with hyperbolic functions and finds the latitude by three Newton steps on
+// its sine; both lead to the numbers of LambertCone. His Rb is rho0_, his Nb fNorth_.
 namespace zel_cs::geomath {
 
 std::span<const ParamRow<TSPC_LC83Proj>> TSPC_LC83Proj::Params() {
@@ -73,22 +70,20 @@ void TSPC_LC83Proj::Prepare() {
 }
 
 bool TSPC_LC83Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, lambda = l;
-  if (std::abs(phi) == kHalfPi) return false;
-
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const auto [R, gamma] = cone_.Forward(sinPhi, cosPhi, SetValue(lambda - lambda0_, 1));
-  if (factors) *factors = {cone_.Scale(R, sinPhi, cosPhi), gamma};
-  b = fNorth_ + rho0_ - R * std::cos(gamma);
-  l = fEast_ + R * std::sin(gamma);
+  double north, east;
+  if (!cone_.Forward(b, SetValue(l - lambda0_, 1), rho0_, north, east,
+                     factors ? &factors->scale : nullptr,
+                     factors ? &factors->convergence : nullptr))
+    return false;
+  b = fNorth_ + north;
+  l = fEast_ + east;
   return true;
 }
 
 bool TSPC_LC83Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const LambertCone::Polar at = cone_.ToPolar(rho0_ - (n - fNorth_), e - fEast_);
   double phi, deltaLambda;
-  cone_.Inverse(at, phi, deltaLambda);
-  if (factors) *factors = {cone_.Scale(at.rho, std::sin(phi), std::cos(phi)), at.theta};
+  cone_.Inverse(n - fNorth_, e - fEast_, rho0_, phi, deltaLambda,
+                factors ? &factors->scale : nullptr, factors ? &factors->convergence : nullptr);
   n = phi;
   e = lambda0_ + deltaLambda;
   return true;

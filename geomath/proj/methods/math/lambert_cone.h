@@ -31,20 +31,25 @@ class LambertCone {
   double Radius(double phi, double sinPhi) const;
   double Radius(double phi) const;
 
-  /// The image of a point by its latitude and its longitude difference from the meridian of origin.
-  Polar Forward(double sinPhi, double cosPhi, double deltaLambda) const;
-  /// Latitude and longitude difference, radians, of an image.
-  void Inverse(const Polar& image, double& phi, double& deltaLambda) const;
-  /// Polar coordinates of a grid point that lies `fromApex` = ρ0 − (N − N0) and `east` metres from
-  /// the apex; θ is in (−π, π].
-  Polar ToPolar(double fromApex, double east) const;
-
-  /// Point scale factor of an image; 15-6.
-  double Scale(double rho, double sinPhi, double cosPhi) const;
+  /// Northing and easting, metres, of a point, counted from the origin on the parallel of radius
+  /// `rho0`. False, nothing written, for a latitude of exactly ±π/2.
+  ///
+  /// `scale` and `convergence` (θ: radians, positive east of the meridian of origin in the northern
+  /// hemisphere) are written when given.
+  bool Forward(double phi, double deltaLambda, double rho0, double& north, double& east,
+               double* scale, double* convergence) const;
+  /// Latitude and longitude difference, radians, of a grid point, the latter within π/n; the
+  /// factors there when asked for.
+  void Inverse(double north, double east, double rho0, double& phi, double& deltaLambda,
+               double* scale, double* convergence) const;
+  /// The same of a point by its polar coordinates.
+  void Inverse(const Polar& at, double& phi, double& deltaLambda, double* scale) const;
 
   double n() const { return n_; }
 
  private:
+  double Scale(double rho, double sinPhi, double cosPhi) const;
+
   double a_ = 0, e_ = 0, e2_ = 0;
   double n_ = 0;   // cone constant
   double aF_ = 0;  // a·F·k0, metres
