@@ -204,12 +204,59 @@ void RegisterTransverse(const std::string& row, const Proj& shared) {
 #endif
 }
 
+// WGS84 to the national grid of Great Britain over the mainland.
+const Columns& Mainland() {
+  static const Columns points = SpreadPoints({50 * kRadPerDeg, -5 * kRadPerDeg, 0},
+                                             {58.5 * kRadPerDeg, 1.5 * kRadPerDeg, 900});
+  return points;
+}
+
+const CoordinateChain& NationalGrid() {
+  static const TTMProj grid(6377563.396, 299.3249646, -2 * kRadPerDeg, 0.9996012717,
+                            49 * kRadPerDeg, 400000, -100000);
+  static const CoordinateChain chain(&Wgs84(), &GreatBritain(), &grid);
+  return chain;
+}
+
+const Columns& MainlandGrid() {
+  static const Columns points = [] {
+    Columns grid = Mainland();
+    NationalGrid().ToLocalBatch(grid.first.data(), grid.second.data(), grid.third.data(),
+                                kBenchPoints);
+    return grid;
+  }();
+  return points;
+}
+
+void RegisterChain() {
+  Register("whole chain forward/scalar", Mainland(),
+           OneByOne([](double& b, double& l, double& h) { NationalGrid().ToLocal(b, l, h); }));
+  Register("whole chain forward/batch", Mainland(), [](Columns& c) {
+    NationalGrid().ToLocalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+  });
+  Register("whole chain inverse/scalar", MainlandGrid(),
+           OneByOne([](double& n, double& e, double& h) { NationalGrid().ToGlobal(n, e, h); }));
+  Register("whole chain inverse/batch", MainlandGrid(), [](Columns& c) {
+    NationalGrid().ToGlobalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+  });
+#ifdef GEOMATH_HAVE_PROJ
+  constexpr const char* kPipeline =
+      "+proj=pipeline +step +proj=cart +ellps=WGS84 +step +proj=helmert +x=-446.448 +y=125.157 "
+      "+z=-542.060 +rx=-0.1502 +ry=-0.2470 +rz=-0.8421 +s=20.4894 +convention=position_vector "
+      "+step +inv +proj=cart +a=6377563.396 +rf=299.3249646 +step +proj=tmerc +approx +lat_0=49 "
+      "+lon_0=-2 +k_0=0.9996012717 +x_0=400000 +y_0=-100000 +a=6377563.396 +rf=299.3249646";
+  RegisterProj("whole chain forward/PROJ", Mainland(), kPipeline, PJ_FWD, true, true);
+  RegisterProj("whole chain inverse/PROJ", MainlandGrid(), kPipeline, PJ_INV, true, true);
+#endif
+}
+
 const bool registered = [] {
   RegisterEllipsoid();
   RegisterDatum();
   static const TTMProj tm(kWgs84A, kWgs84InvF, kCentralMeridian, 0.9996, 0, 500000, 0);
   RegisterTransverse("UTM", Utm32());
   RegisterTransverse("TM", tm);
+  RegisterChain();
   return true;
 }();
 
