@@ -1,6 +1,5 @@
 #pragma once
 
-#include <array>
 #include <optional>
 
 #include "geomath/base/grid_rgn.h"
@@ -26,23 +25,29 @@ double Biquadratic(const TGridRgn& grid, int NY, int NX, const double* point, Ro
   const NodeIndex j = MiddleNode(fromWest / grid.lonStep, NX);
   const double dLat = fromSouth - static_cast<double>(i) * grid.latStep;
   const double dLon = fromWest - static_cast<double>(j) * grid.lonStep;
-  std::array<float, 3> rows;
+  float rows[3];
   for (NodeIndex k = 0; k < 3; ++k) {
     const std::optional<double> value = rowValue(i + k - 1, j, dLon);
     if (!value) return kNoHeight;
-    rows[static_cast<std::size_t>(k)] = static_cast<float>(*value);
+    rows[k] = static_cast<float>(*value);
   }
   return ThreePoint(grid.latStep, dLat, rows[0], rows[1], rows[2]);
 }
 
-/// The parabola through the three nodes around column j of one row, as Biquadratic wants it.
-/// node(column) gives a float or none; none or a node that marks a hole gives no value.
-template <class Node>
-std::optional<double> ParabolaOfRow(double lonStep, double offset, NodeIndex j, Node node) {
-  const std::optional<float> a = node(j - 1), b = node(j), c = node(j + 1);
+/// The parabola through three nodes of one row, as Biquadratic wants it; no value when one of them
+/// marks a hole.
+inline std::optional<double> ParabolaOfRow(double lonStep, double offset, const float (&z)[3]) {
   constexpr float kHole = static_cast<float>(kNoHeight);
-  if (!a || !b || !c || *a == kHole || *b == kHole || *c == kHole) return std::nullopt;
-  return ThreePoint(lonStep, offset, *a, *b, *c);
+  if (z[0] == kHole || z[1] == kHole || z[2] == kHole) return std::nullopt;
+  return ThreePoint(lonStep, offset, z[0], z[1], z[2]);
+}
+
+/// The same with its nodes from a row of floats.
+inline std::optional<double> ParabolaOfRow(double lonStep, double offset, const GridNodes& nodes,
+                                           NodeIndex row, NodeIndex column) {
+  float z[3];
+  if (!nodes.Read(row, column - 1, z)) return std::nullopt;
+  return ParabolaOfRow(lonStep, offset, z);
 }
 
 }  // namespace zel_cs::geomath

@@ -24,8 +24,11 @@ inline NodeIndex TruncIndex(double x) {
   return static_cast<NodeIndex>(std::min(x, kFar));
 }
 
-/// Rounds down, likewise.
-inline NodeIndex FloorIndex(double x) { return TruncIndex(std::floor(x)); }
+/// Rounds down, likewise. Cutting and correcting is several times faster than a call of floor.
+inline NodeIndex FloorIndex(double x) {
+  const NodeIndex cut = TruncIndex(x);
+  return cut - (static_cast<double>(cut) > x ? 1 : 0);
+}
 
 /// A row stride that cannot be had: no node can then be read.
 inline constexpr int kNoStride = -1;
@@ -47,22 +50,29 @@ class GridNodes {
         rows_(data && rowStride > 0 ? rows : 0),
         header_(rowHeader) {}
 
-  /// Where the value of `size` bytes at a row and column, counted from 0 in storage order, stands;
-  /// null outside the grid.
-  const unsigned char* At(NodeIndex row, NodeIndex column, NodeIndex size) const {
-    if (row < 0 || row >= rows_ || column < 0 || column >= columns_) return nullptr;
+  /// Where `count` values of `size` bytes from a row and column on, counted from 0 in storage order,
+  /// stand; null when one of them is outside the grid.
+  const unsigned char* At(NodeIndex row, NodeIndex column, NodeIndex size,
+                          NodeIndex count = 1) const {
+    if (row < 0 || row >= rows_ || column < 0 || column + count > columns_) return nullptr;
     const NodeIndex at = row * stride_ + header_ + column * size;
-    return at + size <= rows_ * stride_ ? bytes_ + at : nullptr;
+    return at + count * size <= rows_ * stride_ ? bytes_ + at : nullptr;
   }
 
-  /// The value there; none outside the grid.
+  /// Copies the values of one row from `column` on into `values`; false, nothing copied, when one of
+  /// them is outside the grid.
+  template <class Value, std::size_t N>
+  bool Read(NodeIndex row, NodeIndex column, Value (&values)[N]) const {
+    const unsigned char* stored = At(row, column, NodeIndex{sizeof(Value)}, NodeIndex{N});
+    if (stored) std::memcpy(values, stored, sizeof values);
+    return stored != nullptr;
+  }
+
+  /// The value at a row and column; none outside the grid.
   template <class Value>
   std::optional<Value> Read(NodeIndex row, NodeIndex column) const {
-    const unsigned char* stored = At(row, column, NodeIndex{sizeof(Value)});
-    if (!stored) return std::nullopt;
-    Value value;
-    std::memcpy(&value, stored, sizeof value);
-    return value;
+    Value value[1];
+    return Read(row, column, value) ? std::optional(value[0]) : std::nullopt;
   }
 
  private:
@@ -86,28 +96,29 @@ inline std::optional<GridCell> CellAt(double x, double y, int NX, int NY) {
   return GridCell{i, j, x - static_cast<double>(i), y - static_cast<double>(j)};
 }
 
-/// The four corners of a cell, in the order of Bilinear; none when one of them is not in the grid.
-inline std::optional<std::array<float, 4>> CellCorners(const GridNodes& nodes, NodeIndex i,
-                                                       NodeIndex j) {
-  const auto z00 = nodes.Read<float>(i, j), z01 = nodes.Read<float>(i, j + 1);
-  const auto z10 = nodes.Read<float>(i + 1, j), z11 = nodes.Read<float>(i + 1, j + 1);
-  if (!z00 || !z01 || !z10 || !z11) return std::nullopt;
-  return std::array<float, 4>{*z00, *z01, *z10, *z11};
-}
+/// The corners of a cell, its southern (first) and its northern row; false when one of them is not in
+/// the grid.
+struct CellCorners {
+  float low[2], high[2];
 
-/// `start` and the weighted sum of the 4 × 4 nodes from (firstRow, firstColumn) on. node(row,
-/// column) gives metres or none; none, or a node above `limit`, gives no sum.
-template <class Node>
-std::optional<double> WeightedSum4x4(double start, NodeIndex firstRow, NodeIndex firstColumn,
-                                     const Weights4& rowWeights, const Weights4& columnWeights,
-                                     double limit, Node node) {
+  bool Read(const GridNodes& nodes, const GridCell& cell) {
+    return nodes.Read(cell.i, cell.j, low) && nodes.Read(cell.i + 1, cell.j, high);
+  }
+};
+
+/// `start` and the weighted sum of 4 × 4 nodes. read(row, z) puts the stencil's four nodes of a row
+/// into z, in metres, and says whether it could; if not, or with a node above `limit`, there is no
+/// sum.
+template <class Stored, class ReadRow>
+std::optional<double> WeightedSum4x4(double start, NodeIndex firstRow, const Weights4& rowWeights,
+                                     const Weights4& columnWeights, double limit, ReadRow read) {
   double sum = start;
   for (std::size_t r = 0; r < 4; ++r) {
+    Stored z[4];
+    if (!read(firstRow + static_cast<NodeIndex>(r), z)) return std::nullopt;
     for (std::size_t c = 0; c < 4; ++c) {
-      const std::optional<double> z =
-          node(firstRow + static_cast<NodeIndex>(r), firstColumn + static_cast<NodeIndex>(c));
-      if (!z || *z > limit) return std::nullopt;
-      sum += *z * rowWeights[r] * columnWeights[c];
+      if (z[c] > limit) return std::nullopt;
+      sum += z[c] * rowWeights[r] * columnWeights[c];
     }
   }
   return sum;

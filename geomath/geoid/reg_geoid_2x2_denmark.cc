@@ -13,8 +13,9 @@ int RegGeoid2x2Denmark::INTRP3(const void* data, int rowStride, TGridRgn&, int N
   height = kNoHeight;
   const auto cell = CellAt(x, y, NX, NY);
   if (!cell) return 0;
-  const auto z = CellCorners(GridNodes(data, rowStride, NX, NY), cell->i, cell->j);
-  if (z) height = BilinearByDifferences(cell->u, cell->v, (*z)[0], (*z)[1], (*z)[2], (*z)[3]);
+  CellCorners z;
+  if (z.Read(GridNodes(data, rowStride, NX, NY), *cell))
+    height = BilinearByDifferences(cell->u, cell->v, z.low[0], z.low[1], z.high[0], z.high[1]);
   return 0;
 }
 

@@ -16,8 +16,9 @@ int RegGeoid2x2NW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, in
   if (!cell) return 0;
   const double nodeLon = SetValue(static_cast<double>(cell->j) * grid.lonStep + grid.L0, 1);
   const double v = SetValue(lon - nodeLon, 1) / grid.lonStep;
-  const auto z = CellCorners(GridNodes(data, rowStride, NX, NY), cell->i, cell->j);
-  if (z) height = Bilinear(cell->u, v, (*z)[0], (*z)[1], (*z)[2], (*z)[3]);
+  CellCorners z;
+  if (z.Read(GridNodes(data, rowStride, NX, NY), *cell))
+    height = Bilinear(cell->u, v, z.low[0], z.low[1], z.high[0], z.high[1]);
   return 0;
 }
 

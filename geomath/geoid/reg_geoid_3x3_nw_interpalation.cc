@@ -77,7 +77,7 @@ int RegGeoid3x3NWInterpalation::INTRP3(const void* data, int rowStride, TGridRgn
   const auto rowValue = [&](NodeIndex row, NodeIndex j, double offset) -> std::optional<double> {
     const NodeIndex stored = NodeIndex{NY} - 1 - row;
     const unsigned char* start = nodes.At(stored, 0, size);
-    if (!start || !nodes.At(stored, j - 1, size) || !nodes.At(stored, j + 1, size)) return {};
+    if (!start || !nodes.At(stored, j - 1, size, 3)) return {};
     const int column = static_cast<int>(j);
     double value;
     const bool found = size == 2 ? GetFromWORDArray(step, offset, start, column, value)

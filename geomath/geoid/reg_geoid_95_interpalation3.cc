@@ -31,8 +31,7 @@ int RegGeoid95Interpalation3::INTRP3(const void* data, int rowStride, TGridRgn&,
   const GridNodes nodes(data, rowStride, NX, NY, kRowHeader);
   const TGridRgn& grid = data_.grid;
   height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
-    return ParabolaOfRow(grid.lonStep, offset, j,
-                         [&](NodeIndex column) { return nodes.Read<float>(row, column); });
+    return ParabolaOfRow(grid.lonStep, offset, nodes, row, j);
   });
   return 0;
 }

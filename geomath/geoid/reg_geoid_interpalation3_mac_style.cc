@@ -1,7 +1,6 @@
 #include "geomath/geoid/reg_geoid_interpalation3_mac_style.h"
 
-#include <array>
-#include <bit>
+#include <cstring>
 #include <optional>
 
 #include "geomath/geoid/biquadratic.h"
@@ -10,11 +9,7 @@
 namespace zel_cs::geomath {
 namespace {
 
-float Swapped(const std::array<unsigned char, sizeof(float)>& stored) {
-  std::array<unsigned char, sizeof(float)> bytes;
-  ConvertBytes(bytes.data(), stored.data(), sizeof(float));
-  return std::bit_cast<float>(bytes);
-}
+constexpr int kSize = sizeof(float);
 
 }  // namespace
 
@@ -22,12 +17,15 @@ int RegGeoidInterpalation3MACStyle::INTRP3(const void* data, int rowStride, TGri
                                            int NX, double* point, double& height) const {
   const GridNodes nodes(data, rowStride, NX, NY);
   const TGridRgn& grid = data_.grid;
-  height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
-    return ParabolaOfRow(grid.lonStep, offset, j, [&](NodeIndex column) {
-      const auto stored = nodes.Read<std::array<unsigned char, sizeof(float)>>(row, column);
-      return stored ? std::optional(Swapped(*stored)) : std::nullopt;
-    });
-  });
+  const auto rowValue = [&](NodeIndex row, NodeIndex j, double offset) -> std::optional<double> {
+    unsigned char stored[3][kSize], native[3][kSize];
+    if (!nodes.Read(row, j - 1, stored)) return std::nullopt;
+    for (int k = 0; k < 3; ++k) ConvertBytes(native[k], stored[k], kSize);
+    float z[3];
+    std::memcpy(z, native, sizeof z);
+    return ParabolaOfRow(grid.lonStep, offset, z);
+  };
+  height = Biquadratic(grid, NY, NX, point, rowValue);
   return 0;
 }
 

@@ -21,10 +21,10 @@ int RegGeoidInterpalation4::INTRP3(const void* data, int, TGridRgn&, int NY, int
   const bool westOf = static_cast<double>(j) * grid.lonStep + grid.L0 < point[1];
   const NodeIndex firstRow = southOf ? i - 1 : i - 2, firstColumn = westOf ? j - 1 : j - 2;
   const GridNodes nodes(data, RowStride(0, NX, sizeof(float)), NX, NY);
-  const auto sum = WeightedSum4x4(
-      0, firstRow, firstColumn, CatmullRom(x - static_cast<double>(firstRow) - 1),
+  const auto sum = WeightedSum4x4<float>(
+      0, firstRow, CatmullRom(x - static_cast<double>(firstRow) - 1),
       CatmullRom(y - static_cast<double>(firstColumn) - 1), kHighestNode,
-      [&](NodeIndex row, NodeIndex column) { return nodes.Read<float>(row, column); });
+      [&](NodeIndex row, auto& z) { return nodes.Read(row, firstColumn, z); });
   height = sum.value_or(kNoHeight);
   return 0;
 }

@@ -1,7 +1,6 @@
 #include "geomath/geoid/reg_geoid_interpalation_4x4_nw.h"
 
 #include <cstdint>
-#include <optional>
 
 #include "geomath/geoid/grid_nodes.h"
 
@@ -9,6 +8,16 @@ namespace zel_cs::geomath {
 namespace {
 
 constexpr double kHighestNode = 150.0;  // metres: a node above it is a hole
+
+/// Four stored values from a row and column on, times `scale`.
+template <class Stored>
+bool ReadAs(const GridNodes& nodes, NodeIndex row, NodeIndex column, double scale,
+            double (&metres)[4]) {
+  Stored stored[4];
+  if (!nodes.Read(row, column, stored)) return false;
+  for (std::size_t c = 0; c < 4; ++c) metres[c] = scale * stored[c];
+  return true;
+}
 
 }  // namespace
 
@@ -25,14 +34,13 @@ int RegGeoidInterpalation4x4NW::INTRP3(const void* data, int, TGridRgn&, int NY,
   const NodeIndex firstRow = FloorIndex(x) - 1, firstColumn = westOf ? j - 1 : j - 2;
   const GridNodes nodes(data, RowStride(0, NX, sizeof(float)), NX, NY);
   const double scale = data_.scale;
-  const auto metres = [&](NodeIndex row, NodeIndex column) -> std::optional<double> {
-    if (scale == 1.0) return nodes.Read<float>(row, column);
-    const auto stored = nodes.Read<std::int32_t>(row, column);
-    return stored ? std::optional(scale * *stored) : std::nullopt;
+  const auto metres = [&](NodeIndex row, double(&z)[4]) {
+    return scale == 1.0 ? ReadAs<float>(nodes, row, firstColumn, scale, z)
+                        : ReadAs<std::int32_t>(nodes, row, firstColumn, scale, z);
   };
-  const auto sum =
-      WeightedSum4x4(0, firstRow, firstColumn, CatmullRom(x - static_cast<double>(firstRow) - 1),
-                     CatmullRom(y - static_cast<double>(firstColumn) - 1), kHighestNode, metres);
+  const auto sum = WeightedSum4x4<double>(
+      0, firstRow, CatmullRom(x - static_cast<double>(firstRow) - 1),
+      CatmullRom(y - static_cast<double>(firstColumn) - 1), kHighestNode, metres);
   height = sum.value_or(kNoHeight);
   return 0;
 }

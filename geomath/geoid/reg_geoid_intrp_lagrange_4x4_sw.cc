@@ -33,10 +33,10 @@ int RegGeoidIntrp_Lagrange4x4SW::INTRP3(const void* data, int, TGridRgn&, int NY
   const bool westOf = static_cast<double>(j) * grid.lonStep + grid.L0 < point[1];
   const NodeIndex firstRow = FirstRow(TruncIndex(x), NY), firstColumn = westOf ? j - 1 : j - 2;
   const GridNodes nodes(data, RowStride(0, NX, sizeof(float)), NX, NY);
-  const auto sum = WeightedSum4x4(
-      0, firstRow, firstColumn, Lagrange(point[0], Coordinates(firstRow, grid.B0, grid.latStep)),
+  const auto sum = WeightedSum4x4<float>(
+      0, firstRow, Lagrange(point[0], Coordinates(firstRow, grid.B0, grid.latStep)),
       Lagrange(point[1], Coordinates(firstColumn, grid.L0, grid.lonStep)), kHighestNode,
-      [&](NodeIndex row, NodeIndex column) { return nodes.Read<float>(row, column); });
+      [&](NodeIndex row, auto& z) { return nodes.Read(row, firstColumn, z); });
   height = sum.value_or(kNoHeight);
   return 0;
 }

@@ -9,9 +9,7 @@ int RegGeoidSwedishInterpalation3::INTRP3(const void* data, int rowStride, TGrid
   const GridNodes nodes(data, rowStride, NX, NY);
   const TGridRgn& grid = data_.grid;
   height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
-    return ParabolaOfRow(grid.lonStep, offset, j, [&](NodeIndex column) {
-      return nodes.Read<float>(NodeIndex{NY} - 1 - row, column);
-    });
+    return ParabolaOfRow(grid.lonStep, offset, nodes, NodeIndex{NY} - 1 - row, j);
   });
   return 0;
 }

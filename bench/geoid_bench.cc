@@ -1,0 +1,274 @@
+// Geoid heights: a spherical-harmonic model of degree 360 beside GeographicLib's GravityModel and
+// GravityCircle, interpolation in a grid beside PROJ's vgridshift. Both sides read one synthetic model (Kaula's
+// rule) and one synthetic grid of ordinary size, written to a temporary directory.
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <array>
+#include <bit>
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "bench/peers.h"
+#include "geomath/geomath.h"
+
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+#include <GeographicLib/GravityCircle.hpp>
+#include <GeographicLib/GravityModel.hpp>
+#endif
+
+namespace {
+
+using namespace zel_cs::geomath;
+
+constexpr int kMaxDegree = 360;
+constexpr int kRowColumns = 1440;
+constexpr std::size_t kPlaces = 64;
+
+/// Numbers between −1 and 1 without a pattern.
+double Noise(std::size_t k) {
+  const double x = std::sin(static_cast<double>(k) * 12.9898 + 78.233) * 43758.5453;
+  return 2 * (x - std::floor(x)) - 1;
+}
+
+struct Coefficients {
+  std::vector<double> C, S, correctionC, correctionS;
+};
+
+const Coefficients& Synthetic() {
+  static const Coefficients coefficients = [] {
+    Coefficients c;
+    for (std::size_t n = 0, k = 0; n <= kMaxDegree; ++n) {
+      const double size = n < 2 ? 0 : 1e-5 / static_cast<double>(n * n);
+      for (std::size_t m = 0; m <= n; ++m, ++k) {
+        c.C.push_back(n == 2 && m == 0 ? 0 : size * Noise(4 * k));
+        c.S.push_back(m ? size * Noise(4 * k + 1) : 0);
+        c.correctionC.push_back(1e4 * size * Noise(4 * k + 2));
+        c.correctionS.push_back(m ? 1e4 * size * Noise(4 * k + 3) : 0);
+      }
+    }
+    return c;
+  }();
+  return coefficients;
+}
+
+const GlobalGeoid& Model() {
+  static const GlobalGeoid model(kMaxDegree + 1, Synthetic().C.data(), Synthetic().S.data(), false,
+                                 0, Synthetic().correctionC.data(), Synthetic().correctionS.data());
+  return model;
+}
+
+const std::vector<TAbstractPoint3<double>>& Places() {
+  static const std::vector<TAbstractPoint3<double>> places = [] {
+    const Columns c = SpreadPoints({-1.5, -3.1, 0}, {1.5, 3.1, 1});
+    std::vector<TAbstractPoint3<double>> points;
+    for (std::size_t i = 0; i < kPlaces; ++i) points.emplace_back(c.first[i], c.second[i], 0.0);
+    return points;
+  }();
+  return places;
+}
+
+void HarmonicPoint(benchmark::State& state) {
+  GlobalGeoidScratch scratch;
+  for (auto _ : state)
+    for (const TAbstractPoint3<double>& place : Places()) {
+      double height;
+      Model().CountHeight(&place, &height, 1, scratch);
+      benchmark::DoNotOptimize(height);
+    }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
+}
+
+void HarmonicRow(benchmark::State& state) {
+  GlobalGeoidScratch scratch;
+  std::vector<double> heights(kRowColumns);
+  const double step = kTwoPi / kRowColumns;
+  double south = 0.5;
+  for (auto _ : state) {
+    south = south < 1 ? south + 0.01 : 0.5;
+    Model().CountHeightOnGrid({{south, 0, 0, kTwoPi - step}, step, step}, heights.data(), scratch);
+    benchmark::DoNotOptimize(heights.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * kRowColumns);
+}
+
+/// Names of temporary files that are removed with the program.
+class TemporaryFiles {
+ public:
+  TemporaryFiles()
+      : directory_(std::filesystem::temp_directory_path() /
+                   ("geomath_geoid_bench_" + std::to_string(std::bit_cast<std::uintptr_t>(this)))) {
+    std::filesystem::create_directories(directory_);
+  }
+  ~TemporaryFiles() {
+    std::error_code ignored;
+    std::filesystem::remove_all(directory_, ignored);
+  }
+  TemporaryFiles(const TemporaryFiles&) = delete;
+  TemporaryFiles& operator=(const TemporaryFiles&) = delete;
+  const std::filesystem::path& Directory() const { return directory_; }
+
+ private:
+  std::filesystem::path directory_;
+};
+
+const std::filesystem::path& Directory() {
+  static const TemporaryFiles files;
+  return files.Directory();
+}
+
+template <class Value>
+void Put(std::ostream& out, Value value) {
+  out.write(reinterpret_cast<const char*>(&value), sizeof value);
+}
+
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+// GeographicLib stores coefficients order by order, each from its first degree.
+void PutByOrder(std::ostream& out, const std::vector<double>& c, std::size_t firstOrder) {
+  for (std::size_t m = firstOrder; m <= kMaxDegree; ++m)
+    for (std::size_t n = m; n <= kMaxDegree; ++n) Put(out, c[n * (n + 1) / 2 + m]);
+}
+
+const GeographicLib::GravityModel& Peer() {
+  static const GeographicLib::GravityModel model = [] {
+    std::ofstream header(Directory() / "bench.egm");
+    header << "EGMF-1\nName bench\nID GEOMATH1\nModelRadius 6378137\nModelMass 3986004.418e8\n"
+              "AngularVelocity 7292115e-11\nReferenceRadius 6378137\n"
+              "ReferenceMass 3986004.418e8\nFlattening 1/298.257223563\nHeightOffset -0.53\n"
+              "CorrectionMultiplier 0.01\nNormalization full\n";
+    header.close();
+    std::ofstream out(Directory() / "bench.egm.cof", std::ios::binary);
+    out << "GEOMATH1";
+    const Coefficients& c = Synthetic();
+    for (const auto& [cosines, sines] :
+         {std::pair(&c.C, &c.S), std::pair(&c.correctionC, &c.correctionS)}) {
+      Put(out, std::int32_t{kMaxDegree});
+      Put(out, std::int32_t{kMaxDegree});
+      PutByOrder(out, *cosines, 0);
+      PutByOrder(out, *sines, 1);
+    }
+    out.close();
+    return GeographicLib::GravityModel("bench", Directory().string());
+  }();
+  return model;
+}
+
+void PeerPoint(benchmark::State& state) {
+  const GeographicLib::GravityModel& model = Peer();
+  for (auto _ : state)
+    for (const TAbstractPoint3<double>& place : Places())
+      benchmark::DoNotOptimize(model.GeoidHeight(place[0] * kDegPerRad, place[1] * kDegPerRad));
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
+}
+
+void PeerRow(benchmark::State& state) {
+  const GeographicLib::GravityModel& model = Peer();
+  double lat = 30;
+  for (auto _ : state) {
+    lat = lat < 60 ? lat + 0.5 : 30;
+    const auto circle = model.Circle(lat, 0, GeographicLib::GravityModel::GEOID_HEIGHT);
+    for (int b = 0; b < kRowColumns; ++b)
+      benchmark::DoNotOptimize(circle.GeoidHeight(b * 360.0 / kRowColumns));
+  }
+  state.SetItemsProcessed(state.iterations() * kRowColumns);
+}
+#endif
+
+// A grid of one minute of the size of a national model.
+constexpr int kRows = 361, kGridColumns = 301;
+constexpr double kSouth = 40, kWest = 5, kStep = 1.0 / 60;  // degrees
+
+const std::vector<float>& Nodes() {
+  static const std::vector<float> nodes = [] {
+    std::vector<float> z;
+    for (int r = 0; r < kRows; ++r)
+      for (int c = 0; c < kGridColumns; ++c)
+        z.push_back(static_cast<float>(40 + 5 * std::sin(r / 30.0) + 3 * std::cos(c / 25.0)));
+    return z;
+  }();
+  return nodes;
+}
+
+const Columns& GridPlaces() {
+  static const Columns points =
+      SpreadPoints({(kSouth + 0.1) * kRadPerDeg, (kWest + 0.1) * kRadPerDeg, 0},
+                   {(kSouth + 5.9) * kRadPerDeg, (kWest + 4.9) * kRadPerDeg, 1});
+  return points;
+}
+
+template <class Interpolator>
+void Grid(benchmark::State& state) {
+  const double step = kStep * kRadPerDeg;
+  const Interpolator model(
+      {{kSouth * kRadPerDeg, (kRows - 1) * step, kWest * kRadPerDeg, (kGridColumns - 1) * step},
+       step,
+       step},
+      kGridColumns, kRows, Nodes().data(), 0, L"", L"");
+  std::vector<TAbstractPoint3<double>> points;
+  for (std::size_t i = 0; i < kBenchPoints; ++i)
+    points.emplace_back(GridPlaces().first[i], GridPlaces().second[i], 0.0);
+  std::vector<double> heights(kBenchPoints);
+  for (auto _ : state) {
+    benchmark::DoNotOptimize(
+        model.CountHeight(points.data(), heights.data(), static_cast<int>(kBenchPoints)));
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+}
+
+#ifdef GEOMATH_HAVE_PROJ
+template <class Value>
+Value BigEndian(Value value) {
+  auto bytes = std::bit_cast<std::array<unsigned char, sizeof(Value)>>(value);
+  if constexpr (std::endian::native == std::endian::little)
+    std::reverse(bytes.begin(), bytes.end());
+  return std::bit_cast<Value>(bytes);
+}
+
+void PeerGrid(benchmark::State& state) {
+  const std::filesystem::path file = Directory() / "bench.gtx";
+  std::ofstream out(file, std::ios::binary);
+  for (const double value : {kSouth, kWest, kStep, kStep}) Put(out, BigEndian(value));
+  for (const std::int32_t value : {kRows, kGridColumns}) Put(out, BigEndian(value));
+  for (const float z : Nodes()) Put(out, BigEndian(z));
+  out.close();
+  const ProjPeer peer(("+proj=vgridshift +multiplier=1 +grids=" + file.string()).c_str());
+  if (!peer.Good()) {
+    state.SkipWithError("PROJ does not read the grid");
+    return;
+  }
+  Columns work = GridPlaces();
+  for (auto _ : state) {
+    work.third = GridPlaces().third;
+    peer.Convert(PJ_FWD, work.second.data(), work.first.data(), work.third.data(), kBenchPoints);
+    benchmark::DoNotOptimize(work.third.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+}
+#endif
+
+const bool registered = [] {
+  benchmark::RegisterBenchmark("geoid of degree 360, one point/scalar", HarmonicPoint);
+  benchmark::RegisterBenchmark("geoid of degree 360, a row/batch", HarmonicRow);
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+  benchmark::RegisterBenchmark("geoid of degree 360, one point/GravityModel", PeerPoint);
+  benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRow);
+#endif
+  benchmark::RegisterBenchmark("geoid grid, bilinear/batch", Grid<RegGeoid2x2SW>);
+#ifdef GEOMATH_HAVE_PROJ
+  benchmark::RegisterBenchmark("geoid grid, bilinear/vgridshift", PeerGrid);
+#endif
+  benchmark::RegisterBenchmark("geoid grid, 3 x 3/batch", Grid<RegionalGeoid>);
+  benchmark::RegisterBenchmark("geoid grid, 4 x 4/batch", Grid<RegGeoidInterpalation4>);
+  benchmark::RegisterBenchmark("geoid grid, kriging/batch", Grid<RegGeoidKrigingIntrp>);
+  return true;
+}();
+
+}  // namespace
