@@ -39,7 +39,7 @@ class Extent {
     }
   }
   bool Exists() const { return hasMin_ && hasMax_; }
-  double Middle() const { return min_ + (max_ - min_) * 0.5; }
+  double Middle() const { return max_ == min_ ? max_ : min_ + (max_ - min_) * 0.5; }
 
  private:
   double min_ = DBL_MAX, max_ = -DBL_MAX;
@@ -384,14 +384,24 @@ bool TLocalizationParam::VerticalPointsInLine() const {
     ++count;
   });
   double nn = 0, ne = 0, ee = 0;
-  ForEach(&TLocalizationParam::UseForVertParams, [&](const IdenticalPoint& p) {
-    const double dN = p.globalN - n / count, dE = p.globalE - e / count;
+  const auto forEachReduced = [&](auto visit) {
+    ForEach(&TLocalizationParam::UseForVertParams,
+            [&](const IdenticalPoint& p) { visit(p.globalN - n / count, p.globalE - e / count); });
+  };
+  forEachReduced([&](double dN, double dE) {
     nn += dN * dN;
     ne += dN * dE;
     ee += dE * dE;
   });
-  const double trace = nn + ee;
-  return !(nn * ee - ne * ne > kInLine * kInLine * (trace * trace));
+  // The width is summed from the distances to the main axis: the determinant nn·ee − ne² would
+  // drown a width below 1e-8 of the length in its own rounding.
+  const PlaneRotation axis(0.5 * std::atan2(2 * ne, nn - ee));
+  double width2 = 0;
+  forEachReduced([&](double dN, double dE) {
+    const double off = axis.TurnBack(dN, dE).e;
+    width2 += off * off;
+  });
+  return !(width2 > kInLine * kInLine * (nn + ee));
 }
 
 // d = h0 + aN·x + aE·y over the vertical points, x and y the grid coordinates as they are.
