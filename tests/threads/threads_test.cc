@@ -147,10 +147,32 @@ Work Chain(int) {
   };
 }
 
+Work SiteItself(int) {
+  const auto site = std::make_shared<LocalToGrid>();
+  site->mode = LocalToGrid::kBoth;
+  site->SetLat0(0.9, 2);
+  site->SetPlaneParam(0.3, 3, 2);
+  const auto ground = std::make_shared<GridToGround>();
+  ground->rotation = 0.1;
+  return [site = std::shared_ptr<const LocalToGrid>(site),
+          ground = std::shared_ptr<const GridToGround>(ground)] {
+    std::vector<double> b = Around(0.9, 0.01, 1), l = Around(0, 0.02, 13), h = Around(0, 1e3, 31);
+    std::vector<double> results;
+    site->ForwardBatch(b.data(), l.data(), h.data(), kPoints, LocalToGrid::kBoth);
+    ground->ToGroundBatch(b.data(), l.data(), kPoints);
+    for (const auto* column : {&b, &l, &h}) Append(results, *column);
+    ground->ToGridBatch(b.data(), l.data(), kPoints);
+    site->InverseBatch(b.data(), l.data(), h.data(), kPoints, LocalToGrid::kBoth);
+    for (const auto* column : {&b, &l, &h}) Append(results, *column);
+    return results;
+  };
+}
+
 std::vector<Row> Shared() {
   std::vector<Row> rows = {{"Ellipsoid", &EllipsoidItself},
                            {"Datum", &DatumItself},
                            {"CoordinateChain", &Chain},
+                           {"LocalToGridAndGround", &SiteItself},
                            {"TTMProj", &SeriesTm}};
   for (int code = 0; code < ProjTypeNone; ++code) {
     const std::unique_ptr<TGeoProj> known(_GetProjByType(code, kWgs84A, kWgs84InvF));
