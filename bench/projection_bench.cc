@@ -1,0 +1,124 @@
+// Map projections, both directions, one point at a time and in batches, beside PROJ.
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "bench/peers.h"
+#include "geomath/geomath.h"
+
+namespace {
+
+using namespace zel_cs::geomath;
+
+constexpr double kDeg = kRadPerDeg;
+
+struct Row {
+  const char* name;
+  std::shared_ptr<TGeoProj> projection;
+  const char* peer;                 // PROJ's definition of the same projection
+  double south, west, north, east;  // degrees
+};
+
+template <class Projection, class... Args>
+std::shared_ptr<TGeoProj> Make(Args... args) {
+  return std::make_shared<Projection>(args...);
+}
+
+const std::vector<Row>& Rows() {
+  static const std::vector<Row> rows = {
+      {"lambert",
+       Make<TLCProj>(kWgs84A, kWgs84InvF, 33 * kDeg, 45 * kDeg, -96 * kDeg, 23 * kDeg, 0, 0, 1.0),
+       "+proj=lcc +lat_1=33 +lat_2=45 +lat_0=23 +lon_0=-96 +ellps=WGS84", 25, -120, 50, -70},
+      {"albers",
+       Make<TAlbersEAConicProj>(kWgs84A, kWgs84InvF, 29.5 * kDeg, 45.5 * kDeg, -96 * kDeg,
+                                23 * kDeg, 0, 0),
+       "+proj=aea +lat_1=29.5 +lat_2=45.5 +lat_0=23 +lon_0=-96 +ellps=WGS84", 25, -120, 50, -70},
+      {"stereographic, oblique",
+       Make<TSterProj>(kWgs84A, kWgs84InvF, 40 * kDeg, -100 * kDeg, 1.0, 0, 0),
+       "+proj=stere +lat_0=40 +lon_0=-100 +ellps=WGS84", 25, -120, 50, -70},
+      {"stereographic, polar", Make<TSterProj>(kWgs84A, kWgs84InvF, kHalfPi, 0, 0.994, 2e6, 2e6),
+       "+proj=stere +lat_0=90 +k_0=0.994 +x_0=2000000 +y_0=2000000 +ellps=WGS84", 60, -180, 90,
+       180},
+      {"stereographic, double",
+       Make<TDoubleSter>(kWgs84A, kWgs84InvF, 52 * kDeg, 5 * kDeg, 0.9999, 155000, 463000),
+       "+proj=sterea +lat_0=52 +lon_0=5 +k=0.9999 +x_0=155000 +y_0=463000 +ellps=WGS84", 50, 3, 54,
+       8},
+      {"krovak", Make<TKrovakProj>(),
+       "+proj=krovak +lat_0=49.5 +lon_0=24.83333333333333 +k=0.9999 +ellps=WGS84", 48, 12, 51, 22},
+  };
+  return rows;
+}
+
+// A conversion in place starts from fresh copies of its points, whose time is part of every
+// contender's alike.
+template <class Convert>
+void Measure(benchmark::State& state, const Columns& points, Convert convert) {
+  Columns work = points;
+  for (auto _ : state) {
+    work.first = points.first;
+    work.second = points.second;
+    convert(work.first.data(), work.second.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+}
+
+template <class Convert>
+void Register(const std::string& name, const std::shared_ptr<Columns>& points, Convert convert) {
+  benchmark::RegisterBenchmark(name.c_str(), [points, convert](benchmark::State& state) {
+    Measure(state, *points, convert);
+  });
+}
+
+#ifdef GEOMATH_HAVE_PROJ
+void RegisterPeer(const std::string& name, const std::shared_ptr<Columns>& geographic,
+                  const char* definition, PJ_DIRECTION direction) {
+  benchmark::RegisterBenchmark(name.c_str(), [=](benchmark::State& state) {
+    const ProjPeer peer(definition);
+    if (!peer.Good()) {
+      state.SkipWithError("PROJ does not know the definition");
+      return;
+    }
+    Columns points = *geographic;  // PROJ's grid points are its own, whatever its axes
+    if (direction == PJ_INV)
+      peer.Convert(PJ_FWD, points.second.data(), points.first.data(), nullptr, kBenchPoints);
+    Measure(state, points, [&](double* first, double* second) {
+      peer.Convert(direction, second, first, nullptr, kBenchPoints);
+    });
+  });
+}
+#endif
+
+void RegisterRow(const Row& row) {
+  const std::shared_ptr<TGeoProj> p = row.projection;
+  const auto geographic = std::make_shared<Columns>(
+      SpreadPoints({row.south * kDeg, row.west * kDeg, 0}, {row.north * kDeg, row.east * kDeg, 1}));
+  const auto grid = std::make_shared<Columns>(*geographic);
+  p->ForwardBatch(grid->first.data(), grid->second.data(), kBenchPoints);
+  const std::string forward = std::string(row.name) + " forward/";
+  const std::string inverse = std::string(row.name) + " inverse/";
+
+  Register(forward + "scalar", geographic, [p](double* b, double* l) {
+    for (std::size_t i = 0; i < kBenchPoints; ++i) p->Forward(b[i], l[i]);
+  });
+  Register(forward + "batch", geographic,
+           [p](double* b, double* l) { p->ForwardBatch(b, l, kBenchPoints); });
+  Register(inverse + "scalar", grid, [p](double* n, double* e) {
+    for (std::size_t i = 0; i < kBenchPoints; ++i) p->Inverse(n[i], e[i]);
+  });
+  Register(inverse + "batch", grid,
+           [p](double* n, double* e) { p->InverseBatch(n, e, kBenchPoints); });
+#ifdef GEOMATH_HAVE_PROJ
+  RegisterPeer(forward + "PROJ", geographic, row.peer, PJ_FWD);
+  RegisterPeer(inverse + "PROJ", geographic, row.peer, PJ_INV);
+#endif
+}
+
+const bool kRegistered = [] {
+  for (const Row& row : Rows()) RegisterRow(row);
+  return true;
+}();
+
+}  // namespace
