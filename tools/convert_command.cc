@@ -37,6 +37,19 @@ struct ConvertOptions {
 volatile std::sig_atomic_t interrupted = 0;
 void Interrupt(int) { interrupted = 1; }
 
+void CatchInterrupts() {
+  for (const int signal : {SIGINT, SIGTERM}) {
+#ifdef _WIN32
+    std::signal(signal, Interrupt);
+#else
+    struct sigaction action = {};
+    action.sa_handler = Interrupt;
+    action.sa_flags = static_cast<int>(SA_RESETHAND);  // the second one ends the program at once
+    sigaction(signal, &action, nullptr);               // and reading that waits is broken off
+#endif
+  }
+}
+
 // Rows that are read, converted together and written: enough for the batch, little memory.
 constexpr std::size_t kBlockRows = 4096;
 
@@ -114,15 +127,13 @@ class Conversion {
         progress_("rows") {}
 
   int Run() {
-    std::signal(SIGINT, Interrupt);
-    std::signal(SIGTERM, Interrupt);
+    CatchInterrupts();
     try {
       while (const std::size_t count = ReadBlock()) {
         ConvertBlock(count);
         WriteBlock(count);
         progress_.Update(rows_, source_.Done());
-        if (interrupted) throw UserError(fmt::format("interrupted after {} rows", rows_));
-        if (!trouble_.empty()) break;
+        if (interrupted || !trouble_.empty()) break;
       }
     } catch (const UserError&) {
       sink_.Close();
@@ -134,6 +145,7 @@ class Conversion {
           fmt::format("geomath: {} of {} rows could not be converted; their results "
                       "are empty",
                       failures_, rows_));
+    if (interrupted) throw UserError(fmt::format("interrupted after {} rows", rows_));
     if (!trouble_.empty()) throw UserError(trouble_);
     return failures_ == 0 ? kExitDone : kExitSomeFailed;
   }

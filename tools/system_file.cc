@@ -153,9 +153,14 @@ class SystemReader {
     std::vector<std::string> known = {"name"};
     for (const ProjectionParameter& parameter : kind.parameters) known.push_back(parameter.name);
     const JsonSection section(file_, "projection", object, known, true);
+    const std::vector<std::string> names(known.begin() + 1, known.end());
     std::vector<double> values;
-    for (const ProjectionParameter& parameter : kind.parameters)
+    for (const ProjectionParameter& parameter : kind.parameters) {
+      if (!section.Has(parameter.name))
+        section.Fail(parameter.name,
+                     fmt::format("is missing; {} needs {}", kind.name, ListNames(names)));
       values.push_back(ReadParameter(section, parameter));
+    }
     system.projection_ = MakeProjection(kind, system.local_.a, system.local_.invF, values);
   }
 

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "geomath/base/angle.h"
 #include "tests/support/tolerance.h"
 #include "tools/ellipsoid_names.h"
 #include "tools/name_match.h"
@@ -147,7 +148,7 @@ TEST(SystemFile, ComplaintsNameFileKeyAndRemedy) {
        {"\"projection.name\"", "TMERK", "did you mean \"TMERC\""}},
       {[](json& s) { s["projection"].erase("name"); }, {"\"projection.name\"", "missing"}},
       {[](json& s) { s["projection"].erase("Scale"); },
-       {"\"projection.Scale\"", "missing", "scale factor"}},
+       {"\"projection.Scale\"", "missing", "TM needs", "\"North0\""}},
       {[](json& s) { s["projection"]["Lat"] = 49; },
        {"\"projection.Lat\"", "unknown", "did you mean \"Lat0\""}},
       {[](json& s) { s["projection"]["lat 0"] = 49; }, {"second time"}},
@@ -184,11 +185,18 @@ TEST(SystemFile, EveryProjectionHasDescribedParameters) {
   ASSERT_NE(FindProjection("TMERC"), nullptr);
   for (const ProjectionKind& kind : ProjectionKinds()) {
     EXPECT_EQ(kind.parameters.empty(), kind.name == "C_S") << kind.name;
-    std::vector<double> values(kind.parameters.size(), 0.5);
+    const std::vector<double> values(kind.parameters.size(), 0.5);
     const auto projection = MakeProjection(kind, 6378137, 298.257223563, values);
     ASSERT_NE(projection, nullptr) << kind.name;
     EXPECT_NE(projection->GetType(), zel_cs::geomath::ProjTypeNone) << kind.name;
     EXPECT_LE(static_cast<int>(values.size()), projection->GetQParam()) << kind.name;
+    for (std::size_t i = 0; i < values.size(); ++i) {
+      const ParameterUnit unit = kind.parameters[i].unit;
+      const bool angle = unit == ParameterUnit::degrees || unit == ParameterUnit::latitude;
+      EXPECT_DOUBLE_EQ(projection->GetParam(static_cast<int>(i), 2),
+                       angle ? 0.5 * zel_cs::geomath::kRadPerDeg : 0.5)
+          << kind.name << " " << kind.parameters[i].name;
+    }
   }
 }
 
