@@ -37,6 +37,7 @@
 #include "geomath/geoid/regional_geoid.h"
 #include "geomath/geoid/regional_geoid_data.h"
 #include "geomath/geoid/three_point.h"
+#include "geomath/local/calibration_check.h"
 #include "geomath/local/grid_to_ground.h"
 #include "geomath/local/identical_point.h"
 #include "geomath/local/local_to_grid.h"

@@ -59,4 +59,19 @@ inline TDoubleSter NetherlandsGrid() {
           155000,      463000};
 }
 
+/// A grid far from its origin, local coordinates with errors of centimetres. The tests hold what
+/// mpmath (40 digits) makes of these figures.
+inline std::vector<IdenticalPoint> NoisyPoints() {
+  return {
+      PointOf(5200000, 400000, 112.668, 4749528.792, 2158748.756, 65.19, PointUseBoth),
+      PointOf(5200900, 400150, 115.598, 4750322.936, 2159198.357, 68.13, PointUseBoth),
+      PointOf(5200250, 401200, 92.625, 4749352.063, 2159961.919, 45.126, PointUseBoth),
+      PointOf(5199300, 400700, 147.88, 4748631.009, 2159166.339, 100.355, PointUseHorizontal),
+      PointOf(5199800, 399100, 133.92, 4749649.569, 2157834.478, 86.388, PointUseBoth),
+      PointOf(5200600, 399500, 93.261, 4750264.052, 2158484.723, 45.776, PointUseVertical),
+      PointOf(5201300, 400900, 100.098, 4750441.54, 2160040.187, 52.624, PointUseRotation),
+      PointOf(5199100, 399900, 130.712, 4748717.413, 2158346.041, 83.172, PointUseRotation),
+  };
+}
+
 }  // namespace zel_cs::geomath
