@@ -66,12 +66,35 @@ struct CoordinateChain::Block {
 
 const char* ChainStepName(ChainStep step) {
   static constexpr const char* names[] = {
-      "none",           "the input", "the global ellipsoid", "the datum", "the local ellipsoid",
-      "the projection", "the geoid",
+      "none",
+      "the input",
+      "the global ellipsoid",
+      "the datum",
+      "the local ellipsoid",
+      "the projection",
+      "the geoid",
+      "the site calibration",
+      "the ground system",
   };
-  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::geoid) + 1);
+  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::ground) + 1);
   const auto index = static_cast<std::size_t>(step);
   return index < std::size(names) ? names[index] : "an unknown step";
+}
+
+// Runs `convert` and puts back the coordinates of the parts that a calibration of that mode leaves
+// out, of points that were converted.
+template <class Convert>
+void CoordinateChain::KeepUncalibrated(Block& p, unsigned char mode, Convert convert) {
+  double x[kBlockSize], y[kBlockSize], h[kBlockSize];
+  std::copy_n(p.x, p.count, x);
+  std::copy_n(p.y, p.count, y);
+  std::copy_n(p.h, p.count, h);
+  convert();
+  for (std::size_t i = 0; i < p.count; ++i) {
+    if (!std::isfinite(p.x[i])) continue;
+    if (mode == LocalToGrid::kHorizontal) p.h[i] = h[i];
+    if (mode == LocalToGrid::kVertical) p.x[i] = x[i], p.y[i] = y[i];
+  }
 }
 
 // Global to local on the geocentric way.
@@ -119,10 +142,38 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   if (geoid_ && !geoidFirst) subtractGeoid();
   if (geoid_) std::copy_n(aboveGeoid, p.count, p.h);
 
-  if (!projection_) return;
-  p.RotateGeographic(projection_, kToUser);
-  projection_->ForwardBatch(p.x, p.y, p.count);
-  p.Check(ChainStep::projection);
+  if (projection_) {
+    p.RotateGeographic(projection_, kToUser);
+    projection_->ForwardBatch(p.x, p.y, p.count);
+    p.Check(ChainStep::projection);
+  }
+  GridToSite(p);
+}
+
+void CoordinateChain::GridToSite(Block& p) const {
+  if (localization_) {
+    KeepUncalibrated(p, localization_->mode, [&] {
+      localization_->ToLocalBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
+    });
+    p.Check(ChainStep::localization);
+  }
+  if (ground_ && !ground_->IsDisabled()) {
+    ground_->ToGroundBatch(p.x, p.y, p.count);
+    p.Check(ChainStep::ground);
+  }
+}
+
+void CoordinateChain::SiteToGrid(Block& p) const {
+  if (ground_ && !ground_->IsDisabled()) {
+    ground_->ToGridBatch(p.x, p.y, p.count);
+    p.Check(ChainStep::ground);
+  }
+  if (localization_) {
+    KeepUncalibrated(p, localization_->mode, [&] {
+      localization_->ToGridBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
+    });
+    p.Check(ChainStep::localization);
+  }
 }
 
 // Where the geoid belongs to the global ellipsoid, its height is needed at a global position that
@@ -166,6 +217,7 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
 }
 
 void CoordinateChain::ToGlobalBlock(Block& p) const {
+  SiteToGrid(p);
   if (projection_) {
     projection_->InverseBatch(p.x, p.y, p.count);
     p.Check(ChainStep::projection);

@@ -6,6 +6,8 @@
 #include "geomath/chain/geoid_height.h"
 #include "geomath/datum/datum.h"
 #include "geomath/export.h"
+#include "geomath/local/grid_to_ground.h"
+#include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
@@ -19,6 +21,8 @@ enum class ChainStep : unsigned char {
   localEllipsoid,   ///< geodetic and geocentric coordinates on the datum's ellipsoid
   projection,       ///< the map projection; coming back, also a latitude beyond the pole
   geoid,            ///< the geoid height: no height at the position
+  localization,     ///< the site calibration: not set up, or heights alone taken back
+  ground,           ///< the ground system
 };
 
 /// The step in words for a report: "the datum", "the projection", …
@@ -40,6 +44,7 @@ enum class GeoidFrame : unsigned char {
 /// (N, E, H) and back.
 ///
 ///   global B, L, H ─ global ellipsoid ─ datum ─ local ellipsoid ─ projection ─ N, E, H
+///                                                              ─ site ─ ground ─ N, E, H
 ///
 /// A geoid, when one is set, turns the ellipsoidal height H into a height above the geoid on the
 /// way out and back into an ellipsoidal one on the way in.
@@ -49,7 +54,13 @@ enum class GeoidFrame : unsigned char {
 /// - no datum: both systems share one ellipsoid, B, L and H reach the projection as given, and
 ///   the global ellipsoid is not used;
 /// - no projection: the local pair is B, L on the local ellipsoid;
-/// - no geoid: H is the height above the ellipsoid on both sides.
+/// - no geoid: H is the height above the ellipsoid on both sides;
+/// - no localization, no ground: the local triple is that of the grid.
+/// A localization turns grid coordinates and heights (above the geoid, when there is one) into those
+/// of the site; it uses its own parameters, but the chain's projection. A part that its mode leaves
+/// out passes unchanged; heights alone cannot be taken back. A ground system comes last and leaves
+/// heights alone; one that is disabled is left out.
+///
 /// A datum needs its ellipsoid and the global one, else that step fails.
 ///
 /// Angles are radians, lengths metres. The global pair stands in the geographic axes of the
@@ -79,6 +90,10 @@ class GEOMATH_API CoordinateChain {
     geoid_ = geoid;
     geoidFrame_ = frame;
   }
+  const LocalToGrid* GetLocalization() const { return localization_; }
+  void SetLocalization(const LocalToGrid* localization) { localization_ = localization; }
+  const GridToGround* GetGround() const { return ground_; }
+  void SetGround(const GridToGround* ground) { ground_ = ground; }
 
   /// In place, global (B, L, H) to local (N, E, H). On failure the arguments are unchanged.
   ChainResult ToLocal(double& b, double& l, double& h) const;
@@ -105,6 +120,10 @@ class GEOMATH_API CoordinateChain {
   void DatumToLocal(Block& block) const;
   void DatumToGlobal(Block& block) const;
   void HeightToEllipsoid(Block& block) const;
+  template <class Convert>
+  static void KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
+  void GridToSite(Block& block) const;
+  void SiteToGrid(Block& block) const;
   ChainResult RunPoint(BlockStep steps, double& x, double& y, double& h) const;
   std::size_t RunBatch(BlockStep steps, double* x, double* y, double* h, std::size_t count,
                        std::ptrdiff_t stride, ChainStep* failedAt) const;
@@ -114,6 +133,8 @@ class GEOMATH_API CoordinateChain {
   const TGeoProj* projection_ = nullptr;
   const GeoidHeight* geoid_ = nullptr;
   GeoidFrame geoidFrame_ = GeoidFrame::global;
+  const LocalToGrid* localization_ = nullptr;
+  const GridToGround* ground_ = nullptr;
 };
 
 }  // namespace zel_cs::geomath

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/local/identical_point.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "tests/support/tolerance.h"
 
@@ -229,6 +230,10 @@ TEST(CoordinateChain, BatchAgreesWithPointsForEveryStrideAndReportsFailures) {
   Britain gb;
   const TiltedGeoid geoid;
   gb.chain.SetGeoid(&geoid);
+  LocalToGrid site;
+  site.mode = LocalToGrid::kHorizontal;
+  site.SetPlaneParam(0.2, 3, 2);
+  gb.chain.SetLocalization(&site);
   const Lattice given;
   const std::size_t count = given.b.size();
   std::vector<double> triples(3 * count);
@@ -283,6 +288,68 @@ TEST(CoordinateChain, AxesOfTheProjectionHoldAtBothEnds) {
   EXPECT_NEAR(first, 0.05, 2e-10);  // the footpoint of TTMProj stops at 1 mm of arc
   EXPECT_NEAR(second, 0.93, 2e-10);
   EXPECT_FALSE(gb.chain.ToLocal(second = 0.05, first = 1.6, up));  // latitude is the second now
+}
+
+// Grid coordinates of the chain without a site, then the conversions of the two classes.
+TEST(CoordinateChain, SiteAndGroundFollowTheGrid) {
+  Britain gb;
+  LocalToGrid site;
+  const double plane[] = {-9e4, 5e4, 1.0003, 0.2}, heights[] = {-48, 1e-5, 2e-5};
+  for (int i = 0; i < 4; ++i) site.SetPlaneParam(plane[i], i, 2);
+  for (int i = 0; i < 3; ++i) site.SetHeightParam(heights[i], i, 2);
+  site.mode = LocalToGrid::kBoth;
+  GridToGround ground;
+  ground.height = 500, ground.rotation = 0.1, ground.offsetN = 7;
+  const TiltedGeoid geoid;
+  gb.chain.SetGeoid(&geoid);
+
+  const double lat = 0.95, lon = -0.1, up = 300;
+  double n = lat, e = lon, h = up;
+  ASSERT_TRUE(gb.chain.ToLocal(n, e, h));
+  const double gridN = n, gridE = e, gridH = h;
+  ASSERT_TRUE(site.ToLocal(n, e, h, LocalToGrid::kBoth));
+  unsigned long present = kHasNorth | kHasEast;
+  ASSERT_TRUE(ground.ToGround(n, e, h, &present));
+
+  gb.chain.SetLocalization(&site);
+  gb.chain.SetGround(&ground);
+  double x = lat, y = lon, z = up;
+  ASSERT_TRUE(gb.chain.ToLocal(x, y, z));
+  EXPECT_NEAR(x, n, tolerance::kBatchMetres);
+  EXPECT_NEAR(y, e, tolerance::kBatchMetres);
+  EXPECT_NEAR(z, h, tolerance::kBatchMetres);
+  ASSERT_TRUE(gb.chain.ToGlobal(x, y, z));
+  EXPECT_NEAR(x, lat, 1e-9);  // the footpoint of TTMProj stops at 1 mm of arc
+  EXPECT_NEAR(y, lon, 1e-9);
+  EXPECT_NEAR(z, up, 1e-5);
+
+  // Parts that the site does not have pass through, the disabled ground system too.
+  ground.SetEnabled(false);
+  site.mode = LocalToGrid::kHorizontal;
+  ASSERT_TRUE(gb.chain.ToLocal(x = lat, y = lon, z = up));
+  EXPECT_EQ(z, gridH);
+  EXPECT_NE(x, gridN);
+  ASSERT_TRUE(gb.chain.ToGlobal(x, y, z));
+  EXPECT_NEAR(z, up, 1e-5);
+  site.mode = LocalToGrid::kVertical;
+  ASSERT_TRUE(gb.chain.ToLocal(x = lat, y = lon, z = up));
+  EXPECT_EQ(x, gridN);
+  EXPECT_EQ(y, gridE);
+  EXPECT_EQ(z, h);
+  EXPECT_EQ(gb.chain.ToGlobal(x, y, z).failedAt, ChainStep::localization);
+  site.mode = LocalToGrid::kNotSetUp;
+  EXPECT_EQ(gb.chain.ToLocal(x = lat, y = lon, z = up).failedAt, ChainStep::localization);
+  EXPECT_EQ(x, lat);
+
+  site.mode = LocalToGrid::kBoth;
+  ground.SetEnabled(true);
+  ground.gridScaleFactor = 0;
+  EXPECT_EQ(gb.chain.ToLocal(x, y, z).failedAt, ChainStep::ground);
+  EXPECT_STREQ(ChainStepName(ChainStep::ground), "the ground system");
+  gb.chain.SetLocalization(nullptr);
+  gb.chain.SetGround(nullptr);
+  ASSERT_TRUE(gb.chain.ToLocal(x, y, z));
+  EXPECT_EQ(x, gridN);
 }
 
 TEST(CoordinateChain, StaysExactWhereTheScalarLatitudeRefuses) {
