@@ -1,5 +1,6 @@
 #include "geomath/proj/methods/cassini_proj.h"
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -57,17 +58,21 @@ bool TCassiniProj::GetCentralPoint(double& b0, double& l0, double& db, double& d
 void TCassiniProj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, theta_); }
 
 bool TCassiniProj::ForwardPoint(double& b, double& l, PointFactors*) const {
-  const auto [north, east] = cassini_.Forward(b, l);
-  b = fNorth_ + north;
-  l = fEast_ + east;
+  Formulas().Forward<simd::Libm>(b, l);
   return true;
 }
 
 bool TCassiniProj::InversePoint(double& n, double& e, PointFactors*) const {
-  const auto [phi, lambda] = cassini_.Inverse(n - fNorth_, e - fEast_);
-  n = phi;
-  e = lambda;
+  Formulas().Inverse<simd::Libm>(n, e);
   return true;
+}
+
+void TCassiniProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TCassiniProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/cassini.h"
+#include "geomath/proj/methods/kernels/cassini_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -46,8 +46,11 @@ class GEOMATH_API TCassiniProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  CassiniFormulas Formulas() const { return {cassini_, 1, fEast_, fNorth_}; }
   static std::span<const ParamRow<TCassiniProj>> Params();
 
   double phi0_, lambda0_, theta_, fEast_, fNorth_;

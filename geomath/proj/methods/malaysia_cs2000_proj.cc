@@ -1,5 +1,7 @@
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
+
 namespace zel_cs::geomath {
 
 std::span<const ParamRow<TMalaysia_CS2000Proj>> TMalaysia_CS2000Proj::Params() {
@@ -41,17 +43,21 @@ void TMalaysia_CS2000Proj::SetParam(double value, int index, unsigned int unit) 
 void TMalaysia_CS2000Proj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, azimuth_); }
 
 bool TMalaysia_CS2000Proj::ForwardPoint(double& b, double& l, PointFactors*) const {
-  const auto [north, east] = cassini_.Forward(b, l);
-  b = WorkingScale() * north;
-  l = WorkingScale() * east;
+  Formulas().Forward<simd::Libm>(b, l);
   return true;
 }
 
 bool TMalaysia_CS2000Proj::InversePoint(double& n, double& e, PointFactors*) const {
-  const auto [phi, lambda] = cassini_.Inverse(n / WorkingScale(), e / WorkingScale());
-  n = phi;
-  e = lambda;
+  Formulas().Inverse<simd::Libm>(n, e);
   return true;
+}
+
+void TMalaysia_CS2000Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TMalaysia_CS2000Proj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

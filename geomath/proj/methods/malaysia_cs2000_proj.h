@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/cassini.h"
+#include "geomath/proj/methods/kernels/cassini_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -42,10 +42,13 @@ class GEOMATH_API TMalaysia_CS2000Proj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
   void Set(double& field, double value);
   double WorkingScale() const { return k0_ > 0 ? k0_ : 1; }
+  CassiniFormulas Formulas() const { return {cassini_, WorkingScale(), 0, 0}; }
   static std::span<const ParamRow<TMalaysia_CS2000Proj>> Params();
 
   double azimuth_, k0_, lambda0_, phi0_;

@@ -1,6 +1,7 @@
 #include "geomath/proj/methods/minnesota_tm_proj.h"
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/county_ellipsoid.h"
 
@@ -88,6 +89,14 @@ bool TMinnesota_TMProj::InversePoint(double& n, double& e, PointFactors* factors
   n = phi;
   e = lambda0_ + deltaLambda;
   return true;
+}
+
+void TMinnesota_TMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TMinnesota_TMProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/stem_transverse_mercator.h"
+#include "geomath/proj/methods/kernels/stem_tm_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -50,9 +50,12 @@ class GEOMATH_API TMinnesota_TMProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
   StemTransverseMercator CountySeries() const;
+  StemTmFormulas Formulas() const { return {tm_, lambda0_, fEast_, fNorth_}; }
   static std::span<const ParamRow<TMinnesota_TMProj>> Params();
 
   double lambda0_, phi0_, northStdP_, southStdP_, k0_, fNorth_, fEast_;

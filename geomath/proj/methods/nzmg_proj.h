@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/nzmg_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -41,7 +42,12 @@ class GEOMATH_API TNZMGProj : public TGeoProj {
   bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
+ protected:
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
+
  private:
+  NzmgFormulas Formulas() const { return {ell_.a, phi0_, lambda0_, fEast_, fNorth_}; }
   static std::span<const ParamRow<TNZMGProj>> Params();
 
   double phi0_, lambda0_, fEast_, fNorth_;

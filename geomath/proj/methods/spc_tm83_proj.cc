@@ -1,6 +1,7 @@
 #include "geomath/proj/methods/spc_tm83_proj.h"
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -68,6 +69,14 @@ bool TSPC_TM83Proj::InversePoint(double& n, double& e, PointFactors* factors) co
   n = phi;
   e = lambda0_ + deltaLambda;
   return true;
+}
+
+void TSPC_TM83Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TSPC_TM83Proj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -1,5 +1,7 @@
 #include "geomath/proj/methods/tm_nz.h"
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -29,26 +31,24 @@ void TTTMNZ::SetParam(double value, int index, unsigned int unit) {
 
 bool TTTMNZ::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   if (!TUTMProj::ForwardPoint(b, l, factors)) return false;
-  b = FNorth() + (b - FNorth()) / gridScale_;
-  l = FEast() + (l - FEast()) / gridScale_;
+  Grid().Apply(b, l);
   if (factors) factors->scale /= gridScale_;
   return true;
 }
 
 bool TTTMNZ::InversePoint(double& n, double& e, PointFactors* factors) const {
-  n = FNorth() + (n - FNorth()) * gridScale_;
-  e = FEast() + (e - FEast()) * gridScale_;
+  Grid().Undo(n, e);
   if (!TUTMProj::InversePoint(n, e, factors)) return false;
   if (factors) factors->scale /= gridScale_;
   return true;
 }
 
 void TTTMNZ::ForwardBlock(double* b, double* l, std::size_t count) const {
-  TGeoProj::ForwardBlock(b, l, count);
+  ForwardByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, b, l, count);
 }
 
 void TTTMNZ::InverseBlock(double* n, double* e, std::size_t count) const {
-  TGeoProj::InverseBlock(n, e, count);
+  InverseByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

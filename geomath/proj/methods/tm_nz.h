@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geomath/proj/methods/kernels/tm_nz_formulas.h"
 #include "geomath/proj/methods/utm_proj.h"
 
 namespace zel_cs::geomath {
@@ -25,11 +26,12 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
-  // The kernel of TUTMProj knows no grid scale: point by point.
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  GridScaling Grid() const { return {gridScale_, FEast(), FNorth()}; }
+
   double gridScale_;
 };
 

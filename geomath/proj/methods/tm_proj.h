@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/tm_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -23,15 +24,15 @@ class GEOMATH_API TTMProj : public TGeoProj {
   TTMProj(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth);
 
   double CM() const { return lambda0_; }
-  void CM(double value) { lambda0_ = value; }
+  void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -42,21 +43,15 @@ class GEOMATH_API TTMProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  /// Radii of curvature on the scaled ellipsoid, metres, and η² = ν/ρ − 1.
-  struct Curvature {
-    double nu, rho, eta2;
-  };
-  Curvature CurvatureAt(double sinPhi) const;
-  double ArcFromOrigin(double phi, double sinPhi, double cosPhi) const;
+  void Set(double& field, double value);
   static std::span<const ParamRow<TTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
-
-  double aK0_, bK0_;          // scaled semi-axes, metres
-  double sin0_, cos0_;        // of φ0
-  double m1_, m2_, m3_, m4_;  // arc coefficients, in n
+  TmFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

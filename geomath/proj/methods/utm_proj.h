@@ -54,6 +54,8 @@ class GEOMATH_API TUTMProj : public TGeoProj {
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 
+  const UtmFormulas& Formulas() const { return formulas_; }
+
  private:
   PointFactors FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const;
   static std::span<const ParamRow<TUTMProj>> Params();

@@ -37,7 +37,7 @@ struct MeridianSeries {
 
   /// Arc from the equator to latitude phi, metres.
   double Arc(double phi) const { return r * arc(phi); }
-  double Arc(double phi, double sinPhi, double cosPhi) const {
+  GEOMATH_INLINE double Arc(double phi, double sinPhi, double cosPhi) const {
     return r * arc(phi, sinPhi, cosPhi);
   }
   /// Latitude whose arc from the equator is `metres`.

@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
+
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/proj/methods/math/tm_longitude_series.h"
 
 namespace zel_cs::geomath {
 
@@ -14,6 +17,8 @@ struct PointFactors;
 ///
 /// Against an exact transverse Mercator: forward 0.02 mm within 3° of the meridian and 0.9 mm
 /// within 6°, inverse 0.01 mm and 2 mm. Nothing fails.
+///
+/// Symbols of the source: S0 origin_   R scaled prime-vertical radius   L Δλ·cos φ   Q ΔE/R
 class StemTransverseMercator {
  public:
   struct Geographic {
@@ -30,10 +35,50 @@ class StemTransverseMercator {
   Plane Forward(double phi, double deltaLambda, PointFactors* factors) const;
   Geographic Inverse(double north, double east, PointFactors* factors) const;
 
+  /// A converted point, and the latitude terms with L or Q, from which the factors follow.
+  struct Projected {
+    Plane plane;
+    TmLatitude at;
+    double L;
+  };
+  struct Unprojected {
+    Geographic geographic;
+    TmLatitude at;
+    double Q;
+  };
+
+  /// The two directions in the functions of `Math`.
+  template <class Math>
+  GEOMATH_INLINE Projected Project(double phi, double deltaLambda) const {
+    double s, c;
+    Math::SinCos(phi, s, c);
+    const TmLatitude at(s, c, ep2_);
+    const double L = deltaLambda * c;
+    const double R = aK0_ / std::sqrt(1 - e2_ * (s * s));
+    const TmOffset offset = TmForwardSeries(at, L);
+    return {{k0_ * meridian_.Arc(phi, s, c) - origin_ + R * offset.north, R * offset.east}, at, L};
+  }
+  template <class Math>
+  GEOMATH_INLINE Unprojected Unproject(double north, double east) const {
+    const double phiF = meridian_.footpoint.Evaluate<Math>(Rectifying(north));
+    double s, c;
+    Math::SinCos(phiF, s, c);
+    const TmLatitude at(s, c, ep2_);
+    const double Q = east * std::sqrt(1 - e2_ * (s * s)) / aK0_;
+    const TmFootpointStep step = TmInverseSeries(at, Q, kEta2T4);
+    return {{phiF + step.latitude, step.longitude / c}, at, Q};
+  }
+
+  /// Rectifying latitude of a northing, radians.
+  GEOMATH_INLINE double Rectifying(double north) const { return (north + origin_) / rK0_; }
+
  private:
+  static constexpr double kEta2T4 = 90;  // see TmInverseSeries
+
   double e2_, ep2_, k0_;
   MeridianSeries meridian_;
   double aK0_;     // scaled semi-major axis, metres
+  double rK0_;     // scaled rectifying radius, metres
   double origin_;  // scaled arc of the origin, metres
 };
 

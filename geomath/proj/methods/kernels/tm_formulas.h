@@ -1,0 +1,144 @@
+#pragma once
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/simd/elementary.h"
+
+namespace zel_cs::geomath {
+
+/// TTMProj with its constants prepared. Terms I to XIIA are those of the Ordnance Survey guide,
+/// annexe C; equation numbers are its own.
+///   λ0 lambda0   central meridian    ν nu, ρ rho  scaled radii    η² eta2 = ν/ρ − 1
+///   φ0 phi0      origin              M            scaled arc from φ0
+struct TmFormulas {
+  static constexpr double kFootpointTolerance = 0.001;  // metres of arc
+  /// Corrections of the footpoint after which every point that ServesInverse lets through is
+  /// within the tolerance.
+  static constexpr int kFootpointCorrections = 4;
+
+  double lambda0, phi0, fEast, fNorth;
+  double e2;
+  double invAxes2;  // 1/(1 − e²)
+  double aK0, bK0;  // scaled semi-axes, metres
+  double invAK0;
+  double sin0, cos0;      // of φ0
+  double m1, m2, m3, m4;  // arc coefficients, in n
+
+  /// A latitude on the way to the footpoint, and the arc that it still lacks, metres.
+  struct Footpoint {
+    double phi, sinPhi, cosPhi, rest;
+
+    GEOMATH_INLINE bool Settled() const { return !(std::abs(rest) >= kFootpointTolerance); }
+  };
+
+  // C3. Sines and cosines of multiples of φ − φ0 and φ + φ0 come from those of φ and φ0.
+  GEOMATH_INLINE double ArcFromOrigin(double phi, double sinPhi, double cosPhi) const {
+    const double sinD = sinPhi * cos0 - cosPhi * sin0, cosD = cosPhi * cos0 + sinPhi * sin0;
+    const double sinS = sinPhi * cos0 + cosPhi * sin0, cosS = cosPhi * cos0 - sinPhi * sin0;
+    const double sin2D = 2 * sinD * cosD, cos2S = cosS * cosS - sinS * sinS;
+    const double sin3D = sinD * (3 - 4 * sinD * sinD), cos3S = cosS * (4 * cosS * cosS - 3);
+    return bK0 * (m1 * (phi - phi0) - m2 * sinD * cosS + m3 * sin2D * cos2S - m4 * sin3D * cos3S);
+  }
+
+  template <class Math>
+  GEOMATH_INLINE void Forward(double& b, double& l) const {
+    const double phi = b;
+    double s, c;
+    Math::SinCos(phi, s, c);
+    const double t = s / c, t2 = t * t, t4 = t2 * t2, c2 = c * c, c3 = c2 * c, c5 = c3 * c2;
+    const double w2 = 1 - e2 * (s * s);
+    const double nu = aK0 / std::sqrt(w2);   // C1
+    const double nuOverRho = w2 * invAxes2;  // C2, from its first part
+    const double eta2 = nuOverRho - 1;       // C2, second part
+
+    const double I = ArcFromOrigin(phi, s, c) + fNorth;
+    const double II = 1.0 / 2 * nu * s * c;
+    const double III = 1.0 / 24 * nu * s * c3 * (5 - t2 + 9 * eta2);
+    const double IIIA = 1.0 / 720 * nu * s * c5 * (61 - 58 * t2 + t4);
+    const double IV = nu * c;
+    const double V = 1.0 / 6 * nu * c3 * (nuOverRho - t2);
+    const double VI = 1.0 / 120 * nu * c5 * (5 - 18 * t2 + t4 + 14 * eta2 - 58 * t2 * eta2);
+
+    const double d = FoldTurn(l - lambda0), d2 = d * d;
+    b = I + d2 * (II + d2 * (III + d2 * IIIA));  // C4
+    l = fEast + d * (IV + d2 * (V + d2 * VI));   // C5
+  }
+
+  template <class Math>
+  GEOMATH_INLINE Footpoint At(double phi, double northing) const {
+    double s, c;
+    Math::SinCos(phi, s, c);
+    return {phi, s, c, northing - ArcFromOrigin(phi, s, c)};
+  }
+
+  /// C6.
+  template <class Math>
+  GEOMATH_INLINE Footpoint FirstFootpoint(double northing) const {
+    return At<Math>(northing / aK0 + phi0, northing);
+  }
+
+  /// C7 where the correction δ is below 0.03: sine and cosine of φ + δ by the addition theorems,
+  /// those of δ by their power series, whose first terms left out are below 1e-17.
+  GEOMATH_INLINE Footpoint Corrected(const Footpoint& f, double northing) const {
+    const double delta = f.rest * invAK0, delta2 = delta * delta;
+    const double sinD =
+        delta - delta * delta2 * (1.0 / 6 - delta2 * (1.0 / 120 - 1.0 / 5040 * delta2));
+    const double cosD1 =  // cos δ − 1
+        -delta2 * (1.0 / 2 - delta2 * (1.0 / 24 - 1.0 / 720 * delta2));
+    const double phi = f.phi + delta;
+    const double s = f.sinPhi + (f.sinPhi * cosD1 + f.cosPhi * sinD);
+    const double c = f.cosPhi + (f.cosPhi * cosD1 - f.sinPhi * sinD);
+    return {phi, s, c, northing - ArcFromOrigin(phi, s, c)};
+  }
+
+  /// What follows the footpoint; `n` and `e` as in Inverse.
+  GEOMATH_INLINE void FromFootpoint(const Footpoint& f, double& n, double& e) const {
+    const double s = f.sinPhi, invC = 1 / f.cosPhi;
+    const double t = s * invC, t2 = t * t, t4 = t2 * t2, t6 = t4 * t2;
+    const double w2 = 1 - e2 * (s * s), nuOverRho = w2 * invAxes2, eta2 = nuOverRho - 1;
+    const double invNu = std::sqrt(w2) * invAK0, invNu2 = invNu * invNu;
+    // The guide's terms without their powers of 1/ν, which go with d.
+    const double VII = 1.0 / 2 * t * nuOverRho;
+    const double VIII = 1.0 / 24 * t * nuOverRho * (5 + 3 * t2 + eta2 - 9 * t2 * eta2);
+    const double IX = 1.0 / 720 * t * nuOverRho * (61 + 90 * t2 + 45 * t4);
+    const double XI = 1.0 / 6 * (nuOverRho + 2 * t2);
+    const double XII = 1.0 / 120 * (5 + 28 * t2 + 24 * t4);
+    const double XIIA = 1.0 / 5040 * (61 + 662 * t2 + 1320 * t4 + 720 * t6);
+
+    const double d = e - fEast, q2 = d * d * invNu2;
+    n = f.phi - q2 * (VII - q2 * (VIII - q2 * IX));                             // C8
+    e = lambda0 + d * invNu * invC * (1 - q2 * (XI - q2 * (XII - q2 * XIIA)));  // C9
+  }
+
+  template <class Math>
+  GEOMATH_INLINE void Inverse(double& n, double& e) const {
+    const double northing = n - fNorth;
+    Footpoint f = FirstFootpoint<Math>(northing);
+    for (int i = 0; i < kFootpointCorrections; ++i) {
+      const Footpoint next = Corrected(f, northing);
+      const bool keep = f.Settled();
+      f.phi = keep ? f.phi : next.phi;
+      f.sinPhi = keep ? f.sinPhi : next.sinPhi;
+      f.cosPhi = keep ? f.cosPhi : next.cosPhi;
+      f.rest = keep ? f.rest : next.rest;
+    }
+    FromFootpoint(f, n, e);
+  }
+
+  bool ServesForward(double b, double l) const {
+    const bool latitude = std::abs(b) < simd::kMaxAngle;
+    const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
+    return latitude & longitude;
+  }
+
+  /// A correction shrinks the arc that is lacking to at most e² of it, and the first guess lacks
+  /// at most e² of the northing: within half a turn (e²)⁵·N is below 0.5 mm, and δ below 0.03.
+  bool ServesInverse(double n, double) const {
+    constexpr double kMaxE2 = 0.0075;
+    const bool nearSphere = e2 >= 0 && e2 < kMaxE2;
+    return nearSphere && std::abs((n - fNorth) / aK0) < kPi && std::abs(phi0) < kPi;
+  }
+};
+
+}  // namespace zel_cs::geomath
