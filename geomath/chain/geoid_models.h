@@ -1,0 +1,35 @@
+#pragma once
+
+#include "geomath/chain/geoid_height.h"
+#include "geomath/geoid/global_geoid.h"
+#include "geomath/geoid/regional_geoid.h"
+
+namespace zel_cs::geomath {
+
+/// A regional grid, with the scheme of its class, as the geoid of a CoordinateChain. The model is
+/// not owned. No height outside the grid, on a hole, or where the scheme fails.
+class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
+ public:
+  explicit RegionalGeoidHeight(const RegionalGeoid& model) : model_(&model) {}
+
+  bool Height(double b, double l, double& height) const override;
+
+ private:
+  const RegionalGeoid* model_;
+};
+
+/// A spherical-harmonic model as the geoid of a CoordinateChain. The model is not owned. Each
+/// thread has work arrays of its own, which grow with its first call. Heights of consecutive
+/// positions on one latitude cost a fraction of the others.
+class GEOMATH_API GlobalGeoidHeight : public GeoidHeight {
+ public:
+  explicit GlobalGeoidHeight(const GlobalGeoid& model) : model_(&model) {}
+
+  bool Height(double b, double l, double& height) const override;
+  void Heights(const double* b, const double* l, double* heights, std::size_t count) const override;
+
+ private:
+  const GlobalGeoid* model_;
+};
+
+}  // namespace zel_cs::geomath
