@@ -2,6 +2,7 @@
 
 #include "tools/convert_command.h"
 #include "tools/declination_command.h"
+#include "tools/geoid_command.h"
 #include "tools/projections_command.h"
 
 namespace geomath_tools {
@@ -11,6 +12,7 @@ std::span<const Command> Commands() {
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
       {"declination", "Magnetic declination and the other elements of the field",
        PrepareDeclination},
+      {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
       {"projections", "List the projections that a system file may name", PrepareProjections},
   };
   return commands;

@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cmath>
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <vector>
 
@@ -46,7 +47,8 @@ class SystemReader {
 
   std::unique_ptr<CoordinateSystem> Read(const json& root) const {
     const JsonSection top(
-        file_, "", root, {"name", "description", "global", "local", "datum", "projection", "axes"});
+        file_, "", root,
+        {"name", "description", "global", "local", "datum", "projection", "axes", "geoid"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -59,6 +61,7 @@ class SystemReader {
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
     chain.SetProjection(system->projection_.get());
+    if (top.Has("geoid")) ReadGeoid(top, *system);
     return system;
   }
 
@@ -230,6 +233,34 @@ class SystemReader {
       system.projection_->SetBLAxes(Widen(geographic->text).c_str());
       system.geographic_.northFirst = geographic->northFirst;
     }
+  }
+
+  // Files are looked for beside the system file.
+  void ReadGeoid(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(
+        file_, "geoid", top.Object("geoid"),
+        {"grid", "interpolation", "model", "correction", "subtractNormalField", "frame"});
+    const auto text = [&](const char* key, const char* what) {
+      return section.Has(key) ? section.Text(key, what) : std::string();
+    };
+    const auto path = [&](const char* key) {
+      const std::string name = text(key, "the name of a file");
+      return name.empty() ? name : (std::filesystem::path(file_).parent_path() / name).string();
+    };
+    GeoidChoice choice{path("grid"), text("interpolation", "the name of a scheme"), path("model"),
+                       path("correction"), false};
+    const auto chooseOne = [&](const char* key, const std::vector<std::string>& known) {
+      const std::string chosen = text(key, "one of two words");
+      if (!chosen.empty() && std::find(known.begin(), known.end(), chosen) == known.end())
+        section.Fail(key,
+                     fmt::format("is \"{}\"; {}", Printable(chosen), SuggestName(chosen, known)));
+      return chosen;
+    };
+    choice.subtractNormalField = chooseOne("subtractNormalField", {"yes", "no"}) == "yes";
+    const bool local = chooseOne("frame", {"global", "local"}) == "local";
+    system.geoid_ = OpenGeoid(choice);
+    system.chain_.SetGeoid(&system.geoid_->Heights(),
+                           local ? GeoidFrame::local : GeoidFrame::global);
   }
 
   std::string file_;

@@ -8,6 +8,7 @@
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/datum/datum.h"
 #include "geomath/proj/geo_proj.h"
+#include "tools/geoid_file.h"
 
 namespace geomath_tools {
 
@@ -35,6 +36,7 @@ class CoordinateSystem {
   zel_cs::geomath::Ellipsoid global_, local_;
   std::optional<zel_cs::geomath::Datum> datum_;
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
+  std::unique_ptr<LoadedGeoid> geoid_;
   zel_cs::geomath::CoordinateChain chain_;
   AxisPair geographic_, grid_;
 };

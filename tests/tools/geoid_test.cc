@@ -1,0 +1,211 @@
+#include <gdal_priv.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <filesystem>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "tests/support/harmonic_model.h"
+#include "tests/tools/program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+const fs::path kData = fs::path(GEOMATH_SOURCE_DIR) / "tests/data";
+constexpr double kPrinted = 5.1e-5;  // four decimals are written
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+// The plane that the grids of these tests sample; every scheme reproduces it.
+double Plane(double lat, double lon) { return 40 + 2 * lat - 0.5 * lon; }
+
+class Geoid : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = fs::temp_directory_path() /
+                 (std::string("geomath_geoid_") + info->name() + "_" + std::to_string(::getpid()));
+    fs::create_directories(directory_);
+  }
+  void TearDown() override { fs::remove_all(directory_); }
+
+  ProgramRun Run(const std::string& arguments) {
+    return RunProgram(directory_, "geoid " + arguments);
+  }
+  void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
+
+  // Rows of a CSV text below its header, as numbers; an empty field ends its row.
+  static std::vector<std::vector<double>> Numbers(const std::string& text) {
+    std::istringstream in(text);
+    return ReadRows(in, 1);
+  }
+
+  // A grid of 11 by 13 nodes from 50° N 9° E, every half degree, written by one of GDAL's drivers;
+  // the node 52.5° N 13° E is a hole.
+  void WriteGrid(const char* name, const char* driver) {
+    GDALAllRegister();
+    GDALDriverManager* drivers = GetGDALDriverManager();
+    std::unique_ptr<GDALDataset, void (*)(GDALDataset*)> grid(
+        drivers->GetDriverByName("MEM")->Create("", 13, 11, 1, GDT_Float32, nullptr),
+        [](GDALDataset* dataset) { GDALClose(dataset); });
+    double transform[] = {8.75, 0.5, 0, 55.25, 0, -0.5};
+    grid->SetGeoTransform(transform);
+    grid->GetRasterBand(1)->SetNoDataValue(-9999);
+    std::vector<float> z;
+    for (int r = 0; r < 11; ++r)
+      for (int c = 0; c < 13; ++c)
+        z.push_back(r == 5 && c == 8 ? -9999.0F
+                                     : static_cast<float>(Plane(55 - 0.5 * r, 9 + 0.5 * c)));
+    ASSERT_EQ(grid->GetRasterBand(1)->RasterIO(GF_Write, 0, 0, 13, 11, z.data(), 13, 11,
+                                               GDT_Float32, 0, 0),
+              CE_None);
+    GDALClose(drivers->GetDriverByName(driver)->CreateCopy((directory_ / name).c_str(), grid.get(),
+                                                           FALSE, nullptr, nullptr, nullptr));
+  }
+
+  // The degree-36 model as lines "n m C S" from the first or the second pair of its columns; in
+  // the first, `zonals` are put back into the coefficients of degree 2, 4, … and order 0.
+  static std::string Lines36(const char* key, std::size_t column,
+                             const std::vector<double>& zonals = {}) {
+    std::ostringstream text;
+    text.precision(17);
+    for (const auto& row : ReadRows(kData / "egm96_degree36.csv")) {
+      const int n = static_cast<int>(row[0]), m = static_cast<int>(row[1]);
+      const auto zonal = static_cast<std::size_t>(n / 2 - 1);
+      const bool has = m == 0 && n >= 2 && n % 2 == 0 && zonal < zonals.size();
+      text << key << n << ' ' << m << ' ' << row[column] + (has ? zonals[zonal] : 0) << ' '
+           << row[column + 1] << '\n';
+    }
+    return text.str();
+  }
+
+  fs::path directory_;
+};
+
+}  // namespace
+
+TEST_F(Geoid, ReadsGridsOfManyFormatsAndTheirHoles) {
+  Write("in.csv", "lat,lon,h\n50.3,9.1,100\n54.9,14.9,0\n52.3,12.7,0\n49,9,0\n");
+  for (const auto& [name, driver] : {std::pair("g.tif", "GTiff"), std::pair("g.asc", "AAIGrid"),
+                                     std::pair("g.nc.bin", "EHdr")}) {
+    SCOPED_TRACE(driver);
+    WriteGrid(name, driver);
+    const ProgramRun run = Run(std::string("--grid ") + name + " in.csv -o -");
+    EXPECT_EQ(run.status, 1) << run.err;
+    const auto rows = Numbers(run.out);
+    ASSERT_EQ(rows.size(), 4u);
+    ASSERT_EQ(rows[0].size(), 6u);
+    EXPECT_NEAR(rows[0][3], Plane(50.3, 9.1), kPrinted);
+    EXPECT_EQ(rows[0][4], 100);
+    EXPECT_NEAR(rows[0][5], 100 - Plane(50.3, 9.1), kPrinted);
+    EXPECT_NEAR(rows[1][3], Plane(54.9, 14.9), kPrinted);
+    EXPECT_EQ(rows[2].size(), 3u);
+    EXPECT_EQ(rows[3].size(), 3u);
+    EXPECT_TRUE(Contains(run.err, "in.csv, line 4: no geoid height"));
+  }
+}
+
+TEST_F(Geoid, TakesTheInterpolationByName) {
+  WriteGrid("g.tif", "GTiff");
+  Write("in.csv", "lat,lon,h\n50.8,10.7,0\n");
+  for (const char* name :
+       {"RegGeoid2x2NW", "RegGeoid2x2Denmark", "RegionalGeoid", "RegGeoidSwedishInterpalation3",
+        "RegGeoidInterpalation4", "RegGeoidInterpalation4x4SW", "RegGeoidIntrp_Lagrange4x4SW",
+        "reggeoidintrpspline4x4sw", "RegGeoidInterpalation_GG2008SW"}) {
+    const ProgramRun run =
+        Run(std::string("--grid g.tif --interpolation ") + name + " in.csv -o -");
+    EXPECT_EQ(run.status, 0) << name << run.err;
+    EXPECT_NEAR(Numbers(run.out).at(0).at(3), Plane(50.8, 10.7), kPrinted) << name;
+  }
+  const ProgramRun wrong = Run("--grid g.tif --interpolation RegGeoid2x2S in.csv -o -");
+  EXPECT_EQ(wrong.status, 2);
+  EXPECT_TRUE(Contains(wrong.err, "did you mean \"RegGeoid2x2SW\"")) << wrong.err;
+}
+
+// High-precision undulations from the same coefficients; the normal field's terms are the published
+// even zonals of WGS84.
+TEST_F(Geoid, EvaluatesModelsFromBothKindsOfFile) {
+  Write("pot.txt", Lines36("", 2));
+  Write("corr.txt", Lines36("", 4));
+  Write("full.gfc",
+        "product_type gravity_field\nearth_gravity_constant 3.986004418D+14\nradius 6378137.0\n"
+        "norm fully_normalized\nend_of_head ====\n" +
+            Lines36("gfc ", 2,
+                    {-0.0004841667749835221, 7.9030373351e-7, -1.687249611513883e-9,
+                     3.460524683954118e-12, -2.650022257475667e-15}));
+  std::string points = "lat,lon,h\n";
+  const auto expected = ReadRows(kData / "egm96_degree36_points.csv");
+  for (const auto& row : expected)
+    points += std::to_string(row[0]) + "," + std::to_string(row[1]) + ",0\n";
+  Write("in.csv", points);
+  const struct {
+    const char* arguments;
+    std::size_t column;
+  } models[] = {{"--model pot.txt --correction corr.txt", 2},
+                {"--model pot.txt", 3},
+                {"--model full.gfc --subtract-normal-field", 3}};
+  for (const auto& model : models) {
+    const ProgramRun run = Run(std::string(model.arguments) + " in.csv -o -");
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.err, "");
+    const auto rows = Numbers(run.out);
+    ASSERT_EQ(rows.size(), expected.size());
+    for (std::size_t i = 0; i < rows.size(); ++i)
+      EXPECT_NEAR(rows[i][3], expected[i][model.column], kPrinted) << model.arguments << i;
+  }
+  EXPECT_TRUE(Contains(Run("--model full.gfc in.csv -o -").err, "--subtract-normal-field"));
+  EXPECT_TRUE(
+      Contains(Run("--model pot.txt --subtract-normal-field in.csv -o -").err, "leave out"));
+  Write("bad.txt", "2 0 1e-9 0\n2 3 1 1\n");
+  const ProgramRun bad = Run("--model bad.txt in.csv -o -");
+  EXPECT_EQ(bad.status, 2);
+  EXPECT_TRUE(Contains(bad.err, "bad.txt, line 2")) << bad.err;
+}
+
+// A grid around the Earth that the program wrote itself is read back without a seam.
+TEST_F(Geoid, WritesGridsAndClosesTheSeam) {
+  Write("pot.txt", Lines36("", 2));
+  EXPECT_EQ(Run("--model pot.txt --extent=-90,-180,90,179 --step 1 -o world.tif").status, 0);
+  Write("in.csv", "lat,lon,h\n10,179.5,0\n10,-179.75,0\n-60.25,179.95,0\n0.5,-120.25,0\n");
+  const auto grid = Numbers(Run("--grid world.tif in.csv -o -").out);
+  const auto model = Numbers(Run("--model pot.txt in.csv -o -").out);
+  ASSERT_EQ(grid.size(), 4u);
+  constexpr double kSmooth = 0.02;  // metres: degree 36 has waves of 10 degrees
+  for (std::size_t i = 0; i < 4; ++i) EXPECT_NEAR(grid[i].at(3), model[i].at(3), kSmooth) << i;
+
+  const ProgramRun csv = Run("--model pot.txt --extent 10,20,11,20.5 --step 0.5 -o -");
+  EXPECT_EQ(csv.status, 0);
+  const auto nodes = Numbers(csv.out);
+  ASSERT_EQ(nodes.size(), 6u);
+  EXPECT_EQ(nodes[0][0], 11);
+  EXPECT_EQ(nodes[5][1], 20.5);
+  EXPECT_EQ(Run("--grid world.tif --interpolation RegGeoid2x2SW in.csv -o -").status, 2);
+  EXPECT_EQ(Run("--model pot.txt --extent 10,20,9,21 --step 1 -o x.tif").status, 2);
+  EXPECT_EQ(Run("--model pot.txt -o x.tif").status, 2);
+}
+
+TEST_F(Geoid, ServesConvertThroughTheSystemFile) {
+  WriteGrid("g.tif", "GTiff");
+  const std::string system =
+      R"({"local": {"ellipsoid": "WGS84"},
+          "projection": {"name": "TM", "central meridian": 12, "scale": 1, "lat0": 0, "east0": 0, "north0": 0},
+          "geoid": {"grid": "g.tif", "interpolation": "RegionalGeoid"}})";
+  Write("system.json", system);
+  Write("in.csv", "lat,lon,h\n51.2,11.3,300\n");
+  const ProgramRun run = RunProgram(directory_, "convert --system system.json in.csv -o out.csv");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_NEAR(Numbers(ReadText(directory_ / "out.csv")).at(0).at(5), 300 - Plane(51.2, 11.3),
+              kPrinted);
+  const ProgramRun back = RunProgram(
+      directory_, "convert --system system.json --inverse --columns n,e,h_local out.csv -o -");
+  EXPECT_EQ(back.status, 0) << back.err;
+  EXPECT_NEAR(Numbers(back.out).at(0).at(8), 300, kPrinted);
+}
