@@ -9,8 +9,10 @@
 namespace zel_cs::geomath::simd {
 
 /// The elementary functions that formulas are written in, in two forms with one interface: `Libm`
-/// for one point at a time and `Polynomial<Target>` for loops over columns.
+/// for one point at a time and `Polynomial<Target>` for loops over columns, where a formula with
+/// special cases takes the one that its domain allows (`kColumns`).
 struct Libm {
+  static constexpr bool kColumns = false;
   static void SinCos(double x, double& sine, double& cosine) {
     sine = std::sin(x);
     cosine = std::cos(x);
@@ -39,6 +41,7 @@ inline constexpr double kMaxAngle = 1e5;
 /// Coefficients are minimax fits (Remez exchange, relative error of the whole function).
 template <class Target>
 struct Polynomial {
+  static constexpr bool kColumns = true;
   static GEOMATH_INLINE void SinCos(double x, double& sine, double& cosine);
   static GEOMATH_INLINE double Atan2(double y, double x);
   static GEOMATH_INLINE double Atan(double x) { return Atan2(x, 1.0); }

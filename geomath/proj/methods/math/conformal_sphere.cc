@@ -15,13 +15,6 @@ ConformalSphere::ConformalSphere(const Ellipsoid& ell, double normalLatitude)
   K = std::asinh(std::tan(chi0)) - alpha * latitude_.Isometric(sin0, cos0);
 }
 
-SinCos ConformalSphere::Latitude(double sinPhi, double cosPhi) const {
-  const double psi = alpha * latitude_.Isometric(sinPhi, cosPhi) + K;
-  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
-  return {std::copysign((1 - decay2) / (1 + decay2), psi),  // tanh ψ
-          2 * decay / (1 + decay2)};                        // 1/cosh ψ
-}
-
 double ConformalSphere::Latitude(double phi) const {
   return std::atan(std::sinh(alpha * latitude_.Isometric(phi) + K));
 }
@@ -31,18 +24,8 @@ double ConformalSphere::Geodetic(double chi) const {
   return Geodetic({std::sin(chi), std::cos(chi)});
 }
 
-// The isometric latitude on the ellipsoid of a spherical latitude.
-double ConformalSphere::Isometric(SinCos chi) const {
-  const double psi = std::copysign(std::log((1 + std::abs(chi.sin)) / chi.cos), chi.sin);
-  return (psi - K) / alpha;
-}
-
-double ConformalSphere::Geodetic(SinCos chi) const {
-  return latitude_.FromIsometric(Isometric(chi));
-}
-
 bool ConformalSphere::Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const {
-  return latitude_.FromIsometric(Isometric(chi), tolerance, maxSteps, phi);
+  return latitude_.FromIsometric(Isometric<simd::Libm>(chi), tolerance, maxSteps, phi);
 }
 
 }  // namespace zel_cs::geomath

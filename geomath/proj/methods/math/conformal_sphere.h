@@ -14,14 +14,23 @@ class ConformalSphere {
   ConformalSphere() = default;
   ConformalSphere(const Ellipsoid& ell, double normalLatitude);
 
+  /// As of ConformalLatitude.
+  bool ServesColumns() const { return latitude_.ServesColumns(); }
+
   /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
-  SinCos Latitude(double sinPhi, double cosPhi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE SinCos Latitude(double sinPhi, double cosPhi) const {
+    return Gudermannian<Math>(alpha * latitude_.Isometric<Math>(sinPhi, cosPhi) + K);
+  }
   /// The spherical latitude χ, radians.
   double Latitude(double phi) const;
   /// The geodetic latitude of the spherical latitude χ, both radians; ±π/2 for ±π/2.
   double Geodetic(double chi) const;
   /// The same from sine and cosine, which may carry a common positive rounding factor.
-  double Geodetic(SinCos chi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE double Geodetic(SinCos chi) const {
+    return latitude_.FromIsometric<Math>(Isometric<Math>(chi));
+  }
 
   /// The geodetic latitude, with the stop rule of ConformalLatitude::FromIsometric.
   bool Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const;
@@ -32,7 +41,11 @@ class ConformalSphere {
   double chi0 = 0;   ///< spherical latitude of the normal latitude, radians
 
  private:
-  double Isometric(SinCos chi) const;
+  // The isometric latitude on the ellipsoid of a spherical latitude.
+  template <class Math>
+  GEOMATH_INLINE double Isometric(SinCos chi) const {
+    return (SphericalIsometric<Math>(chi) - K) / alpha;
+  }
 
   ConformalLatitude latitude_;
 };

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
-#include "geomath/proj/methods/math/multiple_angles.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -12,13 +11,6 @@ namespace {
 // expansions in e²·sin²φ stay below 1e-16.
 constexpr double kSeriesThirdFlattening = 0.0025;
 constexpr int kLatitudeSteps = 20;
-
-// Sine and cosine of the angle whose isometric latitude on the sphere is psi.
-SinCos Gudermannian(double psi) {
-  const double decay = std::exp(-std::abs(psi)), decay2 = decay * decay;
-  const double divisor = 1 + decay2;
-  return {std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor};
-}
 
 }  // namespace
 
@@ -58,61 +50,28 @@ ConformalLatitude::ConformalLatitude(const Ellipsoid& ell)
   toGeodetic_[5] = 601676.0 / 22275 * n6;
 }
 
-// e·artanh(e·sin φ), by which the isometric latitude falls short of the spherical one. Near the
-// sphere its power series; the first term left out is below 1e-17.
-double ConformalLatitude::Excess(double s) const {
-  if (!nearSphere_) return e_ * std::atanh(e_ * s);
-  constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
-  const double x = e2_ * (s * s);
-  return e2_ * s * (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
-}
-
-// The T of the addition theorem; near the sphere by the power series of the hyperbolic tangent,
-// whose argument is at most 0.01.
-double ConformalLatitude::TanhExcess(double s) const {
-  const double x = Excess(s);
-  if (!nearSphere_) return std::tanh(x);
-  const double x2 = x * x;
-  return x * (1 - x2 * (1.0 / 3 - x2 * (2.0 / 15 - x2 * (17.0 / 315))));
-}
-
-double ConformalLatitude::Isometric(double sinPhi, double cosPhi) const {
-  const double spherical = std::log((1 + std::abs(sinPhi)) / cosPhi);
-  return std::copysign(spherical, sinPhi) - Excess(sinPhi);
-}
+double ConformalLatitude::FlatExcess(double s) const { return e_ * std::atanh(e_ * s); }
 
 double ConformalLatitude::Isometric(double phi) const {
   return Isometric(std::sin(phi), std::cos(phi));
 }
 
-SinCos ConformalLatitude::FromGeodetic(double sinPhi, double cosPhi) const {
-  const double T = TanhExcess(sinPhi);
-  const double divisor = 1 - T * sinPhi;
-  return {(sinPhi - T) / divisor, cosPhi * std::sqrt(1 - T * T) / divisor};
-}
-
 // tan(π/4 + φ/2) ← tan(π/4 + χ/2)·exp(e·artanh(e·sin φ)), the addition theorem once more.
 SinCos ConformalLatitude::FixedPointStep(SinCos chi, double sinPhi) const {
-  const double T = TanhExcess(sinPhi);
+  const double T = TanhExcess<simd::Libm>(sinPhi);
   const double divisor = 1 + T * chi.sin;
   return {(chi.sin + T) / divisor, chi.cos * std::sqrt(1 - T * T) / divisor};
 }
 
-double ConformalLatitude::ToGeodetic(SinCos chi) const {
-  if (nearSphere_) {
-    const double sin2 = 2 * chi.sin * chi.cos, cos2 = (chi.cos - chi.sin) * (chi.cos + chi.sin);
-    return std::atan2(chi.sin, chi.cos) + ClenshawSin(toGeodetic_, sin2, cos2);
-  }
+double ConformalLatitude::FlatToGeodetic(SinCos chi) const {
   SinCos phi = chi;
   for (int i = 0; i < kLatitudeSteps; ++i) phi = FixedPointStep(chi, phi.sin);
   return std::atan2(phi.sin, phi.cos);
 }
 
-double ConformalLatitude::FromIsometric(double psi) const { return ToGeodetic(Gudermannian(psi)); }
-
 bool ConformalLatitude::FromIsometric(double psi, double tolerance, int maxSteps,
                                       double& phi) const {
-  const SinCos chi = Gudermannian(psi);
+  const SinCos chi = Gudermannian<simd::Libm>(psi);
   if (nearSphere_) {
     phi = ToGeodetic(chi);
     return true;

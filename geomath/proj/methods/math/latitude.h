@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cmath>
+
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/proj/methods/math/multiple_angles.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 
@@ -21,6 +25,25 @@ struct SinCos {
   double sin, cos;
 };
 
+/// Isometric latitude on the sphere, ψ = artanh(sin χ), of a latitude χ in [−π/2, π/2]. Sine and
+/// cosine may carry a common rounding factor. Absolute accuracy near the equator is that of one.
+template <class Math>
+GEOMATH_INLINE double SphericalIsometric(SinCos chi) {
+  return std::copysign(Math::Log((1 + std::abs(chi.sin)) / chi.cos), chi.sin);
+}
+
+/// The angle whose isometric latitude on the sphere is ψ: sin = tanh ψ, cos = 1/cosh ψ. In columns
+/// |ψ| counts as 700 beyond that, where their exponential function ends and cos χ is 2e-304.
+template <class Math>
+GEOMATH_INLINE SinCos Gudermannian(double psi) {
+  constexpr double kLargest = 700;
+  double size = std::abs(psi);
+  if constexpr (Math::kColumns) size = size > kLargest ? kLargest : size;
+  const double decay = Math::Exp(-size), decay2 = decay * decay;
+  const double divisor = 1 + decay2;
+  return {std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor};
+}
+
 /// Geodetic latitude φ, conformal latitude χ and isometric latitude ψ = artanh(sin χ) of one
 /// ellipsoid, its constants prepared once. All results are good to a few units in the last place
 /// of one radian (of ψ itself where that is larger), poles and equator included.
@@ -34,26 +57,47 @@ class ConformalLatitude {
   ConformalLatitude() = default;
   explicit ConformalLatitude(const Ellipsoid& ell);
 
+  /// Columns (Math::kColumns) hold for ellipsoids of the Earth's flattening only.
+  bool ServesColumns() const { return nearSphere_; }
+
   /// Isometric latitude of a geodetic one.
-  double Isometric(double sinPhi, double cosPhi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE double Isometric(double sinPhi, double cosPhi) const {
+    return SphericalIsometric<Math>({sinPhi, cosPhi}) - Excess<Math>(sinPhi);
+  }
   double Isometric(double phi) const;
 
   /// Conformal latitude of a geodetic one.
-  SinCos FromGeodetic(double sinPhi, double cosPhi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE SinCos FromGeodetic(double sinPhi, double cosPhi) const {
+    const double T = TanhExcess<Math>(sinPhi);
+    const double divisor = 1 - T * sinPhi;
+    return {(sinPhi - T) / divisor, cosPhi * std::sqrt(1 - T * T) / divisor};
+  }
 
   /// Geodetic latitude, radians, of a conformal one; sine and cosine may carry a common positive
   /// rounding factor.
   ///
   /// On an ellipsoid of the Earth's flattening this is the series in the third flattening to n⁶
-  /// (Kawase 2011; Karney 2024), which falls short of the exact value by less than 1e-17. That value is the fixed point of the step tan(π/4 + φ/2) ←
+  /// (Kawase 2011; Karney 2024), which falls short of the exact value by less than 1e-17. That value
+  /// is the fixed point of the step tan(π/4 + φ/2) ←
   /// tan(π/4 + χ/2)·((1 + e·sin φ)/(1 − e·sin φ))^(e/2) (Snyder 1987, eq. 3-4), which shrinks the
   /// error 140-fold, so that the 10 or 20 steps of the classical methods end there as well: after
   /// k steps from φ = χ the error is below e²·(e²/(1 − e²))^k. On flatter figures those 20 steps
   /// are made.
-  double ToGeodetic(SinCos chi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE double ToGeodetic(SinCos chi) const {
+    if constexpr (!Math::kColumns)
+      if (!nearSphere_) return FlatToGeodetic(chi);
+    const double sin2 = 2 * chi.sin * chi.cos, cos2 = (chi.cos - chi.sin) * (chi.cos + chi.sin);
+    return Math::Atan2(chi.sin, chi.cos) + ClenshawSin(toGeodetic_, sin2, cos2);
+  }
 
   /// Geodetic latitude of an isometric one; ±π/2 for ±∞.
-  double FromIsometric(double psi) const;
+  template <class Math = simd::Libm>
+  GEOMATH_INLINE double FromIsometric(double psi) const {
+    return ToGeodetic<Math>(Gudermannian<Math>(psi));
+  }
 
   /// The same as the limit of the fixed-point steps, for methods that give up: false, with the last
   /// value, when two successive ones still differ by more than `tolerance` after `maxSteps` steps.
@@ -61,8 +105,30 @@ class ConformalLatitude {
   bool FromIsometric(double psi, double tolerance, int maxSteps, double& phi) const;
 
  private:
-  double Excess(double sinPhi) const;
-  double TanhExcess(double sinPhi) const;
+  // e·artanh(e·sin φ), by which the isometric latitude falls short of the spherical one. Near the
+  // sphere its power series; the first term left out is below 1e-17.
+  template <class Math>
+  GEOMATH_INLINE double Excess(double s) const {
+    if constexpr (!Math::kColumns)
+      if (!nearSphere_) return FlatExcess(s);
+    const double x = e2_ * (s * s);
+    constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
+    return e2_ * s *
+           (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
+  }
+
+  // The T of the addition theorem; near the sphere by the power series of the hyperbolic tangent,
+  // whose argument is at most 0.01.
+  template <class Math>
+  GEOMATH_INLINE double TanhExcess(double s) const {
+    if constexpr (!Math::kColumns)
+      if (!nearSphere_) return std::tanh(FlatExcess(s));
+    const double x = Excess<Math>(s), x2 = x * x;
+    return x * (1 - x2 * (1.0 / 3 - x2 * (2.0 / 15 - x2 * (17.0 / 315))));
+  }
+
+  double FlatExcess(double sinPhi) const;
+  double FlatToGeodetic(SinCos chi) const;
   SinCos FixedPointStep(SinCos chi, double sinPhi) const;
 
   double e_ = 0, e2_ = 0;
