@@ -74,7 +74,7 @@ std::unique_ptr<WMMtype_MagneticModel> ModelOf(const std::string& path) {
 MagneticField FieldOf(const DeclinationOptions& options) {
   const auto model = ModelOf(options.model);
   if (!model) throw UserError("there is not enough memory");
-  const MagneticField field(*model, YearOf(options.date));
+  MagneticField field(*model, YearOf(options.date));
   if (!field.InModelYears())
     Warn(fmt::format("{} is outside the years of {}, {} to {}: the field is extrapolated{}",
                      options.date, model->modelName, model->epoch, model->coefficientFileEndDate,

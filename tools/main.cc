@@ -7,8 +7,11 @@
 #include "tools/command.h"
 #include "tools/user_error.h"
 
-int main(int argc, char** argv) {
-  using namespace geomath_tools;
+using namespace geomath_tools;
+
+namespace {
+
+int Run(int argc, char** argv) {
   CLI::App app("Geodetic conversions for surveying and mapping", "geomath");
   app.require_subcommand(1);
   std::map<const CLI::App*, std::function<int()>> runs;
@@ -18,9 +21,17 @@ int main(int argc, char** argv) {
   }
   try {
     app.parse(argc, argv);
-    return runs.at(app.get_subcommands().front())();
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kExitDone : kExitStopped;
+  }
+  return runs.at(app.get_subcommands().front())();
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    return Run(argc, argv);
   } catch (const UserError& error) {
     std::fprintf(stderr, "geomath: %s\n", error.what());
   } catch (const std::exception& error) {

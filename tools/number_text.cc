@@ -105,7 +105,7 @@ std::string AngleRangeProblem(double degrees, AngleKind kind) {
 ParsedNumber ParseAngle(std::string_view text, AngleKind kind) {
   const std::string_view given = Trim(text);
   if (given.empty()) return Problem("is empty");
-  if (const ParsedNumber plain = ParseNumber(given)) {
+  if (ParsedNumber plain = ParseNumber(given)) {
     if (std::string problem = AngleRangeProblem(plain.value, kind); !problem.empty())
       return Problem(std::move(problem));
     return plain;
