@@ -95,7 +95,7 @@ class Geoid : public ::testing::Test {
 TEST_F(Geoid, ReadsGridsOfManyFormatsAndTheirHoles) {
   Write("in.csv", "lat,lon,h\n50.3,9.1,100\n54.9,14.9,0\n52.3,12.7,0\n49,9,0\n");
   for (const auto& [name, driver] : {std::pair("g.tif", "GTiff"), std::pair("g.asc", "AAIGrid"),
-                                     std::pair("g.nc.bin", "EHdr")}) {
+                                     std::pair("g.bil", "EHdr"), std::pair("g.gtx", "GTX")}) {
     SCOPED_TRACE(driver);
     WriteGrid(name, driver);
     const ProgramRun run = Run(std::string("--grid ") + name + " in.csv -o -");
