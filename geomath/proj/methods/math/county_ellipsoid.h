@@ -8,10 +8,6 @@ namespace zel_cs::geomath {
 /// that grid and ground distances agree (Minnesota and Wisconsin county coordinate systems). Both
 /// semi-axes grow by `elevationShift` + `geoidHeight`; a design axis that is not positive stands
 /// for the axis of `base`. All lengths are metres.
-///
-/// Chosen: DesElA and DesElB are the axes of the design ellipsoid before it is lifted. Minnesota
-/// publishes enlarged axes and leaves both shifts 0, Wisconsin the plain axes and a height; a
-/// caller who gives enlarged axes and fills in the shifts for information only counts them twice.
 Ellipsoid CountyEllipsoid(const Ellipsoid& base, double desElA, double desElB,
                           double elevationShift, double geoidHeight);
 
