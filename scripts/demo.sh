@@ -15,3 +15,7 @@ geomath=$build/tools/geomath
 echo
 echo "== Great Britain: 40 published points, ETRS89 to the national grid =="
 examples/great_britain/run.sh $geomath $build
+
+echo
+echo "== Netherlands: a site calibrated on 12 control points, 20 check points =="
+examples/site/run.sh $geomath $build

@@ -1,5 +1,6 @@
 #include "tools/command.h"
 
+#include "tools/calibrate_command.h"
 #include "tools/convert_command.h"
 #include "tools/declination_command.h"
 #include "tools/geoid_command.h"
@@ -9,6 +10,7 @@ namespace geomath_tools {
 
 std::span<const Command> Commands() {
   static constexpr Command commands[] = {
+      {"calibrate", "Solve a site calibration from control points", PrepareCalibrate},
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
       {"declination", "Magnetic declination and the other elements of the field",
        PrepareDeclination},

@@ -35,6 +35,8 @@ constexpr AxisText kAxes[] = {
     {"EN", false}, {"WN", false}, {"ES", false}, {"WS", false},
 };
 
+static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
+
 std::string ErrnoText(int code) { return std::strerror(code); }
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
@@ -45,23 +47,25 @@ class SystemReader {
  public:
   explicit SystemReader(std::string file) : file_(std::move(file)) {}
 
-  std::unique_ptr<CoordinateSystem> Read(const json& root) const {
-    const JsonSection top(
-        file_, "", root,
-        {"name", "description", "global", "local", "datum", "projection", "axes", "geoid"});
+  std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
+    const JsonSection top(file_, "", root,
+                          {"name", "description", "global", "local", "datum", "projection", "axes",
+                           "geoid", "localization"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
     auto system = std::make_unique<CoordinateSystem>();
     ReadEllipsoids(top, *system);
     if (top.Has("datum")) ReadDatum(top, *system);
-    ReadProjection(top, *system);
+    if (need == ProjectionNeed::required || top.Has("projection")) ReadProjection(top, *system);
     if (top.Has("axes")) ReadAxes(top, *system);
+    if (top.Has("localization")) ReadLocalization(top, *system);
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
     chain.SetProjection(system->projection_.get());
     if (top.Has("geoid")) ReadGeoid(top, *system);
+    if (system->localization_) chain.SetLocalization(&*system->localization_);
     return system;
   }
 
@@ -164,6 +168,7 @@ class SystemReader {
                      fmt::format("is missing; {} needs {}", kind.name, ListNames(names)));
       values.push_back(ReadParameter(section, parameter));
     }
+    system.projectionName_ = kind.name;
     system.projection_ = MakeProjection(kind, system.local_.a, system.local_.invF, values);
   }
 
@@ -225,6 +230,7 @@ class SystemReader {
 
   void ReadAxes(const JsonSection& top, CoordinateSystem& system) const {
     const JsonSection section(file_, "axes", top.Object("axes"), {"grid", "geographic"});
+    if (!system.projection_) section.Fail("grid", "needs a projection: the axes are those of it");
     if (const AxisText* grid = ReadAxisPair(section, "grid")) {
       system.projection_->SetNEAxes(Widen(grid->text).c_str());
       system.grid_.northFirst = grid->northFirst;
@@ -263,14 +269,43 @@ class SystemReader {
                            local ? GeoidFrame::local : GeoidFrame::global);
   }
 
+  // A part, horizontal or vertical, is given whole or not at all.
+  void ReadLocalization(const JsonSection& top, CoordinateSystem& system) const {
+    const std::string* keys = kLocalizationKeys;
+    const JsonSection section(file_, "localization", top.Object("localization"),
+                              {keys, keys + std::size(kLocalizationKeys)});
+    LocalToGrid& site = system.localization_.emplace();
+    const auto readPart = [&](int first, int count, unsigned char mode, auto set) {
+      bool any = false;
+      for (int i = 0; i < count; ++i) any = any || section.Has(keys[first + i]);
+      if (!any) return;
+      for (int i = 0; i < count; ++i)
+        set(section.Number(keys[first + i], "a parameter of the site calibration"), i);
+      site.mode = static_cast<unsigned char>(site.mode | mode);
+    };
+    readPart(0, kPlaneKeys, LocalToGrid::kHorizontal,
+             [&](double value, int i) { site.SetPlaneParam(value, i, 0); });
+    readPart(kPlaneKeys, kHeightKeys, LocalToGrid::kVertical,
+             [&](double value, int i) { site.SetHeightParam(value, i, 0); });
+    if (site.mode == LocalToGrid::kNotSetUp)
+      section.Fail(keys[0], "is missing: the parameters of the site calibration belong there");
+    if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
+      section.Fail(keys[2], "must be above 0");
+  }
+
   std::string file_;
 };
 
-std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name) {
-  return SystemReader(name).Read(ParseJson(text, name));
+std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
+                                              ProjectionNeed need) {
+  return SystemReader(name).Read(ParseJson(text, name), need);
 }
 
 std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
+  return ParseSystem(ReadSystemText(path), path);
+}
+
+std::string ReadSystemText(const std::string& path) {
   constexpr std::size_t kLargestFile = 1 << 20;  // bytes; a description takes a few hundred
   std::ifstream file(path, std::ios::binary);
   std::string text;
@@ -283,7 +318,7 @@ std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
   if (text.size() > kLargestFile)
     throw UserError(fmt::format("{}: too large for a system file (1 MiB)", path));
   if (!file.eof()) throw UserError(fmt::format("{}: cannot be read: {}", path, ErrnoText(errno)));
-  return ParseSystem(text, path);
+  return text;
 }
 
 }  // namespace geomath_tools

@@ -7,6 +7,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/datum/datum.h"
+#include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/geoid_file.h"
 
@@ -27,6 +28,11 @@ class CoordinateSystem {
   CoordinateSystem& operator=(const CoordinateSystem&) = delete;
 
   const zel_cs::geomath::CoordinateChain& Chain() const { return chain_; }
+  /// The ellipsoid of the projection.
+  const zel_cs::geomath::Ellipsoid& LocalEllipsoid() const { return local_; }
+  /// Null, with an empty name, where a system may do without.
+  zel_cs::geomath::TGeoProj* Projection() const { return projection_.get(); }
+  const std::string& ProjectionName() const { return projectionName_; }
   AxisPair Geographic() const { return geographic_; }
   AxisPair Grid() const { return grid_; }
 
@@ -36,16 +42,31 @@ class CoordinateSystem {
   zel_cs::geomath::Ellipsoid global_, local_;
   std::optional<zel_cs::geomath::Datum> datum_;
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
+  std::string projectionName_;
   std::unique_ptr<LoadedGeoid> geoid_;
+  std::optional<zel_cs::geomath::LocalToGrid> localization_;
   zel_cs::geomath::CoordinateChain chain_;
   AxisPair geographic_, grid_;
 };
+
+/// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
+/// scale, radians), then its height parameters.
+inline constexpr int kPlaneKeys = 4, kHeightKeys = 3;
+inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "rotation",
+                                                "shiftH", "slopeN", "slopeE"};
+
+/// Whether a system must have a projection.
+enum class ProjectionNeed { required, optional };
 
 /// Reads a system file (docs/system-file.md). Throws UserError, naming the file, the key and what
 /// would be right, for everything that is wrong with it.
 std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path);
 
-/// The same from text; `name` stands for the file in messages.
-std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name);
+/// The text of a system file; throws UserError when it cannot be read.
+std::string ReadSystemText(const std::string& path);
+
+/// The system from text; `name` stands for the file in messages.
+std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
+                                              ProjectionNeed need = ProjectionNeed::required);
 
 }  // namespace geomath_tools

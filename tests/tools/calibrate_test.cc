@@ -1,0 +1,267 @@
+#include <gdal_priv.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cmath>
+#include <cstdlib>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <string>
+
+#include "geomath/base/angle.h"
+#include "tests/tools/program.h"
+#include "tools/calibration.h"
+
+using namespace geomath_tools;
+using zel_cs::geomath::kRadPerDeg;
+
+namespace {
+
+namespace fs = std::filesystem;
+const std::string kExample = GEOMATH_SOURCE_DIR "/examples/site/";
+
+class Calibrate : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = fs::temp_directory_path() / (std::string("geomath_calibrate_") + info->name() +
+                                              "_" + std::to_string(::getpid()));
+    fs::create_directories(directory_);
+  }
+  void TearDown() override { fs::remove_all(directory_); }
+
+  void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
+  std::string Read(const char* name) { return ReadText(directory_ / name); }
+  ProgramRun Run(const std::string& arguments) {
+    return RunProgram(directory_, "calibrate " + arguments);
+  }
+  ProgramRun RunExample(const std::string& arguments) {
+    return Run(kExample + "control.csv --system " + kExample + arguments);
+  }
+
+  fs::path directory_;
+};
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+int CountOf(const std::string& text, const std::string& part) {
+  int count = 0;
+  for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
+  return count;
+}
+
+}  // namespace
+
+// Parameters and residuals of this site by an independent 40-digit evaluation.
+TEST_F(Calibrate, PrintsParametersResidualsAndEstimates) {
+  const ProgramRun run = RunExample("system.json -o site.json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  for (const char* part : {"509102.7477", "173052.6319", "0.9999247072", "-42.5814", "14.333",
+                           "Horizontal rms 0.0328 m", "0.778 arc-seconds",
+                           "30010487 both          0.0461   -0.0143    0.0016"})
+    EXPECT_TRUE(Contains(run.out, part)) << part << "\n" << run.out;
+  EXPECT_FALSE(Contains(run.out, "Warning"));
+}
+
+TEST_F(Calibrate, ConvertReproducesTheResidualsDigitForDigit) {
+  for (const char* system : {"system.json", "netherlands.json"}) {
+    for (const char* option : {"", " --fixed-scale", " --placement first"}) {
+      const ProgramRun run = RunExample(system + std::string(" -o site.json") + option);
+      ASSERT_EQ(run.status, 0) << run.err;
+      const ProgramRun converted = RunProgram(
+          directory_, "convert --system site.json " + kExample + "control.csv -o - --decimals 9");
+      ASSERT_EQ(converted.status, 0) << converted.err;
+      const auto rows = Lines(converted.out);
+      ASSERT_EQ(rows.size(), 13u);
+      for (std::size_t i = 1; i < rows.size(); ++i) {
+        double given[3], computed[3];
+        ASSERT_EQ(
+            std::sscanf(rows[i].c_str(), "%*[^,],%*[^,],%*[^,],%*[^,],%lf,%lf,%lf,both,%lf,%lf,%lf",
+                        &given[0], &given[1], &given[2], &computed[0], &computed[1], &computed[2]),
+            6)
+            << rows[i];
+        const std::string name = rows[i].substr(0, 8);
+        char expected[80];
+        std::snprintf(expected, sizeof expected, "%s both       %9.4f %9.4f %9.4f", name.c_str(),
+                      given[0] - computed[0], given[1] - computed[1], given[2] - computed[2]);
+        EXPECT_TRUE(Contains(run.out, expected)) << expected << "\n" << run.out;
+      }
+    }
+  }
+}
+
+// The same without the rounding of a table, in both directions.
+TEST_F(Calibrate, SavedSystemIsTheSolvedOne) {
+  const std::string text = ReadText(kExample + "netherlands.json");
+  const auto system = ParseSystem(text, "netherlands.json", ProjectionNeed::optional);
+  const auto control = ReadControl(kExample + "control.csv", "");
+  const Calibration calibration(*system, control, {});
+  const auto saved = ParseSystem(calibration.SystemText(text, "a.json", "b.json"), "site.json");
+  for (std::size_t i = 0; i < control.size(); ++i) {
+    const auto& given = control[i].given;
+    double n = given.globalN * kRadPerDeg, e = given.globalE * kRadPerDeg, h = given.globalH;
+    ASSERT_TRUE(saved->Chain().ToLocal(n, e, h));
+    EXPECT_NEAR(given.localN - n, calibration.Points()[i].residualN, 1e-9);
+    EXPECT_NEAR(given.localE - e, calibration.Points()[i].residualE, 1e-9);
+    EXPECT_NEAR(given.localH - h, calibration.Points()[i].residualH, 1e-9);
+    ASSERT_TRUE(saved->Chain().ToGlobal(n, e, h));
+    EXPECT_NEAR(n, given.globalN * kRadPerDeg, 1e-11);
+    EXPECT_NEAR(h, given.globalH, 1e-8);
+  }
+}
+
+TEST_F(Calibrate, WarnsAndSavesWhatThePointsAllow) {
+  Write("system.json", R"({"global": {"ellipsoid": "GRS80"}})");
+  Write("few.csv",
+        "lat,lon,h,local_n,local_e,local_h,use\n52,5,40,1000,2000,,horizontal\n"
+        "52.01,5,,2112,2000,,2\n\n52.5,5,,,,,none\n");
+  const ProgramRun run = Run("few.csv --system system.json -o site.json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "Warning: Only 2 horizontal control point(s)"));
+  EXPECT_TRUE(Contains(run.out, "Warning: No control heights"));
+  EXPECT_TRUE(Contains(run.out, "3 lies ")) << "named by its place in the file";
+  const auto site = nlohmann::json::parse(Read("site.json"));
+  EXPECT_TRUE(site["localization"].contains("scale"));
+  EXPECT_FALSE(site["localization"].contains("shiftH"));
+  EXPECT_EQ(site["projection"]["name"], "STER");
+  const ProgramRun converted =
+      RunProgram(directory_, "convert --system site.json few.csv -o - --fixed-height 7");
+  EXPECT_TRUE(Contains(converted.out, "52,5,40,1000,2000,,horizontal,1000.0000,2000.0000,7.0000"))
+      << converted.out << converted.err;
+}
+
+TEST_F(Calibrate, SaysWhatIsWrong) {
+  const std::string header = "lat,lon,h,local_n,local_e,local_h,use\n";
+  Write("system.json", R"({"global": {"ellipsoid": "WGS84"}})");
+  struct Row {
+    const char* name;
+    std::string file, arguments, complaint;
+  };
+  const Row rows[] = {
+      {"column", "lat,lon,h,local_n,local_e,use\n", "", "no column \"local_h\""},
+      {"use", header + "52,5,1,2,3,4,maybe\n", "", "line 2: use is \"maybe\""},
+      {"angle", header + "95,5,1,2,3,4,1\n", "", "lat 95 degrees is outside"},
+      {"number", header + "52,5,1,x,3,4,1\n", "", "line 2: local_n"},
+      {"short", header + "52,5\n", "", "line 2"},
+      {"empty", header, "", "do not give a calibration"},
+      {"unused", header + "52,5,1,2,3,4,0\n", "", "do not give a calibration"},
+      {"place", header + "52,5,1,2,3,4,3\n", "--report nowhere/r.html", "cannot be written"},
+      {"same", header + "52,5,1,2,3,4,3\n", "--report in.csv", "in.csv"},
+  };
+  for (const Row& row : rows) {
+    Write("in.csv", row.file);
+    const ProgramRun run = Run("in.csv --system system.json -o site.json " + row.arguments);
+    EXPECT_EQ(run.status, 2) << row.name;
+    EXPECT_TRUE(Contains(run.err, row.complaint)) << row.name << ": " << run.err;
+  }
+  Write("mercator.json",
+        R"({"global": {"ellipsoid": "WGS84"}, "projection": {"name": "MERCATOR", "Lon0": 5,
+            "Lat0": 0, "FEast": 0, "FNorth": 0}})");
+  Write("in.csv", header + "52,5,1,2,3,4,3\n52.1,5,1,2000,3,4,3\n");
+  const ProgramRun run = Run("in.csv --system mercator.json -o other.json --pipeline");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "MERCATOR cannot be written for PROJ")) << run.err;
+  EXPECT_FALSE(fs::exists(directory_ / "other.json"));
+}
+
+TEST_F(Calibrate, TakesTheGeoidAndNamesItsFileFromTheNewPlace) {
+  // A geoid of 40 m everywhere: heights are calibrated above it.
+  Write("flat.asc",
+        "ncols 3\nnrows 3\nxllcorner 4\nyllcorner 51\ncellsize 1\n40 40 40\n40 40 40\n40 40 40\n");
+  nlohmann::json system = nlohmann::json::parse(ReadText(kExample + "netherlands.json"));
+  system["geoid"] = {{"grid", "flat.asc"}};
+  Write("system.json", system.dump());
+  fs::create_directories(directory_ / "saved");
+  ProgramRun run = Run(kExample + "control.csv --system system.json -o saved/site.json --pipeline");
+  EXPECT_TRUE(Contains(run.err, "heights above a geoid cannot be written")) << run.err;
+  run = Run(kExample + "control.csv --system system.json -o saved/site.json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  const auto site = nlohmann::json::parse(Read("saved/site.json"));
+  EXPECT_EQ(site["geoid"]["grid"], "../flat.asc");
+  // The shift of an independent 40-digit evaluation with heights above WGS84, less the geoid.
+  EXPECT_NEAR(site["localization"]["shiftH"].get<double>(), -49.6795282 + 40, 1e-6);
+  EXPECT_EQ(RunProgram(directory_,
+                       "convert --system saved/site.json " + kExample + "check.csv -o out.csv")
+                .status,
+            0);
+}
+
+TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
+  nlohmann::json site = nlohmann::json::parse(ReadText(kExample + "netherlands.json"));
+  const auto complaint = [&](const nlohmann::json& localization) -> std::string {
+    site["localization"] = localization;
+    try {
+      ParseSystem(site.dump(), "site.json");
+    } catch (const std::exception& error) {
+      return error.what();
+    }
+    return "";
+  };
+  using nlohmann::json;
+  EXPECT_TRUE(Contains(complaint(json::object()), "localization.shiftN\" is missing"));
+  EXPECT_TRUE(Contains(complaint({{"shiftN", 1}, {"shiftE", 1}, {"scale", 1}}), "rotation"));
+  EXPECT_TRUE(Contains(complaint({{"shiftN", 1}, {"shiftE", 1}, {"scale", 0}, {"rotation", 0}}),
+                       "scale\" must be above 0"));
+  EXPECT_TRUE(Contains(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slope", 0}}), "slope"));
+  EXPECT_EQ(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slopeE", 0}}), "");
+}
+
+namespace {
+
+// Pixels of a picture that have a colour, within the softening of edges.
+int PixelsOf(const fs::path& picture, int red, int green, int blue) {
+  GDALAllRegister();
+  const GDALDatasetUniquePtr image(GDALDataset::Open(picture.c_str(), GDAL_OF_RASTER));
+  if (!image || image->GetRasterCount() < 3) return -1;
+  const int width = image->GetRasterXSize(), height = image->GetRasterYSize();
+  std::vector<unsigned char> bands[3];
+  for (int b = 0; b < 3; ++b) {
+    bands[b].resize(static_cast<std::size_t>(width) * static_cast<std::size_t>(height));
+    if (image->GetRasterBand(b + 1)->RasterIO(GF_Read, 0, 0, width, height, bands[b].data(), width,
+                                              height, GDT_Byte, 0, 0) != CE_None)
+      return -1;
+  }
+  const auto near = [](int a, int b) { return std::abs(a - b) < 12; };
+  int count = 0;
+  for (std::size_t i = 0; i < bands[0].size(); ++i)
+    count += near(bands[0][i], red) && near(bands[1][i], green) && near(bands[2][i], blue);
+  return count;
+}
+
+}  // namespace
+
+TEST_F(Calibrate, ReportIsOnePageThatABrowserDraws) {
+  std::string control = ReadText(kExample + "control.csv");
+  control.replace(control.find("30010209"), 8, "<b>&1</b>");
+  Write("control.csv", control);
+  ASSERT_EQ(
+      Run("control.csv --system " + kExample + "system.json -o site.json --report r.html").status,
+      0);
+  const std::string page = Read("r.html");
+  EXPECT_EQ(CountOf(page, "<circle"), 12);
+  EXPECT_EQ(CountOf(page, "<line"), 12);
+  EXPECT_TRUE(Contains(page, "2 km") && Contains(page, "residuals: 50 mm"));
+  EXPECT_TRUE(Contains(page, "&lt;b&gt;&amp;1&lt;/b&gt;") && !Contains(page, "<b>"));
+  EXPECT_FALSE(Contains(page, "src=") || Contains(page, "href=") || Contains(page, "@import"));
+
+  if (std::system("command -v chromium >/dev/null 2>&1") != 0)
+    GTEST_SKIP() << "chromium is absent: the page was not looked at in a browser";
+  const std::string browse =
+      "cd '" + directory_.string() +
+      "' && timeout 100 chromium --headless --no-sandbox --disable-gpu --disable-quic "
+      "--no-first-run --disable-background-networking --disable-component-update --disable-sync "
+      "--user-data-dir=profile --window-size=900,1400 ";
+  const std::string address = " 'file://" + (directory_ / "r.html").string() + "'";
+  ASSERT_EQ(std::system((browse + "--screenshot=shot.png" + address + " 2>chromium.txt").c_str()),
+            0)
+      << Read("chromium.txt");
+  // Twelve discs of radius 4 (50 pixels each, less arrows over them), and the arrows.
+  const int blue = PixelsOf(directory_ / "shot.png", 0x1a, 0x5f, 0xb4);
+  EXPECT_GT(blue, 12 * 15);
+  EXPECT_LT(blue, 12 * 60);
+  EXPECT_GT(PixelsOf(directory_ / "shot.png", 0xc0, 0x1c, 0x28), 12 * 10);
+  ASSERT_EQ(std::system((browse + "--dump-dom" + address + " >dom.txt 2>chromium.txt").c_str()), 0);
+  EXPECT_EQ(CountOf(Read("dom.txt"), "<td>both</td>"), 12);
+}

@@ -1,0 +1,88 @@
+#include "tools/calibrate_command.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <memory>
+#include <string>
+
+#include "tools/calibration.h"
+#include "tools/calibration_report.h"
+#include "tools/command.h"
+#include "tools/control_file.h"
+#include "tools/point_sink.h"
+#include "tools/proj_pipeline.h"
+#include "tools/system_file.h"
+#include "tools/user_error.h"
+
+namespace geomath_tools {
+namespace {
+
+struct CalibrateOptions {
+  std::string control, system, output, report, layer, placement = "centre";
+  bool fixedScale = false, pipeline = false;
+};
+
+void WriteFile(const std::string& path, const std::string& text) {
+  errno = 0;
+  std::ofstream file(path, std::ios::binary);
+  file << text;
+  file.close();
+  if (!file) throw UserError(fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+}
+
+int Calibrate(const CalibrateOptions& options) {
+  for (const std::string& written : {options.output, options.report}) {
+    if (written.empty()) continue;
+    RefuseSameFile(options.control, written);
+    RefuseSameFile(options.system, written);
+  }
+  const std::string text = ReadSystemText(options.system);
+  const auto system = ParseSystem(text, options.system, ProjectionNeed::optional);
+  const Calibration calibration(*system, ReadControl(options.control, options.layer),
+                                {options.fixedScale, options.placement == "first"});
+  const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
+  WriteFile(options.output, calibration.SystemText(text, options.system, options.output));
+  if (!options.report.empty()) {
+    const std::string name = std::filesystem::path(options.control).filename().string();
+    WriteFile(options.report, CalibrationPage(calibration, "Site calibration: " + name));
+  }
+  std::fputs((CalibrationText(calibration) + pipeline).c_str(), stdout);
+  return kExitDone;
+}
+
+}  // namespace
+
+std::function<int()> PrepareCalibrate(CLI::App& arguments) {
+  const auto options = std::make_shared<CalibrateOptions>();
+  arguments.footer(
+      "Solves a site calibration: a similarity in the plane of the system's projection and an\n"
+      "inclined plane for the heights. A system without projection gets a stereographic one,\n"
+      "centred on the site. CONTROL has the columns lat, lon, h (global), local_n, local_e,\n"
+      "local_h and use (none, vertical, horizontal, both, rotation, or 0 to 4), and may have "
+      "name.\n"
+      "The output is a system file for \"geomath convert\".");
+  arguments.add_option("CONTROL", options->control, "control points: CSV, GeoPackage, …")
+      ->required();
+  arguments.add_option("--system", options->system, "JSON file that describes the system")
+      ->required();
+  arguments.add_option("-o,--output", options->output, "system file with the calibration")
+      ->required();
+  arguments.add_option("--report", options->report, "HTML page with tables and a map");
+  arguments.add_flag("--pipeline", options->pipeline,
+                     "also print the site as a PROJ pipeline, on the last line");
+  arguments.add_flag("--fixed-scale", options->fixedScale, "keep the scale at 1");
+  arguments
+      .add_option("--placement", options->placement,
+                  "where a projection of the site's own stands: centre (of the extent, the "
+                  "default) or first (control point)")
+      ->check(CLI::IsMember({"centre", "first"}));
+  arguments.add_option("--layer", options->layer, "layer of the input, when it has several");
+  return [options] { return Calibrate(*options); };
+}
+
+}  // namespace geomath_tools

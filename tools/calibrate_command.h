@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace geomath_tools {
+
+/// `geomath calibrate`: a site calibration from control points.
+std::function<int()> PrepareCalibrate(CLI::App& arguments);
+
+}  // namespace geomath_tools
