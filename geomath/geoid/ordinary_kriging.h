@@ -19,7 +19,7 @@ struct GEOMATH_API KrigingVariogram {
 /// Ordinary kriging from the 4 × 4 nodes at (0 … 3, 0 … 3) (Matheron 1963; Cressie 1993, Statistics
 /// for Spatial Data, section 3.2). The weights do not depend on the variogram's slope, so that one
 /// inverse of the kriging matrix serves every stencil.
-class OrdinaryKriging {
+class GEOMATH_API OrdinaryKriging {
  public:
   static constexpr std::size_t kNodes = 16;
 
