@@ -13,7 +13,7 @@ namespace zel_cs::geomath {
 /// easting, false northing. Radians and metres. ForwardPoint fails for a latitude beyond the arc in
 /// which the cone closes, InversePoint for a point beyond the arc of either pole; arguments are then
 /// unchanged. Parallels that are both the equator, or symmetric about it, give results that are not
-/// finite. Longitudes of the inverse are within π/n of the origin's. Scale and convergence are not
+/// finite, and InversePoint then fails. Longitudes of the inverse are within π/n of the origin's. Scale and convergence are not
 /// computed: the scale along a parallel is n·ρ/(a·m(φ)), that along a meridian its inverse.
 ///
 /// Kept: the object reports the kind of TLCProj; factories build it for kind 12.

@@ -23,7 +23,8 @@ namespace zel_cs::geomath {
 ///
 /// Kept: false easting and northing are stored and reported, never added. A scale set by SetParam
 /// waits for the next change of the ellipsoid, the centre latitude, the pole or the pseudo-standard
-/// parallel. Constructors set the direction code 0x81, SetNEAxes 0x84.
+/// parallel; the scale that CopyGeoProj carries over is set last and waits too.
+/// Constructors set the direction code 0x81, SetNEAxes 0x84.
 class GEOMATH_API TKrovakProj : public TGeoProj {
  public:
   /// WGS84 with the constants of S-JTSK: centre 49°30′, 42°30′ east of Ferro, pole 59°42′42.69689″,

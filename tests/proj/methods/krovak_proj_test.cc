@@ -78,6 +78,13 @@ TEST(KrovakProj, KeepsAScaleWaitingForTheNextRecomputation) {
   EXPECT_EQ(north(proj), north(plain));
   proj.S0(proj.S0());
   EXPECT_NEAR(north(proj), north(plain) / 0.9999, 1e-8);
+
+  TKrovakProj copy;  // its own scale, 0.9999, until then
+  ASSERT_TRUE(copy.CopyGeoProj(&proj));
+  EXPECT_EQ(copy.GetParam(5, 2), 1.0);
+  EXPECT_EQ(north(copy), north(plain));
+  copy.SetEllipsoid(copy.GetEllipsoid().a, copy.GetEllipsoid().invF);
+  EXPECT_EQ(north(copy), north(proj));
 }
 
 TEST(KrovakProj, TypedSettersRecompute) {

@@ -111,6 +111,11 @@ TEST(OMercator, KeepsUAtZeroExactlyOnTheOriginMeridian) {
   EXPECT_NEAR(beside.scale, 1.0, kIndependentScale);
   EXPECT_EQ(n, 0.0);
   EXPECT_NEAR(on.scale, 1 / std::cos(phi), kIndependentScale);  // that of the upright cylinder
+
+  double first[] = {phi, phi}, second[] = {0, 1e-12};
+  ASSERT_EQ(proj.ForwardBatch(first, second, 2), 2u);
+  EXPECT_EQ(first[0], 0.0);
+  EXPECT_NEAR(first[1], R * phi, kIndependentMetres);
 }
 
 TEST(OMercator, KeepsForwardLongitudesUnfolded) {
