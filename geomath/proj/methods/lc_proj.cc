@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 // Symbols of Snyder 1987 and here:
@@ -98,32 +100,29 @@ void TLCProj::Prepare() {
   inverseRho0_ = cone_.Radius(phi0_, sin0_);
 }
 
-bool TLCProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  double north, east;
-  if (!cone_.Forward(b, SetValue(l - lambda0_, 1), forwardRho0_, north, east,
-                     factors ? &factors->scale : nullptr, nullptr))
-    return false;
-  b = fNorth_ + north;
-  l = fEast_ + east;
-  return true;
+LcFormulas TLCProj::Formulas() const {
+  return {{cone_, lambda0_, fEast_, fNorth_, forwardRho0_}, inverseRho0_};
 }
 
-// Kept: the one-argument arctangent, completed east about, and the apex itself for n = 0.
-LambertCone::Polar TLCProj::ToPolar(double fromApex, double east) const {
-  const double n = cone_.n();
-  if (n == 0) return {0, 0};
-  const double rho = std::sqrt(fromApex * fromApex + east * east);
-  const bool behindApex = n > 0 ? fromApex < 0 : fromApex > 0;
-  return {n > 0 ? rho : -rho, std::atan(east / fromApex) + (behindApex ? kPi : 0)};
+bool TLCProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  if (std::abs(b) == kHalfPi) return false;
+  const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
+  if (factors) factors->scale = cone_.Scale(at.rho, sinPhi, cosPhi);
+  return true;
 }
 
 bool TLCProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const LambertCone::Polar at = ToPolar(inverseRho0_ - (n - fNorth_), e - fEast_);
-  double phi, deltaLambda;
-  cone_.Inverse(at, phi, deltaLambda, factors ? &factors->scale : nullptr);
-  n = phi;
-  e = deltaLambda + lambda0_;
+  const LambertCone::Polar at = InverseOne(Formulas(), n, e);
+  if (factors) factors->scale = cone_.Scale(at.rho, std::sin(n), std::cos(n));
   return true;
+}
+
+void TLCProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TLCProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

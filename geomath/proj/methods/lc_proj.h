@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/lambert_formulas.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 #include "geomath/proj/param_table.h"
 
@@ -55,12 +56,14 @@ class GEOMATH_API TLCProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
   void RefreshSouth();
   void RefreshNorth();
   void RefreshOrigin();
-  LambertCone::Polar ToPolar(double fromApex, double east) const;
+  LcFormulas Formulas() const;
   static std::span<const ParamRow<TLCProj>> Params();
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_, k0_;

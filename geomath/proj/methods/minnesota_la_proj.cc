@@ -1,5 +1,9 @@
 #include "geomath/proj/methods/minnesota_la_proj.h"
 
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -29,23 +33,29 @@ void TMinnesota_LAProj::Prepare() {
   rho0_ = cone_.Radius(params_.latOrigin);
 }
 
+LambertFormulas TMinnesota_LAProj::Formulas() const {
+  return {cone_, params_.lonOrigin, params_.fEast, params_.fNorth, rho0_};
+}
+
 bool TMinnesota_LAProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  double north, east;
-  if (!cone_.Forward(b, SetValue(l - params_.lonOrigin, 1), rho0_, north, east,
-                     factors ? &factors->scale : nullptr, nullptr))
-    return false;
-  b = params_.fNorth + north;
-  l = params_.fEast + east;
+  if (std::abs(b) == kHalfPi) return false;
+  const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
+  if (factors) factors->scale = cone_.Scale(at.rho, sinPhi, cosPhi);
   return true;
 }
 
 bool TMinnesota_LAProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  double phi, deltaLambda;
-  cone_.Inverse(n - params_.fNorth, e - params_.fEast, rho0_, phi, deltaLambda,
-                factors ? &factors->scale : nullptr, nullptr);
-  n = phi;
-  e = params_.lonOrigin + deltaLambda;
+  const LambertCone::Polar at = InverseOne(Formulas(), n, e);
+  if (factors) factors->scale = cone_.Scale(at.rho, std::sin(n), std::cos(n));
   return true;
+}
+
+void TMinnesota_LAProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TMinnesota_LAProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/proj/methods/county_proj.h"
+#include "geomath/proj/methods/kernels/lambert_formulas.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 
 namespace zel_cs::geomath {
@@ -32,8 +33,12 @@ class GEOMATH_API TMinnesota_LAProj : public CountyProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  LambertFormulas Formulas() const;
+
   LambertCone cone_;
   double rho0_;  // radius of the origin latitude, metres
 };

@@ -1,5 +1,9 @@
 #include "geomath/proj/methods/spc_lc83_proj.h"
 
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 // Stem 1989 writes the cone with hyperbolic functions and finds the latitude by three Newton steps on
@@ -69,24 +73,29 @@ void TSPC_LC83Proj::Prepare() {
   rho0_ = cone_.Radius(phi0_);
 }
 
+LambertFormulas TSPC_LC83Proj::Formulas() const {
+  return {cone_, lambda0_, fEast_, fNorth_, rho0_};
+}
+
 bool TSPC_LC83Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  double north, east;
-  if (!cone_.Forward(b, SetValue(l - lambda0_, 1), rho0_, north, east,
-                     factors ? &factors->scale : nullptr,
-                     factors ? &factors->convergence : nullptr))
-    return false;
-  b = fNorth_ + north;
-  l = fEast_ + east;
+  if (std::abs(b) == kHalfPi) return false;
+  const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
+  if (factors) *factors = {cone_.Scale(at.rho, sinPhi, cosPhi), at.theta};
   return true;
 }
 
 bool TSPC_LC83Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  double phi, deltaLambda;
-  cone_.Inverse(n - fNorth_, e - fEast_, rho0_, phi, deltaLambda,
-                factors ? &factors->scale : nullptr, factors ? &factors->convergence : nullptr);
-  n = phi;
-  e = lambda0_ + deltaLambda;
+  const LambertCone::Polar at = InverseOne(Formulas(), n, e);
+  if (factors) *factors = {cone_.Scale(at.rho, std::sin(n), std::cos(n)), at.theta};
   return true;
+}
+
+void TSPC_LC83Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TSPC_LC83Proj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/lambert_formulas.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 #include "geomath/proj/param_table.h"
 
@@ -51,8 +52,11 @@ class GEOMATH_API TSPC_LC83Proj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  LambertFormulas Formulas() const;
   static std::span<const ParamRow<TSPC_LC83Proj>> Params();
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_, zone_;

@@ -13,6 +13,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geomath.h"
+#include "geomath/simd/instruction_set.h"
 #include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
@@ -653,6 +654,20 @@ TEST_P(ProjectionLaws, FalseOriginShifts) {
   });
 }
 
+using Batch = std::size_t (TGeoProj::*)(double*, double*, std::size_t, std::ptrdiff_t) const;
+
+// The baseline kernels against the best of this machine.
+void ExpectSameBitsOnEverySet(const TGeoProj& proj, Batch batch, std::vector<double> first,
+                              std::vector<double> second) {
+  std::vector<double> firstBaseline = first, secondBaseline = second;
+  (proj.*batch)(first.data(), second.data(), first.size(), 1);
+  const auto best = simd::ForceInstructionSet(simd::InstructionSet::baseline);
+  (proj.*batch)(firstBaseline.data(), secondBaseline.data(), first.size(), 1);
+  simd::ForceInstructionSet(best);
+  EXPECT_EQ(first, firstBaseline);
+  EXPECT_EQ(second, secondBaseline);
+}
+
 TEST_P(ProjectionLaws, BatchEqualsScalar) {
   const ProjPtr proj = Make();
   std::vector<double> first, second, firstScalar, secondScalar;
@@ -664,6 +679,7 @@ TEST_P(ProjectionLaws, BatchEqualsScalar) {
     secondScalar.push_back(lambda);
   });
   const double scale = proj->GetScale();
+  ExpectSameBitsOnEverySet(*proj, &TGeoProj::ForwardBatch, first, second);
   ASSERT_EQ(proj->ForwardBatch(first.data(), second.data(), first.size()), first.size());
   for (std::size_t i = 0; i < first.size(); ++i) {
     const double size = std::max(1.0, std::hypot(firstScalar[i], secondScalar[i]) / 1e7);
@@ -672,6 +688,7 @@ TEST_P(ProjectionLaws, BatchEqualsScalar) {
   }
   first = firstScalar;
   second = secondScalar;
+  ExpectSameBitsOnEverySet(*proj, &TGeoProj::InverseBatch, first, second);
   ASSERT_EQ(proj->InverseBatch(first.data(), second.data(), first.size()), first.size());
   EXPECT_EQ(proj->GetScale(), scale);  // batches store nothing
   for (std::size_t i = 0; i < first.size(); ++i) {

@@ -6,9 +6,26 @@
 #include "geomath/base/batch.h"
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
+#include "geomath/simd/elementary.h"
 #include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
+
+/// One point by the operations that the columns run, in the same bits; outside their domain by the
+/// standard library's functions. Returns what the formulas return.
+template <class Formulas>
+auto ForwardOne(const Formulas& formulas, double& b, double& l) {
+  if (formulas.ServesForward(b, l))
+    return formulas.template Forward<simd::Polynomial<simd::Baseline>>(b, l);
+  return formulas.template Forward<simd::Libm>(b, l);
+}
+
+template <class Formulas>
+auto InverseOne(const Formulas& formulas, double& n, double& e) {
+  if (formulas.ServesInverse(n, e))
+    return formulas.template Inverse<simd::Polynomial<simd::Baseline>>(n, e);
+  return formulas.template Inverse<simd::Libm>(n, e);
+}
 
 /// ForwardBlock and InverseBlock of a class whose formulas have a kernel: points that the kernel
 /// does not serve go through the class's single-point form.

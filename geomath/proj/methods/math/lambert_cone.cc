@@ -31,6 +31,11 @@ LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Para
     n_ = (std::log(mN) - std::log(mS)) / (psiS - psiN);  // 15-8
   }
   aF_ = a_ * mN / n_ * std::exp(n_ * psiN) * k0;  // 15-10
+
+  constexpr double kLeastRadius = 1, kLargestRadius = 1e20;  // metres
+  const double radius = std::abs(aF_);
+  servesColumns_ = latitude_.ServesColumns() && n_ != 0 && std::abs(n_) <= 1 &&
+                   radius > kLeastRadius && radius < kLargestRadius;
 }
 
 LambertCone::LambertCone(const Ellipsoid& ell, double southLat, double northLat, double k0)
@@ -44,34 +49,6 @@ double LambertCone::Radius(double phi, double sinPhi) const {
 
 double LambertCone::Scale(double rho, double sinPhi, double cosPhi) const {
   return n_ * rho / (a_ * ParallelRadius(sinPhi, cosPhi, e2_));  // 15-6
-}
-
-bool LambertCone::Forward(double phi, double deltaLambda, double rho0, double& north, double& east,
-                          double* scale, double* convergence) const {
-  if (std::abs(phi) == kHalfPi) return false;
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  const double rho = aF_ * std::exp(-n_ * latitude_.Isometric(sinPhi, cosPhi));  // 15-7
-  const double theta = n_ * deltaLambda;                                         // 14-4
-  north = rho0 - rho * std::cos(theta);                                          // 14-2
-  east = rho * std::sin(theta);                                                  // 14-1
-  if (scale) *scale = Scale(rho, sinPhi, cosPhi);
-  if (convergence) *convergence = theta;
-  return true;
-}
-
-void LambertCone::Inverse(double north, double east, double rho0, double& phi, double& deltaLambda,
-                          double* scale, double* convergence) const {
-  const double fromApex = rho0 - north, g = std::copysign(1.0, n_);
-  const Polar at{g * std::sqrt(fromApex * fromApex + east * east),  // 14-10
-                 std::atan2(g * east, g * fromApex)};               // 14-11
-  Inverse(at, phi, deltaLambda, scale);
-  if (convergence) *convergence = at.theta;
-}
-
-void LambertCone::Inverse(const Polar& at, double& phi, double& deltaLambda, double* scale) const {
-  phi = latitude_.FromIsometric(-std::log(at.rho / aF_) / n_);  // 15-11, 7-9
-  deltaLambda = at.theta / n_;                                  // 14-9
-  if (scale) *scale = Scale(at.rho, std::sin(phi), std::cos(phi));
 }
 
 }  // namespace zel_cs::geomath

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cmath>
+
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/math/latitude.h"
 
@@ -31,29 +33,53 @@ class LambertCone {
   double Radius(double phi, double sinPhi) const;
   double Radius(double phi) const;
 
-  /// Northing and easting, metres, of a point, counted from the origin on the parallel of radius
-  /// `rho0`. False, nothing written, for a latitude of exactly ±π/2.
-  ///
-  /// `scale` and `convergence` (θ: radians, positive east of the meridian of origin in the northern
-  /// hemisphere) are written when given.
-  bool Forward(double phi, double deltaLambda, double rho0, double& north, double& east,
-               double* scale, double* convergence) const;
-  /// Latitude and longitude difference, radians, of a grid point, the latter within π/n; the
-  /// factors there when asked for.
-  void Inverse(double north, double east, double rho0, double& phi, double& deltaLambda,
-               double* scale, double* convergence) const;
-  /// The same of a point by its polar coordinates.
-  void Inverse(const Polar& at, double& phi, double& deltaLambda, double* scale) const;
+  /// An image, and sine and cosine of its latitude.
+  struct Image {
+    Polar at;
+    double sinPhi, cosPhi;
+  };
 
+  /// The image of a point; meaningless for a latitude of ±π/2.
+  template <class Math>
+  GEOMATH_INLINE Image Project(double phi, double deltaLambda) const {
+    double s, c;
+    Math::SinCos(phi, s, c);
+    const double rho = aF_ * Math::Exp(-n_ * latitude_.Isometric<Math>(s, c));  // 15-7
+    return {{rho, n_ * deltaLambda}, s, c};                                     // 14-4
+  }
+
+  /// Polar coordinates of a point of the plane that lies `fromApex` metres south and `east` metres
+  /// east of the apex; θ is within (−π, π].
+  template <class Math>
+  GEOMATH_INLINE Polar ToPolar(double fromApex, double east) const {
+    const double g = Sign();
+    return {g * std::sqrt(fromApex * fromApex + east * east),  // 14-10
+            Math::Atan2(g * east, g * fromApex)};              // 14-11
+  }
+
+  /// Latitude and longitude difference, radians, of an image.
+  template <class Math>
+  GEOMATH_INLINE void Unproject(const Polar& at, double& phi, double& deltaLambda) const {
+    phi = latitude_.FromIsometric<Math>(-Math::Log(at.rho / aF_) / n_);  // 15-11, 7-9
+    deltaLambda = at.theta / n_;                                         // 14-9
+  }
+
+  /// Point scale factor, 15-6.
+  double Scale(double rho, double sinPhi, double cosPhi) const;
+
+  /// Columns hold for cones on the Earth's ellipsoids that are neither planes nor cylinders.
+  bool ServesColumns() const { return servesColumns_; }
+
+  /// The sign of the cone constant.
+  GEOMATH_INLINE double Sign() const { return std::copysign(1.0, n_); }
   double n() const { return n_; }
 
  private:
-  double Scale(double rho, double sinPhi, double cosPhi) const;
-
   double a_ = 0, e_ = 0, e2_ = 0;
   double n_ = 0;   // cone constant
   double aF_ = 0;  // a·F·k0, metres
   ConformalLatitude latitude_;
+  bool servesColumns_ = false;
 };
 
 }  // namespace zel_cs::geomath
