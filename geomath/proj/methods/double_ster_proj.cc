@@ -2,6 +2,7 @@
 
 #include <iterator>
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -64,22 +65,26 @@ bool TDoubleSter::GetCentralPoint(double& b0, double& l0, double& db, double& dl
 
 void TDoubleSter::Prepare() { plane_ = DoubleStereographic(ell_, phi0_, lambda0_, k0_); }
 
+DoubleSterFormulas TDoubleSter::Formulas() const { return {plane_, fEast_, fNorth_}; }
+
 bool TDoubleSter::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  double north, east;
-  plane_.Forward(b, l, north, east, factors ? &factors->scale : nullptr,
-                 factors ? &factors->convergence : nullptr);
-  b = fNorth_ + north;
-  l = fEast_ + east;
+  const auto image = ForwardOne(Formulas(), b, l);
+  if (factors) *factors = plane_.Factors(image);
   return true;
 }
 
 bool TDoubleSter::InversePoint(double& n, double& e, PointFactors* factors) const {
-  double phi, lambda;
-  plane_.Inverse(n - fNorth_, e - fEast_, phi, lambda, factors ? &factors->scale : nullptr,
-                 factors ? &factors->convergence : nullptr);
-  n = phi;
-  e = lambda;
+  const auto vector = InverseOne(Formulas(), n, e);
+  if (factors) *factors = plane_.Factors(vector, n);
   return true;
+}
+
+void TDoubleSter::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TDoubleSter::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/double_ster_formulas.h"
 #include "geomath/proj/methods/math/double_stereographic.h"
 #include "geomath/proj/param_table.h"
 
@@ -52,8 +53,11 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
               double scale, double fEast, double fNorth);
 
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  DoubleSterFormulas Formulas() const;
   static std::span<const ParamRow<TDoubleSter>> Params();
 
   double phi0_, lambda0_, k0_, fEast_, fNorth_;

@@ -38,4 +38,13 @@ bool TRDTransProj::InversePoint(double& n, double& e, PointFactors* factors) con
   return TDoubleSter::InversePoint(n, e, factors);
 }
 
+// A correction is the host's function, which takes one point at a time.
+void TRDTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  correction_ ? TGeoProj::ForwardBlock(b, l, count) : TDoubleSter::ForwardBlock(b, l, count);
+}
+
+void TRDTransProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  correction_ ? TGeoProj::InverseBlock(n, e, count) : TDoubleSter::InverseBlock(n, e, count);
+}
+
 }  // namespace zel_cs::geomath

@@ -30,6 +30,10 @@ class GEOMATH_API TRDTransProj : public TDoubleSter {
   /// leaves 1e-15 of it).
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
+ protected:
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
+
  private:
   Correction correction_ = nullptr;
 };

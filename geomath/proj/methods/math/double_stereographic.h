@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cmath>
+
 #include "geomath/base/ellipsoid.h"
+#include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 
@@ -13,33 +17,79 @@ class DoubleStereographic {
   DoubleStereographic() = default;
   DoubleStereographic(const Ellipsoid& ell, double lat0, double lon0, double scale);
 
-  /// Northing and easting, metres, of a point; not finite at the antipode of the origin.
-  /// Longitudes are not folded.
-  ///
-  /// `scale` and `convergence` (radians, positive east of the meridian of origin in the northern
-  /// hemisphere) are written when given. Kept: the scale takes the prime-vertical radius of the
-  /// origin latitude; it is exact there and up to 0.34 % away from it (the radius of the poles
-  /// against that of the equator).
-  void Forward(double phi, double lambda, double& north, double& east, double* scale,
-               double* convergence) const;
-  /// Latitude and longitude of a grid point, and the factors there. The origin for (0, 0).
-  void Inverse(double north, double east, double& phi, double& lambda, double* scale,
-               double* convergence) const;
-
- private:
+  /// A point on the sphere: latitude χ, and longitude Λ from the meridian of origin.
   struct SpherePoint {
     SinCos chi;
     SinCos Lambda;
   };
-  double Denominator(const SpherePoint& at) const;
-  double ScaleAt(const SpherePoint& at, double cosPhi) const;
-  double ConvergenceAt(const SpherePoint& at) const;
+  /// Northing and easting, metres, of a point; not finite at the antipode of the origin.
+  struct Image {
+    double north, east;
+    SpherePoint at;
+    double cosPhi;
+  };
+  /// The image of a point. Longitudes are not folded.
+  template <class Math>
+  GEOMATH_INLINE Image Project(double phi, double lambda) const {
+    double sinPhi, cosPhi;
+    SpherePoint at;
+    Math::SinCos(phi, sinPhi, cosPhi);
+    Math::SinCos(sphere_.alpha * (lambda - lambda0_), at.Lambda.sin, at.Lambda.cos);
+    at.chi = sphere_.Latitude<Math>(sinPhi, cosPhi);
+    const double perUnit = diameter_ / Denominator(at);
+    return {perUnit * (cosChi0_ * at.chi.sin - sinChi0_ * at.chi.cos * at.Lambda.cos),
+            perUnit * at.chi.cos * at.Lambda.sin, at, cosPhi};
+  }
+
+  /// A point on the sphere as a vector: its height over the sphere's equator, and its parts along
+  /// and across the meridian of origin.
+  struct Vector {
+    SinCos chi;
+    double along, across;
+    bool origin;
+  };
+  /// The vector of a grid point, at the angular distance d from the origin on the sphere. With
+  /// q = tan(d/2) = r/(2·k0·R), sin d/r = 2/((1 + q²)·2·k0·R) needs no division by r.
+  GEOMATH_INLINE Vector ToSphere(double north, double east) const {
+    const double x = east / diameter_, y = north / diameter_;
+    const double q2 = x * x + y * y;
+    const double unit = 2 / (1 + q2), cosD = (1 - q2) / (1 + q2);
+    const double across = unit * x;
+    const double along = cosChi0_ * cosD - sinChi0_ * unit * y;
+    const double cosChi = std::sqrt(along * along + across * across);
+    return {{cosD * sinChi0_ + unit * y * cosChi0_, cosChi}, along, across, q2 == 0};
+  }
+  /// Latitude and longitude; those of the origin themselves for (0, 0).
+  template <class Math>
+  GEOMATH_INLINE void Unproject(const Vector& v, double& phi, double& lambda) const {
+    const double geodetic = sphere_.Geodetic<Math>(v.chi);
+    phi = v.origin ? phi0_ : geodetic;
+    lambda = lambda0_ + Math::Atan2(v.across, v.along) / sphere_.alpha;
+  }
+
+  /// Point scale, and convergence in radians, positive east of the meridian of origin in the
+  /// northern hemisphere. Kept: the scale takes the prime-vertical radius of the origin latitude; it
+  /// is exact there and up to 0.34 % away from it (the radius of the poles against that of the
+  /// equator).
+  PointFactors Factors(const Image& image) const;
+  PointFactors Factors(const Vector& vector, double phi) const;
+
+  /// The points for which columns hold: on the Earth's ellipsoids, latitudes short of the poles.
+  bool ServesForward(double phi, double lambda) const;
+  bool ServesInverse(double north, double east) const;
+
+ private:
+  GEOMATH_INLINE double Denominator(const SpherePoint& at) const {
+    return 1 + sinChi0_ * at.chi.sin + cosChi0_ * at.chi.cos * at.Lambda.cos;
+  }
+  PointFactors Factors(const SpherePoint& at, double cosPhi) const;
 
   ConformalSphere sphere_;
   double phi0_ = 0, lambda0_ = 0;
   double sinChi0_ = 0, cosChi0_ = 1;
   double diameter_ = 0;       // 2·k0·R, metres
   double scaleAtOrigin_ = 0;  // 2·k0·n·R/ν0
+  bool servesColumns_ = false;
 };
 
 }  // namespace zel_cs::geomath
