@@ -2,16 +2,15 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 // Equation numbers are Snyder 1987. Symbols there and here:
 //   φ0 λ0  phi0_ lambda0_  origin (his φ1)        χ  chi    conformal latitude
-//   A      his factor of the oblique aspect       ρ  rho    distance from the pole on the map
 namespace zel_cs::geomath {
 namespace {
 
 constexpr double kPolarLimit = kHalfPi - 1e-12;  // origins beyond it are poles
-constexpr double kPolarCosine = 1e-12;           // points below it are the pole
 
 }  // namespace
 
@@ -74,82 +73,52 @@ void TSterProj::Prepare() {
   polarRadius_ = 2 * ell_.a * k0_ / std::sqrt(std::pow(1 + e, 1 + e) * std::pow(1 - e, 1 - e));
 }
 
+SterObliqueFormulas TSterProj::Oblique() const {
+  return {latitude_, chi1_, obliqueA_, lambda0_, fEast_, fNorth_};
+}
+
+SterPolarFormulas TSterProj::Polar() const {
+  return {latitude_, polarSeries_, sign_, polarRadius_, lambda0_, fEast_, fNorth_};
+}
+
 bool TSterProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  return polar_ ? PolarForward(b, l, factors) : ObliqueForward(b, l, factors);
+  if (polar_) {
+    const auto [sinPhi, cosPhi, rho] = ForwardOne(Polar(), b, l);
+    if (factors)
+      factors->scale = rho / (ell_.a * ParallelRadius(sinPhi, cosPhi, ell_.e2));  // 21-32
+    return true;
+  }
+  double north = b, east = l;
+  const auto [sinPhi, cosPhi, cosChi, A] = ForwardOne(Oblique(), north, east);
+  if (sinPhi == 1 && phi0_ != 0) return false;
+  b = north;
+  l = east;
+  if (factors)
+    factors->scale = A * cosChi / (ell_.a * ParallelRadius(sinPhi, cosPhi, ell_.e2));  // 21-26
+  return true;
 }
 
 bool TSterProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  return polar_ ? PolarInverse(n, e, factors) : ObliqueInverse(n, e, factors);
-}
-
-// The south polar aspect is the north polar one of the negated latitudes and longitudes, negated.
-bool TSterProj::PolarForward(double& b, double& l, PointFactors* factors) const {
-  const double phi = sign_ * b, deltaLambda = sign_ * SetValue(l - lambda0_, 1);
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  double rho = 0;
-  if (!(cosPhi <= kPolarCosine)) {
-    const SinCos chi = latitude_.FromGeodetic(sinPhi, cosPhi);
-    rho =
-        polarRadius_ * (chi.sin > 0 ? chi.cos / (1 + chi.sin) : (1 - chi.sin) / chi.cos);  // 21-33
-  }
-  if (factors) factors->scale = rho / (ell_.a * ParallelRadius(sinPhi, cosPhi, ell_.e2));  // 21-32
-  b = fNorth_ - sign_ * rho * std::cos(deltaLambda);                                       // 21-31
-  l = fEast_ + sign_ * rho * std::sin(deltaLambda);                                        // 21-30
-  return true;
-}
-
-bool TSterProj::PolarInverse(double& n, double& e, PointFactors* factors) const {
-  const double x = sign_ * (e - fEast_), y = sign_ * (n - fNorth_);
-  const double rho = std::sqrt(x * x + y * y);
-  double phi = kHalfPi, deltaLambda = 0;
-  if (x != 0 || y != 0) {
-    const double t = rho / polarRadius_;             // 21-39
-    phi = polarSeries_(kHalfPi - 2 * std::atan(t));  // 7-13, 3-5
-    deltaLambda = std::atan2(x, -y);                 // 20-16
+  double radius;  // of the parallel on the map, unrolled
+  if (polar_) {
+    radius = InverseOne(Polar(), n, e).rho;
+  } else {
+    const auto image = InverseOne(Oblique(), n, e);
+    radius = image.A * image.cosChi;
   }
   if (factors)
-    factors->scale = rho / (ell_.a * ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2));
-  n = sign_ * phi;
-  e = lambda0_ + sign_ * deltaLambda;
+    factors->scale = radius / (ell_.a * ParallelRadius(std::sin(n), std::cos(n), ell_.e2));
   return true;
 }
 
-bool TSterProj::ObliqueForward(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, deltaLambda = SetValue(l - lambda0_, 1);
-  const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-  if (sinPhi == 1 && phi0_ != 0) return false;
-
-  // Kept: a latitude beyond a pole counts by its sine, as its supplement.
-  const SinCos chi = latitude_.FromGeodetic(sinPhi, std::abs(cosPhi));
-  const double cosDelta = std::cos(deltaLambda);
-  const double A = obliqueA_ / (1 + chi1_.sin * chi.sin + chi1_.cos * chi.cos * cosDelta);  // 21-27
-  if (factors)
-    factors->scale = A * chi.cos / (ell_.a * ParallelRadius(sinPhi, cosPhi, ell_.e2));  // 21-26
-  b = fNorth_ + A * (chi1_.cos * chi.sin - chi1_.sin * chi.cos * cosDelta);             // 21-25
-  l = fEast_ + A * chi.cos * std::sin(deltaLambda);                                     // 21-24
-  return true;
+void TSterProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  polar_ ? ForwardByKernel(Polar(), *this, b, l, count)
+         : ForwardByKernel(Oblique(), *this, b, l, count);
 }
 
-// The point on the conformal sphere as a vector: sine of its latitude, and its parts along and
-// across the meridian of origin. With q = tan(ce/2), 21-38, the sine and cosine of ce are rational.
-bool TSterProj::ObliqueInverse(double& n, double& e, PointFactors* factors) const {
-  const double x = (e - fEast_) / obliqueA_, y = (n - fNorth_) / obliqueA_;
-  const double q2 = x * x + y * y;
-  const double cosCe = (1 - q2) / (1 + q2), unit = 2 / (1 + q2);
-  const double across = unit * x;
-  const double along = chi1_.cos * cosCe - chi1_.sin * unit * y;
-  const SinCos chi{cosCe * chi1_.sin + unit * y * chi1_.cos,  // 20-14
-                   std::sqrt(along * along + across * across)};
-
-  const double phi = latitude_.ToGeodetic(chi);
-  if (factors) {
-    const double cosDelta = std::abs(along);  // times cos χ, at the folded longitude
-    const double A = obliqueA_ / (1 + chi1_.sin * chi.sin + chi1_.cos * cosDelta);
-    factors->scale = A * chi.cos / (ell_.a * ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2));
-  }
-  n = phi;
-  e = lambda0_ + (across == 0 ? 0.0 : std::atan(across / along));  // 20-15, Kept: not atan2
-  return true;
+void TSterProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  polar_ ? InverseByKernel(Polar(), *this, n, e, count)
+         : InverseByKernel(Oblique(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/ster_formulas.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/param_table.h"
@@ -52,12 +53,12 @@ class GEOMATH_API TSterProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  bool PolarForward(double& b, double& l, PointFactors* factors) const;
-  bool PolarInverse(double& n, double& e, PointFactors* factors) const;
-  bool ObliqueForward(double& b, double& l, PointFactors* factors) const;
-  bool ObliqueInverse(double& n, double& e, PointFactors* factors) const;
+  SterObliqueFormulas Oblique() const;
+  SterPolarFormulas Polar() const;
   static std::span<const ParamRow<TSterProj>> Params();
 
   double phi0_, lambda0_, k0_, fEast_, fNorth_;
