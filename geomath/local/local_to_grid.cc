@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cfloat>
 #include <iterator>
+#include <limits>
 #include <utility>
 
 #include "geomath/base/angle.h"
@@ -14,6 +15,7 @@
 namespace zel_cs::geomath {
 namespace {
 
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned int kUnitInDegrees = 1;  // of SetLat0 and SetLon0
 enum PlaneIndex { kShiftN, kShiftE, kScale, kRotation };
 enum HeightIndex { kShiftH, kSlopeN, kSlopeE };
@@ -178,21 +180,28 @@ std::size_t LocalToGrid::ToGridBatch(double* N, double* E, double* H, std::size_
   return ConvertEach(convert, count, stride, N, E, H);
 }
 
+// The projection converts whole blocks; what it fails is NaN, and stays so in either step.
 std::size_t LocalToGrid::ForwardBatch(double* lat, double* lon, double* H, std::size_t count,
                                       unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double& b, double& l, double& h) {
-    return projection_ && projection_->ForwardBatch(&b, &l, 1) == 1 && ToLocal(b, l, h, what);
+  const auto convert = [&](double* const(&point)[3], std::size_t n) {
+    if (projection_) projection_->ForwardBatch(point[0], point[1], n);
+    for (std::size_t i = 0; i < n; ++i)
+      if (!projection_ || !ToLocal(point[0][i], point[1][i], point[2][i], what)) point[0][i] = kNaN;
   };
-  return ConvertEach(convert, count, stride, lat, lon, H);
+  return ConvertBlocks(convert, count, stride, lat, lon, H);
 }
 
 std::size_t LocalToGrid::InverseBatch(double* N, double* E, double* H, std::size_t count,
                                       unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double& n, double& e, double& h) {
-    if (!ToGrid(n, e, h, what) || n == DBL_MAX || e == DBL_MAX || !projection_) return false;
-    return projection_->InverseBatch(&n, &e, 1) == 1;
+  const auto convert = [&](double* const(&point)[3], std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      const bool onGrid = ToGrid(point[0][i], point[1][i], point[2][i], what) &&
+                          point[0][i] != DBL_MAX && point[1][i] != DBL_MAX;
+      if (!onGrid || !projection_) point[0][i] = kNaN;
+    }
+    if (projection_) projection_->InverseBatch(point[0], point[1], n);
   };
-  return ConvertEach(convert, count, stride, N, E, H);
+  return ConvertBlocks(convert, count, stride, N, E, H);
 }
 
 }  // namespace zel_cs::geomath

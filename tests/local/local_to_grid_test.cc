@@ -227,4 +227,7 @@ TEST(LocalToGrid, BatchesAgreeWithPoints) {
   EXPECT_NEAR(grid[500].e, local[500].e, kBatchMetres);
   EXPECT_EQ(site.ToLocalBatch(&grid[4].n, &grid[4].e, &grid[4].h, 2, 0, 3), 0u);
   EXPECT_TRUE(std::isnan(grid[5].h));
+  EXPECT_EQ(site.ForwardBatch(&batch[4].n, &batch[4].e, &batch[4].h, 2, 0, 3), 0u);
+  EXPECT_EQ(site.InverseBatch(&batch[6].n, &batch[6].e, &batch[6].h, 2, 2, 3), 0u) << "no position";
+  EXPECT_TRUE(std::isnan(batch[4].n) && std::isnan(batch[6].h));
 }
