@@ -246,7 +246,8 @@ bool GlobalGeoid::CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMat
 
 bool GlobalGeoid::CountHeightOnGrid(const TGridRgn& grid, double* heights,
                                     GlobalGeoidScratch& scratch) const {
-  const int rows = grid.GetLatDim(), columns = std::max(grid.GetLonDim(), 0);
+  const int rows = grid.GetLatDim(), columns = grid.GetLonDim();
+  if (columns < 1) return true;
   const double west = grid.L0, step = grid.lonStep;
   for (int a = 0; a < rows; ++a, heights += columns) {
     Row(

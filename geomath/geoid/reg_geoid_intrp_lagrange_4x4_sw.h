@@ -9,7 +9,8 @@ namespace zel_cs::geomath {
 /// the south without padding. Rows are those around the point's cell, moved by one towards the
 /// middle in the first and the last row of cells; columns those around the cell. A node above
 /// 150 m is a hole, and so is one outside the grid: a point in the half cell south of the first row
-/// is extrapolated, one north of the last row or within a cell of the other two edges gets no height.
+/// is extrapolated, one on or north of the last row or within a cell of the other two edges gets no
+/// height.
 class GEOMATH_API RegGeoidIntrp_Lagrange4x4SW : public RegionalGeoid {
  public:
   using RegionalGeoid::RegionalGeoid;

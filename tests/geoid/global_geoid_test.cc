@@ -207,6 +207,8 @@ TEST(GlobalGeoid, SaysWhenItCannotAnswer) {
   heights[0] = -1;
   EXPECT_EQ(model.CountHeight(&point, heights, 0, nullptr), 0);
   EXPECT_TRUE(model.CountHeightOnGrid(TGridRgn({0, 1, 0, 1}, 0, 0.5), heights, nullptr));
+  // A thousand million rows without a column cost nothing.
+  EXPECT_TRUE(model.CountHeightOnGrid(TGridRgn({0, 1, 0, 1}, 1e-9, 0), heights, nullptr));
   EXPECT_EQ(heights[0], -1);
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_TRUE(std::isnan(Undulation(model, kNan, 0)));
