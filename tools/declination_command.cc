@@ -1,11 +1,9 @@
 #include "tools/declination_command.h"
 
 #include <fmt/format.h>
-#include <gdal_priv.h>
 
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -17,11 +15,11 @@
 #include "geomath/magnetic/magnetic_field.h"
 #include "tools/command.h"
 #include "tools/number_text.h"
-#include "tools/ogr.h"
 #include "tools/point_columns.h"
 #include "tools/point_sink.h"
 #include "tools/point_source.h"
 #include "tools/progress.h"
+#include "tools/raster_grid.h"
 #include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -139,13 +137,6 @@ int RunPoint(const DeclinationOptions& options) {
 
 const ResultStyle kFileResults = {{"declination", "inclination", "total_nt"}, {6, 6, 2}};
 
-void RefuseTakenNames(const PointSource& source) {
-  const std::vector<std::string> taken = source.ColumnNames();
-  for (const std::string& name : kFileResults.names)
-    if (std::find(taken.begin(), taken.end(), name) != taken.end())
-      throw UserError(fmt::format("{} has a column \"{}\" already", source.Name(), name));
-}
-
 // Adds the field to every row; returns how many rows have none.
 long long AddFields(const MagneticField& field, PointSource& source, const PointColumns& columns,
                     PointSink& sink) {
@@ -180,7 +171,7 @@ int RunFile(const DeclinationOptions& options) {
   const MagneticField field = FieldOf(options);
   const auto source = OpenPoints(options.points, options.layer);
   RefuseSameFile(options.points, options.output);
-  RefuseTakenNames(*source);
+  RefuseTakenNames(*source, kFileResults);
   const PointColumns columns(*source, CoordinateKind::geographic,
                              {options.columns, options.fixedHeight});
   const auto sink = CreatePoints(options.output, *source, kFileResults);
@@ -195,97 +186,58 @@ int RunFile(const DeclinationOptions& options) {
   return failures == 0 ? kExitDone : kExitSomeFailed;
 }
 
-// Nodes of a grid from south-west, both ends included.
-struct GridNodes {
-  double south, west, north, east, step;
-  int rows, columns;
-};
-
-constexpr double kMostNodes = 20000;  // on a side
-
-GridNodes NodesOf(const std::vector<double>& g) {
-  GridNodes nodes{g[0], g[1], g[2], g[3], g[4], 0, 0};
-  const bool inRange = nodes.south >= -90 && nodes.south <= nodes.north && nodes.north <= 90 &&
-                       nodes.west >= -360 && nodes.west <= nodes.east && nodes.east <= 360 &&
-                       nodes.step > 0;
-  const double rows = std::floor((nodes.north - nodes.south) / nodes.step + 1e-9) + 1;
-  const double columns = std::floor((nodes.east - nodes.west) / nodes.step + 1e-9) + 1;
-  if (!inRange || !(rows <= kMostNodes && columns <= kMostNodes))
+NodeGrid GridOf(const std::vector<double>& g) {
+  constexpr int kMostNodes = 20000;  // on a side
+  const auto grid = NodesOf(g[0], g[1], g[2], g[3], g[4], kMostNodes);
+  if (!grid)
     throw UserError(fmt::format(
         "--grid: must be SOUTH,WEST,NORTH,EAST,STEP in degrees, from south to north and west to "
-        "east, with at most {:.0f} nodes on a side",
+        "east, with at most {} nodes on a side",
         kMostNodes));
-  nodes.rows = static_cast<int>(rows);
-  nodes.columns = static_cast<int>(columns);
-  return nodes;
+  return *grid;
 }
 
 struct Band {
   const char* description;
+  MagneticElements MagneticPoint::*part;
   double MagneticElements::*element;
 };
 constexpr Band kBands[] = {
-    {"declination, degrees", &MagneticElements::declination},
-    {"inclination, degrees", &MagneticElements::inclination},
-    {"total intensity, nT", &MagneticElements::f},
-    {"yearly change of the declination, degrees", &MagneticElements::declination},
+    {"declination, degrees", &MagneticPoint::field, &MagneticElements::declination},
+    {"inclination, degrees", &MagneticPoint::field, &MagneticElements::inclination},
+    {"total intensity, nT", &MagneticPoint::field, &MagneticElements::f},
+    {"yearly change of the declination, degrees", &MagneticPoint::yearlyChange,
+     &MagneticElements::declination},
 };
-constexpr int kBandCount = 4, kFirstChangeBand = 3;
-
-struct CloseDataset {
-  void operator()(GDALDataset* dataset) const { GDALClose(dataset); }
-};
-using Dataset = std::unique_ptr<GDALDataset, CloseDataset>;
-
-// A GeoTIFF whose pixels have the nodes as centres, north up.
-Dataset CreateRaster(const std::string& path, const GridNodes& nodes) {
-  PrepareOgr();
-  GDALAllRegister();
-  const char* creation[] = {"COMPRESS=DEFLATE", "PREDICTOR=3", nullptr};
-  GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
-  Dataset raster(driver ? driver->Create(path.c_str(), nodes.columns, nodes.rows, kBandCount,
-                                         GDT_Float32, const_cast<char**>(creation))
-                        : nullptr);
-  if (!raster) throw UserError(path + ": cannot be written" + OgrComplaint());
-  const double top = nodes.south + (nodes.rows - 1) * nodes.step;
-  double transform[] = {nodes.west - nodes.step / 2, nodes.step, 0,
-                        top + nodes.step / 2,        0,          -nodes.step};
-  raster->SetGeoTransform(transform);
-  raster->SetProjection(SRS_WKT_WGS84_LAT_LONG);
-  for (int i = 0; i < kBandCount; ++i)
-    raster->GetRasterBand(i + 1)->SetDescription(kBands[i].description);
-  return raster;
-}
 
 int RunGrid(const DeclinationOptions& options) {
-  const GridNodes nodes = NodesOf(options.grid);
+  const NodeGrid grid = GridOf(options.grid);
   if (options.output.empty() || options.output == "-")
     throw UserError("--grid: name the GeoTIFF to write with --output FILE.tif");
   const double height = options.fixedHeight.value_or(0) * kKilometre;
   const MagneticField field = FieldOf(options);
-  const Dataset raster = CreateRaster(options.output, nodes);
+  std::vector<const char*> descriptions;
+  for (const Band& band : kBands) descriptions.push_back(band.description);
+  RasterGrid raster(options.output, grid, descriptions);
 
-  const auto width = static_cast<std::size_t>(nodes.columns);
+  const auto width = static_cast<std::size_t>(grid.columns);
   std::vector<double> latitudes(width), longitudes(width), heights(width, height), line(width);
   std::vector<MagneticPoint> results(width);
-  for (std::size_t i = 0; i < width; ++i)
-    longitudes[i] = nodes.west + static_cast<double>(i) * nodes.step;
+  for (int c = 0; c < grid.columns; ++c)
+    longitudes[static_cast<std::size_t>(c)] = grid.Longitude(c);
   Progress progress("rows");
-  for (int row = 0; row < nodes.rows; ++row) {
-    std::fill(latitudes.begin(), latitudes.end(),
-              nodes.south + (nodes.rows - 1 - row) * nodes.step);
+  for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
+    std::fill(latitudes.begin(), latitudes.end(), grid.Latitude(row));
     field.AtBatch(latitudes.data(), longitudes.data(), heights.data(), width, results.data());
-    for (int band = 0; band < kBandCount; ++band) {
-      for (std::size_t i = 0; i < width; ++i) {
-        const MagneticPoint& p = results[i];
-        line[i] = (band < kFirstChangeBand ? p.field : p.yearlyChange).*kBands[band].element;
-      }
-      if (raster->GetRasterBand(band + 1)->RasterIO(GF_Write, 0, row, nodes.columns, 1, line.data(),
-                                                    nodes.columns, 1, GDT_Float64, 0, 0) != CE_None)
-        throw UserError(options.output + ": cannot be written" + OgrComplaint());
+    int index = 0;
+    for (const Band& band : kBands) {
+      std::transform(results.begin(), results.end(), line.begin(),
+                     [&](const MagneticPoint& p) { return p.*band.part.*band.element; });
+      raster.Write(index++, row, line);
     }
-    progress.Update(row + 1, (row + 1.0) / nodes.rows);
+    progress.Update(done, 1.0 * done / grid.rows);
   }
+  raster.Close();
   return kExitDone;
 }
 
@@ -293,6 +245,7 @@ int RunDeclination(const DeclinationOptions& options) {
   const int tasks = !options.point.empty() + !options.points.empty() + !options.grid.empty();
   if (tasks != 1 || options.point.size() == 1)
     throw UserError("give a point as LAT LON [HEIGHT], or --points FILE, or --grid: one of them");
+  RefuseSameFile(options.model, options.output);
   if (!options.grid.empty()) return RunGrid(options);
   if (options.points.empty()) return RunPoint(options);
   if (options.output.empty()) throw UserError("--points: name the output with --output FILE");

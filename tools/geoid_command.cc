@@ -1,7 +1,6 @@
 #include "tools/geoid_command.h"
 
 #include <fmt/format.h>
-#include <gdal_priv.h>
 
 #include <algorithm>
 #include <array>
@@ -17,11 +16,11 @@
 #include "tools/command.h"
 #include "tools/geoid_file.h"
 #include "tools/name_match.h"
-#include "tools/ogr.h"
 #include "tools/point_columns.h"
 #include "tools/point_sink.h"
 #include "tools/point_source.h"
 #include "tools/progress.h"
+#include "tools/raster_grid.h"
 #include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -39,13 +38,6 @@ struct GeoidOptions {
 };
 
 const ResultStyle kResults = {{"geoid", "h_ellipsoid", "h_geoid"}, {4, 4, 4}};
-
-void RefuseTakenNames(const PointSource& source) {
-  const std::vector<std::string> taken = source.ColumnNames();
-  for (const std::string& name : kResults.names)
-    if (std::find(taken.begin(), taken.end(), name) != taken.end())
-      throw UserError(fmt::format("{} has a column \"{}\" already", source.Name(), name));
-}
 
 // Adds the heights to every row; returns how many rows have none.
 long long AddHeights(const GeoidHeight& geoid, PointSource& source, const PointColumns& columns,
@@ -80,7 +72,7 @@ long long AddHeights(const GeoidHeight& geoid, PointSource& source, const PointC
 int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
   const auto source = OpenPoints(options.points, options.layer);
   RefuseSameFile(options.points, options.output);
-  RefuseTakenNames(*source);
+  RefuseTakenNames(*source, kResults);
   const PointColumns columns(*source, CoordinateKind::geographic,
                              {options.columns, options.fixedHeight});
   const auto sink = CreatePoints(options.output, *source, kResults);
@@ -95,29 +87,16 @@ int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
   return failures == 0 ? kExitDone : kExitSomeFailed;
 }
 
-// Nodes from the south-west, the corners of the extent included.
-struct OutputGrid {
-  double south, west, step;
-  int rows, columns;
-  double Latitude(int row) const { return south + row * step; }
-  double Longitude(int column) const { return west + column * step; }
-};
-
-OutputGrid GridOf(const GeoidOptions& options) {
-  constexpr double kMostNodes = 50000;  // on a side
-  constexpr double kRounding = 1e-9;    // steps
-  const double south = options.extent[0], west = options.extent[1];
-  const double north = options.extent[2], east = options.extent[3];
-  const double rows = std::floor((north - south) / options.step + kRounding) + 1;
-  const double columns = std::floor((east - west) / options.step + kRounding) + 1;
-  const bool inRange = south >= -90 && south <= north && north <= 90 && west >= -360 &&
-                       west <= east && east <= 360 && options.step > 0;
-  if (!inRange || !(rows <= kMostNodes && columns <= kMostNodes))
+NodeGrid GridOf(const GeoidOptions& options) {
+  constexpr int kMostNodes = 50000;  // on a side
+  const std::vector<double>& e = options.extent;
+  const auto grid = NodesOf(e[0], e[1], e[2], e[3], options.step, kMostNodes);
+  if (!grid)
     throw UserError(
         fmt::format("--extent: must be SOUTH,WEST,NORTH,EAST in degrees, from south to north and "
-                    "west to east, with at most {:.0f} nodes of --step on a side",
+                    "west to east, with at most {} nodes of --step on a side",
                     kMostNodes));
-  return {south, west, options.step, static_cast<int>(rows), static_cast<int>(columns)};
+  return *grid;
 }
 
 /// Where a grid goes, row after row from the north.
@@ -131,7 +110,7 @@ class GridSink {
 // Lines "lat,lon,geoid"; the height is empty where there is none.
 class CsvGrid : public GridSink {
  public:
-  CsvGrid(const std::string& path, const OutputGrid& grid)
+  CsvGrid(const std::string& path, const NodeGrid& grid)
       : path_(path), grid_(grid), file_(path == "-" ? stdout : std::fopen(path.c_str(), "wb")) {
     if (!file_) throw UserError(path + ": cannot be written");
     fmt::print(file_.get(), "lat,lon,geoid\n");
@@ -161,57 +140,33 @@ class CsvGrid : public GridSink {
     }
   };
   std::string path_;
-  OutputGrid grid_;
+  NodeGrid grid_;
   std::unique_ptr<std::FILE, CloseFile> file_;
 };
 
-// A GeoTIFF whose pixels have the nodes as centres, north up.
 class TiffGrid : public GridSink {
  public:
-  TiffGrid(const std::string& path, const OutputGrid& grid) : path_(path), grid_(grid) {
-    PrepareOgr();
-    const char* creation[] = {"COMPRESS=DEFLATE", "PREDICTOR=3", nullptr};
-    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
-    raster_.reset(driver ? driver->Create(path.c_str(), grid.columns, grid.rows, 1, GDT_Float32,
-                                          const_cast<char**>(creation))
-                         : nullptr);
-    if (!raster_) throw UserError(path + ": cannot be written" + OgrComplaint());
-    double transform[] = {grid.west - grid.step / 2,
-                          grid.step,
-                          0,
-                          grid.Latitude(grid.rows - 1) + grid.step / 2,
-                          0,
-                          -grid.step};
-    raster_->SetGeoTransform(transform);
-    raster_->SetProjection(SRS_WKT_WGS84_LAT_LONG);
-    raster_->GetRasterBand(1)->SetDescription("geoid height, metres");
-    raster_->GetRasterBand(1)->SetNoDataValue(kNoHeight);
+  TiffGrid(const std::string& path, const NodeGrid& grid) : raster_(path, grid, kBands) {
+    raster_.SetNoData(kNoHeight);
   }
 
   void Write(int row, const std::vector<double>& heights) override {
     line_ = heights;
     for (double& height : line_)
       if (std::isnan(height)) height = kNoHeight;
-    if (raster_->GetRasterBand(1)->RasterIO(GF_Write, 0, grid_.rows - 1 - row, grid_.columns, 1,
-                                            line_.data(), grid_.columns, 1, GDT_Float64, 0,
-                                            0) != CE_None)
-      throw UserError(path_ + ": cannot be written" + OgrComplaint());
+    raster_.Write(0, row, line_);
   }
 
-  void Close() override { raster_.reset(); }
+  void Close() override { raster_.Close(); }
 
  private:
-  struct CloseDataset {
-    void operator()(GDALDataset* dataset) const { GDALClose(dataset); }
-  };
-  std::string path_;
-  OutputGrid grid_;
-  std::unique_ptr<GDALDataset, CloseDataset> raster_;
+  static constexpr const char* kBands[] = {"geoid height, metres"};
+  RasterGrid raster_;
   std::vector<double> line_;
 };
 
 int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
-  const OutputGrid grid = GridOf(options);
+  const NodeGrid grid = GridOf(options);
   std::unique_ptr<GridSink> sink;
   if (IsCsvName(options.output))
     sink = std::make_unique<CsvGrid>(options.output, grid);
@@ -241,7 +196,9 @@ int RunGeoid(const GeoidOptions& options) {
   if (asGrid == !options.points.empty())
     throw UserError("give a file of points, or --extent with --step: one of them");
   if (options.output.empty()) throw UserError("name the output with --output FILE");
-  RefuseSameFile(options.choice.grid, options.output);
+  for (const std::string* input :
+       {&options.choice.grid, &options.choice.model, &options.choice.correction})
+    RefuseSameFile(*input, options.output);
   const auto geoid = OpenGeoid(options.choice);
   if (!geoid->warning.empty())
     std::fprintf(stderr, "geomath: warning: %s\n", geoid->warning.c_str());

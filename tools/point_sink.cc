@@ -219,6 +219,13 @@ class OgrSink : public PointSink {
 
 }  // namespace
 
+void RefuseTakenNames(const PointSource& source, const ResultStyle& style) {
+  const std::vector<std::string> taken = source.ColumnNames();
+  for (const std::string& name : style.names)
+    if (std::find(taken.begin(), taken.end(), name) != taken.end())
+      throw UserError(fmt::format("{} has a column \"{}\" already", source.Name(), name));
+}
+
 void RefuseSameFile(const std::string& input, const std::string& output) {
   std::error_code ignored;
   if (input != "-" && output != "-" && std::filesystem::equivalent(input, output, ignored))

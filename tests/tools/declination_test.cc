@@ -72,6 +72,10 @@ TEST_F(Declination, ModelFile) {
   const ProgramRun cut = Run("--model cut.COF --date 2025-01-01 1 2 3");
   EXPECT_EQ(cut.status, 2);
   EXPECT_TRUE(Contains(cut.err, "terms up to degree")) << cut.err;
+
+  WriteText(directory_ / "own.COF", ReadText(path));
+  EXPECT_EQ(Run("--model own.COF --date 2025-01-01 --grid=0,0,1,1,1 -o own.COF").status, 2);
+  EXPECT_EQ(ReadText(directory_ / "own.COF"), ReadText(path));
 }
 
 TEST_F(Declination, PointsOfAFile) {
@@ -113,6 +117,14 @@ TEST_F(Declination, Raster) {
   EXPECT_NEAR(declination, -5.63, 0.005);
   EXPECT_NEAR(total, 52648.9, 0.05);
   GDALClose(raster);
+}
+
+// The rows are held back until the file is closed: what fails then must not pass for success.
+TEST_F(Declination, ReportsARasterThatCannotBeWrittenOut) {
+  if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+  const ProgramRun run = Run("--date 2012-01-01 --grid=0,0,10,10,1 -o /dev/full");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "/dev/full: cannot be written")) << run.err;
 }
 
 TEST_F(Declination, SaysWhatIsWrong) {

@@ -190,6 +190,7 @@ TEST_F(Geoid, WritesGridsAndClosesTheSeam) {
   EXPECT_EQ(Run("--grid world.tif --interpolation RegGeoid2x2SW in.csv -o -").status, 2);
   EXPECT_EQ(Run("--model pot.txt --extent 10,20,9,21 --step 1 -o x.tif").status, 2);
   EXPECT_EQ(Run("--model pot.txt -o x.tif").status, 2);
+  EXPECT_EQ(Run("--model pot.txt --extent 10,20,11,21 --step 1 -o pot.txt").status, 2);
 }
 
 TEST_F(Geoid, ServesConvertThroughTheSystemFile) {
