@@ -24,7 +24,10 @@ int Run(int argc, char** argv) {
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? kExitDone : kExitStopped;
   }
-  return runs.at(app.get_subcommands().front())();
+  const int status = runs.at(app.get_subcommands().front())();
+  if (std::fflush(stdout) != 0 || std::ferror(stdout))
+    throw UserError("standard output: writing failed");
+  return status;
 }
 
 }  // namespace

@@ -119,12 +119,14 @@ TEST_F(Declination, Raster) {
   GDALClose(raster);
 }
 
-// The rows are held back until the file is closed: what fails then must not pass for success.
-TEST_F(Declination, ReportsARasterThatCannotBeWrittenOut) {
+// Output is held back until the end: what fails then must not pass for success.
+TEST_F(Declination, ReportsOutputThatCannotBeWrittenOut) {
   if (!std::filesystem::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
   const ProgramRun run = Run("--date 2012-01-01 --grid=0,0,10,10,1 -o /dev/full");
   EXPECT_EQ(run.status, 2);
   EXPECT_TRUE(Contains(run.err, "/dev/full: cannot be written")) << run.err;
+  // '#' hides the redirections that the test adds.
+  EXPECT_EQ(Run("--date 2012-01-01 1 2 >/dev/full 2>stderr.txt #").status, 2);
 }
 
 TEST_F(Declination, SaysWhatIsWrong) {
