@@ -15,6 +15,7 @@ ensure_one_of libbenchmark-dev
 ensure_one_of clang-14 clang
 ensure_one_of libclang-rt-14-dev libclang-rt-dev
 ensure_one_of clang-format-14 clang-format
+ensure_one_of chromium  # looks at the calibration report
 
 stage() { printf '\n== %s ==\n' "$*"; }
 configure() {  # configure BUILD_DIR OPTION...

@@ -33,7 +33,8 @@ std::span<const ParamRow<CountyParams>> CountyProj::Params() {
 }
 
 CountyProj::CountyProj(ProjType type, double a, double invF, const CountyParams& params)
-    : TGeoProj(type, static_cast<int>(Params().size()), a, invF, true), params_(params) {}
+    : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(Params().size()), a, invF, true),
+      params_(params) {}
 
 double CountyProj::GetParam(int index, unsigned int unit) const {
   return ReadParam(params_, Params(), index, unit);
