@@ -3,43 +3,22 @@
 #include <algorithm>
 #include <cmath>
 
-#include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
-#include "geomath/proj/methods/math/multiple_angles.h"
 
-// Symbols of Poder and Engsager 1998:
-//   Z  Gaussian latitude   Cn, Ce  northing and easting over Qn: on the Gaussian sphere's transverse
-//   Mercator and, with dCn, dCe added, on the ellipsoid's   L  longitude difference
-// On the sphere sinh Ce is the tangent of η, the arc from the central meridian.
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kOuterLimit = 2.623395162778;   // of |Ce|, about 150° at the equator
-constexpr double kInnerLimit = 0.8349968168864;  // of |Ce|, 43° at the equator
-
-// Good to 1e-16 of one radian, which is what the sums and the results need; |imag| stays below 1.
-ComplexAngle AngleOf(double real, double imag) {
-  const double grow = std::exp(imag), decay = 1 / grow;
-  return {std::sin(real), std::cos(real), (grow - decay) / 2, (grow + decay) / 2};
-}
-
-ComplexAngle Twice(const ComplexAngle& z) {
-  return {2 * z.sin * z.cos, (z.cos - z.sin) * (z.cos + z.sin), 2 * z.sinh * z.cosh,
-          1 + 2 * (z.sinh * z.sinh)};
-}
-
-double SumSin2(const double (&c)[4], double sinX, double cosX) {
-  return ClenshawSin(c, 2 * sinX * cosX, (cosX - sinX) * (cosX + sinX));
-}
+constexpr double kSmallFlattening = 0.0025;  // |n| up to which every sum is below 0.03
 
 }  // namespace
 
 std::span<const ParamRow<TDenmarkTMProj>> TDenmarkTMProj::Params() {
   static constexpr ParamRow<TDenmarkTMProj> rows[] = {
-      {&TDenmarkTMProj::lambda0_, ParamKind::angle},
+      {&TDenmarkTMProj::lambda0_, ParamKind::angle, &TDenmarkTMProj::Prepare},
       {&TDenmarkTMProj::k0_, ParamKind::scale, &TDenmarkTMProj::Prepare},
       {&TDenmarkTMProj::phi0_, ParamKind::angle, &TDenmarkTMProj::Prepare},
-      {&TDenmarkTMProj::fEast_, ParamKind::length},
+      {&TDenmarkTMProj::fEast_, ParamKind::length, &TDenmarkTMProj::Prepare},
       {&TDenmarkTMProj::fNorth_, ParamKind::length, &TDenmarkTMProj::Prepare},
   };
   return rows;
@@ -58,18 +37,8 @@ TDenmarkTMProj::TDenmarkTMProj(double a, double invF, double cm, double scale, d
   Init();
 }
 
-void TDenmarkTMProj::Scale(double value) {
-  k0_ = value;
-  Prepare();
-}
-
-void TDenmarkTMProj::Lat0(double value) {
-  phi0_ = value;
-  Prepare();
-}
-
-void TDenmarkTMProj::FNorth(double value) {
-  fNorth_ = value;
+void TDenmarkTMProj::Set(double& field, double value) {
+  field = value;
   Prepare();
 }
 
@@ -113,48 +82,40 @@ void TDenmarkTMProj::Init() {
       -17.0 / 480 * n3 + 37.0 / 840 * n4,
       -4397.0 / 161280 * n4};
   // clang-format on
-  std::ranges::copy(cbg, cbg_);
-  std::ranges::copy(cgb, cgb_);
-  std::ranges::copy(gtu, gtu_);
-  std::ranges::copy(utg, utg_);
+  DenmarkTmFormulas& f = formulas_;
+  f.lambda0 = lambda0_;
+  f.fEast = fEast_;
+  f.nearSphere = std::abs(n) <= kSmallFlattening;
+  std::ranges::copy(cbg, f.cbg);
+  std::ranges::copy(cgb, f.cgb);
+  std::ranges::copy(gtu, f.gtu);
+  std::ranges::copy(utg, f.utg);
 
-  Qn_ = k0_ * ell_.a / (1 + n) * (1 + n2 / 4 + n4 / 64);
-  const double Z = phi0_ + SumSin2(cbg_, std::sin(phi0_), std::cos(phi0_));
-  Zb_ = fNorth_ - Qn_ * (Z + SumSin2(gtu_, std::sin(Z), std::cos(Z)));
+  f.Qn = k0_ * ell_.a / (1 + n) * (1 + n2 / 4 + n4 / 64);
+  const double Z = phi0_ + f.SumSin2(f.cbg, std::sin(phi0_), std::cos(phi0_));
+  f.Zb = fNorth_ - f.Qn * (Z + f.SumSin2(f.gtu, std::sin(Z), std::cos(Z)));
 }
 
 bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
-  const double phi = b, L = SetValue(l - lambda0_, 1);
-  const double Z = phi + SumSin2(cbg_, std::sin(phi), std::cos(phi));
-  const double sinZ = std::sin(Z), cosZ = std::cos(Z);
-  const double cosZCosL = cosZ * std::cos(L);
-
-  const double cosEta = std::sqrt(sinZ * sinZ + cosZCosL * cosZCosL);
-  const double sinCn = sinZ / cosEta, cosCn = cosZCosL / cosEta;
-  const double sinhCe = cosZ * std::sin(L) / cosEta, coshCe = std::sqrt(1 + sinhCe * sinhCe);
-  const double Cn = std::atan2(sinZ, cosZCosL);
-  const double Ce = std::copysign(std::log(std::abs(sinhCe) + coshCe), sinhCe);
-
-  const ComplexSum d = ClenshawSin(gtu_, Twice({sinCn, cosCn, sinhCe, coshCe}));
-  const double e = Ce + d.imag;
-  if (std::abs(e) > kOuterLimit) return false;  // Kept: the inner limit always decides
-  if (std::abs(e) > kInnerLimit) return false;
-  b = Zb_ + Qn_ * (Cn + d.real);
-  l = fEast_ + Qn_ * e;
+  double n = b, e = l;
+  if (!ForwardLikeColumns(formulas_, n, e)) return false;
+  b = n;
+  l = e;
   return true;
 }
 
 bool TDenmarkTMProj::InversePoint(double& n, double& e, PointFactors*) const {
-  const double Cn0 = (n - Zb_) / Qn_, Ce0 = (e - fEast_) / Qn_;
-  if (std::abs(Ce0) > kInnerLimit) return false;
-
-  const ComplexSum d = ClenshawSin(utg_, Twice(AngleOf(Cn0, Ce0)));
-  const auto [sinCn, cosCn, sinhCe, coshCe] = AngleOf(Cn0 + d.real, Ce0 + d.imag);
-  const double side = std::sqrt(sinhCe * sinhCe + cosCn * cosCn);
-  const double Z = std::atan2(sinCn, side);
-  n = Z + SumSin2(cgb_, sinCn / coshCe, side / coshCe);
-  e = lambda0_ + std::atan2(sinhCe, cosCn);
+  if (std::abs((e - fEast_) / formulas_.Qn) > DenmarkTmFormulas::kInnerLimit) return false;
+  InverseLikeColumns(formulas_, n, e);
   return true;
+}
+
+void TDenmarkTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(formulas_, *this, b, l, count);
+}
+
+void TDenmarkTMProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(formulas_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/denmark_tm_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -28,15 +29,15 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
                  double fNorth);
 
   double CM() const { return lambda0_; }
-  void CM(double value) { lambda0_ = value; }
+  void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value);
+  void FNorth(double value) { Set(fNorth_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -52,16 +53,15 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
   /// origin from the parameters and the ellipsoid.
   void Init();
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  void Set(double& field, double value);
   static std::span<const ParamRow<TDenmarkTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
-
-  double cbg_[4], cgb_[4];  // geodetic to Gaussian latitude and back, sin 2x … sin 8x
-  double gtu_[4], utg_[4];  // Gaussian sphere to plane and back
-  double Qn_;               // scaled rectifying radius, metres
-  double Zb_;               // northing of the equator, metres
+  DenmarkTmFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
@@ -34,11 +35,19 @@ void HotineProj::Prepare() {
 }
 
 bool HotineProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  return grid_.Forward(b, l, factors);
+  return grid_.ForwardPoint(b, l, factors);
 }
 
 bool HotineProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  return grid_.Inverse(n, e, factors);
+  return grid_.InversePoint(n, e, factors);
+}
+
+void HotineProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(grid_, *this, b, l, count);
+}
+
+void HotineProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(grid_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -45,6 +45,8 @@ class GEOMATH_API HotineProj : public TGeoProj {
 
   /// Turns by the azimuth at the centre.
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
   Hotine::Line CentralLine() const { return {azimuth_, k0_, phiC_, lambdaC_}; }
 

@@ -22,4 +22,12 @@ bool TKMSProjTM::InversePoint(double& n, double& e, PointFactors* factors) const
   return geographic && KmsPrepare(n, e, kKmsOutOf) == 0;
 }
 
+void TKMSProjTM::ForwardBlock(double* b, double* l, std::size_t count) const {
+  TGeoProj::ForwardBlock(b, l, count);
+}
+
+void TKMSProjTM::InverseBlock(double* n, double* e, std::size_t count) const {
+  TGeoProj::InverseBlock(n, e, count);
+}
+
 }  // namespace zel_cs::geomath

@@ -24,6 +24,11 @@ class GEOMATH_API TKMSProjTM : public TDenmarkTMProj {
   bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
+ protected:
+  // The host's functions take one point each.
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
+
  private:
   bool mode_ = false;
 };

@@ -40,4 +40,12 @@ bool TKMSTransProj::InversePoint(double& n, double& e, PointFactors* factors) co
   return own || KmsPrepare(n, e, kKmsOutOf) == 0;
 }
 
+void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  TGeoProj::ForwardBlock(b, l, count);
+}
+
+void TKMSTransProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  TGeoProj::InverseBlock(n, e, count);
+}
+
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 
 // Equation numbers are Snyder 1987; his scale on the equator is k0_ here.
 namespace zel_cs::geomath {
@@ -14,10 +15,10 @@ constexpr double kPolarGap = 1e-6;  // radians
 
 std::span<const ParamRow<TMercatorProj>> TMercatorProj::Params() {
   static constexpr ParamRow<TMercatorProj> rows[] = {
-      {&TMercatorProj::lambda0_, ParamKind::angle},
+      {&TMercatorProj::lambda0_, ParamKind::angle, &TMercatorProj::Prepare},
       {&TMercatorProj::phi0_, ParamKind::angle, &TMercatorProj::Prepare},
-      {&TMercatorProj::fEast_, ParamKind::length},
-      {&TMercatorProj::fNorth_, ParamKind::length},
+      {&TMercatorProj::fEast_, ParamKind::length, &TMercatorProj::Prepare},
+      {&TMercatorProj::fNorth_, ParamKind::length, &TMercatorProj::Prepare},
   };
   return rows;
 }
@@ -34,8 +35,8 @@ TMercatorProj::TMercatorProj(double a, double invF, double lon0, double lat0, do
   TMercatorProj::Prepare();
 }
 
-void TMercatorProj::Lat0(double value) {
-  phi0_ = value;
+void TMercatorProj::Set(double& field, double value) {
+  field = value;
   Prepare();
 }
 
@@ -56,9 +57,12 @@ bool TMercatorProj::GetCentralPoint(double& b0, double& l0, double& db, double& 
 }
 
 void TMercatorProj::Prepare() {
-  latitude_ = ConformalLatitude(ell_);
   k0_ = ParallelRadius(std::sin(phi0_), std::cos(phi0_), ell_.e2);
-  aK0_ = ell_.a * k0_;
+  formulas_ = {.latitude = ConformalLatitude(ell_),
+               .lambda0 = lambda0_,
+               .fEast = fEast_,
+               .fNorth = fNorth_,
+               .aK0 = ell_.a * k0_};
 }
 
 PointFactors TMercatorProj::FactorsAt(double sinPhi, double cosPhi) const {
@@ -69,20 +73,23 @@ bool TMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) co
   const double phi = b;
   if (!(std::abs(phi) < kHalfPi)) return false;
 
-  const double s = std::sin(phi), c = std::cos(phi);
-  if (factors) *factors = FactorsAt(s, c);
-  b = fNorth_ + aK0_ * latitude_.Isometric(s, c);  // 7-7
-  l = fEast_ + aK0_ * SetValue(l - lambda0_, 1);   // 7-6
+  ForwardLikeColumns(formulas_, b, l);
+  if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi));
   return true;
 }
 
 bool TMercatorProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const double phi = latitude_.FromIsometric((n - fNorth_) / aK0_);  // 7-9
-  const double lambda = lambda0_ + (e - fEast_) / aK0_;              // 7-12
-  if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi));
-  n = phi;
-  e = lambda;
+  InverseLikeColumns(formulas_, n, e);
+  if (factors) *factors = FactorsAt(std::sin(n), std::cos(n));
   return true;
+}
+
+void TMercatorProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(formulas_, *this, b, l, count);
+}
+
+void TMercatorProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(formulas_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/proj/methods/kernels/mercator_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -26,13 +26,13 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
   TMercatorProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -44,16 +44,18 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  void Set(double& field, double value);
   PointFactors FactorsAt(double sinPhi, double cosPhi) const;
   static std::span<const ParamRow<TMercatorProj>> Params();
 
   double lambda0_, phi0_, fEast_, fNorth_;
 
-  ConformalLatitude latitude_;
-  double k0_;   // scale on the equator
-  double aK0_;  // its radius on the map, metres
+  double k0_;  // scale on the equator
+  MercatorFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -30,6 +30,8 @@ class GEOMATH_API TMinnesota_OMProj : public CountyProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
   HotineGrid grid_;

@@ -34,9 +34,9 @@ bool TOMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) c
   const Hotine& hotine = grid_.Projection();
   if (l != hotine.lambda0) return HotineProj::ForwardPoint(b, l, factors);
 
-  const double phi = b;
-  if (factors) factors->scale = hotine.CylinderScale(std::sin(phi), std::cos(phi));
-  grid_.ToGrid({0, hotine.Forward(phi, l).v}, b, l);
+  const Hotine::Projected at = hotine.Project<simd::Libm>(b, l);
+  if (factors) factors->scale = hotine.CylinderScale(at.sinPhi, at.cosPhi);
+  grid_.ToGrid({0, at.skew.v}, b, l);
   return true;
 }
 

@@ -2,26 +2,17 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
-// Symbols of the source, there and here:
-//   b l   spherical latitude and longitude      b̄ l̄   bBar lBar   in the oblique system
-//   R α K b0   sphere_.R, .alpha, .K, .chi0
-// Points of the sphere are kept as x, y, z: x towards the central meridian's equator, z the pole.
 namespace zel_cs::geomath {
-namespace {
-
-constexpr double kCylinderEnd = 1e-15;  // of 1 − |sin b̄|
-
-}  // namespace
 
 std::span<const ParamRow<TSwissProj>> TSwissProj::Params() {
   static constexpr ParamRow<TSwissProj> rows[] = {
-      {&TSwissProj::lambda0_, ParamKind::angle},
+      {&TSwissProj::lambda0_, ParamKind::angle, &TSwissProj::Prepare},
       {&TSwissProj::phi0_, ParamKind::angle, &TSwissProj::Prepare},
-      {&TSwissProj::fEast_, ParamKind::length},
-      {&TSwissProj::fNorth_, ParamKind::length},
+      {&TSwissProj::fEast_, ParamKind::length, &TSwissProj::Prepare},
+      {&TSwissProj::fNorth_, ParamKind::length, &TSwissProj::Prepare},
   };
   return rows;
 }
@@ -37,8 +28,8 @@ TSwissProj::TSwissProj(double a, double invF, double lon0, double lat0, double f
   TSwissProj::Prepare();
 }
 
-void TSwissProj::B0(double value) {
-  phi0_ = value;
+void TSwissProj::Set(double& field, double value) {
+  field = value;
   Prepare();
 }
 
@@ -55,46 +46,44 @@ bool TSwissProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl)
 }
 
 void TSwissProj::Prepare() {
-  sphere_ = ConformalSphere(ell_, phi0_);
-  sinB0_ = std::sin(sphere_.chi0);
-  cosB0_ = std::cos(sphere_.chi0);
+  const ConformalSphere sphere(ell_, phi0_);
+  formulas_ = {.sphere = sphere,
+               .lambda0 = lambda0_,
+               .fEast = fEast_,
+               .fNorth = fNorth_,
+               .sinB0 = std::sin(sphere.chi0),
+               .cosB0 = std::cos(sphere.chi0)};
 }
 
-double TSwissProj::PointScale(double phi, double cosB, double cosBBar) const {
+double TSwissProj::PointScale(double phi, const SwissFormulas::Position& at) const {
+  const ConformalSphere& sphere = formulas_.sphere;
   const double m = ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2);
-  return sphere_.alpha * sphere_.R * cosB / (ell_.a * m * cosBBar);
+  return sphere.alpha * sphere.R * at.cosB / (ell_.a * m * at.cosBBar);
 }
 
 bool TSwissProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
-  const auto [sinB, cosB] = sphere_.Latitude(std::sin(phi), std::cos(phi));
-  const double lSphere = sphere_.alpha * SetValue(l - lambda0_, 1);
-
-  const double meridian = cosB * std::cos(lSphere);
-  const double x = sinB0_ * sinB + cosB0_ * meridian, y = cosB * std::sin(lSphere);
-  const double sinBBar = cosB0_ * sinB - sinB0_ * meridian;
-  if (1 - std::abs(sinBBar) < kCylinderEnd) return false;
-  const double cosBBar = std::sqrt(x * x + y * y);
-
-  if (factors) factors->scale = PointScale(phi, cosB, cosBBar);
-  b = fNorth_ + sphere_.R * std::asinh(sinBBar / cosBBar);  // artanh(sin b̄), kept near 90°
-  l = fEast_ + sphere_.R * std::atan2(y, x);
+  double n = b, e = l;
+  const SwissFormulas::Position at = ForwardLikeColumns(formulas_, n, e);
+  if (!at.exists) return false;
+  if (factors) factors->scale = PointScale(phi, at);
+  b = n;
+  l = e;
   return true;
 }
 
 bool TSwissProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const double lBar = (e - fEast_) / sphere_.R, psiBar = (n - fNorth_) / sphere_.R;
-  const double cosBBar = 1 / std::cosh(psiBar), sinBBar = std::tanh(psiBar);
-
-  const double meridian = cosBBar * std::cos(lBar);
-  const double x = cosB0_ * meridian - sinB0_ * sinBBar, y = cosBBar * std::sin(lBar);
-  const double sinB = cosB0_ * sinBBar + sinB0_ * meridian, cosB = std::sqrt(x * x + y * y);
-
-  const double phi = sphere_.Geodetic({sinB, cosB});
-  if (factors) factors->scale = PointScale(phi, cosB, cosBBar);
-  n = phi;
-  e = lambda0_ + std::atan2(y, x) / sphere_.alpha;
+  const SwissFormulas::Position at = InverseLikeColumns(formulas_, n, e);
+  if (factors) factors->scale = PointScale(n, at);
   return true;
+}
+
+void TSwissProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(formulas_, *this, b, l, count);
+}
+
+void TSwissProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(formulas_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/conformal_sphere.h"
+#include "geomath/proj/methods/kernels/swiss_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -27,13 +27,13 @@ class GEOMATH_API TSwissProj : public TGeoProj {
   TSwissProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
   double L0() const { return lambda0_; }
-  void L0(double value) { lambda0_ = value; }
+  void L0(double value) { Set(lambda0_, value); }
   double B0() const { return phi0_; }
-  void B0(double value);
+  void B0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -44,14 +44,16 @@ class GEOMATH_API TSwissProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  double PointScale(double phi, double cosB, double cosBBar) const;
+  void Set(double& field, double value);
+  double PointScale(double phi, const SwissFormulas::Position& at) const;
   static std::span<const ParamRow<TSwissProj>> Params();
 
   double lambda0_, phi0_, fEast_, fNorth_;
-  ConformalSphere sphere_;
-  double sinB0_ = 0, cosB0_ = 1;  // of the central point's spherical latitude
+  SwissFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

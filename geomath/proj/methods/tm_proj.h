@@ -48,6 +48,7 @@ class GEOMATH_API TTMProj : public TGeoProj {
 
  private:
   void Set(double& field, double value);
+  double MaxNorthing() const;
   static std::span<const ParamRow<TTMProj>> Params();
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;

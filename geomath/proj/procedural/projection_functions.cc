@@ -141,9 +141,11 @@ struct TwoPointOM {
     if (!grid) return false;
     const double lambda0 = grid->Projection().lambda0;
     l = lambda0 + SetValue(l - lambda0, 1);
-    return grid->Forward(b, l, nullptr);
+    return grid->ForwardPoint(b, l, nullptr);
   }
-  bool InversePoint(double& n, double& e) const { return grid && grid->Inverse(n, e, nullptr); }
+  bool InversePoint(double& n, double& e) const {
+    return grid && grid->InversePoint(n, e, nullptr);
+  }
 };
 
 TwoPointOM OM2POf(const double* ellipsoid, const double* p) {

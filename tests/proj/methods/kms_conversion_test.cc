@@ -75,6 +75,20 @@ TEST_F(KmsConversionTest, ProjTMPreparesAndProjects) {
   ExpectChain(projTM_, 2 * (kPhi + 1e-3) + 117, kLambda - 117, {{0, 1}, {117, 1}});
 }
 
+TEST_F(KmsConversionTest, BatchesGoThroughTheHostsFunctions) {
+  for (TGeoProj* proj : {static_cast<TGeoProj*>(&projTM_), static_cast<TGeoProj*>(&trans_)}) {
+    double n = kPhi, e = kLambda, b = kPhi, l = kLambda;
+    ASSERT_TRUE(proj->Forward(n, e));
+    ASSERT_EQ(proj->ForwardBatch(&b, &l, 1), 1u);
+    EXPECT_EQ(b, n);
+    EXPECT_EQ(l, e);
+    ASSERT_TRUE(proj->Inverse(n, e));
+    ASSERT_EQ(proj->InverseBatch(&b, &l, 1), 1u);
+    EXPECT_EQ(b, n);
+    EXPECT_EQ(l, e);
+  }
+}
+
 TEST_F(KmsConversionTest, TransGoesThroughTheIntermediateSystem) {
   double n = kPhi + 1e-3, e = kLambda;
   ASSERT_TRUE(tm_.Forward(n, e));

@@ -61,4 +61,21 @@ void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, 
       });
 }
 
+/// A single point in the functions that the columns use, so that it gives the batch's bits; outside
+/// their domain in those of the standard library. For formulas where a unit in the last place of a
+/// function is more than the nanometre that a batch may differ by, or moves a stop rule.
+template <class Formulas>
+auto ForwardLikeColumns(const Formulas& formulas, double& b, double& l) {
+  return formulas.ServesForward(b, l)
+             ? formulas.template Forward<simd::Polynomial<simd::Baseline>>(b, l)
+             : formulas.template Forward<simd::Libm>(b, l);
+}
+
+template <class Formulas>
+auto InverseLikeColumns(const Formulas& formulas, double& n, double& e) {
+  return formulas.ServesInverse(n, e)
+             ? formulas.template Inverse<simd::Polynomial<simd::Baseline>>(n, e)
+             : formulas.template Inverse<simd::Libm>(n, e);
+}
+
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
@@ -24,6 +25,7 @@ struct TmFormulas {
   double invAK0;
   double sin0, cos0;      // of φ0
   double m1, m2, m3, m4;  // arc coefficients, in n
+  double maxNorthing;     // from φ0, metres, below which the corrections suffice
 
   /// A latitude on the way to the footpoint, and the arc that it still lacks, metres.
   struct Footpoint {
@@ -78,17 +80,12 @@ struct TmFormulas {
     return At<Math>(northing / aK0 + phi0, northing);
   }
 
-  /// C7 where the correction δ is below 0.03: sine and cosine of φ + δ by the addition theorems,
-  /// those of δ by their power series, whose first terms left out are below 1e-17.
-  GEOMATH_INLINE Footpoint Corrected(const Footpoint& f, double northing) const {
-    const double delta = f.rest * invAK0, delta2 = delta * delta;
-    const double sinD =
-        delta - delta * delta2 * (1.0 / 6 - delta2 * (1.0 / 120 - 1.0 / 5040 * delta2));
-    const double cosD1 =  // cos δ − 1
-        -delta2 * (1.0 / 2 - delta2 * (1.0 / 24 - 1.0 / 720 * delta2));
-    const double phi = f.phi + delta;
-    const double s = f.sinPhi + (f.sinPhi * cosD1 + f.cosPhi * sinD);
-    const double c = f.cosPhi + (f.cosPhi * cosD1 - f.sinPhi * sinD);
+  /// C7 for an arc of `rest` metres below 0.03 of the radius, without another sine. None changes
+  /// no bit.
+  GEOMATH_INLINE Footpoint Corrected(const Footpoint& f, double rest, double northing) const {
+    const double delta = rest * invAK0, phi = f.phi + delta;
+    double s = f.sinPhi, c = f.cosPhi;
+    AddSmallAngle<-1>(delta, s, c);
     return {phi, s, c, northing - ArcFromOrigin(phi, s, c)};
   }
 
@@ -115,14 +112,8 @@ struct TmFormulas {
   GEOMATH_INLINE void Inverse(double& n, double& e) const {
     const double northing = n - fNorth;
     Footpoint f = FirstFootpoint<Math>(northing);
-    for (int i = 0; i < kFootpointCorrections; ++i) {
-      const Footpoint next = Corrected(f, northing);
-      const bool keep = f.Settled();
-      f.phi = keep ? f.phi : next.phi;
-      f.sinPhi = keep ? f.sinPhi : next.sinPhi;
-      f.cosPhi = keep ? f.cosPhi : next.cosPhi;
-      f.rest = keep ? f.rest : next.rest;
-    }
+    for (int i = 0; i < kFootpointCorrections; ++i)
+      f = Corrected(f, f.Settled() ? 0.0 : f.rest, northing);
     FromFootpoint(f, n, e);
   }
 
@@ -132,13 +123,7 @@ struct TmFormulas {
     return latitude & longitude;
   }
 
-  /// A correction shrinks the arc that is lacking to at most e² of it, and the first guess lacks
-  /// at most e² of the northing: within half a turn (e²)⁵·N is below 0.5 mm, and δ below 0.03.
-  bool ServesInverse(double n, double) const {
-    constexpr double kMaxE2 = 0.0075;
-    const bool nearSphere = e2 >= 0 && e2 < kMaxE2;
-    return nearSphere && std::abs((n - fNorth) / aK0) < kPi && std::abs(phi0) < kPi;
-  }
+  bool ServesInverse(double n, double) const { return std::abs(n - fNorth) < maxNorthing; }
 };
 
 }  // namespace zel_cs::geomath

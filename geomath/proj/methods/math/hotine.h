@@ -1,10 +1,16 @@
 #pragma once
 
+#include <cmath>
+
+#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
-#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/hyperbolic.h"
 #include "geomath/proj/methods/math/latitude.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
+
+struct PointFactors;
 
 /// Hotine's oblique Mercator on plain numbers (Hotine 1946-47; Snyder 1987, pp. 66-75, alternate B;
 /// EPSG Guidance Note 7-2, methods 9812 and 9815): the ellipsoid onto the aposphere, and that onto
@@ -13,6 +19,14 @@ namespace zel_cs::geomath {
 ///
 /// Round trips close to 2e-15 rad away from the poles. Nothing fails: the two ends of the cylinder,
 /// where |U| = 1, give infinite coordinates.
+///
+/// Equation numbers are Snyder 1987. His Q, S, T, V, U are written with the isometric latitude ψ:
+///   Q = E/t^B = exp(B·ψ + C), C = ln E;  S = sinh(B·ψ + C), T = cosh(B·ψ + C);  V = sin(B·Δλ)
+/// and along = S·cos γ0 + V·sin γ0, across = S·sin γ0 − V·cos γ0, so that U = across/T and
+///   T² = across² + reach²,  reach² = along² + cos²(B·Δλ).
+/// Hence artanh U = ln((|across| + T)/reach) with the sign of across, without cancellation near
+/// |U| = 1, and cos(B·u/A) = cos(B·Δλ)/reach, which takes the singularity at B·Δλ = ±π/2 out of the
+/// point scale.
 class Hotine {
  public:
   /// The central line: its azimuth α at the centre, the scale on it, and the centre.
@@ -30,11 +44,67 @@ class Hotine {
   Hotine() = default;
   Hotine(const Ellipsoid& ell, const Line& line);
 
-  /// The longitude difference is not folded. `scale`, when given, receives the point scale.
-  Skew Forward(double phi, double lambda, double* scale = nullptr) const;
+  /// A position on both sides, and what takes the cylinder's scale to the point's.
+  struct Projected {
+    Skew skew;
+    double sinPhi, cosPhi, reach;
+  };
+  struct Unprojected {
+    Geographic geographic;
+    double reach;
+  };
+
+  /// The longitude difference is not folded.
+  template <class Math>
+  GEOMATH_INLINE Projected Project(double phi, double lambda) const {
+    double sinPhi, cosPhi, V, cosTurn;
+    Math::SinCos(phi, sinPhi, cosPhi);
+    const auto [S, T] =
+        HyperbolicPair<Math>(B * latitude_.Isometric<Math>(sinPhi, cosPhi) + C);  // 9-25, 9-26
+    Math::SinCos(B * (lambda - lambda0), V, cosTurn);                             // 9-28
+
+    const double along = S * cosGamma0 + V * sinGamma0;
+    const double across = S * sinGamma0 - V * cosGamma0;
+    const double reach = std::sqrt(along * along + cosTurn * cosTurn);
+    const double R = A / B;
+    return {{R * Math::Atan2(along, cosTurn), -R * Artanh<Math>(across, T, reach)},  // 9-31, 9-30
+            sinPhi,
+            cosPhi,
+            reach};
+  }
+
   /// The longitude is not folded. A point whose U′ rounds to ±1 is the pole, on the origin
   /// meridian; that is so within 7 cm of it.
-  Geographic Inverse(Skew point, double* scale = nullptr) const;
+  template <class Math>
+  GEOMATH_INLINE Unprojected Unproject(Skew point) const {
+    double V, cosTurn;
+    const auto [S, T] = HyperbolicPair<Math>(-point.v * (B / A));  // 9-42 to 9-44
+    Math::SinCos(point.u * (B / A), V, cosTurn);                   // 9-45
+
+    const double up = V * cosGamma0 + S * sinGamma0;
+    const double side = S * cosGamma0 - V * sinGamma0;
+    const double U = up / T;  // 9-46
+    const double reach = std::sqrt(side * side + cosTurn * cosTurn);
+    const double psi = (Artanh<Math>(up, T, reach) - C) / B;  // 9-47
+    const bool pole = std::abs(U) == 1;
+    const double phi = latitude_.FromIsometric<Math>(psi);           // 7-9
+    const double lambda = lambda0 - Math::Atan2(side, cosTurn) / B;  // 9-48
+    return {{pole ? std::copysign(kHalfPi, U) : phi, pole ? lambda0 : lambda},
+            pole ? cosTurn : reach};
+  }
+
+  /// Where the two hold in the functions of columns.
+  bool ServesForward(double phi, double lambda) const {
+    const bool latitude = std::abs(phi) < kHalfPi;
+    const bool longitude = std::abs(lambda - lambda0) < simd::kMaxAngle;
+    return ServesColumns() & latitude & longitude;
+  }
+  bool ServesInverse(Skew point) const {
+    constexpr double kFarAside = 30;  // isometric
+    const bool aside = std::abs(point.v * (B / A)) < kFarAside;
+    const bool ahead = std::abs(point.u * (B / A)) < simd::kMaxAngle;
+    return ServesColumns() & aside & ahead;
+  }
 
   /// Point scale of the aposphere's upright cylinder, A·√(1 − e²·sin²φ)/(a·cos φ).
   double CylinderScale(double sinPhi, double cosPhi) const;
@@ -47,6 +117,16 @@ class Hotine {
   double lambda0 = 0;    ///< longitude of the natural origin
 
  private:
+  // The constants are numbers: columns do not carry NaN through.
+  bool ServesColumns() const {
+    return latitude_.ServesColumns() & std::isfinite(C) & (cosGamma0 >= 0);
+  }
+
+  template <class Math>
+  static GEOMATH_INLINE double Artanh(double across, double T, double reach) {
+    return std::copysign(Math::Log((std::abs(across) + T) / reach), across);
+  }
+
   double a_ = 0, e2_ = 0;
   ConformalLatitude latitude_;
 };
@@ -65,17 +145,45 @@ class HotineGrid {
   HotineGrid() = default;
   HotineGrid(const Hotine& hotine, const Placement& placement);
 
-  /// The point conversions of a projection class, in place. Always true.
-  bool Forward(double& b, double& l, PointFactors* factors) const;
-  bool Inverse(double& n, double& e, PointFactors* factors) const;
+  /// The point conversions of a projection class, in place, and their formulas.
+  bool ForwardPoint(double& b, double& l, PointFactors* factors) const;
+  bool InversePoint(double& n, double& e, PointFactors* factors) const;
+
+  template <class Math>
+  GEOMATH_INLINE Hotine::Projected Forward(double& b, double& l) const {
+    const Hotine::Projected projected = hotine_.Project<Math>(b, l);
+    ToGrid(projected.skew, b, l);
+    return projected;
+  }
+  template <class Math>
+  GEOMATH_INLINE Hotine::Unprojected Inverse(double& n, double& e) const {
+    const Hotine::Unprojected unprojected = hotine_.Unproject<Math>(ToSkew(n, e));
+    n = unprojected.geographic.phi;
+    e = unprojected.geographic.lambda;
+    return unprojected;
+  }
+
+  /// Not on the origin meridian, for which a class may have a rule of its own.
+  bool ServesForward(double b, double l) const {
+    return hotine_.ServesForward(b, l) & (l != hotine_.lambda0);
+  }
+  bool ServesInverse(double n, double e) const { return hotine_.ServesInverse(ToSkew(n, e)); }
 
   /// Turns and shifts a skew point.
-  void ToGrid(Hotine::Skew point, double& n, double& e) const;
+  GEOMATH_INLINE void ToGrid(Hotine::Skew point, double& n, double& e) const {
+    const auto& [sinTurn, cosTurn, fNorth, fEast] = placement_;
+    n = point.u * cosTurn - point.v * sinTurn + fNorth;
+    e = point.u * sinTurn + point.v * cosTurn + fEast;
+  }
 
   const Hotine& Projection() const { return hotine_; }
 
  private:
-  Hotine::Skew ToSkew(double n, double e) const;
+  GEOMATH_INLINE Hotine::Skew ToSkew(double n, double e) const {
+    const auto& [sinTurn, cosTurn, fNorth, fEast] = placement_;
+    const double y = n - fNorth, x = e - fEast;
+    return {y * cosTurn + x * sinTurn, x * cosTurn - y * sinTurn};
+  }
 
   Hotine hotine_;
   Placement placement_{0, 1, 0, 0};

@@ -1,6 +1,6 @@
 #pragma once
 
-#include <cmath>
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 
@@ -10,8 +10,9 @@ struct SinhCosh {
 
 /// Hyperbolic sine and cosine of one argument from one exponential: absolute accuracy a few units in
 /// the last place of the cosine, so that the sine of a small argument loses relative digits.
-inline SinhCosh HyperbolicPair(double x) {
-  const double grow = std::exp(x), decay = 1 / grow;
+template <class Math = simd::Libm>
+GEOMATH_INLINE SinhCosh HyperbolicPair(double x) {
+  const double grow = Math::Exp(x), decay = 1 / grow;
   return {(grow - decay) / 2, (grow + decay) / 2};
 }
 

@@ -20,6 +20,20 @@ GEOMATH_INLINE double ClenshawSin(const double (&c)[N], double sinTheta, double 
   return b1 * sinTheta;
 }
 
+/// Sine and cosine of x become those of x + delta (`kSign` −1), or the hyperbolic ones do (+1), by
+/// the addition theorems. For |delta| < 0.03, where the first neglected terms of the power series of
+/// delta's own are below 1e-17.
+template <int kSign>
+GEOMATH_INLINE void AddSmallAngle(double delta, double& sine, double& cosine) {
+  static_assert(kSign == 1 || kSign == -1);
+  const double z = kSign * (delta * delta);
+  const double odd = delta + delta * z * (1.0 / 6 + z * (1.0 / 120 + 1.0 / 5040 * z));
+  const double evenLess1 = z * (1.0 / 2 + z * (1.0 / 24 + 1.0 / 720 * z));
+  const double s = sine, c = cosine;
+  sine = s + (s * evenLess1 + c * odd);
+  cosine = c + (c * evenLess1 + kSign * (s * odd));
+}
+
 /// Sine and cosine of the real part of an angle, hyperbolic ones of its imaginary part.
 struct ComplexAngle {
   double sin, cos, sinh, cosh;

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/simd/elementary.h"
+
+namespace zel_cs::geomath {
+
+/// TMercatorProj with its constants prepared. Equation numbers are Snyder 1987.
+struct MercatorFormulas {
+  ConformalLatitude latitude;
+  double lambda0, fEast, fNorth;
+  double aK0;  // radius of the equator on the map, metres
+
+  template <class Math>
+  GEOMATH_INLINE void Forward(double& b, double& l) const {
+    double s, c;
+    Math::SinCos(b, s, c);
+    b = fNorth + aK0 * latitude.Isometric<Math>(s, c);  // 7-7
+    l = fEast + aK0 * FoldTurn(l - lambda0);            // 7-6
+  }
+
+  template <class Math>
+  GEOMATH_INLINE void Inverse(double& n, double& e) const {
+    n = latitude.FromIsometric<Math>((n - fNorth) / aK0);  // 7-9
+    e = lambda0 + (e - fEast) / aK0;                       // 7-12
+  }
+
+  bool ServesForward(double b, double) const {
+    return latitude.ServesColumns() & (std::abs(b) < kHalfPi);
+  }
+  bool ServesInverse(double n, double) const {
+    return latitude.ServesColumns() & std::isfinite((n - fNorth) / aK0);
+  }
+};
+
+}  // namespace zel_cs::geomath
