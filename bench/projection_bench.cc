@@ -26,6 +26,8 @@ std::shared_ptr<TGeoProj> Make(Args... args) {
   return std::make_shared<Projection>(args...);
 }
 
+constexpr const char* kZone32 = "+proj=tmerc +lon_0=9 +k_0=0.9996 +x_0=500000 +ellps=WGS84";
+
 const std::vector<Row>& Rows() {
   static const std::vector<Row> rows = {
       {"lambert",
@@ -47,6 +49,32 @@ const std::vector<Row>& Rows() {
        8},
       {"krovak", Make<TKrovakProj>(),
        "+proj=krovak +lat_0=49.5 +lon_0=24.83333333333333 +k=0.9999 +ellps=WGS84", 48, 12, 51, 22},
+      {"transverse mercator", Make<TTMProj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0),
+       kZone32, -80, 6, 80, 12},
+      {"transverse mercator, 1983",
+       Make<TSPC_TM83Proj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0, 0), kZone32, -80, 6,
+       80, 12},
+      {"transverse mercator, danish",
+       Make<TDenmarkTMProj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0), kZone32, 50, 4,
+       60, 16},
+      {"oblique mercator",
+       Make<TOMercatorProj>(kWgs84A, kWgs84InvF, 30 * kDeg, 0.9996, 10 * kDeg, 47 * kDeg, 0, 0),
+       "+proj=omerc +no_uoff +alpha=30 +lonc=10 +lat_0=47 +k_0=0.9996 +ellps=WGS84", 37, 0, 57, 20},
+      {"rectified skew orthomorphic", Make<TRSOProj>(),
+       "+proj=omerc +no_uoff +alpha=-36.97420943711801 +gamma=-36.86989764584402 +lonc=102.25 "
+       "+lat_0=4 +k_0=0.99984 +x_0=804671.2996 +ellps=WGS84",
+       1, 99, 7, 105},
+      {"swiss",
+       Make<TSwissProj>(6377397.155, 299.1528128, (7 + 26 / 60.0 + 22.5 / 3600) * kDeg,
+                        (46 + 57 / 60.0 + 8.66 / 3600) * kDeg, 2600000, 1200000),
+       "+proj=somerc +lat_0=46.952405555555555 +lon_0=7.439583333333333 +x_0=2600000 +y_0=1200000 "
+       "+ellps=bessel",
+       45.5, 5.5, 48, 10.5},
+      {"cassini", Make<TCassiniProj>(kWgs84A, kWgs84InvF, 2 * kDeg, 103 * kDeg, 0, 0, 0),
+       "+proj=cass +lat_0=2 +lon_0=103 +ellps=WGS84", -1, 101.5, 5, 104.5},
+      {"mercator", Make<TMercatorProj>(kWgs84A, kWgs84InvF, 51 * kDeg, 42 * kDeg, 0, 0),
+       "+proj=merc +lat_ts=42 +lon_0=51 +ellps=WGS84", -80, -100, 80, 200},
+      {"new zealand map grid", Make<TNZMGProj>(), "+proj=nzmg", -47, 166.5, -34.5, 178.5},
   };
   return rows;
 }

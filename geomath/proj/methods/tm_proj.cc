@@ -61,6 +61,10 @@ bool TTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) co
 
 void TTMProj::Prepare() {
   const double n = ell_.n, n2 = n * n, n3 = n2 * n;
+  const double m2 = 3 * n + 3 * n2 + 21.0 / 8 * n3;
+  const double m3 = 15.0 / 8 * (n2 + n3);
+  const double m4 = 35.0 / 24 * n3;
+  const CosinePowerSeries arc(-m2 / 2, m3 / 2, -m4 / 2, 0);
   formulas_ = {.lambda0 = lambda0_,
                .phi0 = phi0_,
                .fEast = fEast_,
@@ -70,12 +74,9 @@ void TTMProj::Prepare() {
                .aK0 = ell_.a * k0_,
                .bK0 = ell_.b * k0_,
                .invAK0 = 1 / (ell_.a * k0_),
-               .sin0 = std::sin(phi0_),
-               .cos0 = std::cos(phi0_),
                .m1 = 1 + n + 5.0 / 4 * n2 + 5.0 / 4 * n3,
-               .m2 = 3 * n + 3 * n2 + 21.0 / 8 * n3,
-               .m3 = 15.0 / 8 * (n2 + n3),
-               .m4 = 35.0 / 24 * n3,
+               .arc = arc,
+               .arcTerms0 = arc(0, std::sin(phi0_), std::cos(phi0_)),
                .maxNorthing = MaxNorthing()};
 }
 

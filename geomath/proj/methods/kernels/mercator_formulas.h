@@ -29,10 +29,10 @@ struct MercatorFormulas {
   }
 
   bool ServesForward(double b, double) const {
-    return latitude.ServesColumns() & (std::abs(b) < kHalfPi);
+    return latitude.ServesColumns() && std::abs(b) < kHalfPi;
   }
   bool ServesInverse(double n, double) const {
-    return latitude.ServesColumns() & std::isfinite((n - fNorth) / aK0);
+    return latitude.ServesColumns() && std::isfinite((n - fNorth) / aK0);
   }
 };
 

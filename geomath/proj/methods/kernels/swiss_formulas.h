@@ -63,12 +63,12 @@ struct SwissFormulas {
   }
 
   /// Not with a pole in the centre, whose constants are no numbers.
-  bool ServesColumns() const { return sphere.ServesColumns() & (std::abs(sphere.chi0) < kHalfPi); }
+  bool ServesColumns() const { return sphere.ServesColumns() && std::abs(sphere.chi0) < kHalfPi; }
 
   bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < kHalfPi;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
-    return ServesColumns() & latitude & longitude;
+    return ServesColumns() && latitude && longitude;
   }
 
   /// Short of the poles, where the logarithm meets its limits.
@@ -76,7 +76,7 @@ struct SwissFormulas {
     constexpr double kFarNorth = 30;  // isometric
     const bool north = std::abs((n - fNorth) / sphere.R) < kFarNorth;
     const bool east = std::abs((e - fEast) / sphere.R) < simd::kMaxAngle;
-    return ServesColumns() & north & east;
+    return ServesColumns() && north && east;
   }
 };
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"
 
@@ -23,8 +24,9 @@ struct TmFormulas {
   double invAxes2;  // 1/(1 − e²)
   double aK0, bK0;  // scaled semi-axes, metres
   double invAK0;
-  double sin0, cos0;      // of φ0
-  double m1, m2, m3, m4;  // arc coefficients, in n
+  double m1;              // arc of a unit of latitude over bK0
+  CosinePowerSeries arc;  // adds the terms in sin 2φ, sin 4φ, sin 6φ
+  double arcTerms0;       // those of φ0
   double maxNorthing;     // from φ0, metres, below which the corrections suffice
 
   /// A latitude on the way to the footpoint, and the arc that it still lacks, metres.
@@ -34,13 +36,9 @@ struct TmFormulas {
     GEOMATH_INLINE bool Settled() const { return !(std::abs(rest) >= kFootpointTolerance); }
   };
 
-  // C3. Sines and cosines of multiples of φ − φ0 and φ + φ0 come from those of φ and φ0.
+  /// C3 with its products as differences, sin(φ − φ0)·cos(φ + φ0) = (sin 2φ − sin 2φ0)/2 and so on.
   GEOMATH_INLINE double ArcFromOrigin(double phi, double sinPhi, double cosPhi) const {
-    const double sinD = sinPhi * cos0 - cosPhi * sin0, cosD = cosPhi * cos0 + sinPhi * sin0;
-    const double sinS = sinPhi * cos0 + cosPhi * sin0, cosS = cosPhi * cos0 - sinPhi * sin0;
-    const double sin2D = 2 * sinD * cosD, cos2S = cosS * cosS - sinS * sinS;
-    const double sin3D = sinD * (3 - 4 * sinD * sinD), cos3S = cosS * (4 * cosS * cosS - 3);
-    return bK0 * (m1 * (phi - phi0) - m2 * sinD * cosS + m3 * sin2D * cos2S - m4 * sin3D * cos3S);
+    return bK0 * (arc(m1 * (phi - phi0), sinPhi, cosPhi) - arcTerms0);
   }
 
   template <class Math>

@@ -97,13 +97,13 @@ class Hotine {
   bool ServesForward(double phi, double lambda) const {
     const bool latitude = std::abs(phi) < kHalfPi;
     const bool longitude = std::abs(lambda - lambda0) < simd::kMaxAngle;
-    return ServesColumns() & latitude & longitude;
+    return ServesColumns() && latitude && longitude;
   }
   bool ServesInverse(Skew point) const {
     constexpr double kFarAside = 30;  // isometric
     const bool aside = std::abs(point.v * (B / A)) < kFarAside;
     const bool ahead = std::abs(point.u * (B / A)) < simd::kMaxAngle;
-    return ServesColumns() & aside & ahead;
+    return ServesColumns() && aside && ahead;
   }
 
   /// Point scale of the aposphere's upright cylinder, A·√(1 − e²·sin²φ)/(a·cos φ).
@@ -119,7 +119,7 @@ class Hotine {
  private:
   // The constants are numbers: columns do not carry NaN through.
   bool ServesColumns() const {
-    return latitude_.ServesColumns() & std::isfinite(C) & (cosGamma0 >= 0);
+    return latitude_.ServesColumns() && std::isfinite(C) && cosGamma0 >= 0;
   }
 
   template <class Math>
@@ -165,7 +165,7 @@ class HotineGrid {
 
   /// Not on the origin meridian, for which a class may have a rule of its own.
   bool ServesForward(double b, double l) const {
-    return hotine_.ServesForward(b, l) & (l != hotine_.lambda0);
+    return hotine_.ServesForward(b, l) && l != hotine_.lambda0;
   }
   bool ServesInverse(double n, double e) const { return hotine_.ServesInverse(ToSkew(n, e)); }
 

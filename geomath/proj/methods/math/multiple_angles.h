@@ -11,8 +11,8 @@ namespace zel_cs::geomath {
 template <std::size_t N>
 GEOMATH_INLINE double ClenshawSin(const double (&c)[N], double sinTheta, double cosTheta) {
   const double twoCos = 2 * cosTheta;
-  double b1 = 0, b2 = 0;
-  for (std::size_t j = N; j-- > 0;) {
+  double b1 = c[N - 1], b2 = 0;
+  for (std::size_t j = N - 1; j-- > 0;) {
     const double b = c[j] + twoCos * b1 - b2;
     b2 = b1;
     b1 = b;
@@ -43,12 +43,12 @@ struct ComplexSum {
   double real, imag;
 };
 
-/// Σ c[j]·sin((j + 1)·ζ) of a complex angle ζ by the same recurrence.
+/// Σ c[j]·sin((j + 1)·ζ) of a complex angle ζ by the same recurrence, at least two terms.
 template <std::size_t N>
 GEOMATH_INLINE ComplexSum ClenshawSin(const double (&c)[N], const ComplexAngle& zeta) {
   const double hr = 2 * zeta.cos * zeta.cosh, hi = -2 * zeta.sin * zeta.sinh;  // 2·cos ζ
-  double r1 = 0, i1 = 0, r2 = 0, i2 = 0;
-  for (std::size_t j = N; j-- > 0;) {
+  double r1 = c[N - 2] + hr * c[N - 1], i1 = hi * c[N - 1], r2 = c[N - 1], i2 = 0;
+  for (std::size_t j = N - 2; j-- > 0;) {
     const double r = c[j] + hr * r1 - hi * i1 - r2;
     const double i = hi * r1 + hr * i1 - i2;
     r2 = r1;
