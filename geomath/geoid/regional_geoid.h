@@ -59,8 +59,8 @@ class GEOMATH_API RegionalGeoid {
 
   /// Heights of `count` points (latitude, longitude, height; the height is not used). A point
   /// counts as inside up to half a step beyond the outer nodes, also after a full turn of its
-  /// longitude; its angles are first cut down to multiples of 1e-12 rad. A height of 999 m or more
-  /// is none. Returns 0 when every point got a height, kAllOutside when every point lies outside
+  /// longitude; its angles are first cut down to multiples of 1e-12 rad. A height of 999 m or more,
+  /// of either sign, is none. Returns 0 when every point got a height, kAllOutside when every point lies outside
   /// (also when there is none), else kSomeWithoutHeight when one lies outside or got none, and
   /// kGeoidFailed without data or when the interpolation failed, which ends the query.
   long CountHeight(const TAbstractPoint3<double>* points, double* heights, int count) const;
