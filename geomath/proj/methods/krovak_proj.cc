@@ -3,17 +3,11 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
-// Symbols of EPSG Guidance Note 7-2, method 9819:
-//   U V  latitude on the conformal sphere and longitude from the centre on it
-//   S D  the same about the pole of the cone's axis, whose co-latitude is π/2 − Uq
-//   θ ρ  polar coordinates on the cone, θ = n·D
 namespace zel_cs::geomath {
 namespace {
-
-constexpr double kLatitudeTolerance = 1e-15;
-constexpr int kMaxLatitudeSteps = 102;  // the counter of the method starts at 0 and may reach 101
 
 constexpr unsigned char kConstructedDirection = 0x81;
 constexpr unsigned char kSouthWestDirection = 0x84;
@@ -24,8 +18,6 @@ constexpr double kFerro = 0.3083415011856649;   // 17°40′ west of Greenwich
 constexpr double kPole = 1.042168563804743;     // 59°42′42.69689″
 constexpr double kPseudo = 1.3700834628155487;  // 78°30′
 constexpr double kScale = 0.9999;
-
-double CosFromSin(double s) { return std::sqrt((1 - s) * (1 + s)); }
 
 }  // namespace
 
@@ -116,39 +108,24 @@ void TKrovakProj::Prepare() {
 
 void TKrovakProj::PrepareLongitude() { lambdaC_ = lambda0_ - dLon_; }
 
-bool TKrovakProj::ForwardPoint(double& b, double& l, PointFactors*) const {
-  const double phi = b, lambda = l;
-  const SinCos U = sphere_.Latitude(std::sin(phi), std::cos(phi));
-  const double V = sphere_.alpha * (lambdaC_ - lambda);
-  const double sinS = sinUq_ * U.sin + cosUq_ * U.cos * std::cos(V);
-  const double cosS = CosFromSin(sinS);
-  const double D = std::asin(U.cos * std::sin(V) / cosS);
-  const double theta = n_ * D;
-  const double rho = coneFactor_ * std::pow(cosS / (1 + sinS), n_);
+KrovakFormulas TKrovakProj::Formulas() const {
+  return {sphere_, lambdaC_, sinUq_, cosUq_, n_, coneFactor_};
+}
 
-  b = rho * std::cos(theta);
-  l = rho * std::sin(theta);
-  return true;
+bool TKrovakProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+  return ForwardOne(Formulas(), b, l);
 }
 
 bool TKrovakProj::InversePoint(double& n, double& e, PointFactors*) const {
-  const double x = n, y = e;
-  const double D = std::atan(y / x) / n_;
-  const double rho = std::sqrt(x * x + y * y);
-  const double tanS = std::pow(coneFactor_ / rho, 1 / n_);  // tan(S/2 + π/4)
-  const double cosS = 2 / (tanS + 1 / tanS), sinS = (tanS - 1 / tanS) / (tanS + 1 / tanS);
+  return InverseOne(Formulas(), n, e);
+}
 
-  const double sinU = sinUq_ * sinS - cosUq_ * cosS * std::cos(D);
-  const SinCos U{sinU, CosFromSin(sinU)};
-  const double V = std::asin(cosS * std::sin(D) / U.cos);
-  double phi = std::asin(sinU);
-  // Kept: the sphere's equator itself is taken for the ellipsoid's.
-  if (std::abs(phi) > kLatitudeTolerance &&
-      !sphere_.Geodetic(U, kLatitudeTolerance, kMaxLatitudeSteps, phi))
-    return false;
-  n = phi;
-  e = lambdaC_ - V / sphere_.alpha;
-  return true;
+void TKrovakProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(Formulas(), *this, b, l, count);
+}
+
+void TKrovakProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(Formulas(), *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/krovak_formulas.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
 #include "geomath/proj/param_table.h"
 
@@ -58,9 +59,12 @@ class GEOMATH_API TKrovakProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
   void PrepareLongitude();
+  KrovakFormulas Formulas() const;
   static std::span<const ParamRow<TKrovakProj>> Params();
 
   double phi0_, lambda0_, dLon_, uq_, s0_, k0_, fEast_, fNorth_;
