@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/albers_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -29,13 +30,13 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
   double NorthLat() const { return phiN_; }
   void NorthLat(double value);
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value);
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value);
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value);
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -46,19 +47,14 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  double AuthalicQ(double sinPhi) const;
-  bool LatitudeFromQ(double q, double& phi) const;
   static std::span<const ParamRow<TAlbersEAConicProj>> Params();
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_;
-
-  double n_;            // cone constant
-  double C_;            // m1² + n·q1
-  double rho0_;         // radius of the origin latitude, metres
-  double qPole_;        // q at the north pole
-  double authalic_[3];  // authalic to geodetic latitude, of sin 2β …
+  AlbersFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -44,6 +44,14 @@ GEOMATH_INLINE SinCos Gudermannian(double psi) {
   return {std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor};
 }
 
+/// artanh(e·s)/e for |s| ≤ 1 by its power series in e², s itself on the sphere; for ellipsoids of the
+/// Earth's flattening, where the first term left out is below 1e-15 of the result.
+GEOMATH_INLINE double ArtanhOverE(double s, double e2) {
+  constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
+  const double x = e2 * (s * s);
+  return s * (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
+}
+
 /// Geodetic latitude φ, conformal latitude χ and isometric latitude ψ = artanh(sin χ) of one
 /// ellipsoid, its constants prepared once. All results are good to a few units in the last place
 /// of one radian (of ψ itself where that is larger), poles and equator included.
@@ -111,10 +119,7 @@ class ConformalLatitude {
   GEOMATH_INLINE double Excess(double s) const {
     if constexpr (!Math::kColumns)
       if (!nearSphere_) return FlatExcess(s);
-    const double x = e2_ * (s * s);
-    constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
-    return e2_ * s *
-           (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
+    return e2_ * ArtanhOverE(s, e2_);
   }
 
   // The T of the addition theorem; near the sphere by the power series of the hyperbolic tangent,

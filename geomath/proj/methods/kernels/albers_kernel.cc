@@ -1,0 +1,5 @@
+#include "geomath/proj/methods/kernels/albers_formulas.h"
+#include "geomath/proj/methods/kernels/projection_kernel_loops.h"
+
+template struct zel_cs::geomath::ProjectionKernel<zel_cs::geomath::simd::GEOMATH_KERNEL_TARGET,
+                                                  zel_cs::geomath::AlbersFormulas>;
