@@ -49,8 +49,8 @@ bool DoubleStereographic::ServesForward(double phi, double lambda) const {
 
 bool DoubleStereographic::ServesInverse(double north, double east) const {
   constexpr double kLargest = 1e50;  // metres
-  const bool moderate = (std::abs(north) < kLargest) & (std::abs(east) < kLargest);
-  return moderate & servesColumns_;
+  const bool northing = std::abs(north) < kLargest, easting = std::abs(east) < kLargest;
+  return northing & easting & servesColumns_;
 }
 
 }  // namespace zel_cs::geomath
