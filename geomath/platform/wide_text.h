@@ -27,6 +27,7 @@ class GEOMATH_API WideText {
 
   /// The text, owned by this object, or null.
   wchar_t* Get() const { return text_.get(); }
+  operator const wchar_t*() const { return text_.get(); }
 
   /// Stores a copy. The argument may point into the text that is stored now.
   void Set(const wchar_t* text) { text_ = Owner(DuplicateWide(text)); }
