@@ -1,5 +1,7 @@
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <filesystem>
@@ -32,8 +34,7 @@ class TemporaryFile {
   explicit TemporaryFile(const std::string& text) {
     static int count = 0;
     path_ = (std::filesystem::temp_directory_path() /
-             ("geomath_cof_" + std::to_string(reinterpret_cast<std::uintptr_t>(this)) + "_" +
-              std::to_string(std::hash<std::string>{}(text)) + "_" + std::to_string(count++)))
+             ("geomath_cof_" + std::to_string(getpid()) + "_" + std::to_string(count++)))
                 .string();
     std::ofstream(path_, std::ios::binary) << text;
   }

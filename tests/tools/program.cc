@@ -6,9 +6,12 @@
 
 #include <fstream>
 #include <sstream>
+#include <string>
 
 ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments) {
-  const auto out = directory / "stdout.txt", err = directory / "stderr.txt";
+  // Tests run side by side, each in a process of its own, and may share a directory.
+  const std::string own = std::to_string(getpid()) + ".txt";
+  const auto out = directory / ("stdout_" + own), err = directory / ("stderr_" + own);
   const std::string command = "cd '" + directory.string() + "' && exec '" GEOMATH_PROGRAM "' " +
                               arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
   const pid_t child = fork();
@@ -19,8 +22,11 @@ ProgramRun RunProgram(const std::filesystem::path& directory, const std::string&
   int status = 0;
   rusage usage{};
   wait4(child, &status, 0, &usage);
-  return {WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(out), ReadText(err),
-          usage.ru_maxrss};
+  ProgramRun run{WIFEXITED(status) ? WEXITSTATUS(status) : -1, ReadText(out), ReadText(err),
+                 usage.ru_maxrss};
+  std::filesystem::remove(out);
+  std::filesystem::remove(err);
+  return run;
 }
 
 std::string ReadText(const std::filesystem::path& path) {
