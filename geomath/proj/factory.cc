@@ -53,7 +53,7 @@ TGeoProj* MakeDefault(double, double) {
   return new Proj;
 }
 
-/// Kept: the placeholders put 1 into the slot of the southern parallel and 0 into the scale.
+/// Kept: the default values put 1 into the slot of the southern parallel and 0 into the scale.
 template <class Proj>
 TGeoProj* MakeCounty(double a, double f) {
   return new Proj(a, f, 0, 0, 0, 1.0, 0, 0, 0, kWgs84Axis, kWgs84Axis, 0, 0, 0);
@@ -74,7 +74,7 @@ constexpr ProjFactoryRow kRows[] = {
      [](double a, double f) { return Make<TSPC_TM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
     {L"OM83", ProjTypeSPC_OM83,
      [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
-    // Kept: the placeholder of the northern parallel is 1 radian.
+    // Kept: the northern parallel starts as 1 radian.
     {L"LC83", ProjTypeSPC_LC83,
      [](double a, double f) { return Make<TSPC_LC83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
     {L"LA_MW", ProjTypeMinnesota_LA, MakeCounty<TMinnesota_LAProj>},

@@ -24,7 +24,7 @@ constexpr char kCounty[] =
     "ObliqueAngle,GeoidHeight";
 
 // The names that parameter files carry, in the order of registration, with one letter for the type
-// and one for the specification of each parameter.
+// and one for what SpecifyParam says of each parameter.
 const struct Kind {
   const wchar_t* key;
   int code, count;

@@ -4,7 +4,7 @@
 
 namespace zel_cs::geomath {
 
-CountyParams CountyParams::Placeholders() {
+CountyParams CountyParams::NotSetUp() {
   return {.lonOrigin = 0,
           .latOrigin = 0,
           .northStdP = 0,

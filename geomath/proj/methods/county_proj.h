@@ -18,9 +18,9 @@ struct CountyParams {
   double obliqueAngle;
   double geoidHeight;
 
-  /// The placeholders of a county grid that nobody has set up: 1 for the southern parallel, the
+  /// The values of a county grid that nobody has set up: 1 for the southern parallel, the
   /// WGS84 major axis for both design axes (a sphere), 0 for the rest.
-  static CountyParams Placeholders();
+  static CountyParams NotSetUp();
 };
 
 /// What the county grids of Minnesota and Wisconsin share (county coordinate systems of the state

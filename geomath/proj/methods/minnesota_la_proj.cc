@@ -9,7 +9,7 @@
 namespace zel_cs::geomath {
 
 TMinnesota_LAProj::TMinnesota_LAProj()
-    : CountyProj(ProjTypeMinnesota_LA, kWgs84A, kWgs84InvF, CountyParams::Placeholders()) {
+    : CountyProj(ProjTypeMinnesota_LA, kWgs84A, kWgs84InvF, CountyParams::NotSetUp()) {
   TMinnesota_LAProj::Prepare();
 }
 

@@ -20,7 +20,7 @@ namespace zel_cs::geomath {
 /// not the convergence.
 class GEOMATH_API TMinnesota_LAProj : public CountyProj {
  public:
-  /// WGS84 and CountyParams::Placeholders.
+  /// WGS84 and CountyParams::NotSetUp.
   TMinnesota_LAProj();
   TMinnesota_LAProj(double a, double invF, double lonOrigin, double latOrigin, double northStdP,
                     double southStdP, double scale, double fNorth, double fEast, double desElA,

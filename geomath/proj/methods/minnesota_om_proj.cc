@@ -8,7 +8,7 @@
 namespace zel_cs::geomath {
 
 TMinnesota_OMProj::TMinnesota_OMProj()
-    : CountyProj(ProjTypeMinnesota_OM, kWgs84A, kWgs84InvF, CountyParams::Placeholders()) {
+    : CountyProj(ProjTypeMinnesota_OM, kWgs84A, kWgs84InvF, CountyParams::NotSetUp()) {
   TMinnesota_OMProj::Prepare();
 }
 

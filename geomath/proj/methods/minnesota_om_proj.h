@@ -17,7 +17,7 @@ namespace zel_cs::geomath {
 /// Domain, failure (none), accuracy and the stored point scale as in HotineProj.
 class GEOMATH_API TMinnesota_OMProj : public CountyProj {
  public:
-  /// WGS84 and CountyParams::Placeholders.
+  /// WGS84 and CountyParams::NotSetUp.
   TMinnesota_OMProj();
   TMinnesota_OMProj(double a, double invF, double lonOrigin, double latOrigin, double northStdP,
                     double southStdP, double scale, double fNorth, double fEast, double desElA,

@@ -7,7 +7,7 @@
 namespace zel_cs::geomath {
 
 TMinnesota_TMProj::TMinnesota_TMProj()
-    : CountyProj(ProjTypeMinnesota_TM, kWgs84A, kWgs84InvF, CountyParams::Placeholders()),
+    : CountyProj(ProjTypeMinnesota_TM, kWgs84A, kWgs84InvF, CountyParams::NotSetUp()),
       tm_(CountySeries()) {}
 
 TMinnesota_TMProj::TMinnesota_TMProj(double a, double invF, double lonOrigin, double latOrigin,

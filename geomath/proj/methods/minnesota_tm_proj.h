@@ -20,7 +20,7 @@ namespace zel_cs::geomath {
 /// northern hemisphere.
 class GEOMATH_API TMinnesota_TMProj : public CountyProj {
  public:
-  /// WGS84 and CountyParams::Placeholders.
+  /// WGS84 and CountyParams::NotSetUp.
   TMinnesota_TMProj();
   TMinnesota_TMProj(double a, double invF, double lonOrigin, double latOrigin, double northStdP,
                     double southStdP, double scale, double fNorth, double fEast, double desElA,

@@ -22,7 +22,7 @@ namespace zel_cs::geomath {
 /// northern hemisphere (geodetic azimuth = grid azimuth + convergence).
 class GEOMATH_API TSPC_LC83Proj : public TGeoProj {
  public:
-  /// WGS84 and the placeholders that the factory gives: northern parallel 1 radian, all others 0.
+  /// WGS84 and the values that the factory gives: northern parallel 1 radian, all others 0.
   /// Kept: its kind is 0.
   TSPC_LC83Proj();
   TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0, double lat0,

@@ -54,23 +54,27 @@ class Hotine {
     double reach;
   };
 
-  /// The longitude difference is not folded.
+  /// The longitude difference is not folded. All of S, T, V and cos(B·Δλ) are taken 2Q-fold, which
+  /// leaves both coordinates as they are and saves the division of 1/Q.
   template <class Math>
   GEOMATH_INLINE Projected Project(double phi, double lambda) const {
     double sinPhi, cosPhi, V, cosTurn;
     Math::SinCos(phi, sinPhi, cosPhi);
-    const auto [S, T] =
-        HyperbolicPair<Math>(B * latitude_.Isometric<Math>(sinPhi, cosPhi) + C);  // 9-25, 9-26
-    Math::SinCos(B * (lambda - lambda0), V, cosTurn);                             // 9-28
+    const double Q = Math::Exp(B * latitude_.Isometric<Math>(sinPhi, cosPhi) + C);  // 9-25
+    const double S2 = Q * Q - 1, T2 = Q * Q + 1, twice = 2 * Q;                     // 9-26, 9-27
+    Math::SinCos(B * (lambda - lambda0), V, cosTurn);                               // 9-28
 
-    const double along = S * cosGamma0 + V * sinGamma0;
-    const double across = S * sinGamma0 - V * cosGamma0;
-    const double reach = std::sqrt(along * along + cosTurn * cosTurn);
+    const double V2 = twice * V, cosTurn2 = twice * cosTurn;
+    const double along = S2 * cosGamma0 + V2 * sinGamma0;
+    const double across = S2 * sinGamma0 - V2 * cosGamma0;
+    const double reachSq = along * along + cosTurn2 * cosTurn2;
+    const double sum = std::abs(across) + T2;
+    const double twiceArtanh = std::copysign(Math::Log(sum * sum / reachSq), across);
     const double R = A / B;
-    return {{R * Math::Atan2(along, cosTurn), -R * Artanh<Math>(across, T, reach)},  // 9-31, 9-30
+    return {{R * Math::Atan2(along, cosTurn2), -R / 2 * twiceArtanh},  // 9-31, 9-30
             sinPhi,
             cosPhi,
-            reach};
+            std::sqrt(reachSq) / twice};
   }
 
   /// The longitude is not folded. A point whose U′ rounds to ±1 is the pole, on the origin
@@ -97,13 +101,13 @@ class Hotine {
   bool ServesForward(double phi, double lambda) const {
     const bool latitude = std::abs(phi) < kHalfPi;
     const bool longitude = std::abs(lambda - lambda0) < simd::kMaxAngle;
-    return ServesColumns() && latitude && longitude;
+    return latitude & longitude & ServesColumns();
   }
   bool ServesInverse(Skew point) const {
     constexpr double kFarAside = 30;  // isometric
     const bool aside = std::abs(point.v * (B / A)) < kFarAside;
     const bool ahead = std::abs(point.u * (B / A)) < simd::kMaxAngle;
-    return ServesColumns() && aside && ahead;
+    return aside & ahead & ServesColumns();
   }
 
   /// Point scale of the aposphere's upright cylinder, A·√(1 − e²·sin²φ)/(a·cos φ).
@@ -119,7 +123,8 @@ class Hotine {
  private:
   // The constants are numbers: columns do not carry NaN through.
   bool ServesColumns() const {
-    return latitude_.ServesColumns() && std::isfinite(C) && cosGamma0 >= 0;
+    const bool isNumber = C - C == 0, hasAzimuth = cosGamma0 >= 0;
+    return isNumber & hasAzimuth & latitude_.ServesColumns();
   }
 
   template <class Math>
@@ -165,7 +170,8 @@ class HotineGrid {
 
   /// Not on the origin meridian, for which a class may have a rule of its own.
   bool ServesForward(double b, double l) const {
-    return hotine_.ServesForward(b, l) && l != hotine_.lambda0;
+    const bool offMeridian = l != hotine_.lambda0;
+    return offMeridian & hotine_.ServesForward(b, l);
   }
   bool ServesInverse(double n, double e) const { return hotine_.ServesInverse(ToSkew(n, e)); }
 
