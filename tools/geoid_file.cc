@@ -125,6 +125,8 @@ class GridGeoid : public LoadedGeoid {
     int marked = 0, scaled = 0, shifted = 0;
     const auto noData = static_cast<float>(band.GetNoDataValue(&marked));
     const double scale = band.GetScale(&scaled), offset = band.GetOffset(&shifted);
+    if (scaled && (scale == 0 || !std::isfinite(scale)))
+      Refuse(fmt::format("its scale factor is {}: no height can be told from it", scale));
     for (float& z : nodes_) {
       const bool hole = (marked && z == noData) || !std::isfinite(z);
       const double metres = (scaled ? scale : 1) * z + (shifted ? offset : 0);

@@ -50,7 +50,7 @@ class Geoid : public ::testing::Test {
 
   // A grid of 11 by 13 nodes from 50° N 9° E, every half degree, written by one of GDAL's drivers;
   // the node 52.5° N 13° E is a hole.
-  void WriteGrid(const char* name, const char* driver) {
+  void WriteGrid(const char* name, const char* driver, double scale = 1) {
     GDALAllRegister();
     GDALDriverManager* drivers = GetGDALDriverManager();
     std::unique_ptr<GDALDataset, void (*)(GDALDataset*)> grid(
@@ -59,6 +59,7 @@ class Geoid : public ::testing::Test {
     double transform[] = {8.75, 0.5, 0, 55.25, 0, -0.5};
     grid->SetGeoTransform(transform);
     grid->GetRasterBand(1)->SetNoDataValue(-9999);
+    if (scale != 1) grid->GetRasterBand(1)->SetScale(scale);
     std::vector<float> z;
     for (int r = 0; r < 11; ++r)
       for (int c = 0; c < 13; ++c)
@@ -111,6 +112,20 @@ TEST_F(Geoid, ReadsGridsOfManyFormatsAndTheirHoles) {
     EXPECT_EQ(rows[3].size(), 3u);
     EXPECT_TRUE(Contains(run.err, "in.csv, line 4: no geoid height"));
   }
+}
+
+// Some writers leave the factor of an integer grid 0, which would make every height 0.
+TEST_F(Geoid, AppliesTheScaleOfAGridAndRefusesZero) {
+  Write("in.csv", "lat,lon,h\n50.3,9.1,100\n");
+  WriteGrid("half.tif", "GTiff", 0.5);
+  const auto rows = Numbers(Run("--grid half.tif in.csv -o -").out);
+  ASSERT_EQ(rows.size(), 1u);
+  EXPECT_NEAR(rows[0][3], 0.5 * Plane(50.3, 9.1), kPrinted);
+
+  WriteGrid("none.tif", "GTiff", 0);
+  const ProgramRun run = Run("--grid none.tif in.csv -o out.csv");
+  EXPECT_EQ(run.status, 2);
+  EXPECT_TRUE(Contains(run.err, "none.tif: its scale factor is 0")) << run.err;
 }
 
 TEST_F(Geoid, TakesTheInterpolationByName) {
