@@ -58,28 +58,39 @@ json ParseJson(const std::string& text, const std::string& file) {
 }
 
 JsonSection::JsonSection(std::string file, std::string path, const json& object,
-                         std::vector<std::string> known, bool folded)
+                         std::vector<std::string> known, KeySpelling spelling)
     : file_(std::move(file)),
       path_(std::move(path)),
       object_(&object),
       known_(std::move(known)),
-      folded_(folded) {
+      spelling_(spelling) {
   if (!object.is_object())
     throw UserError(fmt::format("{}: {} must be an object in braces", file_,
                                 path_.empty() ? "the file" : '"' + path_ + '"'));
   std::set<std::string> met;
   for (const auto& [key, value] : object.items()) {
-    const auto same = [&, &name = key](const std::string& k) {
-      return folded_ ? FoldName(k) == FoldName(name) : k == name;
-    };
+    const auto same = [&, &name = key](const std::string& k) { return Same(k, name); };
     const auto match = std::find_if(known_.begin(), known_.end(), same);
-    if (match == known_.end()) Fail(key, "is unknown; " + SuggestName(key, known_));
-    if (!met.insert(*match).second) Fail(key, "gives \"" + *match + "\" a second time");
+    if (match == known_.end()) Fail(key, "is unknown; " + SuggestName(key, SpelledAll(known_)));
+    if (!met.insert(*match).second) Fail(key, "gives \"" + Spelled(*match) + "\" a second time");
   }
 }
 
 std::string JsonSection::PathOf(const std::string& key) const {
-  return path_.empty() ? key : path_ + "." + key;
+  return path_.empty() ? Spelled(key) : path_ + "." + Spelled(key);
+}
+
+std::string JsonSection::Spelled(const std::string& key) const {
+  return spelling_ == KeySpelling::snake ? SnakeName(key) : key;
+}
+
+std::vector<std::string> JsonSection::SpelledAll(std::vector<std::string> keys) const {
+  for (std::string& key : keys) key = Spelled(key);
+  return keys;
+}
+
+bool JsonSection::Same(const std::string& a, const std::string& b) const {
+  return spelling_ == KeySpelling::exact ? a == b : FoldName(a) == FoldName(b);
 }
 
 void JsonSection::Fail(const std::string& key, const std::string& complaint) const {
@@ -88,7 +99,7 @@ void JsonSection::Fail(const std::string& key, const std::string& complaint) con
 
 const json* JsonSection::Find(const std::string& key) const {
   for (const auto& [name, value] : object_->items()) {
-    if (name == key || (folded_ && FoldName(name) == FoldName(key))) return &value;
+    if (Same(name, key)) return &value;
   }
   return nullptr;
 }

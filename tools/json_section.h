@@ -6,14 +6,20 @@
 
 namespace geomath_tools {
 
+/// How the keys of a section are matched and spelled.
+enum class KeySpelling {
+  exact,   ///< letter for letter
+  folded,  ///< keys that differ only in letter case, blanks, underscores and hyphens are the same
+  snake,   ///< folded, and complaints spell them as names of a program: "central_meridian"
+};
+
 /// One object of a JSON file whose keys are known beforehand. Every complaint is a UserError that
 /// names the file and the full key, such as `site.json: "datum.rX" …`.
 class JsonSection {
  public:
-  /// Complains about every key of `object` that is not among `known`. With `folded`, keys that
-  /// differ only in letter case, blanks, underscores and hyphens are the same.
+  /// Complains about every key of `object` that is not among `known`.
   JsonSection(std::string file, std::string path, const nlohmann::json& object,
-              std::vector<std::string> known, bool folded = false);
+              std::vector<std::string> known, KeySpelling spelling = KeySpelling::exact);
 
   bool Has(const std::string& key) const { return Find(key) != nullptr; }
   /// A finite number; `what` says what belongs there ("metres", "decimal degrees").
@@ -22,17 +28,21 @@ class JsonSection {
   /// The object at `key`.
   const nlohmann::json& Object(const std::string& key) const;
   std::string PathOf(const std::string& key) const;
+  /// A key as complaints spell it.
+  std::string Spelled(const std::string& key) const;
+  std::vector<std::string> SpelledAll(std::vector<std::string> keys) const;
 
   [[noreturn]] void Fail(const std::string& key, const std::string& complaint) const;
 
  private:
+  bool Same(const std::string& a, const std::string& b) const;
   const nlohmann::json* Find(const std::string& key) const;
   const nlohmann::json& Require(const std::string& key, const std::string& what) const;
 
   std::string file_, path_;
   const nlohmann::json* object_;
   std::vector<std::string> known_;
-  bool folded_;
+  KeySpelling spelling_;
 };
 
 /// Parses JSON, refusing keys that stand twice in one object. Throws UserError with line, column.

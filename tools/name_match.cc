@@ -9,7 +9,11 @@ namespace {
 
 bool IsSeparator(char c) { return c == ' ' || c == '_' || c == '-'; }
 
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+bool IsUpper(char c) { return c >= 'A' && c <= 'Z'; }
+
+bool IsLower(char c) { return c >= 'a' && c <= 'z'; }
+
+char Lower(char c) { return IsUpper(c) ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // Insertions, deletions and replacements that turn one text into the other (Levenshtein 1966).
 std::size_t EditDistance(std::string_view a, std::string_view b) {
@@ -35,6 +39,23 @@ std::string FoldName(std::string_view name) {
     if (!IsSeparator(c)) folded += Lower(c);
   }
   return folded;
+}
+
+std::string SnakeName(std::string_view name) {
+  std::string snake;
+  std::size_t wordStart = 0;
+  for (std::size_t i = 0; i < name.size(); ++i) {
+    const char last = i > 0 ? name[i - 1] : '\0', next = i + 1 < name.size() ? name[i + 1] : '\0';
+    const bool afterWord = !IsUpper(last) && snake.size() > wordStart + 1;  // "invF", not "dX"
+    const bool beforeWord = IsUpper(last) && IsLower(next);                 // "FEast"
+    const bool capital = IsUpper(name[i]) && (afterWord || beforeWord);
+    if ((IsSeparator(name[i]) || capital) && snake.size() > wordStart) {
+      snake += '_';
+      wordStart = snake.size();
+    }
+    if (!IsSeparator(name[i])) snake += Lower(name[i]);
+  }
+  return snake;
 }
 
 std::string NearestName(std::string_view name, std::span<const std::string> candidates) {

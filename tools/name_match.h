@@ -10,6 +10,10 @@ namespace geomath_tools {
 /// "central_meridian" and "CentralMeridian" are one name.
 std::string FoldName(std::string_view name);
 
+/// The name as programs spell it, which folds to the same: "Central Meridian" and "CentralMeridian"
+/// become "central_meridian", "FEast" "f_east", "dX" "dx".
+std::string SnakeName(std::string_view name);
+
 /// The candidate that `name` was probably meant to be, or an empty text when none is near.
 std::string NearestName(std::string_view name, std::span<const std::string> candidates);
 

@@ -1,0 +1,167 @@
+#include "tools/system_sections.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "tools/ellipsoid_names.h"
+#include "tools/name_match.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::json;
+
+namespace geomath_tools {
+namespace {
+
+// What an ellipsoid of a planet or moon has; a figure in kilometres or feet is caught.
+constexpr double kSmallestAxis = 1e5, kLargestAxis = 1e8;  // metres
+
+constexpr AxisText kAxes[] = {
+    {"NE", true},  {"NW", true},  {"SE", true},  {"SW", true},
+    {"EN", false}, {"WN", false}, {"ES", false}, {"WS", false},
+};
+
+Ellipsoid ReadNamedEllipsoid(const JsonSection& section) {
+  for (const char* other : {"a", "b", "invF"}) {
+    if (section.Has(other))
+      section.Fail(other, "cannot stand beside \"ellipsoid\": give one of them");
+  }
+  const std::string name = section.Text("ellipsoid", "the name of an ellipsoid");
+  const NamedEllipsoid* row = FindEllipsoid(name);
+  if (!row)
+    section.Fail("ellipsoid", fmt::format("names the unknown ellipsoid \"{}\"; {}", Printable(name),
+                                          SuggestName(name, EllipsoidNames())));
+  return MakeEllipsoid(row->a, row->invF);
+}
+
+double ReadAxis(const JsonSection& section, const char* name, const char* what) {
+  const double metres = section.Number(name, what);
+  if (!(metres >= kSmallestAxis && metres <= kLargestAxis))
+    section.Fail(name, fmt::format("is {}: the semi-axis in metres belongs there (WGS84: "
+                                   "6378137.0)",
+                                   metres));
+  return metres;
+}
+
+const ProjectionKind& ReadKind(const ProjectionSection& source) {
+  if (!source.object.is_object()) JsonSection(source.file, source.path, source.object, {});
+  json name = json::object();
+  for (const auto& [key, value] : source.object.items()) {
+    if (FoldName(key) == "name") name["name"] = value;
+  }
+  const JsonSection section(source.file, source.path, name, {"name"});
+  const std::string text = section.Text("name", "the short name of a projection");
+  const ProjectionKind* kind = FindProjection(text);
+  if (!kind)
+    section.Fail("name", fmt::format("is the unknown projection \"{}\"; {}", Printable(text),
+                                     SuggestName(text, ProjectionNames())));
+  return *kind;
+}
+
+double ReadAngle(const JsonSection& section, const std::string& name, double limit) {
+  const double value = section.Number(name, "an angle in decimal degrees");
+  if (std::abs(value) > limit)
+    section.Fail(name, fmt::format("is {}: decimal degrees from -{} to {} belong there", value,
+                                   limit, limit));
+  return value;
+}
+
+double ReadParameter(const JsonSection& section, const ProjectionParameter& parameter) {
+  const std::string& name = parameter.name;
+  switch (parameter.unit) {
+    case ParameterUnit::latitude:
+      return ReadAngle(section, name, 90);
+    case ParameterUnit::degrees:
+      return ReadAngle(section, name, 360);
+    case ParameterUnit::factor: {
+      const double value = section.Number(name, "a scale factor");
+      if (!(value > 0)) section.Fail(name, "must be above 0");
+      return value;
+    }
+    case ParameterUnit::metres:
+      return section.Number(name, "a length in metres");
+    case ParameterUnit::number:
+      break;
+  }
+  return section.Number(name, "a number");
+}
+
+}  // namespace
+
+Ellipsoid ReadEllipsoid(const JsonSection& section) {
+  if (section.Has("ellipsoid")) return ReadNamedEllipsoid(section);
+  Ellipsoid ellipsoid;
+  ellipsoid.a =
+      ReadAxis(section, "a", "the semi-major axis in metres, or \"ellipsoid\" with a name,");
+  if (section.Has("b") && section.Has("invF"))
+    section.Fail(
+        "b", fmt::format("cannot stand beside \"{}\": give one of them", section.Spelled("invF")));
+  if (section.Has("b")) {
+    ellipsoid.b = ReadAxis(section, "b", "the semi-minor axis in metres");
+    if (ellipsoid.b > ellipsoid.a) section.Fail("b", "is larger than \"a\"");
+    ellipsoid.SetEllipsoid(true);
+    return ellipsoid;
+  }
+  ellipsoid.invF = section.Number("invF", "the inverse flattening (WGS84: 298.257223563)");
+  if (!(ellipsoid.invF > 1))
+    section.Fail("invF", fmt::format("is {}: the inverse flattening, a number above 1, belongs "
+                                     "there (WGS84: 298.257223563)",
+                                     ellipsoid.invF));
+  ellipsoid.SetEllipsoid(false);
+  return ellipsoid;
+}
+
+Datum ReadDatum(const JsonSection& section, Ellipsoid* local) {
+  const auto metres = [&](const char* key) { return section.Number(key, "a shift in metres"); };
+  const auto seconds = [&](const char* key) {
+    return section.Number(key, "a rotation in arc-seconds");
+  };
+  const TAbstractPoint3<double> shift(metres("dX"), metres("dY"), metres("dZ"));
+  TAbstractPoint3<double> rotation(seconds("rX"), seconds("rY"), seconds("rZ"));
+  const double scale = section.Number("ppm", "the scale in parts per million") * 1e-6;
+  if (!(std::abs(scale) < 1))
+    section.Fail("ppm",
+                 "is a million or more: the difference of the scale from 1, in parts per "
+                 "million, belongs there");
+  if (section.Has("rotation")) {
+    const std::vector<std::string> senses = {"coordinate-frame", "position-vector"};
+    const std::string sense = section.Text("rotation", "the sense of the rotations");
+    if (std::find(senses.begin(), senses.end(), sense) == senses.end())
+      section.Fail("rotation",
+                   fmt::format("is \"{}\"; {}", Printable(sense), SuggestName(sense, senses)));
+    if (sense == senses[1]) rotation = rotation * -1.0;
+  }
+  return {local, shift, rotation, scale, userTypeUser, false, nullptr};
+}
+
+NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF) {
+  const ProjectionKind& kind = ReadKind(source);
+  std::vector<std::string> known = {"name"};
+  for (const ProjectionParameter& parameter : kind.parameters) known.push_back(parameter.name);
+  const JsonSection section(source.file, source.path, source.object, known, source.spelling);
+  const std::vector<std::string> names(known.begin() + 1, known.end());
+  std::vector<double> values;
+  for (const ProjectionParameter& parameter : kind.parameters) {
+    if (!section.Has(parameter.name))
+      section.Fail(parameter.name, fmt::format("is missing; {} needs {}", kind.name,
+                                               ListNames(section.SpelledAll(names))));
+    values.push_back(ReadParameter(section, parameter));
+  }
+  return {&kind, MakeProjection(kind, a, invF, values)};
+}
+
+const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key) {
+  if (!section.Has(key)) return nullptr;
+  const std::string text = section.Text(key, "an axis text such as \"NE\"");
+  std::vector<std::string> known;
+  for (const AxisText& row : kAxes) {
+    if (FoldName(row.text) == FoldName(text)) return &row;
+    known.emplace_back(row.text);
+  }
+  section.Fail(key, fmt::format("is \"{}\": the directions of the first and second coordinate "
+                                "belong there; {}",
+                                Printable(text), SuggestName(text, known)));
+}
+
+}  // namespace geomath_tools

@@ -1,0 +1,51 @@
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "geomath/base/ellipsoid.h"
+#include "geomath/datum/datum.h"
+#include "geomath/proj/geo_proj.h"
+#include "tools/json_section.h"
+#include "tools/projection_names.h"
+
+/// The sections of a system file (docs/system-file.md) that stand for themselves, for the reader of
+/// whole files and for callers that have the same values from elsewhere. Everything wrong with a
+/// section throws UserError, naming the key and what would be right.
+namespace geomath_tools {
+
+/// Keys of an ellipsoid: a name, or a and one of the other two.
+inline const std::vector<std::string> kEllipsoidKeys = {"ellipsoid", "a", "invF", "b"};
+zel_cs::geomath::Ellipsoid ReadEllipsoid(const JsonSection& section);
+
+inline const std::vector<std::string> kDatumKeys = {"dX", "dY", "dZ",  "rX",
+                                                    "rY", "rZ", "ppm", "rotation"};
+/// The datum on `local`, which it keeps a pointer to.
+zel_cs::geomath::Datum ReadDatum(const JsonSection& section, zel_cs::geomath::Ellipsoid* local);
+
+/// A projection with its kind, which says what its parameters are called.
+struct NamedProjection {
+  const ProjectionKind* kind = nullptr;
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
+};
+
+/// A section whose keys depend on its name: where it stands, and how its keys are matched.
+struct ProjectionSection {
+  std::string file, path;
+  const nlohmann::json& object;
+  KeySpelling spelling;
+};
+/// The projection on the ellipsoid of semi-major axis `a` (metres) and inverse flattening `invF`.
+NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF);
+
+/// The directions of a pair's coordinates, as AxisRotation knows them.
+struct AxisText {
+  const char* text;  ///< "NE", "SW", …
+  bool northFirst;
+};
+/// The axes at a key; null when it is absent.
+const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key);
+
+}  // namespace geomath_tools
