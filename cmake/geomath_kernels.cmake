@@ -2,9 +2,8 @@
 # instruction set that geomath/simd/CMakeLists.txt set up.
 function(geomath_add_kernels)
   list(TRANSFORM ARGN PREPEND ${CMAKE_CURRENT_SOURCE_DIR}/ OUTPUT_VARIABLE sources)
-  foreach(variant IN ITEMS baseline avx2)
-    if(TARGET geomath_kernels_${variant})
-      target_sources(geomath_kernels_${variant} PRIVATE ${sources})
-    endif()
+  get_property(variants GLOBAL PROPERTY GEOMATH_KERNEL_VARIANTS)
+  foreach(variant IN LISTS variants)
+    target_sources(geomath_kernels_${variant} PRIVATE ${sources})
   endforeach()
 endfunction()

@@ -111,8 +111,8 @@ double Ellipsoid::GetGaussianRadius(double B) const {
 
 std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  const auto kernel = simd::Choose(&EllipsoidKernel<simd::Baseline>::ToGeocentric,
-                                   &EllipsoidKernel<simd::BestCompiled>::ToGeocentric);
+  const auto kernel = simd::ForActiveSet(
+      [](auto target) { return &EllipsoidKernel<decltype(target)>::ToGeocentric; });
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
     RunKernel(
         columns, points, HasModestAngles,
@@ -124,8 +124,8 @@ std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::si
 
 std::size_t Ellipsoid::XYZ_to_BLH_Batch(double* X, double* Y, double* Z, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  const auto kernel = simd::Choose(&EllipsoidKernel<simd::Baseline>::ToGeodetic,
-                                   &EllipsoidKernel<simd::BestCompiled>::ToGeodetic);
+  const auto kernel = simd::ForActiveSet(
+      [](auto target) { return &EllipsoidKernel<decltype(target)>::ToGeodetic; });
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
     RunKernel(
         columns, points, [&](const double(&xyz)[3]) { return IsNearSurface(xyz, a); },

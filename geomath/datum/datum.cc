@@ -87,20 +87,20 @@ bool Datum::IsNull() const { return shift_ == 0.0 && rotation_ == 0.0 && scaleCh
 
 std::size_t Datum::ToWGS84DatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return TransformBatch(&SimilarityKernel<simd::Baseline>::ToWgs84,
-                        &SimilarityKernel<simd::BestCompiled>::ToWgs84, X, Y, Z, count, stride);
+  const auto transform =
+      simd::ForActiveSet([](auto target) { return &SimilarityKernel<decltype(target)>::ToWgs84; });
+  return TransformBatch(transform, X, Y, Z, count, stride);
 }
 
 std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return TransformBatch(&SimilarityKernel<simd::Baseline>::ToLocal,
-                        &SimilarityKernel<simd::BestCompiled>::ToLocal, X, Y, Z, count, stride);
+  const auto transform =
+      simd::ForActiveSet([](auto target) { return &SimilarityKernel<decltype(target)>::ToLocal; });
+  return TransformBatch(transform, X, Y, Z, count, stride);
 }
 
-std::size_t Datum::TransformBatch(ColumnTransform baseline, ColumnTransform best, double* X,
-                                  double* Y, double* Z, std::size_t count,
-                                  std::ptrdiff_t stride) const {
-  const ColumnTransform transform = simd::Choose(baseline, best);
+std::size_t Datum::TransformBatch(ColumnTransform transform, double* X, double* Y, double* Z,
+                                  std::size_t count, std::ptrdiff_t stride) const {
   const auto convert = [&](double* const(&c)[3], std::size_t n) {
     if (transformDisabled_)
       std::fill_n(c[0], n, std::numeric_limits<double>::quiet_NaN());

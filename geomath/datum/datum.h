@@ -92,8 +92,8 @@ class GEOMATH_API Datum : public AxisRotation {
 
  private:
   using ColumnTransform = void (*)(const Similarity&, double*, double*, double*, std::size_t);
-  std::size_t TransformBatch(ColumnTransform baseline, ColumnTransform best, double* X, double* Y,
-                             double* Z, std::size_t count, std::ptrdiff_t stride) const;
+  std::size_t TransformBatch(ColumnTransform transform, double* X, double* Y, double* Z,
+                             std::size_t count, std::ptrdiff_t stride) const;
 
   TAbstractPoint3<double> shift_;
   TAbstractPoint3<double> rotation_;

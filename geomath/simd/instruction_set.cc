@@ -1,11 +1,17 @@
 #include "geomath/simd/instruction_set.h"
 
+#include <algorithm>
 #include <atomic>
 
 namespace zel_cs::geomath::simd {
 namespace {
 
 InstructionSet BestAvailable() noexcept {
+#ifdef GEOMATH_HAS_AVX512
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512bw"))
+    return InstructionSet::avx512;
+#endif
 #ifdef GEOMATH_HAS_AVX2
   if (__builtin_cpu_supports("avx2")) return InstructionSet::avx2;
 #endif
@@ -22,9 +28,7 @@ std::atomic<InstructionSet>& Current() noexcept {
 InstructionSet ActiveInstructionSet() noexcept { return Current().load(std::memory_order_relaxed); }
 
 InstructionSet ForceInstructionSet(InstructionSet wanted) noexcept {
-  const InstructionSet usable =
-      wanted == InstructionSet::baseline ? InstructionSet::baseline : BestAvailable();
-  return Current().exchange(usable);
+  return Current().exchange(std::min(wanted, BestAvailable()));
 }
 
 }  // namespace zel_cs::geomath::simd

@@ -61,17 +61,36 @@ double WorstUlps(const Column& x, void (*function)(const double*, double*, std::
 }
 
 template <class Target>
+struct Variant;
+template <>
+struct Variant<simd::Baseline> {
+  static constexpr const char* kName = "Baseline";
+  static constexpr auto kSet = simd::InstructionSet::baseline;
+};
+template <>
+struct Variant<simd::Avx2> {
+  static constexpr const char* kName = "Avx2";
+  static constexpr auto kSet = simd::InstructionSet::avx2;
+};
+template <>
+struct Variant<simd::Avx512> {
+  static constexpr const char* kName = "Avx512";
+  static constexpr auto kSet = simd::InstructionSet::avx512;
+};
+
+template <class Target>
 class Elementary : public testing::Test {
  protected:
   void SetUp() override {
     if (!kHasReference) GTEST_SKIP() << "long double is no wider than double here";
-    if (std::is_same_v<Target, simd::Avx2> &&
-        simd::ActiveInstructionSet() != simd::InstructionSet::avx2)
-      GTEST_SKIP() << "this machine has no AVX2";
+    if (simd::ActiveInstructionSet() < Variant<Target>::kSet)
+      GTEST_SKIP() << "this machine has no " << Variant<Target>::kName;
   }
 };
 
-#ifdef GEOMATH_HAS_AVX2
+#if defined(GEOMATH_HAS_AVX512)
+using Targets = testing::Types<simd::Baseline, simd::Avx2, simd::Avx512>;
+#elif defined(GEOMATH_HAS_AVX2)
 using Targets = testing::Types<simd::Baseline, simd::Avx2>;
 #else
 using Targets = testing::Types<simd::Baseline>;
@@ -81,7 +100,7 @@ class TargetName {
  public:
   template <class Target>
   static std::string GetName(int) {
-    return std::is_same_v<Target, simd::Baseline> ? "Baseline" : "Avx2";
+    return Variant<Target>::kName;
   }
 };
 TYPED_TEST_SUITE(Elementary, Targets, TargetName);
@@ -151,12 +170,9 @@ TYPED_TEST(Elementary, AxesAndNotANumber) {
   }
 }
 
-#ifdef GEOMATH_HAS_AVX2
-TEST(ElementaryVariants, GiveTheSameBits) {
-  if (simd::ActiveInstructionSet() != simd::InstructionSet::avx2)
-    GTEST_SKIP() << "this machine has no AVX2";
+TYPED_TEST(Elementary, GivesTheBitsOfTheBaseline) {
   using One = ElementaryColumns<simd::Baseline>;
-  using Two = ElementaryColumns<simd::Avx2>;
+  using Two = ElementaryColumns<TypeParam>;
   const Column x = Logarithmic(-8, 2, false);
   Column first(x.size()), second(x.size());
   const auto compare = [&](auto* one, auto* two, const char* name) {
@@ -173,6 +189,5 @@ TEST(ElementaryVariants, GiveTheSameBits) {
   compare(&One::Log1p, &Two::Log1p, "log1p");
   compare(&One::Exp, &Two::Exp, "exp");
 }
-#endif
 
 }  // namespace

@@ -98,7 +98,7 @@ void TDenmarkTMProj::Init() {
 
 bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
   double n = b, e = l;
-  if (!ForwardLikeColumns(formulas_, n, e)) return false;
+  if (!ForwardOne(formulas_, n, e)) return false;
   b = n;
   l = e;
   return true;
@@ -106,7 +106,7 @@ bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
 
 bool TDenmarkTMProj::InversePoint(double& n, double& e, PointFactors*) const {
   if (std::abs((e - fEast_) / formulas_.Qn) > DenmarkTmFormulas::kInnerLimit) return false;
-  InverseLikeColumns(formulas_, n, e);
+  InverseOne(formulas_, n, e);
   return true;
 }
 

@@ -73,13 +73,13 @@ bool TMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) co
   const double phi = b;
   if (!(std::abs(phi) < kHalfPi)) return false;
 
-  ForwardLikeColumns(formulas_, b, l);
+  ForwardOne(formulas_, b, l);
   if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi));
   return true;
 }
 
 bool TMercatorProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  InverseLikeColumns(formulas_, n, e);
+  InverseOne(formulas_, n, e);
   if (factors) *factors = FactorsAt(std::sin(n), std::cos(n));
   return true;
 }

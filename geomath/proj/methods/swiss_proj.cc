@@ -64,7 +64,7 @@ double TSwissProj::PointScale(double phi, const SwissFormulas::Position& at) con
 bool TSwissProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
   double n = b, e = l;
-  const SwissFormulas::Position at = ForwardLikeColumns(formulas_, n, e);
+  const SwissFormulas::Position at = ForwardOne(formulas_, n, e);
   if (!at.exists) return false;
   if (factors) factors->scale = PointScale(phi, at);
   b = n;
@@ -73,7 +73,7 @@ bool TSwissProj::ForwardPoint(double& b, double& l, PointFactors* factors) const
 }
 
 bool TSwissProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const SwissFormulas::Position at = InverseLikeColumns(formulas_, n, e);
+  const SwissFormulas::Position at = InverseOne(formulas_, n, e);
   if (factors) factors->scale = PointScale(n, at);
   return true;
 }

@@ -11,8 +11,10 @@
 
 namespace zel_cs::geomath {
 
-/// One point by the operations that the columns run, in the same bits; outside their domain by the
-/// standard library's functions. Returns what the formulas return.
+/// A single point in the functions that the columns use, so that it gives the batch's bits; outside
+/// their domain in those of the standard library. For formulas where a unit in the last place of a
+/// function is more than the nanometre that a batch may differ by, or moves a stop rule. Returns
+/// what the formulas return.
 template <class Formulas>
 auto ForwardOne(const Formulas& formulas, double& b, double& l) {
   if (formulas.ServesForward(b, l))
@@ -32,8 +34,8 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
 template <class Formulas>
 void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, double* l,
                      std::size_t count) {
-  const auto kernel = simd::Choose(&ProjectionKernel<simd::Baseline, Formulas>::Forward,
-                                   &ProjectionKernel<simd::BestCompiled, Formulas>::Forward);
+  const auto kernel = simd::ForActiveSet(
+      [](auto target) { return &ProjectionKernel<decltype(target), Formulas>::Forward; });
   double* const columns[] = {b, l};
   RunKernel(
       columns, count,
@@ -48,8 +50,8 @@ void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, 
 template <class Formulas>
 void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, double* e,
                      std::size_t count) {
-  const auto kernel = simd::Choose(&ProjectionKernel<simd::Baseline, Formulas>::Inverse,
-                                   &ProjectionKernel<simd::BestCompiled, Formulas>::Inverse);
+  const auto kernel = simd::ForActiveSet(
+      [](auto target) { return &ProjectionKernel<decltype(target), Formulas>::Inverse; });
   double* const columns[] = {n, e};
   RunKernel(
       columns, count,
@@ -59,23 +61,6 @@ void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, 
         if (!proj.InversePoint(point[0], point[1]))
           point[0] = std::numeric_limits<double>::quiet_NaN();
       });
-}
-
-/// A single point in the functions that the columns use, so that it gives the batch's bits; outside
-/// their domain in those of the standard library. For formulas where a unit in the last place of a
-/// function is more than the nanometre that a batch may differ by, or moves a stop rule.
-template <class Formulas>
-auto ForwardLikeColumns(const Formulas& formulas, double& b, double& l) {
-  return formulas.ServesForward(b, l)
-             ? formulas.template Forward<simd::Polynomial<simd::Baseline>>(b, l)
-             : formulas.template Forward<simd::Libm>(b, l);
-}
-
-template <class Formulas>
-auto InverseLikeColumns(const Formulas& formulas, double& n, double& e) {
-  return formulas.ServesInverse(n, e)
-             ? formulas.template Inverse<simd::Polynomial<simd::Baseline>>(n, e)
-             : formulas.template Inverse<simd::Libm>(n, e);
 }
 
 }  // namespace zel_cs::geomath

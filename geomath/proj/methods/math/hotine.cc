@@ -43,13 +43,13 @@ HotineGrid::HotineGrid(const Hotine& hotine, const Placement& placement)
     : hotine_(hotine), placement_(placement) {}
 
 bool HotineGrid::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  const Hotine::Projected at = ForwardLikeColumns(*this, b, l);
+  const Hotine::Projected at = ForwardOne(*this, b, l);
   if (factors) factors->scale = hotine_.CylinderScale(at.sinPhi, at.cosPhi) / at.reach;  // 9-32
   return true;
 }
 
 bool HotineGrid::InversePoint(double& n, double& e, PointFactors* factors) const {
-  const double reach = InverseLikeColumns(*this, n, e).reach;
+  const double reach = InverseOne(*this, n, e).reach;
   if (factors) factors->scale = hotine_.CylinderScale(std::sin(n), std::cos(n)) * reach;
   return true;
 }
