@@ -19,7 +19,7 @@ namespace zel_cs::geomath {
 ///
 /// Against an exact transverse Mercator: forward 1 µm within 20° of the central meridian, 0.01 mm
 /// within 35° and 0.08 mm at the limit, where the order n⁴ ends; inverse 4 µm everywhere. A round
-/// trip closes to 4 µm within 30° and 0.05 mm at the limit. Longitudes of the inverse are not
+/// trip closes to 4 µm within 30° and 0.06 mm at the limit. Longitudes of the inverse are not
 /// folded. Scale and convergence are not computed.
 class GEOMATH_API TDenmarkTMProj : public TGeoProj {
  public:

@@ -15,7 +15,7 @@ namespace zel_cs::geomath {
 /// Radians and metres. Never fails; at latitude ±π/2 and far from the central meridian results are
 /// the series' values. The forward series ends at Δλ⁶, the inverse one at ΔE⁷, and the footpoint
 /// iteration stops at 1 mm of arc: against an exact transverse Mercator 0.15 mm within 3° of the
-/// central meridian and 12 mm within 6° (forward), 1 mm and 28 mm (inverse). Longitudes of the
+/// central meridian and 12 mm within 6° (forward), 1.3 mm and 28 mm (inverse). Longitudes of the
 /// inverse are not folded. Scale and convergence are not computed.
 class GEOMATH_API TTMProj : public TGeoProj {
  public:
