@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// GEOMATH_API marks what the shared library exports; everything else stays hidden.
 /// A program that links the static library sees GEOMATH_STATIC from the package.
 #if defined(GEOMATH_STATIC)

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// The whole library: every public header.
 
 #include "geomath/base/angle.h"
@@ -49,7 +50,9 @@
 #include "geomath/magnetic/magnetic_field.h"
 #include "geomath/magnetic/magnetic_model.h"
 #include "geomath/magnetic/wmm2010.h"
+#include "geomath/platform/smart_array.h"
 #include "geomath/platform/system_time.h"
+#include "geomath/platform/wide_text.h"
 #include "geomath/platform/zel_logging.h"
 #include "geomath/platform/zel_math.h"
 #include "geomath/platform/zel_memory.h"
@@ -62,6 +65,7 @@
 #include "geomath/proj/methods/albers_ea_conic_proj.h"
 #include "geomath/proj/methods/cassini_proj.h"
 #include "geomath/proj/methods/colombia_proj.h"
+#include "geomath/proj/methods/county_proj.h"
 #include "geomath/proj/methods/denmark_tm_proj.h"
 #include "geomath/proj/methods/double_ster_proj.h"
 #include "geomath/proj/methods/hotine_proj.h"
@@ -93,6 +97,7 @@
 #include "geomath/proj/methods/tm_nz.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
+#include "geomath/proj/param_table.h"
 #include "geomath/proj/procedural/projection_functions.h"
 #include "geomath/proj/proj_type.h"
 #include "geomath/proj/proj_types.h"

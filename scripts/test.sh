@@ -3,7 +3,8 @@
 #   1. Release: all tests, the examples, the installed package (shared and static);
 #   2. Debug with the address and undefined-behaviour sanitizers: all tests;
 #   3. the threaded tests under the thread sanitizer;
-#   4. a second compiler, and a bounded run of the fuzzers.
+#   4. a second compiler, and a bounded run of the fuzzers;
+#   5. the guide and the API reference, without a warning.
 set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
@@ -15,6 +16,7 @@ ensure_one_of libbenchmark-dev
 ensure_one_of clang-14 clang
 ensure_one_of libclang-rt-14-dev libclang-rt-dev
 ensure_one_of clang-format-14 clang-format
+ensure_one_of doxygen
 ensure_one_of chromium  # looks at the calibration report
 
 stage() { printf '\n== %s ==\n' "$*"; }
@@ -44,6 +46,13 @@ if [ -n "$clang_format" ] && "$clang_format" --version | grep -q 'version 14'; t
   git ls-files '*.h' '*.cc' | xargs "$clang_format" --dry-run --Werror
 else
   echo "clang-format 14 is not here: skipped"
+fi
+
+stage "Documentation"
+if command -v doxygen >/dev/null; then
+  scripts/docs.sh
+else
+  echo "doxygen is not here: skipped"
 fi
 
 stage "Release"

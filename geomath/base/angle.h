@@ -7,9 +7,11 @@
 
 namespace zel_cs::geomath {
 
+/// Angles in radians.
 inline constexpr double kPi = std::numbers::pi;
 inline constexpr double kHalfPi = kPi / 2;
 inline constexpr double kTwoPi = 2 * kPi;
+/// Radians in a degree and back, radians in a second of arc: an angle times its factor.
 inline constexpr double kRadPerDeg = 0.017453292519943295;        // π/180
 inline constexpr double kDegPerRad = 57.29577951308232;           // 180/π
 inline constexpr double kRadPerArcSecond = 4.84813681109536e-06;  // π/(180·3600)

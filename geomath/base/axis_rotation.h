@@ -17,6 +17,7 @@ class GEOMATH_API AxisRotation {
  public:
   /// North and east, no text.
   AxisRotation();
+  /// SetAxes with a text; null means none.
   explicit AxisRotation(const wchar_t* axes);
   /// The same text (a copy of its own), matrix and direction code.
   AxisRotation(const AxisRotation& other);

@@ -6,8 +6,8 @@
 
 namespace zel_cs::geomath {
 
-inline constexpr double kWgs84A = 6378137.0;         // semi-major axis, metres
-inline constexpr double kWgs84InvF = 298.257223563;  // inverse flattening
+inline constexpr double kWgs84A = 6378137.0;         ///< WGS84: semi-major axis, metres
+inline constexpr double kWgs84InvF = 298.257223563;  ///< WGS84: inverse flattening
 
 /// The reference ellipsoid of revolution: its defining constants, the derived ones, and the
 /// conversion between geodetic (B, L, H) and earth-centred (X, Y, Z) coordinates. Angles are

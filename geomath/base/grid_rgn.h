@@ -6,10 +6,11 @@
 /// A rectangle with the steps of a grid over it, radians.
 class GEOMATH_API TGridRgn : public TRectRgn {
  public:
-  double latStep = 0;
-  double lonStep = 0;
+  double latStep = 0;  ///< distance of the rows, radians
+  double lonStep = 0;  ///< distance of the columns, radians
 
   TGridRgn() = default;
+  /// The outer nodes and the steps between them, radians.
   TGridRgn(const TRectRgn& region, double latitudeStep, double longitudeStep)
       : TRectRgn(region), latStep(latitudeStep), lonStep(longitudeStep) {}
 

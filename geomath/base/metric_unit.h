@@ -7,6 +7,7 @@ namespace zel_cs::geomath {
 class MetricUnit {
  public:
   MetricUnit() = default;
+  /// The metres in one unit; without it the metre.
   MetricUnit(double metresPerUnit) : metresPerUnit_(metresPerUnit) {}
 
   /// This unit to metres.

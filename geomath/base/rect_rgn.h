@@ -13,6 +13,7 @@ class GEOMATH_API TRectRgn {
   double dL = 0;  ///< longitude extent
 
   TRectRgn() = default;
+  /// Start and extent in latitude, start and extent in longitude, radians.
   TRectRgn(double south, double latExtent, double west, double lonExtent)
       : B0(south), dB(latExtent), L0(west), dL(lonExtent) {}
 

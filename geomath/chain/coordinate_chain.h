@@ -30,7 +30,8 @@ GEOMATH_API const char* ChainStepName(ChainStep step);
 
 /// What became of one point; true when it was converted.
 struct ChainResult {
-  ChainStep failedAt = ChainStep::none;
+  ChainStep failedAt = ChainStep::none;  ///< the step that refused the point
+  /// Whether the point was converted.
   explicit operator bool() const { return failedAt == ChainStep::none; }
 };
 
@@ -43,8 +44,8 @@ enum class GeoidFrame : unsigned char {
 /// A whole conversion as one object: global geodetic coordinates (B, L, H) to the local grid
 /// (N, E, H) and back.
 ///
-///   global B, L, H ─ global ellipsoid ─ datum ─ local ellipsoid ─ projection ─ N, E, H
-///                                                              ─ site ─ ground ─ N, E, H
+///     global B, L, H ─ global ellipsoid ─ datum ─ local ellipsoid ─ projection ─ N, E, H
+///                                                                ─ site ─ ground ─ N, E, H
 ///
 /// A geoid, when one is set, turns the ellipsoidal height H into a height above the geoid on the
 /// way out and back into an ellipsoidal one on the way in.
@@ -75,9 +76,11 @@ class GEOMATH_API CoordinateChain {
  public:
   /// No steps: coordinates come out as they went in.
   CoordinateChain() = default;
+  /// The first three steps; null leaves one out. Nothing is owned.
   CoordinateChain(const Ellipsoid* global, const Datum* datum, const TGeoProj* projection)
       : global_(global), datum_(datum), projection_(projection) {}
 
+  /// The steps; null is one that is left out. Not to be changed while another thread converts.
   const Ellipsoid* GetGlobalEllipsoid() const { return global_; }
   void SetGlobalEllipsoid(const Ellipsoid* global) { global_ = global; }
   const Datum* GetDatum() const { return datum_; }

@@ -10,6 +10,7 @@ namespace zel_cs::geomath {
 /// not owned. No height outside the grid, on a hole, or where the scheme fails.
 class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
  public:
+  /// `model` stays the caller's and must outlive this object.
   explicit RegionalGeoidHeight(const RegionalGeoid& model) : model_(&model) {}
 
   bool Height(double b, double l, double& height) const override;
@@ -23,6 +24,7 @@ class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
 /// positions on one latitude cost a fraction of the others.
 class GEOMATH_API GlobalGeoidHeight : public GeoidHeight {
  public:
+  /// `model` stays the caller's and must outlive this object.
   explicit GlobalGeoidHeight(const GlobalGeoid& model) : model_(&model) {}
 
   bool Height(double b, double l, double& height) const override;

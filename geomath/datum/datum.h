@@ -35,10 +35,12 @@ class GEOMATH_API Datum : public AxisRotation {
   /// `axes` is an axes string as of AxisRotation, not a display name; null for north and east.
   Datum(Ellipsoid* e, const TAbstractPoint3<double>& shift, const TAbstractPoint3<double>& rotation,
         double scale, userType user, bool transformDisabled, const wchar_t* axes);
+  /// The same from single numbers, not disabled.
   Datum(Ellipsoid* e, double dX, double dY, double dZ, double rX, double rY, double rZ,
         double scale, userType user, const wchar_t* axes);
   /// Copies share the ellipsoid.
   Datum(const Datum& other);
+  /// Likewise; the axes follow the rule of AxisRotation.
   Datum& operator=(const Datum& other);
   ~Datum() override;
 
@@ -70,6 +72,7 @@ class GEOMATH_API Datum : public AxisRotation {
   /// True when all seven parameters are exactly 0.
   bool IsNull() const;
 
+  /// Who defined the datum, a userType; carried along only.
   unsigned char getUser() const { return user_; }
   void setUser(unsigned char user) { user_ = user; }
   bool isUserDefined() const { return user_ == userTypeUser; }

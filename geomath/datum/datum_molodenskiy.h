@@ -21,10 +21,13 @@ class GEOMATH_API DatumMolodenskiy : public Datum {
   DatumMolodenskiy(Ellipsoid* e, const TAbstractPoint3<double>& shift,
                    const TAbstractPoint3<double>& rotation, const TAbstractPoint3<double>& origin,
                    double scale, unsigned char user, bool transformDisabled, const wchar_t* axes);
+  /// The same from single numbers, not disabled.
   DatumMolodenskiy(Ellipsoid* e, double dX, double dY, double dZ, double rX, double rY, double rZ,
                    double X0, double Y0, double Z0, double scale, unsigned char user,
                    const wchar_t* axes);
+  /// Copies share the ellipsoid.
   DatumMolodenskiy(const DatumMolodenskiy& other);
+  /// Likewise; the axes follow the rule of AxisRotation.
   DatumMolodenskiy& operator=(const DatumMolodenskiy& other);
   ~DatumMolodenskiy() override;
 

@@ -2,12 +2,13 @@
 
 #include "geomath/export.h"
 
+/// @file
 /// Ellipsoid and datum arithmetic on plain arrays, with unmangled names.
 ///
-///   ellipsoid  2 numbers: semi-major axis (metres), flattening f (not 1/f)
-///   datum      7 numbers: dX, dY, dZ (metres), rX, rY, rZ (radians, not arc-seconds), scale change
-///              s; senses as in zel_cs::geomath::Datum
-///   points     3 numbers: (B, L, H) in radians and metres, or (X, Y, Z) in metres
+///     ellipsoid  2 numbers: semi-major axis (metres), flattening f (not 1/f)
+///     datum      7 numbers: dX, dY, dZ (metres), rX, rY, rZ (radians, not arc-seconds), scale
+///                change s; senses as in zel_cs::geomath::Datum
+///     points     3 numbers: (B, L, H) in radians and metres, or (X, Y, Z) in metres
 ///
 /// Input and output are distinct arrays; none is validated, null is not tested. Safe from many
 /// threads at once.

@@ -24,6 +24,7 @@ struct GEOMATH_API GlobalGeoidData {
   double value = 0;                     ///< carried along unread
 
   GlobalGeoidData() = default;
+  /// The members, the count first.
   GlobalGeoidData(int degrees, const double* cosines, const double* sines, bool carriedFlag,
                   double carriedValue, const double* correctionCosines,
                   const double* correctionSines);
@@ -57,7 +58,9 @@ class GEOMATH_API GlobalGeoidScratch {
 /// them from two threads at once; those with a scratch may run from many threads, one scratch each.
 class GEOMATH_API GlobalGeoid {
  public:
+  /// The arrays of the record must outlive the model and its copies.
   explicit GlobalGeoid(const GlobalGeoidData& data);
+  /// The same from the members of a record.
   GlobalGeoid(int count, const double* C, const double* S, bool flag, double value,
               const double* correctionC, const double* correctionS);
 

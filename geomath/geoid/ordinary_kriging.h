@@ -10,9 +10,10 @@ namespace zel_cs::geomath {
 /// How much heights differ with distance: γ(h) = slope·h^exponent, h in grid steps, γ in m². No
 /// nugget, so that the estimate passes through the nodes.
 struct GEOMATH_API KrigingVariogram {
-  double slope;
+  double slope;     ///< m² at a distance of one step
   double exponent;  ///< between 0 and 2, both excluded
 
+  /// γ at a distance of `h` steps, m².
   double At(double h) const;
 };
 
@@ -21,15 +22,16 @@ struct GEOMATH_API KrigingVariogram {
 /// inverse of the kriging matrix serves every stencil.
 class GEOMATH_API OrdinaryKriging {
  public:
-  static constexpr std::size_t kNodes = 16;
+  static constexpr std::size_t kNodes = 16;  ///< nodes of a stencil
 
   /// What the method says of one position: a weight for each node, row by row, which sum to 1, and
   /// the estimation variance for a slope of 1.
   struct Estimate {
-    std::array<double, kNodes> weights;
-    double unitVariance;
+    std::array<double, kNodes> weights;  ///< of the nodes, row by row
+    double unitVariance;                 ///< times a slope in m²: the variance, m²
   };
 
+  /// Inverts the kriging matrix of an exponent between 0 and 2, both excluded.
   explicit OrdinaryKriging(double exponent);
 
   /// At (x, y) in steps from the first node.

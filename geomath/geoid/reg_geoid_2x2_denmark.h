@@ -10,6 +10,7 @@ namespace zel_cs::geomath {
 /// RegGeoid2x2SW, with north and south exchanged.
 class GEOMATH_API RegGeoid2x2Denmark : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

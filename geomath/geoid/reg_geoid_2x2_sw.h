@@ -11,6 +11,7 @@ namespace zel_cs::geomath {
 /// does one more than half a turn east of the western edge.
 class GEOMATH_API RegGeoid2x2SW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

@@ -10,6 +10,7 @@ namespace zel_cs::geomath {
 /// rows or columns (Kept, although the stencil may lie inside), or where the stencil leaves the grid.
 class GEOMATH_API RegGeoidInterpalation4 : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

@@ -12,6 +12,7 @@ namespace zel_cs::geomath {
 /// the nearest node, counted from the north-west, is one of the first two rows or columns.
 class GEOMATH_API RegGeoidInterpalation4x4NW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

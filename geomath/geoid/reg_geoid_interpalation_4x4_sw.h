@@ -11,6 +11,7 @@ namespace zel_cs::geomath {
 /// Kept: the result is added to what the height slot holds, so that callers pass zeroed heights.
 class GEOMATH_API RegGeoidInterpalation4x4SW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

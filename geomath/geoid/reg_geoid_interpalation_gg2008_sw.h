@@ -11,7 +11,9 @@ namespace zel_cs::geomath {
 /// beyond a pole are read as mirrored ones. No node is taken for a hole by the spline.
 class GEOMATH_API RegGeoidInterpalation_GG2008SW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   explicit RegGeoidInterpalation_GG2008SW(const RegionalGeoidData& data);
+  /// Constructed as RegionalGeoid is.
   RegGeoidInterpalation_GG2008SW(const TGridRgn& grid, int NX, int NY, const void* data,
                                  double DISMOD, const wchar_t* datumName,
                                  const wchar_t* interpolationType);

@@ -13,6 +13,7 @@ namespace zel_cs::geomath {
 /// height.
 class GEOMATH_API RegGeoidIntrp_Lagrange4x4SW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

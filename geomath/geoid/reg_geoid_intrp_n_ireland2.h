@@ -12,6 +12,7 @@ namespace zel_cs::geomath {
 /// projection fails.
 class GEOMATH_API RegGeoidIntrpNIreland2 : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

@@ -15,6 +15,7 @@ namespace zel_cs::geomath {
 /// or east of the last nodes is extrapolated, one south or west of the first gets no height.
 class GEOMATH_API RegGeoidIntrp_Spline4x4SW : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

@@ -20,10 +20,14 @@ namespace zel_cs::geomath {
 /// gets no height.
 class GEOMATH_API RegGeoidKrigingIntrp : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   explicit RegGeoidKrigingIntrp(const RegionalGeoidData& data);
+  /// Constructed as RegionalGeoid is.
   RegGeoidKrigingIntrp(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                        const wchar_t* datumName, const wchar_t* interpolationType);
+  /// Copies share the grid values.
   RegGeoidKrigingIntrp(const RegGeoidKrigingIntrp& other);
+  /// Copies share the grid values.
   RegGeoidKrigingIntrp& operator=(const RegGeoidKrigingIntrp& other);
   ~RegGeoidKrigingIntrp() override;
 

@@ -9,6 +9,7 @@ namespace zel_cs::geomath {
 /// counted from the south.
 class GEOMATH_API RegGeoidSwedishInterpalation3 : public RegionalGeoid {
  public:
+  /// Constructed as RegionalGeoid is.
   using RegionalGeoid::RegionalGeoid;
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,

@@ -20,12 +20,14 @@ namespace zel_cs::geomath {
 /// outside is a hole. Queries are const, store nothing and may run from many threads at once.
 class GEOMATH_API RegionalGeoid {
  public:
+  /// The values of the record stay the caller's and must outlive the model and its copies.
   explicit RegionalGeoid(const RegionalGeoidData& data);
-  /// Value size 4, scale 1, no padding.
+  /// From the members of a record: value size 4, scale 1, no padding.
   RegionalGeoid(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                 const wchar_t* datumName, const wchar_t* interpolationType);
   /// Copies share the grid values and own their names.
   RegionalGeoid(const RegionalGeoid& other) = default;
+  /// Copies share the grid values and own their names.
   RegionalGeoid& operator=(const RegionalGeoid& other) = default;
   virtual ~RegionalGeoid() = default;
 
@@ -45,6 +47,7 @@ class GEOMATH_API RegionalGeoid {
   virtual int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX,
                      double* point, double& height) const;
 
+  /// Members of the record.
   int GetNX() const { return data_.NX; }
   int GetNY() const { return data_.NY; }
   const void* GetData() const { return data_.data; }
@@ -73,8 +76,8 @@ class GEOMATH_API RegionalGeoid {
   bool CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix* accuracy) const;
 
  protected:
-  RegionalGeoidData data_;
-  int rowStride_ = 0;  // bytes from row to row
+  RegionalGeoidData data_;  ///< as given
+  int rowStride_ = 0;       ///< bytes from row to row
 
  private:
   long REG_MOD(const TAbstractPoint3<double>* points, int count, double* heights) const;

@@ -28,6 +28,7 @@ struct GEOMATH_API RegionalGeoidData {
                     double dismod, const wchar_t* datum, const wchar_t* interpolation, int, double,
                     const wchar_t* parser);
 
+  /// Stores a copy; null stores none.
   void SetDatumName(const wchar_t* name) { datumName.Set(name); }
   void SetTypeInterpolation(const wchar_t* name) { interpolationType.Set(name); }
   void SetTypeParserOriginal(const wchar_t* name) { parserOriginal.Set(name); }

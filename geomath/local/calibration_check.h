@@ -23,12 +23,18 @@ struct PointCheck {
 /// Formal standard deviations: metres, radians, metres per metre. NaN where there is no redundancy;
 /// 0 for what is not estimated (a fixed scale, the slopes of one or two heights).
 struct CalibrationDeviations {
-  double tN, tE, scale, rotation;
-  double h0, aN, aE;
+  double tN;        ///< of the shift of northings
+  double tE;        ///< of the shift of eastings
+  double scale;     ///< of the scale
+  double rotation;  ///< of the rotation
+  double h0;        ///< of the height shift
+  double aN;        ///< of the slope towards north
+  double aE;        ///< of the slope towards east
 };
 
 /// What is weak about a calibration.
 struct CalibrationWarning {
+  /// What is weak, and what `value` then holds.
   enum class Kind {
     fewPoints,          ///< one or two horizontal points; value: how many
     pointsInLine,       ///< horizontal points nearly in one line; value: width over length
@@ -38,9 +44,9 @@ struct CalibrationWarning {
     suspiciousPoint,    ///< value: the largest standardised residual of `point`
     outsideTheControl,  ///< an unused point beyond the control; value: the distance, metres
   };
-  Kind kind;
-  int point;  ///< its index, −1 where the warning is not about one point
-  double value;
+  Kind kind;     ///< what is weak
+  int point;     ///< its index, −1 where the warning is not about one point
+  double value;  ///< as the kind says
 };
 
 /// The warning as a sentence for a surveyor. `pointName` is the name of its point.
@@ -69,6 +75,7 @@ class GEOMATH_API CalibrationCheck {
 
   /// One entry a point, in their order.
   const std::vector<PointCheck>& Points() const { return checks_; }
+  /// How precise the parameters are.
   const CalibrationDeviations& Deviations() const { return deviations_; }
   /// Standard deviation of one local coordinate, metres; NaN without redundancy.
   double HorizontalSigma() const { return horizontalSigma_; }
@@ -82,6 +89,7 @@ class GEOMATH_API CalibrationCheck {
   /// Distance of a grid position from the convex hull of the control, metres; 0 inside.
   double DistanceOutside(double gridN, double gridE) const;
 
+  /// What is weak; empty when nothing is.
   const std::vector<CalibrationWarning>& Warnings() const { return warnings_; }
 
  private:

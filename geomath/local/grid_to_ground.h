@@ -27,6 +27,7 @@ class GEOMATH_API GridToGround {
   double FNgrid() const;
   double FEgrid() const;
 
+  /// The bit kDisabled, for the caller: conversions do not look at it.
   bool IsDisabled() const { return (flags & kDisabled) != 0; }
   void SetEnabled(bool on);
 
@@ -43,15 +44,15 @@ class GEOMATH_API GridToGround {
                             std::ptrdiff_t stride = 1) const;
   std::size_t ToGridBatch(double* N, double* E, std::size_t count, std::ptrdiff_t stride = 1) const;
 
-  double offsetN = 0;  ///< shift added on the ground side
-  double offsetE = 0;
-  double scale = 1.0;  ///< ground over grid, used when the scale is not derived
-  double height = 0;   ///< project height of the derived scale
-  double rotation = 0;
-  double originN = 0;  ///< grid point about which rotation and scale act
-  double originE = 0;
-  double gridScaleFactor = 1.0;  ///< of the projection at the site, for the derived scale
-  std::uint32_t flags = kDeriveScale;
+  double offsetN = 0;   ///< shift of the northing, added on the ground side, metres
+  double offsetE = 0;   ///< shift of the easting
+  double scale = 1.0;   ///< ground over grid, used when the scale is not derived
+  double height = 0;    ///< project height of the derived scale, metres
+  double rotation = 0;  ///< radians, positive from north towards east
+  double originN = 0;   ///< northing of the grid point about which rotation and scale act, metres
+  double originE = 0;   ///< its easting
+  double gridScaleFactor = 1.0;        ///< of the projection at the site, for the derived scale
+  std::uint32_t flags = kDeriveScale;  ///< the bits above
 
  private:
   double EffectiveScale() const;

@@ -23,16 +23,16 @@ enum PointUse : std::int32_t {
 struct IdenticalPoint {
   IdenticalPoint() : scaleHeight(0), use(PointUseNone), globalFlags(0), localFlags(0) {}
 
-  double globalN;      ///< grid northing of the base projection; or latitude, radians
-  double globalE;      ///< grid easting of the base projection; or longitude, radians
-  double globalH;      ///< height in the global system
-  double scaleHeight;  ///< height of the scale that one point alone gives
-  double localN;
-  double localE;
-  double localH;
-  double residualN;  ///< local minus computed; DBL_MAX where not computed
-  double residualE;
-  double residualH;
+  double globalN;             ///< grid northing of the base projection; or latitude, radians
+  double globalE;             ///< grid easting of the base projection; or longitude, radians
+  double globalH;             ///< height in the global system
+  double scaleHeight;         ///< height of the scale that one point alone gives
+  double localN;              ///< northing in the local system
+  double localE;              ///< easting in the local system
+  double localH;              ///< height in the local system
+  double residualN;           ///< local minus computed; DBL_MAX where not computed
+  double residualE;           ///< likewise
+  double residualH;           ///< likewise
   std::int32_t use;           ///< a PointUse
   std::uint32_t globalFlags;  ///< which global components are present
   std::uint32_t localFlags;   ///< which local components are present

@@ -13,8 +13,10 @@ namespace zel_cs::geomath {
 /// Applies a site calibration: converts between the plane coordinates of a projection (the grid)
 /// and a local site system, and, through a projection of its own, between geodetic coordinates and
 /// the local system.
-///   local N = s·(cos θ·N − sin θ·E) + tN      local H = H + h0 + aN·N + aE·E
-///   local E = s·(sin θ·N + cos θ·E) + tE
+///
+///     local N = s·(cos θ·N − sin θ·E) + tN      local H = H + h0 + aN·N + aE·E
+///     local E = s·(sin θ·N + cos θ·E) + tE
+///
 /// Metres and radians. `what` names the parts asked for: 1 horizontal, 2 height, 3 both. Parts that
 /// are not computed come out as DBL_MAX.
 ///
@@ -22,12 +24,14 @@ namespace zel_cs::geomath {
 /// once; Forward and Inverse store the factors of the last point in the projection.
 class GEOMATH_API LocalToGrid {
  public:
+  /// Values of `mode`, and of `what` in the conversions.
   static constexpr unsigned char kNotSetUp = 0, kHorizontal = 1, kVertical = 2, kBoth = 3;
 
   /// Identity parameters, not set up (mode 0), stereographic projection on WGS84.
   LocalToGrid();
   /// Copies are deep: the copy owns a projection of its own.
   LocalToGrid(const LocalToGrid& other);
+  /// Copies are deep.
   LocalToGrid& operator=(const LocalToGrid& other);
   ~LocalToGrid();
 
@@ -60,6 +64,7 @@ class GEOMATH_API LocalToGrid {
   void SetGeoidName(const wchar_t* name);
   const wchar_t* GetGeoidName() const { return geoidName_.Get(); }
 
+  /// The projection, owned by this object.
   const TGeoProj* GetProjection() const { return projection_.get(); }
   /// Grid position of the origin, metres; 0 when the projection cannot give it.
   double OriginN() const { return originN_; }

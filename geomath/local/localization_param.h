@@ -34,6 +34,7 @@ class GEOMATH_API TLocalizationParam {
                      double invf, int placement);
   /// Copies share the points and the base projection; a projection of the solver's own is copied.
   TLocalizationParam(const TLocalizationParam&) = default;
+  /// Likewise.
   TLocalizationParam& operator=(const TLocalizationParam&) = default;
   ~TLocalizationParam() = default;
 
@@ -88,6 +89,7 @@ class GEOMATH_API TLocalizationParam {
   unsigned char GetInitialization() const;
   /// 1 with a projection of the solver's own, 5 with a base projection.
   char GetLocalizationType() const;
+  /// kCentreOfExtent, or what else the constructor was given.
   int GetLocalizationPlacement() const { return placement_; }
   /// Whether the scale is kept at 1.
   bool IsScaleFixed() const { return fixScale_; }

@@ -11,7 +11,9 @@ namespace zel_cs::geomath {
 
 /// The elements of the geomagnetic field at a point, or how much they change in a year.
 struct MagneticElements {
-  double x, y, z;        ///< towards geodetic north, east and down, nT
+  double x;              ///< towards geodetic north, nT
+  double y;              ///< towards geodetic east, nT
+  double z;              ///< down, nT
   double h;              ///< horizontal intensity, nT
   double f;              ///< total intensity, nT
   double declination;    ///< from geodetic north to magnetic north, east positive, degrees
@@ -21,14 +23,17 @@ struct MagneticElements {
 
 /// The field and its yearly change (nT and degrees per year).
 struct MagneticPoint {
-  MagneticElements field, yearlyChange;
+  MagneticElements field;         ///< at the date
+  MagneticElements yearlyChange;  ///< of each element
 };
 
 /// One standard deviation of the elements that a model's publisher states for its years; it covers
 /// what no such model contains (crust, disturbances), so it dwarfs any error of computation.
 struct MagneticUncertainty {
-  double x, y, z, h, f;             ///< nT
-  double declination, inclination;  ///< degrees
+  /// nT.
+  double x, y, z, h, f;
+  /// Degrees.
+  double declination, inclination;
 };
 
 struct MagneticErrorModel;
@@ -56,6 +61,7 @@ class GEOMATH_API MagneticField {
   /// The model at a decimal year (see DecimalYear). Dates outside the model's years extrapolate.
   MagneticField(const WMMtype_MagneticModel& model, double decimalYear);
 
+  /// The field at a point and its yearly change.
   MagneticPoint At(double latitude, double longitude, double height) const noexcept;
 
   /// The same, bit for bit, for `count` points, several at a time: 1.4 times as fast. Returns how
@@ -63,6 +69,7 @@ class GEOMATH_API MagneticField {
   std::size_t AtBatch(const double* latitudes, const double* longitudes, const double* heights,
                       std::size_t count, MagneticPoint* results) const noexcept;
 
+  /// The date that the coefficients were adjusted to.
   double DecimalYear() const { return decimalYear_; }
 
   /// Whether the date lies in the years that the model was made for, both ends included.

@@ -17,13 +17,16 @@ struct WMMtype_MagneticModel {
   double editionDate = 0;             ///< decimal year of the release, 0 when unknown
   double epoch = 0;                   ///< decimal year that g and h belong to
   std::string modelName;              ///< at most kMaxModelName characters
-  std::vector<double> g, h;           ///< main field, at TermIndex(n, m), element 0 unused
-  std::vector<double> gDot, hDot;     ///< its yearly change
+  std::vector<double> g;              ///< main field, at TermIndex(n, m), element 0 unused
+  std::vector<double> h;              ///< likewise
+  std::vector<double> gDot;           ///< yearly change of g
+  std::vector<double> hDot;           ///< yearly change of h
   int nMax = 0;                       ///< maximum degree
   int nMaxSecVar = 0;                 ///< maximum degree that changes in time
   double coefficientFileEndDate = 0;  ///< decimal year up to which the publisher vouches
 };
 
+/// The longest name that a model keeps, characters.
 inline constexpr std::size_t kMaxModelName = 1023;
 
 /// The highest degree that is accepted: that of the high-resolution WMM.

@@ -7,14 +7,14 @@
 /// A calendar date and time in the layout of the Windows structure of the same name.
 /// Only wYear, wMonth (1 to 12) and wDay (1 to 31) are read by this library.
 struct SYSTEMTIME {
-  unsigned short wYear;
-  unsigned short wMonth;
-  unsigned short wDayOfWeek;
-  unsigned short wDay;
-  unsigned short wHour;
-  unsigned short wMinute;
-  unsigned short wSecond;
-  unsigned short wMilliseconds;
+  unsigned short wYear;          ///< of the Gregorian calendar
+  unsigned short wMonth;         ///< 1 to 12
+  unsigned short wDayOfWeek;     ///< not read
+  unsigned short wDay;           ///< 1 to 31
+  unsigned short wHour;          ///< not read
+  unsigned short wMinute;        ///< not read
+  unsigned short wSecond;        ///< not read
+  unsigned short wMilliseconds;  ///< not read
 };
 
 #endif

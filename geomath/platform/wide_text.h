@@ -17,8 +17,11 @@ GEOMATH_API int CompareWideNoCase(const wchar_t* left, const wchar_t* right) noe
 class GEOMATH_API WideText {
  public:
   WideText() = default;
+  /// A copy of `text`, or no text for null.
   explicit WideText(const wchar_t* text) : text_(DuplicateWide(text)) {}
+  /// A copy of the text.
   WideText(const WideText& other) : WideText(other.Get()) {}
+  /// A copy of the text.
   WideText& operator=(const WideText& other) {
     if (this != &other) Set(other.Get());
     return *this;

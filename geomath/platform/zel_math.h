@@ -19,11 +19,13 @@ class TAbstractPoint {
     for (T& x : v_) x = value;
   }
 
+  /// Fills every element with `value`.
   TAbstractPoint& operator=(const T& value) {
     for (T& x : v_) x = value;
     return *this;
   }
 
+  /// Exact comparison, element by element; a NaN is equal to nothing.
   bool operator==(const TAbstractPoint& other) const {
     for (int i = 0; i < N; ++i)
       if (!(v_[i] == other.v_[i])) return false;
@@ -33,11 +35,13 @@ class TAbstractPoint {
   bool operator!=(const TAbstractPoint& other) const { return !(*this == other); }
   bool operator!=(T value) const { return !(*this == value); }
 
+  /// The elements. Unchecked.
   T& operator[](int i) { return v_[i]; }
   T operator[](int i) const { return v_[i]; }
   operator T*() { return v_; }
   operator const T*() const { return v_; }
 
+  /// Every element times or over one number, by the rules of T.
   TAbstractPoint operator*(T factor) const { return TAbstractPoint(*this) *= factor; }
   TAbstractPoint operator/(T divisor) const { return TAbstractPoint(*this) /= divisor; }
   TAbstractPoint& operator*=(T factor) {
@@ -56,6 +60,7 @@ class TAbstractPoint {
     return total;
   }
 
+  /// Element by element; the quotient as in operator/=.
   TAbstractPoint operator+(const TAbstractPoint& other) const {
     return TAbstractPoint(*this) += other;
   }
@@ -67,6 +72,7 @@ class TAbstractPoint {
   }
   TAbstractPoint operator-() const { return TAbstractPoint(*this).uminus(); }
 
+  /// Element by element, in place.
   TAbstractPoint& operator+=(const TAbstractPoint& other) {
     for (int i = 0; i < N; ++i) v_[i] += other.v_[i];
     return *this;
@@ -107,6 +113,7 @@ class TAbstractPoint {
     return *this;
   }
 
+  /// Square of the length, length, and sum of the elements.
   T ModuleSq() const { return *this * *this; }
   T Module() const { return std::sqrt(ModuleSq()); }
   T sum() const {
@@ -138,8 +145,11 @@ template <class T>
 class TAbstractPoint2 : public TAbstractPoint<T, 2> {
  public:
   TAbstractPoint2() {}  // NOLINT(modernize-use-equals-default): leaves the elements uninitialised
+  /// Fills both elements.
   TAbstractPoint2(const T& value) : TAbstractPoint<T, 2>(value) {}
+  /// The same pair.
   TAbstractPoint2(const TAbstractPoint<T, 2>& point) : TAbstractPoint<T, 2>(point) {}
+  /// From its elements.
   TAbstractPoint2(T x, T y) {
     (*this)[0] = x;
     (*this)[1] = y;
@@ -151,8 +161,11 @@ template <class T>
 class TAbstractPoint3 : public TAbstractPoint<T, 3> {
  public:
   TAbstractPoint3() {}  // NOLINT(modernize-use-equals-default): leaves the elements uninitialised
+  /// Fills all elements.
   TAbstractPoint3(const T& value) : TAbstractPoint<T, 3>(value) {}
+  /// The same triple.
   TAbstractPoint3(const TAbstractPoint<T, 3>& point) : TAbstractPoint<T, 3>(point) {}
+  /// From its elements.
   TAbstractPoint3(T x, T y, T z) {
     (*this)[0] = x;
     (*this)[1] = y;
@@ -163,6 +176,7 @@ class TAbstractPoint3 : public TAbstractPoint<T, 3> {
 /// A rectangle by its four edges, in the unit that its user states.
 template <class T>
 struct TAbstractRect {
+  /// The edges; 0 until set.
   T west{}, south{}, east{}, north{};
 
   /// West, south, east, north for 0 to 3. Unchecked.

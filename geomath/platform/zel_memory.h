@@ -14,10 +14,12 @@ namespace zel_cs::geomath {
 /// comes from zel_operator_new and returns to free. The noexcept forms make a new-expression
 /// yield null, instead of throwing, when there is no memory. The placement forms do nothing.
 struct GEOMATH_API OnHostHeap {
+  /// From zel_operator_new and back to free.
   static void* operator new(std::size_t bytes) noexcept;
   static void* operator new[](std::size_t bytes) noexcept;
   static void operator delete(void* memory) noexcept;
   static void operator delete[](void* memory) noexcept;
+  /// In memory of the caller.
   static void* operator new(std::size_t, void* place) noexcept { return place; }
   static void* operator new[](std::size_t, void* place) noexcept { return place; }
   static void operator delete(void*, void*) noexcept {}

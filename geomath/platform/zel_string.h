@@ -15,6 +15,7 @@ class CZelStringT {
   /// the empty string.
   int Compare(const Char* other) const { return text_.compare(other ? other : EmptyText()); }
 
+  /// The characters, ended by a zero, owned by this string.
   operator const Char*() const { return text_.c_str(); }
 
  private:

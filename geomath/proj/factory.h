@@ -25,9 +25,9 @@ inline constexpr int kByNameOnly = -1;
 
 /// A projection that the factory knows: its name, the code that builds it too, and its maker.
 struct ProjFactoryRow {
-  const wchar_t* name;
-  int code;
-  TGeoProj* (*make)(double a, double invF);
+  const wchar_t* name;                       ///< as _GetProjByName takes it
+  int code;                                  ///< as _GetProjByType takes it, or kByNameOnly
+  TGeoProj* (*make)(double a, double invF);  ///< the result is owned by the caller
 };
 
 /// All of them, for listings.

@@ -34,6 +34,7 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// Scale 1, convergence 0. A kind above 40 or more than 16 parameters give kind 40 and no
   /// parameters; without parameters the kind is 40. `flag` is carried along unread.
   TGeoProj(unsigned int type, int paramCount, double a, double invF, bool flag);
+  /// Copies every member.
   TGeoProj(const TGeoProj& other);
   /// Copies every member, the axes as they are (nothing is recomputed from their texts).
   TGeoProj& operator=(const TGeoProj& other);
@@ -121,6 +122,7 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// of one class. False for null; true without any change for this object itself.
   bool CopyGeoProj(const TGeoProj* src);
 
+  /// Parameter count, kind and ellipsoid of the projection.
   int GetQParam() const { return paramCount_; }
   ProjType GetType() const { return type_; }
   const Ellipsoid& GetEllipsoid() const { return ell_; }
@@ -146,11 +148,11 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   virtual void ForwardBlock(double* b, double* l, std::size_t count) const;
   virtual void InverseBlock(double* n, double* e, std::size_t count) const;
 
-  Ellipsoid ell_;
-  double scale_;        // point scale of the last point
-  double convergence_;  // of the last point, radians
-  int paramCount_;
-  ProjType type_;
+  Ellipsoid ell_;       ///< as SetEllipsoid left it
+  double scale_;        ///< point scale of the last point
+  double convergence_;  ///< of the last point, radians
+  int paramCount_;      ///< of the class
+  ProjType type_;       ///< its kind
 
  private:
   bool flag_;

@@ -20,9 +20,9 @@ enum class ParamKind { angle, length, scale, number };
 /// derived again after it was set.
 template <class Proj>
 struct ParamRow {
-  double Proj::*field;
-  ParamKind kind;
-  void (Proj::*refresh)() = nullptr;
+  double Proj::*field;                ///< radians, metres or a plain number
+  ParamKind kind;                     ///< how it is exchanged
+  void (Proj::*refresh)() = nullptr;  ///< called after a change, when given
 };
 
 /// GetParam from a table: 0.0 outside it.

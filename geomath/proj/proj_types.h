@@ -18,6 +18,7 @@ class GEOMATH_API TabulatedProjType : public ProjectionType {
   bool DoConvertToUnit() const override;
 
  protected:
+  /// The row must outlive the object.
   explicit TabulatedProjType(const ProjTypeRow& row);
 
  private:
@@ -27,8 +28,8 @@ class GEOMATH_API TabulatedProjType : public ProjectionType {
 /// A key under which this library's registry knows a kind, and what creates its description: a new
 /// object, owned by the caller, or null when there is no memory.
 struct ProjTypeKey {
-  const wchar_t* key;
-  ProjectionType* (*create)();
+  const wchar_t* key;           ///< as TProjectionType::Load takes it
+  ProjectionType* (*create)();  ///< makes the description
 };
 
 /// The keys of this library's kinds in the order of their registration.
@@ -45,21 +46,25 @@ class GEOMATH_API TTMercProjType : public zel_cs::geomath::TabulatedProjType {
   TTMercProjType();
 };
 
+/// TSPC_TM83Proj.
 class GEOMATH_API TSPC_TM83ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TSPC_TM83ProjType();
 };
 
+/// TSPC_OM83Proj.
 class GEOMATH_API TSPC_OM83ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TSPC_OM83ProjType();
 };
 
+/// TSPC_LC83Proj.
 class GEOMATH_API TSPC_LC83ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TSPC_LC83ProjType();
 };
 
+/// TLCProj.
 class GEOMATH_API TLCProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TLCProjType();
@@ -71,21 +76,25 @@ class GEOMATH_API TTM27ProjType : public zel_cs::geomath::TabulatedProjType {
   TTM27ProjType();
 };
 
+/// TLC27Proj.
 class GEOMATH_API TLC27ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TLC27ProjType();
 };
 
+/// TAK01Proj.
 class GEOMATH_API TAK01ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TAK01ProjType();
 };
 
+/// TAK29Proj.
 class GEOMATH_API TAK29ProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TAK29ProjType();
 };
 
+/// TSterProj.
 class GEOMATH_API TSterProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TSterProjType();
@@ -97,11 +106,13 @@ class GEOMATH_API TTMProjType : public zel_cs::geomath::TabulatedProjType {
   TTMProjType();
 };
 
+/// TAlbersEAConicProj.
 class GEOMATH_API TAlbersEAConicProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TAlbersEAConicProjType();
 };
 
+/// TMercatorProj.
 class GEOMATH_API TMercatorProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TMercatorProjType();
@@ -113,11 +124,13 @@ class GEOMATH_API TOMProjType : public zel_cs::geomath::TabulatedProjType {
   TOMProjType();
 };
 
+/// TCassiniProj.
 class GEOMATH_API TCassiniProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TCassiniProjType();
 };
 
+/// TSwissProj.
 class GEOMATH_API TSwissProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TSwissProjType();
@@ -129,11 +142,13 @@ class GEOMATH_API TTMSpherProjType : public zel_cs::geomath::TabulatedProjType {
   TTMSpherProjType();
 };
 
+/// TRSOProj.
 class GEOMATH_API TRSOProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TRSOProjType();
 };
 
+/// TColombiaProj.
 class GEOMATH_API TColombiaProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TColombiaProjType();
@@ -157,26 +172,31 @@ class GEOMATH_API TTM_MWProjType : public zel_cs::geomath::TabulatedProjType {
   TTM_MWProjType();
 };
 
+/// TRDProj.
 class GEOMATH_API TRDProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TRDProjType();
 };
 
+/// TRDTransProj.
 class GEOMATH_API TRDTransProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TRDTransProjType();
 };
 
+/// TDoubleSterProj.
 class GEOMATH_API TDoubleSterProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TDoubleSterProjType();
 };
 
+/// TNZMGProj.
 class GEOMATH_API TNZMGProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TNZMGProjType();
 };
 
+/// TKROVAKProj.
 class GEOMATH_API TKROVAKProjType : public zel_cs::geomath::TabulatedProjType {
  public:
   TKROVAKProjType();

@@ -41,6 +41,7 @@ class GEOMATH_API ProjectionType : public OnHostHeap {
   ProjectionType(unsigned int type, int count, char** names);
   virtual ~ProjectionType();
 
+  /// The number of parameters.
   int GetQParam() const { return count_; }
   /// The name at an index, program-owned and not to be written to; null outside 0 … count − 1, for
   /// a parameter without a name, and always here in the base.
@@ -52,9 +53,11 @@ class GEOMATH_API ProjectionType : public OnHostHeap {
   /// Whether this kind's angles and lengths follow the units that a user chooses. False for kinds
   /// whose parameters are printed constants of a published table, in the units of that table.
   virtual bool DoConvertToUnit() const;
+  /// The kind.
   ProjType GetType() { return type_; }
 
  protected:
+  /// The table of names that the object was made with.
   char** Names() const { return names_; }
 
  private:

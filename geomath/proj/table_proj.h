@@ -46,6 +46,7 @@ class GEOMATH_API TTableProj : public OnHostHeap {
   TGeoProj* GetGeoProj() const;
   void SetGeoProj(TGeoProj* proj);
 
+  /// The mathematics, owned by this object, or null.
   TTableProjMath* GetTableProjMath() const { return math_.get(); }
   /// Deletes the present mathematics, unless it is the same, and takes ownership of `math`.
   void SetTableProjMath(TTableProjMath* math);

@@ -9,6 +9,7 @@ class GEOMATH_API TTableProjBounds {
  public:
   /// All edges 0: nothing is inside.
   TTableProjBounds() = default;
+  /// The edges.
   TTableProjBounds(double xMin, double yMin, double xMax, double yMax)
       : edges_{xMin, yMin, xMax, yMax} {}
 

@@ -11,6 +11,7 @@ class TTableProj;
 /// class with TTableProj::RegisterTableProjLoader; construction alone does not register it.
 class GEOMATH_API TTableProjLoader {
  public:
+  /// Remembers the name; registers nothing.
   explicit TTableProjLoader(const CZelStringT<wchar_t>& name);
   virtual ~TTableProjLoader();
 

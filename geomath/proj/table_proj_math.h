@@ -15,8 +15,11 @@ class GEOMATH_API TTableProjMath : public OnHostHeap {
  public:
   /// No grids, no projection, sizes 0.
   TTableProjMath();
+  /// The grids, their sizes and the projection stay the caller's; each pointer may be null.
   TTableProjMath(float* dataN, float* dataE, int firstSize, int secondSize, TGeoProj* proj);
+  /// Copies share the grids and the projection.
   TTableProjMath(const TTableProjMath&);
+  /// Copies share the grids and the projection.
   TTableProjMath& operator=(const TTableProjMath&);
   virtual ~TTableProjMath();
 
@@ -25,6 +28,7 @@ class GEOMATH_API TTableProjMath : public OnHostHeap {
   /// In place, northing and easting to latitude and longitude; false on failure.
   virtual bool Inverse(double& n, double& e) = 0;
 
+  /// The grids and the projection, not owned; null where there is none.
   TGeoProj* GetGeoProj() const { return proj_; }
   void SetGeoProj(TGeoProj* proj) { proj_ = proj; }
   float* GetDataN() const { return dataN_; }

@@ -1,5 +1,6 @@
 #pragma once
 
+/// @file
 /// What a kernel source needs to keep code of one instruction set out of the other's reach.
 ///
 /// A kernel source is compiled once per instruction set with GEOMATH_KERNEL_TARGET naming the tag.

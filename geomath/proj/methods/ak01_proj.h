@@ -27,14 +27,17 @@ class GEOMATH_API TAK01Proj : public TGeoProj {
  public:
   /// The zone as published.
   TAK01Proj();
+  /// The parameters in their order.
   TAK01Proj(double A, double B, double C, double D, double F, double G, double H, double I,
             double e, double epsilon, double lon0, int zone);
 
   /// Longitude where the axis meets the equator of the aposphere, arc-seconds, west positive.
   double Lon0() const { return lon0_; }
   void Lon0(double value) { lon0_ = value; }
+  /// Only stored.
   int Zone() const { return ParamAsInt(zone_); }
   void Zone(int value) { zone_ = value; }
+
   double FEast() const override;
   double FNorth() const override;
 

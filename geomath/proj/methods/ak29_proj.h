@@ -24,13 +24,16 @@ class GEOMATH_API TAK29Proj : public TGeoProj {
  public:
   /// Zone 2: 500000 feet at 142° W.
   TAK29Proj();
+  /// The parameters in their order.
   TAK29Proj(double C, double cm, int zone);
 
   /// Central meridian, arc-seconds, west positive.
   double CM() const { return cm_; }
   void CM(double value) { cm_ = value; }
+  /// Only stored.
   int Zone() const { return ParamAsInt(zone_); }
   void Zone(int value) { zone_ = value; }
+
   double FEast() const override;
 
   double GetParam(int index, unsigned int unit) const override;

@@ -22,9 +22,11 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
  public:
   /// WGS84, parallels 0 and 30°, all others 0.
   TAlbersEAConicProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TAlbersEAConicProj(double a, double invF, double southLat, double northLat, double lon0,
                      double lat0, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double SouthLat() const { return phiS_; }
   void SouthLat(double value);
   double NorthLat() const { return phiN_; }

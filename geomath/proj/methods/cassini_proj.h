@@ -23,9 +23,11 @@ class GEOMATH_API TCassiniProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0.
   TCassiniProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TCassiniProj(double a, double invF, double lat0, double lon0, double axisAzimuth, double fEast,
                double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double Lon0() const { return lambda0_; }

@@ -9,14 +9,18 @@ namespace zel_cs::geomath {
 
 /// The twelve parameters of a county grid, in index order. Radians and metres.
 struct CountyParams {
+  /// Longitude and latitude of the origin.
   double lonOrigin, latOrigin;
+  /// Standard parallels of a cone.
   double northStdP, southStdP;
-  double scale;
+  double scale;  ///< on the central line
+  /// False northing and easting.
   double fNorth, fEast;
-  double desElA, desElB;  // semi-axes of the design ellipsoid
-  double elevationShift;
-  double obliqueAngle;
-  double geoidHeight;
+  /// Semi-axes of the design ellipsoid.
+  double desElA, desElB;
+  double elevationShift;  ///< height of the county above the geoid
+  double obliqueAngle;    ///< azimuth of an oblique central line at the origin
+  double geoidHeight;     ///< of the county
 
   /// The values of a county grid that nobody has set up: 1 for the southern parallel, the
   /// WGS84 major axis for both design axes (a sphere), 0 for the rest.
@@ -37,6 +41,7 @@ struct CountyParams {
 /// only counts them twice.
 class GEOMATH_API CountyProj : public TGeoProj {
  public:
+  /// One parameter, in its unit; a setter takes effect at once.
   double LonOrigin() const { return params_.lonOrigin; }
   void LonOrigin(double value) { Set(params_.lonOrigin, value); }
   double LatOrigin() const { return params_.latOrigin; }
@@ -58,12 +63,14 @@ class GEOMATH_API CountyProj : public TGeoProj {
   void SetParam(double value, int index, unsigned int unit) override;
 
  protected:
+  /// A county grid of one kind.
   CountyProj(ProjType type, double a, double invF, const CountyParams& params);
 
+  /// The lifted ellipsoid and the scale that the method works with.
   Ellipsoid WorkingEllipsoid() const;
   double WorkingScale() const;
 
-  CountyParams params_;
+  CountyParams params_;  ///< as given
 
  private:
   void Set(double& field, double value);

@@ -25,9 +25,11 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TDenmarkTMProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TDenmarkTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
                  double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double CM() const { return lambda0_; }
   void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
@@ -52,7 +54,9 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
   /// Fills the coefficient arrays, the scaled rectifying radius and the northing offset of the
   /// origin from the parameters and the ellipsoid.
   void Init();
+
   void Prepare() override;
+
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

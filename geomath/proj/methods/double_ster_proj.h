@@ -24,9 +24,11 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TDoubleSter();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TDoubleSter(double a, double invF, double lat0, double lon0, double scale, double fEast,
               double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double Lon0() const { return lambda0_; }
@@ -46,7 +48,7 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
-  static constexpr int kParamCount = 5;
+  static constexpr int kParamCount = 5;  ///< of TDoubleSter itself
 
   /// For classes of another kind or parameter count that are this projection.
   TDoubleSter(ProjType type, int paramCount, double a, double invF, double lat0, double lon0,

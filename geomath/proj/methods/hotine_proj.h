@@ -40,18 +40,22 @@ class GEOMATH_API HotineProj : public TGeoProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   HotineProj(unsigned int type, std::size_t paramCount, double a, double invF, double azimuth,
              double scale, double lon0, double lat0, double fEast, double fNorth);
 
   /// Turns by the azimuth at the centre.
   void Prepare() override;
+
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 
+  /// One parameter, in its unit; a setter takes effect at once.
   Hotine::Line CentralLine() const { return {azimuth_, k0_, phiC_, lambdaC_}; }
 
+  /// The parameters.
   double azimuth_, k0_, lambdaC_, phiC_, fEast_, fNorth_;
-  HotineGrid grid_;
+  HotineGrid grid_;  ///< derived of them
 
  private:
   void Set(double& field, double value);

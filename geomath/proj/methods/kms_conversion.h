@@ -27,9 +27,10 @@ using KmsPrepareFunction = int (*)(double& lat, double& lon, int direction);
 using KmsConvertFunction = int (*)(double a, double b, double& outA, double& outB, int system,
                                    int direction);
 
+/// The pair of functions that a host supplies.
 struct KmsConversion {
-  KmsPrepareFunction prepare;
-  KmsConvertFunction convert;
+  KmsPrepareFunction prepare;  ///< null for the default
+  KmsConvertFunction convert;  ///< null for the default
 };
 
 /// Installs both functions for the whole process and returns the previous pair. A null one restores

@@ -14,6 +14,7 @@ class GEOMATH_API TKMSProjTM : public TDenmarkTMProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TKMSProjTM();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TKMSProjTM(double a, double invF, double cm, double scale, double lat0, double fEast,
              double fNorth);
 

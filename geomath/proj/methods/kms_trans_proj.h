@@ -18,9 +18,11 @@ class GEOMATH_API TKMSTransProj : public TDenmarkTMProj {
  public:
   /// WGS84, all parameters 0, scale 1, system 115.
   TKMSTransProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TKMSTransProj(double a, double invF, double cm, double scale, double lat0, double fEast,
                 double fNorth, int systemCode);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   int SystemCode() const { return systemCode_; }
   void SystemCode(int value) { systemCode_ = value; }
 

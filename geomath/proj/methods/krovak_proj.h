@@ -31,9 +31,11 @@ class GEOMATH_API TKrovakProj : public TGeoProj {
   /// WGS84 with the constants of S-JTSK: centre 49°30′, 42°30′ east of Ferro, pole 59°42′42.69689″,
   /// pseudo-standard parallel 78°30′, scale 0.9999.
   TKrovakProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TKrovakProj(double a, double invF, double lat0, double lon0, double dLon, double Uq, double S0,
               double scale, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double Lon0() const { return lambda0_; }

@@ -30,9 +30,11 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
  public:
   /// All parameters 0, L5 1.
   TLC27Proj();
+  /// The parameters in their order.
   TLC27Proj(double L1, double L2, double L3, double L4, double L5, double L6, double L78, double L9,
             double L10, double L11, int zone);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double L1() const { return L1_; }
   void L1(double value) { L1_ = value; }
   double L2() const { return L2_; }

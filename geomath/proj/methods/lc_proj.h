@@ -29,9 +29,11 @@ class GEOMATH_API TLCProj : public TGeoProj {
  public:
   /// WGS84, parallels 0 and 30°, all others 0, scale 1.
   TLCProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TLCProj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
           double fEast, double fNorth, double scale);
 
+  /// One parameter, in its unit; those of the latitudes do not derive everything again, see above.
   double SouthLat() const { return phiS_; }
   void SouthLat(double value);
   double NorthLat() const { return phiN_; }

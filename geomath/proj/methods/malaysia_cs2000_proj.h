@@ -22,9 +22,11 @@ class GEOMATH_API TMalaysia_CS2000Proj : public TGeoProj {
  public:
   /// WGS84, all parameters 0.
   TMalaysia_CS2000Proj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMalaysia_CS2000Proj(double a, double invF, double axisAzimuth, double scale, double lon0,
                        double lat0);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double AxisAzimuth() const { return azimuth_; }
   void AxisAzimuth(double value) { Set(azimuth_, value); }
   double Scale() const { return k0_; }

@@ -11,7 +11,9 @@ namespace zel_cs::geomath {
 /// Old Cassini grid of a Malaysian state, tied to the Malayan rectified skew orthomorphic grid by
 /// the survey department's empirical coefficients: chains of 20.116782494376 m, offsets from the
 /// state's origin, and a quadratic correction in units of 10⁴ chains,
-///   ΔE_rso = X + e0 + ex·x + ey·y + exx·x² + exy·xy + eyy·y²   and likewise ΔN_rso from n…,
+///
+///     ΔE_rso = X + e0 + ex·x + ey·y + exx·x² + exy·xy + eyy·y²   and likewise ΔN_rso from n…,
+///
 /// X, Y being the state grid's easting and northing in chains, x = X/10⁴, y = Y/10⁴.
 ///
 /// Parameters: latitude and longitude of the state's origin (used only by GetCentralPoint); its
@@ -31,6 +33,7 @@ class GEOMATH_API TMalaysia_CSProj : public TGeoProj {
  public:
   /// The coefficients of the state of Johor, on WGS84.
   TMalaysia_CSProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMalaysia_CSProj(double a, double invF, double lat0, double lon0, double originE, double originN,
                    double e0, double n0, double ex, double ey, double nx, double ny, double exx,
                    double exy, double eyy, double nxx, double nxy, double nyy);

@@ -23,8 +23,10 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0.
   TMercatorProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMercatorProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lon0() const { return lambda0_; }
   void Lon0(double value) { Set(lambda0_, value); }
   double Lat0() const { return phi0_; }

@@ -19,6 +19,7 @@ class GEOMATH_API TMinnesota_OMProj : public CountyProj {
  public:
   /// WGS84 and CountyParams::NotSetUp.
   TMinnesota_OMProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMinnesota_OMProj(double a, double invF, double lonOrigin, double latOrigin, double northStdP,
                     double southStdP, double scale, double fNorth, double fEast, double desElA,
                     double desElB, double elevationShift, double obliqueAngle, double geoidHeight);
@@ -29,6 +30,7 @@ class GEOMATH_API TMinnesota_OMProj : public CountyProj {
   bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
 
  protected:
+  /// One parameter, in its unit; a setter takes effect at once.
   void Prepare() override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;

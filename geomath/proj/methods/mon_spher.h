@@ -24,9 +24,11 @@ class GEOMATH_API TMonSpher : public TGeoProj {
  public:
   /// WGS84, all parameters 0, k1 and scale 1.
   TMonSpher();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMonSpher(double a, double invF, double lat0, double lon0, double latNormal, double k1,
             double scale, double fEast, double fNorth, double axisAzimuth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double Lon0() const { return lambda0_; }

@@ -24,8 +24,10 @@ class GEOMATH_API TNZMGProj : public TGeoProj {
  public:
   /// The grid itself: International 1924, 41° S, 173° E, 2510000 m east, 6023150 m north.
   TNZMGProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TNZMGProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { phi0_ = value; }
   double Lon0() const { return lambda0_; }

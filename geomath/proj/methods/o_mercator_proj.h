@@ -17,6 +17,7 @@ class GEOMATH_API TOMercatorProj : public HotineProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TOMercatorProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TOMercatorProj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
                  double fEast, double fNorth);
 

@@ -14,6 +14,7 @@ class GEOMATH_API TRDProj : public TDoubleSter {
  public:
   /// WGS84, all parameters 0.
   TRDProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TRDProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
 
   double GetParam(int index, unsigned int unit) const override;

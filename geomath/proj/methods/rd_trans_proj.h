@@ -18,6 +18,7 @@ class GEOMATH_API TRDTransProj : public TDoubleSter {
 
   /// WGS84, all parameters 0, scale 1.
   TRDTransProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TRDTransProj(double a, double invF, double lat0, double lon0, double scale, double fEast,
                double fNorth);
 

@@ -11,6 +11,7 @@ class GEOMATH_API TRomaniaSter : public TDoubleSter {
  public:
   /// WGS84, all parameters 0, scale 1. Kept: its kind is that of TDoubleSter.
   TRomaniaSter() = default;
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TRomaniaSter(double a, double invF, double lat0, double lon0, double scale, double fEast,
                double fNorth);
 };

@@ -19,6 +19,7 @@ class GEOMATH_API TRSOProj : public HotineProj {
  public:
   /// The grid of peninsular Malaya on WGS84; its own ellipsoid is for the caller to set.
   TRSOProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TRSOProj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
            double fEast, double fNorth);
 

@@ -25,9 +25,11 @@ class GEOMATH_API TSPC_LC83Proj : public TGeoProj {
   /// WGS84 and the values that the factory gives: northern parallel 1 radian, all others 0.
   /// Kept: its kind is 0.
   TSPC_LC83Proj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
                 double fEast, double fNorth, int zone);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double SouthLat() const { return phiS_; }
   void SouthLat(double value);
   double NorthLat() const { return phiN_; }

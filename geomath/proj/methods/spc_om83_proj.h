@@ -18,9 +18,11 @@ class GEOMATH_API TSPC_OM83Proj : public HotineProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TSPC_OM83Proj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSPC_OM83Proj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
                 double fEast, double fNorth, int zone);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   int Zone() const { return ParamAsInt(zone_); }
   void Zone(int value) { zone_ = value; }
 

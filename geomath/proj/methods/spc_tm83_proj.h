@@ -23,9 +23,11 @@ class GEOMATH_API TSPC_TM83Proj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TSPC_TM83Proj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSPC_TM83Proj(double a, double invF, double cm, double scale, double lat0, double fEast,
                 double fNorth, int zone);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double CM() const { return lambda0_; }
   void CM(double value) { lambda0_ = value; }
   double Scale() const { return k0_; }

@@ -30,9 +30,11 @@ class GEOMATH_API TSterProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TSterProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSterProj(double a, double invF, double lat0, double lon0, double scale, double fEast,
             double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
   void Lat0(double value);
   double Lon0() const { return lambda0_; }

@@ -24,8 +24,10 @@ class GEOMATH_API TSwissProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0.
   TSwissProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSwissProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double L0() const { return lambda0_; }
   void L0(double value) { Set(lambda0_, value); }
   double B0() const { return phi0_; }

@@ -28,8 +28,10 @@ class GEOMATH_API TTM27Proj : public TGeoProj {
  public:
   /// All parameters 0, L5 1.
   TTM27Proj();
+  /// The parameters in their order.
   TTM27Proj(double L1, double L2, double L34, double L5, double L6, int zone);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double L1() const { return L1_; }
   void L1(double value) { L1_ = value; }
   double L2() const { return L2_; }

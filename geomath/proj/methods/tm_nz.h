@@ -13,9 +13,11 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
  public:
   /// WGS84, all parameters 0, scale 1, grid scale 0.999998261.
   TTTMNZ();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TTTMNZ(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth,
          double gridScale);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double GridScale() const { return gridScale_; }
   void GridScale(double value) { gridScale_ = value; }
 

@@ -21,8 +21,10 @@ class GEOMATH_API TTMProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TTMProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TTMProj(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double CM() const { return lambda0_; }
   void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }

@@ -28,9 +28,11 @@ class GEOMATH_API TUTMProj : public TGeoProj {
  public:
   /// WGS84, all parameters 0, scale 1.
   TUTMProj();
+  /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TUTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
            double fNorth);
 
+  /// One parameter, in its unit; a setter takes effect at once.
   double CM() const { return lambda0_; }
   void CM(double value);
   double Scale() const { return k0_; }
@@ -54,6 +56,7 @@ class GEOMATH_API TUTMProj : public TGeoProj {
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 
+  /// The prepared constants.
   const UtmFormulas& Formulas() const { return formulas_; }
 
  private:

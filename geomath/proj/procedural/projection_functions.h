@@ -2,15 +2,16 @@
 
 #include "geomath/export.h"
 
+/// @file
 /// Map projections on plain arrays, with unmangled names: for every method one function forward and
 /// one inverse.
 ///
-///   blh        latitude, longitude (radians, north and east positive), height (metres)
-///   neh        northing, easting, height (metres)
-///   ellipsoid  semi-major axis (metres), flattening f (not 1/f); f = 0 is a sphere. Not read, and
-///              allowed to be null, where the method has its ellipsoid built in
-///   param      the parameters that the function's comment lists: radians, metres, plain numbers;
-///              zone numbers and system codes as doubles
+///     blh        latitude, longitude (radians, north and east positive), height (metres)
+///     neh        northing, easting, height (metres)
+///     ellipsoid  semi-major axis (metres), flattening f (not 1/f); f = 0 is a sphere. Not read,
+///                and allowed to be null, where the method has its ellipsoid built in
+///     param      the parameters that the function's comment lists: radians, metres, plain
+///                numbers; zone numbers and system codes as doubles
 ///
 /// The height is copied. The result is that of the projection class: false where it fails, with
 /// unspecified numbers in the output beside the height. No axes are turned. Input and output are
