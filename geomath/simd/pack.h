@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstring>
 
@@ -23,7 +24,7 @@ constexpr std::size_t RegisterLanes() {
 /// each other while its points are independent. The compilers vectorise a plain loop over columns;
 /// a loop over lanes inside of a loop over terms they keep in memory, where this type keeps it in
 /// registers. N is a multiple of RegisterLanes<Target>(): one register leaves the processor waiting
-/// for the recurrence, two or more fill the wait.
+/// for the recurrence, two or more fill the wait. A smaller power of two takes a part of a register.
 ///
 /// Every operation is that of a double, lane by lane, so that a lane's result depends neither on its
 /// neighbours nor on N nor on the instruction set. A double stands for N equal lanes. For kernel
@@ -37,6 +38,12 @@ class Pack {
   GEOMATH_INLINE Pack() {}  // NOLINT(modernize-use-equals-default): {} must not zero the lanes
   GEOMATH_INLINE Pack(double all) {
     for (Register& r : registers_) r = all - Register{};  // x − 0 is x, −0 too
+  }
+  /// Register by register, since GCC takes a copy of the whole array through memory.
+  GEOMATH_INLINE Pack(const Pack& other) { *this = other; }
+  GEOMATH_INLINE Pack& operator=(const Pack& other) {
+    for (std::size_t i = 0; i < kRegisters; ++i) registers_[i] = other.registers_[i];
+    return *this;
   }
   /// N doubles from `from` on, of any alignment.
   static GEOMATH_INLINE Pack Load(const double* from) {
@@ -74,7 +81,7 @@ class Pack {
  private:
 #if defined(__GNUC__)
   // A vector type that is wider than the registers would be lowered through memory.
-  static constexpr std::size_t kRegisterLanes = RegisterLanes<Target>();
+  static constexpr std::size_t kRegisterLanes = std::min(N, RegisterLanes<Target>());
   using Register [[gnu::vector_size(kRegisterLanes * sizeof(double))]] = double;
 #else
   static constexpr std::size_t kRegisterLanes = 1;
