@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "geomath/base/ellipsoid.h"
-#include "geomath/proj/methods/math/hotine.h"
+#include "geomath/proj/methods/kernels/hotine_grid.h"
 
 namespace zel_cs::geomath {
 
