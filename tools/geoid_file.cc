@@ -5,7 +5,6 @@
 #include <ogr_spatialref.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <fstream>
 #include <limits>
@@ -28,14 +27,7 @@ std::unique_ptr<RegionalGeoid> Make(const RegionalGeoidData& data) {
   return std::make_unique<Model>(data);
 }
 
-/// A scheme over plain floats.
-struct Interpolation {
-  const char* name;
-  std::unique_ptr<RegionalGeoid> (*make)(const RegionalGeoidData&);
-  bool northFirst;    // its row order
-  bool halfTurnOnly;  // no height more than half a turn from the western edge
-};
-constexpr Interpolation kInterpolations[] = {
+constexpr GridScheme kInterpolations[] = {
     {"RegGeoid2x2SW", Make<RegGeoid2x2SW>, false, true},
     {"RegGeoid2x2NW", Make<RegGeoid2x2NW>, true, true},
     {"RegGeoid2x2Denmark", Make<RegGeoid2x2Denmark>, true, true},
@@ -52,8 +44,8 @@ constexpr Interpolation kInterpolations[] = {
 constexpr const char* kUsual = "RegGeoid2x2SW";
 constexpr const char* kUsualOfWideGrids = "RegGeoidIntrp_Spline4x4SW";
 
-const Interpolation& FindInterpolation(const std::string& name) {
-  for (const Interpolation& row : kInterpolations)
+const GridScheme& FindScheme(const std::string& name) {
+  for (const GridScheme& row : kInterpolations)
     if (FoldName(row.name) == FoldName(name)) return row;
   throw UserError(fmt::format("interpolation \"{}\" is unknown; {}", Printable(name),
                               SuggestName(name, InterpolationNames())));
@@ -63,9 +55,10 @@ struct CloseDataset {
   void operator()(GDALDataset* dataset) const { GDALClose(dataset); }
 };
 
-class GridGeoid : public LoadedGeoid {
+// Reads a raster into a grid.
+class GridReader {
  public:
-  explicit GridGeoid(const GeoidChoice& choice) : file_(choice.grid) {
+  explicit GridReader(const GeoidChoice& choice) : file_(choice.grid) {
     PrepareOgr();
     const std::unique_ptr<GDALDataset, CloseDataset> raster(GDALDataset::Open(
         file_.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr));
@@ -74,19 +67,11 @@ class GridGeoid : public LoadedGeoid {
     PlaceNodes(*raster);
     ReadNodes(*raster->GetRasterBand(1));
     CloseSeam();
-    const bool wide = (columns_ - 1) * step_[1] > 180;
-    const std::string usual = wide ? kUsualOfWideGrids : kUsual;
-    const Interpolation& scheme =
-        FindInterpolation(choice.interpolation.empty() ? usual : choice.interpolation);
-    if (wide && scheme.halfTurnOnly)
-      throw UserError(
-          fmt::format("{}: {} serves grids of at most 180 degrees of longitude; {} "
-                      "is for wider ones",
-                      file_, scheme.name, usual));
-    BuildModel(scheme);
+    grid_.scheme = &ChooseScheme(choice.interpolation, grid_.place, file_);
+    OrderRows();
   }
 
-  const GeoidHeight& Heights() const override { return *heights_; }
+  GeoidGrid Take() { return std::move(grid_); }
 
  private:
   [[noreturn]] void Refuse(const std::string& reason) const {
@@ -100,34 +85,32 @@ class GridGeoid : public LoadedGeoid {
     double t[6];
     if (raster.GetGeoTransform(t) != CE_None || t[2] != 0 || t[4] != 0 || !(t[1] > 0) || t[5] == 0)
       Refuse("the grid has no position, or is rotated");
-    constexpr double kMostNodes = 250e6;
-    columns_ = raster.GetRasterXSize();
-    rows_ = raster.GetRasterYSize();
-    if (1.0 * rows_ * columns_ > kMostNodes)
-      Refuse(fmt::format("{} by {} nodes are too many", rows_, columns_));
+    GridPlace& place = grid_.place;
+    place.columns = raster.GetRasterXSize();
+    place.rows = raster.GetRasterYSize();
+    place.latStep = std::abs(t[5]);
+    place.lonStep = t[1];
     northFirst_ = t[5] < 0;
-    step_ = {std::abs(t[5]), t[1]};
     const double first = t[3] + t[5] / 2;
-    south_ = northFirst_ ? first - (rows_ - 1) * step_[0] : first;
-    west_ = t[0] + t[1] / 2;
-    const double north = south_ + (rows_ - 1) * step_[0];
-    constexpr double kRounding = 1e-6;
-    if (!(south_ >= -90 - kRounding && north <= 90 + kRounding && std::abs(west_) <= 540))
-      Refuse("the grid does not lie between the poles, in degrees");
+    place.south = northFirst_ ? first - (place.rows - 1) * place.latStep : first;
+    place.west = t[0] + t[1] / 2;
+    if (const std::string problem = PlaceProblem(place); !problem.empty()) Refuse(problem);
   }
 
   // A hole is NaN, which every scheme carries into its result.
   void ReadNodes(GDALRasterBand& band) {
-    nodes_.resize(static_cast<std::size_t>(rows_) * static_cast<std::size_t>(columns_));
-    if (band.RasterIO(GF_Read, 0, 0, columns_, rows_, nodes_.data(), columns_, rows_, GDT_Float32,
-                      0, 0) != CE_None)
+    const auto& [south, west, latStep, lonStep, rows, columns] = grid_.place;
+    std::vector<float>& nodes = grid_.nodes;
+    nodes.resize(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns));
+    if (band.RasterIO(GF_Read, 0, 0, columns, rows, nodes.data(), columns, rows, GDT_Float32, 0,
+                      0) != CE_None)
       Refuse("cannot be read to its end" + OgrComplaint());
     int marked = 0, scaled = 0, shifted = 0;
     const auto noData = static_cast<float>(band.GetNoDataValue(&marked));
     const double scale = band.GetScale(&scaled), offset = band.GetOffset(&shifted);
     if (scaled && (scale == 0 || !std::isfinite(scale)))
       Refuse(fmt::format("its scale factor is {}: no height can be told from it", scale));
-    for (float& z : nodes_) {
+    for (float& z : nodes) {
       const bool hole = (marked && z == noData) || !std::isfinite(z);
       const double metres = (scaled ? scale : 1) * z + (shifted ? offset : 0);
       z = hole ? std::numeric_limits<float>::quiet_NaN() : static_cast<float>(metres);
@@ -138,52 +121,57 @@ class GridGeoid : public LoadedGeoid {
   void CloseSeam() {
     constexpr int kRepeated = 3;
     constexpr double kRounding = 1e-6;  // steps
-    const double around = 360 / step_[1];
+    GridPlace& place = grid_.place;
+    const double around = 360 / place.lonStep;
     if (std::abs(around - std::round(around)) > kRounding) return;
     const int period = static_cast<int>(std::round(around));
-    if (columns_ < period || columns_ > period + 1 || period < kRepeated) return;
+    if (place.columns < period || place.columns > period + 1 || period < kRepeated) return;
     const int wider = period + 2 * kRepeated;
+    const auto width = static_cast<std::size_t>(place.columns);
     std::vector<float> closed;
-    closed.reserve(static_cast<std::size_t>(rows_) * static_cast<std::size_t>(wider));
-    for (int r = 0; r < rows_; ++r)
+    closed.reserve(static_cast<std::size_t>(place.rows) * static_cast<std::size_t>(wider));
+    for (int r = 0; r < place.rows; ++r)
       for (int c = -kRepeated; c < period + kRepeated; ++c)
-        closed.push_back(nodes_[static_cast<std::size_t>(r) * static_cast<std::size_t>(columns_) +
-                                static_cast<std::size_t>((c + period) % period)]);
-    nodes_.swap(closed);
-    columns_ = wider;
-    west_ -= kRepeated * step_[1];
+        closed.push_back(grid_.nodes[static_cast<std::size_t>(r) * width +
+                                     static_cast<std::size_t>((c + period) % period)]);
+    grid_.nodes.swap(closed);
+    place.columns = wider;
+    place.west -= kRepeated * place.lonStep;
   }
 
-  void BuildModel(const Interpolation& scheme) {
-    if (northFirst_ != scheme.northFirst) {
-      const auto width = static_cast<std::ptrdiff_t>(columns_);
-      for (std::ptrdiff_t low = 0, high = rows_ - 1; low < high; ++low, --high)
-        std::swap_ranges(nodes_.begin() + low * width, nodes_.begin() + (low + 1) * width,
-                         nodes_.begin() + high * width);
-    }
-    const double latStep = step_[0] * kRadPerDeg, lonStep = step_[1] * kRadPerDeg;
-    const TGridRgn region(
-        {south_ * kRadPerDeg, (rows_ - 1) * latStep, west_ * kRadPerDeg, (columns_ - 1) * lonStep},
-        latStep, lonStep);
-    model_ = scheme.make(
-        RegionalGeoidData(region, columns_, rows_, nodes_.data(), 0, L"", L"", 4, 1.0, L""));
-    heights_ = std::make_unique<RegionalGeoidHeight>(*model_);
+  void OrderRows() {
+    if (northFirst_ == grid_.scheme->northFirst) return;
+    const auto width = static_cast<std::ptrdiff_t>(grid_.place.columns);
+    const auto begin = grid_.nodes.begin();
+    for (std::ptrdiff_t low = 0, high = grid_.place.rows - 1; low < high; ++low, --high)
+      std::swap_ranges(begin + low * width, begin + (low + 1) * width, begin + high * width);
   }
 
   std::string file_;
-  int rows_ = 0, columns_ = 0;
   bool northFirst_ = false;
-  std::array<double, 2> step_{};  // degrees, latitude and longitude
-  double south_ = 0, west_ = 0;   // degrees, of the first node
-  std::vector<float> nodes_;
-  std::unique_ptr<RegionalGeoid> model_;
-  std::unique_ptr<RegionalGeoidHeight> heights_;
+  GeoidGrid grid_;
 };
 
-/// Fully normalised coefficients in triangular order, and what a file says of them.
+class GridGeoid : public LoadedGeoid {
+ public:
+  explicit GridGeoid(const GeoidChoice& choice)
+      : grid_(GridReader(choice).Take()),
+        model_(MakeGridModel(*grid_.scheme, grid_.place, grid_.nodes.data())),
+        heights_(*model_) {}
+
+  const GeoidHeight& Heights() const override { return heights_; }
+  const GeoidGrid* Grid() const override { return &grid_; }
+
+ private:
+  GeoidGrid grid_;
+  std::unique_ptr<RegionalGeoid> model_;
+  RegionalGeoidHeight heights_;
+};
+
+/// Coefficients of one file, and what it says of them.
 struct Coefficients {
   std::vector<double> C, S;
-  int degrees = 0;            // maximum degree plus 1
+  int degrees = 0;
   double gm = 0, radius = 0;  // of a .gfc file; 0 when it says nothing
 };
 
@@ -271,26 +259,23 @@ constexpr double kNormalJ[] = {0.108262982131e-2, -0.237091120053e-5, 0.60834649
                                -0.142681087920e-10, 0.121439275882e-13};
 constexpr double kModelGM = 3.986004418e14, kModelRadius = 6378137.0;  // what GlobalGeoid uses
 
-class ModelGeoid : public LoadedGeoid {
+// Reads the coefficients of a model and of its correction.
+class ModelReader {
  public:
-  explicit ModelGeoid(const GeoidChoice& choice)
+  explicit ModelReader(const GeoidChoice& choice)
       : potential_(CoefficientReader(choice.model).Read()) {
     Rescale();
     if (choice.subtractNormalField) SubtractNormalField();
-    WarnOfNormalField(choice);
-    if (!choice.correction.empty()) {
-      correction_ = CoefficientReader(choice.correction).Read();
-      correction_.C.resize(potential_.C.size());
-      correction_.S.resize(potential_.C.size());
-    }
-    model_ = std::make_unique<GlobalGeoid>(potential_.degrees, potential_.C.data(),
-                                           potential_.S.data(), false, 0,
-                                           correction_.C.empty() ? nullptr : correction_.C.data(),
-                                           correction_.S.empty() ? nullptr : correction_.S.data());
-    heights_ = std::make_unique<GlobalGeoidHeight>(*model_);
+    if (choice.correction.empty()) return;
+    correction_ = CoefficientReader(choice.correction).Read();
+    correction_.C.resize(potential_.C.size());
+    correction_.S.resize(potential_.C.size());
   }
 
-  const GeoidHeight& Heights() const override { return *heights_; }
+  GeoidCoefficients Take() {
+    return {std::move(potential_.C), std::move(potential_.S), std::move(correction_.C),
+            std::move(correction_.S), potential_.degrees};
+  }
 
  private:
   void Rescale() {
@@ -314,9 +299,26 @@ class ModelGeoid : public LoadedGeoid {
     }
   }
 
+  Coefficients potential_, correction_;
+};
+
+class ModelGeoid : public LoadedGeoid {
+ public:
+  explicit ModelGeoid(const GeoidChoice& choice)
+      : coefficients_(ModelReader(choice).Take()),
+        model_(MakeHarmonicModel(coefficients_)),
+        heights_(*model_) {
+    WarnOfNormalField(choice);
+  }
+
+  const GeoidHeight& Heights() const override { return heights_; }
+  const GeoidCoefficients* Coefficients() const override { return &coefficients_; }
+
+ private:
   void WarnOfNormalField(const GeoidChoice& choice) {
     constexpr double kMuchOfNormalField = 1e-4;  // its C(2, 0) is -4.8e-4
-    if (potential_.C.size() < 4 || std::abs(potential_.C[3]) < kMuchOfNormalField) return;
+    const std::vector<double>& C = coefficients_.C;
+    if (C.size() < 4 || std::abs(C[3]) < kMuchOfNormalField) return;
     warning = fmt::format(
         "{}: {}", choice.model,
         choice.subtractNormalField
@@ -325,17 +327,58 @@ class ModelGeoid : public LoadedGeoid {
               "that of WGS84 away");
   }
 
-  Coefficients potential_, correction_;
+  GeoidCoefficients coefficients_;
   std::unique_ptr<GlobalGeoid> model_;
-  std::unique_ptr<GlobalGeoidHeight> heights_;
+  GlobalGeoidHeight heights_;
 };
 
 }  // namespace
 
 std::vector<std::string> InterpolationNames() {
   std::vector<std::string> names;
-  for (const Interpolation& row : kInterpolations) names.emplace_back(row.name);
+  for (const GridScheme& row : kInterpolations) names.emplace_back(row.name);
   return names;
+}
+
+std::string PlaceProblem(const GridPlace& place) {
+  constexpr double kMostNodes = 250e6;
+  constexpr double kRounding = 1e-6;
+  if (1.0 * place.rows * place.columns > kMostNodes)
+    return fmt::format("{} by {} nodes are too many", place.rows, place.columns);
+  const double north = place.south + (place.rows - 1) * place.latStep;
+  const bool onEarth =
+      place.south >= -90 - kRounding && north <= 90 + kRounding && std::abs(place.west) <= 540;
+  return onEarth ? "" : "the grid does not lie between the poles, in degrees";
+}
+
+const GridScheme& ChooseScheme(const std::string& name, const GridPlace& place,
+                               const std::string& subject) {
+  const bool wide = place.LonExtent() > 180;
+  const std::string usual = wide ? kUsualOfWideGrids : kUsual;
+  const GridScheme& scheme = FindScheme(name.empty() ? usual : name);
+  if (wide && scheme.halfTurnOnly)
+    throw UserError(
+        fmt::format("{}: {} serves grids of at most 180 degrees of longitude; {} "
+                    "is for wider ones",
+                    subject, scheme.name, usual));
+  return scheme;
+}
+
+std::unique_ptr<RegionalGeoid> MakeGridModel(const GridScheme& scheme, const GridPlace& place,
+                                             const float* nodes) {
+  const double latStep = place.latStep * kRadPerDeg, lonStep = place.lonStep * kRadPerDeg;
+  const TGridRgn region({place.south * kRadPerDeg, (place.rows - 1) * latStep,
+                         place.west * kRadPerDeg, (place.columns - 1) * lonStep},
+                        latStep, lonStep);
+  return scheme.make(
+      RegionalGeoidData(region, place.columns, place.rows, nodes, 0, L"", L"", 4, 1.0, L""));
+}
+
+std::unique_ptr<GlobalGeoid> MakeHarmonicModel(const GeoidCoefficients& c) {
+  const bool corrected = !c.correctionC.empty();
+  return std::make_unique<GlobalGeoid>(c.degrees, c.C.data(), c.S.data(), false, 0,
+                                       corrected ? c.correctionC.data() : nullptr,
+                                       corrected ? c.correctionS.data() : nullptr);
 }
 
 std::unique_ptr<LoadedGeoid> OpenGeoid(const GeoidChoice& choice) {

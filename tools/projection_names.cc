@@ -88,6 +88,20 @@ std::vector<ProjectionKind> CollectKinds() {
 
 }  // namespace
 
+const char* UnitName(ParameterUnit unit) {
+  switch (unit) {
+    case ParameterUnit::latitude:
+    case ParameterUnit::degrees:
+      return "degrees";
+    case ParameterUnit::metres:
+      return "metres";
+    case ParameterUnit::factor:
+    case ParameterUnit::number:
+      break;
+  }
+  return "";
+}
+
 const std::vector<ProjectionKind>& ProjectionKinds() {
   static const std::vector<ProjectionKind> kinds = CollectKinds();
   return kinds;

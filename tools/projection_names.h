@@ -11,6 +11,9 @@ namespace geomath_tools {
 /// How a parameter of a projection is written in a system file.
 enum class ParameterUnit { latitude, degrees, metres, factor, number };
 
+/// "degrees" or "metres"; empty for a plain number.
+const char* UnitName(ParameterUnit unit);
+
 struct ProjectionParameter {
   std::string name;
   std::string quantity;  // what it is: "latitude", "easting", "scale factor", …

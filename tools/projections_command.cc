@@ -21,20 +21,6 @@ struct ProjectionsOptions {
   bool json = false;
 };
 
-const char* UnitName(ParameterUnit unit) {
-  switch (unit) {
-    case ParameterUnit::latitude:
-    case ParameterUnit::degrees:
-      return "degrees";
-    case ParameterUnit::metres:
-      return "metres";
-    case ParameterUnit::factor:
-    case ParameterUnit::number:
-      break;
-  }
-  return "";
-}
-
 // Those that were asked for; all of them without a name.
 std::vector<const ProjectionKind*> Chosen(const std::vector<std::string>& names) {
   std::vector<const ProjectionKind*> chosen;

@@ -49,7 +49,7 @@ class SystemReader {
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
-    chain.SetProjection(system->projection_.get());
+    chain.SetProjection(system->Projection());
     if (top.Has("geoid")) ReadGeoid(top, *system);
     if (system->localization_) chain.SetLocalization(&*system->localization_);
     return system;
@@ -84,21 +84,19 @@ class SystemReader {
 
   void ReadProjectionAt(const JsonSection& top, CoordinateSystem& system) const {
     const json& object = top.Object("projection");
-    NamedProjection read = ReadProjection({file_, "projection", object, KeySpelling::folded},
-                                          system.local_.a, system.local_.invF);
-    system.projectionName_ = read.kind->name;
-    system.projection_ = std::move(read.projection);
+    system.named_ = ReadProjection({file_, "projection", object, KeySpelling::folded},
+                                   system.local_.a, system.local_.invF);
   }
 
   void ReadAxes(const JsonSection& top, CoordinateSystem& system) const {
     const JsonSection section(file_, "axes", top.Object("axes"), {"grid", "geographic"});
-    if (!system.projection_) section.Fail("grid", "needs a projection: the axes are those of it");
+    if (!system.Projection()) section.Fail("grid", "needs a projection: the axes are those of it");
     if (const AxisText* grid = ReadAxisPair(section, "grid")) {
-      system.projection_->SetNEAxes(Widen(grid->text).c_str());
+      system.Projection()->SetNEAxes(Widen(grid->text).c_str());
       system.grid_.northFirst = grid->northFirst;
     }
     if (const AxisText* geographic = ReadAxisPair(section, "geographic")) {
-      system.projection_->SetBLAxes(Widen(geographic->text).c_str());
+      system.Projection()->SetBLAxes(Widen(geographic->text).c_str());
       system.geographic_.northFirst = geographic->northFirst;
     }
   }
@@ -169,10 +167,10 @@ std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
 
 std::string ReadSystemText(const std::string& path) {
   constexpr std::size_t kLargestFile = 1 << 20;  // bytes; a description takes a few hundred
+  errno = 0;
   std::ifstream file(path, std::ios::binary);
   std::string text;
   char part[4096];
-  errno = 0;
   while (file && text.size() <= kLargestFile) {
     file.read(part, sizeof part);
     text.append(part, static_cast<std::size_t>(file.gcount()));

@@ -10,6 +10,7 @@
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/geoid_file.h"
+#include "tools/system_sections.h"
 
 namespace geomath_tools {
 
@@ -31,8 +32,12 @@ class CoordinateSystem {
   /// The ellipsoid of the projection.
   const zel_cs::geomath::Ellipsoid& LocalEllipsoid() const { return local_; }
   /// Null, with an empty name, where a system may do without.
-  zel_cs::geomath::TGeoProj* Projection() const { return projection_.get(); }
-  const std::string& ProjectionName() const { return projectionName_; }
+  zel_cs::geomath::TGeoProj* Projection() const { return named_.projection.get(); }
+  std::string ProjectionName() const { return named_.kind ? named_.kind->name : ""; }
+  /// The same with its kind and parameters; a kind of null where there is none.
+  const NamedProjection& Named() const { return named_; }
+  /// Null where there is none.
+  const LoadedGeoid* Geoid() const { return geoid_.get(); }
   AxisPair Geographic() const { return geographic_; }
   AxisPair Grid() const { return grid_; }
 
@@ -41,8 +46,7 @@ class CoordinateSystem {
 
   zel_cs::geomath::Ellipsoid global_, local_;
   std::optional<zel_cs::geomath::Datum> datum_;
-  std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
-  std::string projectionName_;
+  NamedProjection named_;
   std::unique_ptr<LoadedGeoid> geoid_;
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
   zel_cs::geomath::CoordinateChain chain_;

@@ -148,7 +148,7 @@ NamedProjection ReadProjection(const ProjectionSection& source, double a, double
                                                ListNames(section.SpelledAll(names))));
     values.push_back(ReadParameter(section, parameter));
   }
-  return {&kind, MakeProjection(kind, a, invF, values)};
+  return {&kind, values, MakeProjection(kind, a, invF, values)};
 }
 
 const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key) {

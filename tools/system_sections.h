@@ -25,9 +25,10 @@ inline const std::vector<std::string> kDatumKeys = {"dX", "dY", "dZ",  "rX",
 /// The datum on `local`, which it keeps a pointer to.
 zel_cs::geomath::Datum ReadDatum(const JsonSection& section, zel_cs::geomath::Ellipsoid* local);
 
-/// A projection with its kind, which says what its parameters are called.
+/// A projection with its kind and the values of its parameters, in the units of the kind.
 struct NamedProjection {
   const ProjectionKind* kind = nullptr;
+  std::vector<double> values;
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
 };
 

@@ -121,6 +121,19 @@ TEST(SystemFile, AxesTurnTheCoordinates) {
   EXPECT_EQ(p.y, -expected.x);
 }
 
+TEST(SystemFile, SaysWhyAFileCannotBeRead) {
+  for (const auto& [path, reason] :
+       {std::pair("absent.json", "absent.json: cannot be read: No such"),
+        std::pair(".", ".: cannot be read: Is a directory")}) {
+    try {
+      ReadSystemFile(path);
+      ADD_FAILURE() << path;
+    } catch (const UserError& error) {
+      EXPECT_NE(std::string(error.what()).find(reason), std::string::npos) << error.what();
+    }
+  }
+}
+
 TEST(SystemFile, ComplaintsNameFileKeyAndRemedy) {
   struct Case {
     std::function<void(json&)> spoil;
