@@ -73,7 +73,7 @@ const std::vector<TAbstractPoint3<double>>& Places() {
   return places;
 }
 
-void HarmonicPoint(benchmark::State& state) {
+void HarmonicScalar(benchmark::State& state) {
   GlobalGeoidScratch scratch;
   for (auto _ : state)
     for (const TAbstractPoint3<double>& place : Places()) {
@@ -84,18 +84,31 @@ void HarmonicPoint(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
 }
 
-void HarmonicRow(benchmark::State& state) {
+void HarmonicBatch(benchmark::State& state) {
   GlobalGeoidScratch scratch;
-  std::vector<double> heights(kRowColumns);
+  std::vector<double> heights(kPlaces);
+  for (auto _ : state) {
+    Model().CountHeight(Places().data(), heights.data(), static_cast<int>(kPlaces), scratch);
+    benchmark::DoNotOptimize(heights.data());
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
+}
+
+/// `rows` rows of longitudes all around the Earth.
+void HarmonicRows(benchmark::State& state, int rows) {
+  GlobalGeoidScratch scratch;
+  std::vector<double> heights(static_cast<std::size_t>(rows * kRowColumns));
   const double step = kTwoPi / kRowColumns;
   double south = 0.5;
   for (auto _ : state) {
     south = south < 1 ? south + 0.01 : 0.5;
-    Model().CountHeightOnGrid({{south, 0, 0, kTwoPi - step}, step, step}, heights.data(), scratch);
+    Model().CountHeightOnGrid({{south, (rows - 1) * step, 0, kTwoPi - step}, step, step},
+                              heights.data(), scratch);
     benchmark::DoNotOptimize(heights.data());
     benchmark::ClobberMemory();
   }
-  state.SetItemsProcessed(state.iterations() * kRowColumns);
+  state.SetItemsProcessed(state.iterations() * rows * kRowColumns);
 }
 
 /// Names of temporary files that are removed with the program.
@@ -167,16 +180,19 @@ void PeerPoint(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
 }
 
-void PeerRow(benchmark::State& state) {
+void PeerRows(benchmark::State& state, int rows) {
   const GeographicLib::GravityModel& model = Peer();
-  double lat = 30;
+  const double step = 360.0 / kRowColumns;
+  double south = 30;
   for (auto _ : state) {
-    lat = lat < 60 ? lat + 0.5 : 30;
-    const auto circle = model.Circle(lat, 0, GeographicLib::GravityModel::GEOID_HEIGHT);
-    for (int b = 0; b < kRowColumns; ++b)
-      benchmark::DoNotOptimize(circle.GeoidHeight(b * 360.0 / kRowColumns));
+    south = south < 60 ? south + 0.5 : 30;
+    for (int a = 0; a < rows; ++a) {
+      const auto circle =
+          model.Circle(south + a * step, 0, GeographicLib::GravityModel::GEOID_HEIGHT);
+      for (int b = 0; b < kRowColumns; ++b) benchmark::DoNotOptimize(circle.GeoidHeight(b * step));
+    }
   }
-  state.SetItemsProcessed(state.iterations() * kRowColumns);
+  state.SetItemsProcessed(state.iterations() * rows * kRowColumns);
 }
 #endif
 
@@ -255,11 +271,15 @@ void PeerGrid(benchmark::State& state) {
 #endif
 
 const bool registered = [] {
-  benchmark::RegisterBenchmark("geoid of degree 360, one point/scalar", HarmonicPoint);
-  benchmark::RegisterBenchmark("geoid of degree 360, a row/batch", HarmonicRow);
+  constexpr int kFewRows = 8;
+  benchmark::RegisterBenchmark("geoid of degree 360, points/scalar", HarmonicScalar);
+  benchmark::RegisterBenchmark("geoid of degree 360, points/batch", HarmonicBatch);
+  benchmark::RegisterBenchmark("geoid of degree 360, a row/batch", HarmonicRows, 1);
+  benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/batch", HarmonicRows, kFewRows);
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
-  benchmark::RegisterBenchmark("geoid of degree 360, one point/GravityModel", PeerPoint);
-  benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRow);
+  benchmark::RegisterBenchmark("geoid of degree 360, points/GravityModel", PeerPoint);
+  benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRows, 1);
+  benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/GravityCircle", PeerRows, kFewRows);
 #endif
   benchmark::RegisterBenchmark("geoid grid, bilinear/batch", Grid<RegGeoid2x2SW>);
 #ifdef GEOMATH_HAVE_PROJ

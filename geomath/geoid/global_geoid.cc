@@ -5,13 +5,9 @@
 #include <new>
 
 #include "geomath/base/angle.h"
+#include "geomath/geoid/harmonic_kernel.h"
+#include "geomath/simd/instruction_set.h"
 
-// The stages bear the names of the published program's routines:
-//   RADGRA  geocentric radius re, geocentric latitude and normal gravity gr of a latitude
-//   LEGFDN  fully normalised associated Legendre functions P(n, m), here one degree at a time for
-//           all orders, so that coefficients are read in the order in which they are stored
-//   DSCML   sines and cosines of multiples of the longitude
-//   HUNDU   the sum
 namespace zel_cs::geomath {
 namespace {
 
@@ -21,94 +17,118 @@ constexpr double kOneLessE2 = 0.99330562000987;
 constexpr double kGM = 3.986004418e14;            // WGS84, m³/s²
 constexpr double kEquatorGravity = 9.7803253359;  // Somigliana, m/s²
 constexpr double kSomigliana = 0.00193185265246;  // Somigliana's constant
-constexpr double kZeroDegree = -0.53;             // metres
-constexpr double kCentimetres = 100.0;            // of the correction coefficients, in a metre
-constexpr std::size_t kColumns = 32;              // longitudes that are summed together
 
-struct Station {
-  double cosTheta, sinTheta;  // of the geocentric colatitude
-  double gr;                  // normal gravity, m/s²
-  double re;                  // geocentric radius, metres
-};
+// Fewer latitudes than this are summed faster one by one than as a group.
+constexpr std::size_t kWorthGrouping = 4;
 
+/// RADGRA: geocentric radius re, geocentric latitude and normal gravity gr of a latitude.
 Station RADGRA(double lat) {
   const double sinPhi = std::sin(lat), t = sinPhi * sinPhi;
   const double W = std::sqrt(1 - kE2 * t), N = kA / W;
   const double p = std::abs(N * std::cos(lat)), Z = N * kOneLessE2 * sinPhi;
   const double theta = kHalfPi - std::atan(Z / p);
+  const double gr = kEquatorGravity * (1 + kSomigliana * t) / W, re = std::sqrt(p * p + Z * Z);
   return {.cosTheta = std::cos(theta),
           .sinTheta = std::sin(theta),
-          .gr = kEquatorGravity * (1 + kSomigliana * t) / W,
-          .re = std::sqrt(p * p + Z * Z)};
+          .ar = kA / re,
+          .metres = kGM / (gr * re)};
 }
 
-/// P(n, 0 … n) from the two degrees before, n ≥ 2; `p2` holds degree n − 2, zero beyond its last
-/// order, and receives degree n. Holmes and Featherstone 2002, eq. 11-13.
-void LEGFDN(std::size_t n, const Station& at, const double* root, const double* inverseRoot,
-            const double* __restrict p1, double* __restrict p2) {
-  const double k1 = root[2 * n + 1] * root[2 * n - 1] * at.cosTheta;
-  const double k2 = root[2 * n + 1] * inverseRoot[2 * n - 3];
-  for (std::size_t m = 0; m < n; ++m) {
-    const double scale = inverseRoot[n + m] * inverseRoot[n - m];
-    const double k3 = root[n + m - 1] * root[n - m - 1];
-    p2[m] = scale * (k1 * p1[m] - k2 * k3 * p2[m]);
-  }
-  p2[n] = root[2 * n + 1] * inverseRoot[2 * n] * at.sinTheta * p1[n - 1];
+/// The kernels of the instruction set in force.
+struct Kernels {
+  using Any = HarmonicKernel<simd::Baseline>;
+  decltype(&Any::SumOne) sumOne;
+  decltype(&Any::SumGroup) sumGroup;
+  decltype(&Any::Scattered) scattered;
+  decltype(&Any::Rows) rows;
+};
+
+Kernels ActiveKernels() {
+  const auto of = [](auto target) -> Kernels {
+    using Kernel = HarmonicKernel<decltype(target)>;
+    return {&Kernel::SumOne, &Kernel::SumGroup, &Kernel::Scattered, &Kernel::Rows};
+  };
+  return simd::ForActiveSet(of);
 }
 
-/// Adds one degree's terms, times `factor`, to the sums of each order.
-void AddDegree(std::size_t n, double factor, const double* __restrict p, const double* __restrict C,
-               const double* __restrict S, double* __restrict cosSum, double* __restrict sinSum) {
-  for (std::size_t m = 0; m <= n; ++m) {
-    const double term = factor * p[m];
-    cosSum[m] += term * C[m];
-    sinSum[m] += term * S[m];
+/// `count` longitudes lonAt(0), …, at most kLongitudes.
+template <class LonAt>
+Longitudes MultiplesOf(std::size_t count, LonAt lonAt) {
+  Longitudes lambda{.cosine = {}, .sine = {}, .count = count};
+  for (std::size_t i = 0; i < count; ++i) {
+    const double lon = lonAt(i);
+    lambda.cosine[i] = std::cos(lon);
+    lambda.sine[i] = std::sin(lon);
   }
+  return lambda;
 }
 
-/// HUNDU for up to kColumns longitudes: Σ cosSum[m]·cos mλ + sinSum[m]·sin mλ over m < `orders`,
-/// an even number, and the zero-degree term. DSCML's recurrence runs along, two orders a step.
-void HUNDU(const double* cosSum, const double* sinSum, std::size_t orders, const double* lambda,
-           std::size_t columns, double* heights) {
-  double even[2][kColumns], odd[2][kColumns];  // cosine and sine of the even and the odd order
-  double twoCos[kColumns], sum[kColumns];
-  for (std::size_t i = 0; i < columns; ++i) {
-    even[0][i] = 1;
-    even[1][i] = 0;
-    odd[0][i] = std::cos(lambda[i]);
-    odd[1][i] = std::sin(lambda[i]);
-    twoCos[i] = 2 * odd[0][i];
-    sum[i] = cosSum[0] + (cosSum[1] * odd[0][i] + sinSum[1] * odd[1][i]);
+/// One model's synthesis in the working space of one thread.
+class Synthesis {
+ public:
+  static std::size_t SpaceFor(std::size_t orders) { return (2 * kLatitudes + kWorkRows) * orders; }
+
+  Synthesis(const HarmonicSeries& series, double* space)
+      : series_(series),
+        orders_(series.Orders()),
+        cosine_(space),
+        sine_(cosine_ + kLatitudes * orders_),
+        work_(sine_ + kLatitudes * orders_) {}
+
+  /// Sums of one latitude.
+  OrderSums Sum(double lat) const {
+    const OrderSums sums{cosine_, sine_, 1};
+    kernels_.sumOne(series_, RADGRA(lat), work_, sums);
+    return sums;
   }
-  for (std::size_t m = 2; m < orders; m += 2) {
-    const double A0 = cosSum[m], B0 = sinSum[m], A1 = cosSum[m + 1], B1 = sinSum[m + 1];
-    for (std::size_t i = 0; i < columns; ++i) {
-      const double c0 = twoCos[i] * odd[0][i] - even[0][i];
-      const double s0 = twoCos[i] * odd[1][i] - even[1][i];
-      const double c1 = twoCos[i] * c0 - odd[0][i];
-      const double s1 = twoCos[i] * s0 - odd[1][i];
-      even[0][i] = c0;
-      even[1][i] = s0;
-      odd[0][i] = c1;
-      odd[1][i] = s1;
-      sum[i] += (A0 * c0 + B0 * s0) + (A1 * c1 + B1 * s1);
+
+  /// Sums of 1 to kLatitudes latitudes, read from the coefficients once.
+  OrderSums Sum(const double* lat, std::size_t latitudes) const {
+    Station at[kLatitudes];
+    for (std::size_t i = 0; i < kLatitudes; ++i)
+      at[i] = i < latitudes ? RADGRA(lat[i]) : at[latitudes - 1];
+    const OrderSums sums{cosine_, sine_, kLatitudes};
+    kernels_.sumGroup(series_, at, latitudes, work_, sums);
+    return sums;
+  }
+
+  /// Heights at the longitudes lonAt(0 … n − 1) of `rows` latitudes, row after row.
+  template <class LonAt>
+  void Rows(const OrderSums& sums, std::size_t rows, std::size_t n, LonAt lonAt,
+            double* heights) const {
+    for (std::size_t first = 0; first < n; first += kLongitudes) {
+      const Longitudes lambda = MultiplesOf(std::min(kLongitudes, n - first),
+                                            [&](std::size_t i) { return lonAt(first + i); });
+      kernels_.rows(sums, orders_, lambda, rows, heights + first, n);
     }
   }
-  for (std::size_t i = 0; i < columns; ++i) heights[i] = sum[i] + kZeroDegree;
-}
 
-/// Length of one work row: all orders, filled up with zeros to an even number of at least 2.
-std::size_t RowLength(int count) { return (static_cast<std::size_t>(count) + 1) / 2 * 2; }
+  /// Heights of `n` points, one on each latitude of a group.
+  template <class LonAt>
+  void Scattered(const OrderSums& sums, std::size_t n, LonAt lonAt,
+                 double (&heights)[kLatitudes]) const {
+    kernels_.scattered(sums, orders_, MultiplesOf(n, lonAt), heights);
+  }
 
-enum WorkRow {
-  kCosSum,
-  kSinSum,
-  kCosCorrection,
-  kSinCorrection,
-  kDegree,
-  kDegreeBefore,
-  kWorkRows
+ private:
+  HarmonicSeries series_;
+  std::size_t orders_;
+  double *cosine_, *sine_, *work_;
+  Kernels kernels_ = ActiveKernels();
 };
+
+/// Consecutive points on one latitude.
+struct Run {
+  std::size_t first, count;
+};
+
+/// The run that begins with point `first` of `total`.
+Run RunFrom(const TAbstractPoint3<double>* points, std::size_t first, std::size_t total) {
+  const double lat = points[first][0];
+  std::size_t last = first + 1;
+  while (last < total && points[last][0] == lat) ++last;
+  return {first, last - first};
+}
 
 }  // namespace
 
@@ -129,95 +149,51 @@ GlobalGeoid::GlobalGeoid(int count, const double* C, const double* S, bool flag,
                          const double* correctionC, const double* correctionS)
     : GlobalGeoid(GlobalGeoidData(count, C, S, flag, value, correctionC, correctionS)) {}
 
-// Every square root and quotient that the Legendre recursion needs. Without memory the tables stay
-// empty and no height can be computed.
+// The tables of the Legendre recursion. Without memory they stay empty and no height can be computed.
 void GlobalGeoid::Init() {
   if (data_.count < 1) return;
-  const std::size_t size = 2 * static_cast<std::size_t>(data_.count) + 2;
+  const std::size_t count = static_cast<std::size_t>(data_.count), size = 2 * count + 2;
   try {
-    std::vector<double> root(size), inverseRoot(size);
+    std::vector<double> tables(2 * size + 2 * count);
+    double *root = tables.data(), *inverseRoot = root + size;
+    double *degreeRoot = inverseRoot + size, *degreeRatio = degreeRoot + count;
     for (std::size_t k = 1; k < size; ++k) {
       root[k] = std::sqrt(static_cast<double>(k));
       inverseRoot[k] = 1 / root[k];
     }
-    root_.swap(root);
-    inverseRoot_.swap(inverseRoot);
-    own_.rows_.resize(kWorkRows * RowLength(data_.count));
+    for (std::size_t n = 1; n < count; ++n) {
+      degreeRoot[n] = root[2 * n + 1] * root[2 * n - 1];
+      if (n > 1) degreeRatio[n] = root[2 * n + 1] * inverseRoot[2 * n - 3];
+    }
+    tables_.swap(tables);
+    own_.space_.resize(Synthesis::SpaceFor(Series().Orders()));
   } catch (const std::bad_alloc&) {
   }
 }
 
+HarmonicSeries GlobalGeoid::Series() const {
+  const std::size_t count = static_cast<std::size_t>(data_.count), size = 2 * count + 2;
+  const bool corrected = data_.correctionC && data_.correctionS;
+  const double* root = tables_.data();
+  return {.count = count,
+          .C = data_.C,
+          .S = data_.S,
+          .cC = corrected ? data_.correctionC : nullptr,
+          .cS = corrected ? data_.correctionS : nullptr,
+          .root = root,
+          .inverseRoot = root + size,
+          .degreeRoot = root + 2 * size,
+          .degreeRatio = root + 2 * size + count};
+}
+
 bool GlobalGeoid::Prepared(GlobalGeoidScratch& scratch) const {
-  if (root_.empty() || inverseRoot_.empty() || !data_.C || !data_.S) return false;
+  if (tables_.empty() || !data_.C || !data_.S) return false;
   try {
-    scratch.rows_.resize(kWorkRows * RowLength(data_.count));
+    scratch.space_.resize(Synthesis::SpaceFor(Series().Orders()));
   } catch (const std::bad_alloc&) {
     return false;
   }
   return true;
-}
-
-// The sums over the degrees, one pair for each order, of potential and correction together, so that
-// the undulation is Σ cosSum[m]·cos mλ + sinSum[m]·sin mλ less the zero-degree term.
-void GlobalGeoid::SumDegrees(double lat, double* rows) const {
-  const std::size_t length = RowLength(data_.count), count = static_cast<std::size_t>(data_.count);
-  const auto row = [=](WorkRow which) { return rows + which * length; };
-  std::fill_n(rows, kWorkRows * length, 0.0);
-  double *cosSum = row(kCosSum), *sinSum = row(kSinSum);
-  double *cosCorrection = row(kCosCorrection), *sinCorrection = row(kSinCorrection);
-  double *p1 = row(kDegree), *p2 = row(kDegreeBefore);
-  const double *cC = data_.correctionC, *cS = data_.correctionS;
-  const bool corrected = cC && cS;
-
-  const Station at = RADGRA(lat);
-  p2[0] = 1;
-  if (corrected) cosCorrection[0] = cC[0];
-  if (count > 1) {
-    p1[0] = root_[3] * at.cosTheta;
-    p1[1] = root_[3] * at.sinTheta;
-    if (corrected) {
-      cosCorrection[0] += cC[1] * p1[0];
-      cosCorrection[1] = cC[2] * p1[1];
-      sinCorrection[1] = cS[2] * p1[1];
-    }
-  }
-
-  const double ar = kA / at.re;
-  double arn = ar;
-  for (std::size_t n = 2; n < count; ++n) {
-    arn *= ar;
-    LEGFDN(n, at, root_.data(), inverseRoot_.data(), p1, p2);
-    std::swap(p1, p2);
-    const std::size_t k = n * (n + 1) / 2;
-    AddDegree(n, arn, p1, data_.C + k, data_.S + k, cosSum, sinSum);
-    if (corrected) AddDegree(n, 1, p1, cC + k, cS + k, cosCorrection, sinCorrection);
-  }
-
-  const double metres = kGM / (at.gr * at.re);
-  for (std::size_t m = 0; m < count; ++m) {
-    cosSum[m] = cosSum[m] * metres + cosCorrection[m] / kCentimetres;
-    sinSum[m] = sinSum[m] * metres + sinCorrection[m] / kCentimetres;
-  }
-}
-
-/// Heights of `n` points on one latitude whose longitudes are lonAt(0 … n − 1).
-template <class LonAt>
-void GlobalGeoid::Row(double lat, LonAt lonAt, std::size_t n, double* heights,
-                      GlobalGeoidScratch& scratch) const {
-  if (!Prepared(scratch)) {
-    std::fill_n(heights, n, kNoHeight);
-    return;
-  }
-  const std::size_t orders = RowLength(data_.count);
-  double* rows = scratch.rows_.data();
-  SumDegrees(lat, rows);
-  for (std::size_t first = 0; first < n; first += kColumns) {
-    const std::size_t columns = std::min(kColumns, n - first);
-    double lambda[kColumns];
-    for (std::size_t i = 0; i < columns; ++i) lambda[i] = lonAt(first + i);
-    HUNDU(rows + kCosSum * orders, rows + kSinSum * orders, orders, lambda, columns,
-          heights + first);
-  }
 }
 
 long GlobalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* heights, int n,
@@ -229,13 +205,37 @@ long GlobalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* hei
                               GlobalGeoidScratch& scratch) const {
   if (data_.count < 1) return 1;
   const std::size_t total = n > 0 ? static_cast<std::size_t>(n) : 0;
-  for (std::size_t first = 0, last; first < total; first = last) {
-    const double lat = points[first][0];
-    last = first + 1;
-    while (last < total && points[last][0] == lat) ++last;
-    Row(
-        lat, [=](std::size_t i) { return points[first + i][1]; }, last - first, heights + first,
-        scratch);
+  if (!Prepared(scratch)) {
+    std::fill_n(heights, total, kNoHeight);
+    return 0;
+  }
+  const Synthesis synthesis(Series(), scratch.space_.data());
+  const auto longitudesFrom = [points](std::size_t first) {
+    return [points, first](std::size_t i) { return points[first + i][1]; };
+  };
+  Run runs[kLatitudes];
+  for (std::size_t next = 0; next < total;) {
+    std::size_t count = 0;
+    for (; count < kLatitudes && next < total; next += runs[count++].count)
+      runs[count] = RunFrom(points, next, total);
+    if (count < kWorthGrouping) {
+      for (std::size_t r = 0; r < count; ++r) {
+        const auto [first, length] = runs[r];
+        synthesis.Rows(synthesis.Sum(points[first][0]), 1, length, longitudesFrom(first),
+                       heights + first);
+      }
+      continue;
+    }
+    double lat[kLatitudes], height[kLatitudes];
+    for (std::size_t r = 0; r < count; ++r) lat[r] = points[runs[r].first][0];
+    const OrderSums sums = synthesis.Sum(lat, count);
+    synthesis.Scattered(
+        sums, count, [&](std::size_t r) { return points[runs[r].first][1]; }, height);
+    for (std::size_t r = 0; r < count; ++r) {
+      const auto [first, length] = runs[r];
+      heights[first] = height[r];
+      synthesis.Rows(sums.From(r), 1, length - 1, longitudesFrom(first + 1), heights + first + 1);
+    }
   }
   return 0;
 }
@@ -246,14 +246,26 @@ bool GlobalGeoid::CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMat
 
 bool GlobalGeoid::CountHeightOnGrid(const TGridRgn& grid, double* heights,
                                     GlobalGeoidScratch& scratch) const {
-  const int rows = grid.GetLatDim(), columns = grid.GetLonDim();
-  if (columns < 1) return true;
-  const double west = grid.L0, step = grid.lonStep;
-  for (int a = 0; a < rows; ++a, heights += columns) {
-    Row(
-        a * grid.latStep + grid.B0,
-        [=](std::size_t b) { return static_cast<double>(b) * step + west; },
-        static_cast<std::size_t>(columns), heights, scratch);
+  const int latDim = grid.GetLatDim(), lonDim = grid.GetLonDim();
+  if (latDim < 1 || lonDim < 1) return true;
+  const auto rows = static_cast<std::size_t>(latDim), columns = static_cast<std::size_t>(lonDim);
+  if (!Prepared(scratch)) {
+    std::fill_n(heights, rows * columns, kNoHeight);
+    return true;
+  }
+  const Synthesis synthesis(Series(), scratch.space_.data());
+  const auto latAt = [&](std::size_t a) { return static_cast<double>(a) * grid.latStep + grid.B0; };
+  const auto lonAt = [&](std::size_t b) { return static_cast<double>(b) * grid.lonStep + grid.L0; };
+  for (std::size_t a = 0, group; a < rows; a += group, heights += group * columns) {
+    group = std::min(kLatitudes, rows - a);
+    if (group < kWorthGrouping) {
+      group = 1;
+      synthesis.Rows(synthesis.Sum(latAt(a)), 1, columns, lonAt, heights);
+      continue;
+    }
+    double lat[kLatitudes];
+    for (std::size_t i = 0; i < group; ++i) lat[i] = latAt(a + i);
+    synthesis.Rows(synthesis.Sum(lat, group), group, columns, lonAt, heights);
   }
   return true;
 }

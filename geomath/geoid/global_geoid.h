@@ -11,6 +11,8 @@
 
 namespace zel_cs::geomath {
 
+struct HarmonicSeries;
+
 /// A spherical-harmonic model as its reader hands it over. The coefficient arrays are fully
 /// normalised, in triangular order (degree n, order m at n·(n + 1)/2 + m), not owned, and must
 /// outlive every model made of the record.
@@ -38,7 +40,7 @@ class GEOMATH_API GlobalGeoidScratch {
 
  private:
   friend class GlobalGeoid;
-  std::vector<double> rows_;
+  std::vector<double> space_;
 };
 
 /// Geoid undulations from a spherical-harmonic model of the gravity potential, by the harmonic
@@ -51,8 +53,10 @@ class GEOMATH_API GlobalGeoidScratch {
 /// one that is not finite gives NaN. Results agree with a term by term evaluation within 1e-9 m.
 ///
 /// The Legendre functions and the sums over the degrees depend on the latitude alone. They are
-/// evaluated once for each run of points on one latitude, and once for each row of a grid; a
-/// longitude then costs as many steps as the model has orders.
+/// evaluated once for each run of points on one latitude and once for each row of a grid, for up to
+/// 16 latitudes together, so that the coefficients are read once for all of these; a longitude then
+/// costs as many steps as the model has orders. A height has the same bits whatever other points its
+/// call asks for and whatever instruction set it runs on.
 ///
 /// The calls without a scratch share the object's own work arrays, so that one object must not run
 /// them from two threads at once; those with a scratch may run from many threads, one scratch each.
@@ -86,15 +90,11 @@ class GEOMATH_API GlobalGeoid {
 
  private:
   void Init();
+  HarmonicSeries Series() const;
   bool Prepared(GlobalGeoidScratch& scratch) const;
-  void SumDegrees(double lat, double* rows) const;
-  template <class LonAt>
-  void Row(double lat, LonAt lonAt, std::size_t n, double* heights,
-           GlobalGeoidScratch& scratch) const;
 
   GlobalGeoidData data_;
-  std::vector<double> root_;         // √k, k = 0 … 2·count
-  std::vector<double> inverseRoot_;  // 1/√k
+  std::vector<double> tables_;  // factors of the Legendre recursion
   mutable GlobalGeoidScratch own_;
 };
 

@@ -13,6 +13,7 @@
 #endif
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/instruction_set.h"
 #include "tests/support/harmonic_model.h"
 #include "tests/support/reference_data.h"
 #include "tests/support/tolerance.h"
@@ -99,6 +100,47 @@ TEST(GlobalGeoid, PointsAndRowsEqualTheTermByTermSum) {
       }
     }
   }
+}
+
+// Single points, groups of latitudes and rows run different loops, in lanes whose number depends on the
+// machine; the tests of the values reach only some of them.
+TEST(GlobalGeoid, AHeightDependsOnNoNeighbourAndNoInstructionSet) {
+  const HarmonicModel egm96 = Egm96Degree36();
+  // 45 points, poles among them, on 39 latitudes.
+  std::vector<TAbstractPoint3<double>> points;
+  for (int i = 0; i < 45; ++i) {
+    const int latitude = i % 15 == 8 || i % 15 == 9 ? i - i % 15 + 7 : i;
+    points.emplace_back(kHalfPi * std::cos(0.5 * kPi * latitude / 7.5), 0.37 * i - 7, 0.0);
+  }
+  const std::size_t columns = 67;  // more than are summed together
+  const auto best = simd::ActiveInstructionSet();
+  for (const GlobalGeoidData& record :
+       {egm96.Record(1), egm96.Record(2), egm96.Record(36, false), egm96.Record(37)}) {
+    const GlobalGeoid model(record);
+    simd::ForceInstructionSet(simd::InstructionSet::baseline);
+    std::vector<double> alone;
+    for (const auto& point : points) alone.push_back(Undulation(model, point[0], point[1]));
+    for (auto set : {simd::InstructionSet::baseline, simd::InstructionSet::avx2,
+                     simd::InstructionSet::avx512}) {
+      simd::ForceInstructionSet(set);
+      for (const std::size_t n : {1U, 3U, 4U, 6U, 9U, 16U, 20U, 45U}) {
+        std::vector<double> heights(n);
+        ASSERT_EQ(model.CountHeight(points.data(), heights.data(), static_cast<int>(n), nullptr),
+                  0);
+        for (std::size_t i = 0; i < n; ++i) EXPECT_EQ(heights[i], alone[i]) << i << " of " << n;
+      }
+      for (const std::size_t rows : {1U, 4U, 5U, 8U, 19U}) {
+        const TGridRgn grid({-1.3, 0.1 * static_cast<double>(rows - 1), -2, 6.6}, 0.1, 0.1);
+        std::vector<double> heights(rows * columns);
+        ASSERT_TRUE(model.CountHeightOnGrid(grid, heights.data(), nullptr));
+        for (std::size_t at = 0; at < heights.size(); at += 9)
+          EXPECT_EQ(heights[at],
+                    Undulation(model, static_cast<double>(at / columns) * grid.latStep + grid.B0,
+                               static_cast<double>(at % columns) * grid.lonStep + grid.L0));
+      }
+    }
+  }
+  simd::ForceInstructionSet(best);
 }
 
 // High-precision figures from the same coefficients, poles, ±180° and next to 360° among them.

@@ -21,7 +21,7 @@ void ExpectDoublesLaneByLane() {
                                  -7.7, 1e-20, 0x1p52, 1 / 3., 2.5,  -1e8,  1.0,     -2.0};
   const double b[kLength + 1] = {9.0, -0.0,  0.0,  0.7,    1e-9,  1e10, -1e150, 3.0, -kTiny,
                                  1.5, -1e20, 0.25, 1 / 7., -3e-5, 1e8,  -1.0,   6.1};
-  for (const std::size_t from : {0, 1}) {
+  for (std::size_t from = 0; from < 2; ++from) {
     double eight[kLength], sixteen[kLength];
     PackColumns<Target>::ByEight(a + from, b + from, eight);
     PackColumns<Target>::BySixteen(a + from, b + from, sixteen);
