@@ -21,8 +21,6 @@ using nlohmann::json;
 namespace geomath_tools {
 namespace {
 
-static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
-
 std::string ErrnoText(int code) { return std::strerror(code); }
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
@@ -45,7 +43,10 @@ class SystemReader {
     if (top.Has("datum")) ReadDatumAt(top, *system);
     if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);
     if (top.Has("axes")) ReadAxes(top, *system);
-    if (top.Has("localization")) ReadLocalization(top, *system);
+    if (top.Has("localization"))
+      system->localization_ = ReadLocalization(
+          JsonSection(file_, "localization", top.Object("localization"),
+                      {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)}));
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
@@ -127,30 +128,6 @@ class SystemReader {
     system.geoid_ = OpenGeoid(choice);
     system.chain_.SetGeoid(&system.geoid_->Heights(),
                            local ? GeoidFrame::local : GeoidFrame::global);
-  }
-
-  // A part, horizontal or vertical, is given whole or not at all.
-  void ReadLocalization(const JsonSection& top, CoordinateSystem& system) const {
-    const std::string* keys = kLocalizationKeys;
-    const JsonSection section(file_, "localization", top.Object("localization"),
-                              {keys, keys + std::size(kLocalizationKeys)});
-    LocalToGrid& site = system.localization_.emplace();
-    const auto readPart = [&](int first, int count, unsigned char mode, auto set) {
-      bool any = false;
-      for (int i = 0; i < count; ++i) any = any || section.Has(keys[first + i]);
-      if (!any) return;
-      for (int i = 0; i < count; ++i)
-        set(section.Number(keys[first + i], "a parameter of the site calibration"), i);
-      site.mode = static_cast<unsigned char>(site.mode | mode);
-    };
-    readPart(0, kPlaneKeys, LocalToGrid::kHorizontal,
-             [&](double value, int i) { site.SetPlaneParam(value, i, 0); });
-    readPart(kPlaneKeys, kHeightKeys, LocalToGrid::kVertical,
-             [&](double value, int i) { site.SetHeightParam(value, i, 0); });
-    if (site.mode == LocalToGrid::kNotSetUp)
-      section.Fail(keys[0], "is missing: the parameters of the site calibration belong there");
-    if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
-      section.Fail(keys[2], "must be above 0");
   }
 
   std::string file_;

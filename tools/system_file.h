@@ -53,12 +53,6 @@ class CoordinateSystem {
   AxisPair geographic_, grid_;
 };
 
-/// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
-/// scale, radians), then its height parameters.
-inline constexpr int kPlaneKeys = 4, kHeightKeys = 3;
-inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "rotation",
-                                                "shiftH", "slopeN", "slopeE"};
-
 /// Whether a system must have a projection.
 enum class ProjectionNeed { required, optional };
 

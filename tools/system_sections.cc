@@ -87,6 +87,8 @@ double ReadParameter(const JsonSection& section, const ProjectionParameter& para
   return section.Number(name, "a number");
 }
 
+static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
+
 }  // namespace
 
 Ellipsoid ReadEllipsoid(const JsonSection& section) {
@@ -162,6 +164,28 @@ const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key)
   section.Fail(key, fmt::format("is \"{}\": the directions of the first and second coordinate "
                                 "belong there; {}",
                                 Printable(text), SuggestName(text, known)));
+}
+
+LocalToGrid ReadLocalization(const JsonSection& section) {
+  const std::string* keys = kLocalizationKeys;
+  LocalToGrid site;
+  const auto readPart = [&](int first, int count, unsigned char mode, auto set) {
+    bool any = false;
+    for (int i = 0; i < count; ++i) any = any || section.Has(keys[first + i]);
+    if (!any) return;
+    for (int i = 0; i < count; ++i)
+      set(section.Number(keys[first + i], "a parameter of the site calibration"), i);
+    site.mode = static_cast<unsigned char>(site.mode | mode);
+  };
+  readPart(0, kPlaneKeys, LocalToGrid::kHorizontal,
+           [&](double value, int i) { site.SetPlaneParam(value, i, 0); });
+  readPart(kPlaneKeys, kHeightKeys, LocalToGrid::kVertical,
+           [&](double value, int i) { site.SetHeightParam(value, i, 0); });
+  if (site.mode == LocalToGrid::kNotSetUp)
+    section.Fail(keys[0], "is missing: the parameters of the site calibration belong there");
+  if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
+    section.Fail(keys[2], "must be above 0");
+  return site;
 }
 
 }  // namespace geomath_tools

@@ -7,6 +7,7 @@
 
 #include "geomath/base/ellipsoid.h"
 #include "geomath/datum/datum.h"
+#include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/json_section.h"
 #include "tools/projection_names.h"
@@ -48,5 +49,14 @@ struct AxisText {
 };
 /// The axes at a key; null when it is absent.
 const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key);
+
+/// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
+/// scale, radians), then its height parameters.
+inline constexpr int kPlaneKeys = 4, kHeightKeys = 3;
+inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "rotation",
+                                                "shiftH", "slopeN", "slopeE"};
+
+/// The site calibration. A part, horizontal or vertical, is given whole or not at all.
+zel_cs::geomath::LocalToGrid ReadLocalization(const JsonSection& section);
 
 }  // namespace geomath_tools
