@@ -1,10 +1,15 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstddef>
 #include <limits>
+#include <tuple>
 #include <utility>
+
+#include "geomath/simd/column_kernel.h"
+#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 
@@ -12,18 +17,24 @@ namespace zel_cs::geomath {
 /// the first-level cache.
 inline constexpr std::size_t kBatchBlock = 256;
 
+/// Whether all values lie between ±bound; false with any NaN.
+bool AllWithin(const double* values, std::size_t count, double bound);
+
 /// Makes every point of a block without finite coordinates NaN in all columns; returns the number
 /// of the others.
 template <std::size_t N>
 std::size_t MarkFailures(double* const (&columns)[N], std::size_t count) {
+  const auto allFinite = [&](const double* column) {
+    return AllWithin(column, count, std::numeric_limits<double>::max());
+  };
+  if (std::all_of(columns, columns + N, allFinite)) return count;
   std::size_t good = 0;
   for (std::size_t i = 0; i < count; ++i) {
-    double probe = 0;  // x − x is 0 for a finite x and NaN otherwise
-    for (double* column : columns) probe += column[i] - column[i];
-    const bool finite = probe == 0;
-    for (double* column : columns)
-      column[i] = finite ? column[i] : std::numeric_limits<double>::quiet_NaN();
+    const auto finiteHere = [i](const double* column) { return std::isfinite(column[i]); };
+    const bool finite = std::all_of(columns, columns + N, finiteHere);
     good += finite;
+    if (finite) continue;
+    for (double* column : columns) column[i] = std::numeric_limits<double>::quiet_NaN();
   }
   return good;
 }
@@ -61,34 +72,49 @@ std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t s
   return converted;
 }
 
-/// Runs a column kernel over a block in place, and the single-point form over those of its points
-/// that lie outside the kernel's domain, so that no result depends on a point's neighbours.
-/// `inDomain` is a callable bool(const double (&point)[N]), false for NaN; `kernel` takes the columns
-/// and their length; `single` converts one point, double (&point)[N], in place.
-template <std::size_t N, class InDomain, class Kernel, class Single>
-void RunKernel(double* const (&columns)[N], std::size_t count, InDomain inDomain, Kernel kernel,
-               Single single) {
-  const auto pointAt = [](const auto& from, std::size_t i, double(&point)[N]) {
-    for (std::size_t c = 0; c < N; ++c) point[c] = from[c][i];
-  };
-  std::size_t inside = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    double point[N];
-    pointAt(columns, i, point);
-    inside += inDomain(point);
-  }
-  if (inside == count) return kernel(columns, count);
+/// Runs a conversion that has a column kernel, and holds for every point, over a block in place.
+template <class Conversion>
+void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
+               std::size_t count) {
+  const auto convert = simd::ForActiveSet(
+      [](auto target) { return &simd::ColumnKernel<decltype(target), Conversion>::Convert; });
+  convert(conversion, columns, count);
+}
+
+/// Runs a conversion that has a column kernel over a block in place, and `single`, which converts one
+/// point, double (&point)[kColumns], over those of its points that the kernel does not serve: no
+/// result depends on a point's neighbours.
+template <class Conversion, class Single>
+void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
+               std::size_t count, Single single) {
+  constexpr std::size_t N = Conversion::kColumns;
+  const auto [servesAll, convert] = simd::ForActiveSet([](auto target) {
+    using Kernel = simd::ColumnKernel<decltype(target), Conversion>;
+    return std::pair{&Kernel::ServesAll, &Kernel::Convert};
+  });
+  if (servesAll(conversion, columns, count)) return convert(conversion, columns, count);
 
   double given[N][kBatchBlock];
   for (std::size_t c = 0; c < N; ++c) std::copy_n(columns[c], count, given[c]);
-  kernel(columns, count);
+  convert(conversion, columns, count);
   for (std::size_t i = 0; i < count; ++i) {
     double point[N];
-    pointAt(given, i, point);
-    if (inDomain(point)) continue;
+    for (std::size_t c = 0; c < N; ++c) point[c] = given[c][i];
+    if (std::apply([&](auto... x) { return conversion.Serves(x...); }, std::to_array(point)))
+      continue;
     single(point);
     for (std::size_t c = 0; c < N; ++c) columns[c][i] = point[c];
   }
+}
+
+/// ConvertBlocks with a conversion that has a column kernel and holds for every point.
+template <class Conversion, class... Columns>
+std::size_t ConvertColumns(const Conversion& conversion, std::size_t count, std::ptrdiff_t stride,
+                           Columns*... coordinates) {
+  const auto convert = [&](double* const(&columns)[sizeof...(Columns)], std::size_t n) {
+    RunKernel(conversion, columns, n);
+  };
+  return ConvertBlocks(convert, count, stride, coordinates...);
 }
 
 /// ConvertBlocks with a callable bool(double&, …) that converts one point.

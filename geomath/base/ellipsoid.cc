@@ -5,9 +5,7 @@
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
 #include "geomath/base/ellipsoid_formulas.h"
-#include "geomath/base/ellipsoid_kernel.h"
 #include "geomath/base/geocentric.h"
-#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -18,29 +16,15 @@ constexpr TangentStop kScalarStop{.tolerance = 1e-14, .maxSteps = 20, .mustSettl
 // step only halves the error.
 ReducedLatitude SolveReducedLatitude(const ReducedLatitudeEquation& equation) {
   constexpr int kMaxSteps = 60;
-  ReducedLatitude beta = equation.Start();
+  ReducedLatitude beta = equation.StartAbove();
   for (int i = 0; i < kMaxSteps; ++i) {
     const double denominator = equation.Denominator(beta);
     if (!(denominator > 0)) break;  // on the evolute to rounding: the pair is the double root
-    const ReducedLatitude next = UnitPair(equation.Numerator(beta), denominator);
+    const ReducedLatitude next = ReducedLatitude{equation.Numerator(beta), denominator}.Unit();
     if (!(next.s * beta.c < beta.s * next.c)) break;
     beta = next;
   }
   return beta;
-}
-
-// Where the column kernels serve, see EllipsoidKernel; written without branches for columns.
-bool HasModestAngles(const double (&blh)[3]) {
-  const bool latitude = std::abs(blh[0]) < simd::kMaxAngle;
-  const bool longitude = std::abs(blh[1]) < simd::kMaxAngle;
-  return latitude & longitude;
-}
-
-bool IsNearSurface(const double (&xyz)[3], double a) {
-  const double lowest = a / 2, highest = 1e6 * a;
-  const double r2 = xyz[0] * xyz[0] + xyz[1] * xyz[1] + xyz[2] * xyz[2];
-  const bool outside = r2 > lowest * lowest, near = r2 < highest * highest;
-  return outside & near;
 }
 
 }  // namespace
@@ -96,7 +80,7 @@ void Ellipsoid::SetEllipsoid(bool fromSemiMinor) {
 }
 
 bool Ellipsoid::BLH_to_XYZ(double& B, double& L, double& H) const {
-  GeodeticToGeocentric<simd::Libm>(*this, B, L, H);
+  BlhToXyz(*this).Convert<simd::Libm>(B, L, H);
   return true;
 }
 
@@ -111,30 +95,26 @@ double Ellipsoid::GetGaussianRadius(double B) const {
 
 std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  const auto kernel = simd::ForActiveSet(
-      [](auto target) { return &EllipsoidKernel<decltype(target)>::ToGeocentric; });
+  const BlhToXyz conversion(*this);
+  const auto single = [&](double(&blh)[3]) {
+    conversion.Convert<simd::Libm>(blh[0], blh[1], blh[2]);
+  };
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
-    RunKernel(
-        columns, points, HasModestAngles,
-        [&](double* const(&c)[3], std::size_t length) { kernel(*this, c[0], c[1], c[2], length); },
-        [&](double(&blh)[3]) { BLH_to_XYZ(blh[0], blh[1], blh[2]); });
+    RunKernel(conversion, columns, points, single);
   };
   return ConvertBlocks(convert, count, stride, B, L, H);
 }
 
 std::size_t Ellipsoid::XYZ_to_BLH_Batch(double* X, double* Y, double* Z, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  const auto kernel = simd::ForActiveSet(
-      [](auto target) { return &EllipsoidKernel<decltype(target)>::ToGeodetic; });
+  const XyzToBlh conversion(*this);
+  const auto single = [&](double(&xyz)[3]) {
+    const double p = XyzToBlh::AxisDistance(xyz[0], xyz[1]);
+    const ReducedLatitude beta = SolveReducedLatitude(conversion.Equation(p, xyz[2]));
+    conversion.FromReduced<simd::Libm>(p, beta, xyz[0], xyz[1], xyz[2]);
+  };
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
-    RunKernel(
-        columns, points, [&](const double(&xyz)[3]) { return IsNearSurface(xyz, a); },
-        [&](double* const(&c)[3], std::size_t length) { kernel(*this, c[0], c[1], c[2], length); },
-        [&](double(&xyz)[3]) {
-          const double p = AxisDistance(xyz[0], xyz[1]);
-          const ReducedLatitude beta = SolveReducedLatitude(LatitudeEquation(*this, p, xyz[2]));
-          GeodeticFromReduced<simd::Libm>(*this, p, beta, xyz[0], xyz[1], xyz[2]);
-        });
+    RunKernel(conversion, columns, points, single);
   };
   return ConvertBlocks(convert, count, stride, X, Y, Z);
 }

@@ -5,8 +5,6 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
-#include "geomath/datum/similarity_kernel.h"
-#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 
@@ -85,29 +83,26 @@ bool Datum::XYZ_to_BLH(TAbstractPoint3<double>& p) const { return XYZ_to_BLH(p[0
 
 bool Datum::IsNull() const { return shift_ == 0.0 && rotation_ == 0.0 && scaleChange_ == 0; }
 
+template <class Conversion>
+std::size_t Datum::TransformBatch(const Conversion& conversion, double* X, double* Y, double* Z,
+                                  std::size_t count, std::ptrdiff_t stride) const {
+  const auto convert = [&](double* const(&columns)[3], std::size_t points) {
+    if (transformDisabled_)
+      std::fill_n(columns[0], points, std::numeric_limits<double>::quiet_NaN());
+    else if (!IsNull())
+      RunKernel(conversion, columns, points);
+  };
+  return ConvertBlocks(convert, count, stride, X, Y, Z);
+}
+
 std::size_t Datum::ToWGS84DatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  const auto transform =
-      simd::ForActiveSet([](auto target) { return &SimilarityKernel<decltype(target)>::ToWgs84; });
-  return TransformBatch(transform, X, Y, Z, count, stride);
+  return TransformBatch(similarity_.ToWgs84(), X, Y, Z, count, stride);
 }
 
 std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  const auto transform =
-      simd::ForActiveSet([](auto target) { return &SimilarityKernel<decltype(target)>::ToLocal; });
-  return TransformBatch(transform, X, Y, Z, count, stride);
-}
-
-std::size_t Datum::TransformBatch(ColumnTransform transform, double* X, double* Y, double* Z,
-                                  std::size_t count, std::ptrdiff_t stride) const {
-  const auto convert = [&](double* const(&c)[3], std::size_t n) {
-    if (transformDisabled_)
-      std::fill_n(c[0], n, std::numeric_limits<double>::quiet_NaN());
-    else if (!IsNull())
-      transform(similarity_, c[0], c[1], c[2], n);
-  };
-  return ConvertBlocks(convert, count, stride, X, Y, Z);
+  return TransformBatch(similarity_.ToLocal(), X, Y, Z, count, stride);
 }
 
 }  // namespace zel_cs::geomath

@@ -94,8 +94,8 @@ class GEOMATH_API Datum : public AxisRotation {
                                 std::ptrdiff_t stride = 1) const;
 
  private:
-  using ColumnTransform = void (*)(const Similarity&, double*, double*, double*, std::size_t);
-  std::size_t TransformBatch(ColumnTransform transform, double* X, double* Y, double* Z,
+  template <class Conversion>
+  std::size_t TransformBatch(const Conversion& conversion, double* X, double* Y, double* Z,
                              std::size_t count, std::ptrdiff_t stride) const;
 
   TAbstractPoint3<double> shift_;

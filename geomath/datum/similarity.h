@@ -1,12 +1,44 @@
 #pragma once
 
+#include <cstddef>
+
 #include "geomath/platform/zel_math.h"
 #include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
 
+/// R·(p − T)/(1 + s) of a Similarity, in place.
+struct Wgs84ToLocal {
+  static constexpr std::size_t kColumns = 3;
+  double tX, tY, tZ;
+  double m[3][3];  // R/(1 + s)
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& x, double& y, double& z) const {
+    const double dx = x - tX, dy = y - tY, dz = z - tZ;
+    x = m[0][0] * dx + m[0][1] * dy + m[0][2] * dz;
+    y = m[1][0] * dx + m[1][1] * dy + m[1][2] * dz;
+    z = m[2][0] * dx + m[2][1] * dy + m[2][2] * dz;
+  }
+};
+
+/// T + (1 + s)·Rᵀ·p of a Similarity, in place.
+struct LocalToWgs84 {
+  static constexpr std::size_t kColumns = 3;
+  double tX, tY, tZ;
+  double m[3][3];  // (1 + s)·Rᵀ
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& x, double& y, double& z) const {
+    const double u = x, v = y, w = z;
+    x = tX + (m[0][0] * u + m[0][1] * v + m[0][2] * w);
+    y = tY + (m[1][0] * u + m[1][1] * v + m[1][2] * w);
+    z = tZ + (m[2][0] * u + m[2][1] * v + m[2][2] * w);
+  }
+};
+
 /// The seven-parameter similarity between the geocentric frames of a local datum and WGS84, with
-/// its matrix prepared:
+/// its matrices prepared:
 ///   WGS84 = T + (1 + s)·Rᵀ·local      local = R·(WGS84 − T)/(1 + s)
 /// R = Rx(rX)·Ry(rY)·Rz(rZ) is the exact product of the elementary rotations, not the small-angle
 /// matrix; rotation values count in the coordinate-frame sense for local → WGS84 (EPSG method
@@ -21,24 +53,13 @@ class Similarity {
   TAbstractPoint3<double> ToLocal(const TAbstractPoint3<double>& wgs84) const;
   TAbstractPoint3<double> ToWgs84(const TAbstractPoint3<double>& local) const;
 
-  /// In place, for one point of a column; batches and single points share these statements.
-  GEOMATH_INLINE void ToLocal(double& x, double& y, double& z) const {
-    const double dx = x - tX_, dy = y - tY_, dz = z - tZ_;
-    x = (r_[0][0] * dx + r_[0][1] * dy + r_[0][2] * dz) / factor_;
-    y = (r_[1][0] * dx + r_[1][1] * dy + r_[1][2] * dz) / factor_;
-    z = (r_[2][0] * dx + r_[2][1] * dy + r_[2][2] * dz) / factor_;
-  }
-  GEOMATH_INLINE void ToWgs84(double& x, double& y, double& z) const {
-    const double u = x, v = y, w = z;
-    x = tX_ + (r_[0][0] * u + r_[1][0] * v + r_[2][0] * w) * factor_;
-    y = tY_ + (r_[0][1] * u + r_[1][1] * v + r_[2][1] * w) * factor_;
-    z = tZ_ + (r_[0][2] * u + r_[1][2] * v + r_[2][2] * w) * factor_;
-  }
+  /// The same for columns.
+  const Wgs84ToLocal& ToLocal() const { return toLocal_; }
+  const LocalToWgs84& ToWgs84() const { return toWgs84_; }
 
  private:
-  double tX_, tY_, tZ_;
-  double r_[3][3];
-  double factor_;  // 1 + s
+  Wgs84ToLocal toLocal_;
+  LocalToWgs84 toWgs84_;
 };
 
 }  // namespace zel_cs::geomath

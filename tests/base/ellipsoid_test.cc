@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 #include <vector>
 
@@ -303,6 +305,34 @@ TEST(EllipsoidBatch, MarksPointsWithoutAFiniteResult) {
   EXPECT_EQ(kWgs84.XYZ_to_BLH_Batch(X, Y, Z, 5), 1u);
   for (int i = 0; i < 4; ++i) EXPECT_TRUE(std::isnan(X[i]) && std::isnan(Y[i]) && std::isnan(Z[i]));
   EXPECT_EQ(kWgs84.XYZ_to_BLH_Batch(nullptr, nullptr, nullptr, 0), 0u);
+}
+
+// Points of every kind side by side: near the surface, deep inside, on the axis, too large an angle
+// for the columns, none at all. Each gives the bits that it gives alone.
+TEST(EllipsoidBatch, DoesNotMixNeighbours) {
+  constexpr std::size_t kCount = 700;
+  std::vector<double> around, alone;
+  for (std::size_t i = 0; i < kCount; ++i) {
+    const double t = 2.0 * static_cast<double>(i) / kCount - 1;
+    const double L = i % 50 == 7 ? 1e6 : 3 * std::cos(9 * t), H = i % 3 == 0 ? -6.3e6 * t * t : 9e3;
+    around.insert(around.end(), {i % 97 == 5 ? kNaN : i % 90 == 3 ? kHalfPi : 1.5 * t, L, H});
+  }
+  const auto expectSameBits = [&](auto batch) {
+    alone = around;
+    const std::size_t count = batch(around.data(), kCount);
+    std::size_t one = 0;
+    for (std::size_t i = 0; i < kCount; ++i) one += batch(&alone[3 * i], std::size_t{1});
+    EXPECT_EQ(count, one);
+    for (std::size_t i = 0; i < around.size(); ++i)
+      ASSERT_EQ(std::bit_cast<std::uint64_t>(around[i]), std::bit_cast<std::uint64_t>(alone[i]))
+          << i;
+  };
+  expectSameBits([](double* p, std::size_t count) {
+    return kWgs84.BLH_to_XYZ_Batch(p, p + 1, p + 2, count, 3);
+  });
+  expectSameBits([](double* p, std::size_t count) {
+    return kWgs84.XYZ_to_BLH_Batch(p, p + 1, p + 2, count, 3);
+  });
 }
 
 TEST(Ellipsoid, SurvivesAnyNumbers) {

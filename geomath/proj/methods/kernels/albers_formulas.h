@@ -59,12 +59,12 @@ struct AlbersFormulas {
     return found;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) <= kHalfPi, cone = std::abs(n) <= 1;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return latitude & longitude & cone & nearSphere;
   }
-  bool ServesInverse(double north, double east) const {
+  GEOMATH_INLINE bool ServesInverse(double north, double east) const {
     constexpr double kShortOfPole = 1 - 1e-12;
     const double q = Q(east - fEast, rho0 - (north - fNorth));
     const bool latitude = std::abs(q) < kShortOfPole * qPole;

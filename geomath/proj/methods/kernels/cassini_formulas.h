@@ -26,12 +26,12 @@ struct CassiniFormulas {
     e = lambda;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < simd::kMaxAngle;
     const bool longitude = std::abs(l - cassini.OriginLongitude()) < simd::kMaxAngle;
     return latitude & longitude;
   }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     return std::abs(cassini.Rectifying((n - fNorth) / scale, (e - fEast) / scale)) <
            simd::kMaxAngle;
   }

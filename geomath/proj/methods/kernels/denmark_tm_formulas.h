@@ -99,12 +99,12 @@ struct DenmarkTmFormulas {
     e = lambda0 + Math::Atan2(sinhCe, cosCn);
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < simd::kMaxAngle;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return nearSphere & latitude & longitude;
   }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     const bool north = std::abs((n - Zb) / Qn) < simd::kMaxAngle;
     const bool within = std::abs((e - fEast) / Qn) <= kInnerLimit;
     return nearSphere & north & within;

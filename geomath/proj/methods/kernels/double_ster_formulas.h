@@ -26,8 +26,8 @@ struct DoubleSterFormulas {
     return vector;
   }
 
-  bool ServesForward(double b, double l) const { return plane.ServesForward(b, l); }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const { return plane.ServesForward(b, l); }
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     return plane.ServesInverse(n - fNorth, e - fEast);
   }
 };

@@ -39,11 +39,13 @@ class HotineGrid {
   }
 
   /// Not on the origin meridian, for which a class may have a rule of its own.
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool offMeridian = l != hotine_.lambda0;
     return offMeridian & hotine_.ServesForward(b, l);
   }
-  bool ServesInverse(double n, double e) const { return hotine_.ServesInverse(ToSkew(n, e)); }
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
+    return hotine_.ServesInverse(ToSkew(n, e));
+  }
 
   /// Turns and shifts a skew point.
   GEOMATH_INLINE void ToGrid(Hotine::Skew point, double& n, double& e) const {

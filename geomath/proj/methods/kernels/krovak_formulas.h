@@ -65,12 +65,12 @@ struct KrovakFormulas {
     return true;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < kHalfPi;
     const bool longitude = std::abs(l - lambdaC) < simd::kMaxAngle / 2;  // before α ≤ 1.004
     return latitude & longitude & ServesCone();
   }
-  bool ServesInverse(double x, double y) const {
+  GEOMATH_INLINE bool ServesInverse(double x, double y) const {
     constexpr double kLeast = 1e-6, kLargest = 1e40;  // square metres
     const double rho2 = x * x + y * y;
     const bool offApex = rho2 > kLeast, moderate = rho2 < kLargest;
@@ -79,7 +79,7 @@ struct KrovakFormulas {
 
  private:
   // Within it all logarithms over n keep to the domain of the columns' exponential function.
-  bool ServesCone() const {
+  GEOMATH_INLINE bool ServesCone() const {
     const bool blunt = n > 0.1, least = coneFactor > 1, most = coneFactor < 1e20;
     const bool sphereIsFinite = std::abs(sphere.K) < 100;
     return blunt & least & most & sphereIsFinite & sphere.ServesColumns();

@@ -32,12 +32,14 @@ struct LambertFormulas {
     return at;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < kHalfPi;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return latitude & longitude & cone.ServesColumns();
   }
-  bool ServesInverse(double n, double e) const { return ServesPlane(FromApex(n), e - fEast); }
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
+    return ServesPlane(FromApex(n), e - fEast);
+  }
 
  protected:
   GEOMATH_INLINE double FromApex(double n) const { return rho0 - (n - fNorth); }
@@ -49,7 +51,7 @@ struct LambertFormulas {
     l = lambda0 + deltaLambda;
   }
 
-  bool ServesPlane(double fromApex, double east) const {
+  GEOMATH_INLINE bool ServesPlane(double fromApex, double east) const {
     constexpr double kLeast = 1e-12, kLargest = 1e40;  // square metres
     const double rho2 = fromApex * fromApex + east * east;
     const bool offApex = rho2 > kLeast, moderate = rho2 < kLargest;
@@ -73,7 +75,7 @@ struct LcFormulas : LambertFormulas {
     Unproject<Math>(at, n, e);
     return at;
   }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     return ServesPlane(InverseFromApex(n), e - fEast);
   }
 

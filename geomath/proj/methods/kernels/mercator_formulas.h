@@ -28,10 +28,10 @@ struct MercatorFormulas {
     e = lambda0 + (e - fEast) / aK0;                       // 7-12
   }
 
-  bool ServesForward(double b, double) const {
+  GEOMATH_INLINE bool ServesForward(double b, double) const {
     return latitude.ServesColumns() && std::abs(b) < kHalfPi;
   }
-  bool ServesInverse(double n, double) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double) const {
     return latitude.ServesColumns() && std::isfinite((n - fNorth) / aK0);
   }
 };

@@ -1,5 +1,10 @@
 #include "geomath/proj/methods/kernels/mercator_formulas.h"
-#include "geomath/proj/methods/kernels/projection_kernel_loops.h"
+#include "geomath/proj/methods/kernels/projection_kernel.h"
+#include "geomath/simd/column_kernel_loops.h"
 
-template struct zel_cs::geomath::ProjectionKernel<zel_cs::geomath::simd::GEOMATH_KERNEL_TARGET,
-                                                  zel_cs::geomath::MercatorFormulas>;
+namespace zel_cs::geomath::simd {
+
+template struct ColumnKernel<GEOMATH_KERNEL_TARGET, ForwardOf<MercatorFormulas>>;
+template struct ColumnKernel<GEOMATH_KERNEL_TARGET, InverseOf<MercatorFormulas>>;
+
+}  // namespace zel_cs::geomath::simd

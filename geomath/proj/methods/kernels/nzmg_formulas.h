@@ -100,8 +100,8 @@ struct NzmgFormulas {
   }
 
   // Polynomials take any number.
-  bool ServesForward(double, double) const { return true; }
-  bool ServesInverse(double, double) const { return true; }
+  GEOMATH_INLINE bool ServesForward(double, double) const { return true; }
+  GEOMATH_INLINE bool ServesInverse(double, double) const { return true; }
 };
 
 }  // namespace zel_cs::geomath

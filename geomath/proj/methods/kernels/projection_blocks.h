@@ -7,7 +7,6 @@
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
 #include "geomath/simd/elementary.h"
-#include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 
@@ -34,33 +33,17 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
 template <class Formulas>
 void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, double* l,
                      std::size_t count) {
-  const auto kernel = simd::ForActiveSet(
-      [](auto target) { return &ProjectionKernel<decltype(target), Formulas>::Forward; });
-  double* const columns[] = {b, l};
-  RunKernel(
-      columns, count,
-      [&](const double(&point)[2]) { return formulas.ServesForward(point[0], point[1]); },
-      [&](double* const(&c)[2], std::size_t length) { kernel(formulas, c[0], c[1], length); },
-      [&](double(&point)[2]) {
-        if (!proj.ForwardPoint(point[0], point[1]))
-          point[0] = std::numeric_limits<double>::quiet_NaN();
-      });
+  RunKernel(ForwardOf<Formulas>{formulas}, {b, l}, count, [&](double(&point)[2]) {
+    if (!proj.ForwardPoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
+  });
 }
 
 template <class Formulas>
 void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, double* e,
                      std::size_t count) {
-  const auto kernel = simd::ForActiveSet(
-      [](auto target) { return &ProjectionKernel<decltype(target), Formulas>::Inverse; });
-  double* const columns[] = {n, e};
-  RunKernel(
-      columns, count,
-      [&](const double(&point)[2]) { return formulas.ServesInverse(point[0], point[1]); },
-      [&](double* const(&c)[2], std::size_t length) { kernel(formulas, c[0], c[1], length); },
-      [&](double(&point)[2]) {
-        if (!proj.InversePoint(point[0], point[1]))
-          point[0] = std::numeric_limits<double>::quiet_NaN();
-      });
+  RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, [&](double(&point)[2]) {
+    if (!proj.InversePoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
+  });
 }
 
 }  // namespace zel_cs::geomath

@@ -28,12 +28,12 @@ struct StemTmFormulas {
     e = lambda0 + deltaLambda;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < simd::kMaxAngle;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return latitude & longitude;
   }
-  bool ServesInverse(double n, double) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double) const {
     return std::abs(tm.Rectifying(n - fNorth)) < simd::kMaxAngle;
   }
 };

@@ -57,12 +57,12 @@ struct SterObliqueFormulas {
   }
 
   /// Short of the poles by more than what a sine of 1 hides.
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool inside = std::abs(b) < kHalfPi - 1e-7;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return inside & longitude & latitude.ServesColumns();
   }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     const bool northing = std::abs(n - fNorth) < kLargestSterCoordinate;
     const bool easting = std::abs(e - fEast) < kLargestSterCoordinate;
     return northing & easting & latitude.ServesColumns();
@@ -118,12 +118,12 @@ struct SterPolarFormulas {
     return {0, 0, rho};
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool inside = std::abs(b) <= kHalfPi;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return inside & longitude & latitude.ServesColumns();
   }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     const bool northing = std::abs(n - fNorth) < kLargestSterCoordinate;
     const bool easting = std::abs(e - fEast) < kLargestSterCoordinate;
     return northing & easting & latitude.ServesColumns();

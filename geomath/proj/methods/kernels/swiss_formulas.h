@@ -63,16 +63,18 @@ struct SwissFormulas {
   }
 
   /// Not with a pole in the centre, whose constants are no numbers.
-  bool ServesColumns() const { return sphere.ServesColumns() && std::abs(sphere.chi0) < kHalfPi; }
+  GEOMATH_INLINE bool ServesColumns() const {
+    return sphere.ServesColumns() && std::abs(sphere.chi0) < kHalfPi;
+  }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < kHalfPi;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return ServesColumns() && latitude && longitude;
   }
 
   /// Short of the poles, where the logarithm meets its limits.
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     constexpr double kFarNorth = 30;  // isometric
     const bool north = std::abs((n - fNorth) / sphere.R) < kFarNorth;
     const bool east = std::abs((e - fEast) / sphere.R) < simd::kMaxAngle;

@@ -115,13 +115,15 @@ struct TmFormulas {
     FromFootpoint(f, n, e);
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < simd::kMaxAngle;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return latitude & longitude;
   }
 
-  bool ServesInverse(double n, double) const { return std::abs(n - fNorth) < maxNorthing; }
+  GEOMATH_INLINE bool ServesInverse(double n, double) const {
+    return std::abs(n - fNorth) < maxNorthing;
+  }
 };
 
 }  // namespace zel_cs::geomath

@@ -35,8 +35,8 @@ struct TmNzFormulas {
     utm.Inverse<Math>(n, e);
   }
 
-  bool ServesForward(double b, double l) const { return utm.ServesForward(b, l); }
-  bool ServesInverse(double n, double e) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const { return utm.ServesForward(b, l); }
+  GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     grid.Undo(n, e);
     return utm.ServesInverse(n, e);
   }

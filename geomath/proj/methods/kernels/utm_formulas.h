@@ -60,12 +60,12 @@ struct UtmFormulas {
     e = lambda0 + step.longitude / c;
   }
 
-  bool ServesForward(double b, double l) const {
+  GEOMATH_INLINE bool ServesForward(double b, double l) const {
     const bool latitude = std::abs(b) < simd::kMaxAngle;
     const bool longitude = std::abs(l - lambda0) < simd::kMaxAngle;
     return latitude & longitude;
   }
-  bool ServesInverse(double n, double) const {
+  GEOMATH_INLINE bool ServesInverse(double n, double) const {
     return std::abs((n - fNorth + inverseOrigin) / rK0) < simd::kMaxAngle;
   }
 };

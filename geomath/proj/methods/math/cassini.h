@@ -66,7 +66,7 @@ class CassiniSoldner {
     return (m0_ + (north * cosTheta_ + east * sinTheta_)) / meridian_.r;
   }
 
-  double OriginLongitude() const { return lambda0_; }
+  GEOMATH_INLINE double OriginLongitude() const { return lambda0_; }
 
  private:
   double a_, e2_, ep2_, lambda0_;

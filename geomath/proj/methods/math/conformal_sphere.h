@@ -15,7 +15,7 @@ class ConformalSphere {
   ConformalSphere(const Ellipsoid& ell, double normalLatitude);
 
   /// As of ConformalLatitude.
-  bool ServesColumns() const { return latitude_.ServesColumns(); }
+  GEOMATH_INLINE bool ServesColumns() const { return latitude_.ServesColumns(); }
 
   /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
   template <class Math = simd::Libm>

@@ -2,8 +2,6 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
-
 // Symbols of EPSG Guidance Note 7-2, method 9809:
 //   χ Λ  chi Lambda  latitude and longitude on the conformal sphere, Λ = n·(λ − λ0)
 //   R n  sphere_.R sphere_.alpha     B  Denominator     ν0  prime-vertical radius at the origin
@@ -39,18 +37,6 @@ PointFactors DoubleStereographic::Factors(const Vector& v, double phi) const {
   const double cosChi = v.chi.cos;
   const SinCos Lambda = cosChi > 0 ? SinCos{v.across / cosChi, v.along / cosChi} : SinCos{0, 1};
   return Factors({v.chi, Lambda}, std::cos(phi));
-}
-
-bool DoubleStereographic::ServesForward(double phi, double lambda) const {
-  const bool latitude = std::abs(phi) < kHalfPi;
-  const bool longitude = std::abs(lambda - lambda0_) < simd::kMaxAngle / 2;  // before α ≤ 1.004
-  return latitude & longitude & servesColumns_;
-}
-
-bool DoubleStereographic::ServesInverse(double north, double east) const {
-  constexpr double kLargest = 1e50;  // metres
-  const bool northing = std::abs(north) < kLargest, easting = std::abs(east) < kLargest;
-  return northing & easting & servesColumns_;
 }
 
 }  // namespace zel_cs::geomath

@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
@@ -75,8 +76,16 @@ class DoubleStereographic {
   PointFactors Factors(const Vector& vector, double phi) const;
 
   /// The points for which columns hold: on the Earth's ellipsoids, latitudes short of the poles.
-  bool ServesForward(double phi, double lambda) const;
-  bool ServesInverse(double north, double east) const;
+  GEOMATH_INLINE bool ServesForward(double phi, double lambda) const {
+    const bool latitude = std::abs(phi) < kHalfPi;
+    const bool longitude = std::abs(lambda - lambda0_) < simd::kMaxAngle / 2;  // before α ≤ 1.004
+    return latitude & longitude & servesColumns_;
+  }
+  GEOMATH_INLINE bool ServesInverse(double north, double east) const {
+    constexpr double kLargest = 1e50;  // metres
+    const bool northing = std::abs(north) < kLargest, easting = std::abs(east) < kLargest;
+    return northing & easting & servesColumns_;
+  }
 
  private:
   GEOMATH_INLINE double Denominator(const SpherePoint& at) const {

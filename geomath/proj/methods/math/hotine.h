@@ -96,12 +96,12 @@ class Hotine {
   }
 
   /// Where the two hold in the functions of columns.
-  bool ServesForward(double phi, double lambda) const {
+  GEOMATH_INLINE bool ServesForward(double phi, double lambda) const {
     const bool latitude = std::abs(phi) < kHalfPi;
     const bool longitude = std::abs(lambda - lambda0) < simd::kMaxAngle;
     return latitude & longitude & ServesColumns();
   }
-  bool ServesInverse(Skew point) const {
+  GEOMATH_INLINE bool ServesInverse(Skew point) const {
     constexpr double kFarAside = 30;  // isometric
     const bool aside = std::abs(point.v * (B / A)) < kFarAside;
     const bool ahead = std::abs(point.u * (B / A)) < simd::kMaxAngle;
@@ -120,7 +120,7 @@ class Hotine {
 
  private:
   // The constants are numbers: columns do not carry NaN through.
-  bool ServesColumns() const {
+  GEOMATH_INLINE bool ServesColumns() const {
     const bool isNumber = C - C == 0, hasAzimuth = cosGamma0 >= 0;
     return isNumber & hasAzimuth & latitude_.ServesColumns();
   }

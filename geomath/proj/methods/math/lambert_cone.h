@@ -68,7 +68,7 @@ class LambertCone {
   double Scale(double rho, double sinPhi, double cosPhi) const;
 
   /// Columns hold for cones on the Earth's ellipsoids that are neither planes nor cylinders.
-  bool ServesColumns() const { return servesColumns_; }
+  GEOMATH_INLINE bool ServesColumns() const { return servesColumns_; }
 
   /// The sign of the cone constant.
   GEOMATH_INLINE double Sign() const { return std::copysign(1.0, n_); }

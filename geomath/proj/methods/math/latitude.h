@@ -66,7 +66,7 @@ class ConformalLatitude {
   explicit ConformalLatitude(const Ellipsoid& ell);
 
   /// Columns (Math::kColumns) hold for ellipsoids of the Earth's flattening only.
-  bool ServesColumns() const { return nearSphere_; }
+  GEOMATH_INLINE bool ServesColumns() const { return nearSphere_; }
 
   /// Isometric latitude of a geodetic one.
   template <class Math = simd::Libm>
