@@ -117,20 +117,4 @@ std::size_t ConvertColumns(const Conversion& conversion, std::size_t count, std:
   return ConvertBlocks(convert, count, stride, coordinates...);
 }
 
-/// ConvertBlocks with a callable bool(double&, …) that converts one point.
-template <class Convert, class... Columns>
-std::size_t ConvertEach(Convert&& convert, std::size_t count, std::ptrdiff_t stride,
-                        Columns*... coordinates) {
-  const auto convertBlock = [&](double* const(&columns)[sizeof...(Columns)], std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) {
-      const bool ok = [&]<std::size_t... C>(std::index_sequence<C...>) {
-        return convert(columns[C][i]...);
-      }
-      (std::index_sequence_for<Columns...>{});
-      if (!ok) columns[0][i] = std::numeric_limits<double>::quiet_NaN();
-    }
-  };
-  return ConvertBlocks(convertBlock, count, stride, coordinates...);
-}
-
 }  // namespace zel_cs::geomath

@@ -4,7 +4,7 @@
 
 #include "geomath/base/batch.h"
 #include "geomath/local/identical_point.h"
-#include "geomath/local/plane_rotation.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -36,42 +36,37 @@ double GridToGround::EffectiveScale() const {
   return scale;
 }
 
+GroundParameters GridToGround::Parameters(unsigned long present) const {
+  return {.rotation = PlaneRotation(rotation),
+          .originN = FNgrid(),
+          .originE = FEgrid(),
+          .offsetN = offsetN,
+          .offsetE = offsetE,
+          .k = EffectiveScale(),
+          .hasN = (present & kHasNorth) != 0,
+          .hasE = (present & kHasEast) != 0};
+}
+
 bool GridToGround::ToGround(double& N, double& E, double&, unsigned long* present) const {
   if (!Convertible(present, rotation)) return false;
-  const bool hasN = *present & kHasNorth, hasE = *present & kHasEast;
-  const double k = EffectiveScale();
-  const auto [n, e] =
-      PlaneRotation(rotation).Turn(hasN ? N - FNgrid() : N, hasE ? E - FEgrid() : E);
-  if (hasN) N = FNgrid() + n * k + offsetN;
-  if (hasE) E = FEgrid() + e * k + offsetE;
+  GridToGroundPlane{Parameters(*present)}.Convert<simd::Libm>(N, E);
   return true;
 }
 
 bool GridToGround::ToGrid(double& N, double& E, double&, unsigned long* present) const {
   if (!Convertible(present, rotation)) return false;
-  const bool hasN = *present & kHasNorth, hasE = *present & kHasEast;
-  const double k = EffectiveScale();
-  const auto [n, e] = PlaneRotation(rotation).TurnBack(hasN ? N - offsetN - FNgrid() : N,
-                                                       hasE ? E - offsetE - FEgrid() : E);
-  if (hasN) N = FNgrid() + n / k;
-  if (hasE) E = FEgrid() + e / k;
+  GroundToGridPlane{Parameters(*present)}.Convert<simd::Libm>(N, E);
   return true;
 }
 
 std::size_t GridToGround::ToGroundBatch(double* N, double* E, std::size_t count,
                                         std::ptrdiff_t stride) const {
-  unsigned long present = kBoth;
-  double ignored = 0;
-  const auto convert = [&](double& n, double& e) { return ToGround(n, e, ignored, &present); };
-  return ConvertEach(convert, count, stride, N, E);
+  return ConvertColumns(GridToGroundPlane{Parameters(kBoth)}, count, stride, N, E);
 }
 
 std::size_t GridToGround::ToGridBatch(double* N, double* E, std::size_t count,
                                       std::ptrdiff_t stride) const {
-  unsigned long present = kBoth;
-  double ignored = 0;
-  const auto convert = [&](double& n, double& e) { return ToGrid(n, e, ignored, &present); };
-  return ConvertEach(convert, count, stride, N, E);
+  return ConvertColumns(GroundToGridPlane{Parameters(kBoth)}, count, stride, N, E);
 }
 
 }  // namespace zel_cs::geomath

@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "geomath/export.h"
+#include "geomath/local/site_formulas.h"
 
 namespace zel_cs::geomath {
 
@@ -56,6 +57,7 @@ class GEOMATH_API GridToGround {
 
  private:
   double EffectiveScale() const;
+  GroundParameters Parameters(unsigned long present) const;
 };
 
 }  // namespace zel_cs::geomath

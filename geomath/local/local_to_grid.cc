@@ -11,6 +11,7 @@
 #include "geomath/proj/factory.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -25,6 +26,27 @@ std::unique_ptr<TGeoProj> CopyByKind(const TGeoProj& source) {
   std::unique_ptr<TGeoProj> copy(_GetProjByType(source.GetType(), ell.a, ell.invF));
   if (copy) copy->CopyGeoProj(&source);
   return copy;
+}
+
+// A conversion that writes all parts, and after it the marks of those that the outcome leaves out.
+template <class Conversion, class Outcome>
+bool ConvertPoint(const Conversion& conversion, const Outcome& outcome, double& N, double& E,
+                  double& H) {
+  if (!outcome.ok) return false;
+  conversion.template Convert<simd::Libm>(N, E, H);
+  if (!outcome.plane) N = E = DBL_MAX;
+  if (!outcome.height) H = DBL_MAX;
+  return true;
+}
+
+template <class Conversion, class Outcome>
+void ConvertBlock(const Conversion& conversion, const Outcome& outcome, double* const (&columns)[3],
+                  std::size_t count) {
+  const auto fill = [count](double* column, double value) { std::fill_n(column, count, value); };
+  if (!outcome.ok) return fill(columns[0], kNaN);
+  RunKernel(conversion, columns, count);
+  if (!outcome.plane) fill(columns[0], DBL_MAX), fill(columns[1], DBL_MAX);
+  if (!outcome.height) fill(columns[2], DBL_MAX);
 }
 
 template <std::size_t N>
@@ -131,30 +153,29 @@ void LocalToGrid::SetGeoidName(const wchar_t* name) {
   geoidName_.Set(name && *name ? name : nullptr);
 }
 
-bool LocalToGrid::ToLocal(double& N, double& E, double& H, unsigned int what) const {
-  if (mode == kNotSetUp || what == kNotSetUp) return false;
+LocalToGrid::Outcome LocalToGrid::OutcomeToLocal(unsigned int what) const {
+  if (mode == kNotSetUp || what == kNotSetUp) return {};
+  return {.ok = true,
+          .plane = mode != kVertical && what != kVertical,
+          .height = mode != kHorizontal && what != kHorizontal};
+}
+
+LocalToGrid::Outcome LocalToGrid::OutcomeToGrid(unsigned int what) const {
+  return mode == kVertical ? Outcome{} : OutcomeToLocal(what);
+}
+
+SiteParameters LocalToGrid::Parameters() const {
   const auto [tN, tE, s, theta] = planeParams_;
   const auto [h0, aN, aE] = heightParams_;
-  const auto [n, e] = rotation_.Turn(N, E);
-  const bool plane = mode != kVertical && what != kVertical;
-  const bool height = mode != kHorizontal && what != kHorizontal;
-  H = height ? H + aN * N + aE * E + h0 : DBL_MAX;
-  N = plane ? s * n + tN : DBL_MAX;
-  E = plane ? s * e + tE : DBL_MAX;
-  return true;
+  return {rotation_, tN, tE, s, h0, aN, aE};
+}
+
+bool LocalToGrid::ToLocal(double& N, double& E, double& H, unsigned int what) const {
+  return ConvertPoint(GridToSite{Parameters()}, OutcomeToLocal(what), N, E, H);
 }
 
 bool LocalToGrid::ToGrid(double& N, double& E, double& H, unsigned int what) const {
-  if (mode == kNotSetUp || what == kNotSetUp || mode == kVertical) return false;
-  const auto [tN, tE, s, theta] = planeParams_;
-  const auto [h0, aN, aE] = heightParams_;
-  const auto [n, e] = rotation_.TurnBack((N - tN) / s, (E - tE) / s);
-  const bool plane = what != kVertical;
-  const bool height = mode != kHorizontal && what != kHorizontal;
-  H = height ? H - h0 - aN * n - aE * e : DBL_MAX;
-  N = plane ? n : DBL_MAX;
-  E = plane ? e : DBL_MAX;
-  return true;
+  return ConvertPoint(SiteToGrid{Parameters()}, OutcomeToGrid(what), N, E, H);
 }
 
 bool LocalToGrid::Forward(double& lat, double& lon, double& H, unsigned char what) {
@@ -170,36 +191,41 @@ bool LocalToGrid::Inverse(double& N, double& E, double& H, unsigned char what) {
 
 std::size_t LocalToGrid::ToLocalBatch(double* N, double* E, double* H, std::size_t count,
                                       unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double& n, double& e, double& h) { return ToLocal(n, e, h, what); };
-  return ConvertEach(convert, count, stride, N, E, H);
+  const GridToSite conversion{Parameters()};
+  const auto convert = [&](double* const(&columns)[3], std::size_t n) {
+    ConvertBlock(conversion, OutcomeToLocal(what), columns, n);
+  };
+  return ConvertBlocks(convert, count, stride, N, E, H);
 }
 
 std::size_t LocalToGrid::ToGridBatch(double* N, double* E, double* H, std::size_t count,
                                      unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double& n, double& e, double& h) { return ToGrid(n, e, h, what); };
-  return ConvertEach(convert, count, stride, N, E, H);
+  const SiteToGrid conversion{Parameters()};
+  const auto convert = [&](double* const(&columns)[3], std::size_t n) {
+    ConvertBlock(conversion, OutcomeToGrid(what), columns, n);
+  };
+  return ConvertBlocks(convert, count, stride, N, E, H);
 }
 
 // The projection converts whole blocks; what it fails is NaN, and stays so in either step.
 std::size_t LocalToGrid::ForwardBatch(double* lat, double* lon, double* H, std::size_t count,
                                       unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double* const(&point)[3], std::size_t n) {
-    if (projection_) projection_->ForwardBatch(point[0], point[1], n);
-    for (std::size_t i = 0; i < n; ++i)
-      if (!projection_ || !ToLocal(point[0][i], point[1][i], point[2][i], what)) point[0][i] = kNaN;
+  const GridToSite conversion{Parameters()};
+  const Outcome outcome = projection_ ? OutcomeToLocal(what) : Outcome{};
+  const auto convert = [&](double* const(&columns)[3], std::size_t n) {
+    if (projection_) projection_->ForwardBatch(columns[0], columns[1], n);
+    ConvertBlock(conversion, outcome, columns, n);
   };
   return ConvertBlocks(convert, count, stride, lat, lon, H);
 }
 
 std::size_t LocalToGrid::InverseBatch(double* N, double* E, double* H, std::size_t count,
                                       unsigned int what, std::ptrdiff_t stride) const {
-  const auto convert = [&](double* const(&point)[3], std::size_t n) {
-    for (std::size_t i = 0; i < n; ++i) {
-      const bool onGrid = ToGrid(point[0][i], point[1][i], point[2][i], what) &&
-                          point[0][i] != DBL_MAX && point[1][i] != DBL_MAX;
-      if (!onGrid || !projection_) point[0][i] = kNaN;
-    }
-    if (projection_) projection_->InverseBatch(point[0], point[1], n);
+  const SiteToGrid conversion{Parameters()};
+  const Outcome onGrid = OutcomeToGrid(what), outcome = onGrid.plane ? onGrid : Outcome{};
+  const auto convert = [&](double* const(&columns)[3], std::size_t n) {
+    ConvertBlock(conversion, projection_ ? outcome : Outcome{}, columns, n);
+    if (projection_) projection_->InverseBatch(columns[0], columns[1], n);
   };
   return ConvertBlocks(convert, count, stride, N, E, H);
 }

@@ -4,7 +4,7 @@
 #include <memory>
 
 #include "geomath/export.h"
-#include "geomath/local/plane_rotation.h"
+#include "geomath/local/site_formulas.h"
 #include "geomath/platform/wide_text.h"
 #include "geomath/proj/geo_proj.h"
 
@@ -97,6 +97,14 @@ class GEOMATH_API LocalToGrid {
   void ReplaceProjection(std::unique_ptr<TGeoProj> projection);
   void UpdateOrigin();
   void SetOriginParam(double value, int index);
+
+  // What a conversion gives: nothing when it fails.
+  struct Outcome {
+    bool ok = false, plane = false, height = false;
+  };
+  Outcome OutcomeToLocal(unsigned int what) const;
+  Outcome OutcomeToGrid(unsigned int what) const;
+  SiteParameters Parameters() const;
 
   std::unique_ptr<TGeoProj> projection_;
   double planeParams_[4] = {0, 0, 1.0, 0};  // tN, tE, s, θ

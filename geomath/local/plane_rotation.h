@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/simd/kernel.h"
+
 namespace zel_cs::geomath {
 
 /// Rotation of a (north, east) pair by θ: N' = cos θ·N − sin θ·E, E' = sin θ·N + cos θ·E.
@@ -12,8 +14,12 @@ struct PlaneRotation {
 
   explicit PlaneRotation(double theta) : cos(std::cos(theta)), sin(std::sin(theta)) {}
 
-  Pair Turn(double n, double e) const { return {cos * n - sin * e, sin * n + cos * e}; }
-  Pair TurnBack(double n, double e) const { return {cos * n + sin * e, cos * e - sin * n}; }
+  GEOMATH_INLINE Pair Turn(double n, double e) const {
+    return {cos * n - sin * e, sin * n + cos * e};
+  }
+  GEOMATH_INLINE Pair TurnBack(double n, double e) const {
+    return {cos * n + sin * e, cos * e - sin * n};
+  }
 
   double cos, sin;
 };

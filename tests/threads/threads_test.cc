@@ -1,5 +1,5 @@
-// One const object, many threads, the same results bit for bit. Run under the thread sanitizer this
-// also shows that nothing const writes. A class is added as a row of Shared().
+// One const object, many threads, every instruction set: the same results bit for bit. Run under the
+// thread sanitizer this also shows that nothing const writes. A class is added as a row of Shared().
 #include <gtest/gtest.h>
 
 #include <bit>
@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "geomath/geomath.h"
+#include "geomath/simd/instruction_set.h"
 #include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
@@ -184,6 +185,13 @@ std::vector<Row> Shared() {
 
 class SharedObject : public testing::TestWithParam<Row> {};
 
+void ExpectSameBits(const std::vector<double>& result, const std::vector<double>& expected) {
+  ASSERT_EQ(result.size(), expected.size());
+  for (std::size_t i = 0; i < expected.size(); ++i)
+    ASSERT_EQ(std::bit_cast<std::uint64_t>(result[i]), std::bit_cast<std::uint64_t>(expected[i]))
+        << i;
+}
+
 // The threads go first, so that whatever is prepared on first use is prepared among them.
 TEST_P(SharedObject, GivesEveryThreadTheSameBits) {
   const Work work = GetParam().make(GetParam().argument);
@@ -197,12 +205,18 @@ TEST_P(SharedObject, GivesEveryThreadTheSameBits) {
   std::size_t finite = 0;
   for (const double value : expected) finite += std::isfinite(value);
   EXPECT_GT(finite, expected.size() / 4) << "too few points convert to prove anything";
-  for (const std::vector<double>& result : results) {
-    ASSERT_EQ(result.size(), expected.size());
-    for (std::size_t i = 0; i < expected.size(); ++i)
-      ASSERT_EQ(std::bit_cast<std::uint64_t>(result[i]), std::bit_cast<std::uint64_t>(expected[i]))
-          << i;
+  for (const std::vector<double>& result : results) ExpectSameBits(result, expected);
+}
+
+TEST_P(SharedObject, GivesTheSameBitsOnEveryInstructionSet) {
+  const Work work = GetParam().make(GetParam().argument);
+  const std::vector<double> best = work();
+  const simd::InstructionSet set = simd::ActiveInstructionSet();
+  for (const auto narrower : {simd::InstructionSet::baseline, simd::InstructionSet::avx2}) {
+    simd::ForceInstructionSet(narrower);
+    ExpectSameBits(work(), best);
   }
+  simd::ForceInstructionSet(set);
 }
 
 INSTANTIATE_TEST_SUITE_P(Classes, SharedObject, testing::ValuesIn(Shared()),
