@@ -6,6 +6,7 @@
 #include <limits>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/batch.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -13,9 +14,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned int kToUser = 0, kToInternal = 1;
 constexpr double kMaxLatitude = kHalfPi + 1e-12;  // the pole, and the rounding of an inverse there
-
-// Points that go through all steps together: the columns stay in the first-level cache.
-constexpr std::size_t kBlockSize = 256;
 
 // Search of the ellipsoidal height that belongs to a height above a geoid (HeightToEllipsoid).
 // A rest of 1e-6 m moves the position by 1e-6 m times the angle between the two ellipsoid normals,
@@ -25,24 +23,26 @@ constexpr int kMaxHeightRounds = 10;       // each leaves 1e-4 of the rest or le
 
 }  // namespace
 
+// Points that go through all steps together, in place.
 struct CoordinateChain::Block {
-  std::size_t count;
-  double x[kBlockSize], y[kBlockSize], h[kBlockSize];
-  ChainStep failed[kBlockSize];
+  double* const x;
+  double* const y;
+  double* const h;
+  const std::size_t count;
+  ChainStep failed[kBatchBlock];
+  bool anyFailed = false;
+
+  Block(double* const (&columns)[3], std::size_t points)
+      : x(columns[0]), y(columns[1]), h(columns[2]), count(points) {
+    std::fill_n(failed, count, ChainStep::none);
+  }
 
   bool Alive(std::size_t i) const { return failed[i] == ChainStep::none; }
 
   void Fail(std::size_t i, ChainStep step) {
     failed[i] = step;
+    anyFailed = true;
     x[i] = y[i] = h[i] = kNaN;
-  }
-
-  // Blames `step` for every point that it has left without finite coordinates.
-  void Check(ChainStep step) {
-    for (std::size_t i = 0; i < count; ++i) {
-      const bool finite = std::isfinite(x[i]) && std::isfinite(y[i]) && std::isfinite(h[i]);
-      if (!finite && Alive(i)) Fail(i, step);
-    }
   }
 
   void FailAll(ChainStep step) {
@@ -51,7 +51,18 @@ struct CoordinateChain::Block {
     }
   }
 
+  // Blames `step` for every point that it has left without finite coordinates; `converted` is the
+  // number of the others.
+  void Check(ChainStep step, std::size_t converted) {
+    if (converted == count) return;
+    for (std::size_t i = 0; i < count; ++i) {
+      const bool finite = std::isfinite(x[i]) && std::isfinite(y[i]) && std::isfinite(h[i]);
+      if (!finite && Alive(i)) Fail(i, step);
+    }
+  }
+
   void CheckLatitudes(ChainStep step) {
+    if (AllWithin(x, count, kMaxLatitude)) return;
     for (std::size_t i = 0; i < count; ++i) {
       if (Alive(i) && !(std::abs(x[i]) <= kMaxLatitude)) Fail(i, step);
     }
@@ -81,20 +92,22 @@ const char* ChainStepName(ChainStep step) {
   return index < std::size(names) ? names[index] : "an unknown step";
 }
 
-// Runs `convert` and puts back the coordinates of the parts that a calibration of that mode leaves
-// out, of points that were converted.
+// Runs `convert`, which returns the number of points converted, and puts back the coordinates of
+// the parts that a calibration of that mode leaves out, of points that were converted.
 template <class Convert>
-void CoordinateChain::KeepUncalibrated(Block& p, unsigned char mode, Convert convert) {
-  double x[kBlockSize], y[kBlockSize], h[kBlockSize];
+std::size_t CoordinateChain::KeepUncalibrated(Block& p, unsigned char mode, Convert convert) {
+  if (mode == LocalToGrid::kBoth) return convert();
+  double x[kBatchBlock], y[kBatchBlock], h[kBatchBlock];
   std::copy_n(p.x, p.count, x);
   std::copy_n(p.y, p.count, y);
   std::copy_n(p.h, p.count, h);
-  convert();
+  const std::size_t converted = convert();
   for (std::size_t i = 0; i < p.count; ++i) {
     if (!std::isfinite(p.x[i])) continue;
     if (mode == LocalToGrid::kHorizontal) p.h[i] = h[i];
     if (mode == LocalToGrid::kVertical) p.x[i] = x[i], p.y[i] = y[i];
   }
+  return converted;
 }
 
 // Global to local on the geocentric way.
@@ -102,24 +115,18 @@ void CoordinateChain::DatumToLocal(Block& p) const {
   if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
   const Ellipsoid* local = datum_->GetEllipsoid();
   if (!local) return p.FailAll(ChainStep::localEllipsoid);
-  global_->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::globalEllipsoid);
-  datum_->ToLocalDatumBatch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::datum);
-  local->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::localEllipsoid);
+  p.Check(ChainStep::globalEllipsoid, global_->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count));
+  p.Check(ChainStep::datum, datum_->ToLocalDatumBatch(p.x, p.y, p.h, p.count));
+  p.Check(ChainStep::localEllipsoid, local->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count));
 }
 
 void CoordinateChain::DatumToGlobal(Block& p) const {
   const Ellipsoid* local = datum_->GetEllipsoid();
   if (!local) return p.FailAll(ChainStep::localEllipsoid);
   if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
-  local->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::localEllipsoid);
-  datum_->ToWGS84DatumBatch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::datum);
-  global_->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count);
-  p.Check(ChainStep::globalEllipsoid);
+  p.Check(ChainStep::localEllipsoid, local->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count));
+  p.Check(ChainStep::datum, datum_->ToWGS84DatumBatch(p.x, p.y, p.h, p.count));
+  p.Check(ChainStep::globalEllipsoid, global_->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count));
 }
 
 void CoordinateChain::ToLocalBlock(Block& p) const {
@@ -127,9 +134,9 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   p.CheckLatitudes(ChainStep::input);
 
   const bool geoidFirst = geoid_ && geoidFrame_ == GeoidFrame::global;
-  double aboveGeoid[kBlockSize];
+  double aboveGeoid[kBatchBlock];
   const auto subtractGeoid = [&] {
-    double geoidHeight[kBlockSize];
+    double geoidHeight[kBatchBlock];
     geoid_->Heights(p.x, p.y, geoidHeight, p.count);
     for (std::size_t i = 0; i < p.count; ++i) {
       aboveGeoid[i] = p.h[i] - geoidHeight[i];
@@ -144,35 +151,32 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
 
   if (projection_) {
     p.RotateGeographic(projection_, kToUser);
-    projection_->ForwardBatch(p.x, p.y, p.count);
-    p.Check(ChainStep::projection);
+    p.Check(ChainStep::projection, projection_->ForwardBatch(p.x, p.y, p.count));
   }
   GridToSite(p);
 }
 
 void CoordinateChain::GridToSite(Block& p) const {
   if (localization_) {
-    KeepUncalibrated(p, localization_->mode, [&] {
-      localization_->ToLocalBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
-    });
-    p.Check(ChainStep::localization);
+    const auto convert = [&] {
+      return localization_->ToLocalBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
+    };
+    p.Check(ChainStep::localization, KeepUncalibrated(p, localization_->mode, convert));
   }
   if (ground_ && !ground_->IsDisabled()) {
-    ground_->ToGroundBatch(p.x, p.y, p.count);
-    p.Check(ChainStep::ground);
+    p.Check(ChainStep::ground, ground_->ToGroundBatch(p.x, p.y, p.count));
   }
 }
 
 void CoordinateChain::SiteToGrid(Block& p) const {
   if (ground_ && !ground_->IsDisabled()) {
-    ground_->ToGridBatch(p.x, p.y, p.count);
-    p.Check(ChainStep::ground);
+    p.Check(ChainStep::ground, ground_->ToGridBatch(p.x, p.y, p.count));
   }
   if (localization_) {
-    KeepUncalibrated(p, localization_->mode, [&] {
-      localization_->ToGridBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
-    });
-    p.Check(ChainStep::localization);
+    const auto convert = [&] {
+      return localization_->ToGridBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
+    };
+    p.Check(ChainStep::localization, KeepUncalibrated(p, localization_->mode, convert));
   }
 }
 
@@ -183,14 +187,14 @@ void CoordinateChain::SiteToGrid(Block& p) const {
 // ellipsoid, position and height stand on one ellipsoid and H + N is the answer.
 void CoordinateChain::HeightToEllipsoid(Block& p) const {
   const bool sameEllipsoid = !datum_ || geoidFrame_ == GeoidFrame::local;
-  double b[kBlockSize], l[kBlockSize], aboveGeoid[kBlockSize], ellipsoidal[kBlockSize];
-  double geoidHeight[kBlockSize];
+  double b[kBatchBlock], l[kBatchBlock], aboveGeoid[kBatchBlock], ellipsoidal[kBatchBlock];
+  double geoidHeight[kBatchBlock];
   std::copy_n(p.x, p.count, b);
   std::copy_n(p.y, p.count, l);
   std::copy_n(p.h, p.count, aboveGeoid);
   std::copy_n(p.h, p.count, ellipsoidal);
 
-  double rest[kBlockSize];
+  double rest[kBatchBlock];
   for (int round = 0; round < kMaxHeightRounds; ++round) {
     if (!sameEllipsoid) {
       std::copy_n(b, p.count, p.x);
@@ -219,8 +223,7 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
 void CoordinateChain::ToGlobalBlock(Block& p) const {
   SiteToGrid(p);
   if (projection_) {
-    projection_->InverseBatch(p.x, p.y, p.count);
-    p.Check(ChainStep::projection);
+    p.Check(ChainStep::projection, projection_->InverseBatch(p.x, p.y, p.count));
     p.RotateGeographic(projection_, kToInternal);
   }
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
@@ -245,29 +248,18 @@ ChainResult CoordinateChain::RunPoint(BlockStep steps, double& x, double& y, dou
 std::size_t CoordinateChain::RunBatch(BlockStep steps, double* x, double* y, double* h,
                                       std::size_t count, std::ptrdiff_t stride,
                                       ChainStep* failedAt) const {
-  std::size_t converted = 0;
-  Block block;
-  for (std::size_t first = 0; first < count; first += kBlockSize) {
-    block.count = std::min(kBlockSize, count - first);
-    const auto at = [&](std::size_t i) { return static_cast<std::ptrdiff_t>(first + i) * stride; };
-    for (std::size_t i = 0; i < block.count; ++i) {
-      block.x[i] = x[at(i)];
-      block.y[i] = y[at(i)];
-      block.h[i] = h[at(i)];
-      block.failed[i] = ChainStep::none;
-    }
-    block.Check(ChainStep::input);
+  std::size_t first = 0;
+  const auto convert = [&](double* const(&columns)[3], std::size_t n) {
+    Block block(columns, n);
+    block.Check(ChainStep::input, MarkFailures(columns, n));
     (this->*steps)(block);
-    for (std::size_t i = 0; i < block.count; ++i) {
-      const bool alive = block.Alive(i);
-      x[at(i)] = alive ? block.x[i] : kNaN;
-      y[at(i)] = alive ? block.y[i] : kNaN;
-      h[at(i)] = alive ? block.h[i] : kNaN;
-      converted += alive;
-      if (failedAt) failedAt[first + i] = block.failed[i];
-    }
-  }
-  return converted;
+    if (block.anyFailed)
+      for (std::size_t i = 0; i < n; ++i)
+        if (!block.Alive(i)) block.x[i] = kNaN;
+    if (failedAt) std::copy_n(block.failed, n, failedAt + first);
+    first += n;
+  };
+  return ConvertBlocks(convert, count, stride, x, y, h);
 }
 
 ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h) const {

@@ -124,7 +124,7 @@ class GEOMATH_API CoordinateChain {
   void DatumToGlobal(Block& block) const;
   void HeightToEllipsoid(Block& block) const;
   template <class Convert>
-  static void KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
+  static std::size_t KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
   void GridToSite(Block& block) const;
   void SiteToGrid(Block& block) const;
   ChainResult RunPoint(BlockStep steps, double& x, double& y, double& h) const;
