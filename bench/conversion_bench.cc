@@ -1,7 +1,7 @@
 // Ellipsoid, datum, transverse Mercator and the whole chain beside PROJ and GeographicLib.
-#include <benchmark/benchmark.h>
+#include <type_traits>
 
-#include "bench/peers.h"
+#include "bench/measure.h"
 #include "geomath/geomath.h"
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
@@ -35,8 +35,8 @@ const Columns& Geocentric() {
 constexpr double kCentralMeridian = 9 * kRadPerDeg;
 
 const Columns& InZone() {
-  static const Columns points = SpreadPoints({-1.4, kCentralMeridian - 3 * kRadPerDeg, 0},
-                                             {1.4, kCentralMeridian + 3 * kRadPerDeg, 1});
+  static const Columns points = SpreadPoints({-1.4, kCentralMeridian - 3 * kRadPerDeg},
+                                             {1.4, kCentralMeridian + 3 * kRadPerDeg});
   return points;
 }
 
@@ -62,49 +62,48 @@ const Datum& GreatBritain() {
   return datum;
 }
 
-// Measures `convert(Columns&)` on fresh copies of the points; the copies are part of every
-// contender's time alike (about 2 ns a point).
-template <class Convert>
-void Measure(benchmark::State& state, const Columns& points, Convert convert) {
-  Columns work = points;
-  for (auto _ : state) {
-    work.first = points.first;
-    work.second = points.second;
-    work.third = points.third;
-    convert(work);
-    benchmark::DoNotOptimize(work.first.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
-}
-
-// A contender that converts one point at a time.
+// A contender that converts one point at a time: pairs, or triples.
 template <class ConvertPoint>
 auto OneByOne(ConvertPoint convert) {
   return [convert](Columns& c) {
-    for (std::size_t i = 0; i < kBenchPoints; ++i) convert(c.first[i], c.second[i], c.third[i]);
+    for (std::size_t i = 0; i < kBenchPoints; ++i)
+      if constexpr (std::is_invocable_v<ConvertPoint, double&, double&>) {
+        convert(c.first[i], c.second[i]);
+      } else {
+        convert(c.first[i], c.second[i], c.third[i]);
+      }
   };
 }
 
 template <class Convert>
 void Register(const char* name, const Columns& points, Convert convert) {
-  benchmark::RegisterBenchmark(
-      name, [&points, convert](benchmark::State& state) { Measure(state, points, convert); });
+  benchmark::RegisterBenchmark(name, [&points, convert](benchmark::State& state) {
+    MeasureInPlace(state, points, convert);
+  });
 }
+
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+// GeographicLib's angles are degrees.
+Columns InDegrees(Columns points) {
+  for (std::vector<double>* angles : {&points.first, &points.second})
+    for (double& angle : *angles) angle *= kDegPerRad;
+  return points;
+}
+#endif
 
 #ifdef GEOMATH_HAVE_PROJ
 void RegisterProj(const char* name, const Columns& points, const char* definition,
-                  PJ_DIRECTION direction, bool latitudeFirst, bool withHeight) {
+                  PJ_DIRECTION direction, bool latitudeFirst) {
   benchmark::RegisterBenchmark(name, [=, &points](benchmark::State& state) {
     const ProjPeer peer(definition);
     if (!peer.Good()) {
       state.SkipWithError("PROJ does not know the definition");
       return;
     }
-    Measure(state, points, [&](Columns& c) {
+    MeasureInPlace(state, points, [&](Columns& c) {
       double* x = latitudeFirst ? c.second.data() : c.first.data();
       double* y = latitudeFirst ? c.first.data() : c.second.data();
-      peer.Convert(direction, x, y, withHeight ? c.third.data() : nullptr, kBenchPoints);
+      peer.Convert(direction, x, y, c.third.empty() ? nullptr : c.third.data(), kBenchPoints);
     });
   });
 }
@@ -122,23 +121,23 @@ void RegisterEllipsoid() {
     Wgs84().XYZ_to_BLH_Batch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
   });
 #ifdef GEOMATH_HAVE_PROJ
-  RegisterProj("geodetic to geocentric/PROJ", Geodetic(), "+proj=cart +ellps=WGS84", PJ_FWD, true,
-               true);
+  RegisterProj("geodetic to geocentric/PROJ", Geodetic(), "+proj=cart +ellps=WGS84", PJ_FWD, true);
   RegisterProj("geocentric to geodetic/PROJ", Geocentric(), "+proj=cart +ellps=WGS84", PJ_INV,
-               false, true);
+               false);
 #endif
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
-  Register("geodetic to geocentric/GeographicLib", Geodetic(),
+  static const Columns degrees = InDegrees(Geodetic());
+  Register("geodetic to geocentric/GeographicLib", degrees,
            OneByOne([](double& b, double& l, double& h) {
              double x, y, z;
-             GeographicLib::Geocentric::WGS84().Forward(b * kDegPerRad, l * kDegPerRad, h, x, y, z);
+             GeographicLib::Geocentric::WGS84().Forward(b, l, h, x, y, z);
              b = x, l = y, h = z;
            }));
   Register("geocentric to geodetic/GeographicLib", Geocentric(),
            OneByOne([](double& x, double& y, double& z) {
              double b, l, h;
              GeographicLib::Geocentric::WGS84().Reverse(x, y, z, b, l, h);
-             x = b * kRadPerDeg, y = l * kRadPerDeg, z = h;
+             x = b, y = l, z = h;
            }));
 #endif
 }
@@ -158,8 +157,8 @@ void RegisterDatum() {
   constexpr const char* kHelmert =
       "+proj=helmert +x=-446.448 +y=125.157 +z=-542.060 +rx=-0.1502 +ry=-0.2470 +rz=-0.8421 "
       "+s=20.4894 +convention=position_vector";
-  RegisterProj("seven parameters to local/PROJ", Geocentric(), kHelmert, PJ_FWD, false, true);
-  RegisterProj("seven parameters to WGS84/PROJ", Geocentric(), kHelmert, PJ_INV, false, true);
+  RegisterProj("seven parameters to local/PROJ", Geocentric(), kHelmert, PJ_FWD, false);
+  RegisterProj("seven parameters to WGS84/PROJ", Geocentric(), kHelmert, PJ_INV, false);
 #endif
 }
 
@@ -181,25 +180,23 @@ void RegisterTransverse(const std::string& row, const Proj& shared) {
   constexpr const char* kUtm = "+proj=utm +zone=32 +ellps=WGS84";
   constexpr const char* kShort =
       "+proj=tmerc +approx +lon_0=9 +k_0=0.9996 +x_0=500000 +ellps=WGS84";
-  RegisterProj((row + " forward/PROJ").c_str(), InZone(), kUtm, PJ_FWD, true, false);
-  RegisterProj((row + " forward/PROJ short series").c_str(), InZone(), kShort, PJ_FWD, true, false);
-  RegisterProj((row + " inverse/PROJ").c_str(), GridInZone(), kUtm, PJ_INV, true, false);
-  RegisterProj((row + " inverse/PROJ short series").c_str(), GridInZone(), kShort, PJ_INV, true,
-               false);
+  RegisterProj((row + " forward/PROJ").c_str(), InZone(), kUtm, PJ_FWD, true);
+  RegisterProj((row + " forward/PROJ short series").c_str(), InZone(), kShort, PJ_FWD, true);
+  RegisterProj((row + " inverse/PROJ").c_str(), GridInZone(), kUtm, PJ_INV, true);
+  RegisterProj((row + " inverse/PROJ short series").c_str(), GridInZone(), kShort, PJ_INV, true);
 #endif
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
-  Register((row + " forward/GeographicLib").c_str(), InZone(),
-           OneByOne([](double& b, double& l, double&) {
+  static const Columns degrees = InDegrees(InZone());
+  Register((row + " forward/GeographicLib").c_str(), degrees, OneByOne([](double& b, double& l) {
              double x, y;
-             GeographicLib::TransverseMercator::UTM().Forward(9, b * kDegPerRad, l * kDegPerRad, x,
-                                                              y);
+             GeographicLib::TransverseMercator::UTM().Forward(9, b, l, x, y);
              b = y, l = x + 500000;
            }));
   Register((row + " inverse/GeographicLib").c_str(), GridInZone(),
-           OneByOne([](double& n, double& e, double&) {
+           OneByOne([](double& n, double& e) {
              double b, l;
              GeographicLib::TransverseMercator::UTM().Reverse(9, e - 500000, n, b, l);
-             n = b * kRadPerDeg, e = l * kRadPerDeg;
+             n = b, e = l;
            }));
 #endif
 }
@@ -245,12 +242,13 @@ void RegisterChain() {
       "+z=-542.060 +rx=-0.1502 +ry=-0.2470 +rz=-0.8421 +s=20.4894 +convention=position_vector "
       "+step +inv +proj=cart +a=6377563.396 +rf=299.3249646 +step +proj=tmerc +approx +lat_0=49 "
       "+lon_0=-2 +k_0=0.9996012717 +x_0=400000 +y_0=-100000 +a=6377563.396 +rf=299.3249646";
-  RegisterProj("whole chain forward/PROJ", Mainland(), kPipeline, PJ_FWD, true, true);
-  RegisterProj("whole chain inverse/PROJ", MainlandGrid(), kPipeline, PJ_INV, true, true);
+  RegisterProj("whole chain forward/PROJ", Mainland(), kPipeline, PJ_FWD, true);
+  RegisterProj("whole chain inverse/PROJ", MainlandGrid(), kPipeline, PJ_INV, true);
 #endif
 }
 
 const bool registered = [] {
+  RegisterCopy("copy of three columns/batch", Geodetic());
   RegisterEllipsoid();
   RegisterDatum();
   static const TTMProj tm(kWgs84A, kWgs84InvF, kCentralMeridian, 0.9996, 0, 500000, 0);

@@ -9,20 +9,23 @@
 #include <proj.h>
 #endif
 
-/// Columns of points that every contender of a row converts, a fixed pseudo-random lattice.
+/// Columns of points that every contender of a row converts, a fixed pseudo-random lattice. The
+/// third one is empty where points are pairs.
 struct Columns {
   std::vector<double> first, second, third;
 };
 
 inline constexpr std::size_t kBenchPoints = 4096;  // fits the second-level cache
 
-/// `kBenchPoints` points spread evenly over the box given by its lower and upper corners: the
-/// additive recurrence of Roberts (2018), which fills a box without clusters.
-inline Columns SpreadPoints(const double (&low)[3], const double (&high)[3]) {
+/// `kBenchPoints` pairs or triples spread evenly over the box given by its lower and upper corners:
+/// the additive recurrence of Roberts (2018), which fills a box without clusters.
+template <std::size_t Axes>
+Columns SpreadPoints(const double (&low)[Axes], const double (&high)[Axes]) {
+  static_assert(Axes == 2 || Axes == 3);
   constexpr double kStep[] = {0.8191725133961645, 0.6710436067037893, 0.5497004779019703};
   Columns columns;
   std::vector<double>* column[] = {&columns.first, &columns.second, &columns.third};
-  for (int axis = 0; axis < 3; ++axis) {
+  for (std::size_t axis = 0; axis < Axes; ++axis) {
     double at = 0.5;
     for (std::size_t i = 0; i < kBenchPoints; ++i) {
       at += kStep[axis];

@@ -1,11 +1,9 @@
 // Map projections, both directions, one point at a time and in batches, beside PROJ.
-#include <benchmark/benchmark.h>
-
 #include <memory>
 #include <string>
 #include <vector>
 
-#include "bench/peers.h"
+#include "bench/measure.h"
 #include "geomath/geomath.h"
 
 namespace {
@@ -91,24 +89,10 @@ const std::vector<Row>& Rows() {
   return rows;
 }
 
-// A conversion in place starts from fresh copies of its points, whose time is part of every
-// contender's alike.
-template <class Convert>
-void Measure(benchmark::State& state, const Columns& points, Convert convert) {
-  Columns work = points;
-  for (auto _ : state) {
-    work.first = points.first;
-    work.second = points.second;
-    convert(work.first.data(), work.second.data());
-    benchmark::ClobberMemory();
-  }
-  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
-}
-
 template <class Convert>
 void Register(const std::string& name, const std::shared_ptr<Columns>& points, Convert convert) {
   benchmark::RegisterBenchmark(name.c_str(), [points, convert](benchmark::State& state) {
-    Measure(state, *points, convert);
+    MeasureInPlace(state, *points, [&](Columns& c) { convert(c.first.data(), c.second.data()); });
   });
 }
 
@@ -124,8 +108,8 @@ void RegisterPeer(const std::string& name, const std::shared_ptr<Columns>& geogr
     Columns points = *geographic;  // PROJ's grid points are its own, whatever its axes
     if (direction == PJ_INV)
       peer.Convert(PJ_FWD, points.second.data(), points.first.data(), nullptr, kBenchPoints);
-    Measure(state, points, [&](double* first, double* second) {
-      peer.Convert(direction, second, first, nullptr, kBenchPoints);
+    MeasureInPlace(state, points, [&](Columns& c) {
+      peer.Convert(direction, c.second.data(), c.first.data(), nullptr, kBenchPoints);
     });
   });
 }
@@ -134,7 +118,7 @@ void RegisterPeer(const std::string& name, const std::shared_ptr<Columns>& geogr
 void RegisterRow(const Row& row) {
   const std::shared_ptr<TGeoProj> p = row.projection;
   const auto geographic = std::make_shared<Columns>(
-      SpreadPoints({row.south * kDeg, row.west * kDeg, 0}, {row.north * kDeg, row.east * kDeg, 1}));
+      SpreadPoints({row.south * kDeg, row.west * kDeg}, {row.north * kDeg, row.east * kDeg}));
   const auto grid = std::make_shared<Columns>(*geographic);
   p->ForwardBatch(grid->first.data(), grid->second.data(), kBenchPoints);
   const std::string forward = std::string(row.name) + " forward/";
@@ -157,6 +141,7 @@ void RegisterRow(const Row& row) {
 }
 
 const bool kRegistered = [] {
+  RegisterCopy("copy of two columns/batch", SpreadPoints({0, 0}, {1, 1}));
   for (const Row& row : Rows()) RegisterRow(row);
   return true;
 }();

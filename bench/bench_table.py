@@ -1,0 +1,165 @@
+"""Makes one table and one JSON file of a run of the benchmark programs.
+
+    bench_table.py collect DIRECTORY [-o bench.json]   prints the table of DIRECTORY/*.json
+    bench_table.py page bench.json docs/performance.md  puts it between the marks of the page
+
+DIRECTORY holds for each program NAME.json, Google Benchmark's output, and NAME.list, the names of
+its benchmarks in their order. A benchmark is named "row/contender"; the contenders "batch" and
+"scalar" are ours, every other one is a peer. Times are medians of the repetitions.
+"""
+import argparse
+import json
+import os
+import pathlib
+import platform
+import statistics
+import subprocess
+
+OURS = ("batch", "scalar")
+BEGIN, END = "<!-- table: begin -->", "<!-- table: end -->"
+
+
+def times_of(report):
+    """Nanoseconds per point of each benchmark: one figure for each repetition."""
+    times = {}
+    for run in report["benchmarks"]:
+        if run["run_type"] == "iteration" and "items_per_second" in run:
+            times.setdefault(run["run_name"], []).append(1e9 / run["items_per_second"])
+    return times
+
+
+def rows_of(program, report, names):
+    rows = {}
+    times = times_of(report)
+    for name in names:
+        if name not in times:
+            continue
+        row, contender = name.rsplit("/", 1)
+        entry = rows.setdefault(row, {"row": row, "program": program, "ours": {}, "peers": {}})
+        figures = {"median_ns": statistics.median(times[name]), "least_ns": min(times[name])}
+        entry["ours" if contender in OURS else "peers"][contender] = figures
+    return list(rows.values())
+
+
+def processor():
+    try:
+        for line in open("/proc/cpuinfo"):
+            if line.startswith("model name"):
+                return line.split(":", 1)[1].strip()
+    except OSError:
+        pass
+    return platform.processor() or platform.machine()
+
+
+def system():
+    try:
+        name = platform.freedesktop_os_release()["PRETTY_NAME"]
+    except (AttributeError, OSError, KeyError):
+        name = platform.system()
+    return " ".join([name, *platform.libc_ver()]).strip()
+
+
+def commit():
+    here = pathlib.Path(__file__).resolve().parent
+    git = subprocess.run(["git", "-C", here, "describe", "--always", "--dirty"],
+                         capture_output=True, text=True)
+    return git.stdout.strip() or None
+
+
+def collect(directory):
+    rows, contexts = [], []
+    for path in sorted(pathlib.Path(directory).glob("*.json")):
+        report = json.loads(path.read_text())
+        contexts.append(report["context"])
+        rows += rows_of(path.stem, report, path.with_suffix(".list").read_text().splitlines())
+    if not rows:
+        raise SystemExit(f"{directory} holds no benchmark results")
+    context = contexts[0]
+    return {
+        "machine": {"processor": processor(), "processors": os.cpu_count(),
+                    "caches": context["caches"], "system": system()},
+        "load": [c["load_avg"][0] for c in contexts if c.get("load_avg")],
+        "date": context["date"],
+        "commit": commit(),
+        "compiler": context.get("compiler"),
+        "instruction_set": context.get("instruction set"),
+        "peers": {name: context[name] for name in ("PROJ", "GeographicLib") if name in context},
+        "rows": rows,
+    }
+
+
+def number(value):
+    """Three significant digits without an exponent."""
+    if value is None:
+        return ""
+    if value >= 1000:
+        return f"{float(f'{value:.3g}'):,.0f}".replace(",", " ")
+    return f"{value:.{0 if value >= 100 else 1 if value >= 10 else 2}f}"
+
+
+def table_of(result):
+    table = [["row", "batch", "one point", "fastest peer", "", "batch is faster", "one point is"]]
+    for row in result["rows"]:
+        ours = {name: figures["median_ns"] for name, figures in row["ours"].items()}
+        batch, scalar = ours.get("batch"), ours.get("scalar")
+        peers = {name: figures["median_ns"] for name, figures in row["peers"].items()}
+        name = min(peers, key=peers.get) if peers else ""
+        ratio = lambda mine: f"{peers[name] / mine:.1f} ×" if peers and mine else ""
+        table.append([row["row"], number(batch), number(scalar), number(peers.get(name)), name,
+                      ratio(batch), ratio(scalar)])
+    return table
+
+
+def aligned(table):
+    widths = [max(map(len, column)) for column in zip(*table)]
+    for line in table:
+        cells = [cell.ljust(width) if i in (0, 4) else cell.rjust(width)
+                 for i, (cell, width) in enumerate(zip(line, widths))]
+        yield "  ".join(cells).rstrip()
+
+
+def made_with(result):
+    caches = {f"L{c['level']}": c["size"] // 1024 for c in result["machine"]["caches"]
+              if c["type"] != "Instruction"}
+    caches = ", ".join(f"{name} {size} KB" for name, size in caches.items())
+    peers = ", ".join(f"{name} {version}" for name, version in result["peers"].items())
+    return (f"{result['machine']['processor']}, {result['machine']['processors']} processors "
+            f"({caches}); {result['machine']['system']}; {result['compiler']}, Release; batches on "
+            f"{result['instruction_set']}; {peers or 'no peers'}.")
+
+
+def write_page(result, page):
+    text = page.read_text()
+    if BEGIN not in text or END not in text:
+        raise SystemExit(f"{page} has no marks {BEGIN} and {END}")
+    before, rest = text.split(BEGIN, 1)
+    after = rest.split(END, 1)[1]
+    head, *lines = table_of(result)
+    marks = ["---", "---:", "---:", "---:", "---", "---:", "---:"]
+    table = "\n".join("| " + " | ".join(cells) + " |" for cells in [head, marks, *lines])
+    page.write_text(f"{before}{BEGIN}\n{made_with(result)}\n\n{table}\n{END}{after}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
+    commands = parser.add_subparsers(dest="command", required=True)
+    collecting = commands.add_parser("collect")
+    collecting.add_argument("directory", type=pathlib.Path)
+    collecting.add_argument("-o", "--output", type=pathlib.Path)
+    paging = commands.add_parser("page")
+    paging.add_argument("result", type=pathlib.Path)
+    paging.add_argument("page", type=pathlib.Path)
+    options = parser.parse_args()
+    if options.command == "page":
+        write_page(json.loads(options.result.read_text()), options.page)
+        return
+    result = collect(options.directory)
+    print(made_with(result))
+    print("Nanoseconds per point, medians; times faster than the fastest peer.\n")
+    print("\n".join(aligned(table_of(result))))
+    if options.output:
+        options.output.write_text(json.dumps(result, indent=1) + "\n")
+
+
+if __name__ == "__main__":
+    main()
