@@ -92,8 +92,9 @@ def number(value):
     """Three significant digits without an exponent."""
     if value is None:
         return ""
+    value = float(f"{value:.3g}")
     if value >= 1000:
-        return f"{float(f'{value:.3g}'):,.0f}".replace(",", " ")
+        return f"{value:,.0f}".replace(",", " ")
     return f"{value:.{0 if value >= 100 else 1 if value >= 10 else 2}f}"
 
 

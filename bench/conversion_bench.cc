@@ -162,38 +162,34 @@ void RegisterDatum() {
 #endif
 }
 
-template <class Proj>
-void RegisterTransverse(const std::string& row, const Proj& shared) {
-  Register((row + " forward/scalar").c_str(), InZone(), [proj = shared](Columns& c) mutable {
+void RegisterUtm() {
+  Register("UTM forward/scalar", InZone(), [proj = Utm32()](Columns& c) mutable {
     for (std::size_t i = 0; i < kBenchPoints; ++i) proj.Forward(c.first[i], c.second[i]);
   });
-  Register((row + " forward/batch").c_str(), InZone(), [&shared](Columns& c) {
-    shared.ForwardBatch(c.first.data(), c.second.data(), kBenchPoints);
-  });
-  Register((row + " inverse/scalar").c_str(), GridInZone(), [proj = shared](Columns& c) mutable {
+  Register("UTM forward/batch", InZone(),
+           [](Columns& c) { Utm32().ForwardBatch(c.first.data(), c.second.data(), kBenchPoints); });
+  Register("UTM inverse/scalar", GridInZone(), [proj = Utm32()](Columns& c) mutable {
     for (std::size_t i = 0; i < kBenchPoints; ++i) proj.Inverse(c.first[i], c.second[i]);
   });
-  Register((row + " inverse/batch").c_str(), GridInZone(), [&shared](Columns& c) {
-    shared.InverseBatch(c.first.data(), c.second.data(), kBenchPoints);
-  });
+  Register("UTM inverse/batch", GridInZone(),
+           [](Columns& c) { Utm32().InverseBatch(c.first.data(), c.second.data(), kBenchPoints); });
 #ifdef GEOMATH_HAVE_PROJ
   constexpr const char* kUtm = "+proj=utm +zone=32 +ellps=WGS84";
   constexpr const char* kShort =
       "+proj=tmerc +approx +lon_0=9 +k_0=0.9996 +x_0=500000 +ellps=WGS84";
-  RegisterProj((row + " forward/PROJ").c_str(), InZone(), kUtm, PJ_FWD, true);
-  RegisterProj((row + " forward/PROJ short series").c_str(), InZone(), kShort, PJ_FWD, true);
-  RegisterProj((row + " inverse/PROJ").c_str(), GridInZone(), kUtm, PJ_INV, true);
-  RegisterProj((row + " inverse/PROJ short series").c_str(), GridInZone(), kShort, PJ_INV, true);
+  RegisterProj("UTM forward/PROJ", InZone(), kUtm, PJ_FWD, true);
+  RegisterProj("UTM forward/PROJ, short series", InZone(), kShort, PJ_FWD, true);
+  RegisterProj("UTM inverse/PROJ", GridInZone(), kUtm, PJ_INV, true);
+  RegisterProj("UTM inverse/PROJ, short series", GridInZone(), kShort, PJ_INV, true);
 #endif
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
   static const Columns degrees = InDegrees(InZone());
-  Register((row + " forward/GeographicLib").c_str(), degrees, OneByOne([](double& b, double& l) {
+  Register("UTM forward/GeographicLib", degrees, OneByOne([](double& b, double& l) {
              double x, y;
              GeographicLib::TransverseMercator::UTM().Forward(9, b, l, x, y);
              b = y, l = x + 500000;
            }));
-  Register((row + " inverse/GeographicLib").c_str(), GridInZone(),
-           OneByOne([](double& n, double& e) {
+  Register("UTM inverse/GeographicLib", GridInZone(), OneByOne([](double& n, double& e) {
              double b, l;
              GeographicLib::TransverseMercator::UTM().Reverse(9, e - 500000, n, b, l);
              n = b, e = l;
@@ -251,9 +247,7 @@ const bool registered = [] {
   RegisterCopy("copy of three columns/batch", Geodetic());
   RegisterEllipsoid();
   RegisterDatum();
-  static const TTMProj tm(kWgs84A, kWgs84InvF, kCentralMeridian, 0.9996, 0, 500000, 0);
-  RegisterTransverse("UTM", Utm32());
-  RegisterTransverse("TM", tm);
+  RegisterUtm();
   RegisterChain();
   return true;
 }();

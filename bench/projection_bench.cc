@@ -17,6 +17,7 @@ struct Row {
   std::shared_ptr<TGeoProj> projection;
   const char* peer;                 // PROJ's definition of the same projection
   double south, west, north, east;  // degrees
+  const char* shortPeer = nullptr;  // the same by PROJ's short series, where ours is one too
 };
 
 template <class Projection, class... Args>
@@ -25,6 +26,8 @@ std::shared_ptr<TGeoProj> Make(Args... args) {
 }
 
 constexpr const char* kZone32 = "+proj=tmerc +lon_0=9 +k_0=0.9996 +x_0=500000 +ellps=WGS84";
+constexpr const char* kZone32Short =
+    "+proj=tmerc +approx +lon_0=9 +k_0=0.9996 +x_0=500000 +ellps=WGS84";
 
 const std::vector<Row>& Rows() {
   static const std::vector<Row> rows = {
@@ -60,10 +63,10 @@ const std::vector<Row>& Rows() {
       {"krovak", Make<TKrovakProj>(),
        "+proj=krovak +lat_0=49.5 +lon_0=24.83333333333333 +k=0.9999 +ellps=WGS84", 48, 12, 51, 22},
       {"transverse mercator", Make<TTMProj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0),
-       kZone32, -80, 6, 80, 12},
+       kZone32, -80, 6, 80, 12, kZone32Short},
       {"transverse mercator, 1983",
        Make<TSPC_TM83Proj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0, 0), kZone32, -80, 6,
-       80, 12},
+       80, 12, kZone32Short},
       {"transverse mercator, danish",
        Make<TDenmarkTMProj>(kWgs84A, kWgs84InvF, 9 * kDeg, 0.9996, 0, 500000, 0), kZone32, 50, 4,
        60, 16},
@@ -84,6 +87,29 @@ const std::vector<Row>& Rows() {
        "+proj=cass +lat_0=2 +lon_0=103 +ellps=WGS84", -1, 101.5, 5, 104.5},
       {"mercator", Make<TMercatorProj>(kWgs84A, kWgs84InvF, 51 * kDeg, 42 * kDeg, 0, 0),
        "+proj=merc +lat_ts=42 +lon_0=51 +ellps=WGS84", -80, -100, 80, 200},
+      {"gauss-schreiber",
+       Make<TMonSpher>(kWgs84A, kWgs84InvF, -21 * kDeg, 55 * kDeg, -21 * kDeg, 1, 1, 160000, 50000,
+                       0),
+       "+proj=gstmerc +lat_0=-21 +lon_0=55 +k_0=1 +x_0=160000 +y_0=50000 +ellps=WGS84", -22, 54,
+       -20, 56},
+      {"city plane",
+       Make<TColombiaProj>(kWgs84A, kWgs84InvF, 4.68 * kDeg, -74.15 * kDeg, 92334.879, 109320.965),
+       "+proj=col_urban +lat_0=4.68 +lon_0=-74.15 +h_0=0 +x_0=92334.879 +y_0=109320.965 "
+       "+ellps=WGS84",
+       4.4, -74.5, 5, -73.8},
+      {"lambert, 1927",
+       Make<TLC27Proj>(2000000, 439200, 24245358.05, 24792436.23, 0.9998946358, 0.6538843192,
+                       146486.75847, 3.80992, 3.93575, 0, 401),
+       "+proj=lcc +lat_1=40 +lat_2=41.66666666666667 +lat_0=39.33333333333333 +lon_0=-122 "
+       "+x_0=609601.2192 +ellps=clrk66",
+       39.5, -124, 42, -120},
+      {"transverse mercator, 1927",
+       Make<TTM27Proj>(500000, 309000, 109341.00903, 0.99996, 0.3817065, 101),
+       "+proj=tmerc +lat_0=30.5 +lon_0=-85.83333333333333 +k_0=0.99996 +x_0=152400.3048 "
+       "+ellps=clrk66",
+       30.5, -87, 35, -85,
+       "+proj=tmerc +approx +lat_0=30.5 +lon_0=-85.83333333333333 +k_0=0.99996 +x_0=152400.3048 "
+       "+ellps=clrk66"},
       {"new zealand map grid", Make<TNZMGProj>(), "+proj=nzmg", -47, 166.5, -34.5, 178.5},
   };
   return rows;
@@ -137,6 +163,9 @@ void RegisterRow(const Row& row) {
 #ifdef GEOMATH_HAVE_PROJ
   RegisterPeer(forward + "PROJ", geographic, row.peer, PJ_FWD);
   RegisterPeer(inverse + "PROJ", geographic, row.peer, PJ_INV);
+  if (!row.shortPeer) return;
+  RegisterPeer(forward + "PROJ, short series", geographic, row.shortPeer, PJ_FWD);
+  RegisterPeer(inverse + "PROJ, short series", geographic, row.shortPeer, PJ_INV);
 #endif
 }
 
