@@ -9,7 +9,8 @@ set -euo pipefail
 cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
-ensure_packages "${build_packages[@]}" "${tool_packages[@]}" libgtest-dev zlib1g-dev
+ensure_packages "${build_packages[@]}" "${tool_packages[@]}" "${python_packages[@]}" \
+  libgtest-dev zlib1g-dev python3-pytest mypy
 ensure_one_of libproj-dev
 ensure_one_of libgeographiclib-dev libgeographic-dev
 ensure_one_of libbenchmark-dev
@@ -57,13 +58,14 @@ fi
 
 stage "Release"
 configure build/release -DCMAKE_BUILD_TYPE=Release \
-  -DGEOMATH_BUILD_TOOLS=ON -DGEOMATH_BUILD_TESTS=ON -DGEOMATH_BUILD_BENCH=ON
+  -DGEOMATH_BUILD_TOOLS=ON -DGEOMATH_BUILD_TESTS=ON -DGEOMATH_BUILD_BENCH=ON \
+  -DGEOMATH_BUILD_PYTHON=ON
 cmake --build build/release
 run_tests build/release
 
 stage "Address and undefined-behaviour sanitizers"
 configure build/asan -DCMAKE_BUILD_TYPE=Debug -DGEOMATH_SANITIZE=address,undefined \
-  -DGEOMATH_BUILD_TOOLS=ON -DGEOMATH_BUILD_TESTS=ON
+  -DGEOMATH_BUILD_TOOLS=ON -DGEOMATH_BUILD_TESTS=ON -DGEOMATH_BUILD_PYTHON=ON
 cmake --build build/asan
 run_tests build/asan -LE package
 

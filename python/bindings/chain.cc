@@ -1,0 +1,303 @@
+#include <fmt/format.h>
+#include <pybind11/stl.h>
+
+#include <cmath>
+
+#include "geomath/base/angle.h"
+#include "python/bindings/columns.h"
+#include "python/bindings/keywords.h"
+#include "python/bindings/objects.h"
+#include "tools/name_match.h"
+#include "tools/system_file.h"
+#include "tools/user_error.h"
+
+using namespace zel_cs::geomath;
+using geomath_tools::UserError;
+
+namespace geomath_python {
+namespace {
+
+std::string ReprOf(const Ellipsoid& e) {
+  return fmt::format("Ellipsoid({}, {})", NumberText(e.a), NumberText(e.invF));
+}
+
+// Steps on different ellipsoids would give coordinates that look right and are not.
+void RequireOneEllipsoid(const ChainObject& chain) {
+  if (!chain.projection) return;
+  const Ellipsoid& grid = chain.projection->projection->GetEllipsoid();
+  const auto require = [&](const Ellipsoid& other, const char* whose) {
+    constexpr double kSameMetres = 1e-3;  // publishers round their axes to a millimetre
+    if (std::abs(other.a - grid.a) > kSameMetres || std::abs(other.b - grid.b) > kSameMetres)
+      throw UserError(
+          fmt::format("CoordinateChain: the projection stands on {}, {} on {}: they "
+                      "must share one ellipsoid",
+                      ReprOf(grid), whose, ReprOf(other)));
+  };
+  if (chain.datum)
+    require(*chain.datum->ellipsoid, "the datum");
+  else if (chain.global)
+    require(*chain.global, "without a datum the global coordinates");
+}
+
+void Join(ChainObject& object) {
+  CoordinateChain& chain = object.chain;
+  chain.SetGlobalEllipsoid(object.global.get());
+  if (object.datum) chain.SetDatum(&object.datum->datum);
+  if (object.projection) chain.SetProjection(object.projection->projection.get());
+  if (object.geoid) chain.SetGeoid(&object.geoid->Heights(), object.geoidFrame);
+  chain.SetLocalization(object.localization.get());
+  chain.SetGround(object.ground.get());
+}
+
+constexpr const char* kFrames[] = {"global", "local"};  // by GeoidFrame
+
+const char* NameOf(GeoidFrame frame) { return kFrames[static_cast<std::size_t>(frame)]; }
+
+GeoidFrame FrameOf(const std::string& name) {
+  if (name != kFrames[0] && name != kFrames[1])
+    throw UserError(fmt::format("CoordinateChain: \"geoid_frame\" is \"{}\"; known: \"{}\", \"{}\"",
+                                geomath_tools::Printable(name), kFrames[0], kFrames[1]));
+  return name == kFrames[0] ? GeoidFrame::global : GeoidFrame::local;
+}
+
+std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<DatumObject> datum,
+                                  std::shared_ptr<ProjectionObject> projection,
+                                  std::shared_ptr<GeoidObject> geoid, const std::string& frame,
+                                  std::shared_ptr<LocalToGrid> localization,
+                                  std::shared_ptr<GridToGround> ground) {
+  auto object = std::make_shared<ChainObject>();
+  if (!global.is_none())
+    object->global = EllipsoidFrom(global);
+  else if (datum)
+    object->global = std::make_shared<Ellipsoid>(MakeEllipsoid(kWgs84A, kWgs84InvF));
+  object->datum = std::move(datum);
+  object->projection = std::move(projection);
+  object->geoid = std::move(geoid);
+  object->geoidFrame = FrameOf(frame);
+  object->localization = std::move(localization);
+  object->ground = std::move(ground);
+  RequireOneEllipsoid(*object);
+  Join(*object);
+  return object;
+}
+
+// Axes as a projection gives them back: without text they are north and east.
+std::string AxesText(const wchar_t* axes) {
+  const std::wstring text = axes ? axes : L"NE";
+  return {text.begin(), text.end()};
+}
+
+std::shared_ptr<ChainObject> FromFile(const py::object& path) {
+  const std::string name = py::module_::import("os").attr("fspath")(path).cast<std::string>();
+  std::unique_ptr<geomath_tools::CoordinateSystem> system;
+  {
+    const py::gil_scoped_release unlocked;
+    system = geomath_tools::ReadSystemFile(name);
+  }
+  auto object = std::make_shared<ChainObject>();
+  const CoordinateChain& read = system->Chain();
+  object->global = std::make_shared<Ellipsoid>(*read.GetGlobalEllipsoid());
+  if (const Datum* datum = read.GetDatum()) {
+    const auto local = std::make_shared<Ellipsoid>(system->LocalEllipsoid());
+    object->datum =
+        std::make_shared<DatumObject>(local, Datum(local.get(), datum->Shift(), datum->Rotation(),
+                                                   datum->Scale(), userTypeUser, false, nullptr));
+  }
+  const geomath_tools::NamedProjection& named = system->Named();
+  object->projection = std::make_shared<ProjectionObject>(
+      *named.kind, named.values, system->LocalEllipsoid().a, system->LocalEllipsoid().invF,
+      AxesText(named.projection->GetNEAxes()), AxesText(named.projection->GetBLAxes()));
+  if (const geomath_tools::LoadedGeoid* geoid = system->Geoid()) {
+    object->geoid = GeoidObjectOf(*geoid);
+    object->geoidFrame = read.GetGeoidFrame();
+  }
+  if (const LocalToGrid* site = read.GetLocalization())
+    object->localization = std::make_shared<LocalToGrid>(*site);
+  if (const GridToGround* ground = read.GetGround())
+    object->ground = std::make_shared<GridToGround>(*ground);
+  Join(*object);
+  return object;
+}
+
+using Batch = std::size_t (CoordinateChain::*)(double*, double*, double*, std::size_t,
+                                               std::ptrdiff_t, ChainStep*) const;
+
+// Runs a batch of the chain; `before` and `after` are the factors of the pair's units.
+template <Batch batch>
+py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
+                   double before, double after, const py::object& out, bool returnSteps) {
+  static_assert(sizeof(ChainStep) == sizeof(std::uint8_t));
+  py::object steps = py::none();
+  ChainStep* to = nullptr;
+  ChainStep single = ChainStep::none;
+  if (returnSteps) {
+    std::vector<ArrayReader> readers(arguments.begin(), arguments.end());
+    py::array_t<std::uint8_t> array(BroadcastShape(arguments, readers));
+    to = reinterpret_cast<ChainStep*>(array.mutable_data());
+    if (array.ndim() == 0 && out.is_none())
+      to = &single;
+    else
+      steps = std::move(array);
+  }
+  py::object results =
+      ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t first, std::size_t n) {
+        if (before != 1) Multiply(c[0], n, before), Multiply(c[1], n, before);
+        (object.chain.*batch)(c[0], c[1], c[2], n, 1, to ? to + first : nullptr);
+        if (after != 1) Multiply(c[0], n, after), Multiply(c[1], n, after);
+      });
+  if (!returnSteps) return results;
+  if (steps.is_none()) steps = py::int_(static_cast<int>(single));
+  return py::tuple(results) + py::make_tuple(steps);
+}
+
+py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
+                   bool degrees, const py::object& out, bool returnSteps) {
+  const bool angles = degrees && !chain.projection;
+  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{{"lat", lat}, {"lon", lon}, {"h", h}}},
+                                                 degrees ? kRadPerDeg : 1, angles ? kDegPerRad : 1,
+                                                 out, returnSteps);
+}
+
+py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
+                    bool degrees, const py::object& out, bool returnSteps) {
+  return Convert<&CoordinateChain::ToGlobalBatch>(chain,
+                                                  {{{"north", north}, {"east", east}, {"h", h}}}, 1,
+                                                  degrees ? kDegPerRad : 1, out, returnSteps);
+}
+
+py::dict StateOf(const ChainObject& c) {
+  py::dict state;
+  state["global_ellipsoid"] = c.global;
+  state["datum"] = c.datum;
+  state["projection"] = c.projection;
+  state["geoid"] = c.geoid;
+  state["geoid_frame"] = NameOf(c.geoidFrame);
+  state["localization"] = c.localization;
+  state["ground"] = c.ground;
+  return state;
+}
+
+std::shared_ptr<ChainObject> FromState(const py::dict& state) {
+  auto object = std::make_shared<ChainObject>();
+  const auto take = [&](const char* key, auto& part) {
+    part = state[key].cast<std::remove_reference_t<decltype(part)>>();
+  };
+  take("global_ellipsoid", object->global);
+  take("datum", object->datum);
+  take("projection", object->projection);
+  take("geoid", object->geoid);
+  take("localization", object->localization);
+  take("ground", object->ground);
+  object->geoidFrame = FrameOf(state["geoid_frame"].cast<std::string>());
+  Join(*object);
+  return object;
+}
+
+// The same chain with some steps exchanged, taken away (None) or added.
+py::object Replace(const py::object& self, const py::kwargs& changes) {
+  py::dict steps = StateOf(self.cast<const ChainObject&>());
+  for (const auto& [name, step] : changes) steps[name] = step;
+  return py::type::of(self)(**steps);
+}
+
+std::string Repr(const ChainObject& c) {
+  std::string text;
+  for (const auto& [name, step] : StateOf(c)) {
+    const bool plain = step.is_none() || (std::string(py::str(name)) == "geoid_frame" &&
+                                          c.geoidFrame == GeoidFrame::global);
+    if (plain) continue;
+    text += fmt::format("{}{}={}", text.empty() ? "" : ", ", std::string(py::str(name)),
+                        std::string(py::repr(step)));
+  }
+  return "CoordinateChain(" + text + ")";
+}
+
+}  // namespace
+
+void BindChain(py::module_& module) {
+  py::class_<ChainObject, std::shared_ptr<ChainObject>> chain(module, "CoordinateChain", R"(
+A whole conversion as one object: global positions to local grid coordinates and back.
+
+    chain = CoordinateChain.from_file("site.json")
+    north, east, h = chain.to_local(52.658, 1.716, 108.05)
+    lat, lon, h = chain.to_global(north, east, h)
+
+    global lat, lon, h - global ellipsoid - datum - local ellipsoid - projection
+                       - localization - ground - local north, east, h
+
+Steps that are not given are left out: without a datum the positions stand on the ellipsoid of the
+projection already; without a projection the local pair is latitude and longitude on the ellipsoid of
+the datum. global_ellipsoid (an Ellipsoid or a name) is WGS84 when there is a datum. A geoid turns
+heights above the ellipsoid into heights above the geoid on the way out and back on the way in;
+geoid_frame says whether its heights stand on the "global" or the "local" ellipsoid.
+
+A point that a step refuses becomes NaN in all three results and disturbs no other point;
+return_steps=True tells which step it was. Chains are immutable, equal when their steps are, and
+pickle whole, with everything that was read from files. Any number of threads may use one.
+
+Raises Error when datum and projection stand on different ellipsoids.)");
+  chain.attr("__module__") = "geomath";
+  chain
+      .def(py::init(&Make), py::kw_only(), py::arg("global_ellipsoid") = py::none(),
+           py::arg("datum") = py::none(), py::arg("projection") = py::none(),
+           py::arg("geoid") = py::none(), py::arg("geoid_frame") = "global",
+           py::arg("localization") = py::none(), py::arg("ground") = py::none())
+      .def_static("from_file", &FromFile, py::arg("path"), R"(from_file(path)
+--
+
+The chain that a system file describes (docs/system-file.md), as `geomath convert --system` uses it.
+
+Raises Error, naming the file, the key and what would be right, for everything that is wrong.)")
+      .def_readonly("global_ellipsoid", &ChainObject::global,
+                    "The ellipsoid of the global positions, or None.")
+      .def_readonly("datum", &ChainObject::datum, "The datum, or None.")
+      .def_readonly("projection", &ChainObject::projection, "The projection, or None.")
+      .def_readonly("geoid", &ChainObject::geoid, "The geoid, or None.")
+      .def_property_readonly(
+          "geoid_frame", [](const ChainObject& c) { return NameOf(c.geoidFrame); },
+          "To which ellipsoid the heights of the geoid belong: \"global\" or \"local\".")
+      .def_readonly("localization", &ChainObject::localization, "The site calibration, or None.")
+      .def_readonly("ground", &ChainObject::ground, "The ground system, or None.")
+      .def("replace", &Replace, R"(replace(self, **steps)
+--
+
+A chain with some steps exchanged, added, or taken away (None); the keywords are those of the class.)")
+      .def("to_local", &ToLocal, py::arg("lat"), py::arg("lon"), py::arg("h") = 0.0, py::kw_only(),
+           py::arg("degrees") = true, py::arg("out") = py::none(), py::arg("return_steps") = false,
+           R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False)
+--
+
+Global positions to local coordinates: (north, east, h), metres.
+
+lat, lon: degrees, or radians with degrees=False; h: metres above the global ellipsoid. Numbers or
+arrays, broadcast together; numbers alone give numbers. out: three float64 arrays for the results,
+which may be the arrays of the arguments. A point that fails is NaN in all three. With
+return_steps=True a fourth result holds the step that failed, as a ChainStep, 0 where none did.)")
+      .def("to_global", &ToGlobal, py::arg("north"), py::arg("east"), py::arg("h") = 0.0,
+           py::kw_only(), py::arg("degrees") = true, py::arg("out") = py::none(),
+           py::arg("return_steps") = false,
+           R"(to_global(self, north, east, h=0.0, *, degrees=True, out=None, return_steps=False)
+--
+
+Local coordinates to global positions: (lat, lon, h), the inverse of to_local.
+
+north, east, h: metres, numbers or arrays, broadcast together. lat and lon are degrees, or radians
+with degrees=False. out and return_steps as for to_local.)")
+      .def(
+          "__eq__",
+          [](const ChainObject& a, const ChainObject& b) { return StateOf(a).equal(StateOf(b)); },
+          py::is_operator())
+      .def("__hash__",
+           [](const ChainObject& c) { return py::hash(py::tuple(StateOf(c).attr("values")())); })
+      .def("__repr__", &Repr)
+      .def(py::pickle(&StateOf, &FromState));
+
+  module.def("_chain_steps", [] {
+    py::dict names;
+    for (int step = 0; step <= static_cast<int>(ChainStep::ground); ++step)
+      names[py::int_(step)] = ChainStepName(static_cast<ChainStep>(step));
+    return names;
+  });
+}
+
+}  // namespace geomath_python

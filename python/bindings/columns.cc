@@ -1,0 +1,185 @@
+#include "python/bindings/columns.h"
+
+#include <fmt/format.h>
+
+#include <cstdint>
+#include <cstring>
+#include <limits>
+#include <string>
+
+#include "tools/user_error.h"
+
+using geomath_tools::UserError;
+
+namespace geomath_python {
+namespace {
+
+constexpr auto kDouble = static_cast<std::ptrdiff_t>(sizeof(double));
+
+// Half-open range of addresses that an array touches.
+struct Extent {
+  std::uintptr_t low, high;
+  bool Overlaps(const Extent& other) const { return low < other.high && other.low < high; }
+};
+
+Extent ExtentOf(const py::array& array) {
+  std::ptrdiff_t below = 0, above = array.itemsize();
+  for (py::ssize_t d = 0; d < array.ndim(); ++d) {
+    if (array.shape(d) == 0) return {0, 0};
+    const py::ssize_t reach = (array.shape(d) - 1) * array.strides(d);
+    (reach < 0 ? below : above) += reach;
+  }
+  const auto base = reinterpret_cast<std::uintptr_t>(array.data());
+  return {base + static_cast<std::uintptr_t>(below), base + static_cast<std::uintptr_t>(above)};
+}
+
+std::string ShapeText(const Shape& shape) {
+  return shape.size() == 1 ? fmt::format("({},)", shape[0])
+                           : fmt::format("({})", fmt::join(shape, ", "));
+}
+
+void CopyStrided(const char* from, std::ptrdiff_t stride, double* to, std::size_t count) {
+  if (stride == kDouble) {
+    std::memcpy(to, from, count * sizeof(double));
+    return;
+  }
+  for (std::size_t i = 0; i < count; ++i, from += stride) std::memcpy(to + i, from, sizeof(double));
+}
+
+}  // namespace
+
+ArrayReader::ArrayReader(const Argument& argument) {
+  py::object value = argument.value;
+  if (py::hasattr(value, "filled"))  // a masked array
+    value = value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
+  const auto given = py::array::ensure(value);
+  if (!given) {
+    PyErr_Clear();
+    throw py::type_error(fmt::format("{}: must be a number or an array of numbers", argument.name));
+  }
+  constexpr std::string_view kReal = "biufO";
+  if (kReal.find(given.dtype().kind()) == std::string_view::npos)
+    throw py::type_error(fmt::format("{}: must be numbers, not {}", argument.name,
+                                     std::string(py::str(given.dtype()))));
+  array_ = py::array_t<double, py::array::forcecast>::ensure(given);
+  if (!array_) throw py::type_error(fmt::format("{}: must be numbers", argument.name));
+}
+
+void ArrayReader::DetachFrom(const py::array& other) {
+  if (!ExtentOf(array_).Overlaps(ExtentOf(other))) return;
+  const bool elementOnElement = array_.data() == other.data() && array_.size() == other.size() &&
+                                (array_.flags() & py::array::c_style) != 0;
+  if (!elementOnElement) array_ = array_.attr("copy")();
+}
+
+void ArrayReader::Start(const Shape& shape) {
+  at_ = static_cast<const char*>(array_.data());
+  axes_.assign(1, {1, 0});
+  const std::size_t extra = shape.size() - static_cast<std::size_t>(array_.ndim());
+  for (std::size_t d = 0; d < shape.size(); ++d) {
+    const auto size = static_cast<std::size_t>(shape[d]);
+    const auto own = static_cast<py::ssize_t>(d) - static_cast<py::ssize_t>(extra);
+    const bool repeated = own < 0 || array_.shape(own) == 1;
+    const std::ptrdiff_t stride = repeated ? 0 : array_.strides(own);
+    if (size == 1) continue;
+    Axis& last = axes_.back();
+    if (last.size == 1)
+      last = {size, stride};
+    else if (last.stride == stride * static_cast<std::ptrdiff_t>(size))
+      last = {last.size * size, stride};  // runs on without a jump
+    else
+      axes_.push_back({size, stride});
+  }
+}
+
+void ArrayReader::Read(double* to, std::size_t count) {
+  while (count > 0) {
+    Axis& inner = axes_.back();
+    const std::size_t n = std::min(count, inner.size - inner.position);
+    CopyStrided(at_, inner.stride, to, n);
+    to += n;
+    count -= n;
+    inner.position += n;
+    at_ += static_cast<std::ptrdiff_t>(n) * inner.stride;
+    for (std::size_t d = axes_.size(); d-- > 0 && axes_[d].position == axes_[d].size;) {
+      at_ -= static_cast<std::ptrdiff_t>(axes_[d].size) * axes_[d].stride;
+      axes_[d].position = 0;
+      if (d == 0) break;
+      ++axes_[d - 1].position;
+      at_ += axes_[d - 1].stride;
+    }
+  }
+}
+
+Shape BroadcastShape(std::span<const Argument> arguments, std::span<const ArrayReader> readers) {
+  Shape common;
+  for (const ArrayReader& reader : readers) {
+    const Shape own = reader.GetShape();
+    if (own.size() > common.size()) common.insert(common.begin(), own.size() - common.size(), 1);
+    const std::size_t extra = common.size() - own.size();
+    for (std::size_t d = 0; d < own.size(); ++d) {
+      py::ssize_t& size = common[extra + d];
+      if (size != own[d] && size != 1 && own[d] != 1) {
+        std::string shapes;
+        for (std::size_t i = 0; i < arguments.size(); ++i)
+          shapes += fmt::format("{}{} {}", i == 0 ? "" : ", ", arguments[i].name,
+                                ShapeText(readers[i].GetShape()));
+        throw UserError("the shapes cannot be broadcast together: " + shapes);
+      }
+      if (size == 1) size = own[d];
+    }
+  }
+  return common;
+}
+
+std::vector<py::array_t<double>> ResultArrays(const py::object& out, std::size_t count,
+                                              const Shape& shape) {
+  std::vector<py::array_t<double>> arrays;
+  if (out.is_none()) {
+    for (std::size_t i = 0; i < count; ++i) arrays.emplace_back(shape);
+    return arrays;
+  }
+  const std::string wanted = fmt::format(
+      "out: must be {} of float64, C-contiguous, aligned and writeable, of shape {}",
+      count == 1 ? "an array" : fmt::format("a tuple of {} arrays", count), ShapeText(shape));
+  const py::tuple given = count == 1 && !py::isinstance<py::tuple>(out) ? py::make_tuple(out)
+                          : py::isinstance<py::sequence>(out)           ? py::tuple(out)
+                                                                        : py::tuple();
+  if (given.size() != count) throw py::type_error(wanted);
+  for (const py::handle& item : given) {
+    constexpr int kContiguous = py::array::c_style;
+    constexpr int kNeeded = kContiguous | py::detail::npy_api::NPY_ARRAY_ALIGNED_;
+    if (!py::isinstance<py::array_t<double>>(item)) throw py::type_error(wanted);
+    const auto array = py::reinterpret_borrow<py::array_t<double>>(item);
+    const bool fits =
+        std::equal(shape.begin(), shape.end(), array.shape(), array.shape() + array.ndim());
+    if (!fits || (array.flags() & kNeeded) != kNeeded || !array.writeable())
+      throw py::type_error(wanted);
+    for (const auto& other : arrays)
+      if (ExtentOf(array).Overlaps(ExtentOf(other)))
+        throw UserError("out: the arrays share memory; each result needs its own");
+    arrays.push_back(array);
+  }
+  return arrays;
+}
+
+bool AllNumbers(std::span<const Argument> arguments, double* numbers) {
+  for (const Argument& argument : arguments) {
+    PyObject* const value = argument.value.ptr();
+    if (!PyFloat_Check(value) && !PyLong_Check(value)) return false;
+  }
+  for (const Argument& argument : arguments) {
+    *numbers = PyFloat_AsDouble(argument.value.ptr());
+    if (*numbers++ == -1.0 && PyErr_Occurred()) throw py::error_already_set();
+  }
+  return true;
+}
+
+py::object TupleOf(std::span<const py::object> results) {
+  if (results.size() == 1) return results[0];
+  py::tuple tuple(results.size());
+  for (std::size_t i = 0; i < results.size(); ++i) tuple[i] = results[i];
+  return tuple;
+}
+
+}  // namespace geomath_python

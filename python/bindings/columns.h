@@ -1,0 +1,123 @@
+#pragma once
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
+#include <vector>
+
+/// How methods of the package take and give coordinates: numbers or arrays of any shape, which are
+/// broadcast against each other, and results of the common shape. Points go through a conversion
+/// block by block in columns on the stack, so that an array is read once and written once, whatever
+/// its strides, and neither needs a copy of its own.
+namespace geomath_python {
+
+namespace py = pybind11;
+
+/// Points of a block: eight columns of them fit the first-level cache.
+inline constexpr std::size_t kBlock = 512;
+
+/// An argument as the caller gave it.
+struct Argument {
+  const char* name;
+  py::object value;
+};
+
+using Shape = std::vector<py::ssize_t>;
+
+/// Reads an array of numbers as doubles in the order of a larger array that it is broadcast to.
+class ArrayReader {
+ public:
+  /// Throws TypeError when the value is no array of real numbers. Masked elements become NaN.
+  explicit ArrayReader(const Argument& argument);
+
+  Shape GetShape() const { return {array_.shape(), array_.shape() + array_.ndim()}; }
+  /// Copies the array when its memory overlaps the other other than element on element, so that
+  /// writing there block by block spoils nothing that is still to be read.
+  void DetachFrom(const py::array& other);
+  /// Starts reading, broadcast to `shape`.
+  void Start(const Shape& shape);
+  /// The next `count` numbers. Needs no interpreter lock.
+  void Read(double* to, std::size_t count);
+
+ private:
+  /// Dimensions of which each is read to its end before the one before it moves on.
+  struct Axis {
+    std::size_t size;
+    std::ptrdiff_t stride;  // bytes
+    std::size_t position = 0;
+  };
+
+  py::array array_;
+  const char* at_ = nullptr;
+  std::vector<Axis> axes_;
+};
+
+/// The shape that all arguments are broadcast to. Throws Error when there is none.
+Shape BroadcastShape(std::span<const Argument> arguments, std::span<const ArrayReader> readers);
+
+/// `out` as a tuple of `count` arrays that can take results of that shape, or new ones when it is
+/// None. Throws TypeError, or Error for arrays that overlap.
+std::vector<py::array_t<double>> ResultArrays(const py::object& out, std::size_t count,
+                                              const Shape& shape);
+
+/// Whether all are plain numbers, written to `numbers` then.
+bool AllNumbers(std::span<const Argument> arguments, double* numbers);
+
+py::object TupleOf(std::span<const py::object> results);
+
+inline void Multiply(double* column, std::size_t count, double factor) {
+  for (std::size_t i = 0; i < count; ++i) column[i] *= factor;
+}
+
+/// Runs `convert`, a callable (double* const* columns, std::size_t first, std::size_t count), over
+/// all points: columns 0 to In − 1 hold the arguments of points first to first + count − 1, and it
+/// leaves the results in columns 0 to Out − 1. It runs without the interpreter lock and must not
+/// touch Python. Numbers alone give numbers, everything else gives arrays; one result is given
+/// plain, several as a tuple.
+template <std::size_t Out, std::size_t In, class Convert>
+py::object ConvertColumns(const std::array<Argument, In>& arguments, const py::object& out,
+                          Convert&& convert) {
+  constexpr std::size_t kColumns = std::max(In, Out);
+  std::array<py::object, Out> results;
+  if (double point[kColumns] = {}; out.is_none() && AllNumbers(arguments, point)) {
+    double* columns[kColumns];
+    for (std::size_t c = 0; c < kColumns; ++c) columns[c] = &point[c];
+    convert(columns, std::size_t{0}, std::size_t{1});
+    for (std::size_t c = 0; c < Out; ++c) results[c] = py::float_(point[c]);
+    return TupleOf(results);
+  }
+
+  std::vector<ArrayReader> readers(arguments.begin(), arguments.end());
+  const Shape shape = BroadcastShape(arguments, readers);
+  auto arrays = ResultArrays(out, Out, shape);
+  double* to[Out];
+  for (std::size_t c = 0; c < Out; ++c) {
+    to[c] = arrays[c].mutable_data();
+    if (!out.is_none())
+      for (ArrayReader& reader : readers) reader.DetachFrom(arrays[c]);
+    results[c] = arrays[c];
+  }
+  for (ArrayReader& reader : readers) reader.Start(shape);
+  {
+    const py::gil_scoped_release unlocked;
+    const auto size = static_cast<std::size_t>(arrays[0].size());
+    alignas(64) double block[kColumns][kBlock];
+    double* columns[kColumns];
+    for (std::size_t c = 0; c < kColumns; ++c) columns[c] = block[c];
+    for (std::size_t first = 0; first < size; first += kBlock) {
+      const std::size_t count = std::min(kBlock, size - first);
+      for (std::size_t c = 0; c < In; ++c) readers[c].Read(block[c], count);
+      convert(columns, first, count);
+      for (std::size_t c = 0; c < Out; ++c) std::copy_n(block[c], count, to[c] + first);
+    }
+  }
+  if (shape.empty() && out.is_none())
+    for (std::size_t c = 0; c < Out; ++c) results[c] = py::float_(*to[c]);
+  return TupleOf(results);
+}
+
+}  // namespace geomath_python

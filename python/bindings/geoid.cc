@@ -1,0 +1,348 @@
+#include "python/bindings/geoid.h"
+
+#include <fmt/format.h>
+#include <pybind11/stl.h>
+
+#include <algorithm>
+#include <cmath>
+#include <string>
+#include <tuple>
+
+#include "geomath/base/angle.h"
+#include "python/bindings/columns.h"
+#include "python/bindings/keywords.h"
+#include "tools/user_error.h"
+
+using namespace zel_cs::geomath;
+using namespace geomath_tools;
+
+namespace geomath_python {
+namespace {
+
+py::object HeightOf(const GeoidObject& geoid, py::object lat, py::object lon, bool degrees,
+                    const py::object& out) {
+  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  return ConvertColumns<1>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
+    double heights[kBlock];
+    geoid.Heights().Heights(c[0], c[1], heights, n);
+    std::copy_n(heights, n, c[0]);
+  });
+}
+
+bool SameArrays(const py::object& a, const py::object& b) {
+  if (a.is(b)) return true;
+  return py::module_::import("numpy")
+      .attr("array_equal")(a, b, py::arg("equal_nan") = true)
+      .cast<bool>();
+}
+
+// Both for `model` and `grid` of a file: its warnings are those of Python.
+std::unique_ptr<LoadedGeoid> Open(const GeoidChoice& choice) {
+  const py::gil_scoped_release unlocked;
+  return OpenGeoid(choice);
+}
+
+void Warn(const std::string& text) {
+  if (!text.empty() && PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 1) != 0)
+    throw py::error_already_set();
+}
+
+std::string PathOf(const py::object& path) {
+  return path.is_none() ? std::string()
+                        : py::module_::import("os").attr("fspath")(path).cast<std::string>();
+}
+
+}  // namespace
+
+// Regional grids.
+
+namespace {
+
+using Nodes = py::array_t<float, py::array::c_style | py::array::forcecast>;
+
+Nodes NodesFrom(const py::object& grid, const GridScheme& scheme, bool northFirst) {
+  if (northFirst == scheme.northFirst) return Nodes::ensure(grid);
+  return Nodes::ensure(py::module_::import("numpy").attr("flipud")(grid));
+}
+
+std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double south, double west,
+                                                  double latStep, double lonStep,
+                                                  const std::string& interpolation,
+                                                  bool northFirst) {
+  const auto fail = [](const std::string& reason) -> void {
+    throw UserError("RegionalGeoid: " + reason);
+  };
+  const auto given = py::array::ensure(grid);
+  if (!given || given.ndim() != 2 ||
+      std::string_view("iuf").find(given.dtype().kind()) == std::string_view::npos)
+    fail("the grid must be a two-dimensional array of heights");
+  constexpr py::ssize_t kMostOnSide = 1 << 30;
+  if (given.shape(0) < 2 || given.shape(1) < 2 || given.shape(0) > kMostOnSide ||
+      given.shape(1) > kMostOnSide)
+    fail("the grid must have two rows and two columns at least");
+  if (!(latStep > 0 && lonStep > 0)) fail("the steps must be above 0");
+  const GridPlace place{south,
+                        west,
+                        latStep,
+                        lonStep,
+                        static_cast<int>(given.shape(0)),
+                        static_cast<int>(given.shape(1))};
+  if (const std::string problem = PlaceProblem(place); !problem.empty()) fail(problem);
+  const GridScheme& scheme = ChooseScheme(interpolation, place, "RegionalGeoid");
+  return std::make_shared<RegionalGeoidObject>(place, scheme, NodesFrom(given, scheme, northFirst));
+}
+
+std::shared_ptr<GeoidObject> RegionalFromFile(const py::object& path,
+                                              const std::string& interpolation) {
+  return GeoidObjectOf(*Open({PathOf(path), interpolation, "", "", false}));
+}
+
+py::object NodesOf(const RegionalGeoidObject& geoid) {
+  py::object view = geoid.nodes.attr("view")();
+  view.attr("flags").attr("writeable") = false;
+  return view;
+}
+
+py::tuple StateOf(const RegionalGeoidObject& g) {
+  return py::make_tuple(g.nodes, g.place.south, g.place.west, g.place.latStep, g.place.lonStep,
+                        g.scheme.name);
+}
+
+std::shared_ptr<RegionalGeoidObject> RegionalFromState(const py::tuple& s) {
+  const auto nodes = Nodes::ensure(s[0]);
+  const GridPlace place{s[1].cast<double>(),
+                        s[2].cast<double>(),
+                        s[3].cast<double>(),
+                        s[4].cast<double>(),
+                        static_cast<int>(nodes.shape(0)),
+                        static_cast<int>(nodes.shape(1))};
+  return std::make_shared<RegionalGeoidObject>(
+      place, ChooseScheme(s[5].cast<std::string>(), place, "RegionalGeoid"), nodes);
+}
+
+std::string ReprOfRegional(const RegionalGeoidObject& g) {
+  const GridPlace& p = g.place;
+  return fmt::format("<RegionalGeoid {}, {} x {} nodes from {} {}, steps {} {}>", g.scheme.name,
+                     p.rows, p.columns, NumberText(p.south), NumberText(p.west),
+                     NumberText(p.latStep), NumberText(p.lonStep));
+}
+
+bool Equal(const RegionalGeoidObject& a, const RegionalGeoidObject& b) {
+  const auto placed = [](const RegionalGeoidObject& g) {
+    return std::tie(g.place.south, g.place.west, g.place.latStep, g.place.lonStep, g.place.rows,
+                    g.place.columns);
+  };
+  return placed(a) == placed(b) && &a.scheme == &b.scheme && SameArrays(a.nodes, b.nodes);
+}
+
+}  // namespace
+
+RegionalGeoidObject::RegionalGeoidObject(const GridPlace& where, const GridScheme& how,
+                                         py::array_t<float> values)
+    : place(where),
+      scheme(how),
+      nodes(std::move(values)),
+      model(MakeGridModel(scheme, place, nodes.data())),
+      heights(*model) {}
+
+// Harmonic models.
+
+namespace {
+
+std::vector<double> ColumnOf(const py::object& values, const char* name) {
+  const auto array = py::array_t<double, py::array::c_style | py::array::forcecast>::ensure(values);
+  if (!array || array.ndim() != 1)
+    throw UserError(fmt::format("GlobalGeoid: {} must be a one-dimensional array", name));
+  return {array.data(), array.data() + array.size()};
+}
+
+std::shared_ptr<GlobalGeoidObject> MakeGlobal(const py::object& cosines, const py::object& sines,
+                                              const py::object& correctionCosines,
+                                              const py::object& correctionSines) {
+  GeoidCoefficients c;
+  c.C = ColumnOf(cosines, "cosines");
+  c.S = ColumnOf(sines, "sines");
+  if (correctionCosines.is_none() != correctionSines.is_none())
+    throw UserError("GlobalGeoid: a correction needs cosines and sines");
+  if (!correctionCosines.is_none()) {
+    c.correctionC = ColumnOf(correctionCosines, "correction_cosines");
+    c.correctionS = ColumnOf(correctionSines, "correction_sines");
+  }
+  std::size_t terms = 0;
+  while (terms < c.C.size()) terms += static_cast<std::size_t>(++c.degrees);
+  const auto whole = [&](const std::vector<double>& column) { return column.size() == terms; };
+  if (terms == 0 || !whole(c.C) || !whole(c.S) ||
+      (!c.correctionC.empty() && !(whole(c.correctionC) && whole(c.correctionS))))
+    throw UserError(
+        "GlobalGeoid: the arrays must all have (n + 1)(n + 2)/2 coefficients, n the maximum "
+        "degree: degree after degree, in each the orders from 0");
+  for (const auto* column : {&c.C, &c.S, &c.correctionC, &c.correctionS})
+    if (!std::all_of(column->begin(), column->end(), [](double x) { return std::isfinite(x); }))
+      throw UserError("GlobalGeoid: a coefficient is not finite");
+  return std::make_shared<GlobalGeoidObject>(std::move(c));
+}
+
+std::shared_ptr<GeoidObject> GlobalFromFile(const py::object& path, const py::object& correction,
+                                            bool subtractNormalField) {
+  return GeoidObjectOf(*Open({"", "", PathOf(path), PathOf(correction), subtractNormalField}));
+}
+
+py::object ArrayOf(const std::vector<double>& column) {
+  if (column.empty()) return py::none();
+  return py::array_t<double>(static_cast<py::ssize_t>(column.size()), column.data());
+}
+
+py::tuple StateOf(const GlobalGeoidObject& g) {
+  const GeoidCoefficients& c = g.coefficients;
+  return py::make_tuple(ArrayOf(c.C), ArrayOf(c.S), ArrayOf(c.correctionC), ArrayOf(c.correctionS));
+}
+
+std::shared_ptr<GlobalGeoidObject> GlobalFromState(const py::tuple& s) {
+  return MakeGlobal(s[0], s[1], s[2], s[3]);
+}
+
+bool Equal(const GlobalGeoidObject& a, const GlobalGeoidObject& b) {
+  const GeoidCoefficients &p = a.coefficients, &q = b.coefficients;
+  return p.C == q.C && p.S == q.S && p.correctionC == q.correctionC &&
+         p.correctionS == q.correctionS;
+}
+
+}  // namespace
+
+GlobalGeoidObject::GlobalGeoidObject(GeoidCoefficients values)
+    : coefficients(std::move(values)), model(MakeHarmonicModel(coefficients)), heights(*model) {}
+
+std::shared_ptr<GeoidObject> GeoidObjectOf(const LoadedGeoid& loaded) {
+  Warn(loaded.warning);
+  if (const GeoidCoefficients* coefficients = loaded.Coefficients())
+    return std::make_shared<GlobalGeoidObject>(*coefficients);
+  const GeoidGrid& grid = *loaded.Grid();
+  py::array_t<float> nodes({grid.place.rows, grid.place.columns}, grid.nodes.data());
+  return std::make_shared<RegionalGeoidObject>(grid.place, *grid.scheme, std::move(nodes));
+}
+
+void BindGeoid(py::module_& module) {
+  py::class_<GeoidObject, std::shared_ptr<GeoidObject>> geoid(module, "Geoid", R"(
+What a CoordinateChain needs of a geoid: RegionalGeoid or GlobalGeoid.)");
+  geoid.attr("__module__") = "geomath";
+  geoid.def("height", &HeightOf, py::arg("lat"), py::arg("lon"), py::kw_only(),
+            py::arg("degrees") = true, py::arg("out") = py::none(),
+            R"(height(self, lat, lon, *, degrees=True, out=None)
+--
+
+Height of the geoid above the ellipsoid, metres.
+
+lat, lon: degrees, or radians with degrees=False; numbers or arrays, broadcast together. out: a
+float64 array for the result. NaN where the model has no height: outside a grid, or at a hole.)");
+
+  py::class_<RegionalGeoidObject, GeoidObject, std::shared_ptr<RegionalGeoidObject>> regional(
+      module, "RegionalGeoid", R"(
+Geoid heights interpolated in a regular grid of latitude and longitude.
+
+    RegionalGeoid(heights, south=49.0, west=-6.0, lat_step=0.1, lon_step=0.1)
+
+grid: two-dimensional array of heights in metres, NaN for a hole; rows along latitude, from the south
+unless north_first, columns from the west. south and west are the position of the southwestern node,
+the steps the distances of the nodes, all in degrees. interpolation: the class name of a scheme, see
+interpolation_names(); by default bilinear, or a spline for grids wider than 180 degrees.
+
+A C-contiguous float32 array in the row order of the scheme (southernmost first, but for names that
+end in NW, the Danish and the Swedish scheme) is used where it is, not copied, and kept alive; change
+it only while no thread uses the geoid. Others are copied. Pickles carry the whole grid.
+
+Raises Error for a grid that is not on the Earth or a scheme that does not serve it.)");
+  regional.attr("__module__") = "geomath";
+  regional
+      .def(py::init(&MakeRegional), py::arg("grid"), py::kw_only(), py::arg("south"),
+           py::arg("west"), py::arg("lat_step"), py::arg("lon_step"), py::arg("interpolation") = "",
+           py::arg("north_first") = false)
+      .def_static("from_file", &RegionalFromFile, py::arg("path"), py::arg("interpolation") = "",
+                  R"(from_file(path, interpolation="")
+--
+
+A grid in any raster format of GDAL, its nodes at the centres of the pixels (docs/geoid.md).
+
+Raises Error when the file holds no grid in latitude and longitude.)")
+      .def_property_readonly("grid", &NodesOf,
+                             "The heights, in the row order of the scheme; read-only.")
+      .def_property_readonly(
+          "south", [](const RegionalGeoidObject& g) { return g.place.south; },
+          "Latitude of the southernmost nodes, degrees.")
+      .def_property_readonly(
+          "west", [](const RegionalGeoidObject& g) { return g.place.west; },
+          "Longitude of the westernmost nodes, degrees.")
+      .def_property_readonly(
+          "lat_step", [](const RegionalGeoidObject& g) { return g.place.latStep; },
+          "Distance of the rows, degrees.")
+      .def_property_readonly(
+          "lon_step", [](const RegionalGeoidObject& g) { return g.place.lonStep; },
+          "Distance of the columns, degrees.")
+      .def_property_readonly(
+          "interpolation", [](const RegionalGeoidObject& g) { return g.scheme.name; },
+          "The class name of the scheme.")
+      .def_property_readonly(
+          "north_first", [](const RegionalGeoidObject& g) { return g.scheme.northFirst; },
+          "Whether the first row of `grid` is the northernmost.")
+      .def("__eq__",
+           py::overload_cast<const RegionalGeoidObject&, const RegionalGeoidObject&>(&Equal),
+           py::is_operator())
+      .def("__hash__",
+           [](const RegionalGeoidObject& g) {
+             return py::hash(py::make_tuple(g.place.south, g.place.west, g.place.rows,
+                                            g.place.columns, g.scheme.name));
+           })
+      .def("__repr__", &ReprOfRegional)
+      .def(py::pickle([](const RegionalGeoidObject& g) { return StateOf(g); }, &RegionalFromState));
+
+  py::class_<GlobalGeoidObject, GeoidObject, std::shared_ptr<GlobalGeoidObject>> global(
+      module, "GlobalGeoid", R"(
+Geoid heights from a spherical-harmonic model of the gravity potential.
+
+    GlobalGeoid.from_file("model.gfc", subtract_normal_field=True)
+    GlobalGeoid(cosines, sines)
+
+cosines, sines: fully normalised coefficients, the normal field of the ellipsoid already subtracted,
+in one-dimensional arrays: degree after degree from 0, in each the orders from 0. The correction from
+height anomaly to geoid height, in centimetres, has the same form and may be left out. Arrays are
+copied. Points that follow each other on one latitude cost a fraction of the others.
+
+Raises Error for arrays whose sizes do not fit.)");
+  global.attr("__module__") = "geomath";
+  global
+      .def(py::init(&MakeGlobal), py::arg("cosines"), py::arg("sines"), py::kw_only(),
+           py::arg("correction_cosines") = py::none(), py::arg("correction_sines") = py::none())
+      .def_static("from_file", &GlobalFromFile, py::arg("path"), py::kw_only(),
+                  py::arg("correction") = py::none(), py::arg("subtract_normal_field") = false,
+                  R"(from_file(path, *, correction=None, subtract_normal_field=False)
+--
+
+A model from a file of coefficients: lines "n m C S", or an ICGEM .gfc file (docs/geoid.md).
+
+correction: a file of the height-anomaly correction, lines "n m C S" in centimetres.
+subtract_normal_field takes the even zonal terms of WGS84 from the coefficients; a UserWarning says
+when it was forgotten or given needlessly. Raises Error when a file cannot be read.)")
+      .def_property_readonly(
+          "max_degree", [](const GlobalGeoidObject& g) { return g.coefficients.degrees - 1; },
+          "The maximum degree.")
+      .def("__eq__", py::overload_cast<const GlobalGeoidObject&, const GlobalGeoidObject&>(&Equal),
+           py::is_operator())
+      .def("__hash__",
+           [](const GlobalGeoidObject& g) {
+             return py::hash(py::make_tuple(g.coefficients.degrees, g.coefficients.C.back(),
+                                            g.coefficients.S.back()));
+           })
+      .def("__repr__",
+           [](const GlobalGeoidObject& g) {
+             return fmt::format("<GlobalGeoid to degree {}{}>", g.coefficients.degrees - 1,
+                                g.coefficients.correctionC.empty() ? "" : ", with a correction");
+           })
+      .def(py::pickle([](const GlobalGeoidObject& g) { return StateOf(g); }, &GlobalFromState));
+
+  module.def("interpolation_names", &InterpolationNames, R"(interpolation_names()
+--
+
+The class names of the schemes that RegionalGeoid knows.)");
+}
+
+}  // namespace geomath_python

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+
+#include <memory>
+
+#include "geomath/chain/geoid_models.h"
+#include "tools/geoid_file.h"
+
+namespace geomath_python {
+
+namespace py = pybind11;
+
+/// The base of what a chain takes as its geoid.
+struct GeoidObject {
+  virtual ~GeoidObject() = default;
+  virtual const zel_cs::geomath::GeoidHeight& Heights() const = 0;
+};
+
+struct RegionalGeoidObject : GeoidObject {
+  /// `values` in the row order of the scheme; they are shared, not copied.
+  RegionalGeoidObject(const geomath_tools::GridPlace& where, const geomath_tools::GridScheme& how,
+                      py::array_t<float> values);
+  const zel_cs::geomath::GeoidHeight& Heights() const override { return heights; }
+
+  geomath_tools::GridPlace place;
+  const geomath_tools::GridScheme& scheme;
+  py::array_t<float> nodes;
+  std::unique_ptr<zel_cs::geomath::RegionalGeoid> model;
+  zel_cs::geomath::RegionalGeoidHeight heights;
+};
+
+struct GlobalGeoidObject : GeoidObject {
+  explicit GlobalGeoidObject(geomath_tools::GeoidCoefficients values);
+  const zel_cs::geomath::GeoidHeight& Heights() const override { return heights; }
+
+  geomath_tools::GeoidCoefficients coefficients;
+  std::unique_ptr<zel_cs::geomath::GlobalGeoid> model;
+  zel_cs::geomath::GlobalGeoidHeight heights;
+};
+
+/// The object for a geoid that was read from files; its warning becomes one of Python.
+std::shared_ptr<GeoidObject> GeoidObjectOf(const geomath_tools::LoadedGeoid& loaded);
+
+void BindGeoid(py::module_& module);
+
+}  // namespace geomath_python

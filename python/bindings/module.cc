@@ -1,0 +1,29 @@
+#include <pybind11/pybind11.h>
+
+#include "python/bindings/objects.h"
+#include "tools/user_error.h"
+
+namespace py = pybind11;
+using namespace geomath_python;
+
+// The compiled part of the package: python/geomath/__init__.py gives its names to the user.
+PYBIND11_MODULE(_geomath, module) {
+  py::options options;
+  options.disable_function_signatures();  // each docstring has its own, in the words of Python
+
+  auto& error = py::register_exception<geomath_tools::UserError>(module, "Error", PyExc_ValueError);
+  error.attr("__module__") = "geomath";
+  error.doc() =
+      "What has to be put right before the work can go on: a description that makes no sense, a\n"
+      "file that cannot be read, shapes that do not go together. The text says what, where, and\n"
+      "what would be right, in the words of the geomath program. A point that cannot be converted\n"
+      "is no error: it becomes NaN.";
+  module.attr("__version__") = GEOMATH_VERSION;
+
+  BindEllipsoid(module);
+  BindDatum(module);
+  BindProjection(module);
+  BindGeoid(module);
+  BindLocal(module);
+  BindChain(module);
+}

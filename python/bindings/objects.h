@@ -1,0 +1,54 @@
+#pragma once
+
+#include <pybind11/pybind11.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "geomath/chain/coordinate_chain.h"
+#include "python/bindings/geoid.h"
+#include "tools/system_sections.h"
+
+/// What stands behind the classes of the package: the library's objects with what they point to.
+/// All are unchanged once they are made, so that any number of threads may use them.
+namespace geomath_python {
+
+namespace py = pybind11;
+
+struct DatumObject {
+  std::shared_ptr<zel_cs::geomath::Ellipsoid> ellipsoid;
+  zel_cs::geomath::Datum datum;  // on that ellipsoid
+};
+
+/// A projection with the values that it was made of, in the units of its kind.
+struct ProjectionObject {
+  /// `a`, `invF` as for MakeProjection; the axes as AxisRotation knows them.
+  ProjectionObject(const geomath_tools::ProjectionKind& its, std::vector<double> parameters,
+                   double axis, double inverseFlattening, std::string grid, std::string geographic);
+
+  const geomath_tools::ProjectionKind& kind;
+  std::vector<double> values;
+  double a, invF;  // as given: some kinds have an ellipsoid of their own
+  std::string gridAxes, geographicAxes;
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
+};
+
+struct ChainObject {
+  std::shared_ptr<zel_cs::geomath::Ellipsoid> global;
+  std::shared_ptr<DatumObject> datum;
+  std::shared_ptr<ProjectionObject> projection;
+  std::shared_ptr<GeoidObject> geoid;
+  zel_cs::geomath::GeoidFrame geoidFrame = zel_cs::geomath::GeoidFrame::global;
+  std::shared_ptr<zel_cs::geomath::LocalToGrid> localization;
+  std::shared_ptr<zel_cs::geomath::GridToGround> ground;
+  zel_cs::geomath::CoordinateChain chain;  // of those
+};
+
+void BindEllipsoid(py::module_& module);
+void BindDatum(py::module_& module);
+void BindProjection(py::module_& module);
+void BindLocal(py::module_& module);
+void BindChain(py::module_& module);
+
+}  // namespace geomath_python

@@ -1,0 +1,215 @@
+#include <fmt/format.h>
+#include <pybind11/stl.h>
+
+#include <limits>
+
+#include "geomath/base/angle.h"
+#include "python/bindings/columns.h"
+#include "python/bindings/keywords.h"
+#include "python/bindings/objects.h"
+#include "tools/name_match.h"
+
+using namespace zel_cs::geomath;
+using namespace geomath_tools;
+
+namespace geomath_python {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr unsigned int kToInternal = 1;
+constexpr const char* kNorthEast = "NE";
+
+std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
+
+std::string AxesOf(const nlohmann::json& keywords, const char* key) {
+  const AxisText* axes =
+      ReadAxisPair(JsonSection("Projection", "", keywords, {"grid_axes", "geographic_axes"}), key);
+  return axes ? axes->text : kNorthEast;
+}
+
+std::shared_ptr<ProjectionObject> Make(const py::object& name, const py::object& ellipsoid,
+                                       const py::object& gridAxes, const py::object& geographicAxes,
+                                       const py::kwargs& parameters) {
+  nlohmann::json section = SectionOf(parameters);
+  section["name"] = SectionOf({{"name", name}})["name"];
+  const auto on = EllipsoidFrom(ellipsoid);
+  NamedProjection read =
+      ReadProjection({"Projection", "", section, KeySpelling::snake}, on->a, on->invF);
+  const auto axes = SectionOf({{"grid_axes", gridAxes}, {"geographic_axes", geographicAxes}});
+  return std::make_shared<ProjectionObject>(*read.kind, std::move(read.values), on->a, on->invF,
+                                            AxesOf(axes, "grid_axes"),
+                                            AxesOf(axes, "geographic_axes"));
+}
+
+py::object Forward(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
+                   const py::object& out) {
+  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
+    p.projection->ForwardBatch(c[0], c[1], n);
+  });
+}
+
+py::object Inverse(const ProjectionObject& p, py::object north, py::object east, bool degrees,
+                   const py::object& out) {
+  const std::array<Argument, 2> arguments = {{{"north", north}, {"east", east}}};
+  return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    p.projection->InverseBatch(c[0], c[1], n);
+    if (degrees) Multiply(c[0], n, kDegPerRad), Multiply(c[1], n, kDegPerRad);
+  });
+}
+
+py::object Factors(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
+                   const py::object& out) {
+  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
+    for (std::size_t i = 0; i < n; ++i) {
+      PointFactors factors{kNaN, kNaN};
+      p.projection->RotateBL(kToInternal, c[0][i], c[1][i]);
+      const bool good = p.projection->ForwardPoint(c[0][i], c[1][i], &factors);
+      c[0][i] = good ? factors.scale : kNaN;
+      c[1][i] = good ? factors.convergence : kNaN;
+    }
+    if (degrees) Multiply(c[1], n, kDegPerRad);
+  });
+}
+
+py::dict ParametersOf(const ProjectionObject& p) {
+  py::dict parameters;
+  for (std::size_t i = 0; i < p.values.size(); ++i)
+    parameters[py::str(SnakeName(p.kind.parameters[i].name))] = p.values[i];
+  return parameters;
+}
+
+py::tuple StateOf(const ProjectionObject& p) {
+  return py::make_tuple(p.kind.name, py::tuple(py::cast(p.values)), p.a, p.invF, p.gridAxes,
+                        p.geographicAxes);
+}
+
+std::shared_ptr<ProjectionObject> FromState(const py::tuple& state) {
+  return std::make_shared<ProjectionObject>(
+      *FindProjection(state[0].cast<std::string>()), state[1].cast<std::vector<double>>(),
+      state[2].cast<double>(), state[3].cast<double>(), state[4].cast<std::string>(),
+      state[5].cast<std::string>());
+}
+
+std::string Repr(const ProjectionObject& p) {
+  std::string text = fmt::format("Projection('{}', ", p.kind.name);
+  for (const auto& [name, value] : ParametersOf(p))
+    text += fmt::format("{}={}, ", std::string(py::str(name)), std::string(py::repr(value)));
+  text += fmt::format("ellipsoid=Ellipsoid({}, {})", NumberText(p.a), NumberText(p.invF));
+  if (p.gridAxes != kNorthEast) text += fmt::format(", grid_axes='{}'", p.gridAxes);
+  if (p.geographicAxes != kNorthEast)
+    text += fmt::format(", geographic_axes='{}'", p.geographicAxes);
+  return text + ")";
+}
+
+py::dict Projections() {
+  py::dict all;
+  for (const ProjectionKind& kind : ProjectionKinds()) {
+    py::dict parameters;
+    for (const ProjectionParameter& parameter : kind.parameters) {
+      const std::string unit = UnitName(parameter.unit);
+      parameters[py::str(SnakeName(parameter.name))] =
+          unit.empty() ? parameter.quantity : parameter.quantity + ", " + unit;
+    }
+    all[py::str(kind.name)] = parameters;
+  }
+  return all;
+}
+
+}  // namespace
+
+ProjectionObject::ProjectionObject(const ProjectionKind& its, std::vector<double> parameters,
+                                   double axis, double inverseFlattening, std::string grid,
+                                   std::string geographic)
+    : kind(its),
+      values(std::move(parameters)),
+      a(axis),
+      invF(inverseFlattening),
+      gridAxes(std::move(grid)),
+      geographicAxes(std::move(geographic)),
+      projection(MakeProjection(kind, a, invF, values)) {
+  projection->SetNEAxes(Widen(gridAxes).c_str());
+  projection->SetBLAxes(Widen(geographicAxes).c_str());
+}
+
+void BindProjection(py::module_& module) {
+  py::class_<ProjectionObject, std::shared_ptr<ProjectionObject>> projection(module, "Projection",
+                                                                             R"(
+A map projection on an ellipsoid, by its short name and parameters.
+
+    Projection("LC", south_lat=33, north_lat=45, lon0=-96, lat0=23, east0=0, north0=0, scale=1)
+
+projections() lists the names with their parameters, all of which are needed; angles are decimal
+degrees and lengths metres. ellipsoid: an Ellipsoid or the name of one; a few kinds have one built in
+and ignore it. grid_axes and geographic_axes say in which directions the two coordinates of a pair
+count, such as "NE", "EN" or "SW": pairs are then given and taken in that order and with those signs.
+
+Projections are immutable, equal when kind, parameters, ellipsoid and axes are, and can be pickled.
+Any number of threads may use one. Raises Error for unknown names and values out of range.)");
+  projection.attr("__module__") = "geomath";
+  projection
+      .def(py::init(&Make), py::arg("name"), py::arg("ellipsoid") = "WGS84", py::kw_only(),
+           py::arg("grid_axes") = py::none(), py::arg("geographic_axes") = py::none())
+      .def_property_readonly(
+          "name", [](const ProjectionObject& p) { return p.kind.name; }, "The short name.")
+      .def_property_readonly("parameters", &ParametersOf,
+                             "A dict of the parameters: degrees, metres, factors.")
+      .def_property_readonly(
+          "ellipsoid",
+          [](const ProjectionObject& p) {
+            return std::make_shared<Ellipsoid>(p.projection->GetEllipsoid());
+          },
+          "The ellipsoid in use.")
+      .def_readonly("grid_axes", &ProjectionObject::gridAxes,
+                    "Directions of the grid pair; \"NE\" means (north, east).")
+      .def_readonly("geographic_axes", &ProjectionObject::geographicAxes,
+                    "Directions of the geographic pair; \"NE\" means (latitude, longitude).")
+      .def("forward", &Forward, py::arg("lat"), py::arg("lon"), py::kw_only(),
+           py::arg("degrees") = true, py::arg("out") = py::none(),
+           R"(forward(self, lat, lon, *, degrees=True, out=None)
+--
+
+Latitude and longitude to the grid: (north, east), metres.
+
+lat, lon: degrees, or radians with degrees=False; numbers or arrays, broadcast together. out: two
+float64 arrays for the results. A point outside the domain of the projection gives NaN in both. With
+other axes both pairs stand in the order of their axes.)")
+      .def("inverse", &Inverse, py::arg("north"), py::arg("east"), py::kw_only(),
+           py::arg("degrees") = true, py::arg("out") = py::none(),
+           R"(inverse(self, north, east, *, degrees=True, out=None)
+--
+
+Grid coordinates to (lat, lon): degrees, or radians with degrees=False.
+
+north, east: metres, numbers or arrays, broadcast together. out: two float64 arrays for the results.
+A point that has no position gives NaN in both.)")
+      .def("factors", &Factors, py::arg("lat"), py::arg("lon"), py::kw_only(),
+           py::arg("degrees") = true, py::arg("out") = py::none(),
+           R"(factors(self, lat, lon, *, degrees=True, out=None)
+--
+
+Point scale factor and meridian convergence at a position: (scale, convergence).
+
+lat, lon and the convergence: degrees, or radians with degrees=False. NaN where the projection does
+not convert the point, and for a factor that the kind does not compute. The sign of the convergence
+is that of the kind.)")
+      .def(
+          "__eq__",
+          [](const ProjectionObject& a, const ProjectionObject& b) {
+            return StateOf(a).equal(StateOf(b));
+          },
+          py::is_operator())
+      .def("__hash__", [](const ProjectionObject& p) { return py::hash(StateOf(p)); })
+      .def("__repr__", &Repr)
+      .def(py::pickle(&StateOf, &FromState));
+
+  module.def("projections", &Projections, R"(projections()
+--
+
+The projections by name: a dict of dicts, from the name of each parameter to what it is and its unit.)");
+}
+
+}  // namespace geomath_python

@@ -1,0 +1,46 @@
+"""Geodetic mathematics for surveying and mapping.
+
+Coordinates are plain numbers or NumPy arrays of any shape, which are broadcast together; results
+have the common shape, and numbers alone give numbers. Angles are degrees unless degrees=False,
+lengths metres; pairs are (latitude, longitude) or (north, east) unless a projection has other axes.
+
+A description that makes no sense raises Error. A point that cannot be converted is no error: it
+becomes NaN in every result and disturbs no other point. Work on arrays releases the interpreter
+lock; objects are immutable and may be used from many threads.
+"""
+
+from ._chain_step import ChainStep
+from ._geomath import (
+    CoordinateChain,
+    Datum,
+    Ellipsoid,
+    Error,
+    Geoid,
+    GlobalGeoid,
+    GridToGround,
+    LocalToGrid,
+    Projection,
+    RegionalGeoid,
+    __version__,
+    ellipsoid_names,
+    interpolation_names,
+    projections,
+)
+
+__all__ = [
+    "ChainStep",
+    "CoordinateChain",
+    "Datum",
+    "Ellipsoid",
+    "Error",
+    "Geoid",
+    "GlobalGeoid",
+    "GridToGround",
+    "LocalToGrid",
+    "Projection",
+    "RegionalGeoid",
+    "__version__",
+    "ellipsoid_names",
+    "interpolation_names",
+    "projections",
+]

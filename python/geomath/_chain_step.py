@@ -1,0 +1,24 @@
+from enum import IntEnum
+
+from ._geomath import _chain_steps
+
+_TEXTS = _chain_steps()
+
+
+class ChainStep(IntEnum):
+    """The step of a CoordinateChain at which a point failed; NONE when it was converted."""
+
+    NONE = 0
+    INPUT = 1
+    GLOBAL_ELLIPSOID = 2
+    DATUM = 3
+    LOCAL_ELLIPSOID = 4
+    PROJECTION = 5
+    GEOID = 6
+    LOCALIZATION = 7
+    GROUND = 8
+
+    @property
+    def text(self) -> str:
+        """The step in words, as the geomath program reports it: "the projection"."""
+        return _TEXTS[self.value]

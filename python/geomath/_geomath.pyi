@@ -1,0 +1,403 @@
+from collections.abc import Mapping
+from os import PathLike
+from typing import Any, Literal, TypeAlias, final, overload
+
+import numpy as np
+from numpy.typing import ArrayLike, NDArray
+
+_Array: TypeAlias = NDArray[np.float64]
+_One: TypeAlias = _Array | None
+_Two: TypeAlias = tuple[_Array, _Array] | None
+_Three: TypeAlias = tuple[_Array, _Array, _Array] | None
+_Path: TypeAlias = str | PathLike[str]
+
+__version__: str
+
+class Error(ValueError): ...
+
+@final
+class Ellipsoid:
+    @overload
+    def __init__(self, name: str) -> None: ...
+    @overload
+    def __init__(self, a: float, inv_f: float) -> None: ...
+    @overload
+    def __init__(self, a: float, *, b: float) -> None: ...
+    @property
+    def a(self) -> float: ...
+    @property
+    def b(self) -> float: ...
+    @property
+    def inv_f(self) -> float: ...
+    @property
+    def f(self) -> float: ...
+    @property
+    def n(self) -> float: ...
+    @property
+    def e(self) -> float: ...
+    @property
+    def e2(self) -> float: ...
+    @property
+    def ep2(self) -> float: ...
+    @overload
+    def to_geocentric(  # type: ignore[misc]
+        self, lat: float, lon: float, h: float = ..., *, degrees: bool = ..., out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_geocentric(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def to_geodetic(  # type: ignore[misc]
+        self, x: float, y: float, z: float, *, degrees: bool = ..., out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_geodetic(
+        self, x: ArrayLike, y: ArrayLike, z: ArrayLike, *, degrees: bool = ..., out: _Three = ...
+    ) -> tuple[_Array, _Array, _Array]: ...
+
+@final
+class Datum:
+    def __init__(
+        self,
+        ellipsoid: Ellipsoid | str,
+        dx: float = ...,
+        dy: float = ...,
+        dz: float = ...,
+        rx: float = ...,
+        ry: float = ...,
+        rz: float = ...,
+        ppm: float = ...,
+        *,
+        rotation: Literal["coordinate-frame", "position-vector"] = ...,
+    ) -> None: ...
+    @property
+    def ellipsoid(self) -> Ellipsoid: ...
+    @property
+    def shift(self) -> tuple[float, float, float]: ...
+    @property
+    def rotation(self) -> tuple[float, float, float]: ...
+    @property
+    def ppm(self) -> float: ...
+    @overload
+    def to_wgs84(  # type: ignore[misc]
+        self, x: float, y: float, z: float, *, out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_wgs84(
+        self, x: ArrayLike, y: ArrayLike, z: ArrayLike, *, out: _Three = ...
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def from_wgs84(  # type: ignore[misc]
+        self, x: float, y: float, z: float, *, out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def from_wgs84(
+        self, x: ArrayLike, y: ArrayLike, z: ArrayLike, *, out: _Three = ...
+    ) -> tuple[_Array, _Array, _Array]: ...
+
+@final
+class Projection:
+    def __init__(
+        self,
+        name: str,
+        ellipsoid: Ellipsoid | str = ...,
+        *,
+        grid_axes: str | None = ...,
+        geographic_axes: str | None = ...,
+        **parameters: float,
+    ) -> None: ...
+    @property
+    def name(self) -> str: ...
+    @property
+    def parameters(self) -> dict[str, float]: ...
+    @property
+    def ellipsoid(self) -> Ellipsoid: ...
+    @property
+    def grid_axes(self) -> str: ...
+    @property
+    def geographic_axes(self) -> str: ...
+    @overload
+    def forward(  # type: ignore[misc]
+        self, lat: float, lon: float, *, degrees: bool = ..., out: None = ...
+    ) -> tuple[float, float]: ...
+    @overload
+    def forward(
+        self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ..., out: _Two = ...
+    ) -> tuple[_Array, _Array]: ...
+    @overload
+    def inverse(  # type: ignore[misc]
+        self, north: float, east: float, *, degrees: bool = ..., out: None = ...
+    ) -> tuple[float, float]: ...
+    @overload
+    def inverse(
+        self, north: ArrayLike, east: ArrayLike, *, degrees: bool = ..., out: _Two = ...
+    ) -> tuple[_Array, _Array]: ...
+    @overload
+    def factors(  # type: ignore[misc]
+        self, lat: float, lon: float, *, degrees: bool = ..., out: None = ...
+    ) -> tuple[float, float]: ...
+    @overload
+    def factors(
+        self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ..., out: _Two = ...
+    ) -> tuple[_Array, _Array]: ...
+
+class Geoid:
+    @overload
+    def height(  # type: ignore[misc]
+        self, lat: float, lon: float, *, degrees: bool = ..., out: None = ...
+    ) -> float: ...
+    @overload
+    def height(
+        self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ..., out: _One = ...
+    ) -> _Array: ...
+
+@final
+class RegionalGeoid(Geoid):
+    def __init__(
+        self,
+        grid: ArrayLike,
+        *,
+        south: float,
+        west: float,
+        lat_step: float,
+        lon_step: float,
+        interpolation: str = ...,
+        north_first: bool = ...,
+    ) -> None: ...
+    @staticmethod
+    def from_file(path: _Path, interpolation: str = ...) -> RegionalGeoid: ...
+    @property
+    def grid(self) -> NDArray[np.float32]: ...
+    @property
+    def south(self) -> float: ...
+    @property
+    def west(self) -> float: ...
+    @property
+    def lat_step(self) -> float: ...
+    @property
+    def lon_step(self) -> float: ...
+    @property
+    def interpolation(self) -> str: ...
+    @property
+    def north_first(self) -> bool: ...
+
+@final
+class GlobalGeoid(Geoid):
+    def __init__(
+        self,
+        cosines: ArrayLike,
+        sines: ArrayLike,
+        *,
+        correction_cosines: ArrayLike | None = ...,
+        correction_sines: ArrayLike | None = ...,
+    ) -> None: ...
+    @staticmethod
+    def from_file(
+        path: _Path, *, correction: _Path | None = ..., subtract_normal_field: bool = ...
+    ) -> GlobalGeoid: ...
+    @property
+    def max_degree(self) -> int: ...
+
+@final
+class LocalToGrid:
+    def __init__(
+        self,
+        *,
+        shift_n: float | None = ...,
+        shift_e: float | None = ...,
+        scale: float | None = ...,
+        rotation: float | None = ...,
+        shift_h: float | None = ...,
+        slope_n: float | None = ...,
+        slope_e: float | None = ...,
+    ) -> None: ...
+    @property
+    def shift_n(self) -> float: ...
+    @property
+    def shift_e(self) -> float: ...
+    @property
+    def scale(self) -> float: ...
+    @property
+    def rotation(self) -> float: ...
+    @property
+    def shift_h(self) -> float: ...
+    @property
+    def slope_n(self) -> float: ...
+    @property
+    def slope_e(self) -> float: ...
+    @property
+    def horizontal(self) -> bool: ...
+    @property
+    def vertical(self) -> bool: ...
+    @overload
+    def to_local(  # type: ignore[misc]
+        self, north: float, east: float, h: float = ..., *, out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_local(
+        self, north: ArrayLike, east: ArrayLike, h: ArrayLike = ..., *, out: _Three = ...
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def to_grid(  # type: ignore[misc]
+        self, north: float, east: float, h: float = ..., *, out: None = ...
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_grid(
+        self, north: ArrayLike, east: ArrayLike, h: ArrayLike = ..., *, out: _Three = ...
+    ) -> tuple[_Array, _Array, _Array]: ...
+
+@final
+class GridToGround:
+    @property
+    def scale(self) -> float: ...
+    @property
+    def rotation(self) -> float: ...
+    @property
+    def origin(self) -> tuple[float, float]: ...
+    @property
+    def offset(self) -> tuple[float, float]: ...
+    @property
+    def enabled(self) -> bool: ...
+    @overload
+    def to_ground(self, north: float, east: float, *, out: None = ...) -> tuple[float, float]: ...  # type: ignore[misc]
+    @overload
+    def to_ground(
+        self, north: ArrayLike, east: ArrayLike, *, out: _Two = ...
+    ) -> tuple[_Array, _Array]: ...
+    @overload
+    def to_grid(self, north: float, east: float, *, out: None = ...) -> tuple[float, float]: ...  # type: ignore[misc]
+    @overload
+    def to_grid(
+        self, north: ArrayLike, east: ArrayLike, *, out: _Two = ...
+    ) -> tuple[_Array, _Array]: ...
+
+@final
+class CoordinateChain:
+    def __init__(
+        self,
+        *,
+        global_ellipsoid: Ellipsoid | str | None = ...,
+        datum: Datum | None = ...,
+        projection: Projection | None = ...,
+        geoid: Geoid | None = ...,
+        geoid_frame: Literal["global", "local"] = ...,
+        localization: LocalToGrid | None = ...,
+        ground: GridToGround | None = ...,
+    ) -> None: ...
+    @staticmethod
+    def from_file(path: _Path) -> CoordinateChain: ...
+    def replace(self, **steps: Any) -> CoordinateChain: ...
+    @property
+    def global_ellipsoid(self) -> Ellipsoid | None: ...
+    @property
+    def datum(self) -> Datum | None: ...
+    @property
+    def projection(self) -> Projection | None: ...
+    @property
+    def geoid(self) -> Geoid | None: ...
+    @property
+    def geoid_frame(self) -> Literal["global", "local"]: ...
+    @property
+    def localization(self) -> LocalToGrid | None: ...
+    @property
+    def ground(self) -> GridToGround | None: ...
+    @overload
+    def to_local(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_local(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+    ) -> tuple[float, float, float, int]: ...
+    @overload
+    def to_local(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+        return_steps: Literal[False] = ...,
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def to_local(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+        return_steps: Literal[True],
+    ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
+    @overload
+    def to_global(  # type: ignore[misc]
+        self,
+        north: float,
+        east: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def to_global(  # type: ignore[misc]
+        self,
+        north: float,
+        east: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+    ) -> tuple[float, float, float, int]: ...
+    @overload
+    def to_global(
+        self,
+        north: ArrayLike,
+        east: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+        return_steps: Literal[False] = ...,
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def to_global(
+        self,
+        north: ArrayLike,
+        east: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+        return_steps: Literal[True],
+    ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
+
+def ellipsoid_names() -> list[str]: ...
+def interpolation_names() -> list[str]: ...
+def projections() -> Mapping[str, Mapping[str, str]]: ...
+def _chain_steps() -> dict[int, str]: ...

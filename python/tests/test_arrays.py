@@ -1,0 +1,145 @@
+"""Arrays: shapes, strides, types, results in place, failures, threads."""
+
+from concurrent.futures import ThreadPoolExecutor
+from typing import Any
+
+import numpy as np
+import pytest
+from geomath import ChainStep, CoordinateChain, Error
+from numpy.typing import NDArray
+
+Array = NDArray[np.float64]
+
+
+def points(count: int, seed: int = 1) -> tuple[Array, Array, Array]:
+    generator = np.random.default_rng(seed)
+    return (
+        generator.uniform(50, 60, count),
+        generator.uniform(-7, 2, count),
+        generator.uniform(-50, 3000, count),
+    )
+
+
+def expected(chain: CoordinateChain, *columns: Any) -> list[Array]:
+    """One call for each point, on arrays that NumPy has broadcast."""
+    together = np.broadcast_arrays(*columns)
+    results = [chain.to_local(*map(float, p)) for p in zip(*(a.ravel() for a in together))]
+    return [np.array(r).reshape(together[0].shape) for r in zip(*results)]
+
+
+KEPT: Any = dict(rtol=0, atol=1e-9)  # the promise of batches against single points, metres
+
+
+@pytest.mark.parametrize(
+    "shape",
+    [
+        lambda b, l, h: (b, l, h),
+        lambda b, l, h: (b[:, None], l[None, :50], 100),
+        lambda b, l, h: (b.reshape(9, 7, 17).T, l.reshape(17, 7, 9), h[:9]),
+        lambda b, l, h: (b[::-3], l[5:362], 0),
+        lambda b, l, h: (b.astype(np.float32), l.astype(">f8"), h.astype(np.int16)),
+        lambda b, l, h: (np.stack([b, l, h], axis=1)[:, 0], list(l), h),
+        lambda b, l, h: (np.frombuffer(b"x" + b.tobytes(), offset=1), l, h),  # not aligned
+        lambda b, l, h: (b[:0], l[:0], 1.0),
+        lambda b, l, h: (b[:1, None], l[:1], np.array(3.0)),
+    ],
+)
+def test_any_arrays_give_what_their_points_give(britain: CoordinateChain, shape: Any) -> None:
+    arguments = shape(*points(1071))
+    for result, wanted in zip(britain.to_local(*arguments), expected(britain, *arguments)):
+        assert result.shape == wanted.shape and result.dtype == np.float64
+        np.testing.assert_allclose(result, wanted, **KEPT)
+
+
+def test_numbers_alone_give_numbers(britain: CoordinateChain) -> None:
+    plain = britain.to_local(52, -1.5, 100)
+    assert [type(x) for x in plain] == [float] * 3
+    numbers: Any
+    for numbers in ((np.float64(52), -1.5, np.int32(100)), (np.array(52.0), -1.5, 100)):
+        assert britain.to_local(*numbers) == plain
+
+
+def test_a_failed_point_is_nan_and_names_its_step(britain: CoordinateChain) -> None:
+    lat, lon, h = points(1000)
+    good = britain.to_local(lat, lon, h)
+    lat[[3, 700]] = 91, np.nan
+    *results, steps = britain.to_local(lat, lon, h, return_steps=True)
+    assert steps.dtype == np.uint8
+    assert np.flatnonzero(steps).tolist() == [3, 700]
+    assert ChainStep(steps[3]) is ChainStep.INPUT and ChainStep(steps[3]).text == "the input"
+    for result, undisturbed in zip(results, good):
+        assert np.isnan(result[[3, 700]]).all()
+        assert (np.delete(result, [3, 700]) == np.delete(undisturbed, [3, 700])).all()
+    assert britain.to_local(91, 0, 0, return_steps=True)[3] == ChainStep.INPUT
+    assert len(britain.to_local(lat[0], 0, 0, return_steps=True)) == 4
+
+
+def test_masked_elements_become_nan(britain: CoordinateChain) -> None:
+    lat: Any = np.ma.masked_equal([52, 53], 53)  # type: ignore[no-untyped-call]
+    assert np.isnan(britain.to_local(lat, 0)).tolist() == [[False, True]] * 3
+
+
+def test_out_is_filled_and_may_be_the_arguments(britain: CoordinateChain) -> None:
+    lat, lon, h = points(3000)
+    wanted = britain.to_local(lat, lon, h)
+    out = (np.empty(3000), np.empty(3000), np.empty(3000))
+    results = britain.to_local(lat, lon, h, out=out)
+    assert all(r is o for r, o in zip(results, out))
+    np.testing.assert_array_equal(out, wanted)
+    # In place; the results exchanged; shifted against the arguments, where blocks would mix.
+    for order in ((0, 1, 2), (1, 2, 0)):
+        given = [lat.copy(), lon.copy(), h.copy()]
+        places = tuple(given[i] for i in order)
+        britain.to_local(*given, out=(places[0], places[1], places[2]))
+        np.testing.assert_array_equal(places, wanted)
+    memory = np.concatenate([lat, lon, h])
+    arguments = memory[:3000], memory[3000:6000], memory[6000:]
+    out = memory[100:3100], memory[3100:6100], np.empty(3000)
+    britain.to_local(*arguments, out=out)
+    np.testing.assert_array_equal(out, wanted)
+
+
+@pytest.mark.parametrize(
+    "out",
+    [
+        (np.empty(2), np.empty(2)),
+        (np.empty(2), np.empty(2), np.empty(3)),
+        (np.empty(2), np.empty(2), np.empty(2, dtype=np.float32)),
+        (np.empty(2), np.empty(2), np.empty(4)[::2]),
+        (np.empty(2), np.empty(2), np.broadcast_to(1.0, 2)),
+        7,
+    ],
+)
+def test_out_that_cannot_take_the_results_is_refused(britain: CoordinateChain, out: Any) -> None:
+    with pytest.raises(TypeError, match=r"tuple of 3 arrays of float64.* of shape \(2,\)"):
+        britain.to_local([50, 51], 0, out=out)
+
+
+def test_arguments_that_make_no_sense_are_refused(britain: CoordinateChain) -> None:
+    both = np.empty(2)
+    with pytest.raises(Error, match="share memory"):
+        britain.to_local([50, 51], 0, out=(both, both, np.empty(2)))
+    with pytest.raises(Error, match=r"lat \(2,\), lon \(3,\), h \(\)"):
+        britain.to_local([50, 51], [1, 2, 3])
+    anything: Any
+    for anything in ("north", 1j, [[1, 2], [3]], object()):
+        with pytest.raises((TypeError, ValueError)):
+            britain.to_local(anything, 0)
+
+
+def test_threads_share_one_chain(britain: CoordinateChain) -> None:
+    inputs = [points(200_000, seed) for seed in range(4)]
+    alone = [britain.to_local(*columns) for columns in inputs]
+    with ThreadPoolExecutor(4) as pool:
+        together = list(pool.map(lambda columns: britain.to_local(*columns), inputs))
+    np.testing.assert_array_equal(together, alone)
+
+
+def test_the_interpreter_runs_while_a_chain_works(britain: CoordinateChain) -> None:
+    columns = points(1_000_000)
+    seen = 0
+    with ThreadPoolExecutor(1) as pool:
+        work = pool.submit(lambda: britain.to_local(*columns))
+        while not work.done():
+            seen += 1  # with the lock held there would be a turn or two before and after
+    assert seen > 100
