@@ -10,6 +10,7 @@
 void WriteProjections(std::ostream& out, const std::vector<Family>& families);
 void WriteGeocentric(std::ostream& out);
 void WriteDatum(std::ostream& out);
+void WriteGeoid(std::ostream& out);
 void WritePeers(std::ostream& out, const std::vector<Family>& families);
 
 /// How the last part begins; a line with the versions of the other programs follows it.
