@@ -2,8 +2,9 @@
 # What Doxygen reads of a header or a page. No line is added or removed, so that its messages name
 # the right ones.
 #
-# Pages: fences lose the attributes that are for the test of the examples (tests/docs), and code that
-# holds a quotation mark becomes HTML, because Doxygen pairs quotation marks across code.
+# Pages: fences lose the attributes that are for the test of the examples (tests/docs) and the languages
+# that Doxygen does not know; code that holds a quotation mark becomes HTML, because Doxygen pairs
+# quotation marks across code.
 #
 # Headers: a comment speaks for all declarations below it, up to the next blank line, comment or
 # access specifier (except for constructors and destructors). Doxygen takes it for
@@ -62,11 +63,45 @@ function escaped(text) {
   return text
 }
 
-function CleanPage(    i, fenced, rest, span, at) {
+# Contents pages say which pages belong to a part, in which order: the first link to each of these
+# makes it a page below. Pages get names of their own for that.
+function isContents(page) { return page ~ /^docs\/(.*\/README|program)\.md$/ }
+function pageName(page) {
+  sub(/\.md$/, "", page)
+  gsub(/[^A-Za-z0-9]/, "_", page)
+  return "page_" page
+}
+function PlacePages(page, line,    folder, link, result) {
+  folder = page
+  sub(/[^\/]*$/, "", folder)
+  while (match(line, /\[[^\]]*\]\([^).][^):]*\.md\)/)) {
+    split(substr(line, RSTART + 1, RLENGTH - 2), link, /\]\(/)
+    result = result substr(line, 1, RSTART - 1) \
+             (placed[link[2]]++ ? substr(line, RSTART, RLENGTH) \
+                                : "\\subpage " pageName(folder link[2]) " \"" link[1] "\"")
+    line = substr(line, RSTART + RLENGTH)
+  }
+  return result line
+}
+
+# The main page has a name of Doxygen's own.
+function LinkMainPage(line,    link) {
+  if (!match(line, /\[[^\]]*\]\([.\/]*docs\/README\.md\)/)) return line
+  split(substr(line, RSTART + 1, RLENGTH - 2), link, /\]\(/)
+  return substr(line, 1, RSTART - 1) "\\ref index \"" link[1] "\"" substr(line, RSTART + RLENGTH)
+}
+
+function CleanPage(    i, fenced, rest, span, at, page) {
+  page = FILENAME
+  sub("^" ENVIRON["PWD"] "/", "", page)
+  lines[1] = lines[1] " {#" pageName(page) "}"
   for (i = 1; i <= NR; ++i) {
+    lines[i] = LinkMainPage(lines[i])
+    if (isContents(page)) lines[i] = PlacePages(page, lines[i])
     if (lines[i] ~ /^```/) {
       fenced = !fenced
       sub(/ .*/, "", lines[i])
+      if (fenced && lines[i] !~ /cpp|python/) lines[i] = "```{.unparsed}"
     }
     if (fenced) continue
     for (rest = lines[i]; match(rest, /`[^`]*"[^`]*`/); rest = substr(rest, RSTART + RLENGTH)) {
