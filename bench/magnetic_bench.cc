@@ -1,11 +1,12 @@
-// The magnetic field beside GeographicLib's MagneticModel, both on the coefficients of WMM-2010:
-// all elements and their yearly change, at one point of one date and at many points of one date.
+// The magnetic field beside GeographicLib's MagneticModel, and beside its MagneticCircle on a parallel,
+// all on the coefficients of WMM-2010: all elements and their yearly change.
 #include <benchmark/benchmark.h>
 
 #include "bench/peers.h"
 #include "geomath/geomath.h"
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+#include <GeographicLib/MagneticCircle.hpp>
 #include <GeographicLib/MagneticModel.hpp>
 #include <bit>
 #include <filesystem>
@@ -41,9 +42,9 @@ void MeasureEach(benchmark::State& state, Evaluate evaluate) {
 }
 
 void AnyDate(benchmark::State& state) {
-  MeasureEach(state, [](double lat, double lon, double h) {
-    return MagneticField(Model(), kYear).At(lat, lon, h);
-  });
+  const MagneticField field(Model(), Model().epoch);
+  MeasureEach(state,
+              [&](double lat, double lon, double h) { return field.At(lat, lon, h, kYear); });
 }
 
 void OneDate(benchmark::State& state) {
@@ -63,7 +64,47 @@ void OneDateBatch(benchmark::State& state) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
 }
 
-// The model is built anew by every call, in single precision at the borders.
+constexpr std::size_t kRowPoints = 1440;
+
+// One parallel, every quarter of a degree.
+const std::vector<double>& RowLongitudes() {
+  static const std::vector<double> longitudes = [] {
+    std::vector<double> degrees(kRowPoints);
+    for (std::size_t i = 0; i < kRowPoints; ++i) degrees[i] = -180 + 0.25 * static_cast<double>(i);
+    return degrees;
+  }();
+  return longitudes;
+}
+constexpr double kRowLatitude = 47.25, kRowHeight = 0.5;
+
+// Measures `evaluate()` of one whole row.
+template <class Evaluate>
+void MeasureRow(benchmark::State& state, Evaluate evaluate) {
+  for (auto _ : state) {
+    evaluate();
+    benchmark::ClobberMemory();
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kRowPoints));
+}
+
+void RowScalar(benchmark::State& state) {
+  const MagneticField field(Model(), kYear);
+  MeasureRow(state, [&] {
+    for (double longitude : RowLongitudes())
+      benchmark::DoNotOptimize(field.At(kRowLatitude, longitude, kRowHeight));
+  });
+}
+
+void RowBatch(benchmark::State& state) {
+  const MagneticField field(Model(), kYear);
+  std::vector<MagneticPoint> results(kRowPoints);
+  MeasureRow(state, [&] {
+    field.AtRow(kRowLatitude, kRowHeight, RowLongitudes().data(), kRowPoints, results.data());
+    benchmark::DoNotOptimize(results.data());
+  });
+}
+
+// The call with single precision at the borders.
 void Declination(benchmark::State& state) {
   TMagneticDeclination object;
   SYSTEMTIME date{};
@@ -130,6 +171,20 @@ void PeerWithChange(benchmark::State& state) {
   });
 }
 
+void PeerCircle(benchmark::State& state) {
+  MeasureRow(state, [] {
+    const auto circle = Peer().Circle(kYear, kRowLatitude, kRowHeight * 1000);
+    for (double longitude : RowLongitudes()) {
+      double x, y, z, xt, yt, zt, e[8];
+      circle(longitude, x, y, z, xt, yt, zt);
+      GeographicLib::MagneticModel::FieldComponents(x, y, z, xt, yt, zt, e[0], e[1], e[2], e[3],
+                                                    e[4], e[5], e[6], e[7]);
+      benchmark::DoNotOptimize(x + y + z + xt + yt + zt + e[0] + e[1] + e[2] + e[3] + e[4] + e[5] +
+                               e[6] + e[7]);
+    }
+  });
+}
+
 void PeerElements(benchmark::State& state) {
   MeasureEach(state, [](double lat, double lon, double h) {
     double x, y, z, e[4];
@@ -145,10 +200,13 @@ void RegisterAll() {
   benchmark::RegisterBenchmark("magnetic, points at one date/scalar", OneDate);
   benchmark::RegisterBenchmark("magnetic, points at one date/batch", OneDateBatch);
   benchmark::RegisterBenchmark("magnetic, declination call/scalar", Declination);
+  benchmark::RegisterBenchmark("magnetic, row of 1440/scalar", RowScalar);
+  benchmark::RegisterBenchmark("magnetic, row of 1440/batch", RowBatch);
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
   benchmark::RegisterBenchmark("magnetic, a date for each point/GeographicLib", PeerWithChange);
   benchmark::RegisterBenchmark("magnetic, points at one date/GeographicLib", PeerWithChange);
   benchmark::RegisterBenchmark("magnetic, declination call/GeographicLib", PeerElements);
+  benchmark::RegisterBenchmark("magnetic, row of 1440/GeographicLib", PeerCircle);
 #endif
 }
 

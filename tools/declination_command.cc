@@ -221,14 +221,13 @@ int RunGrid(const DeclinationOptions& options) {
   RasterGrid raster(options.output, grid, descriptions);
 
   const auto width = static_cast<std::size_t>(grid.columns);
-  std::vector<double> latitudes(width), longitudes(width), heights(width, height), line(width);
+  std::vector<double> longitudes(width), line(width);
   std::vector<MagneticPoint> results(width);
   for (int c = 0; c < grid.columns; ++c)
     longitudes[static_cast<std::size_t>(c)] = grid.Longitude(c);
   Progress progress("rows");
   for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
-    std::fill(latitudes.begin(), latitudes.end(), grid.Latitude(row));
-    field.AtBatch(latitudes.data(), longitudes.data(), heights.data(), width, results.data());
+    field.AtRow(grid.Latitude(row), height, longitudes.data(), width, results.data());
     int index = 0;
     for (const Band& band : kBands) {
       std::transform(results.begin(), results.end(), line.begin(),

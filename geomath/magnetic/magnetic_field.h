@@ -28,7 +28,9 @@ struct MagneticPoint {
 };
 
 /// One standard deviation of the elements that a model's publisher states for its years; it covers
-/// what no such model contains (crust, disturbances), so it dwarfs any error of computation.
+/// what no such model contains (crust, disturbances), so it dwarfs any error of computation. The
+/// figures were entered from memory of the technical reports and agree among themselves; they have
+/// not been compared with a printed copy.
 struct MagneticUncertainty {
   /// nT.
   double x, y, z, h, f;
@@ -37,6 +39,18 @@ struct MagneticUncertainty {
 };
 
 struct MagneticErrorModel;
+namespace magnetic {
+struct Series;
+}  // namespace magnetic
+
+/// One term of the sums, as MagneticField keeps it: what multiplies cos mλ and sin mλ in the field,
+/// nT, and in its yearly change, nT per year. Coefficients are in Gauss normalisation.
+struct MagneticTerm {
+  double recursion;  ///< K(n + 1, m) of the Legendre recursion
+  double value[4];   ///< g, h, ġ, ḣ of (n, m)
+  double radial[4];  ///< −(n + 1) times these
+  double slope[4];   ///< n − m + 1 times those of (n, m − 1); 0 when m is 0
+};
 
 /// The field of one model at one date (Chulliat et al. 2020, The US/UK World Magnetic Model for
 /// 2020-2025: Technical Report, section 1.2, equations 4 to 19).
@@ -47,11 +61,12 @@ struct MagneticErrorModel;
 ///
 /// Latitude and longitude are geodetic, in degrees (any number of turns of longitude), the height
 /// is in kilometres above the WGS84 ellipsoid. Results agree with an evaluation in higher
-/// precision to 1e-9 nT. North at a pole is along the meridian of the given longitude. The
-/// declination is ill-conditioned near a magnetic pole; exactly there, where h is 0, it is
-/// atan2(y, x) and the changes of h, declination and grid variation are not a number. A coordinate
-/// that is no finite number gives elements that are not a number, as does a height of about minus
-/// the radius of the Earth.
+/// precision to 1e-9 nT, and a point gets the same bits from each of the functions, beside any
+/// other points and on any machine. North at a pole is along the meridian of the given longitude.
+/// The declination is ill-conditioned near a magnetic pole; exactly there, where h is 0, it is 0
+/// and the changes of h, declination and grid variation are not a number. A coordinate that is no
+/// finite number gives elements that are not a number, as does a height of about minus the radius
+/// of the Earth.
 ///
 /// Grid north, for the grid variation, is that of the UPS grid at latitudes from ±55° to the poles
 /// (where the convergence is the longitude, with the sign of the hemisphere), and that of the UTM
@@ -64,8 +79,17 @@ class GEOMATH_API MagneticField {
   /// The field at a point and its yearly change.
   MagneticPoint At(double latitude, double longitude, double height) const noexcept;
 
-  /// The same, bit for bit, for `count` points, several at a time: 1.4 times as fast. Returns how
-  /// many of the results are numbers.
+  /// The same at another date, a decimal year: the yearly change of x, y and z is constant in time.
+  MagneticPoint At(double latitude, double longitude, double height,
+                   double decimalYear) const noexcept;
+
+  /// `count` points of one latitude and height, whose sums over the degrees are formed once: the
+  /// fastest form. Returns how many of the results are numbers.
+  std::size_t AtRow(double latitude, double height, const double* longitudes, std::size_t count,
+                    MagneticPoint* results) const noexcept;
+
+  /// `count` points, several at a time. Consecutive points of one latitude and height are taken
+  /// together as AtRow does. Returns how many of the results are numbers.
   std::size_t AtBatch(const double* latitudes, const double* longitudes, const double* heights,
                       std::size_t count, MagneticPoint* results) const noexcept;
 
@@ -76,26 +100,21 @@ class GEOMATH_API MagneticField {
   bool InModelYears() const { return inModelYears_; }
 
   /// The stated uncertainty of the model at a point with horizontal intensity `h` (nT), after the
-  /// model's name: WMM-2015, WMM-2015v2, WMM-2020 and WMM-2025. Nothing for other models.
+  /// model's name: WMM-2015, WMM-2015v2, WMM-2020 and WMM-2025. Nothing for other models. That of
+  /// the declination (degrees) grows as 1/h, without limit.
   std::optional<MagneticUncertainty> Uncertainty(double h) const noexcept;
 
  private:
-  /// One term of the sums, its coefficients in Gauss normalisation.
-  struct Term {
-    double recursion;             // K(n + 1, m)
-    double g, h, gDot, hDot;      // of (n, m)
-    double dg, dh, dgDot, dhDot;  // n − m + 1 times those of (n, m − 1); 0 when m is 0
-  };
-
-  template <int kLanes>
-  void Evaluate(const double* latitudes, const double* longitudes, const double* heights,
-                MagneticPoint* results) const noexcept;
+  magnetic::Series SeriesAt(double decimalYear) const noexcept;
+  std::size_t EvaluateRow(double decimalYear, double latitude, double height,
+                          const double* longitudes, std::size_t count,
+                          MagneticPoint* results) const noexcept;
 
   double decimalYear_;
   bool inModelYears_;
   int degree_;
   const MagneticErrorModel* errors_;  // null when nothing is published
-  std::vector<Term> terms_;           // m = 0 … degree, within it n = m … degree
+  std::vector<MagneticTerm> terms_;   // m = 0 … degree, within it n = m … degree
 };
 
 }  // namespace zel_cs::geomath

@@ -7,12 +7,14 @@
 #include <cstring>
 #include <fstream>
 #include <limits>
+#include <memory>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "geomath/magnetic/coefficient_file.h"
 #include "geomath/magnetic/decimal_year.h"
+#include "geomath/simd/instruction_set.h"
 #include "tests/support/reference_data.h"
 
 using namespace zel_cs::geomath;
@@ -104,7 +106,7 @@ TEST(MagneticField, Published2010) {
 // a unit of its last digit, the same in other evaluations.
 struct PublishedTable {
   const char *model, *values;
-  int rows;
+  std::size_t rows;
   double slackNanotesla = 0, slackDegrees = 0;
 };
 constexpr PublishedTable kTables[] = {
@@ -147,13 +149,25 @@ TEST_P(PublishedValues, EveryPrintedDigit) {
   std::string line;
   std::getline(file, line);
   const double angleUnit = line.find("arcmin") == std::string::npos ? 1 : 60;
-  int rows = 0;
-  for (; std::getline(file, line); ++rows) {
-    SCOPED_TRACE(line);
-    const auto cells = Cells(line);
-    ASSERT_EQ(cells.size(), 18u);
+  std::vector<std::vector<std::string>> rows;
+  std::vector<double> heights, latitudes, longitudes;
+  while (std::getline(file, line)) {
+    rows.push_back(Cells(line));
+    ASSERT_EQ(rows.back().size(), 18u) << line;
+    heights.push_back(std::stod(rows.back()[1]));
+    latitudes.push_back(std::stod(rows.back()[2]));
+    longitudes.push_back(std::stod(rows.back()[3]));
+  }
+  ASSERT_EQ(rows.size(), table.rows);
+
+  std::vector<MagneticPoint> results(rows.size());
+  for (std::size_t row = 0; row < rows.size(); ++row) {
+    SCOPED_TRACE(testing::Message() << "row " << row + 1);
+    const auto& cells = rows[row];
     const auto number = [&](std::size_t i) { return std::stod(cells[i]); };
-    const MagneticPoint point = Evaluate(*model, {number(0), number(1), number(2), number(3)});
+    MagneticField(*model, number(0))
+        .AtBatch(latitudes.data(), longitudes.data(), heights.data(), rows.size(), results.data());
+    const MagneticPoint& point = results[row];
     const Columns field = InTableOrder(point.field), change = InTableOrder(point.yearlyChange);
     for (std::size_t i = 0; i < field.size(); ++i) {
       const bool angle = i >= 5;
@@ -164,7 +178,6 @@ TEST_P(PublishedValues, EveryPrintedDigit) {
           << "change " << i;
     }
   }
-  EXPECT_EQ(rows, table.rows);
 }
 
 INSTANTIATE_TEST_SUITE_P(Tables, PublishedValues, testing::ValuesIn(kTables), [](const auto& i) {
@@ -334,31 +347,87 @@ TEST(MagneticField, GridVariation) {
   }
 }
 
-TEST(MagneticField, BatchIsTheSingleCallBitForBit) {
-  const auto model = Wmm2010Model();
-  const MagneticField field(*model, 2013.25);
+// A model up to the highest degree, its coefficients of a size with that of the Earth's field.
+std::unique_ptr<WMMtype_MagneticModel> HighestDegreeModel() {
+  auto model = AllocateMagneticModel(kMaxMagneticDegree);
+  for (int n = 1; n <= kMaxMagneticDegree; ++n)
+    for (int m = 0; m <= n; ++m) {
+      const double size = 3e4 / (n * n);
+      StoreTerm(*model,
+                {n, m, size * std::sin(n + 7 * m), size * std::cos(3 * n - m), 0.01 * size, 1});
+    }
+  return model;
+}
+
+// Scattered points, rows shorter and longer than a block of any kernel, poles, borders of zones and
+// of grids, numbers that are none: alone, in the batch and in a row, on every instruction set.
+TEST(MagneticField, EveryFormGivesTheSameBits) {
   std::vector<double> latitudes, longitudes, heights;
-  for (int i = 0; i < 103; ++i) {  // no multiple of any number of lanes
-    latitudes.push_back(-90 + 180.0 * i / 102);
-    longitudes.push_back(-400 + 7.7 * i);
-    heights.push_back(-1 + 8.5 * i);
-  }
+  const auto add = [&](double latitude, double longitude, double height) {
+    latitudes.push_back(latitude);
+    longitudes.push_back(longitude);
+    heights.push_back(height);
+  };
+  for (int i = 0; i < 103; ++i) add(-90 + 180.0 * i / 102, -400 + 7.7 * i, -1 + 8.5 * i);
   latitudes[50] = kNan;
   longitudes[51] = kInfinity;
   heights[52] = kNan;
-  std::vector<MagneticPoint> results(latitudes.size());
-  EXPECT_EQ(field.AtBatch(latitudes.data(), longitudes.data(), heights.data(), latitudes.size(),
-                          results.data()),
-            100u);
-  for (std::size_t i = 0; i < results.size(); ++i) {
-    const MagneticPoint one = field.At(latitudes[i], longitudes[i], heights[i]);
-    if (i >= 50 && i <= 52) {
-      EXPECT_TRUE(std::isnan(results[i].field.declination) && std::isnan(one.field.declination));
-    } else {
-      EXPECT_EQ(std::memcmp(&one, &results[i], sizeof one), 0) << i;
+  latitudes[53] = 1e300;
+  longitudes[54] = -1e300;
+  for (const auto& [latitude, length] : {std::pair{55.0, 5}, {-54.75, 200}, {90.0, 9}, {-0.0, 61}})
+    for (int i = 0; i < length; ++i) add(latitude, -180 + 6.0 * i, 0.5);
+  const std::size_t count = latitudes.size();
+
+  const auto best = simd::ActiveInstructionSet();
+  for (const auto& model : {Wmm2010Model(), HighestDegreeModel()}) {
+    const MagneticField field(*model, 2013.25);
+    simd::ForceInstructionSet(simd::InstructionSet::baseline);
+    std::vector<MagneticPoint> alone, batch(count), row(1);
+    for (std::size_t i = 0; i < count; ++i)
+      alone.push_back(field.At(latitudes[i], longitudes[i], heights[i]));
+    for (const auto set : {simd::InstructionSet::baseline, simd::InstructionSet::avx2,
+                           simd::InstructionSet::avx512}) {
+      simd::ForceInstructionSet(set);
+      SCOPED_TRACE(testing::Message() << "degree " << model->nMax << " set " << int(set));
+      EXPECT_EQ(
+          field.AtBatch(latitudes.data(), longitudes.data(), heights.data(), count, batch.data()),
+          count - 3);
+      for (std::size_t i = 0; i < count; ++i) {
+        if (i >= 50 && i <= 52) {
+          EXPECT_TRUE(std::isnan(batch[i].field.declination)) << i;
+          continue;
+        }
+        EXPECT_EQ(std::memcmp(&alone[i], &batch[i], sizeof batch[i]), 0) << i;
+        EXPECT_EQ(field.AtRow(latitudes[i], heights[i], &longitudes[i], 1, row.data()), 1u);
+        EXPECT_EQ(std::memcmp(&alone[i], row.data(), sizeof row[0]), 0) << i;
+      }
     }
   }
+  simd::ForceInstructionSet(best);
+}
+
+TEST(MagneticField, AnyNumberOfTurnsAndNoPoints) {
+  const auto model = Wmm2010Model();
+  const MagneticField field(*model, 2013.25);
+  const MagneticPoint at = field.At(50, 14.5, 0.25);
+  for (double turns : {2.0, -7.0, 1e6, -3e9}) {
+    const MagneticPoint turned = field.At(50, 14.5 + 360 * turns, 0.25);
+    EXPECT_EQ(std::memcmp(&at, &turned, sizeof at), 0) << turns;
+  }
   EXPECT_EQ(field.AtBatch(nullptr, nullptr, nullptr, 0, nullptr), 0u);
+  EXPECT_EQ(field.AtRow(50, 0, nullptr, 0, nullptr), 0u);
+}
+
+// Adjusting the coefficients or the field to a date is the same thing.
+TEST(MagneticField, AnotherDate) {
+  const auto model = Wmm2010Model();
+  const auto elements = [](const MagneticPoint& p) { return InTableOrder(p.field); };
+  constexpr double kRounding = 1e-9;
+  for (double year : {2005.5, 2014.25, 2030.0}) {
+    const Columns expected = elements(MagneticField(*model, year).At(-33.5, 151, 0.5));
+    const Columns moved = elements(MagneticField(*model, 2012).At(-33.5, 151, 0.5, year));
+    for (std::size_t i = 0; i < moved.size(); ++i) EXPECT_NEAR(moved[i], expected[i], kRounding);
+  }
 }
 
 // A record whose lengths and degrees disagree is used as far as it goes.
@@ -388,6 +457,23 @@ TEST(MagneticField, ModelYearsAndStatedUncertainty) {
   EXPECT_EQ(stated->f, 138);
   EXPECT_NEAR(stated->declination, std::sqrt(0.26 * 0.26 + 0.5417 * 0.5417), 1e-15);
   EXPECT_EQ(MagneticField(*model, 2012).Uncertainty(0)->declination, kInfinity);
+}
+
+// The field points north almost everywhere: the error of H is nearly that of X, the error across H
+// (the declination's, times H) that of Y. F and I share those of H and Z.
+TEST(MagneticField, StatedUncertaintiesAgreeAmongThemselves) {
+  auto model = Wmm2010Model();
+  for (const char* name : {"WMM-2015", "WMM-2015v2", "WMM-2020", "WMM-2025"}) {
+    SCOPED_TRACE(name);
+    model->modelName = name;
+    const MagneticField field(*model, 2012);
+    const auto weak = field.Uncertainty(1);
+    ASSERT_TRUE(weak);
+    EXPECT_TRUE(weak->y < weak->h && weak->h < weak->x);
+    EXPECT_TRUE(weak->h < weak->f && weak->f < weak->z);
+    constexpr double kDegree = 3.14159265358979323846 / 180;
+    EXPECT_NEAR(weak->declination * kDegree, weak->y, 0.08 * weak->y);
+  }
 }
 
 TEST(DecimalYear, CalendarDays) {
