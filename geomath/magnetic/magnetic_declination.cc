@@ -7,7 +7,6 @@
 
 #include "geomath/magnetic/coefficient_file.h"
 #include "geomath/magnetic/decimal_year.h"
-#include "geomath/magnetic/magnetic_field.h"
 #include "geomath/platform/zel_logging.h"
 
 namespace zel_cs::geomath {
@@ -66,26 +65,33 @@ bool TMagneticDeclination::loadDefaultMagModels(WMMtype_MagneticModel** out) con
   return true;
 }
 
+const MagneticField& TMagneticDeclination::builtInField() const {
+  static const MagneticField field = [this] {
+    WMMtype_MagneticModel* record = nullptr;
+    if (!loadDefaultMagModels(&record)) throw std::bad_alloc();
+    const std::unique_ptr<WMMtype_MagneticModel> model(record);
+    return MagneticField(*model, model->epoch);
+  }();
+  return field;
+}
+
 bool TMagneticDeclination::computeMagneticDeclination(const float& lat, const float& lon,
                                                       const float& height, const SYSTEMTIME& date,
                                                       float& decl, float& incl, float& total) {
-  std::unique_ptr<WMMtype_MagneticModel> model = ReadCoefficientFile(path_);
-  if (!model) {
-    if (date.wYear > kLastYear) Log(kModelEndedLine);
-    WMMtype_MagneticModel* builtIn = nullptr;
-    if (!loadDefaultMagModels(&builtIn)) {
-      Log(kNoMemoryLine, kNoMemoryText);
-      return false;
-    }
-    model.reset(builtIn);
-  }
-
-  const double year = YearOf(date);
+  const auto elementsOf = [&](const MagneticField& field) {
+    return field.At(lat, lon, height, YearOf(date)).field;
+  };
   try {
-    const MagneticElements field = MagneticField(*model, year).At(lat, lon, height).field;
-    decl = static_cast<float>(field.declination);
-    incl = static_cast<float>(field.inclination);
-    total = static_cast<float>(std::sqrt(field.z * field.z + field.h * field.h));
+    MagneticElements at;
+    if (const auto model = ReadCoefficientFile(path_)) {
+      at = elementsOf(MagneticField(*model, model->epoch));
+    } else {
+      if (date.wYear > kLastYear) Log(kModelEndedLine);
+      at = elementsOf(builtInField());
+    }
+    decl = static_cast<float>(at.declination);
+    incl = static_cast<float>(at.inclination);
+    total = static_cast<float>(std::sqrt(at.z * at.z + at.h * at.h));
     return true;
   } catch (const std::bad_alloc&) {
     Log(kNoMemoryLine, kNoMemoryText);

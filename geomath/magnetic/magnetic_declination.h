@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/export.h"
+#include "geomath/magnetic/magnetic_field.h"
 #include "geomath/magnetic/magnetic_model.h"
 #include "geomath/platform/system_time.h"
 #include "geomath/platform/zel_vector.h"
@@ -37,6 +38,9 @@ class GEOMATH_API TMagneticDeclination {
  private:
   void initDefaultMagneticModelVector();
   bool loadDefaultMagModels(WMMtype_MagneticModel** out) const;
+  /// The built-in model at its epoch, prepared by the first computation that needs it. Throws
+  /// std::bad_alloc; the next computation then tries again.
+  const MagneticField& builtInField() const;
 
   const char* path_;
 

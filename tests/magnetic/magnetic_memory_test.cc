@@ -38,33 +38,43 @@ void CountMessages(const char* file, int, const char* text) {
                        std::string_view(text) == "\nError allocating in WMM_AllocateModelMemory.\n";
 }
 
-// Wherever memory ends, with a file and without: false, one message, results untouched; or the
-// built-in model in place of a file that found no room.
+// Wherever memory ends: false, one message, results untouched; or the built-in model in place of a
+// file that found no room. With memory enough, the file.
 TEST(MagneticMemory, RunsOutAnywhere) {
   const TemporaryFile file(CofText());
   SYSTEMTIME date{};
   date.wYear = 2012;
   date.wMonth = date.wDay = 1;
   const auto previous = zel_logging::SetErrorLogSink(&CountMessages);
-  for (const char* path : {static_cast<const char*>(nullptr), file.Path()}) {
-    TMagneticDeclination object(path);
-    float decl = 1, incl = 2, total = 3;
-    bool done = false;
-    int failures = 0;
-    for (int limit = 0; !done && limit < 10000; ++limit) {
-      messages = 0;
-      sawAllocationError = false;
-      allocationsLeft = limit;
-      done = object.computeMagneticDeclination(50, 14, 0, date, decl, incl, total);
-      allocationsLeft = -1;
-      if (done) break;
-      ++failures;
-      EXPECT_TRUE(messages == 1 && sawAllocationError) << limit;
-      EXPECT_TRUE(decl == 1 && incl == 2 && total == 3) << limit;
+  float builtIn = 0, fromFile = 0, incl = 0, total = 0;
+  EXPECT_TRUE(
+      TMagneticDeclination().computeMagneticDeclination(50, 14, 0, date, builtIn, incl, total));
+  TMagneticDeclination object(file.Path());
+  EXPECT_TRUE(object.computeMagneticDeclination(50, 14, 0, date, fromFile, incl, total));
+  ASSERT_NE(builtIn, fromFile);
+
+  bool readFile = false;
+  int failures = 0;
+  for (int limit = 0; !readFile && limit < 10000; ++limit) {
+    float decl = 1;
+    incl = 2;
+    total = 3;
+    messages = 0;
+    sawAllocationError = false;
+    allocationsLeft = limit;
+    const bool done = object.computeMagneticDeclination(50, 14, 0, date, decl, incl, total);
+    allocationsLeft = -1;
+    readFile = decl == fromFile;
+    if (done) {
+      EXPECT_TRUE(messages == 0 && (readFile || decl == builtIn)) << limit;
+      continue;
     }
-    EXPECT_TRUE(done);
-    EXPECT_GT(failures, 0);
+    ++failures;
+    EXPECT_TRUE(messages == 1 && sawAllocationError) << limit;
+    EXPECT_TRUE(decl == 1 && incl == 2 && total == 3) << limit;
   }
+  EXPECT_TRUE(readFile);
+  EXPECT_GT(failures, 0);
   zel_logging::SetErrorLogSink(previous);
 }
 
@@ -76,6 +86,7 @@ TEST(MagneticMemory, EvaluationAllocatesNothing) {
   const int before = allocations;
   field.At(1, 2, 3);
   field.AtBatch(latitudes, longitudes, heights, 9, results);
+  field.AtRow(1, 2, longitudes, 9, results);
   field.Uncertainty(1);
   EXPECT_EQ(allocations, before);
 }
