@@ -91,24 +91,49 @@ function LinkMainPage(line,    link) {
   return substr(line, 1, RSTART - 1) "\\ref index \"" link[1] "\"" substr(line, RSTART + RLENGTH)
 }
 
-function CleanPage(    i, fenced, rest, span, at, page) {
+# The names of the classes in the library's namespace, which Doxygen does not look for in a page.
+function ReadClassNames(    headers, count, i, line, inside, words) {
+  count = split(ENVIRON["GEOMATH_PUBLIC_HEADERS"], headers, " ")
+  for (i = 1; i <= count; ++i) {
+    inside = 0
+    while ((getline line < headers[i]) > 0) {
+      if (line ~ /^namespace zel_cs::geomath \{/) inside = 1
+      if (line ~ /^}  \/\/ namespace/) inside = 0
+      if (!inside || line !~ /^(class|struct) .*\{$/) continue
+      sub(/^(class|struct) (GEOMATH_API )?/, "", line)
+      split(line, words, /[ :{]/)
+      isClass[words[1]] = 1
+    }
+    close(headers[i])
+  }
+}
+
+# Code spans: what stands between every other backtick of a line.
+function CodeSpans(line,    parts, count, i, result) {
+  count = split(line, parts, "`")
+  if (count % 2 == 0) return line
+  for (i = 1; i <= count; ++i) {
+    if (i % 2 == 1) result = result parts[i]
+    else if (isClass[parts[i]]) result = result "\\ref zel_cs::geomath::" parts[i] " \"" parts[i] "\""
+    else if (parts[i] ~ /"/) result = result "<code>" escaped(parts[i]) "</code>"
+    else result = result "`" parts[i] "`"
+  }
+  return result
+}
+
+function CleanPage(    i, fenced, page) {
+  ReadClassNames()
   page = FILENAME
   sub("^" ENVIRON["PWD"] "/", "", page)
   lines[1] = lines[1] " {#" pageName(page) "}"
   for (i = 1; i <= NR; ++i) {
-    lines[i] = LinkMainPage(lines[i])
-    if (isContents(page)) lines[i] = PlacePages(page, lines[i])
     if (lines[i] ~ /^```/) {
       fenced = !fenced
       sub(/ .*/, "", lines[i])
       if (fenced && lines[i] !~ /cpp|python/) lines[i] = "```{.unparsed}"
     }
-    if (fenced) continue
-    for (rest = lines[i]; match(rest, /`[^`]*"[^`]*`/); rest = substr(rest, RSTART + RLENGTH)) {
-      span = substr(rest, RSTART, RLENGTH)
-      at = index(lines[i], span)
-      lines[i] = substr(lines[i], 1, at - 1) "<code>" escaped(substr(span, 2, length(span) - 2)) \
-                 "</code>" substr(lines[i], at + length(span))
-    }
+    if (fenced || lines[i] ~ /^```/) continue
+    if (isContents(page)) lines[i] = PlacePages(page, lines[i])
+    lines[i] = CodeSpans(LinkMainPage(lines[i]))
   }
 }
