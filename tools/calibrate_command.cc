@@ -1,12 +1,7 @@
 #include "tools/calibrate_command.h"
 
-#include <fmt/format.h>
-
-#include <cerrno>
 #include <cstdio>
-#include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <memory>
 #include <string>
 
@@ -17,6 +12,7 @@
 #include "tools/point_sink.h"
 #include "tools/proj_pipeline.h"
 #include "tools/system_file.h"
+#include "tools/text_file.h"
 #include "tools/user_error.h"
 
 namespace geomath_tools {
@@ -26,14 +22,6 @@ struct CalibrateOptions {
   std::string control, system, output, report, layer, placement = "centre";
   bool fixedScale = false, pipeline = false;
 };
-
-void WriteFile(const std::string& path, const std::string& text) {
-  errno = 0;
-  std::ofstream file(path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw UserError(fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
-}
 
 int Calibrate(const CalibrateOptions& options) {
   for (const std::string& written : {options.output, options.report}) {
@@ -46,10 +34,10 @@ int Calibrate(const CalibrateOptions& options) {
   const Calibration calibration(*system, ReadControl(options.control, options.layer),
                                 {options.fixedScale, options.placement == "first"});
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
-  WriteFile(options.output, calibration.SystemText(text, options.system, options.output));
+  WriteTextFile(options.output, calibration.SystemText(text, options.system, options.output));
   if (!options.report.empty()) {
     const std::string name = std::filesystem::path(options.control).filename().string();
-    WriteFile(options.report, CalibrationPage(calibration, "Site calibration: " + name));
+    WriteTextFile(options.report, CalibrationPage(calibration, "Site calibration: " + name));
   }
   std::fputs((CalibrationText(calibration) + pipeline).c_str(), stdout);
   return kExitDone;
