@@ -49,6 +49,6 @@ ensure_one_of() {
 }
 
 build_packages=(g++ cmake ninja-build pkg-config)
-tool_packages=(libcli11-dev nlohmann-json3-dev libfmt-dev libgdal-dev)
+tool_packages=(libcli11-dev nlohmann-json3-dev libfmt-dev libgdal-dev libproj-dev)
 docs_packages=(doxygen)
 python_packages=(pybind11-dev python3-dev python3-numpy)

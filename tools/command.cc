@@ -5,6 +5,7 @@
 #include "tools/declination_command.h"
 #include "tools/geoid_command.h"
 #include "tools/projections_command.h"
+#include "tools/system_command.h"
 
 namespace geomath_tools {
 
@@ -16,6 +17,7 @@ std::span<const Command> Commands() {
        PrepareDeclination},
       {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
       {"projections", "List the projections that a system file may name", PrepareProjections},
+      {"system", "Write a system file from an EPSG code", PrepareSystem},
   };
   return commands;
 }

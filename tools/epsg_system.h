@@ -1,0 +1,34 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace geomath_tools {
+
+struct Position {
+  double latitude, longitude;  // degrees
+};
+
+/// Which transformation to WGS 84 a system gets.
+struct DatumWish {
+  bool none = false;             ///< positions of the system's own datum
+  std::string operation;         ///< EPSG code; empty for the best
+  std::optional<Position> near;  ///< where it is to be good, instead of all the system's area
+};
+
+/// A system file, and what its reader should know.
+struct EpsgSystem {
+  nlohmann::ordered_json document;
+  std::vector<std::string> notes;
+};
+
+/// The system of an EPSG code, projected or geographic. Throws UserError where the registry has no
+/// such system, or where a system file cannot hold its projection or the transformation.
+EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish);
+
+/// The transformations from the system's datum to WGS 84 as text, best first.
+std::string ListEpsgOperations(const std::string& code, const DatumWish& wish);
+
+}  // namespace geomath_tools

@@ -1,0 +1,100 @@
+#include "tools/system_command.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "tools/command.h"
+#include "tools/epsg_system.h"
+#include "tools/name_match.h"
+#include "tools/number_text.h"
+#include "tools/text_file.h"
+#include "tools/user_error.h"
+
+namespace geomath_tools {
+namespace {
+
+struct SystemOptions {
+  std::string code, output, operation, near;
+  bool list = false, noDatum = false;
+};
+
+// "27700" of "27700" and "EPSG:27700".
+std::string CodeOf(const std::string& option, const std::string& text) {
+  const std::string prefix = "epsg:";
+  const std::string code =
+      CLI::detail::to_lower(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
+  const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
+  if (!digits || code.size() > 9)
+    throw UserError(fmt::format("{}: \"{}\" is no EPSG code; a number such as 27700 belongs there",
+                                option, Printable(text)));
+  return code;
+}
+
+// "52.5,-1.7", or nothing for an empty text.
+std::optional<Position> PositionOf(const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  const auto parts = CLI::detail::split(text, ',');
+  if (parts.size() != 2)
+    throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
+  const auto read = [](const std::string& part, AngleKind kind) {
+    const ParsedNumber angle = ParseAngle(part, kind);
+    if (!angle) throw UserError("--near: " + angle.problem);
+    return angle.value;
+  };
+  return Position{read(parts[0], AngleKind::latitude), read(parts[1], AngleKind::longitude)};
+}
+
+int MakeSystem(const SystemOptions& options) {
+  const std::string code = CodeOf("--epsg", options.code);
+  DatumWish wish{options.noDatum, {}, PositionOf(options.near)};
+  if (!options.operation.empty()) wish.operation = CodeOf("--operation", options.operation);
+  if (options.list) {
+    std::fputs(ListEpsgOperations(code, wish).c_str(), stdout);
+    return kExitDone;
+  }
+  if (options.output.empty()) throw UserError("name the system file with --output FILE");
+  const EpsgSystem system = MakeEpsgSystem(code, wish);
+  const std::string text = system.document.dump(2) + "\n";
+  if (options.output == "-")
+    std::fputs(text.c_str(), stdout);
+  else
+    WriteTextFile(options.output, text);
+  const std::string description = system.document.value("description", "");
+  std::fprintf(stderr, "geomath: %s\n", description.c_str());
+  for (const std::string& note : system.notes) std::fprintf(stderr, "geomath: %s\n", note.c_str());
+  return kExitDone;
+}
+
+}  // namespace
+
+std::function<int()> PrepareSystem(CLI::App& arguments) {
+  const auto options = std::make_shared<SystemOptions>();
+  arguments.footer(
+      "Takes a projected system from the EPSG registry, in PROJ's database on this machine: its\n"
+      "projection, ellipsoid and axes, and a transformation of at most seven parameters to WGS "
+      "84:\n"
+      "the one that covers the system's area, and of these the most accurate. Standard error says\n"
+      "which. Coordinates are metres whatever unit the registry has.");
+  arguments.add_option("--epsg", options->code, "code of the system: 27700 or EPSG:27700")
+      ->required();
+  arguments.add_option("-o,--output", options->output,
+                       "system file, replaced if it exists; - for standard output");
+  auto* operation = arguments.add_option("--operation", options->operation,
+                                         "code of the transformation to WGS 84 to take");
+  auto* near = arguments.add_option("--near", options->near,
+                                    "LAT,LON of a place: the transformation that is best there");
+  arguments
+      .add_flag("--no-datum", options->noDatum,
+                "no transformation: positions are those of the system's own datum")
+      ->excludes(operation)
+      ->excludes(near);
+  arguments.add_flag("--list-operations", options->list,
+                     "only list the transformations to WGS 84, best first");
+  return [options] { return MakeSystem(*options); };
+}
+
+}  // namespace geomath_tools
