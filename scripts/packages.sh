@@ -52,3 +52,5 @@ build_packages=(g++ cmake ninja-build pkg-config)
 tool_packages=(libcli11-dev nlohmann-json3-dev libfmt-dev libgdal-dev libproj-dev)
 docs_packages=(doxygen)
 python_packages=(pybind11-dev python3-dev python3-numpy)
+# What geomath.dask and geomath.plot stand on; the package itself does without.
+python_extra_packages=(python3-dask python3-distributed python3-pandas python3-matplotlib)
