@@ -133,6 +133,8 @@ function CleanPage(    i, fenced, page) {
       if (fenced && lines[i] !~ /cpp|python/) lines[i] = "```{.unparsed}"
     }
     if (fenced || lines[i] ~ /^```/) continue
+    gsub(/\[`/, "[", lines[i])  # code is not understood in the text of a link
+    gsub(/`\]\(/, "](", lines[i])
     if (isContents(page)) lines[i] = PlacePages(page, lines[i])
     lines[i] = CodeSpans(LinkMainPage(lines[i]))
   }
