@@ -2,6 +2,7 @@
 
     bench_table.py collect DIRECTORY [-o bench.json]   prints the table of DIRECTORY/*.json
     bench_table.py page bench.json docs/performance.md  puts it between the marks of the page
+    bench_table.py compare old.json new.json            how many times faster ours have become
 
 DIRECTORY holds for each program NAME.json, Google Benchmark's output, and NAME.list, the names of
 its benchmarks in their order. A benchmark is named "row/contender"; the contenders "batch" and
@@ -16,6 +17,7 @@ import statistics
 import subprocess
 
 OURS = ("batch", "scalar")
+FLOOR = "copy of "  # how the rows begin that convert nothing
 BEGIN, END = "<!-- table: begin -->", "<!-- table: end -->"
 
 
@@ -114,7 +116,7 @@ def table_of(result):
 def aligned(table):
     widths = [max(map(len, column)) for column in zip(*table)]
     for line in table:
-        cells = [cell.ljust(width) if i in (0, 4) else cell.rjust(width)
+        cells = [cell.ljust(width) if i in (0, 4) else cell.rjust(width)  # names to the left
                  for i, (cell, width) in enumerate(zip(line, widths))]
         yield "  ".join(cells).rstrip()
 
@@ -141,6 +143,25 @@ def write_page(result, page):
     page.write_text(f"{before}{BEGIN}\n{made_with(result)}\n\n{table}\n{END}{after}")
 
 
+def compared(old, new):
+    before = {row["row"]: row["ours"] for row in old["rows"]}
+    table, gains = [["row", *OURS]], {name: [] for name in OURS}
+    for row in new["rows"]:
+        if row["row"].startswith(FLOOR):
+            continue
+        cells = [row["row"]]
+        for name in OURS:
+            was, now = before.get(row["row"], {}).get(name), row["ours"].get(name)
+            gain = was["median_ns"] / now["median_ns"] if was and now else None
+            if gain:
+                gains[name].append(gain)
+            cells.append(f"{gain:.2f} ×" if gain else "")
+        table.append(cells)
+    means = [f"{statistics.geometric_mean(gains[name]):.2f} ×" if gains[name] else ""
+             for name in OURS]
+    return [*table, ["geometric mean", *means]]
+
+
 def main():
     parser = argparse.ArgumentParser(description=__doc__.splitlines()[0])
     commands = parser.add_subparsers(dest="command", required=True)
@@ -150,7 +171,14 @@ def main():
     paging = commands.add_parser("page")
     paging.add_argument("result", type=pathlib.Path)
     paging.add_argument("page", type=pathlib.Path)
+    comparing = commands.add_parser("compare")
+    comparing.add_argument("old", type=pathlib.Path)
+    comparing.add_argument("new", type=pathlib.Path)
     options = parser.parse_args()
+    if options.command == "compare":
+        old, new = (json.loads(path.read_text()) for path in (options.old, options.new))
+        print("\n".join(aligned(compared(old, new))))
+        return
     if options.command == "page":
         write_page(json.loads(options.result.read_text()), options.page)
         return
