@@ -1,7 +1,5 @@
 #include "geomath/base/batch.h"
 
-#include "geomath/base/batch_kernel.h"
-
 namespace zel_cs::geomath {
 
 bool AllWithin(const double* values, std::size_t count, double bound) {
@@ -9,5 +7,24 @@ bool AllWithin(const double* values, std::size_t count, double bound) {
       simd::ForActiveSet([](auto target) { return &BatchKernel<decltype(target)>::AllWithin; });
   return allWithin(values, count, bound);
 }
+
+template <std::size_t N>
+void Separate(const double* points, double (&columns)[N][kBatchBlock], std::size_t count) {
+  const auto separate = simd::ForActiveSet(
+      [](auto target) { return &BatchKernel<decltype(target)>::template Separate<N>; });
+  separate(points, columns, count);
+}
+
+template <std::size_t N>
+void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::size_t count) {
+  const auto interleave = simd::ForActiveSet(
+      [](auto target) { return &BatchKernel<decltype(target)>::template Interleave<N>; });
+  interleave(columns, points, count);
+}
+
+template void Separate(const double*, double (&)[2][kBatchBlock], std::size_t);
+template void Separate(const double*, double (&)[3][kBatchBlock], std::size_t);
+template void Interleave(const double (&)[2][kBatchBlock], double*, std::size_t);
+template void Interleave(const double (&)[3][kBatchBlock], double*, std::size_t);
 
 }  // namespace zel_cs::geomath

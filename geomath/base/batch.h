@@ -8,17 +8,20 @@
 #include <tuple>
 #include <utility>
 
+#include "geomath/base/batch_kernel.h"
 #include "geomath/simd/column_kernel.h"
 #include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 
-/// Points of a batch that go through all steps together: small enough that their columns stay in
-/// the first-level cache.
-inline constexpr std::size_t kBatchBlock = 256;
-
-/// Whether all values lie between ±bound; false with any NaN.
+/// Whether all values lie between ±bound, a bound that is not negative; false with any NaN.
 bool AllWithin(const double* values, std::size_t count, double bound);
+
+/// Pairs or triples that stand side by side to columns, and back.
+template <std::size_t N>
+void Separate(const double* points, double (&columns)[N][kBatchBlock], std::size_t count);
+template <std::size_t N>
+void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::size_t count);
 
 /// Makes every point of a block without finite coordinates NaN in all columns; returns the number
 /// of the others.
@@ -39,35 +42,72 @@ std::size_t MarkFailures(double* const (&columns)[N], std::size_t count) {
   return good;
 }
 
+/// Points of N coordinates in a caller's arrays; the coordinates of point i stand at
+/// arrays[i * stride]. Gives them out as contiguous columns, block by block: the arrays themselves
+/// where they are columns, copies otherwise.
+template <std::size_t N>
+class StridedPoints {
+ public:
+  StridedPoints(double* const (&arrays)[N], std::ptrdiff_t stride) : stride_(stride) {
+    sideBySide_ = stride == N;
+    for (std::size_t c = 0; c < N; ++c) {
+      arrays_[c] = arrays[c];
+      sideBySide_ = sideBySide_ && arrays[c] == arrays[0] + c;
+      columns_[c] = copies_[c];
+    }
+  }
+
+  /// The columns of `count` points from `start` on, to be converted in place.
+  double* const (&Load(std::size_t start, std::size_t count))[N] {
+    double* from[N];
+    for (std::size_t c = 0; c < N; ++c) from[c] = At(c, start);
+    if (stride_ == 1)
+      std::copy_n(from, N, columns_);
+    else if (sideBySide_)
+      Separate(from[0], copies_, count);
+    else
+      for (std::size_t c = 0; c < N; ++c)
+        for (std::size_t i = 0; i < count; ++i, from[c] += stride_) copies_[c][i] = *from[c];
+    return columns_;
+  }
+
+  /// Puts the columns of the last Load back into the arrays.
+  void Store(std::size_t start, std::size_t count) {
+    if (stride_ == 1) return;
+    if (sideBySide_) return Interleave(copies_, At(0, start), count);
+    for (std::size_t c = 0; c < N; ++c) {
+      double* to = At(c, start);
+      for (std::size_t i = 0; i < count; ++i, to += stride_) *to = copies_[c][i];
+    }
+  }
+
+ private:
+  double* At(std::size_t c, std::size_t i) const {
+    return arrays_[c] + static_cast<std::ptrdiff_t>(i) * stride_;
+  }
+
+  double* arrays_[N];
+  std::ptrdiff_t stride_;
+  bool sideBySide_;  // the coordinates of a point, and the points
+  double* columns_[N];
+  double copies_[N][kBatchBlock];
+};
+
 /// Runs `convert`, a callable (double* const (&columns)[N], std::size_t count), over `count` points
-/// in place, block by block on contiguous columns; the coordinates of point i stand at
-/// coordinates[i * stride]. A point whose result is not finite gets quiet NaN in every slot; a
-/// converter marks a failed point by any coordinate that is not finite. Returns the number of
-/// points converted.
+/// in place, block by block; the coordinates of point i stand at coordinates[i * stride]. A point
+/// whose result is not finite gets quiet NaN in every slot; a converter marks a failed point by any
+/// coordinate that is not finite. Returns the number of points converted.
 template <class Convert, class... Columns>
 std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t stride,
                           Columns*... coordinates) {
-  constexpr std::size_t kColumns = sizeof...(Columns);
-  double* const source[kColumns] = {coordinates...};
-  double buffer[kColumns][kBatchBlock];
+  StridedPoints<sizeof...(Columns)> points({coordinates...}, stride);
   std::size_t converted = 0;
   for (std::size_t start = 0; start < count; start += kBatchBlock) {
     const std::size_t n = std::min(kBatchBlock, count - start);
-    const std::ptrdiff_t first = static_cast<std::ptrdiff_t>(start) * stride;
-    double* block[kColumns];
-    for (std::size_t c = 0; c < kColumns; ++c) {
-      double* from = source[c] + first;
-      block[c] = stride == 1 ? from : buffer[c];
-      if (stride != 1)
-        for (std::size_t i = 0; i < n; ++i, from += stride) buffer[c][i] = *from;
-    }
-    convert(block, n);
-    converted += MarkFailures(block, n);
-    if (stride == 1) continue;
-    for (std::size_t c = 0; c < kColumns; ++c) {
-      double* to = source[c] + first;
-      for (std::size_t i = 0; i < n; ++i, to += stride) *to = buffer[c][i];
-    }
+    auto& columns = points.Load(start, n);
+    convert(columns, n);
+    converted += MarkFailures(columns, n);
+    points.Store(start, n);
   }
   return converted;
 }

@@ -4,10 +4,21 @@
 
 namespace zel_cs::geomath {
 
-/// The check of columns that every batch makes, as AllWithin.
+/// Points of a batch that go through all steps together: small enough that their columns stay in
+/// the first-level cache.
+inline constexpr std::size_t kBatchBlock = 256;
+
+/// What every batch does with columns beside converting them.
 template <class Target>
 struct BatchKernel {
+  /// As the function of that name.
   static bool AllWithin(const double* values, std::size_t count, double bound);
+
+  /// Points of N coordinates that stand side by side to columns, and back.
+  template <std::size_t N>
+  static void Separate(const double* points, double (*columns)[kBatchBlock], std::size_t count);
+  template <std::size_t N>
+  static void Interleave(const double (*columns)[kBatchBlock], double* points, std::size_t count);
 };
 
 }  // namespace zel_cs::geomath

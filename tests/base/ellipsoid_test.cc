@@ -19,8 +19,13 @@ constexpr double kInf = std::numeric_limits<double>::infinity();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kEps = std::numeric_limits<double>::epsilon();
 
+// Beside the evolute, which meets the equator's plane 42.7 km from the centre, the rounding of p
+// turns the normal 31 times as much as elsewhere, 0.1 nm over the 42 km of its length.
+constexpr double kBesideEvolute = 4e-15;  // radians
+
 struct Row {
   double X, Y, Z, B, L, H;
+  double toleranceOfB = tolerance::kBatchRadians;
 };
 
 // WGS84. B, L, H of the X, Y, Z at the left (each exactly the double that is written): bisection of
@@ -76,7 +81,7 @@ constexpr Row kRows[] = {
     {20000.0, 0.0, 20000.0, 1.2523840130894829625, 0, -6333595.4655517748042},
     {5e-10, 0.0, 6356752.5, 1.5707963267948965411, 0, 1.8575482050064184693e-1},
     {-42000.0, 0.001, 0.001, 1.8161862960133702236e-1, 3.1415926297802694289,
-     -6336131.2621073283822},
+     -6336131.2621073283822, kBesideEvolute},
     {1.0, 1.0, -1.0, -1.5707633170549297264, 7.8539816339744830962e-1, -6356751.3142218380884},
     {6378137.0, 0.0, 1e-07, 1.578422502906846292e-14, 0, 7.8921125145342311028e-22},
 };
@@ -261,7 +266,7 @@ TEST(EllipsoidBatch, IsExactToRoundingEverywhere) {
   for (const Row& row : kRows) {
     double x = row.X, y = row.Y, z = row.Z;
     EXPECT_EQ(kWgs84.XYZ_to_BLH_Batch(&x, &y, &z, 1), 1u);
-    EXPECT_NEAR(x, row.B, tolerance::kBatchRadians) << row.B << ' ' << row.H;
+    EXPECT_NEAR(x, row.B, row.toleranceOfB) << row.B << ' ' << row.H;
     EXPECT_NEAR(y, row.L, 2 * kEps);
     EXPECT_NEAR(z, row.H, std::max(kBatchHeight, 2 * kEps * std::abs(row.H))) << row.B;
   }
@@ -333,6 +338,35 @@ TEST(EllipsoidBatch, DoesNotMixNeighbours) {
   expectSameBits([](double* p, std::size_t count) {
     return kWgs84.XYZ_to_BLH_Batch(p, p + 1, p + 2, count, 3);
   });
+}
+
+TEST(EllipsoidBatch, TakesPointsWhereverTheyStand) {
+  constexpr std::size_t kCount = 300;  // a block and a rest
+  std::vector<double> B(kCount), L(kCount), H(kCount);
+  for (std::size_t i = 0; i < kCount; ++i) {
+    const double t = static_cast<double>(i) / kCount;
+    B[i] = 1.5 * t, L[i] = 3 - 6 * t, H[i] = 8000 * t;
+  }
+  std::vector<double> x = B, y = L, z = H;
+  kWgs84.BLH_to_XYZ_Batch(x.data(), y.data(), z.data(), kCount);
+  for (const std::ptrdiff_t stride : {3, 5, -4}) {
+    constexpr double kUntouched = 77;
+    const std::size_t step = static_cast<std::size_t>(std::abs(stride));
+    std::vector<double> points(step * kCount, kUntouched);
+    const auto at = [&](std::size_t i) { return step * (stride < 0 ? kCount - 1 - i : i); };
+    for (std::size_t i = 0; i < kCount; ++i)
+      points[at(i)] = B[i], points[at(i) + 1] = L[i], points[at(i) + 2] = H[i];
+    double* first = &points[at(0)];
+    EXPECT_EQ(kWgs84.BLH_to_XYZ_Batch(first, first + 1, first + 2, kCount, stride), kCount);
+    for (std::size_t i = 0; i < kCount; ++i) {
+      ASSERT_EQ(points[at(i)], x[i]) << stride;
+      ASSERT_EQ(points[at(i) + 1], y[i]);
+      ASSERT_EQ(points[at(i) + 2], z[i]);
+      if (step > 3) {
+        ASSERT_EQ(points[at(i) + 3], kUntouched);
+      }
+    }
+  }
 }
 
 TEST(Ellipsoid, SurvivesAnyNumbers) {
