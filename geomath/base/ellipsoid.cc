@@ -18,11 +18,10 @@ ReducedLatitude SolveReducedLatitude(const ReducedLatitudeEquation& equation) {
   constexpr int kMaxSteps = 60;
   ReducedLatitude beta = equation.StartAbove();
   for (int i = 0; i < kMaxSteps; ++i) {
-    const double denominator = equation.Denominator(beta);
-    if (!(denominator > 0)) break;  // on the evolute to rounding: the pair is the double root
-    const ReducedLatitude next = ReducedLatitude{equation.Numerator(beta), denominator}.Unit();
-    if (!(next.s * beta.c < beta.s * next.c)) break;
-    beta = next;
+    const ReducedLatitude next = equation.Step(beta);
+    if (!(next.c > 0)) break;  // on the evolute to rounding: the pair is the double root
+    if (!(next.s * beta.c < beta.s * next.c)) return next;
+    beta = next.Unit();
   }
   return beta;
 }
