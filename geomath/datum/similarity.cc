@@ -5,23 +5,33 @@
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
+namespace {
+
+// Without cancellation for small angles.
+double OneMinusCos(double angle) {
+  const double sinHalf = std::sin(angle / 2);
+  return 2 * sinHalf * sinHalf;
+}
+
+}  // namespace
 
 Similarity::Similarity(const TAbstractPoint3<double>& shift, const TAbstractPoint3<double>& angles,
                        double scale)
     : toLocal_{shift[0], shift[1], shift[2], {}}, toWgs84_{shift[0], shift[1], shift[2], {}} {
-  const double s0 = std::sin(angles[0]), c0 = std::cos(angles[0]);
-  const double s1 = std::sin(angles[1]), c1 = std::cos(angles[1]);
-  const double s2 = std::sin(angles[2]), c2 = std::cos(angles[2]);
-  const double R[3][3] = {
-      {c1 * c2, -c1 * s2, s1},
-      {c0 * s2 + s0 * s1 * c2, c0 * c2 - s0 * s1 * s2, -s0 * c1},
-      {s0 * s2 - c0 * s1 * c2, s0 * c2 + c0 * s1 * s2, c0 * c1},
+  const double s0 = std::sin(angles[0]), c0 = std::cos(angles[0]), v0 = OneMinusCos(angles[0]);
+  const double s1 = std::sin(angles[1]), c1 = std::cos(angles[1]), v1 = OneMinusCos(angles[1]);
+  const double s2 = std::sin(angles[2]), c2 = std::cos(angles[2]), v2 = OneMinusCos(angles[2]);
+  // R − I; on its diagonal c·c′ − 1 = v·v′ − v − v′.
+  const double turn[3][3] = {
+      {v1 * v2 - v1 - v2, -c1 * s2, s1},
+      {c0 * s2 + s0 * s1 * c2, v0 * v2 - v0 - v2 - s0 * s1 * s2, -s0 * c1},
+      {s0 * s2 - c0 * s1 * c2, s0 * c2 + c0 * s1 * s2, v0 * v1 - v0 - v1},
   };
-  const double factor = 1 + scale;
   for (int i = 0; i < 3; ++i)
     for (int j = 0; j < 3; ++j) {
-      toLocal_.m[i][j] = R[i][j] / factor;
-      toWgs84_.m[i][j] = R[j][i] * factor;
+      const double unit = i == j ? 1 : 0;
+      toLocal_.m[i][j] = (turn[i][j] - scale * unit) / (1 + scale);
+      toWgs84_.m[i][j] = turn[j][i] + scale * (turn[j][i] + unit);
     }
 }
 

@@ -7,33 +7,34 @@
 
 namespace zel_cs::geomath {
 
-/// R·(p − T)/(1 + s) of a Similarity, in place.
+/// p ↦ R·(p − T)/(1 + s) of a Similarity, in place. What it adds to p is small: only the last sum
+/// rounds it.
 struct Wgs84ToLocal {
   static constexpr std::size_t kColumns = 3;
   double tX, tY, tZ;
-  double m[3][3];  // R/(1 + s)
+  double m[3][3];  // R/(1 + s) − I
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& x, double& y, double& z) const {
     const double dx = x - tX, dy = y - tY, dz = z - tZ;
-    x = m[0][0] * dx + m[0][1] * dy + m[0][2] * dz;
-    y = m[1][0] * dx + m[1][1] * dy + m[1][2] * dz;
-    z = m[2][0] * dx + m[2][1] * dy + m[2][2] * dz;
+    x += m[0][0] * dx + m[0][1] * dy + m[0][2] * dz - tX;
+    y += m[1][0] * dx + m[1][1] * dy + m[1][2] * dz - tY;
+    z += m[2][0] * dx + m[2][1] * dy + m[2][2] * dz - tZ;
   }
 };
 
-/// T + (1 + s)·Rᵀ·p of a Similarity, in place.
+/// p ↦ T + (1 + s)·Rᵀ·p, likewise.
 struct LocalToWgs84 {
   static constexpr std::size_t kColumns = 3;
   double tX, tY, tZ;
-  double m[3][3];  // (1 + s)·Rᵀ
+  double m[3][3];  // (1 + s)·Rᵀ − I
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& x, double& y, double& z) const {
     const double u = x, v = y, w = z;
-    x = tX + (m[0][0] * u + m[0][1] * v + m[0][2] * w);
-    y = tY + (m[1][0] * u + m[1][1] * v + m[1][2] * w);
-    z = tZ + (m[2][0] * u + m[2][1] * v + m[2][2] * w);
+    x += m[0][0] * u + m[0][1] * v + m[0][2] * w + tX;
+    y += m[1][0] * u + m[1][1] * v + m[1][2] * w + tY;
+    z += m[2][0] * u + m[2][1] * v + m[2][2] * w + tZ;
   }
 };
 
