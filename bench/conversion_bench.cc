@@ -1,5 +1,10 @@
-// Ellipsoid, datum, transverse Mercator and the whole chain beside PROJ and GeographicLib.
+// Ellipsoid, datum, transverse Mercator, site and the whole chain beside PROJ and GeographicLib.
+#include <cmath>
+#include <initializer_list>
+#include <sstream>
+#include <string>
 #include <type_traits>
+#include <utility>
 
 #include "bench/measure.h"
 #include "geomath/geomath.h"
@@ -92,10 +97,10 @@ Columns InDegrees(Columns points) {
 #endif
 
 #ifdef GEOMATH_HAVE_PROJ
-void RegisterProj(const char* name, const Columns& points, const char* definition,
+void RegisterProj(const char* name, const Columns& points, const std::string& definition,
                   PJ_DIRECTION direction, bool latitudeFirst) {
   benchmark::RegisterBenchmark(name, [=, &points](benchmark::State& state) {
-    const ProjPeer peer(definition);
+    const ProjPeer peer(definition.c_str());
     if (!peer.Good()) {
       state.SkipWithError("PROJ does not know the definition");
       return;
@@ -197,11 +202,43 @@ void RegisterUtm() {
 #endif
 }
 
-// WGS84 to the national grid of Great Britain over the mainland.
+// WGS84 to the national grid of Great Britain over the mainland, and on to a site's own plane and
+// ground system.
 const Columns& Mainland() {
   static const Columns points = SpreadPoints({50 * kRadPerDeg, -5 * kRadPerDeg, 0},
                                              {58.5 * kRadPerDeg, 1.5 * kRadPerDeg, 900});
   return points;
+}
+
+struct SiteParameter {
+  static constexpr double tN = -9e4, tE = 5e4, s = 1.0003, theta = 0.2;
+  static constexpr double h0 = -48, aN = 1e-5, aE = 2e-5;
+};
+
+const LocalToGrid& Site() {
+  static const LocalToGrid site = [] {
+    using P = SiteParameter;
+    LocalToGrid result;
+    result.mode = LocalToGrid::kBoth;
+    for (int i = 0; const double value : {P::tN, P::tE, P::s, P::theta})
+      result.SetPlaneParam(value, i++, 2);
+    for (int i = 0; const double value : {P::h0, P::aN, P::aE})
+      result.SetHeightParam(value, i++, 2);
+    return result;
+  }();
+  return site;
+}
+
+const GridToGround& Ground() {
+  static const GridToGround ground = [] {
+    GridToGround result;
+    result.flags = GridToGround::kHasOrigin;
+    result.scale = 1.0002, result.rotation = 0.1;
+    result.originN = 5e5, result.originE = 4e5;
+    result.offsetN = 70, result.offsetE = -20;
+    return result;
+  }();
+  return ground;
 }
 
 const CoordinateChain& NationalGrid() {
@@ -211,35 +248,131 @@ const CoordinateChain& NationalGrid() {
   return chain;
 }
 
+const CoordinateChain& SiteSystem() {
+  static const CoordinateChain chain = [] {
+    CoordinateChain result = NationalGrid();
+    result.SetLocalization(&Site());
+    result.SetGround(&Ground());
+    return result;
+  }();
+  return chain;
+}
+
+Columns ConvertedBy(const CoordinateChain& chain) {
+  Columns local = Mainland();
+  chain.ToLocalBatch(local.first.data(), local.second.data(), local.third.data(), kBenchPoints);
+  return local;
+}
+
 const Columns& MainlandGrid() {
+  static const Columns points = ConvertedBy(NationalGrid());
+  return points;
+}
+
+const Columns& MainlandGridPairs() {
   static const Columns points = [] {
-    Columns grid = Mainland();
-    NationalGrid().ToLocalBatch(grid.first.data(), grid.second.data(), grid.third.data(),
-                                kBenchPoints);
-    return grid;
+    Columns pairs = MainlandGrid();
+    pairs.third.clear();
+    return pairs;
   }();
   return points;
 }
 
-void RegisterChain() {
-  Register("whole chain forward/scalar", Mainland(),
-           OneByOne([](double& b, double& l, double& h) { NationalGrid().ToLocal(b, l, h); }));
-  Register("whole chain forward/batch", Mainland(), [](Columns& c) {
-    NationalGrid().ToLocalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+const Columns& MainlandSite() {
+  static const Columns points = ConvertedBy(SiteSystem());
+  return points;
+}
+
+// The same planes as PROJ's affine transformation of (east, north, height).
+std::string Affine(std::initializer_list<std::pair<const char*, double>> terms) {
+  std::ostringstream definition;
+  definition.precision(17);
+  definition << "+proj=affine";
+  for (const auto& [name, value] : terms) definition << " +" << name << '=' << value;
+  return definition.str();
+}
+
+std::string SiteAffine() {
+  using P = SiteParameter;
+  const double c = P::s * std::cos(P::theta), d = P::s * std::sin(P::theta);
+  return Affine({{"xoff", P::tE},
+                 {"yoff", P::tN},
+                 {"zoff", P::h0},
+                 {"s11", c},
+                 {"s12", d},
+                 {"s21", -d},
+                 {"s22", c},
+                 {"s31", P::aE},
+                 {"s32", P::aN}});
+}
+
+std::string GroundAffine() {
+  const GridToGround& g = Ground();
+  const double c = g.scale * std::cos(g.rotation), d = g.scale * std::sin(g.rotation);
+  return Affine({{"xoff", g.originE + g.offsetE - d * g.originN - c * g.originE},
+                 {"yoff", g.originN + g.offsetN - c * g.originN + d * g.originE},
+                 {"s11", c},
+                 {"s12", d},
+                 {"s21", -d},
+                 {"s22", c}});
+}
+
+void RegisterSite() {
+  Register("grid to local/scalar", MainlandGrid(), OneByOne([](double& n, double& e, double& h) {
+             Site().ToLocal(n, e, h, LocalToGrid::kBoth);
+           }));
+  Register("grid to local/batch", MainlandGrid(), [](Columns& c) {
+    Site().ToLocalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints,
+                        LocalToGrid::kBoth);
   });
-  Register("whole chain inverse/scalar", MainlandGrid(),
-           OneByOne([](double& n, double& e, double& h) { NationalGrid().ToGlobal(n, e, h); }));
-  Register("whole chain inverse/batch", MainlandGrid(), [](Columns& c) {
-    NationalGrid().ToGlobalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+  Register("local to grid/scalar", MainlandGrid(), OneByOne([](double& n, double& e, double& h) {
+             Site().ToGrid(n, e, h, LocalToGrid::kBoth);
+           }));
+  Register("local to grid/batch", MainlandGrid(), [](Columns& c) {
+    Site().ToGridBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints,
+                       LocalToGrid::kBoth);
+  });
+  static unsigned long present = kHasNorth | kHasEast;
+  static double height = 0;
+  Register("grid to ground/scalar", MainlandGridPairs(),
+           OneByOne([](double& n, double& e) { Ground().ToGround(n, e, height, &present); }));
+  Register("grid to ground/batch", MainlandGridPairs(), [](Columns& c) {
+    Ground().ToGroundBatch(c.first.data(), c.second.data(), kBenchPoints);
+  });
+  Register("ground to grid/scalar", MainlandGridPairs(),
+           OneByOne([](double& n, double& e) { Ground().ToGrid(n, e, height, &present); }));
+  Register("ground to grid/batch", MainlandGridPairs(),
+           [](Columns& c) { Ground().ToGridBatch(c.first.data(), c.second.data(), kBenchPoints); });
+#ifdef GEOMATH_HAVE_PROJ
+  RegisterProj("grid to local/PROJ", MainlandGrid(), SiteAffine(), PJ_FWD, true);
+  RegisterProj("local to grid/PROJ", MainlandGrid(), SiteAffine(), PJ_INV, true);
+  RegisterProj("grid to ground/PROJ", MainlandGridPairs(), GroundAffine(), PJ_FWD, true);
+  RegisterProj("ground to grid/PROJ", MainlandGridPairs(), GroundAffine(), PJ_INV, true);
+#endif
+}
+
+void RegisterChain(const std::string& row, const CoordinateChain& chain, const Columns& local,
+                   [[maybe_unused]] const std::string& afterProjection) {
+  const std::string forward = row + " forward/", inverse = row + " inverse/";
+  Register((forward + "scalar").c_str(), Mainland(),
+           OneByOne([&chain](double& b, double& l, double& h) { chain.ToLocal(b, l, h); }));
+  Register((forward + "batch").c_str(), Mainland(), [&chain](Columns& c) {
+    chain.ToLocalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+  });
+  Register((inverse + "scalar").c_str(), local,
+           OneByOne([&chain](double& n, double& e, double& h) { chain.ToGlobal(n, e, h); }));
+  Register((inverse + "batch").c_str(), local, [&chain](Columns& c) {
+    chain.ToGlobalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
   });
 #ifdef GEOMATH_HAVE_PROJ
-  constexpr const char* kPipeline =
+  const std::string pipeline =
       "+proj=pipeline +step +proj=cart +ellps=WGS84 +step +proj=helmert +x=-446.448 +y=125.157 "
       "+z=-542.060 +rx=-0.1502 +ry=-0.2470 +rz=-0.8421 +s=20.4894 +convention=position_vector "
       "+step +inv +proj=cart +a=6377563.396 +rf=299.3249646 +step +proj=tmerc +approx +lat_0=49 "
-      "+lon_0=-2 +k_0=0.9996012717 +x_0=400000 +y_0=-100000 +a=6377563.396 +rf=299.3249646";
-  RegisterProj("whole chain forward/PROJ", Mainland(), kPipeline, PJ_FWD, true);
-  RegisterProj("whole chain inverse/PROJ", MainlandGrid(), kPipeline, PJ_INV, true);
+      "+lon_0=-2 +k_0=0.9996012717 +x_0=400000 +y_0=-100000 +a=6377563.396 +rf=299.3249646" +
+      afterProjection;
+  RegisterProj((forward + "PROJ").c_str(), Mainland(), pipeline, PJ_FWD, true);
+  RegisterProj((inverse + "PROJ").c_str(), local, pipeline, PJ_INV, true);
 #endif
 }
 
@@ -248,7 +381,10 @@ const bool registered = [] {
   RegisterEllipsoid();
   RegisterDatum();
   RegisterUtm();
-  RegisterChain();
+  RegisterSite();
+  RegisterChain("whole chain", NationalGrid(), MainlandGrid(), "");
+  RegisterChain("chain with site", SiteSystem(), MainlandSite(),
+                " +step " + SiteAffine() + " +step " + GroundAffine());
   return true;
 }();
 
