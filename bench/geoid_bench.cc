@@ -1,6 +1,7 @@
 // Geoid heights: a spherical-harmonic model of degree 360 beside GeographicLib's GravityModel and
-// GravityCircle, interpolation in a grid beside PROJ's vgridshift. Both sides read one synthetic model (Kaula's
-// rule) and one synthetic grid of ordinary size, written to a temporary directory.
+// GravityCircle, interpolation in a grid beside PROJ's vgridshift and GeographicLib's Geoid. Both
+// sides read one synthetic model (Kaula's rule) and synthetic grids of ordinary size, written to a
+// temporary directory.
 #include <benchmark/benchmark.h>
 
 #include <algorithm>
@@ -18,6 +19,7 @@
 #include "geomath/geomath.h"
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+#include <GeographicLib/Geoid.hpp>
 #include <GeographicLib/GravityCircle.hpp>
 #include <GeographicLib/GravityModel.hpp>
 #endif
@@ -196,30 +198,35 @@ void PeerRows(benchmark::State& state, int rows) {
 }
 #endif
 
-// A grid of one minute of the size of a national model.
-constexpr int kRows = 361, kGridColumns = 301;
-constexpr double kSouth = 40, kWest = 5, kStep = 1.0 / 60;  // degrees
+// A grid of a quarter of a degree around the Earth, as global models are published, the form that
+// every side can read.
+constexpr int kRows = 721, kGridColumns = 1440;
+constexpr double kSouth = -90, kWest = 0, kStep = 0.25;  // degrees
+
+double NodeHeight(int row, int column) {
+  return 40 + 5 * std::sin(row / 30.0) + 3 * std::cos(column / 25.0);
+}
 
 const std::vector<float>& Nodes() {
   static const std::vector<float> nodes = [] {
     std::vector<float> z;
     for (int r = 0; r < kRows; ++r)
-      for (int c = 0; c < kGridColumns; ++c)
-        z.push_back(static_cast<float>(40 + 5 * std::sin(r / 30.0) + 3 * std::cos(c / 25.0)));
+      for (int c = 0; c < kGridColumns; ++c) z.push_back(static_cast<float>(NodeHeight(r, c)));
     return z;
   }();
   return nodes;
 }
 
+// Places of one country.
 const Columns& GridPlaces() {
-  static const Columns points =
-      SpreadPoints({(kSouth + 0.1) * kRadPerDeg, (kWest + 0.1) * kRadPerDeg, 0},
-                   {(kSouth + 5.9) * kRadPerDeg, (kWest + 4.9) * kRadPerDeg, 1});
+  static const Columns points = SpreadPoints({40.1 * kRadPerDeg, 5.1 * kRadPerDeg, 0},
+                                             {45.9 * kRadPerDeg, 9.9 * kRadPerDeg, 1});
   return points;
 }
 
+/// Heights at GridPlaces, `together` points a call.
 template <class Interpolator>
-void Grid(benchmark::State& state) {
+void Grid(benchmark::State& state, std::size_t together) {
   const double step = kStep * kRadPerDeg;
   const Interpolator model(
       {{kSouth * kRadPerDeg, (kRows - 1) * step, kWest * kRadPerDeg, (kGridColumns - 1) * step},
@@ -231,14 +238,21 @@ void Grid(benchmark::State& state) {
     points.emplace_back(GridPlaces().first[i], GridPlaces().second[i], 0.0);
   std::vector<double> heights(kBenchPoints);
   for (auto _ : state) {
-    benchmark::DoNotOptimize(
-        model.CountHeight(points.data(), heights.data(), static_cast<int>(kBenchPoints)));
+    for (std::size_t i = 0; i < kBenchPoints; i += together)
+      benchmark::DoNotOptimize(
+          model.CountHeight(points.data() + i, heights.data() + i, static_cast<int>(together)));
     benchmark::ClobberMemory();
   }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
 }
 
-#ifdef GEOMATH_HAVE_PROJ
+/// One rule, one point at a time and all of them in one call.
+template <class Interpolator>
+void RegisterGrid(const std::string& row) {
+  benchmark::RegisterBenchmark((row + "/scalar").c_str(), Grid<Interpolator>, 1);
+  benchmark::RegisterBenchmark((row + "/batch").c_str(), Grid<Interpolator>, kBenchPoints);
+}
+
 template <class Value>
 Value BigEndian(Value value) {
   auto bytes = std::bit_cast<std::array<unsigned char, sizeof(Value)>>(value);
@@ -247,6 +261,32 @@ Value BigEndian(Value value) {
   return std::bit_cast<Value>(bytes);
 }
 
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+void PeerGeoid(benchmark::State& state, bool cubic) {
+  constexpr double kOffset = -108, kScale = 0.003;  // metres of the stored 16-bit numbers
+  std::ofstream out(Directory() / "bench.pgm", std::ios::binary);
+  out << "P5\n# Offset " << kOffset << "\n# Scale " << kScale << '\n'
+      << kGridColumns << ' ' << kRows << "\n65535\n";
+  for (int r = kRows - 1; r >= 0; --r)
+    for (int c = 0; c < kGridColumns; ++c)
+      Put(out, BigEndian(static_cast<std::uint16_t>((NodeHeight(r, c) - kOffset) / kScale)));
+  out.close();
+  const GeographicLib::Geoid geoid("bench", Directory().string(), cubic);
+  geoid.CacheAll();
+  Columns places = GridPlaces();
+  for (std::size_t i = 0; i < kBenchPoints; ++i) {
+    places.first[i] *= kDegPerRad;
+    places.second[i] *= kDegPerRad;
+  }
+  for (auto _ : state) {
+    for (std::size_t i = 0; i < kBenchPoints; ++i)
+      benchmark::DoNotOptimize(geoid(places.first[i], places.second[i]));
+  }
+  state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+}
+#endif
+
+#ifdef GEOMATH_HAVE_PROJ
 void PeerGrid(benchmark::State& state) {
   const std::filesystem::path file = Directory() / "bench.gtx";
   std::ofstream out(file, std::ios::binary);
@@ -281,13 +321,20 @@ const bool registered = [] {
   benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRows, 1);
   benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/GravityCircle", PeerRows, kFewRows);
 #endif
-  benchmark::RegisterBenchmark("geoid grid, bilinear/batch", Grid<RegGeoid2x2SW>);
+  RegisterGrid<RegGeoid2x2SW>("geoid grid, bilinear");
 #ifdef GEOMATH_HAVE_PROJ
   benchmark::RegisterBenchmark("geoid grid, bilinear/vgridshift", PeerGrid);
 #endif
-  benchmark::RegisterBenchmark("geoid grid, 3 x 3/batch", Grid<RegionalGeoid>);
-  benchmark::RegisterBenchmark("geoid grid, 4 x 4/batch", Grid<RegGeoidInterpalation4>);
-  benchmark::RegisterBenchmark("geoid grid, kriging/batch", Grid<RegGeoidKrigingIntrp>);
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+  benchmark::RegisterBenchmark("geoid grid, bilinear/Geoid", PeerGeoid, false);
+#endif
+  RegisterGrid<RegionalGeoid>("geoid grid, biquadratic");  // no peer has the rule
+  RegisterGrid<RegGeoidInterpalation4>("geoid grid, cubic");
+#ifdef GEOMATH_HAVE_GEOGRAPHICLIB
+  benchmark::RegisterBenchmark("geoid grid, cubic/Geoid", PeerGeoid, true);
+#endif
+  RegisterGrid<RegGeoidIntrp_Lagrange4x4SW>("geoid grid, Lagrange");
+  RegisterGrid<RegGeoidKrigingIntrp>("geoid grid, kriging");
   return true;
 }();
 

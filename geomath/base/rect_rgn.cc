@@ -1,33 +1,18 @@
 #include "geomath/base/rect_rgn.h"
 
-#include "geomath/base/angle.h"
-
-using zel_cs::geomath::kTwoPi;
-
-namespace {
-
-bool InRange(double x, double start, double extent) {
-  return extent > 0 ? x >= start && x <= start + extent : x <= start && x >= start + extent;
-}
-
-}  // namespace
+#include "geomath/base/rect_bounds.h"
 
 bool TRectRgn::Inside(double B, double L) const {
-  double pt[] = {B, L};
-  zel_math::TAbstractPoint2<double> shift;
-  return Inside(pt, shift);
+  double turn;
+  return zel_cs::geomath::RectBounds(*this).Inside(B, L, turn);
 }
 
 bool TRectRgn::Inside(double* pt, zel_math::TAbstractPoint2<double>& shift) const {
   shift = zel_math::TAbstractPoint2<double>(0.0);
-  if (!InRange(pt[0], B0, dB)) return false;
-  for (const double turn : {0.0, kTwoPi, -kTwoPi}) {
-    if (InRange(pt[1] + turn, L0, dL)) {
-      shift[1] = turn;
-      return true;
-    }
-  }
-  return false;
+  double turn;
+  const bool inside = zel_cs::geomath::RectBounds(*this).Inside(pt[0], pt[1], turn);
+  if (inside) shift[1] = turn;
+  return inside;
 }
 
 void TRectRgn::Extention(int k) {

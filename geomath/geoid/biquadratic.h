@@ -1,53 +1,50 @@
 #pragma once
 
-#include <optional>
-
-#include "geomath/base/grid_rgn.h"
 #include "geomath/geoid/geoid_status.h"
-#include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/grid_stencil.h"
+#include "geomath/geoid/interpolants.h"
 
 namespace zel_cs::geomath {
 
-/// The middle node of a 3 × 3 stencil along one axis: the one nearest to position x (in steps),
-/// moved inwards from the first and the last.
-inline NodeIndex MiddleNode(double x, int count) {
-  const NodeIndex nearest = TruncIndex(x + 0.5);
-  return nearest < 2 ? 1 : std::min(nearest, NodeIndex{count} - 2);
-}
+/// The biquadratic rule over the 3 × 3 floats around the nearest node, rows from the south, as
+/// GridKernel runs it. The parabola along each row is kept in single precision. A node of exactly
+/// 20000 is a hole.
+struct Biquadratic {
+  static constexpr int kSize = 3;
+  GridFrame grid;
 
-/// Biquadratic interpolation over the 3 × 3 nodes around the nearest one, kNoHeight when a row has
-/// no value. rowValue(row, column, offset) gives the parabola along one row, counted from the
-/// south, through the nodes around `column`; it is kept in single precision, as its result is.
-template <class RowValue>
-double Biquadratic(const TGridRgn& grid, int NY, int NX, const double* point, RowValue rowValue) {
-  const double fromSouth = point[0] - grid.B0, fromWest = point[1] - grid.L0;
-  const NodeIndex i = MiddleNode(fromSouth / grid.latStep, NY);
-  const NodeIndex j = MiddleNode(fromWest / grid.lonStep, NX);
-  const double dLat = fromSouth - static_cast<double>(i) * grid.latStep;
-  const double dLon = fromWest - static_cast<double>(j) * grid.lonStep;
-  float rows[3];
-  for (NodeIndex k = 0; k < 3; ++k) {
-    const std::optional<double> value = rowValue(i + k - 1, j, dLon);
-    if (!value) return kNoHeight;
-    rows[k] = static_cast<float>(*value);
+  /// u and v are the distances from the middle node, radians. Every point has a stencil.
+  GEOMATH_INLINE Stencil Place(double lat, double lon) const {
+    const double fromSouth = lat - grid.south, fromWest = lon - grid.west;
+    const double i = MiddleNode(fromSouth / grid.latStep, grid.rows);
+    const double j = MiddleNode(fromWest / grid.lonStep, grid.columns);
+    return {i - 1, j - 1, fromSouth - i * grid.latStep, fromWest - j * grid.lonStep, true};
   }
-  return ThreePoint(grid.latStep, dLat, rows[0], rows[1], rows[2]);
-}
 
-/// The parabola through three nodes of one row, as Biquadratic wants it; no value when one of them
-/// marks a hole.
-inline std::optional<double> ParabolaOfRow(double lonStep, double offset, const float (&z)[3]) {
-  constexpr float kHole = static_cast<float>(kNoHeight);
-  if (z[0] == kHole || z[1] == kHole || z[2] == kHole) return std::nullopt;
-  return ThreePoint(lonStep, offset, z[0], z[1], z[2]);
-}
+  GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[3][3], double) const {
+    constexpr float kHole = static_cast<float>(kNoHeight);
+    bool hole = false;
+    float rows[3];
+    for (int k = 0; k < 3; ++k) {
+      hole |= (z[k][0] == kHole) | (z[k][1] == kHole) | (z[k][2] == kHole);
+      rows[k] = static_cast<float>(ThreePoint(grid.lonStep, at.v, z[k][0], z[k][1], z[k][2]));
+    }
+    const double height = AcrossRows(at, rows);
+    return hole ? kNoHeight : height;
+  }
 
-/// The same with its nodes from a row of floats.
-inline std::optional<double> ParabolaOfRow(double lonStep, double offset, const GridNodes& nodes,
-                                           NodeIndex row, NodeIndex column) {
-  float z[3];
-  if (!nodes.Read(row, column - 1, z)) return std::nullopt;
-  return ParabolaOfRow(lonStep, offset, z);
-}
+  /// The height from the three row values.
+  GEOMATH_INLINE double AcrossRows(const Stencil& at, const float (&rows)[3]) const {
+    return ThreePoint(grid.latStep, at.u, rows[0], rows[1], rows[2]);
+  }
+
+ private:
+  /// The node nearest to position x, in steps, moved inwards from the first and the last.
+  static GEOMATH_INLINE double MiddleNode(double x, double count) {
+    const double nearest = RoundDown(x + 0.5), last = count - 2;
+    const double inward = nearest < last ? nearest : last;
+    return nearest >= 2 ? inward : 1;
+  }
+};
 
 }  // namespace zel_cs::geomath

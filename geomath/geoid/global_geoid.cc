@@ -149,7 +149,8 @@ GlobalGeoid::GlobalGeoid(int count, const double* C, const double* S, bool flag,
                          const double* correctionC, const double* correctionS)
     : GlobalGeoid(GlobalGeoidData(count, C, S, flag, value, correctionC, correctionS)) {}
 
-// The tables of the Legendre recursion. Without memory they stay empty and no height can be computed.
+// The tables of the Legendre recursion. Without memory they stay empty and no height can be
+// computed.
 void GlobalGeoid::Init() {
   if (data_.count < 1) return;
   const std::size_t count = static_cast<std::size_t>(data_.count), size = 2 * count + 2;

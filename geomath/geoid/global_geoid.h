@@ -44,9 +44,10 @@ class GEOMATH_API GlobalGeoidScratch {
 };
 
 /// Geoid undulations from a spherical-harmonic model of the gravity potential, by the harmonic
-/// synthesis of EGM96 (Lemoine et al. 1998, NASA/TP-1998-206861; its point program F477): Somigliana's
-/// normal gravity and GM of WGS84, zero-degree term −0.53 m, degrees from 2. The coefficients are
-/// used as given; the even zonal terms of a reference ellipsoid must already have been subtracted.
+/// synthesis of EGM96 (Lemoine et al. 1998, NASA/TP-1998-206861; its point program F477):
+/// Somigliana's normal gravity and GM of WGS84, zero-degree term −0.53 m, degrees from 2. The
+/// coefficients are used as given; the even zonal terms of a reference ellipsoid must already have
+/// been subtracted.
 ///
 /// Angles are radians and heights metres. Degrees up to about 1900 are safe from underflow of the
 /// Legendre functions (Holmes and Featherstone 2002). Any latitude and longitude is taken as given;
@@ -55,8 +56,8 @@ class GEOMATH_API GlobalGeoidScratch {
 /// The Legendre functions and the sums over the degrees depend on the latitude alone. They are
 /// evaluated once for each run of points on one latitude and once for each row of a grid, for up to
 /// 16 latitudes together, so that the coefficients are read once for all of these; a longitude then
-/// costs as many steps as the model has orders. A height has the same bits whatever other points its
-/// call asks for and whatever instruction set it runs on.
+/// costs as many steps as the model has orders. A height has the same bits whatever other points
+/// its call asks for and whatever instruction set it runs on.
 ///
 /// The calls without a scratch share the object's own work arrays, so that one object must not run
 /// them from two threads at once; those with a scratch may run from many threads, one scratch each.

@@ -1,17 +1,17 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
+#include <bit>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <limits>
 #include <optional>
 
-#include "geomath/geoid/grid_kernels.h"
+#include "geomath/geoid/grid_stencil.h"
 
-/// Finding and reading the nodes of a stored grid. Nothing here reads outside it, whatever the
-/// numbers: a position that is not in the grid has no node.
+/// Reading the nodes of a stored grid. Nothing here reads outside it, whatever the numbers: a
+/// position that is not in the grid has no node.
 namespace zel_cs::geomath {
 
 /// Row and column numbers; wide enough for sums and products of any two ints.
@@ -24,11 +24,8 @@ inline NodeIndex TruncIndex(double x) {
   return static_cast<NodeIndex>(std::min(x, kFar));
 }
 
-/// Rounds down, likewise. Cutting and correcting is several times faster than a call of floor.
-inline NodeIndex FloorIndex(double x) {
-  const NodeIndex cut = TruncIndex(x);
-  return cut - (static_cast<double>(cut) > x ? 1 : 0);
-}
+/// Rounds down, likewise.
+inline NodeIndex FloorIndex(double x) { return TruncIndex(RoundDown(x)); }
 
 /// A row stride that cannot be had: no node can then be read.
 inline constexpr int kNoStride = -1;
@@ -40,27 +37,34 @@ inline int RowStride(double padding, int count, int valueSize) {
   return fits ? static_cast<int>(extra + values) : kNoStride;
 }
 
-/// `rows` rows of `columns` values, `rowStride` bytes apart, each after `rowHeader` bytes.
+/// What stored rows look like besides their length.
+struct RowLayout {
+  int header = 0;           // bytes before each row
+  bool northFirst = false;  // the last row comes first
+  bool swapped = false;     // floats in the opposite byte order
+};
+
+/// `rows` rows of `columns` values, `rowStride` bytes apart. Rows and columns are counted from 0.
 class GridNodes {
  public:
-  GridNodes(const void* data, int rowStride, int columns, int rows, int rowHeader = 0)
+  GridNodes(const void* data, int rowStride, int columns, int rows, RowLayout layout = {})
       : bytes_(static_cast<const unsigned char*>(data)),
         stride_(rowStride),
         columns_(columns),
         rows_(data && rowStride > 0 ? rows : 0),
-        header_(rowHeader) {}
+        layout_(layout) {}
 
-  /// Where `count` values of `size` bytes from a row and column on, counted from 0 in storage order,
-  /// stand; null when one of them is outside the grid.
+  /// Where `count` values of `size` bytes from a row and column on stand; null when one of them is
+  /// outside the grid.
   const unsigned char* At(NodeIndex row, NodeIndex column, NodeIndex size,
                           NodeIndex count = 1) const {
     if (row < 0 || row >= rows_ || column < 0 || column + count > columns_) return nullptr;
-    const NodeIndex at = row * stride_ + header_ + column * size;
+    const NodeIndex at = OffsetOf(row, column, size);
     return at + count * size <= rows_ * stride_ ? bytes_ + at : nullptr;
   }
 
-  /// Copies the values of one row from `column` on into `values`; false, nothing copied, when one of
-  /// them is outside the grid.
+  /// Copies the values of one row from `column` on into `values`; false, nothing copied, when one
+  /// of them is outside the grid.
   template <class Value, std::size_t N>
   bool Read(NodeIndex row, NodeIndex column, Value (&values)[N]) const {
     const unsigned char* stored = At(row, column, NodeIndex{sizeof(Value)}, NodeIndex{N});
@@ -75,53 +79,44 @@ class GridNodes {
     return Read(row, column, value) ? std::optional(value[0]) : std::nullopt;
   }
 
- private:
-  const unsigned char* bytes_;
-  NodeIndex stride_, columns_, rows_, header_;
-};
-
-/// The cell of a point: its first row and column and the position in it.
-struct GridCell {
-  NodeIndex i, j;
-  double u, v;
-};
-
-/// The cell of position (x, y) in steps from the first node. A point on or past the last row or
-/// column belongs to the last cell, with a fraction of 1 or more; one before the first has none.
-inline std::optional<GridCell> CellAt(double x, double y, int NX, int NY) {
-  NodeIndex i = FloorIndex(x), j = FloorIndex(y);
-  if (i == NodeIndex{NY} - 1) i = NodeIndex{NY} - 2;
-  if (j == NodeIndex{NX} - 1) j = NodeIndex{NX} - 2;
-  if (i < 0 || i >= NY || j < 0 || j >= NX) return std::nullopt;
-  return GridCell{i, j, x - static_cast<double>(i), y - static_cast<double>(j)};
-}
-
-/// The corners of a cell, its southern (first) and its northern row; false when one of them is not in
-/// the grid.
-struct CellCorners {
-  float low[2], high[2];
-
-  bool Read(const GridNodes& nodes, const GridCell& cell) {
-    return nodes.Read(cell.i, cell.j, low) && nodes.Read(cell.i + 1, cell.j, high);
+  /// Whether there are N × N values, and rows that do not overlap.
+  template <class Value, NodeIndex N>
+  bool HoldStencils() const {
+    const NodeIndex length = layout_.header + columns_ * NodeIndex{sizeof(Value)};
+    return rows_ >= N && columns_ >= N && length <= stride_;
   }
-};
 
-/// `start` and the weighted sum of 4 × 4 nodes. read(row, z) puts the stencil's four nodes of a row
-/// into z, in metres, and says whether it could; if not, or with a node above `limit`, there is no
-/// sum.
-template <class Stored, class ReadRow>
-std::optional<double> WeightedSum4x4(double start, NodeIndex firstRow, const Weights4& rowWeights,
-                                     const Weights4& columnWeights, double limit, ReadRow read) {
-  double sum = start;
-  for (std::size_t r = 0; r < 4; ++r) {
-    Stored z[4];
-    if (!read(firstRow + static_cast<NodeIndex>(r), z)) return std::nullopt;
-    for (std::size_t c = 0; c < 4; ++c) {
-      if (z[c] > limit) return std::nullopt;
-      sum += z[c] * rowWeights[r] * columnWeights[c];
+  /// Copies the N × N values from a row and column on, whole numbers. They must be in the grid, and
+  /// HoldStencils.
+  template <class Value, std::size_t N>
+  GEOMATH_INLINE void ReadStencil(double row, double column, Value (&values)[N][N]) const {
+    const NodeIndex i = static_cast<NodeIndex>(row), j = static_cast<NodeIndex>(column);
+    for (std::size_t r = 0; r < N; ++r) {
+      const NodeIndex at = OffsetOf(i + static_cast<NodeIndex>(r), j, NodeIndex{sizeof(Value)});
+      std::memcpy(values[r], bytes_ + at, sizeof values[r]);
     }
+    if (layout_.swapped)
+      for (auto& line : values)
+        for (Value& value : line) value = Swapped(value);
   }
-  return sum;
-}
+
+ private:
+  GEOMATH_INLINE NodeIndex OffsetOf(NodeIndex row, NodeIndex column, NodeIndex size) const {
+    const NodeIndex stored = layout_.northFirst ? rows_ - 1 - row : row;
+    return stored * stride_ + layout_.header + column * size;
+  }
+
+  template <class Value>
+  static GEOMATH_INLINE Value Swapped(Value value) {
+    static_assert(sizeof(Value) == sizeof(std::uint32_t));
+    const auto u = std::bit_cast<std::uint32_t>(value);
+    return std::bit_cast<Value>((u >> 24) | ((u >> 8) & 0xff00U) | ((u << 8) & 0xff0000U) |
+                                (u << 24));
+  }
+
+  const unsigned char* bytes_;
+  NodeIndex stride_, columns_, rows_;
+  RowLayout layout_;
+};
 
 }  // namespace zel_cs::geomath

@@ -55,8 +55,8 @@ struct Multiples {
   }
 };
 
-/// HUNDU for `kRows` sums over N points each, two orders a step. coefficient(from, row) gives what a
-/// row's points are multiplied with, a number or a pack, where `from` is the place of an order.
+/// HUNDU for `kRows` sums over N points each, two orders a step. coefficient(from, row) gives what
+/// a row's points are multiplied with, a number or a pack, where `from` is the place of an order.
 template <class Target, std::size_t N, std::size_t kRows, class Coefficient>
 GEOMATH_INLINE void HUNDU(const OrderSums& sums, std::size_t orders, const double* cosLambda,
                           const double* sinLambda, Coefficient coefficient, double* heights,
@@ -93,8 +93,8 @@ void LEGFDN(const HarmonicSeries& s, std::size_t n, const Station& at,
   p2[n] = SectorialFactor(local, n) * at.sinTheta * p1[n - 1];
 }
 
-/// Adds the terms of degree n, P(n, m) = p[m], to the sums of each order: those of the potential times
-/// `power`, or those of the correction as they are.
+/// Adds the terms of degree n, P(n, m) = p[m], to the sums of each order: those of the potential
+/// times `power`, or those of the correction as they are.
 void AddDegree(std::size_t n, double power, const double* GEOMATH_RESTRICT p,
                const double* GEOMATH_RESTRICT C, const double* GEOMATH_RESTRICT S,
                double* GEOMATH_RESTRICT cosSum, double* GEOMATH_RESTRICT sinSum) {

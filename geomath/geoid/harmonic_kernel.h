@@ -59,12 +59,13 @@ struct HarmonicKernel {
   /// The sums of one latitude, of stride 1. `work` has kWorkRows rows of one number for each order.
   static void SumOne(const HarmonicSeries& series, const Station& at, double* work,
                      const OrderSums& sums);
-  /// The sums of the first `latitudes` of kLatitudes stations, of stride kLatitudes, from one pass over
-  /// the coefficients.
+  /// The sums of the first `latitudes` of kLatitudes stations, of stride kLatitudes, from one pass
+  /// over the coefficients.
   static void SumGroup(const HarmonicSeries& series, const Station* at, std::size_t latitudes,
                        double* work, const OrderSums& sums);
 
-  /// Heights of lambda.count points, the i-th on latitude i of a group; `heights` has kLatitudes slots.
+  /// Heights of lambda.count points, the i-th on latitude i of a group; `heights` has kLatitudes
+  /// slots.
   static void Scattered(const OrderSums& sums, std::size_t orders, const Longitudes& lambda,
                         double* heights);
   /// Heights of `lambda` on `rows` latitudes from the first of `sums` on, heights of consecutive

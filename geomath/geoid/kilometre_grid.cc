@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "geomath/geoid/interpolants.h"
+
 namespace zel_cs::geomath {
 namespace {
 

@@ -1,25 +1,20 @@
 #include "geomath/geoid/reg_geoid_2x2_nw.h"
 
-#include "geomath/base/angle.h"
-#include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/bilinear.h"
+#include "geomath/geoid/grid_query.h"
 
 namespace zel_cs::geomath {
 
 int RegGeoid2x2NW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
                           double& height) const {
-  const TGridRgn& grid = data_.grid;
-  const double lon = point[1];
-  const double x = (grid.B0 + grid.dB - point[0]) / grid.latStep;
-  const double y = SetValue((lon + kTwoPi) - (grid.L0 + kTwoPi), 1) / grid.lonStep;
-  height = kNoHeight;
-  const auto cell = CellAt(x, y, NX, NY);
-  if (!cell) return 0;
-  const double nodeLon = SetValue(static_cast<double>(cell->j) * grid.lonStep + grid.L0, 1);
-  const double v = SetValue(lon - nodeLon, 1) / grid.lonStep;
-  CellCorners z;
-  if (z.Read(GridNodes(data, rowStride, NX, NY), *cell))
-    height = Bilinear(cell->u, v, z.low[0], z.low[1], z.high[0], z.high[1]);
+  height = HeightAt(BilinearNorth{{data_.grid, NY, NX}}, GridNodes(data, rowStride, NX, NY), point,
+                    height);
   return 0;
+}
+
+bool RegGeoid2x2NW::RunColumns(GridQuery& query) const {
+  return RunByKernel(*this, BilinearNorth{{data_.grid, data_.NY, data_.NX}},
+                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY), query);
 }
 
 }  // namespace zel_cs::geomath

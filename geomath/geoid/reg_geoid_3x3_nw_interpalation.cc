@@ -1,11 +1,12 @@
 #include "geomath/geoid/reg_geoid_3x3_nw_interpalation.h"
 
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
-#include <optional>
 
 #include "geomath/geoid/biquadratic.h"
+#include "geomath/geoid/grid_nodes.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -72,19 +73,22 @@ int RegGeoid3x3NWInterpalation::INTRP3(const void* data, int rowStride, TGridRgn
   const int size = data_.valueSize;
   if (data_.scale == 0 || (size != 2 && size != 4)) return 0;
 
-  const GridNodes nodes(data, rowStride, NX, NY);
-  const double step = data_.grid.lonStep;
-  const auto rowValue = [&](NodeIndex row, NodeIndex j, double offset) -> std::optional<double> {
-    const NodeIndex stored = NodeIndex{NY} - 1 - row;
-    const unsigned char* start = nodes.At(stored, 0, size);
-    if (!start || !nodes.At(stored, j - 1, size, 3)) return {};
-    const int column = static_cast<int>(j);
+  const Biquadratic rule{{data_.grid, NY, NX}};
+  const Stencil at = rule.Place(point[0], point[1]);
+  const GridNodes nodes(data, rowStride, NX, NY, {.northFirst = true});
+  const auto first = static_cast<NodeIndex>(at.row), column = static_cast<NodeIndex>(at.column);
+  const int middle = static_cast<int>(column) + 1;
+  float rows[3];
+  for (int k = 0; k < 3; ++k) {
+    const unsigned char* row = nodes.At(first + k, 0, size);
+    if (!row || !nodes.At(first + k, column, size, 3)) return 0;
     double value;
-    const bool found = size == 2 ? GetFromWORDArray(step, offset, start, column, value)
-                                 : GetFromFloatArray(step, offset, start, column, value);
-    return found && value != kNoHeight ? std::optional(value) : std::nullopt;
-  };
-  height = Biquadratic(data_.grid, NY, NX, point, rowValue);
+    const bool found = size == 2 ? GetFromWORDArray(data_.grid.lonStep, at.v, row, middle, value)
+                                 : GetFromFloatArray(data_.grid.lonStep, at.v, row, middle, value);
+    if (!found || value == kNoHeight) return 0;
+    rows[k] = static_cast<float>(value);
+  }
+  height = rule.AcrossRows(at, rows);
   return 0;
 }
 

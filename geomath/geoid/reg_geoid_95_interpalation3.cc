@@ -1,6 +1,7 @@
 #include "geomath/geoid/reg_geoid_95_interpalation3.h"
 
 #include "geomath/geoid/biquadratic.h"
+#include "geomath/geoid/grid_query.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -28,12 +29,15 @@ void RegGeoid95Interpalation3::InitData() {
 
 int RegGeoid95Interpalation3::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
                                      double* point, double& height) const {
-  const GridNodes nodes(data, rowStride, NX, NY, kRowHeader);
-  const TGridRgn& grid = data_.grid;
-  height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
-    return ParabolaOfRow(grid.lonStep, offset, nodes, row, j);
-  });
+  height = HeightAt(Biquadratic{{data_.grid, NY, NX}},
+                    GridNodes(data, rowStride, NX, NY, {.header = kRowHeader}), point, height);
   return 0;
+}
+
+bool RegGeoid95Interpalation3::RunColumns(GridQuery& query) const {
+  return RunByKernel(*this, Biquadratic{{data_.grid, data_.NY, data_.NX}},
+                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY, {.header = kRowHeader}),
+                     query);
 }
 
 }  // namespace zel_cs::geomath

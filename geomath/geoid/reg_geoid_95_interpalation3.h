@@ -20,6 +20,9 @@ class GEOMATH_API RegGeoid95Interpalation3 : public RegionalGeoid {
 
  protected:
   void InitData() override;
+
+ private:
+  bool RunColumns(GridQuery& query) const override;
 };
 
 }  // namespace zel_cs::geomath

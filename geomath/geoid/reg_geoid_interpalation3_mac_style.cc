@@ -1,32 +1,21 @@
 #include "geomath/geoid/reg_geoid_interpalation3_mac_style.h"
 
-#include <cstring>
-#include <optional>
-
 #include "geomath/geoid/biquadratic.h"
-#include "geomath/geoid/three_point.h"
+#include "geomath/geoid/grid_query.h"
 
 namespace zel_cs::geomath {
-namespace {
-
-constexpr int kSize = sizeof(float);
-
-}  // namespace
 
 int RegGeoidInterpalation3MACStyle::INTRP3(const void* data, int rowStride, TGridRgn&, int NY,
                                            int NX, double* point, double& height) const {
-  const GridNodes nodes(data, rowStride, NX, NY);
-  const TGridRgn& grid = data_.grid;
-  const auto rowValue = [&](NodeIndex row, NodeIndex j, double offset) -> std::optional<double> {
-    unsigned char stored[3][kSize], native[3][kSize];
-    if (!nodes.Read(row, j - 1, stored)) return std::nullopt;
-    for (int k = 0; k < 3; ++k) ConvertBytes(native[k], stored[k], kSize);
-    float z[3];
-    std::memcpy(z, native, sizeof z);
-    return ParabolaOfRow(grid.lonStep, offset, z);
-  };
-  height = Biquadratic(grid, NY, NX, point, rowValue);
+  height = HeightAt(Biquadratic{{data_.grid, NY, NX}},
+                    GridNodes(data, rowStride, NX, NY, {.swapped = true}), point, height);
   return 0;
+}
+
+bool RegGeoidInterpalation3MACStyle::RunColumns(GridQuery& query) const {
+  return RunByKernel(*this, Biquadratic{{data_.grid, data_.NY, data_.NX}},
+                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY, {.swapped = true}),
+                     query);
 }
 
 }  // namespace zel_cs::geomath

@@ -2,47 +2,40 @@
 
 #include <cstdint>
 
-#include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/cubic.h"
+#include "geomath/geoid/grid_query.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kHighestNode = 150.0;  // metres: a node above it is a hole
-
-/// Four stored values from a row and column on, times `scale`.
-template <class Stored>
-bool ReadAs(const GridNodes& nodes, NodeIndex row, NodeIndex column, double scale,
-            double (&metres)[4]) {
-  Stored stored[4];
-  if (!nodes.Read(row, column, stored)) return false;
-  for (std::size_t c = 0; c < 4; ++c) metres[c] = scale * stored[c];
-  return true;
+/// The height from integers, in metres when multiplied with `scale`.
+double HeightFromIntegers(const ConvolutionNorth& rule, const GridNodes& nodes, double scale,
+                          const double* point) {
+  const Stencil at = rule.Place(point[0], point[1]);
+  if (!at.inside || !nodes.HoldStencils<std::int32_t, 4>()) return kNoHeight;
+  std::int32_t stored[4][4];
+  double metres[4][4];
+  nodes.ReadStencil(at.row, at.column, stored);
+  for (int r = 0; r < 4; ++r)
+    for (int c = 0; c < 4; ++c) metres[r][c] = scale * stored[r][c];
+  return rule.Height(at, metres, 0);
 }
 
 }  // namespace
 
 int RegGeoidInterpalation4x4NW::INTRP3(const void* data, int, TGridRgn&, int NY, int NX,
                                        double* point, double& height) const {
-  const TGridRgn& grid = data_.grid;
-  const double x = (grid.B0 + grid.dB - point[0]) / grid.latStep;
-  const double y = (point[1] - grid.L0) / grid.lonStep;
-  const NodeIndex i = TruncIndex(x + 0.5), j = TruncIndex(y + 0.5);
-  height = kNoHeight;
-  if (i < 2 || i > NodeIndex{NY} - 1 || j < 2 || j > NodeIndex{NX} - 1) return 0;
-
-  const bool westOf = static_cast<double>(j) * grid.lonStep + grid.L0 < point[1];
-  const NodeIndex firstRow = FloorIndex(x) - 1, firstColumn = westOf ? j - 1 : j - 2;
+  const ConvolutionNorth rule{{data_.grid, NY, NX}};
   const GridNodes nodes(data, RowStride(0, NX, sizeof(float)), NX, NY);
-  const double scale = data_.scale;
-  const auto metres = [&](NodeIndex row, double(&z)[4]) {
-    return scale == 1.0 ? ReadAs<float>(nodes, row, firstColumn, scale, z)
-                        : ReadAs<std::int32_t>(nodes, row, firstColumn, scale, z);
-  };
-  const auto sum = WeightedSum4x4<double>(
-      0, firstRow, CatmullRom(x - static_cast<double>(firstRow) - 1),
-      CatmullRom(y - static_cast<double>(firstColumn) - 1), kHighestNode, metres);
-  height = sum.value_or(kNoHeight);
+  height = data_.scale == 1.0 ? HeightAt(rule, nodes, point, height)
+                              : HeightFromIntegers(rule, nodes, data_.scale, point);
   return 0;
+}
+
+bool RegGeoidInterpalation4x4NW::RunColumns(GridQuery& query) const {
+  const GridNodes nodes(data_.data, RowStride(0, data_.NX, sizeof(float)), data_.NX, data_.NY);
+  return data_.scale == 1.0 &&
+         RunByKernel(*this, ConvolutionNorth{{data_.grid, data_.NY, data_.NX}}, nodes, query);
 }
 
 }  // namespace zel_cs::geomath

@@ -7,6 +7,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/interpolants.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -4,6 +4,7 @@
 #include <array>
 
 #include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/interpolants.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -43,11 +44,11 @@ int RegGeoidIntrp_Spline4x4SW::INTRP3(const void* data, int rowStride, TGridRgn&
                                       double* point, double& height) const {
   const TGridRgn& grid = data_.grid;
   height = kNoHeight;
-  const auto cell =
-      CellAt((point[0] - grid.B0) / grid.latStep, (point[1] - grid.L0) / grid.lonStep, NX, NY);
-  if (!cell || NX < 4 || NY < 4) return 0;
+  const AxisCell row = CellOf((point[0] - grid.B0) / grid.latStep, NY);
+  const AxisCell column = CellOf((point[1] - grid.L0) / grid.lonStep, NX);
+  if (!row.inside || !column.inside || NX < 4 || NY < 4) return 0;
 
-  const int i = static_cast<int>(cell->i), j = static_cast<int>(cell->j);
+  const int i = static_cast<int>(row.first), j = static_cast<int>(column.first);
   int index[kIndexCount];
   index[kFirstRow] = std::clamp(i - 1, 0, NY - 4);
   index[kFirstColumn] = std::clamp(j - 1, 0, NX - 4);
@@ -59,7 +60,7 @@ int RegGeoidIntrp_Spline4x4SW::INTRP3(const void* data, int rowStride, TGridRgn&
   double a[16];
   if (!Init_Coeff(a, index, data)) return 0;
 
-  const double u = cell->u, v = cell->v;
+  const double u = row.fraction, v = column.fraction;
   const auto alongRow = [&a, v](int k) {
     const double* c = a + 4 * k;
     return ((c[3] * v + c[2]) * v + c[1]) * v + c[0];

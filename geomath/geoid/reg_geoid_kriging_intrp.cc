@@ -56,10 +56,11 @@ bool RegGeoidKrigingIntrp::StencilAt(double lat, double lon, const void* data, i
                                      int NY, int NX, Stencil& stencil) const {
   const TGridRgn& grid = data_.grid;
   const double x = (lat - grid.B0) / grid.latStep, y = (lon - grid.L0) / grid.lonStep;
-  const auto cell = CellAt(x, y, NX, NY);
-  if (!cell || NX < 4 || NY < 4) return false;
-  const NodeIndex firstRow = std::clamp(cell->i - 1, NodeIndex{0}, NodeIndex{NY} - 4);
-  const NodeIndex firstColumn = std::clamp(cell->j - 1, NodeIndex{0}, NodeIndex{NX} - 4);
+  const AxisCell row = CellOf(x, NY), column = CellOf(y, NX);
+  if (!row.inside || !column.inside || NX < 4 || NY < 4) return false;
+  const NodeIndex i = static_cast<NodeIndex>(row.first), j = static_cast<NodeIndex>(column.first);
+  const NodeIndex firstRow = std::clamp(i - 1, NodeIndex{0}, NodeIndex{NY} - 4);
+  const NodeIndex firstColumn = std::clamp(j - 1, NodeIndex{0}, NodeIndex{NX} - 4);
   const GridNodes nodes(data, rowStride, NX, NY);
   for (std::size_t p = 0; p < OrdinaryKriging::kNodes; ++p) {
     const auto node = nodes.Read<float>(firstRow + static_cast<NodeIndex>(p / 4),

@@ -6,23 +6,15 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geoid/biquadratic.h"
+#include "geomath/geoid/grid_location.h"
 #include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/grid_query.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kInvalidHeight = 999.0;  // metres: no undulation on Earth comes near it
-constexpr double kAngleUnits = 1e12;      // to a radian: the resolution of a query
-
-/// Rounds down to a multiple of the resolution. Angles of ordinary size are cut and corrected, which
-/// gives what floor gives without a call of it.
-double CutAngle(double angle) {
-  constexpr double kWholeFrom = 4503599627370496.0;  // 2^52: larger doubles are whole numbers
-  const double units = angle * kAngleUnits;
-  if (!(std::abs(units) < kWholeFrom)) return units / kAngleUnits;
-  const double cut = static_cast<double>(static_cast<std::int64_t>(units));
-  return (cut > units ? cut - 1 : cut) / kAngleUnits;
-}
+// Fewer points than this are answered faster one by one than in columns.
+constexpr std::size_t kWorthColumns = 8;
 
 double DegreesWest(double longitude) {
   return (longitude >= kPi ? longitude - kTwoPi : longitude) * kDegPerRad;
@@ -36,6 +28,32 @@ std::optional<NodeIndex> NearestNode(double angle, double start, double step, in
   const double position = (angle - start) / step + (first + 0.5);
   if (!(std::abs(position) < kFar)) return std::nullopt;
   return static_cast<NodeIndex>(position) - first;
+}
+
+/// The grid's region and half a step more on every side.
+TRectRgn WithCellEdges(const TGridRgn& g) {
+  return {g.B0 - g.latStep / 2, g.dB + g.latStep, g.L0 - g.lonStep / 2, g.dL + g.lonStep};
+}
+
+/// Runs a query point by point. Returns what `interpolate` returned when it failed, which ends the
+/// query.
+template <class Interpolate>
+int RunPoints(GridQuery& query, Interpolate interpolate) {
+  for (std::size_t k = 0; k < query.count; ++k) {
+    const TAbstractPoint3<double>& given = query.points[k];
+    double point[] = {given[0], given[1], given[2]}, &height = query.heights[k];
+    if (Locate(query.bounds, point[0], point[1])) {
+      if (const int failure = interpolate(point, height); failure != 0) return failure;
+    } else {
+      ++query.tally.outside;
+      height = kNoHeight;
+    }
+    if (IsInvalid(height)) {
+      height = kNoHeight;
+      ++query.tally.invalid;
+    }
+  }
+  return 0;
 }
 
 constexpr int kFirstRow = 2;
@@ -69,19 +87,20 @@ bool RegionalGeoid::GetSteps(double& latStep, double& lonStep) const {
 }
 
 TRectRgn RegionalGeoid::GetRegion(bool cellEdges) const {
-  const TGridRgn& g = data_.grid;
-  if (!cellEdges) return g;
-  return {g.B0 - g.latStep / 2, g.dB + g.latStep, g.L0 - g.lonStep / 2, g.dL + g.lonStep};
+  if (!cellEdges) return data_.grid;
+  return WithCellEdges(data_.grid);
 }
 
 int RegionalGeoid::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
                           double& height) const {
-  const GridNodes nodes(data, rowStride, NX, NY);
-  const TGridRgn& grid = data_.grid;
-  height = Biquadratic(grid, NY, NX, point, [&](NodeIndex row, NodeIndex j, double offset) {
-    return ParabolaOfRow(grid.lonStep, offset, nodes, row, j);
-  });
+  height = HeightAt(Biquadratic{{data_.grid, NY, NX}}, GridNodes(data, rowStride, NX, NY), point,
+                    height);
   return 0;
+}
+
+bool RegionalGeoid::RunColumns(GridQuery& query) const {
+  return RunByKernel(*this, Biquadratic{{data_.grid, data_.NY, data_.NX}},
+                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY), query);
 }
 
 long RegionalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* heights,
@@ -96,27 +115,16 @@ long RegionalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* h
 long RegionalGeoid::REG_MOD(const TAbstractPoint3<double>* points, int count,
                             double* heights) const {
   if (!data_.data) return kGeoidFailed;
-  TGridRgn region(GetRegion(true), data_.grid.latStep, data_.grid.lonStep);
-  int outside = 0, failure = 0;
-  bool invalid = false;
-  for (int k = 0; k < count; ++k) {
-    double point[] = {CutAngle(points[k][0]), CutAngle(points[k][1]), points[k][2]};
-    TAbstractPoint2<double> shift;
-    if (region.Inside(point, shift)) {
-      point[1] += shift[1];
-      failure = INTRP3(data_.data, rowStride_, region, data_.NY, data_.NX, point, heights[k]);
-      if (failure != 0) break;
-    } else {
-      ++outside;
-      heights[k] = kNoHeight;
-    }
-    if (std::abs(heights[k]) >= kInvalidHeight) {
-      heights[k] = kNoHeight;
-      invalid = true;
-    }
-  }
-  if (outside >= count) return kAllOutside;
-  if (outside > 0 || invalid) return kSomeWithoutHeight;
+  const std::size_t total = count > 0 ? static_cast<std::size_t>(count) : 0;
+  TGridRgn region(WithCellEdges(data_.grid), data_.grid.latStep, data_.grid.lonStep);
+  GridQuery query{points, heights, total, RectBounds(region), {}};
+  int failure = 0;
+  if (total < kWorthColumns || !RunColumns(query))
+    failure = RunPoints(query, [&](double* point, double& height) {
+      return INTRP3(data_.data, rowStride_, region, data_.NY, data_.NX, point, height);
+    });
+  if (query.tally.outside >= total) return kAllOutside;
+  if (query.tally.invalid > 0) return kSomeWithoutHeight;
   return failure != 0 ? kGeoidFailed : 0;
 }
 

@@ -9,15 +9,20 @@
 
 namespace zel_cs::geomath {
 
+struct GridQuery;
+
 /// Geoid heights from a regular latitude and longitude grid in the caller's memory. This class
 /// interpolates biquadratically over the 3 × 3 nodes around the nearest one (parabolas, second
 /// differences and row results in single precision); every other scheme is a subclass with its own
 /// INTRP3. Rows of floats in metres, southernmost first, each from the west; a float of exactly
 /// 20000 is a hole, and a stencil that touches one gives no height.
 ///
-/// Angles are radians and heights metres; kNoHeight stands where there is no height. No query
-/// reads outside the NX × NY nodes of the record, whatever its steps and extents are: a node
-/// outside is a hole. Queries are const, store nothing and may run from many threads at once.
+/// Angles are radians and heights metres; kNoHeight stands where there is no height. No query reads
+/// outside the NX × NY nodes of the record, whatever its steps and extents are: a node outside is a
+/// hole. Queries are const, store nothing and may run from many threads at once. A height has the
+/// same bits whatever other points its call asks for and whatever instruction set it runs on; the
+/// bilinear, biquadratic, convolution and Lagrange schemes over floats answer many points several
+/// times faster than one by one.
 class GEOMATH_API RegionalGeoid {
  public:
   /// The values of the record stay the caller's and must outlive the model and its copies.
@@ -40,10 +45,10 @@ class GEOMATH_API RegionalGeoid {
   virtual void InitData();
 
  public:
-  /// One height at `point` (latitude, longitude) from the NX × NY nodes at `data`, `rowStride` bytes
-  /// from row to row; positions are counted from this model's own grid. `region` is the region
-  /// that the query allowed, half a step wider than the grid. Returns 0 on success, which includes
-  /// a height of kNoHeight.
+  /// One height at `point` (latitude, longitude) from the NX × NY nodes at `data`, `rowStride`
+  /// bytes from row to row; positions are counted from this model's own grid. `region` is the
+  /// region that the query allowed, half a step wider than the grid. Returns 0 on success, which
+  /// includes a height of kNoHeight.
   virtual int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX,
                      double* point, double& height) const;
 
@@ -63,16 +68,17 @@ class GEOMATH_API RegionalGeoid {
   /// Heights of `count` points (latitude, longitude, height; the height is not used). A point
   /// counts as inside up to half a step beyond the outer nodes, also after a full turn of its
   /// longitude; its angles are first cut down to multiples of 1e-12 rad. A height of 999 m or more,
-  /// of either sign, is none. Returns 0 when every point got a height, kAllOutside when every point lies outside
-  /// (also when there is none), else kSomeWithoutHeight when one lies outside or got none, and
-  /// kGeoidFailed without data or when the interpolation failed, which ends the query.
+  /// of either sign, is none. Returns 0 when every point got a height, kAllOutside when every point
+  /// lies outside (also when there is none), else kSomeWithoutHeight when one lies outside or got
+  /// none, and kGeoidFailed without data or when the interpolation failed, which ends the query.
   long CountHeight(const TAbstractPoint3<double>* points, double* heights, int count) const;
 
-  /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows from
-  /// the north to the south, each from the west; from the rounded position of grid's southern edge
-  /// to that of its northern, and likewise in longitude. Neither interpolates nor looks for holes
-  /// (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where the
-  /// model has no node. Steps that are 0 or not finite write nothing. True unless there is no data.
+  /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows
+  /// from the north to the south, each from the west; from the rounded position of grid's southern
+  /// edge to that of its northern, and likewise in longitude. Neither interpolates nor looks for
+  /// holes (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where
+  /// the model has no node. Steps that are 0 or not finite write nothing. True unless there is no
+  /// data.
   bool CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix* accuracy) const;
 
  protected:
@@ -80,6 +86,10 @@ class GEOMATH_API RegionalGeoid {
   int rowStride_ = 0;       ///< bytes from row to row
 
  private:
+  /// Runs a query over columns of points, with the bits that INTRP3 gives one by one. Returns
+  /// false, nothing done, when that is left to INTRP3: for a scheme without kernels, and for a
+  /// host's own.
+  virtual bool RunColumns(GridQuery& query) const;
   long REG_MOD(const TAbstractPoint3<double>* points, int count, double* heights) const;
   int REG_MODGrid(const TGridRgn& grid, double* heights) const;
 };

@@ -102,8 +102,8 @@ TEST(GlobalGeoid, PointsAndRowsEqualTheTermByTermSum) {
   }
 }
 
-// Single points, groups of latitudes and rows run different loops, in lanes whose number depends on the
-// machine; the tests of the values reach only some of them.
+// Single points, groups of latitudes and rows run different loops, in lanes whose number depends on
+// the machine; the tests of the values reach only some of them.
 TEST(GlobalGeoid, AHeightDependsOnNoNeighbourAndNoInstructionSet) {
   const HarmonicModel egm96 = Egm96Degree36();
   // 45 points, poles among them, on 39 latitudes.

@@ -12,6 +12,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geomath.h"
+#include "geomath/simd/instruction_set.h"
 #include "tests/geoid/stored_grid.h"
 
 namespace zel_cs::geomath {
@@ -544,6 +545,95 @@ TEST_P(Interpolator, StaysInTheBufferOnHostileGeometry) {
   }
 }
 
+// Points in and around a grid of NX × NY nodes: on nodes and edges and a rounding beside them, a
+// full turn away, and without meaning.
+std::vector<TAbstractPoint3<double>> PointsAround(const TGridRgn& grid, int NX, int NY) {
+  std::vector<TAbstractPoint3<double>> points;
+  for (int k = 0; k < 300; ++k) {
+    double x = std::fmod(k * 0.8191725133961645, 1) * (NY + 1) - 1;
+    double y = std::fmod(k * 0.6710436067037893, 1) * (NX + 1) - 1;
+    const double aside = k % 5 == 1 ? 0 : k % 5 == 2 ? 2e-12 : -2e-12;
+    if (k % 5 < 3) x = std::round(2 * x) / 2 + aside;
+    if (k % 5 < 3) y = std::round(2 * y) / 2 + aside;
+    points.emplace_back(grid.B0 + x * grid.latStep,
+                        grid.L0 + y * grid.lonStep + kTwoPi * (k % 7 / 5 - k % 7 / 6 * 2), 0.0);
+  }
+  for (const double strange : {HUGE_VAL, -HUGE_VAL, std::nan(""), 1e300, -3e3, 2251.9, 4600.5}) {
+    points.emplace_back(strange, points[0][1], 0.0);
+    points.emplace_back(points[0][0], strange, 0.0);
+  }
+  return points;
+}
+
+// Arrays run through kernels, one for each instruction set, single points do not: every height must
+// have the same bits, and every slot the same beginning to be added to.
+void ExpectArraysEqualSinglePoints(const RegionalGeoid& model,
+                                   const std::vector<TAbstractPoint3<double>>& points) {
+  std::vector<double> alone(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    alone[i] = i % 9 == 0 ? 5 : 0;
+    model.CountHeight(&points[i], &alone[i], 1);
+  }
+  const auto best = simd::ActiveInstructionSet();
+  for (auto set :
+       {simd::InstructionSet::baseline, simd::InstructionSet::avx2, simd::InstructionSet::avx512}) {
+    simd::ForceInstructionSet(set);
+    std::vector<double> together(points.size());
+    for (std::size_t i = 0; i < points.size(); ++i) together[i] = i % 9 == 0 ? 5 : 0;
+    model.CountHeight(points.data(), together.data(), static_cast<int>(points.size()));
+    for (std::size_t i = 0; i < points.size(); ++i) {
+      if (std::isnan(alone[i]) && std::isnan(together[i])) continue;
+      ASSERT_EQ(together[i], alone[i])
+          << "set " << static_cast<int>(set) << " at " << points[i][0] << ' ' << points[i][1];
+    }
+  }
+  simd::ForceInstructionSet(best);
+}
+
+TEST_P(Interpolator, GivesArraysTheBitsOfSinglePoints) {
+  const Scheme& s = GetParam();
+  if (s.rule == Spline6Rule) return;  // its failure at one point ends a query
+  constexpr double kNan = std::numeric_limits<double>::quiet_NaN(), kHuge = 1e300;
+  for (const auto& [columns, rows] :
+       {std::pair(kColumns, kRows), std::pair(4, 3), std::pair(1, 2)}) {
+    StoredGrid grid(columns, rows, Hills, s.storage);
+    if (s.hole != Hole::none && columns == kColumns) grid.Set(6, 7, s.holeValue);
+    RegionalGeoidData record = grid.Record(s.scale);
+    ExpectArraysEqualSinglePoints(*s.make(record), PointsAround(record.grid, columns, rows));
+    // Steps that are no powers of two, across the half turn; then a field without meaning.
+    record.grid = {{-0.7, 0.011 * (rows - 1), 3.1, 0.013 * (columns - 1)}, 0.011, 0.013};
+    const auto points = PointsAround(record.grid, columns, rows);
+    ExpectArraysEqualSinglePoints(*s.make(record), points);
+    for (int field = 0; field < 6; ++field) {
+      for (const double value : {kNan, 0.0, -0.01, 1e-300, kHuge, -kHuge, 5.0}) {
+        RegionalGeoidData hostile = record;
+        (&hostile.grid.B0)[field] = value;
+        ExpectArraysEqualSinglePoints(*s.make(hostile), points);
+      }
+    }
+  }
+}
+
+// A host's scheme on top of one of ours, in an array as large as kernels take.
+class Constant : public RegGeoid2x2SW {
+ public:
+  using RegGeoid2x2SW::RegGeoid2x2SW;
+  int INTRP3(const void*, int, TGridRgn&, int, int, double*, double& height) const override {
+    height = 7;
+    return 0;
+  }
+};
+
+TEST(RegionalGeoid, CallsTheInterpolationOfAHostForArraysToo) {
+  const StoredGrid grid(kColumns, kRows, Hills);
+  const Constant model(grid.Record());
+  const std::vector<TAbstractPoint3<double>> points(
+      50, {StoredGrid::kSouth + StoredGrid::kLatStep, StoredGrid::kWest, 0});
+  std::vector<double> heights(points.size());
+  EXPECT_EQ(model.CountHeight(points.data(), heights.data(), 50), 0);
+  EXPECT_EQ(heights, std::vector<double>(points.size(), 7));
+}
+
 INSTANTIATE_TEST_SUITE_P(Schemes, Interpolator, testing::ValuesIn(kSchemes),
                          [](const auto& row) { return std::string(row.param.name); });
 
@@ -732,8 +822,8 @@ TEST(RegGeoidPolinomialSingapore, EvaluatesItsPolynomialWithinItsBounds) {
   for (const double node : copied) EXPECT_EQ(node, kNoHeight);
 }
 
-// A 10° grid of the whole Earth: columns wrap, and a row beyond a pole is row −r or 2·NY − r − 1 read
-// backwards about the western edge.
+// A 10° grid of the whole Earth: columns wrap, and a row beyond a pole is row −r or 2·NY − r − 1
+// read backwards about the western edge.
 TEST(RegGeoidInterpalation_GG2008SW, KeepsMirroredRowsAndWrapsColumns) {
   constexpr int kNX = 36, kNY = 19;
   const double step = kPi / 18;

@@ -3,25 +3,27 @@
 #include <array>
 #include <cstddef>
 
+#include "geomath/simd/kernel.h"
+
 /// Interpolation rules on plain numbers. Which nodes they are given is the caller's affair.
 namespace zel_cs::geomath {
 
 /// The parabola through a, b, c at −step, 0, +step, at offset d. The second difference is formed in
 /// the arithmetic of the nodes: single precision for floats, integers for shorts.
 template <class Value>
-double ThreePoint(double step, double d, Value a, Value b, Value c) {
+GEOMATH_INLINE double ThreePoint(double step, double d, Value a, Value b, Value c) {
   const auto second = c + a - 2 * b;
   return (second * d / step + c - a) * (d * 0.5 / step) + b;
 }
 
 /// z00 at (0, 0), z01 at (0, 1), z10 at (1, 0), z11 at (1, 1), evaluated at (u, v).
-inline double Bilinear(double u, double v, double z00, double z01, double z10, double z11) {
+GEOMATH_INLINE double Bilinear(double u, double v, double z00, double z01, double z10, double z11) {
   return (1 - u) * (1 - v) * z00 + (1 - u) * v * z01 + u * (1 - v) * z10 + u * v * z11;
 }
 
 /// The same surface from differences, which are formed in single precision.
-inline double BilinearByDifferences(double u, double v, float z00, float z01, float z10,
-                                    float z11) {
+GEOMATH_INLINE double BilinearByDifferences(double u, double v, float z00, float z01, float z10,
+                                            float z11) {
   const float west = z10 - z00, south = z01 - z00, east = z11 - z01;
   return z00 + south * v + east * u * v + west * u * (1 - v);
 }
@@ -30,13 +32,13 @@ using Weights4 = std::array<double, 4>;
 
 /// Cubic convolution with parameter −1/2 (Keys 1981, eq. 15): the weights of the nodes at −1, 0, 1
 /// and 2 for a point at t. Reproduces parabolas.
-inline Weights4 CatmullRom(double t) {
+GEOMATH_INLINE Weights4 CatmullRom(double t) {
   return {(t - 0.5 - 0.5 * t * t) * t, (1.5 * t - 2.5) * t * t + 1, ((2 - 1.5 * t) * t + 0.5) * t,
           0.5 * t * t * (t - 1)};
 }
 
 /// Lagrange's weights of the nodes at x[0 … 3] for a point at `at`. Reproduces cubics.
-inline Weights4 Lagrange(double at, const std::array<double, 4>& x) {
+GEOMATH_INLINE Weights4 Lagrange(double at, const std::array<double, 4>& x) {
   Weights4 weights;
   for (std::size_t k = 0; k < 4; ++k) {
     weights[k] = 1;

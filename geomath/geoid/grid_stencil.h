@@ -1,0 +1,67 @@
+#pragma once
+
+#include <cmath>
+
+#include "geomath/base/grid_rgn.h"
+#include "geomath/simd/kernel.h"
+
+/// Finding the nodes that a point is interpolated from: formulas without a branch or a call, which
+/// one point and columns of points share.
+namespace zel_cs::geomath {
+
+/// Rounds down: beside 1.5·2^52 there is no room for a fraction. Exact below 2^51, where any grid
+/// ends; larger numbers stay large, NaN stays.
+GEOMATH_INLINE double RoundDown(double x) {
+  constexpr double kRound = 0x1.8p52;
+  const double nearest = (x + kRound) - kRound;
+  return nearest > x ? nearest - 1 : nearest;
+}
+
+/// Cuts to a whole number, towards zero.
+GEOMATH_INLINE double CutToWhole(double x) { return std::copysign(RoundDown(std::abs(x)), x); }
+
+/// Whether x lies in [low, high]; false for NaN.
+GEOMATH_INLINE bool Between(double x, double low, double high) { return (x >= low) & (x <= high); }
+
+/// The geometry of a grid whose nodes are floats.
+struct GridFrame {
+  double south, north, west, latStep, lonStep;  // radians
+  double rows, columns;
+
+  GridFrame(const TGridRgn& grid, int NY, int NX)
+      : south(grid.B0),
+        north(grid.B0 + grid.dB),
+        west(grid.L0),
+        latStep(grid.latStep),
+        lonStep(grid.lonStep),
+        rows(NY),
+        columns(NX) {}
+
+  /// Whether `size` rows and columns from these on are in the grid.
+  GEOMATH_INLINE bool Holds(double row, double column, double size) const {
+    const bool along = Between(row, 0, rows - size), across = Between(column, 0, columns - size);
+    return along & across;
+  }
+};
+
+/// Where a point stands among the nodes. Without `inside` a node of its stencil is not in the grid,
+/// and nothing else here means anything.
+struct Stencil {
+  double row, column;  // the stencil's first, whole numbers, rows in the order of the rule
+  double u, v;         // the point's position along columns and rows, as the rule measures it
+  bool inside;
+};
+
+/// The cell of position x, in steps from the first of `count` nodes of an axis, and the fraction in
+/// it. A point on or past the last node belongs to the last cell, with a fraction of 1 or more; one
+/// before the first has none.
+struct AxisCell {
+  double first, fraction;
+  bool inside;
+};
+GEOMATH_INLINE AxisCell CellOf(double x, double count) {
+  const double node = RoundDown(x), first = node == count - 1 ? count - 2 : node;
+  return {first, x - first, Between(first, 0, count - 2)};
+}
+
+}  // namespace zel_cs::geomath
