@@ -25,7 +25,7 @@ struct SystemOptions {
 // "27700" of "27700" and "EPSG:27700".
 std::string CodeOf(const std::string& option, const std::string& text) {
   const std::string prefix = "epsg:";
-  const std::string code =
+  std::string code =
       CLI::detail::to_lower(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
   const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
   if (!digits || code.size() > 9)
