@@ -10,10 +10,9 @@
 #include <string>
 #include <vector>
 
-#include "geomath/magnetic/coefficient_file.h"
-#include "geomath/magnetic/decimal_year.h"
 #include "geomath/magnetic/magnetic_field.h"
 #include "tools/command.h"
+#include "tools/magnetic_file.h"
 #include "tools/number_text.h"
 #include "tools/point_columns.h"
 #include "tools/point_sink.h"
@@ -44,39 +43,12 @@ constexpr double kUselessCompass = 2000;  // nT
 
 void Warn(const std::string& text) { std::fprintf(stderr, "geomath: warning: %s\n", text.c_str()); }
 
-double YearOf(const std::string& date) {
-  int year = 0, month = 0, day = 0, read = 0;
-  const bool formed = std::sscanf(date.c_str(), "%4d-%2d-%2d%n", &year, &month, &day, &read) == 3 &&
-                      static_cast<std::size_t>(read) == date.size();
-  const auto decimal = formed ? DecimalYear(year, month, day) : std::nullopt;
-  if (!decimal)
-    throw UserError(fmt::format("--date: \"{}\" is no date; write it like 2026-05-31", date));
-  return *decimal;
-}
-
-std::unique_ptr<WMMtype_MagneticModel> ModelOf(const std::string& path) {
-  if (path.empty()) return Wmm2010Model();
-  auto model = ReadCoefficientFile(path.c_str());
-  if (!model)
-    throw UserError(
-        fmt::format("{}: holds no magnetic model; a coefficient file begins with the "
-                    "line \"2025.0 WMM-2025 11/13/2024\" or the like",
-                    path));
-  // A cut-off file would give a field that looks right and is wrong.
-  if (const int missing = CountMissingTerms(*model))
-    throw UserError(fmt::format("{}: {} of the {} terms up to degree {} are missing", path, missing,
-                                model->g.size() - 1, model->nMax));
-  return model;
-}
-
 MagneticField FieldOf(const DeclinationOptions& options) {
-  const auto model = ModelOf(options.model);
-  if (!model) throw UserError("there is not enough memory");
-  MagneticField field(*model, YearOf(options.date));
-  if (!field.InModelYears())
-    Warn(fmt::format("{} is outside the years of {}, {} to {}: the field is extrapolated{}",
-                     options.date, model->modelName, model->epoch, model->coefficientFileEndDate,
-                     options.model.empty() ? "; --model FILE.COF takes a newer model" : ""));
+  const auto model = OpenMagneticModel(options.model);
+  MagneticField field(*model, YearOfDate(options.date, "--date"));
+  const std::string warning = YearsWarning(field, *model, options.date);
+  if (!warning.empty())
+    Warn(warning + (options.model.empty() ? "; --model FILE.COF takes a newer model" : ""));
   return field;
 }
 

@@ -88,7 +88,7 @@ std::string AxesText(const wchar_t* axes) {
 }
 
 std::shared_ptr<ChainObject> FromFile(const py::object& path) {
-  const std::string name = py::module_::import("os").attr("fspath")(path).cast<std::string>();
+  const std::string name = PathOf(path);
   std::unique_ptr<geomath_tools::CoordinateSystem> system;
   {
     const py::gil_scoped_release unlocked;

@@ -175,6 +175,10 @@ bool AllNumbers(std::span<const Argument> arguments, double* numbers) {
   return true;
 }
 
+py::array_t<double> ArrayOf(const std::vector<double>& values) {
+  return py::array_t<double>(static_cast<py::ssize_t>(values.size()), values.data());
+}
+
 py::object TupleOf(std::span<const py::object> results) {
   if (results.size() == 1) return results[0];
   py::tuple tuple(results.size());

@@ -69,6 +69,9 @@ bool AllNumbers(std::span<const Argument> arguments, double* numbers);
 
 py::object TupleOf(std::span<const py::object> results);
 
+/// A new one-dimensional array.
+py::array_t<double> ArrayOf(const std::vector<double>& values);
+
 inline void Multiply(double* column, std::size_t count, double factor) {
   for (std::size_t i = 0; i < count; ++i) column[i] *= factor;
 }

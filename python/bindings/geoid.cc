@@ -43,16 +43,6 @@ std::unique_ptr<LoadedGeoid> Open(const GeoidChoice& choice) {
   return OpenGeoid(choice);
 }
 
-void Warn(const std::string& text) {
-  if (!text.empty() && PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 1) != 0)
-    throw py::error_already_set();
-}
-
-std::string PathOf(const py::object& path) {
-  return path.is_none() ? std::string()
-                        : py::module_::import("os").attr("fspath")(path).cast<std::string>();
-}
-
 }  // namespace
 
 // Regional grids.
@@ -188,14 +178,13 @@ std::shared_ptr<GeoidObject> GlobalFromFile(const py::object& path, const py::ob
   return GeoidObjectOf(*Open({"", "", PathOf(path), PathOf(correction), subtractNormalField}));
 }
 
-py::object ArrayOf(const std::vector<double>& column) {
-  if (column.empty()) return py::none();
-  return py::array_t<double>(static_cast<py::ssize_t>(column.size()), column.data());
-}
-
 py::tuple StateOf(const GlobalGeoidObject& g) {
   const GeoidCoefficients& c = g.coefficients;
-  return py::make_tuple(ArrayOf(c.C), ArrayOf(c.S), ArrayOf(c.correctionC), ArrayOf(c.correctionS));
+  const auto arrayOrNone = [](const std::vector<double>& column) {
+    return column.empty() ? py::object(py::none()) : ArrayOf(column);
+  };
+  return py::make_tuple(ArrayOf(c.C), ArrayOf(c.S), arrayOrNone(c.correctionC),
+                        arrayOrNone(c.correctionS));
 }
 
 std::shared_ptr<GlobalGeoidObject> GlobalFromState(const py::tuple& s) {

@@ -46,6 +46,16 @@ std::shared_ptr<Ellipsoid> EllipsoidFrom(const py::object& given) {
       ReadEllipsoid(JsonSection("Ellipsoid", "", section, kEllipsoidKeys)));
 }
 
+std::string PathOf(const py::object& path) {
+  if (path.is_none()) return {};
+  return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+}
+
+void Warn(const std::string& text) {
+  if (!text.empty() && PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 1) != 0)
+    throw py::error_already_set();
+}
+
 std::string NumberText(double value) { return py::repr(py::float_(value)); }
 
 }  // namespace geomath_python

@@ -22,6 +22,12 @@ nlohmann::json SectionOf(std::initializer_list<std::pair<const char*, py::object
 /// An Ellipsoid, or the name of one.
 std::shared_ptr<zel_cs::geomath::Ellipsoid> EllipsoidFrom(const py::object& given);
 
+/// A path as Python gives it; empty for None.
+std::string PathOf(const py::object& path);
+
+/// Gives a text that is not empty as a UserWarning.
+void Warn(const std::string& text);
+
 /// A number as Python writes it, with all its digits.
 std::string NumberText(double value);
 

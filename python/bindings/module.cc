@@ -25,5 +25,6 @@ PYBIND11_MODULE(_geomath, module) {
   BindProjection(module);
   BindGeoid(module);
   BindLocal(module);
+  BindMagnetic(module);
   BindChain(module);
 }

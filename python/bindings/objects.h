@@ -49,6 +49,7 @@ void BindEllipsoid(py::module_& module);
 void BindDatum(py::module_& module);
 void BindProjection(py::module_& module);
 void BindLocal(py::module_& module);
+void BindMagnetic(py::module_& module);
 void BindChain(py::module_& module);
 
 }  // namespace geomath_python

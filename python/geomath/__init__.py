@@ -19,6 +19,8 @@ from ._geomath import (
     GlobalGeoid,
     GridToGround,
     LocalToGrid,
+    MagneticField,
+    MagneticModel,
     Projection,
     RegionalGeoid,
     __version__,
@@ -26,6 +28,7 @@ from ._geomath import (
     interpolation_names,
     projections,
 )
+from ._magnetic_elements import MagneticElements
 
 __all__ = [
     "ChainStep",
@@ -37,6 +40,9 @@ __all__ = [
     "GlobalGeoid",
     "GridToGround",
     "LocalToGrid",
+    "MagneticElements",
+    "MagneticField",
+    "MagneticModel",
     "Projection",
     "RegionalGeoid",
     "__version__",

@@ -1,9 +1,11 @@
 from collections.abc import Mapping
 from os import PathLike
-from typing import Any, Literal, TypeAlias, final, overload
+from typing import Any, Literal, Protocol, TypeAlias, final, overload
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
+
+from ._magnetic_elements import MagneticElements
 
 _Array: TypeAlias = NDArray[np.float64]
 _One: TypeAlias = _Array | None
@@ -277,6 +279,54 @@ class GridToGround:
     def to_grid(
         self, north: ArrayLike, east: ArrayLike, *, out: _Two = ...
     ) -> tuple[_Array, _Array]: ...
+
+class _Date(Protocol):
+    @property
+    def year(self) -> int: ...
+    @property
+    def month(self) -> int: ...
+    @property
+    def day(self) -> int: ...
+
+@final
+class MagneticModel:
+    def __init__(self, path: _Path | None = ...) -> None: ...
+    @property
+    def name(self) -> str: ...
+    @property
+    def epoch(self) -> float: ...
+    @property
+    def end(self) -> float: ...
+    @property
+    def max_degree(self) -> int: ...
+    def field(self, date: _Date | np.datetime64 | str | float) -> MagneticField: ...
+
+@final
+class MagneticField:
+    @property
+    def model(self) -> MagneticModel: ...
+    @property
+    def decimal_year(self) -> float: ...
+    @overload
+    def declination(  # type: ignore[misc]
+        self, lat: float, lon: float, h: float = ..., *, degrees: bool = ..., out: None = ...
+    ) -> float: ...
+    @overload
+    def declination(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: _One = ...,
+    ) -> _Array: ...
+    def elements(
+        self, lat: ArrayLike, lon: ArrayLike, h: ArrayLike = ..., *, degrees: bool = ...
+    ) -> MagneticElements: ...
+    def yearly_change(
+        self, lat: ArrayLike, lon: ArrayLike, h: ArrayLike = ..., *, degrees: bool = ...
+    ) -> MagneticElements: ...
 
 @final
 class CoordinateChain:
