@@ -1,11 +1,24 @@
 #include "geomath/base/batch.h"
 
+#include <limits>
+
 namespace zel_cs::geomath {
 
 bool AllWithin(const double* values, std::size_t count, double bound) {
   const auto allWithin =
       simd::ForActiveSet([](auto target) { return &BatchKernel<decltype(target)>::AllWithin; });
   return allWithin(values, count, bound);
+}
+
+template <std::size_t N>
+std::size_t MarkFailures(double* const (&columns)[N], std::size_t count) {
+  const auto allFinite = [&](const double* column) {
+    return AllWithin(column, count, std::numeric_limits<double>::max());
+  };
+  if (std::all_of(columns, columns + N, allFinite)) return count;
+  const auto mark = simd::ForActiveSet(
+      [](auto target) { return &BatchKernel<decltype(target)>::template MarkFailures<N>; });
+  return mark(columns, count);
 }
 
 template <std::size_t N>
@@ -22,6 +35,8 @@ void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::si
   interleave(columns, points, count);
 }
 
+template std::size_t MarkFailures(double* const (&)[2], std::size_t);
+template std::size_t MarkFailures(double* const (&)[3], std::size_t);
 template void Separate(const double*, double (&)[2][kBatchBlock], std::size_t);
 template void Separate(const double*, double (&)[3][kBatchBlock], std::size_t);
 template void Interleave(const double (&)[2][kBatchBlock], double*, std::size_t);

@@ -4,7 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
-#include <limits>
+#include <numeric>
 #include <tuple>
 #include <utility>
 
@@ -26,21 +26,7 @@ void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::si
 /// Makes every point of a block without finite coordinates NaN in all columns; returns the number
 /// of the others.
 template <std::size_t N>
-std::size_t MarkFailures(double* const (&columns)[N], std::size_t count) {
-  const auto allFinite = [&](const double* column) {
-    return AllWithin(column, count, std::numeric_limits<double>::max());
-  };
-  if (std::all_of(columns, columns + N, allFinite)) return count;
-  std::size_t good = 0;
-  for (std::size_t i = 0; i < count; ++i) {
-    const auto finiteHere = [i](const double* column) { return std::isfinite(column[i]); };
-    const bool finite = std::all_of(columns, columns + N, finiteHere);
-    good += finite;
-    if (finite) continue;
-    for (double* column : columns) column[i] = std::numeric_limits<double>::quiet_NaN();
-  }
-  return good;
-}
+std::size_t MarkFailures(double* const (&columns)[N], std::size_t count);
 
 /// Points of N coordinates in a caller's arrays; the coordinates of point i stand at
 /// arrays[i * stride]. Gives them out as contiguous columns, block by block: the arrays themselves
@@ -123,7 +109,7 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
 
 /// Runs a conversion that has a column kernel over a block in place, and `single`, which converts one
 /// point, double (&point)[kColumns], over those of its points that the kernel does not serve: no
-/// result depends on a point's neighbours.
+/// result depends on a point's neighbours. A point with NaN gives NaN.
 template <class Conversion, class Single>
 void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
                std::size_t count, Single single) {
@@ -142,7 +128,11 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
     for (std::size_t c = 0; c < N; ++c) point[c] = given[c][i];
     if (std::apply([&](auto... x) { return conversion.Serves(x...); }, std::to_array(point)))
       continue;
-    single(point);
+    const double sum = std::accumulate(point, point + N, 0.0);
+    if (std::isnan(sum))
+      std::fill_n(point, N, sum);
+    else
+      single(point);
     for (std::size_t c = 0; c < N; ++c) columns[c][i] = point[c];
   }
 }

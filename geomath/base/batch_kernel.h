@@ -11,8 +11,10 @@ inline constexpr std::size_t kBatchBlock = 256;
 /// What every batch does with columns beside converting them.
 template <class Target>
 struct BatchKernel {
-  /// As the function of that name.
+  /// As the functions of these names.
   static bool AllWithin(const double* values, std::size_t count, double bound);
+  template <std::size_t N>
+  static std::size_t MarkFailures(double* const (&columns)[N], std::size_t count);
 
   /// Points of N coordinates that stand side by side to columns, and back.
   template <std::size_t N>

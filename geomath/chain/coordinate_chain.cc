@@ -23,49 +23,59 @@ constexpr int kMaxHeightRounds = 10;       // each leaves 1e-4 of the rest or le
 
 }  // namespace
 
-// Points that go through all steps together, in place.
+// Points that go through all steps together, in place. Those that fail go on as copies of one that
+// has not, so that they do not turn the steps from their columns to single points.
 struct CoordinateChain::Block {
   double* const x;
   double* const y;
   double* const h;
   const std::size_t count;
+  std::size_t alive;
   ChainStep failed[kBatchBlock];
-  bool anyFailed = false;
 
   Block(double* const (&columns)[3], std::size_t points)
-      : x(columns[0]), y(columns[1]), h(columns[2]), count(points) {
+      : x(columns[0]), y(columns[1]), h(columns[2]), count(points), alive(points) {
     std::fill_n(failed, count, ChainStep::none);
   }
 
   bool Alive(std::size_t i) const { return failed[i] == ChainStep::none; }
 
-  void Fail(std::size_t i, ChainStep step) {
-    failed[i] = step;
-    anyFailed = true;
-    x[i] = y[i] = h[i] = kNaN;
+  // Blames `step` for the points alive of which `fails`, a callable on the index, is true.
+  template <class Predicate>
+  void FailWhere(ChainStep step, Predicate fails) {
+    for (std::size_t i = 0; i < count; ++i) {
+      if (!Alive(i) || !fails(i)) continue;
+      failed[i] = step;
+      --alive;
+    }
+    if (alive == count || alive == 0) return;
+    const auto living = std::find(failed, failed + count, ChainStep::none) - failed;
+    for (std::size_t i = 0; i < count; ++i)
+      if (!Alive(i)) x[i] = x[living], y[i] = y[living], h[i] = h[living];
   }
 
   void FailAll(ChainStep step) {
-    for (std::size_t i = 0; i < count; ++i) {
-      if (Alive(i)) Fail(i, step);
-    }
+    FailWhere(step, [](std::size_t) { return true; });
   }
 
-  // Blames `step` for every point that it has left without finite coordinates; `converted` is the
-  // number of the others.
+  // Fails the points that `step` has left without finite coordinates; `converted` is the number of
+  // the others.
   void Check(ChainStep step, std::size_t converted) {
     if (converted == count) return;
-    for (std::size_t i = 0; i < count; ++i) {
-      const bool finite = std::isfinite(x[i]) && std::isfinite(y[i]) && std::isfinite(h[i]);
-      if (!finite && Alive(i)) Fail(i, step);
-    }
+    FailWhere(step, [this](std::size_t i) {
+      return !(std::isfinite(x[i]) && std::isfinite(y[i]) && std::isfinite(h[i]));
+    });
   }
 
   void CheckLatitudes(ChainStep step) {
     if (AllWithin(x, count, kMaxLatitude)) return;
-    for (std::size_t i = 0; i < count; ++i) {
-      if (Alive(i) && !(std::abs(x[i]) <= kMaxLatitude)) Fail(i, step);
-    }
+    FailWhere(step, [this](std::size_t i) { return !(std::abs(x[i]) <= kMaxLatitude); });
+  }
+
+  void MarkFailed() {
+    if (alive == count) return;
+    for (std::size_t i = 0; i < count; ++i)
+      if (!Alive(i)) x[i] = y[i] = h[i] = kNaN;
   }
 
   // An object without axes text has north and east, where a rotation changes nothing.
@@ -138,10 +148,8 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   const auto subtractGeoid = [&] {
     double geoidHeight[kBatchBlock];
     geoid_->Heights(p.x, p.y, geoidHeight, p.count);
-    for (std::size_t i = 0; i < p.count; ++i) {
-      aboveGeoid[i] = p.h[i] - geoidHeight[i];
-      if (p.Alive(i) && !std::isfinite(aboveGeoid[i])) p.Fail(i, ChainStep::geoid);
-    }
+    for (std::size_t i = 0; i < p.count; ++i) aboveGeoid[i] = p.h[i] - geoidHeight[i];
+    p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(aboveGeoid[i]); });
   };
 
   if (geoidFirst) subtractGeoid();
@@ -209,14 +217,14 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
       rest[i] = sameEllipsoid ? 0 : wanted - p.h[i];
       p.h[i] = wanted;
       ellipsoidal[i] += rest[i];
-      if (p.Alive(i) && !std::isfinite(wanted)) p.Fail(i, ChainStep::geoid);
-      if (p.Alive(i)) worst = std::max(worst, std::abs(rest[i]));
     }
+    p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(p.h[i]); });
+    for (std::size_t i = 0; i < p.count; ++i)
+      if (p.Alive(i)) worst = std::max(worst, std::abs(rest[i]));
     if (worst <= kHeightTolerance) break;
   }
-  for (std::size_t i = 0; i < p.count; ++i) {
-    if (p.Alive(i) && !(std::abs(rest[i]) <= kHeightTolerance)) p.Fail(i, ChainStep::geoid);
-  }
+  p.FailWhere(ChainStep::geoid,
+              [&](std::size_t i) { return !(std::abs(rest[i]) <= kHeightTolerance); });
   if (datum_ && sameEllipsoid) DatumToGlobal(p);
 }
 
@@ -252,10 +260,8 @@ std::size_t CoordinateChain::RunBatch(BlockStep steps, double* x, double* y, dou
   const auto convert = [&](double* const(&columns)[3], std::size_t n) {
     Block block(columns, n);
     block.Check(ChainStep::input, MarkFailures(columns, n));
-    (this->*steps)(block);
-    if (block.anyFailed)
-      for (std::size_t i = 0; i < n; ++i)
-        if (!block.Alive(i)) block.x[i] = kNaN;
+    if (block.alive > 0) (this->*steps)(block);
+    block.MarkFailed();
     if (failedAt) std::copy_n(block.failed, n, failedAt + first);
     first += n;
   };
