@@ -1,7 +1,8 @@
 #!/usr/bin/env python3
 """Runs the code blocks of one page of the documentation.
 
-They run in a scratch directory that holds a copy of examples/ and a link `build` to the build tree.
+They run in a scratch directory that holds copies of examples/ and tests/data/ and a link `build` to
+the build tree.
 
 Languages of the fences, in the order in which the blocks stand:
 
@@ -119,7 +120,8 @@ class Runner:
         self.environment["PATH"] = f"{arguments.program_dir}:{os.environ['PATH']}"
         shutil.rmtree(self.scratch, ignore_errors=True)
         self.scratch.mkdir(parents=True)
-        shutil.copytree(Path(arguments.source) / "examples", self.scratch / "examples")
+        for folder in ("examples", "tests/data"):
+            shutil.copytree(Path(arguments.source) / folder, self.scratch / folder)
         (self.scratch / "build").symlink_to(arguments.build)
 
     def command(self, *words, feed=None):

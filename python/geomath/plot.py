@@ -1,0 +1,206 @@
+"""Pictures of what the library computes, on matplotlib axes.
+
+    import geomath.plot
+    axes = geomath.plot.geoid(model, range(35, 56), range(-12, 31))
+    axes.figure.savefig("geoid.png")
+
+Every function draws on the axes that it is given, or on new ones, and returns them, so that titles,
+sizes and further layers are the caller's. Fields are drawn over positions: lat and lon are the
+one-dimensional arrays of the rows and columns to compute, degrees. Where a value cannot be computed,
+the field stays empty.
+"""
+
+from __future__ import annotations
+
+import math
+from typing import TYPE_CHECKING, Any
+
+import matplotlib.pyplot as plt  # type: ignore[import]
+import numpy as np
+
+if TYPE_CHECKING:
+    from collections.abc import Sequence
+
+    from numpy.typing import ArrayLike
+
+    from . import Geoid, MagneticField, Projection
+
+__all__ = ["declination", "geoid", "residuals", "scale_factor"]
+
+_Array = np.ndarray[Any, np.dtype[np.float64]]
+
+_LONGEST_VECTOR = 0.15  # beside the extent of the points
+_POLAR_COSINE = 0.1  # the narrowest degree of longitude that is drawn to scale
+
+
+def residuals(
+    north: ArrayLike,
+    east: ArrayLike,
+    residual_north: ArrayLike,
+    residual_east: ArrayLike,
+    *,
+    used: ArrayLike | None = None,
+    names: Sequence[str] | None = None,
+    axes: Any = None,
+) -> Any:
+    """Residuals of a site calibration as vectors on a map of its control points.
+
+    north, east: positions, metres; residual_north, residual_east: metres. All vectors are drawn in
+    one scale, which the key states. used: which points took part, drawn filled; the others are
+    hollow. names: a text for each point. A point without a residual has no vector. Raises ValueError
+    when the lengths differ.
+    """
+    n, e, dn, de = (
+        np.atleast_1d(np.asarray(values, dtype=float))
+        for values in (north, east, residual_north, residual_east)
+    )
+    filled = np.ones(len(n), bool) if used is None else np.asarray(used, dtype=bool)
+    lengths = {len(values) for values in (n, e, dn, de, filled, names if names is not None else n)}
+    if len(lengths) != 1 or 0 in lengths:
+        raise ValueError("positions, residuals, used and names must have one value for each point")
+
+    axes = _axes(axes)
+    for mask, face in ((filled, "tab:blue"), (~filled, "none")):
+        axes.scatter(e[mask], n[mask], s=25, facecolors=face, edgecolors="tab:blue", zorder=3)
+    for x, y, name in zip(e, n, names or []):
+        axes.annotate(name, (x, y), xytext=(4, 4), textcoords="offset points", fontsize="small")
+
+    drawn = np.isfinite(dn) & np.isfinite(de)
+    longest = float(np.max(np.hypot(dn, de)[drawn], initial=0))
+    if longest > 0:
+        extent = max(np.ptp(n), np.ptp(e)) or 1.0
+        # In data coordinates one metre of residual is 1/scale metres on the map.
+        scale = longest / (_LONGEST_VECTOR * extent)
+        vectors = axes.quiver(
+            e[drawn],
+            n[drawn],
+            de[drawn],
+            dn[drawn],
+            angles="xy",
+            scale_units="xy",
+            scale=scale,
+            width=0.006,
+            color="tab:red",
+        )
+        key = _round_length(longest)
+        axes.quiverkey(vectors, 0.85, 0.95, key, f"{key:g} m", labelpos="W", coordinates="axes")
+    axes.margins(0.2)
+    axes.set_aspect("equal")
+    axes.ticklabel_format(useOffset=False, style="plain")
+    axes.set_xlabel("east [m]")
+    axes.set_ylabel("north [m]")
+    return axes
+
+
+def geoid(
+    model: Geoid,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    interval: float | None = None,
+    axes: Any = None,
+) -> Any:
+    """Geoid heights of a model, metres, as a coloured field with labelled contours.
+
+    interval: metres between contours, chosen by matplotlib when it is not given.
+    """
+    rows, columns = _rows_and_columns(lat, lon)
+    heights = np.asarray(model.height(rows, columns))
+    return _field(axes, rows, columns, heights, "geoid height [m]", interval)
+
+
+def scale_factor(
+    projection: Projection,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    interval: float | None = None,
+    axes: Any = None,
+) -> Any:
+    """Where a projection lengthens and where it shortens: point scale less 1, parts per million.
+
+    The colours are centred on 0, where a length in the grid is that on the ellipsoid. interval: parts
+    per million between contours. Raises ValueError for a projection with geographic axes other than
+    north and east.
+    """
+    if projection.geographic_axes != "NE":
+        raise ValueError("the projection must take latitude and longitude, not other axes")
+    rows, columns = _rows_and_columns(lat, lon)
+    scale, _ = projection.factors(rows, columns)
+    distortion = (np.asarray(scale) - 1) * 1e6
+    return _field(axes, rows, columns, distortion, "scale factor − 1 [ppm]", interval, centred=True)
+
+
+def declination(
+    field: MagneticField,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    h: float = 0.0,
+    interval: float | None = None,
+    axes: Any = None,
+) -> Any:
+    """Magnetic declination, degrees east of true north, with lines of equal declination.
+
+    field: a model at a date, `MagneticModel(path).field(date)`. h: metres above the ellipsoid. interval:
+    degrees between lines.
+    """
+    rows, columns = _rows_and_columns(lat, lon)
+    values = np.asarray(field.declination(rows, columns, h))
+    return _field(axes, rows, columns, values, "declination [°]", interval, centred=True)
+
+
+def _axes(axes: Any) -> Any:
+    return axes if axes is not None else plt.subplots(layout="compressed")[1]
+
+
+def _rows_and_columns(lat: ArrayLike, lon: ArrayLike) -> tuple[_Array, _Array]:
+    rows, columns = np.asarray(lat, dtype=float), np.asarray(lon, dtype=float)
+    if rows.ndim != 1 or columns.ndim != 1 or min(len(rows), len(columns)) < 2:
+        raise ValueError(
+            "lat and lon must be one-dimensional with two values at least: their shapes are "
+            f"{rows.shape} and {columns.shape}"
+        )
+    return rows[:, np.newaxis], columns[np.newaxis, :]
+
+
+def _field(
+    axes: Any,
+    rows: _Array,
+    columns: _Array,
+    values: _Array,
+    label: str,
+    interval: float | None,
+    centred: bool = False,
+) -> Any:
+    shown: Any = np.ma.array(values, mask=~np.isfinite(values))  # type: ignore[no-untyped-call]
+    if shown.count() == 0:
+        raise ValueError("no value of the field can be computed at these positions")
+    low, high = float(shown.min()), float(shown.max())
+    lat, lon = rows[:, 0], columns[0, :]
+    axes = _axes(axes)
+    if centred:
+        reach = max(abs(low), abs(high))
+        colours: dict[str, Any] = {"cmap": "RdBu_r", "vmin": -reach, "vmax": reach}
+    else:
+        colours = {"cmap": "viridis"}
+    mesh = axes.pcolormesh(lon, lat, shown, shading="nearest", **colours)
+    axes.figure.colorbar(mesh, ax=axes, label=label)
+    levels = None if interval is None else _multiples(interval, low, high)
+    if low < high and (levels is None or len(levels) > 0):
+        lines = axes.contour(lon, lat, shown, levels, colors="black", linewidths=0.6)
+        axes.clabel(lines, fmt="%g", fontsize="small")
+    axes.set_aspect(1 / max(math.cos(math.radians(float(np.mean(lat)))), _POLAR_COSINE))
+    axes.set_xlabel("longitude [°]")
+    axes.set_ylabel("latitude [°]")
+    return axes
+
+
+def _multiples(interval: float, low: float, high: float) -> _Array:
+    return np.arange(math.ceil(low / interval), math.floor(high / interval) + 1) * interval
+
+
+def _round_length(longest: float) -> float:
+    """The largest of 1, 2, 5 times a power of ten that is not longer."""
+    power = 10.0 ** math.floor(math.log10(longest))
+    return next(step * power for step in (5, 2, 1) if step * power <= longest * (1 + 1e-9))
