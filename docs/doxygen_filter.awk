@@ -133,6 +133,7 @@ function CleanPage(    i, fenced, page) {
       if (fenced && lines[i] !~ /cpp|python/) lines[i] = "```{.unparsed}"
     }
     if (fenced || lines[i] ~ /^```/) continue
+    if (lines[i] ~ /^!\[/) sub(/\]\(.*\//, "](", lines[i])  # pictures are found by IMAGE_PATH
     gsub(/\[`/, "[", lines[i])  # code is not understood in the text of a link
     gsub(/`\]\(/, "](", lines[i])
     if (isContents(page)) lines[i] = PlacePages(page, lines[i])
