@@ -156,13 +156,13 @@ TEST_F(Calibrate, SaysWhatIsWrong) {
     EXPECT_EQ(run.status, 2) << row.name;
     EXPECT_TRUE(Contains(run.err, row.complaint)) << row.name << ": " << run.err;
   }
-  Write("mercator.json",
-        R"({"global": {"ellipsoid": "WGS84"}, "projection": {"name": "MERCATOR", "Lon0": 5,
-            "Lat0": 0, "FEast": 0, "FNorth": 0}})");
+  Write("rd.json",
+        R"({"global": {"ellipsoid": "WGS84"}, "projection": {"name": "RDPROJ", "Lon0": 5,
+            "Lat0": 52, "East0": 0, "North0": 0}})");
   Write("in.csv", header + "52,5,1,2,3,4,3\n52.1,5,1,2000,3,4,3\n");
-  const ProgramRun run = Run("in.csv --system mercator.json -o other.json --pipeline");
+  const ProgramRun run = Run("in.csv --system rd.json -o other.json --pipeline");
   EXPECT_EQ(run.status, 2);
-  EXPECT_TRUE(Contains(run.err, "MERCATOR cannot be written for PROJ")) << run.err;
+  EXPECT_TRUE(Contains(run.err, "RDPROJ cannot be written for PROJ")) << run.err;
   EXPECT_FALSE(fs::exists(directory_ / "other.json"));
 }
 
