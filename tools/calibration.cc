@@ -23,11 +23,28 @@ bool HasPosition(const IdenticalPoint& p) {
   return (p.globalFlags & kPlane) == kPlane;
 }
 
+// The chain takes pairs in the order of the axes.
+void PutEastFirst(IdenticalPoint& p) {
+  const std::uint32_t north = p.localFlags & kHasNorth, east = p.localFlags & kHasEast;
+  p.localFlags = (p.localFlags & kHasHeight) | (north ? kHasEast : 0) | (east ? kHasNorth : 0);
+  std::swap(p.localN, p.localE);
+}
+
+// Local coordinates are those after the ground system; the calibration stands before it.
+void LeaveGround(const GridToGround* ground, const std::string& name, IdenticalPoint& p) {
+  unsigned long present = p.localFlags;
+  if (!ground || ground->IsDisabled() || !(present & (kHasNorth | kHasEast))) return;
+  if (!ground->ToGrid(p.localN, p.localE, p.localH, &present))
+    throw UserError(fmt::format(
+        "point {}: one local coordinate alone cannot be turned back from the ground system", name));
+}
+
 // The point in the system's grid; one without a position stays, and will not be used.
 IdenticalPoint ToGrid(const CoordinateChain& chain, const CoordinateSystem& system,
                       const ControlPoint& point) {
   IdenticalPoint p = point.given;
-  if (!system.Grid().northFirst) std::swap(p.localN, p.localE);
+  if (!system.Grid().northFirst) PutEastFirst(p);
+  LeaveGround(system.Chain().GetGround(), point.name, p);
   if (!HasPosition(p)) return p;
   double first = p.globalN * kRadPerDeg, second = p.globalE * kRadPerDeg;
   if (!system.Geographic().northFirst) std::swap(first, second);
@@ -56,6 +73,7 @@ Calibration::Calibration(const CoordinateSystem& system, const std::vector<Contr
     : system_(system) {
   CoordinateChain chain = system.Chain();
   chain.SetLocalization(nullptr);
+  chain.SetGround(nullptr);
   for (const ControlPoint& point : control) {
     names_.push_back(point.name);
     points_.push_back(ToGrid(chain, system, point));

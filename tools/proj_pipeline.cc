@@ -223,6 +223,14 @@ std::string SiteText(const LocalToGrid& site) {
   return text;
 }
 
+// The ground system is linear in the plane, so that the fit over any points is the system itself.
+std::string GroundText(const GridToGround* ground, const CoordinateColumns& lattice) {
+  if (!ground || ground->IsDisabled()) return "";
+  CoordinateColumns image = lattice;
+  ground->ToGroundBatch(image.first.data(), image.second.data(), image.Count());
+  return PlaneStep(FitPlane(lattice, image.second), FitPlane(lattice, image.first));
+}
+
 // Runs the pipeline over the lattice beside the system's own conversion with the calibration.
 void RefuseDifference(const Calibration& calibration, const std::string& pipeline,
                       const CoordinateColumns& lattice) {
@@ -239,8 +247,10 @@ void RefuseDifference(const Calibration& calibration, const std::string& pipelin
   };
 
   CoordinateColumns global = lattice;
-  chain.SetLocalization(nullptr);
-  chain.ToGlobalBatch(global.first.data(), global.second.data(), global.height.data(), count);
+  CoordinateChain toGrid = chain;
+  toGrid.SetLocalization(nullptr);
+  toGrid.SetGround(nullptr);
+  toGrid.ToGlobalBatch(global.first.data(), global.second.data(), global.height.data(), count);
   chain.SetLocalization(&site);
   CoordinateColumns local = global, peer = global;
   chain.ToLocalBatch(local.first.data(), local.second.data(), local.height.data(), count);
@@ -268,7 +278,7 @@ std::string ProjPipeline(const Calibration& calibration) {
   std::string text = "+proj=pipeline";
   if (const Datum* datum = chain.GetDatum()) text += DatumText(*chain.GetGlobalEllipsoid(), *datum);
   text += " +step " + definition + CorrectionText(projection, definition, lattice);
-  text += SiteText(calibration.Site());
+  text += SiteText(calibration.Site()) + GroundText(chain.GetGround(), lattice);
   RefuseDifference(calibration, text, lattice);
   return text;
 }

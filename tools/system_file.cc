@@ -34,7 +34,7 @@ class SystemReader {
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
     const JsonSection top(file_, "", root,
                           {"name", "description", "global", "local", "datum", "projection", "axes",
-                           "geoid", "localization"});
+                           "geoid", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -47,12 +47,14 @@ class SystemReader {
       system->localization_ = ReadLocalization(
           JsonSection(file_, "localization", top.Object("localization"),
                       {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)}));
+    if (top.Has("ground")) ReadGroundAt(top, *system);
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
     chain.SetProjection(system->Projection());
     if (top.Has("geoid")) ReadGeoid(top, *system);
     if (system->localization_) chain.SetLocalization(&*system->localization_);
+    if (system->ground_) chain.SetGround(&*system->ground_);
     return system;
   }
 
@@ -116,18 +118,21 @@ class SystemReader {
     };
     GeoidChoice choice{path("grid"), text("interpolation", "the name of a scheme"), path("model"),
                        path("correction"), false};
-    const auto chooseOne = [&](const char* key, const std::vector<std::string>& known) {
-      const std::string chosen = text(key, "one of two words");
-      if (!chosen.empty() && std::find(known.begin(), known.end(), chosen) == known.end())
-        section.Fail(key,
-                     fmt::format("is \"{}\"; {}", Printable(chosen), SuggestName(chosen, known)));
-      return chosen;
-    };
-    choice.subtractNormalField = chooseOne("subtractNormalField", {"yes", "no"}) == "yes";
-    const bool local = chooseOne("frame", {"global", "local"}) == "local";
+    choice.subtractNormalField = ReadWord(section, "subtractNormalField", {"yes", "no"}) == "yes";
+    const bool local = ReadWord(section, "frame", {"global", "local"}) == "local";
     system.geoid_ = OpenGeoid(choice);
     system.chain_.SetGeoid(&system.geoid_->Heights(),
                            local ? GeoidFrame::local : GeoidFrame::global);
+  }
+
+  // The chain gives the pair in the order of the axes: exchanged, a rotation turns the other way.
+  void ReadGroundAt(const JsonSection& top, CoordinateSystem& system) const {
+    GridToGround& ground = system.ground_.emplace(
+        ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys)));
+    if (system.grid_.northFirst) return;
+    std::swap(ground.originN, ground.originE);
+    std::swap(ground.offsetN, ground.offsetE);
+    ground.rotation = -ground.rotation;
   }
 
   std::string file_;

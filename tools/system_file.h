@@ -7,6 +7,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/datum/datum.h"
+#include "geomath/local/grid_to_ground.h"
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/geoid_file.h"
@@ -49,6 +50,7 @@ class CoordinateSystem {
   NamedProjection named_;
   std::unique_ptr<LoadedGeoid> geoid_;
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
+  std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;
   AxisPair geographic_, grid_;
 };

@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geomath/base/angle.h"
 #include "tools/ellipsoid_names.h"
 #include "tools/name_match.h"
 
@@ -16,6 +17,7 @@ namespace {
 
 // What an ellipsoid of a planet or moon has; a figure in kilometres or feet is caught.
 constexpr double kSmallestAxis = 1e5, kLargestAxis = 1e8;  // metres
+constexpr double kLargestHeight = 1e5;                     // metres, of a site
 
 constexpr AxisText kAxes[] = {
     {"NE", true},  {"NW", true},  {"SE", true},  {"SW", true},
@@ -67,6 +69,12 @@ double ReadAngle(const JsonSection& section, const std::string& name, double lim
   return value;
 }
 
+double ReadFactor(const JsonSection& section, const std::string& name, const std::string& what) {
+  const double value = section.Number(name, what);
+  if (!(value > 0)) section.Fail(name, "must be above 0");
+  return value;
+}
+
 double ReadParameter(const JsonSection& section, const ProjectionParameter& parameter) {
   const std::string& name = parameter.name;
   switch (parameter.unit) {
@@ -74,11 +82,8 @@ double ReadParameter(const JsonSection& section, const ProjectionParameter& para
       return ReadAngle(section, name, 90);
     case ParameterUnit::degrees:
       return ReadAngle(section, name, 360);
-    case ParameterUnit::factor: {
-      const double value = section.Number(name, "a scale factor");
-      if (!(value > 0)) section.Fail(name, "must be above 0");
-      return value;
-    }
+    case ParameterUnit::factor:
+      return ReadFactor(section, name, "a scale factor");
     case ParameterUnit::metres:
       return section.Number(name, "a length in metres");
     case ParameterUnit::number:
@@ -89,7 +94,48 @@ double ReadParameter(const JsonSection& section, const ProjectionParameter& para
 
 static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
 
+// The scale is given, or derived from the height of the site and the scale of the grid there.
+void ReadGroundScale(const JsonSection& section, GridToGround& ground) {
+  const char *height = "height", *factor = "gridScaleFactor";
+  if (!section.Has(height) && !section.Has(factor)) {
+    ground.scale = ReadFactor(section, "scale",
+                              fmt::format("the scale from grid to ground (1 means unchanged), or "
+                                          "\"{}\" with \"{}\",",
+                                          height, section.Spelled(factor)));
+    return;
+  }
+  if (section.Has("scale"))
+    section.Fail("scale", fmt::format("cannot stand beside \"{}\" and \"{}\", which give it",
+                                      height, section.Spelled(factor)));
+  ground.flags |= GridToGround::kDeriveScale;
+  ground.height = section.Number(height, "the height of the site in metres");
+  if (!(std::abs(ground.height) <= kLargestHeight))
+    section.Fail(height, fmt::format("is {}: the height of the site in metres belongs there",
+                                     ground.height));
+  ground.gridScaleFactor =
+      ReadFactor(section, factor, "the scale factor of the projection at the site");
+}
+
+// A northing and an easting, both or none; false when they are absent.
+bool ReadPlanePair(const JsonSection& section, const std::string& name, double& north,
+                   double& east) {
+  const std::string keys[] = {name + "N", name + "E"};
+  if (!section.Has(keys[0]) && !section.Has(keys[1])) return false;
+  north = section.Number(keys[0], "a length in metres");
+  east = section.Number(keys[1], "a length in metres");
+  return true;
+}
+
 }  // namespace
+
+std::string ReadWord(const JsonSection& section, const std::string& key,
+                     const std::vector<std::string>& known) {
+  if (!section.Has(key)) return "";
+  const std::string word = section.Text(key, "one of the words " + ListNames(known));
+  if (std::find(known.begin(), known.end(), word) == known.end())
+    section.Fail(key, fmt::format("is \"{}\"; {}", Printable(word), SuggestName(word, known)));
+  return word;
+}
 
 Ellipsoid ReadEllipsoid(const JsonSection& section) {
   if (section.Has("ellipsoid")) return ReadNamedEllipsoid(section);
@@ -126,14 +172,8 @@ Datum ReadDatum(const JsonSection& section, Ellipsoid* local) {
     section.Fail("ppm",
                  "is a million or more: the difference of the scale from 1, in parts per "
                  "million, belongs there");
-  if (section.Has("rotation")) {
-    const std::vector<std::string> senses = {"coordinate-frame", "position-vector"};
-    const std::string sense = section.Text("rotation", "the sense of the rotations");
-    if (std::find(senses.begin(), senses.end(), sense) == senses.end())
-      section.Fail("rotation",
-                   fmt::format("is \"{}\"; {}", Printable(sense), SuggestName(sense, senses)));
-    if (sense == senses[1]) rotation = rotation * -1.0;
-  }
+  if (ReadWord(section, "rotation", {"coordinate-frame", "position-vector"}) == "position-vector")
+    rotation = rotation * -1.0;
   return {local, shift, rotation, scale, userTypeUser, false, nullptr};
 }
 
@@ -186,6 +226,18 @@ LocalToGrid ReadLocalization(const JsonSection& section) {
   if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
     section.Fail(keys[2], "must be above 0");
   return site;
+}
+
+GridToGround ReadGround(const JsonSection& section) {
+  GridToGround ground;
+  ground.flags = 0;
+  ReadGroundScale(section, ground);
+  if (section.Has("rotation")) ground.rotation = ReadAngle(section, "rotation", 360) * kRadPerDeg;
+  if (ReadPlanePair(section, "origin", ground.originN, ground.originE))
+    ground.flags |= GridToGround::kHasOrigin;
+  ReadPlanePair(section, "offset", ground.offsetN, ground.offsetE);
+  ground.SetEnabled(ReadWord(section, "enabled", {"yes", "no"}) != "no");
+  return ground;
 }
 
 }  // namespace geomath_tools

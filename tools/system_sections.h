@@ -7,6 +7,7 @@
 
 #include "geomath/base/ellipsoid.h"
 #include "geomath/datum/datum.h"
+#include "geomath/local/grid_to_ground.h"
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/json_section.h"
@@ -58,5 +59,15 @@ inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "ro
 
 /// The site calibration. A part, horizontal or vertical, is given whole or not at all.
 zel_cs::geomath::LocalToGrid ReadLocalization(const JsonSection& section);
+
+/// Keys of a ground system: a scale, or the two that it is derived from; the others may be absent.
+inline const std::vector<std::string> kGroundKeys = {"scale",    "height",  "gridScaleFactor",
+                                                     "rotation", "originN", "originE",
+                                                     "offsetN",  "offsetE", "enabled"};
+zel_cs::geomath::GridToGround ReadGround(const JsonSection& section);
+
+/// One of the known words at a key; empty when it is absent.
+std::string ReadWord(const JsonSection& section, const std::string& key,
+                     const std::vector<std::string>& known);
 
 }  // namespace geomath_tools

@@ -1,3 +1,4 @@
+#include <fmt/format.h>
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -186,6 +187,38 @@ TEST_F(Calibrate, TakesTheGeoidAndNamesItsFileFromTheNewPlace) {
                        "convert --system saved/site.json " + kExample + "check.csv -o out.csv")
                 .status,
             0);
+}
+
+// Local coordinates turned by a quarter and doubled about zero: behind the ground system lies the
+// site of the 40-digit evaluation, and convert reaches the turned coordinates with the residuals of
+// the site, doubled and turned alike.
+TEST_F(Calibrate, StandsBeforeTheGroundSystemAndKeepsIt) {
+  nlohmann::json system = nlohmann::json::parse(ReadText(kExample + "system.json"));
+  system["ground"] = {{"scale", 2}, {"rotation", 90}};
+  Write("system.json", system.dump());
+  std::string control = "name,lat,lon,h,local_n,local_e,local_h\n";
+  std::vector<ControlPoint> points = ReadControl(kExample + "control.csv", "");
+  for (const ControlPoint& point : points) {
+    const auto& p = point.given;
+    control += fmt::format("{},{},{},{},{},{},{}\n", point.name, p.globalN, p.globalE, p.globalH,
+                           -2 * p.localE, 2 * p.localN, p.localH);
+  }
+  Write("control.csv", control);
+  const ProgramRun run = Run("control.csv --system system.json -o site.json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  for (const char* part : {"509102.7477", "173052.6319", "0.9999247072", "-42.5814",
+                           "30010487 both          0.0461   -0.0143    0.0016"})
+    EXPECT_TRUE(Contains(run.out, part)) << part << "\n" << run.out;
+  EXPECT_EQ(nlohmann::json::parse(Read("site.json"))["ground"], system["ground"]);
+  const auto site = ParseSystem(Read("site.json"), "site.json");
+  double n = points[3].given.globalN * kRadPerDeg, e = points[3].given.globalE * kRadPerDeg, h = 0;
+  ASSERT_EQ(points[3].name, "30010487");
+  ASSERT_TRUE(site->Chain().ToLocal(n, e, h));
+  EXPECT_NEAR(-2 * points[3].given.localE - n, -2 * -0.0143, 2e-4);
+  EXPECT_NEAR(2 * points[3].given.localN - e, 2 * 0.0461, 2e-4);
+
+  Write("half.csv", "lat,lon,h,local_n,local_e,local_h\n52,5,0,1,,2\n");
+  EXPECT_TRUE(Contains(Run("half.csv --system system.json -o x.json").err, "one local coordinate"));
 }
 
 TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {

@@ -20,35 +20,39 @@ namespace {
 
 const std::string kExample = GEOMATH_SOURCE_DIR "/examples/site/";
 
-json OnEllipsoid(json global, const char* name, json parameters) {
-  parameters["name"] = name;
-  return {{"global", std::move(global)}, {"projection", std::move(parameters)}};
-}
-
-json OnGrs80(const char* name, json parameters) {
-  return OnEllipsoid({{"ellipsoid", "GRS80"}}, name, std::move(parameters));
+json On(const char* ellipsoid, const std::string& projection) {
+  return {{"global", {{"ellipsoid", ellipsoid}}}, {"projection", json::parse(projection)}};
 }
 
 json Transverse(const char* name, double centralMeridian) {
-  return OnGrs80(name, {{"Central Meridian", centralMeridian},
-                        {"Scale", 0.9996},
-                        {"Lat0", 0},
-                        {"East0", 500000},
-                        {"North0", 0}});
+  json system = On("GRS80", R"({"Scale": 0.9996, "Lat0": 0, "East0": 500000, "North0": 0})");
+  system["projection"]["name"] = name;
+  system["projection"]["Central Meridian"] = centralMeridian;
+  return system;
 }
 
-json WithDatum() {
-  return {{"global", {{"ellipsoid", "WGS84"}}},
-          {"local", {{"ellipsoid", "Bessel 1841"}}},
-          {"datum",
-           {{"dX", 565.7381},
-            {"dY", 50.4018},
-            {"dZ", 465.2904},
-            {"rX", 0.395026},
-            {"rY", -0.330772},
-            {"rZ", 1.876074},
-            {"ppm", 4.07244},
-            {"rotation", "position-vector"}}}};
+json Krovak(double lon0) {
+  json system = On("Bessel 1841", R"({"name": "KROVAK", "Lat0": 49.5, "dLon": 0,
+      "Uq": 59.7118602472, "S0": 78.5, "Scale": 0.9999, "East0": 0, "North0": 0})");
+  system["projection"]["Lon0"] = lon0;
+  return system;
+}
+
+// One set of parameters under the names of several projections, with what one of them has besides.
+json Conic(const std::string& more) {
+  return On("GRS80", R"({"SouthLat": 51, "NorthLat": 54, "Lon0": 5, "Lat0": 52, "East0": 100000,
+      "North0": 200000, )" +
+                         more);
+}
+json Oblique(const std::string& more) {
+  return On("GRS80", R"({"AxisAzimuth": -36.869897646, "Scale": 0.9999, "Lon0": -133.6666667,
+      "Lat0": 57, "East0": 5000000, "North0": -5000000, )" +
+                         more);
+}
+json Cassini(const std::string& more) {
+  return On("GRS80", R"({"name": "CASSINI", "Lat0": 2.1, "Lon0": 103.4, "East0": -14810,
+      "North0": 8758, )" +
+                         more);
 }
 
 // The site of the Netherlands, carried to another place: what the local coordinates fit is no
@@ -80,50 +84,19 @@ struct Row {
 
 void PrintTo(const Row& row, std::ostream* out) { *out << row.name; }
 
-json Conic(const char* name, json more) {
-  json parameters = {{"SouthLat", 51}, {"NorthLat", 54},   {"Lon0", 5},
-                     {"Lat0", 52},     {"East0", 100000.}, {"North0", 200000.}};
-  parameters.update(more);
-  return OnGrs80(name, parameters);
-}
-
-json Oblique(const char* name, json more) {
-  json parameters = {{"AxisAzimuth", -36.869897646},
-                     {"Scale", 0.9999},
-                     {"Lon0", -133.6666667},
-                     {"Lat0", 57},
-                     {"East0", 5e6},
-                     {"North0", -5e6}};
-  parameters.update(more);
-  return OnGrs80(name, parameters);
-}
-
-json Krovak(double lon0) {
-  return OnEllipsoid({{"ellipsoid", "Bessel 1841"}}, "KROVAK",
-                     {{"Lat0", 49.5},
-                      {"Lon0", lon0},
-                      {"dLon", 0},
-                      {"Uq", 59.7118602472},
-                      {"S0", 78.5},
-                      {"Scale", 0.9999},
-                      {"East0", 0},
-                      {"North0", 0}});
-}
-
-json Cassini(double azimuth) {
-  return OnGrs80("CASSINI", {{"Lat0", 2.1},
-                             {"Lon0", 103.4},
-                             {"AxisAzimuth", azimuth},
-                             {"East0", -14810},
-                             {"North0", 8758}});
-}
-
 std::vector<Row> Rows() {
-  const json zone = {{"Zone number", 1}};
+  const json wgs84 = {{"global", {{"ellipsoid", "WGS84"}}}};
+  json datum = wgs84, ground = wgs84;
+  datum["local"] = {{"ellipsoid", "Bessel 1841"}};
+  datum["datum"] = json::parse(R"({"dX": 565.7381, "dY": 50.4018, "dZ": 465.2904, "rX": 0.395026,
+      "rY": -0.330772, "rZ": 1.876074, "ppm": 4.07244, "rotation": "position-vector"})");
+  ground["ground"] = json::parse(R"({"height": 800, "gridScaleFactor": 0.9997, "rotation": 12,
+      "originN": 500000, "originE": 170000, "offsetN": 1000, "offsetE": -2000})");
   return {
-      {"OwnStereographic", {{"global", {{"ellipsoid", "WGS84"}}}}},
-      {"OwnStereographicAfterDatum", WithDatum()},
-      {"OwnStereographicAtTheHalfTurn", {{"global", {{"ellipsoid", "WGS84"}}}}, -17, 180},
+      {"OwnStereographic", wgs84},
+      {"OwnStereographicAfterDatum", datum},
+      {"OwnStereographicToGround", ground},
+      {"OwnStereographicAtTheHalfTurn", wgs84, -17, 180},
       {"DoubleStereographic", json()},
       {"TransverseMercator", Transverse("TMERC", 6)},
       {"TransverseMercatorFar", Transverse("TMERC", 9.5)},
@@ -132,40 +105,33 @@ std::vector<Row> Rows() {
       {"Kruger", Transverse("TMERCSPHER", -20)},
       {"ScaledTransverseMercator", Transverse("TMERC_NZ", 173), -41, 174.5},
       {"StatePlaneTransverse",
-       OnGrs80("TM83", {{"CentralMeridian", -74.5},
-                        {"Scale", 0.9999},
-                        {"Lat0", 38.83333333},
-                        {"East0", 150000},
-                        {"North0", 0},
-                        {"Zone number", 1}}),
+       On("GRS80", R"({"name": "TM83", "CentralMeridian": -74.5, "Scale": 0.9999,
+                       "Lat0": 38.83333333, "East0": 150000, "North0": 0, "Zone number": 1})"),
        40, -74},
-      {"LambertConic", Conic("LC", {{"Scale", 1}})},
-      {"StatePlaneLambert", Conic("LC83", zone)},
-      {"Albers", Conic("AlbersConic", json::object())},
-      {"ObliqueMercator", Oblique("OM", json::object()), 58, -134},
-      {"StatePlaneOblique", Oblique("OM83", zone), 58, -134},
-      {"SkewOrthomorphic", Oblique("RSO", json::object()), 58, -134},
-      {"Swiss",
-       OnEllipsoid(
-           {{"ellipsoid", "Bessel 1841"}}, "SWISS",
-           {{"L0", 7.439583333}, {"B0", 46.952405556}, {"East0", 2.6e6}, {"North0", 1.2e6}}),
+      {"LambertConic", Conic(R"("name": "LC", "Scale": 1})")},
+      {"StatePlaneLambert", Conic(R"("name": "LC83", "Zone number": 1})")},
+      {"Albers", Conic(R"("name": "AlbersConic"})")},
+      {"ObliqueMercator", Oblique(R"("name": "OM"})"), 58, -134},
+      {"StatePlaneOblique", Oblique(R"("name": "OM83", "Zone number": 1})"), 58, -134},
+      {"SkewOrthomorphic", Oblique(R"("name": "RSO"})"), 58, -134},
+      {"Cassini", Cassini(R"("AxisAzimuth": 0})"), 2.3, 103.6},
+      {"CassiniTurned", Cassini(R"("AxisAzimuth": 10})"), 2.3, 103.6},
+      {"Swiss", On("Bessel 1841", R"({"name": "SWISS", "L0": 7.439583333, "B0": 46.952405556,
+                             "East0": 2600000, "North0": 1200000})"),
        47.3, 8.5},
-      {"Cassini", Cassini(0), 2.3, 103.6},
-      {"CassiniTurned", Cassini(10), 2.3, 103.6},
       {"Mercator",
-       OnGrs80("MERCATOR", {{"Lon0", 51}, {"Lat0", 42}, {"FEast", 1000}, {"FNorth", 2000}}), 45,
+       On("GRS80", R"({"name": "MERCATOR", "Lon0": 51, "Lat0": 42, "FEast": 1, "FNorth": 2})"), 45,
        52},
-      {"Colombia",
-       OnGrs80("COLOMBIA", {{"Lat0", 4.68}, {"Lon0", -74.15}, {"East0", 9e4}, {"North0", 1e5}}),
+      {"Colombia", On("GRS80", R"({"name": "COLOMBIA", "Lat0": 4.68, "Lon0": -74.15, "East0": 90000,
+                       "North0": 100000})"),
        4.65, -74.1},
       {"GaussSchreiber",
-       OnEllipsoid(
-           {{"ellipsoid", "International 1924"}}, "TMSPHER",
-           {{"Lat0", -21}, {"Lon0", 55.533333333}, {"LatNormal", -21.117}, {"_k1", 1.0001}}),
+       On("International 1924", R"({"name": "TMSPHER", "Lat0": -21, "Lon0": 55.533333333,
+                                    "LatNormal": -21.117, "_k1": 1.0001})"),
        -21, 55.4},
       {"NewZealand",
-       OnEllipsoid({{"ellipsoid", "International 1924"}}, "NZMG",
-                   {{"Lat0", -41}, {"Lon0", 173}, {"East0", 2510000}, {"North0", 6023150}}),
+       On("International 1924", R"({"name": "NZMG", "Lat0": -41, "Lon0": 173, "East0": 2510000,
+                                    "North0": 6023150})"),
        -41.3, 174.8},
       {"Krovak", Krovak(24.83333333333333), 50, 15},
   };

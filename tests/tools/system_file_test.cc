@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <functional>
 #include <nlohmann/json.hpp>
 #include <string>
@@ -37,6 +38,12 @@ std::string ComplaintAbout(const std::string& text) {
     return error.what();
   }
   return "no complaint";
+}
+
+std::function<void(json&)> Ground(json ground) {
+  return [ground = std::move(ground)](json& system) {
+    system["ground"] = ground.is_null() ? json::object() : ground;
+  };
 }
 
 struct Position {
@@ -134,6 +141,50 @@ TEST(SystemFile, SaysWhyAFileCannotBeRead) {
   }
 }
 
+// Scales and turns whose products are plain: k = 1.001/0.5 from 6371 m of height, a quarter turn,
+// and 30 degrees with the sine 1/2.
+TEST(SystemFile, GroundScalesTurnsAndShiftsBothWays) {
+  const Position grid = ToLocal(Britain().dump());
+  const double n = grid.x, e = grid.y, cos30 = std::sqrt(3) / 2;
+  const double dn = n - 62000, de = e - 250000;
+  struct Row {
+    json ground, axes;
+    double first, second;
+  };
+  const json origin = {{"originN", 62000}, {"originE", 250000}, {"offsetN", -7}, {"offsetE", 11}};
+  const auto with = [&](json more) {
+    more.update(origin);
+    return more;
+  };
+  const Row rows[] = {
+      {{{"scale", 1.25}}, {}, 1.25 * n, 1.25 * e},
+      {{{"height", 6371}, {"gridScaleFactor", 0.5}, {"rotation", 90}}, {}, -2.002 * e, 2.002 * n},
+      {with({{"scale", 2}, {"rotation", 30}}),
+       {},
+       62000 - 7 + 2 * dn * cos30 - de,
+       250000 + 11 + dn + 2 * de * cos30},
+      {with({{"scale", 2}, {"rotation", 30}}),
+       {{"grid", "EN"}},
+       250000 + 11 + dn + 2 * de * cos30,
+       62000 - 7 + 2 * dn * cos30 - de},
+      {with({{"scale", 2}, {"enabled", "no"}}), {}, n, e},
+  };
+  for (const Row& row : rows) {
+    json system = Britain();
+    system["ground"] = row.ground;
+    if (!row.axes.empty()) system["axes"] = row.axes;
+    Position p = ToLocal(system.dump());
+    EXPECT_NEAR(p.x, row.first, 1e-8) << row.ground;
+    EXPECT_NEAR(p.y, row.second, 1e-8) << row.ground;
+    EXPECT_EQ(p.h, grid.h) << row.ground;
+    Position q = grid;
+    ASSERT_TRUE(ParseSystem(system.dump(), "s")->Chain().ToGlobal(p.x, p.y, p.h));
+    ASSERT_TRUE(ParseSystem(Britain().dump(), "s")->Chain().ToGlobal(q.x, q.y, q.h));
+    EXPECT_NEAR(p.x, q.x, 1e-13) << row.ground;
+    EXPECT_NEAR(p.y, q.y, 1e-13) << row.ground;
+  }
+}
+
 TEST(SystemFile, ComplaintsNameFileKeyAndRemedy) {
   struct Case {
     std::function<void(json&)> spoil;
@@ -172,6 +223,15 @@ TEST(SystemFile, ComplaintsNameFileKeyAndRemedy) {
          s["axes"] = {{"grid", "NN"}};
        },
        {"\"axes.grid\"", "NN", "\"NE\""}},
+      {Ground({}), {"\"ground.scale\"", "missing", "\"gridScaleFactor\""}},
+      {Ground({{"scale", -1}}), {"\"ground.scale\"", "above 0"}},
+      {Ground({{"height", 10}}), {"\"ground.gridScaleFactor\"", "missing"}},
+      {Ground({{"scale", 1}, {"height", 10}}), {"\"ground.scale\"", "beside"}},
+      {Ground({{"height", 1e6}, {"gridScaleFactor", 1}}), {"\"ground.height\"", "metres"}},
+      {Ground({{"scale", 1}, {"originN", 5}}), {"\"ground.originE\"", "missing"}},
+      {Ground({{"scale", 1}, {"rotation", 361}}), {"\"ground.rotation\"", "degrees"}},
+      {Ground({{"scale", 1}, {"enabled", true}}), {"\"ground.enabled\"", "\"yes\""}},
+      {Ground({{"scale", 1}, {"offset", 1}}), {"\"ground.offset\"", "offsetN"}},
   };
   for (const Case& c : cases) {
     json system = Britain();
