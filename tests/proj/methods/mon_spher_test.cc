@@ -29,6 +29,22 @@ TEST(MonSpher, GaussSchreiberGrids) {
   ExpectBothWays(north, {47.5, 10.5, 55705.36434, 37669.74850}, kPrinted, kInverse);
 }
 
+// Snyder 1987, appendix A, transverse Mercator of the sphere with radius 1, printed to 1e-7: the
+// sphere is its own conformal sphere.
+TEST(MonSpher, ReproducesSnydersSphere) {
+  constexpr double kPrintedSphere = 0.5e-7;
+  TMonSpher sphere(1, 1e300, 0, -75 * kDegree, 0, 1, 1, 0, 0, 0);
+  double n = 40.5 * kDegree, e = -73.5 * kDegree;
+  ASSERT_TRUE(sphere.Forward(n, e));
+  EXPECT_NEAR(n, 0.7070276, kPrintedSphere);
+  EXPECT_NEAR(e, 0.0199077, kPrintedSphere);
+  EXPECT_NEAR(sphere.GetScale(), 1.0001982, kPrintedSphere);
+  n = 0.7070276, e = 0.0199077;
+  ASSERT_TRUE(sphere.Inverse(n, e));
+  EXPECT_NEAR(n, 40.5 * kDegree, kPrintedSphere);
+  EXPECT_NEAR(e, -73.5 * kDegree, kPrintedSphere / std::cos(n));
+}
+
 // Chosen readings: k1 and the scale multiply one radius, and the axis azimuth turns the plane about
 // the false origin.
 TEST(MonSpher, K1AndAxisAzimuth) {
