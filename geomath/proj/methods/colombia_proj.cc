@@ -3,9 +3,8 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
-#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 
-// Symbols of EPSG method 1052, its plane height being 0: ρ0 rho0_   B B_
 namespace zel_cs::geomath {
 namespace {
 
@@ -16,9 +15,9 @@ constexpr double kHalfExtent = kPi / 360;  // half a degree, 55 km
 std::span<const ParamRow<TColombiaProj>> TColombiaProj::Params() {
   static constexpr ParamRow<TColombiaProj> rows[] = {
       {&TColombiaProj::phi0_, ParamKind::angle, &TColombiaProj::Prepare},
-      {&TColombiaProj::lambda0_, ParamKind::angle},
-      {&TColombiaProj::fEast_, ParamKind::length},
-      {&TColombiaProj::fNorth_, ParamKind::length},
+      {&TColombiaProj::lambda0_, ParamKind::angle, &TColombiaProj::Prepare},
+      {&TColombiaProj::fEast_, ParamKind::length, &TColombiaProj::Prepare},
+      {&TColombiaProj::fNorth_, ParamKind::length, &TColombiaProj::Prepare},
   };
   return rows;
 }
@@ -35,8 +34,8 @@ TColombiaProj::TColombiaProj(double a, double invF, double lat0, double lon0, do
   TColombiaProj::Prepare();
 }
 
-void TColombiaProj::Lat0(double value) {
-  phi0_ = value;
+void TColombiaProj::Set(double& field, double value) {
+  field = value;
   Prepare();
 }
 
@@ -57,26 +56,33 @@ bool TColombiaProj::GetCentralPoint(double& b0, double& l0, double& db, double& 
 
 void TColombiaProj::Prepare() {
   const double sin0 = std::sin(phi0_);
-  rho0_ = MeridianRadius(sin0, ell_);
-  B_ = std::tan(phi0_) / (2 * rho0_ * PrimeVerticalRadius(sin0, ell_));
+  const double rho0 = MeridianRadius(sin0, ell_);
+  formulas_ = {.a = ell_.a,
+               .e2 = ell_.e2,
+               .phi0 = phi0_,
+               .lambda0 = lambda0_,
+               .fEast = fEast_,
+               .fNorth = fNorth_,
+               .rho0 = rho0,
+               .B = std::tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(sin0, ell_))};
 }
 
 bool TColombiaProj::ForwardPoint(double& b, double& l, PointFactors*) const {
-  const double phi = b;
-  const double parallel = ell_.a * ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2);
-  const double x = parallel * SetValue(l - lambda0_, 1);
-  b = fNorth_ + rho0_ * ((phi - phi0_) + B_ * (x * x));
-  l = fEast_ + x;
+  formulas_.Forward<simd::Libm>(b, l);
   return true;
 }
 
 bool TColombiaProj::InversePoint(double& n, double& e, PointFactors*) const {
-  const double x = e - fEast_;
-  const double phi = phi0_ + (n - fNorth_) / rho0_ - B_ * (x * x);
-  const double parallel = ell_.a * ParallelRadius(std::sin(phi), std::cos(phi), ell_.e2);
-  n = phi;
-  e = lambda0_ + x / parallel;
+  formulas_.Inverse<simd::Libm>(n, e);
   return true;
+}
+
+void TColombiaProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  ForwardByKernel(formulas_, *this, b, l, count);
+}
+
+void TColombiaProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  InverseByKernel(formulas_, *this, n, e, count);
 }
 
 }  // namespace zel_cs::geomath

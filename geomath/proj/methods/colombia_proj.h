@@ -3,6 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/kernels/colombia_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -26,13 +27,13 @@ class GEOMATH_API TColombiaProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -44,14 +45,15 @@ class GEOMATH_API TColombiaProj : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
+  void Set(double& field, double value);
   static std::span<const ParamRow<TColombiaProj>> Params();
 
   double phi0_, lambda0_, fEast_, fNorth_;
-
-  double rho0_;  // radius of curvature in the meridian of the origin, metres
-  double B_;     // tan φ0/(2·ρ0·ν0), per square metre
+  ColombiaFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/conformal_sphere.h"
+#include "geomath/proj/methods/kernels/mon_spher_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -30,21 +30,21 @@ class GEOMATH_API TMonSpher : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double LatNormal() const { return phiN_; }
-  void LatNormal(double value);
+  void LatNormal(double value) { Set(phiN_, value); }
   double K1() const { return k1_; }
-  void K1(double value);
+  void K1(double value) { Set(k1_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
   double AxisAzimuth() const { return theta_; }
-  void AxisAzimuth(double value);
+  void AxisAzimuth(double value) { Set(theta_, value); }
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
@@ -55,17 +55,16 @@ class GEOMATH_API TMonSpher : public TGeoProj {
 
  protected:
   void Prepare() override;
+  void ForwardBlock(double* b, double* l, std::size_t count) const override;
+  void InverseBlock(double* n, double* e, std::size_t count) const override;
 
  private:
-  double ScaleAt(double sinPhi, double cosPhi, double cosChi, double cosSide) const;
+  void Set(double& field, double value);
+  double PointScale(double sinPhi, double cosPhi, const MonSpherFormulas::Position& at) const;
   static std::span<const ParamRow<TMonSpher>> Params();
 
   double phi0_, lambda0_, phiN_, k1_, k0_, fEast_, fNorth_, theta_;
-
-  ConformalSphere sphere_;
-  double R_;                    // scaled radius of the sphere, metres
-  double chi0_;                 // spherical latitude of the origin
-  double sinTheta_, cosTheta_;  // of the axis azimuth
+  MonSpherFormulas formulas_;
 };
 
 }  // namespace zel_cs::geomath

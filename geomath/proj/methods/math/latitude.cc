@@ -94,10 +94,6 @@ CosinePowerSeries ConformalSeries(double e2) {
                            7.0 / 120 * e6 + 81.0 / 1120 * e8, 4279.0 / 161280 * e8);
 }
 
-double ParallelRadius(double sinPhi, double cosPhi, double e2) {
-  return cosPhi / std::sqrt(1 - e2 * (sinPhi * sinPhi));
-}
-
 double PrimeVerticalRadius(double sinPhi, const Ellipsoid& ell) {
   return ell.a / std::sqrt(1 - ell.e2 * (sinPhi * sinPhi));
 }

@@ -146,7 +146,9 @@ class ConformalLatitude {
 CosinePowerSeries ConformalSeries(double e2);
 
 /// Radius of the parallel over a: m(φ) = cos φ/√(1 − e²·sin²φ). Snyder 1987, eq. 14-15.
-double ParallelRadius(double sinPhi, double cosPhi, double e2);
+GEOMATH_INLINE double ParallelRadius(double sinPhi, double cosPhi, double e2) {
+  return cosPhi / std::sqrt(1 - e2 * (sinPhi * sinPhi));
+}
 
 /// Radius of curvature in the prime vertical ν, metres.
 double PrimeVerticalRadius(double sinPhi, const Ellipsoid& ell);
