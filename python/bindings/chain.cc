@@ -122,10 +122,10 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
 using Batch = std::size_t (CoordinateChain::*)(double*, double*, double*, std::size_t,
                                                std::ptrdiff_t, ChainStep*) const;
 
-// Runs a batch of the chain; `before` and `after` are the factors of the pair's units.
+// Runs a batch of the chain; `after` is the factor of the resulting pair's unit.
 template <Batch batch>
 py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
-                   double before, double after, const py::object& out, bool returnSteps) {
+                   double after, const py::object& out, bool returnSteps) {
   static_assert(sizeof(ChainStep) == sizeof(std::uint8_t));
   py::object steps = py::none();
   ChainStep* to = nullptr;
@@ -141,7 +141,6 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
   }
   py::object results =
       ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t first, std::size_t n) {
-        if (before != 1) Multiply(c[0], n, before), Multiply(c[1], n, before);
         (object.chain.*batch)(c[0], c[1], c[2], n, 1, to ? to + first : nullptr);
         if (after != 1) Multiply(c[0], n, after), Multiply(c[1], n, after);
       });
@@ -150,19 +149,24 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
   return py::tuple(results) + py::make_tuple(steps);
 }
 
+// Without a projection the local pair is one of angles.
+bool LocalDegrees(const ChainObject& chain, bool degrees) { return degrees && !chain.projection; }
+
 py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
                    bool degrees, const py::object& out, bool returnSteps) {
-  const bool angles = degrees && !chain.projection;
-  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{{"lat", lat}, {"lon", lon}, {"h", h}}},
-                                                 degrees ? kRadPerDeg : 1, angles ? kDegPerRad : 1,
-                                                 out, returnSteps);
+  const double before = degrees ? kRadPerDeg : 1;
+  const double after = LocalDegrees(chain, degrees) ? kDegPerRad : 1;
+  return Convert<&CoordinateChain::ToLocalBatch>(
+      chain, {{{"lat", lat, before}, {"lon", lon, before}, {"h", h}}}, after, out, returnSteps);
 }
 
 py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
                     bool degrees, const py::object& out, bool returnSteps) {
-  return Convert<&CoordinateChain::ToGlobalBatch>(chain,
-                                                  {{{"north", north}, {"east", east}, {"h", h}}}, 1,
-                                                  degrees ? kDegPerRad : 1, out, returnSteps);
+  const double before = LocalDegrees(chain, degrees) ? kRadPerDeg : 1;
+  const double after = degrees ? kDegPerRad : 1;
+  return Convert<&CoordinateChain::ToGlobalBatch>(
+      chain, {{{"north", north, before}, {"east", east, before}, {"h", h}}}, after, out,
+      returnSteps);
 }
 
 py::dict StateOf(const ChainObject& c) {

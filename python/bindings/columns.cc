@@ -38,17 +38,26 @@ std::string ShapeText(const Shape& shape) {
                            : fmt::format("({})", fmt::join(shape, ", "));
 }
 
-void CopyStrided(const char* from, std::ptrdiff_t stride, double* to, std::size_t count) {
-  if (stride == kDouble) {
-    std::memcpy(to, from, count * sizeof(double));
-    return;
+double NumberAt(const char* at) {  // need not be aligned
+  double number;
+  std::memcpy(&number, at, sizeof number);
+  return number;
+}
+
+void ReadStrided(const char* from, std::ptrdiff_t stride, double factor, double* to,
+                 std::size_t count) {
+  if (stride == kDouble && factor == 1) {
+    std::memmove(to, from, count * sizeof(double));
+  } else if (stride == kDouble) {
+    for (std::size_t i = 0; i < count; ++i) to[i] = factor * NumberAt(from + i * sizeof(double));
+  } else {
+    for (std::size_t i = 0; i < count; ++i, from += stride) to[i] = factor * NumberAt(from);
   }
-  for (std::size_t i = 0; i < count; ++i, from += stride) std::memcpy(to + i, from, sizeof(double));
 }
 
 }  // namespace
 
-ArrayReader::ArrayReader(const Argument& argument) {
+ArrayReader::ArrayReader(const Argument& argument) : factor_(argument.factor) {
   py::object value = argument.value;
   if (py::hasattr(value, "filled"))  // a masked array
     value = value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
@@ -65,11 +74,11 @@ ArrayReader::ArrayReader(const Argument& argument) {
   if (!array_) throw py::type_error(fmt::format("{}: must be numbers", argument.name));
 }
 
-void ArrayReader::DetachFrom(const py::array& other) {
+void ArrayReader::DetachFrom(const py::array& other, bool sameAllowed) {
   if (!ExtentOf(array_).Overlaps(ExtentOf(other))) return;
-  const bool elementOnElement = array_.data() == other.data() && array_.size() == other.size() &&
-                                (array_.flags() & py::array::c_style) != 0;
-  if (!elementOnElement) array_ = array_.attr("copy")();
+  const bool same = array_.data() == other.data() && array_.size() == other.size() &&
+                    (array_.flags() & py::array::c_style) != 0;
+  if (!(same && sameAllowed)) array_ = array_.attr("copy")();
 }
 
 void ArrayReader::Start(const Shape& shape) {
@@ -96,7 +105,7 @@ void ArrayReader::Read(double* to, std::size_t count) {
   while (count > 0) {
     Axis& inner = axes_.back();
     const std::size_t n = std::min(count, inner.size - inner.position);
-    CopyStrided(at_, inner.stride, to, n);
+    ReadStrided(at_, inner.stride, factor_, to, n);
     to += n;
     count -= n;
     inner.position += n;
@@ -170,7 +179,8 @@ bool AllNumbers(std::span<const Argument> arguments, double* numbers) {
   }
   for (const Argument& argument : arguments) {
     *numbers = PyFloat_AsDouble(argument.value.ptr());
-    if (*numbers++ == -1.0 && PyErr_Occurred()) throw py::error_already_set();
+    if (*numbers == -1.0 && PyErr_Occurred()) throw py::error_already_set();
+    *numbers++ *= argument.factor;
   }
   return true;
 }

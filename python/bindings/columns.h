@@ -10,20 +10,21 @@
 #include <vector>
 
 /// How methods of the package take and give coordinates: numbers or arrays of any shape, which are
-/// broadcast against each other, and results of the common shape. Points go through a conversion
-/// block by block in columns on the stack, so that an array is read once and written once, whatever
-/// its strides, and neither needs a copy of its own.
+/// broadcast against each other, and results of the common shape. Arguments are copied into the
+/// arrays of the results block by block, whatever their strides, and converted there while they are
+/// in the cache: every array is read once or written once.
 namespace geomath_python {
 
 namespace py = pybind11;
 
-/// Points of a block: eight columns of them fit the first-level cache.
+/// Points of a block: its columns fit the first-level cache.
 inline constexpr std::size_t kBlock = 512;
 
-/// An argument as the caller gave it.
+/// An argument as the caller gave it, and the factor that turns its unit into that of the library.
 struct Argument {
   const char* name;
   py::object value;
+  double factor = 1;
 };
 
 using Shape = std::vector<py::ssize_t>;
@@ -35,12 +36,12 @@ class ArrayReader {
   explicit ArrayReader(const Argument& argument);
 
   Shape GetShape() const { return {array_.shape(), array_.shape() + array_.ndim()}; }
-  /// Copies the array when its memory overlaps the other other than element on element, so that
-  /// writing there block by block spoils nothing that is still to be read.
-  void DetachFrom(const py::array& other);
+  /// Copies the array when writing to the other would spoil what is still to be read: when their
+  /// memory overlaps, unless they are one and the same and `sameAllowed`.
+  void DetachFrom(const py::array& other, bool sameAllowed);
   /// Starts reading, broadcast to `shape`.
   void Start(const Shape& shape);
-  /// The next `count` numbers. Needs no interpreter lock.
+  /// The next `count` numbers, in the unit of the library. Needs no interpreter lock.
   void Read(double* to, std::size_t count);
 
  private:
@@ -52,6 +53,7 @@ class ArrayReader {
   };
 
   py::array array_;
+  double factor_;
   const char* at_ = nullptr;
   std::vector<Axis> axes_;
 };
@@ -64,7 +66,7 @@ Shape BroadcastShape(std::span<const Argument> arguments, std::span<const ArrayR
 std::vector<py::array_t<double>> ResultArrays(const py::object& out, std::size_t count,
                                               const Shape& shape);
 
-/// Whether all are plain numbers, written to `numbers` then.
+/// Whether all are plain numbers, written to `numbers` then, in the units of the library.
 bool AllNumbers(std::span<const Argument> arguments, double* numbers);
 
 py::object TupleOf(std::span<const py::object> results);
@@ -85,9 +87,9 @@ template <std::size_t Out, std::size_t In, class Convert>
 py::object ConvertColumns(const std::array<Argument, In>& arguments, const py::object& out,
                           Convert&& convert) {
   constexpr std::size_t kColumns = std::max(In, Out);
+  double* columns[kColumns];
   std::array<py::object, Out> results;
   if (double point[kColumns] = {}; out.is_none() && AllNumbers(arguments, point)) {
-    double* columns[kColumns];
     for (std::size_t c = 0; c < kColumns; ++c) columns[c] = &point[c];
     convert(columns, std::size_t{0}, std::size_t{1});
     for (std::size_t c = 0; c < Out; ++c) results[c] = py::float_(point[c]);
@@ -100,22 +102,20 @@ py::object ConvertColumns(const std::array<Argument, In>& arguments, const py::o
   double* to[Out];
   for (std::size_t c = 0; c < Out; ++c) {
     to[c] = arrays[c].mutable_data();
-    if (!out.is_none())
-      for (ArrayReader& reader : readers) reader.DetachFrom(arrays[c]);
+    for (std::size_t i = 0; i < In && !out.is_none(); ++i) readers[i].DetachFrom(arrays[c], i == c);
     results[c] = arrays[c];
   }
   for (ArrayReader& reader : readers) reader.Start(shape);
   {
     const py::gil_scoped_release unlocked;
     const auto size = static_cast<std::size_t>(arrays[0].size());
-    alignas(64) double block[kColumns][kBlock];
-    double* columns[kColumns];
-    for (std::size_t c = 0; c < kColumns; ++c) columns[c] = block[c];
+    double spare[kColumns - Out + 1][kBlock];  // of arguments that no result follows
     for (std::size_t first = 0; first < size; first += kBlock) {
       const std::size_t count = std::min(kBlock, size - first);
-      for (std::size_t c = 0; c < In; ++c) readers[c].Read(block[c], count);
+      for (std::size_t c = 0; c < kColumns; ++c)
+        columns[c] = c < Out ? to[c] + first : spare[c - Out];
+      for (std::size_t c = 0; c < In; ++c) readers[c].Read(columns[c], count);
       convert(columns, first, count);
-      for (std::size_t c = 0; c < Out; ++c) std::copy_n(block[c], count, to[c] + first);
     }
   }
   if (shape.empty() && out.is_none())

@@ -21,9 +21,9 @@ std::shared_ptr<Ellipsoid> MakeFrom(const nlohmann::json& section) {
 
 py::object ToGeocentric(const Ellipsoid& e, py::object lat, py::object lon, py::object h,
                         bool degrees, const py::object& out) {
-  const std::array<Argument, 3> arguments = {{{"lat", lat}, {"lon", lon}, {"h", h}}};
+  const double unit = degrees ? kRadPerDeg : 1;
+  const std::array<Argument, 3> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}, {"h", h}}};
   return ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
-    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
     e.BLH_to_XYZ_Batch(c[0], c[1], c[2], n);
   });
 }

@@ -21,9 +21,9 @@ namespace {
 
 py::object HeightOf(const GeoidObject& geoid, py::object lat, py::object lon, bool degrees,
                     const py::object& out) {
-  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  const double unit = degrees ? kRadPerDeg : 1;
+  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
   return ConvertColumns<1>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
-    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
     double heights[kBlock];
     geoid.Heights().Heights(c[0], c[1], heights, n);
     std::copy_n(heights, n, c[0]);

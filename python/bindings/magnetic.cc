@@ -19,6 +19,8 @@ using namespace geomath_tools;
 namespace geomath_python {
 namespace {
 
+constexpr double kKilometre = 1e-3;  // of a metre
+
 using Model = WMMtype_MagneticModel;
 
 struct FieldObject {
@@ -63,13 +65,9 @@ using Part = MagneticElements MagneticPoint::*;
 
 // Runs the field over a block and hands every point to `keep`.
 template <class Keep>
-void Evaluate(const MagneticField& field, double* const* c, std::size_t count, bool degrees,
-              Keep keep) {
-  constexpr double kKilometre = 1e-3;  // of a metre
+void Evaluate(const MagneticField& field, double* const* c, std::size_t count, Keep keep) {
   constexpr std::size_t kPoints = 64;  // whose results stay in the first-level cache
   MagneticPoint results[kPoints];
-  if (!degrees) Multiply(c[0], count, kDegPerRad), Multiply(c[1], count, kDegPerRad);
-  Multiply(c[2], count, kKilometre);
   for (std::size_t first = 0; first < count; first += kPoints) {
     const std::size_t n = std::min(kPoints, count - first);
     field.AtBatch(c[0] + first, c[1] + first, c[2] + first, n, results);
@@ -80,10 +78,12 @@ void Evaluate(const MagneticField& field, double* const* c, std::size_t count, b
 template <Part part>
 py::object Elements(const FieldObject& object, py::object lat, py::object lon, py::object h,
                     bool degrees) {
-  const std::array<Argument, 3> arguments = {{{"lat", lat}, {"lon", lon}, {"h", h}}};
+  const double unit = degrees ? 1 : kDegPerRad;
+  const std::array<Argument, 3> arguments = {
+      {{"lat", lat, unit}, {"lon", lon, unit}, {"h", h, kKilometre}}};
   const py::object all = ConvertColumns<kCount>(
       arguments, py::none(), [&](double* const* c, std::size_t, std::size_t count) {
-        Evaluate(object.field, c, count, degrees, [&](std::size_t i, const MagneticPoint& point) {
+        Evaluate(object.field, c, count, [&](std::size_t i, const MagneticPoint& point) {
           for (std::size_t e = 0; e < kCount; ++e) c[e][i] = point.*part.*kElements[e];
         });
         for (std::size_t e = kFirstAngle; e < kCount && !degrees; ++e)
@@ -94,9 +94,11 @@ py::object Elements(const FieldObject& object, py::object lat, py::object lon, p
 
 py::object Declination(const FieldObject& object, py::object lat, py::object lon, py::object h,
                        bool degrees, const py::object& out) {
-  const std::array<Argument, 3> arguments = {{{"lat", lat}, {"lon", lon}, {"h", h}}};
+  const double unit = degrees ? 1 : kDegPerRad;
+  const std::array<Argument, 3> arguments = {
+      {{"lat", lat, unit}, {"lon", lon, unit}, {"h", h, kKilometre}}};
   return ConvertColumns<1>(arguments, out, [&](double* const* c, std::size_t, std::size_t count) {
-    Evaluate(object.field, c, count, degrees,
+    Evaluate(object.field, c, count,
              [&](std::size_t i, const MagneticPoint& point) { c[0][i] = point.field.declination; });
     if (!degrees) Multiply(c[0], count, kRadPerDeg);
   });

@@ -43,9 +43,9 @@ std::shared_ptr<ProjectionObject> Make(const py::object& name, const py::object&
 
 py::object Forward(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                    const py::object& out) {
-  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  const double unit = degrees ? kRadPerDeg : 1;
+  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
-    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
     p.projection->ForwardBatch(c[0], c[1], n);
   });
 }
@@ -61,9 +61,9 @@ py::object Inverse(const ProjectionObject& p, py::object north, py::object east,
 
 py::object Factors(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                    const py::object& out) {
-  const std::array<Argument, 2> arguments = {{{"lat", lat}, {"lon", lon}}};
+  const double unit = degrees ? kRadPerDeg : 1;
+  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
-    if (degrees) Multiply(c[0], n, kRadPerDeg), Multiply(c[1], n, kRadPerDeg);
     for (std::size_t i = 0; i < n; ++i) {
       PointFactors factors{kNaN, kNaN};
       p.projection->RotateBL(kToInternal, c[0][i], c[1][i]);
@@ -131,8 +131,9 @@ ProjectionObject::ProjectionObject(const ProjectionKind& its, std::vector<double
       gridAxes(std::move(grid)),
       geographicAxes(std::move(geographic)),
       projection(MakeProjection(kind, a, invF, values)) {
-  projection->SetNEAxes(Widen(gridAxes).c_str());
-  projection->SetBLAxes(Widen(geographicAxes).c_str());
+  // Axes that are set cost time, even if they turn nothing.
+  if (gridAxes != kNorthEast) projection->SetNEAxes(Widen(gridAxes).c_str());
+  if (geographicAxes != kNorthEast) projection->SetBLAxes(Widen(geographicAxes).c_str());
 }
 
 void BindProjection(py::module_& module) {
