@@ -3,7 +3,6 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <limits>
 #include <optional>
 
 #include "tools/name_match.h"
@@ -16,37 +15,23 @@ using namespace zel_cs::geomath;
 namespace geomath_tools {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-const std::vector<std::string> kUses = {"none", "vertical", "horizontal", "both", "rotation"};
-
 std::string Trimmed(const std::string& text) {
   const auto first = text.find_first_not_of(" \t");
   return first == std::string::npos ? ""
                                     : text.substr(first, text.find_last_not_of(" \t") - first + 1);
 }
 
-// A coordinate of a row: where it goes and which bit says that it is there.
-struct Coordinate {
-  const char* column;
-  double IdenticalPoint::*field;
-  std::uint32_t IdenticalPoint::*flags;
-  std::uint32_t bit;
-  std::optional<AngleKind> angle;
-};
-const Coordinate kCoordinates[] = {
-    {"lat", &IdenticalPoint::globalN, &IdenticalPoint::globalFlags, kHasNorth, AngleKind::latitude},
-    {"lon", &IdenticalPoint::globalE, &IdenticalPoint::globalFlags, kHasEast, AngleKind::longitude},
-    {"h", &IdenticalPoint::globalH, &IdenticalPoint::globalFlags, kHasHeight, {}},
-    {"local_n", &IdenticalPoint::localN, &IdenticalPoint::localFlags, kHasNorth, {}},
-    {"local_e", &IdenticalPoint::localE, &IdenticalPoint::localFlags, kHasEast, {}},
-    {"local_h", &IdenticalPoint::localH, &IdenticalPoint::localFlags, kHasHeight, {}},
-};
+// Of the columns of control points, those that hold angles.
+std::optional<AngleKind> AngleOf(std::size_t column) {
+  if (column == 0) return AngleKind::latitude;
+  if (column == 1) return AngleKind::longitude;
+  return {};
+}
 
 class ControlReader {
  public:
   explicit ControlReader(PointSource& source) : source_(source) {
-    for (const Coordinate& coordinate : kCoordinates)
-      columns_.push_back(RequireColumn(coordinate.column));
+    for (const char* column : kControlColumns) columns_.push_back(RequireColumn(column));
     use_ = FindColumn("use");
     name_ = FindColumn("name");
   }
@@ -87,38 +72,23 @@ class ControlReader {
   ControlPoint ReadPoint(const Record& record) const {
     ControlPoint point;
     if (name_) point.name = Trimmed(record.Text(*name_));
-    IdenticalPoint& p = point.given;
-    for (std::size_t i = 0; i < std::size(kCoordinates); ++i) {
-      const Coordinate& coordinate = kCoordinates[i];
-      p.*coordinate.field = 0;
+    IdenticalPoint& p = point.given = NewControl();
+    for (std::size_t i = 0; i < columns_.size(); ++i) {
       const std::string text = Trimmed(record.Text(columns_[i]));
       if (text.empty()) continue;
-      const ParsedNumber number =
-          coordinate.angle ? ParseAngle(text, *coordinate.angle) : ParseNumber(text);
-      if (!number) Fail(record, std::string(coordinate.column) + " " + number.problem);
-      p.*coordinate.field = number.value;
-      p.*coordinate.flags |= coordinate.bit;
+      const auto angle = AngleOf(i);
+      const ParsedNumber number = angle ? ParseAngle(text, *angle) : ParseNumber(text);
+      if (!number) Fail(record, std::string(kControlColumns[i]) + " " + number.problem);
+      SetControl(p, i, number.value);
     }
-    p.scaleHeight = p.globalH;
-    p.residualN = p.residualE = p.residualH = kNaN;
-    p.use = UseOf(record, p);
+    p.use = use_ ? ReadUse(record, record.Text(*use_)) : WholeUse(p);
     return point;
   }
 
-  std::int32_t UseOf(const Record& record, const IdenticalPoint& p) const {
-    const std::string text = use_ ? FoldName(Trimmed(record.Text(*use_))) : "";
-    if (!use_) {
-      constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
-      const std::uint32_t both = p.globalFlags & p.localFlags;
-      return ((both & kPlane) == kPlane ? PointUseHorizontal : 0) |
-             (both & kHasHeight ? PointUseVertical : 0);
-    }
-    for (std::size_t code = 0; code < kUses.size(); ++code) {
-      if (text == kUses[code] || text == std::to_string(code))
-        return static_cast<std::int32_t>(code);
-    }
+  std::int32_t ReadUse(const Record& record, const std::string& text) const {
+    if (const auto use = PointUseOf(Trimmed(text))) return *use;
     Fail(record, fmt::format("use is \"{}\"; it is a code from 0 to 4 or one of {}",
-                             Printable(record.Text(*use_)), ListNames(kUses)));
+                             Printable(text), ListNames(PointUseWords())));
   }
 
   PointSource& source_;

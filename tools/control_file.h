@@ -3,16 +3,9 @@
 #include <string>
 #include <vector>
 
-#include "geomath/local/identical_point.h"
+#include "tools/site_solution.h"
 
 namespace geomath_tools {
-
-/// A control point as a file gives it: global latitude, longitude (degrees) and height in the
-/// record's global fields, local coordinates, and its use.
-struct ControlPoint {
-  std::string name;
-  zel_cs::geomath::IdenticalPoint given;
-};
 
 /// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name. `use` holds a
 /// code from 0 to 4 or one of none, vertical, horizontal, both, rotation; without the column every

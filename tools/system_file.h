@@ -11,15 +11,10 @@
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 #include "tools/geoid_file.h"
+#include "tools/site_solution.h"
 #include "tools/system_sections.h"
 
 namespace geomath_tools {
-
-/// Where the north-south coordinate of a pair stands in the caller's axes, as a column of its own:
-/// the chain takes pairs in the order of the axes text, files hold columns with names.
-struct AxisPair {
-  bool northFirst = true;
-};
 
 /// A coordinate system as a file describes it: the objects of a conversion and the chain that
 /// joins them. It stays where it was made, since the objects point to each other.

@@ -39,16 +39,6 @@ void RequireOneEllipsoid(const ChainObject& chain) {
     require(*chain.global, "without a datum the global coordinates");
 }
 
-void Join(ChainObject& object) {
-  CoordinateChain& chain = object.chain;
-  chain.SetGlobalEllipsoid(object.global.get());
-  if (object.datum) chain.SetDatum(&object.datum->datum);
-  if (object.projection) chain.SetProjection(object.projection->projection.get());
-  if (object.geoid) chain.SetGeoid(&object.geoid->Heights(), object.geoidFrame);
-  chain.SetLocalization(object.localization.get());
-  chain.SetGround(object.ground.get());
-}
-
 constexpr const char* kFrames[] = {"global", "local"};  // by GeoidFrame
 
 const char* NameOf(GeoidFrame frame) { return kFrames[static_cast<std::size_t>(frame)]; }
@@ -217,6 +207,16 @@ std::string Repr(const ChainObject& c) {
 }
 
 }  // namespace
+
+void Join(ChainObject& object) {
+  CoordinateChain& chain = object.chain;
+  chain.SetGlobalEllipsoid(object.global.get());
+  if (object.datum) chain.SetDatum(&object.datum->datum);
+  if (object.projection) chain.SetProjection(object.projection->projection.get());
+  if (object.geoid) chain.SetGeoid(&object.geoid->Heights(), object.geoidFrame);
+  chain.SetLocalization(object.localization.get());
+  chain.SetGround(object.ground.get());
+}
 
 void BindChain(py::module_& module) {
   py::class_<ChainObject, std::shared_ptr<ChainObject>> chain(module, "CoordinateChain", R"(

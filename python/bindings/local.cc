@@ -105,6 +105,24 @@ std::string ReprOfSite(const LocalToGrid& site) {
   return "LocalToGrid(" + text + ")";
 }
 
+std::shared_ptr<GridToGround> MakeGround(const py::object& scale, const py::object& height,
+                                         const py::object& gridScaleFactor,
+                                         const py::object& rotation, const py::object& originN,
+                                         const py::object& originE, const py::object& offsetN,
+                                         const py::object& offsetE, bool enabled) {
+  const nlohmann::json section = SectionOf(Keywords{{"scale", scale},
+                                                    {"height", height},
+                                                    {"gridScaleFactor", gridScaleFactor},
+                                                    {"rotation", rotation},
+                                                    {"originN", originN},
+                                                    {"originE", originE},
+                                                    {"offsetN", offsetN},
+                                                    {"offsetE", offsetE},
+                                                    {"enabled", py::str(enabled ? "yes" : "no")}});
+  return std::make_shared<GridToGround>(
+      ReadGround(JsonSection("GridToGround", "", section, kGroundKeys, KeySpelling::snake)));
+}
+
 using GroundBatch = std::size_t (GridToGround::*)(double*, double*, std::size_t,
                                                   std::ptrdiff_t) const;
 
@@ -153,13 +171,11 @@ std::string ReprOfGround(const GridToGround& g) {
                                        NumberText(g.gridScaleFactor))
                          : fmt::format("scale={}", NumberText(g.scale));
   const auto add = [&](const char* name, double value) {
-    if (value != 0) text += fmt::format(", {}={}", name, NumberText(value));
+    text += fmt::format(", {}={}", name, NumberText(value));
   };
-  add("rotation", g.rotation * kDegPerRad);
-  add("origin_n", g.FNgrid());
-  add("origin_e", g.FEgrid());
-  add("offset_n", g.offsetN);
-  add("offset_e", g.offsetE);
+  if (g.rotation != 0) add("rotation", g.rotation * kDegPerRad);
+  if (g.flags & GridToGround::kHasOrigin) add("origin_n", g.originN), add("origin_e", g.originE);
+  if (g.offsetN != 0 || g.offsetE != 0) add("offset_n", g.offsetN), add("offset_e", g.offsetE);
   return "GridToGround(" + text + (g.IsDisabled() ? ", enabled=False)" : ")");
 }
 
@@ -240,11 +256,19 @@ A ground system: from grid coordinates to true lengths on the ground of a site.
 
 A rotation and a scale about a grid origin, then a shift; heights are not touched. The scale is given,
 or derived from the height of the site and the scale factor of the projection there:
-(1 + height/6371000)/grid_scale_factor. Lengths are metres, the rotation is in degrees.
+(1 + height/6371000)/grid_scale_factor. origin_n and origin_e, the grid point that is only shifted,
+and offset_n and offset_e, the shift, are metres; each pair is given whole or is 0. The rotation is in degrees.
 
-Immutable, equal when the parameters are, can be pickled.)");
+Immutable, equal when the parameters are, can be pickled. Raises Error for a scale that is missing, or
+given twice.)");
   ground.attr("__module__") = "geomath";
-  ground.def_property_readonly("scale", &ScaleOf, "Scale from the grid to the ground.")
+  ground
+      .def(py::init(&MakeGround), py::kw_only(), py::arg("scale") = py::none(),
+           py::arg("height") = py::none(), py::arg("grid_scale_factor") = py::none(),
+           py::arg("rotation") = py::none(), py::arg("origin_n") = py::none(),
+           py::arg("origin_e") = py::none(), py::arg("offset_n") = py::none(),
+           py::arg("offset_e") = py::none(), py::arg("enabled") = true)
+      .def_property_readonly("scale", &ScaleOf, "Scale from the grid to the ground.")
       .def_property_readonly(
           "rotation", [](const GridToGround& g) { return g.rotation * kDegPerRad; },
           "Rotation about the origin, degrees.")

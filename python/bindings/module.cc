@@ -27,4 +27,5 @@ PYBIND11_MODULE(_geomath, module) {
   BindLocal(module);
   BindMagnetic(module);
   BindChain(module);
+  BindCalibration(module);
 }

@@ -34,6 +34,8 @@ struct ProjectionObject {
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
 };
 
+inline constexpr const char* kNorthEast = "NE";  // axes that need no text
+
 struct ChainObject {
   std::shared_ptr<zel_cs::geomath::Ellipsoid> global;
   std::shared_ptr<DatumObject> datum;
@@ -45,11 +47,15 @@ struct ChainObject {
   zel_cs::geomath::CoordinateChain chain;  // of those
 };
 
+/// Joins the chain's steps, which stay the object's.
+void Join(ChainObject& object);
+
 void BindEllipsoid(py::module_& module);
 void BindDatum(py::module_& module);
 void BindProjection(py::module_& module);
 void BindLocal(py::module_& module);
 void BindMagnetic(py::module_& module);
 void BindChain(py::module_& module);
+void BindCalibration(py::module_& module);
 
 }  // namespace geomath_python

@@ -17,7 +17,6 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned int kToInternal = 1;
-constexpr const char* kNorthEast = "NE";
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
 

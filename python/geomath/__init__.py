@@ -11,6 +11,8 @@ lock; objects are immutable and may be used from many threads.
 
 from ._chain_step import ChainStep
 from ._geomath import (
+    Calibration,
+    CalibrationResult,
     CoordinateChain,
     Datum,
     Ellipsoid,
@@ -31,6 +33,8 @@ from ._geomath import (
 from ._magnetic_elements import MagneticElements
 
 __all__ = [
+    "Calibration",
+    "CalibrationResult",
     "ChainStep",
     "CoordinateChain",
     "Datum",

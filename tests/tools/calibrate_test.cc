@@ -12,6 +12,7 @@
 #include "geomath/base/angle.h"
 #include "tests/tools/program.h"
 #include "tools/calibration.h"
+#include "tools/control_file.h"
 
 using namespace geomath_tools;
 using zel_cs::geomath::kRadPerDeg;

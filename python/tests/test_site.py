@@ -1,0 +1,132 @@
+"""Sites: calibration, local plane and ground, against figures evaluated independently."""
+
+import pickle
+from typing import Any
+
+import numpy as np
+import pytest
+from conftest import ROOT
+from geomath import Calibration, CoordinateChain, Error, GridToGround, LocalToGrid, Projection
+
+
+@pytest.fixture
+def control() -> Any:
+    path = ROOT / "examples/site/control.csv"
+    return np.genfromtxt(path, delimiter=",", names=True, dtype=None, encoding="utf8")
+
+
+def columns(control: Any, **changes: Any) -> dict[str, Any]:
+    table = {name: control[name].tolist() for name in control.dtype.names}
+    return {**table, **changes}
+
+
+# tests/support/site_points.h, configuration A: 40-digit arithmetic from the closed form.
+FIRST_RESIDUALS = [[0.005178, 0.006281, 0.004311], [0.028069, 0.002194, -0.011505]]
+PRINTED = 5e-7  # the residuals there carry six decimals, metres
+
+
+def test_calibration_finds_the_expected_site(control: Any) -> None:
+    result = Calibration(control).solve()
+    site = result.localization
+    assert (site.shift_n, site.shift_e) == pytest.approx((509102.747673363, 173052.631943779), abs=1e-6)
+    assert site.scale == pytest.approx(0.999924707189328, abs=1e-13)
+    assert np.radians(site.rotation) == pytest.approx(6.27950052116864, abs=1e-12)
+    assert result.residuals.shape == (12, 3)
+    np.testing.assert_allclose(result.residuals[:2], FIRST_RESIDUALS, rtol=0, atol=PRINTED)
+    assert result.rms == pytest.approx(0.0327919686286096, abs=1e-9)
+    # The chain of the result gives the residuals again; its projection is the site's own.
+    local = result.chain.to_local(control["lat"], control["lon"], control["h"])
+    given = [control[name] for name in ("local_n", "local_e", "local_h")]
+    np.testing.assert_allclose(np.subtract(given, local).T, result.residuals, rtol=0, atol=1e-8)
+    assert result.worst_horizontal == 11 and result.warnings == []
+    again = pickle.loads(pickle.dumps(result))
+    np.testing.assert_array_equal(again.residuals, result.residuals)
+    assert again.chain == result.chain
+
+
+def test_the_form_of_the_control_does_not_matter(control: Any) -> None:
+    wanted = Calibration(control).solve()
+    codes = [3] * len(control)
+    assert Calibration(columns(control, use=codes)).solve().localization == wanted.localization
+    table = columns(control)
+    del table["use"], table["name"]
+    unnamed = Calibration(table).solve()
+    assert unnamed.localization == wanted.localization and unnamed.names[11] == "12"
+    assert wanted.names[0] == "30010209"
+
+
+def test_points_left_out_have_the_residuals_that_the_check_predicts(control: Any) -> None:
+    whole = Calibration(control).solve()
+    left_out = columns(control, use=["both"] * 4 + ["none"] + ["both"] * 7)
+    result = Calibration(left_out).solve()
+    assert not result.horizontal[4] and not result.vertical[4]
+    # Near enough: the extent, on whose centre the site's own projection stands, stays as it is.
+    np.testing.assert_allclose(result.residuals[4], whole.predicted[4], rtol=0, atol=1e-7)
+    assert np.isnan(result.standardised[4]).all()
+    few = Calibration(columns(control[:2], h=[np.nan, np.nan])).solve()
+    assert few.localization.horizontal and not few.localization.vertical
+    assert np.isnan(few.residuals[:, 2]).all() and len(few.warnings) >= 1
+
+
+def test_axes_of_the_grid_turn_the_site_and_not_the_table(control: Any) -> None:
+    parameters: Any = dict(lat0=52.6, lon0=5.6, scale=1, east0=0, north0=0)
+    results = [
+        Calibration(control, CoordinateChain(projection=projection)).solve()
+        for projection in (
+            Projection("STER", **parameters),
+            Projection("STER", grid_axes="EN", **parameters),
+        )
+    ]
+    np.testing.assert_allclose(results[0].residuals, results[1].residuals, rtol=0, atol=1e-8)
+    n, e, h = results[0].chain.to_local(52.5, 5.6, 40)
+    assert results[1].chain.to_local(52.5, 5.6, 40) == pytest.approx((e, n, h), abs=1e-8)
+
+
+def test_ground_scales_about_its_origin() -> None:
+    # (1 + 1000/6371000)/0.9996 = 1.00055722…: 1000 m of grid are 1000.557 m on the ground.
+    ground = GridToGround(
+        height=1000, grid_scale_factor=0.9996, origin_n=5.3e6, origin_e=5e5, offset_n=-5e6, offset_e=0
+    )
+    north, east = ground.to_ground([5.3e6, 5.301e6], 5e5)
+    assert north[0] == 3e5 and east[0] == 5e5
+    assert north[1] - north[0] == pytest.approx(1000 * (1 + 1000 / 6371000) / 0.9996, abs=1e-8)
+    np.testing.assert_allclose(ground.to_grid(north, east)[0], [5.3e6, 5.301e6], rtol=0, atol=1e-8)
+    turned = CoordinateChain(ground=GridToGround(scale=2, rotation=90))
+    assert turned.to_local(0.25, 0.5, 7, degrees=False) == pytest.approx((-1, 0.5, 7))
+    assert eval(repr(ground), {"GridToGround": GridToGround}) == ground
+    assert pickle.loads(pickle.dumps(ground)) == ground
+
+
+def test_a_part_that_is_not_calibrated_passes_unchanged() -> None:
+    heights = LocalToGrid(shift_h=2, slope_n=0.5)
+    assert heights.to_local(10, 20, 30) == (10, 20, 37)
+    assert np.isnan(heights.to_grid(10, 20, 30)).all()
+    plane = LocalToGrid(shift_e=1, scale=2)
+    assert plane.to_local(10, 20, 30) == (20, 41, 30)
+    assert plane.to_grid(20, 41, 30) == (10, 20, 30)
+
+
+@pytest.mark.parametrize(
+    "spoil, text",
+    [
+        (dict(use=["both"] * 11 + ["horizontally"]), 'point 30017495: use is "horizontally"'),
+        (dict(h=[1.0]), '"h" has 1 values, "lat" has 12'),
+        (dict(lat=[91.0] * 12), "point 30010209: the input cannot convert it"),
+        (dict(use=[0] * 12), "the control points do not give a calibration"),
+    ],
+)
+def test_what_is_wrong_with_control_is_said(control: Any, spoil: Any, text: str) -> None:
+    with pytest.raises(Error) as error:
+        Calibration(columns(control, **spoil)).solve()
+    assert text in str(error.value)
+
+
+def test_a_missing_column_is_named(control: Any) -> None:
+    table = columns(control)
+    table["localn"] = table.pop("local_n")
+    with pytest.raises(Error, match='there is no column "local_n"; did you mean'):
+        Calibration(table)
+    with pytest.raises(TypeError, match="columns by name"):
+        Calibration([1, 2, 3])
+    with pytest.raises(Error, match='"grid_scale_factor" is missing'):
+        GridToGround(height=100)

@@ -1,0 +1,98 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "geomath/chain/coordinate_chain.h"
+#include "geomath/local/calibration_check.h"
+#include "geomath/local/local_to_grid.h"
+#include "geomath/local/localization_param.h"
+
+namespace geomath_tools {
+
+/// A control point as a file or a caller gives it: global latitude, longitude (degrees) and height
+/// in the record's global fields, local coordinates, and its use.
+struct ControlPoint {
+  std::string name;
+  zel_cs::geomath::IdenticalPoint given;
+};
+
+/// The columns of control points: the global and local coordinates, in the order of kControlFields.
+inline constexpr const char* kControlColumns[] = {"lat",     "lon",     "h",
+                                                  "local_n", "local_e", "local_h"};
+
+/// Sets a coordinate, by the index of its column, and that the point has it.
+void SetControl(zel_cs::geomath::IdenticalPoint& point, std::size_t column, double value);
+
+/// A coordinate, where the point has it.
+std::optional<double> GetControl(const zel_cs::geomath::IdenticalPoint& point, std::size_t column);
+
+/// A point without coordinates, residuals and use.
+zel_cs::geomath::IdenticalPoint NewControl();
+
+/// The words for a PointUse, by its code.
+const std::vector<std::string>& PointUseWords();
+
+/// The use that a word or a code from 0 to 4 names.
+std::optional<std::int32_t> PointUseOf(const std::string& text);
+
+/// The use for everything that a point has in both systems.
+std::int32_t WholeUse(const zel_cs::geomath::IdenticalPoint& point);
+
+/// Where the north-south coordinate of a pair stands in the caller's axes, as a column of its own:
+/// the chain takes pairs in the order of the axes text, files hold columns with names.
+struct AxisPair {
+  bool northFirst = true;
+};
+
+/// What a site calibration needs of a coordinate system. The solver converts with the projection,
+/// which may be null, and stores factors in it.
+struct SiteFrame {
+  const zel_cs::geomath::CoordinateChain& chain;
+  zel_cs::geomath::TGeoProj* projection;
+  const zel_cs::geomath::Ellipsoid& ellipsoid;  ///< of a projection of the site's own
+  AxisPair geographic, grid;
+};
+
+struct CalibrationOptions {
+  bool fixedScale = false;
+  bool centreOnFirst = false;  ///< the solver's own projection stands on the first control point
+};
+
+/// A site calibration of control points: carries the points to the grid of a system (or, without a
+/// projection, to its ellipsoid), solves, and examines the result. It stays where it was made.
+class SiteSolution {
+ public:
+  /// Throws UserError when a point cannot be converted, or the points do not suffice.
+  SiteSolution(const SiteFrame& frame, const std::vector<ControlPoint>& control,
+               const CalibrationOptions& options);
+  SiteSolution(const SiteSolution&) = delete;
+  SiteSolution& operator=(const SiteSolution&) = delete;
+
+  const zel_cs::geomath::LocalToGrid& Site() const { return site_; }
+  const zel_cs::geomath::TLocalizationParam& Solver() const { return *solver_; }
+  const zel_cs::geomath::CalibrationCheck& Check() const { return *check_; }
+  /// The projection in use: that of the system, or a stereographic one of the site's own.
+  const zel_cs::geomath::TGeoProj& Projection() const { return *solver_->GetBaseProjection(); }
+
+  /// In grid coordinates, with residuals.
+  const std::vector<zel_cs::geomath::IdenticalPoint>& Points() const { return points_; }
+  const std::string& NameOf(std::size_t i) const { return names_[i]; }
+  std::vector<std::string> Warnings() const;
+
+ private:
+  std::vector<std::string> names_;
+  std::vector<zel_cs::geomath::IdenticalPoint> points_;
+  std::vector<zel_cs::geomath::IdenticalPoint*> pointers_;
+  std::optional<zel_cs::geomath::TLocalizationParam> solver_;
+  std::optional<zel_cs::geomath::CalibrationCheck> check_;
+  zel_cs::geomath::LocalToGrid site_;
+};
+
+/// The name of a site's own projection in a system file, and its parameters in the units there.
+inline constexpr const char* kOwnProjection = "STER";
+std::vector<double> OwnProjectionValues(const SiteSolution& solution);
+
+}  // namespace geomath_tools
