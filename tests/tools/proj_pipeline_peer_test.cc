@@ -8,6 +8,7 @@
 #include "geomath/base/angle.h"
 #include "tests/support/site_points.h"
 #include "tools/calibration.h"
+#include "tools/control_file.h"
 #include "tools/proj_pipeline.h"
 #include "tools/user_error.h"
 
