@@ -5,15 +5,15 @@
 #include <memory>
 #include <string>
 
-#include "tools/calibration.h"
-#include "tools/calibration_report.h"
+#include "files/exchange/proj_pipeline.h"
+#include "files/points/point_sink.h"
+#include "files/site/calibration.h"
+#include "files/site/calibration_report.h"
+#include "files/site/control_file.h"
+#include "files/system/system_file.h"
+#include "files/words/text_file.h"
+#include "files/words/user_error.h"
 #include "tools/command.h"
-#include "tools/control_file.h"
-#include "tools/point_sink.h"
-#include "tools/proj_pipeline.h"
-#include "tools/system_file.h"
-#include "tools/text_file.h"
-#include "tools/user_error.h"
 
 namespace geomath_tools {
 namespace {

@@ -10,15 +10,15 @@
 #include <string>
 #include <vector>
 
+#include "files/points/point_columns.h"
+#include "files/points/point_sink.h"
+#include "files/points/point_source.h"
+#include "files/system/system_file.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "tools/command.h"
-#include "tools/point_columns.h"
-#include "tools/point_sink.h"
-#include "tools/point_source.h"
 #include "tools/progress.h"
-#include "tools/system_file.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 

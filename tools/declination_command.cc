@@ -10,16 +10,16 @@
 #include <string>
 #include <vector>
 
+#include "files/models/magnetic_file.h"
+#include "files/models/raster_grid.h"
+#include "files/points/point_columns.h"
+#include "files/points/point_sink.h"
+#include "files/points/point_source.h"
+#include "files/words/number_text.h"
+#include "files/words/user_error.h"
 #include "geomath/magnetic/magnetic_field.h"
 #include "tools/command.h"
-#include "tools/magnetic_file.h"
-#include "tools/number_text.h"
-#include "tools/point_columns.h"
-#include "tools/point_sink.h"
-#include "tools/point_source.h"
 #include "tools/progress.h"
-#include "tools/raster_grid.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 

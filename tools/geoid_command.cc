@@ -11,17 +11,17 @@
 #include <string>
 #include <vector>
 
+#include "files/models/geoid_file.h"
+#include "files/models/raster_grid.h"
+#include "files/points/point_columns.h"
+#include "files/points/point_sink.h"
+#include "files/points/point_source.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/geoid/geoid_status.h"
 #include "tools/command.h"
-#include "tools/geoid_file.h"
-#include "tools/name_match.h"
-#include "tools/point_columns.h"
-#include "tools/point_sink.h"
-#include "tools/point_source.h"
 #include "tools/progress.h"
-#include "tools/raster_grid.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 

@@ -4,8 +4,8 @@
 #include <functional>
 #include <map>
 
+#include "files/words/user_error.h"
 #include "tools/command.h"
-#include "tools/user_error.h"
 
 using namespace geomath_tools;
 

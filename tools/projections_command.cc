@@ -8,10 +8,10 @@
 #include <string>
 #include <vector>
 
+#include "files/system/projection_names.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "tools/command.h"
-#include "tools/name_match.h"
-#include "tools/projection_names.h"
-#include "tools/user_error.h"
 
 namespace geomath_tools {
 namespace {

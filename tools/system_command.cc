@@ -7,12 +7,12 @@
 #include <optional>
 #include <string>
 
+#include "files/epsg/epsg_system.h"
+#include "files/words/name_match.h"
+#include "files/words/number_text.h"
+#include "files/words/text_file.h"
+#include "files/words/user_error.h"
 #include "tools/command.h"
-#include "tools/epsg_system.h"
-#include "tools/name_match.h"
-#include "tools/number_text.h"
-#include "tools/text_file.h"
-#include "tools/user_error.h"
 
 namespace geomath_tools {
 namespace {

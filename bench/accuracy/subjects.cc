@@ -8,7 +8,7 @@
 #include <utility>
 
 #include "geomath/geomath.h"
-#include "geomath/proj/methods/kernels/nzmg_formulas.h"
+#include "geomath/proj/methods/formulas/nzmg_formulas.h"
 
 namespace {
 

@@ -1,7 +1,7 @@
 #include "geomath/geoid/reg_geoid_2x2_sw.h"
 
-#include "geomath/geoid/bilinear.h"
-#include "geomath/geoid/grid_query.h"
+#include "geomath/geoid/grid/bilinear.h"
+#include "geomath/geoid/grid/grid_query.h"
 
 namespace zel_cs::geomath {
 

@@ -5,8 +5,8 @@
 #include <cstdlib>
 #include <cstring>
 
-#include "geomath/geoid/biquadratic.h"
-#include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/grid/biquadratic.h"
+#include "geomath/geoid/grid/grid_nodes.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
-#include "geomath/geoid/cubic.h"
-#include "geomath/geoid/grid_query.h"
+#include "geomath/geoid/grid/cubic.h"
+#include "geomath/geoid/grid/grid_query.h"
 
 namespace zel_cs::geomath {
 namespace {

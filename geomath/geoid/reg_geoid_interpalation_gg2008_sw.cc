@@ -6,8 +6,8 @@
 #include <optional>
 
 #include "geomath/base/angle.h"
-#include "geomath/geoid/grid_nodes.h"
-#include "geomath/geoid/interpolants.h"
+#include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/interpolants.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -1,7 +1,7 @@
 #include "geomath/geoid/reg_geoid_intrp_lagrange_4x4_sw.h"
 
-#include "geomath/geoid/cubic.h"
-#include "geomath/geoid/grid_query.h"
+#include "geomath/geoid/grid/cubic.h"
+#include "geomath/geoid/grid/grid_query.h"
 
 namespace zel_cs::geomath {
 

@@ -1,7 +1,7 @@
 #include "geomath/geoid/reg_geoid_intrp_n_ireland2.h"
 
 #include "geomath/base/angle.h"
-#include "geomath/geoid/kilometre_grid.h"
+#include "geomath/geoid/grid/kilometre_grid.h"
 #include "geomath/proj/methods/tm_proj.h"
 
 namespace zel_cs::geomath {

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <array>
 
-#include "geomath/geoid/grid_nodes.h"
-#include "geomath/geoid/interpolants.h"
+#include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/interpolants.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "geomath/geoid/grid_nodes.h"
+#include "geomath/geoid/grid/grid_nodes.h"
 
 namespace zel_cs::geomath {
 namespace {

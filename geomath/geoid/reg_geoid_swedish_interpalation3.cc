@@ -1,7 +1,7 @@
 #include "geomath/geoid/reg_geoid_swedish_interpalation3.h"
 
-#include "geomath/geoid/biquadratic.h"
-#include "geomath/geoid/grid_query.h"
+#include "geomath/geoid/grid/biquadratic.h"
+#include "geomath/geoid/grid/grid_query.h"
 
 namespace zel_cs::geomath {
 

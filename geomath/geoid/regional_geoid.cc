@@ -5,10 +5,10 @@
 #include <optional>
 
 #include "geomath/base/angle.h"
-#include "geomath/geoid/biquadratic.h"
-#include "geomath/geoid/grid_location.h"
-#include "geomath/geoid/grid_nodes.h"
-#include "geomath/geoid/grid_query.h"
+#include "geomath/geoid/grid/biquadratic.h"
+#include "geomath/geoid/grid/grid_location.h"
+#include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/grid_query.h"
 
 namespace zel_cs::geomath {
 namespace {

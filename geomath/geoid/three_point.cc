@@ -1,7 +1,7 @@
 #include "geomath/geoid/three_point.h"
 
 #include "geomath/geoid/geoid_status.h"
-#include "geomath/geoid/interpolants.h"
+#include "geomath/geoid/grid/interpolants.h"
 
 namespace zel_cs::geomath {
 namespace {

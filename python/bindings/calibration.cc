@@ -9,13 +9,13 @@
 #include <string>
 #include <vector>
 
+#include "files/site/site_solution.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/name_match.h"
-#include "tools/site_solution.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;

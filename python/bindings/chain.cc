@@ -3,13 +3,13 @@
 
 #include <cmath>
 
+#include "files/system/system_file.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/name_match.h"
-#include "tools/system_file.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 using geomath_tools::UserError;

@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "tools/user_error.h"
+#include "files/words/user_error.h"
 
 using geomath_tools::UserError;
 

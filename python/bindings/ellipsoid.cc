@@ -1,11 +1,11 @@
 #include <fmt/format.h>
 #include <pybind11/stl.h>
 
+#include "files/system/ellipsoid_names.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/ellipsoid_names.h"
 
 using namespace zel_cs::geomath;
 using geomath_tools::JsonSection;

@@ -8,10 +8,10 @@
 #include <string>
 #include <tuple>
 
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;

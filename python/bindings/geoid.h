@@ -5,8 +5,8 @@
 
 #include <memory>
 
+#include "files/models/geoid_file.h"
 #include "geomath/chain/geoid_models.h"
-#include "tools/geoid_file.h"
 
 namespace geomath_python {
 

@@ -1,6 +1,6 @@
 #include "python/bindings/keywords.h"
 
-#include "tools/system_sections.h"
+#include "files/system/system_sections.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;

@@ -4,12 +4,12 @@
 #include <cmath>
 #include <string>
 
+#include "files/system/system_sections.h"
+#include "files/words/name_match.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/name_match.h"
-#include "tools/system_sections.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;

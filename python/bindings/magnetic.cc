@@ -5,13 +5,13 @@
 #include <memory>
 #include <string>
 
+#include "files/models/magnetic_file.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/magnetic/decimal_year.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/magnetic_file.h"
-#include "tools/user_error.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;

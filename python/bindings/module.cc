@@ -1,7 +1,7 @@
 #include <pybind11/pybind11.h>
 
+#include "files/words/user_error.h"
 #include "python/bindings/objects.h"
-#include "tools/user_error.h"
 
 namespace py = pybind11;
 using namespace geomath_python;

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "python/bindings/geoid.h"
-#include "tools/system_sections.h"
 
 /// What stands behind the classes of the package: the library's objects with what they point to.
 /// All are unchanged once they are made, so that any number of threads may use them.

@@ -3,11 +3,11 @@
 
 #include <limits>
 
+#include "files/words/name_match.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
-#include "tools/name_match.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;

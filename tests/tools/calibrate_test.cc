@@ -9,10 +9,10 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "files/site/calibration.h"
+#include "files/site/control_file.h"
 #include "geomath/base/angle.h"
 #include "tests/tools/program.h"
-#include "tools/calibration.h"
-#include "tools/control_file.h"
 
 using namespace geomath_tools;
 using zel_cs::geomath::kRadPerDeg;

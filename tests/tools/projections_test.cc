@@ -5,10 +5,10 @@
 #include <set>
 #include <string>
 
+#include "files/system/projection_names.h"
 #include "geomath/base/angle.h"
 #include "geomath/proj/factory.h"
 #include "tests/tools/program.h"
-#include "tools/projection_names.h"
 
 namespace {
 

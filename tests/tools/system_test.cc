@@ -3,10 +3,10 @@
 #include <filesystem>
 #include <string>
 
+#include "files/epsg/epsg_system.h"
+#include "files/system/system_file.h"
 #include "geomath/base/angle.h"
 #include "tests/tools/program.h"
-#include "tools/epsg_system.h"
-#include "tools/system_file.h"
 
 using namespace geomath_tools;
 using zel_cs::geomath::kRadPerDeg;

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/cassini_formulas.h"
+#include "geomath/proj/methods/formulas/cassini_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {

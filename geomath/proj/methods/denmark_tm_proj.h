@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/denmark_tm_formulas.h"
+#include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/double_ster_formulas.h"
+#include "geomath/proj/methods/formulas/double_ster_formulas.h"
 #include "geomath/proj/methods/math/double_stereographic.h"
 #include "geomath/proj/param_table.h"
 

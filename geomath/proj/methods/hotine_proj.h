@@ -1,7 +1,7 @@
 #pragma once
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/hotine_grid.h"
+#include "geomath/proj/methods/formulas/hotine_grid.h"
 
 namespace zel_cs::geomath {
 

@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/krovak_formulas.h"
+#include "geomath/proj/methods/formulas/krovak_formulas.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
 #include "geomath/proj/param_table.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "geomath/proj/methods/county_proj.h"
-#include "geomath/proj/methods/kernels/lambert_formulas.h"
+#include "geomath/proj/methods/formulas/lambert_formulas.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 
 namespace zel_cs::geomath {

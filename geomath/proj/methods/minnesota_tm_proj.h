@@ -1,7 +1,7 @@
 #pragma once
 
 #include "geomath/proj/methods/county_proj.h"
-#include "geomath/proj/methods/kernels/stem_tm_formulas.h"
+#include "geomath/proj/methods/formulas/stem_tm_formulas.h"
 
 namespace zel_cs::geomath {
 

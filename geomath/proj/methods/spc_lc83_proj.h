@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/lambert_formulas.h"
+#include "geomath/proj/methods/formulas/lambert_formulas.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 #include "geomath/proj/param_table.h"
 

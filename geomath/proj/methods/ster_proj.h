@@ -3,7 +3,7 @@
 #include <span>
 
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/kernels/ster_formulas.h"
+#include "geomath/proj/methods/formulas/ster_formulas.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/param_table.h"

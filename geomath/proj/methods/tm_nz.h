@@ -1,6 +1,6 @@
 #pragma once
 
-#include "geomath/proj/methods/kernels/tm_nz_formulas.h"
+#include "geomath/proj/methods/formulas/tm_nz_formulas.h"
 #include "geomath/proj/methods/utm_proj.h"
 
 namespace zel_cs::geomath {

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "geomath/base/ellipsoid.h"
-#include "geomath/proj/methods/kernels/hotine_grid.h"
+#include "geomath/proj/methods/formulas/hotine_grid.h"
 
 namespace zel_cs::geomath {
 

@@ -1,4 +1,4 @@
-#include "geomath/proj/methods/kernels/denmark_tm_formulas.h"
+#include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
 #include "geomath/simd/column_kernel_loops.h"
 

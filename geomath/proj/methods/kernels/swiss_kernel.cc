@@ -1,5 +1,5 @@
+#include "geomath/proj/methods/formulas/swiss_formulas.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
-#include "geomath/proj/methods/kernels/swiss_formulas.h"
 #include "geomath/simd/column_kernel_loops.h"
 
 namespace zel_cs::geomath::simd {

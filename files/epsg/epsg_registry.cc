@@ -1,0 +1,172 @@
+#include "files/epsg/epsg_registry.h"
+
+#include <fmt/format.h>
+#include <proj.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
+#include "geomath/base/angle.h"
+
+using nlohmann::json;
+using zel_cs::geomath::kRadPerDeg;
+
+namespace geomath_tools {
+namespace {
+
+constexpr const char* kAuthority = "EPSG";
+constexpr const char* kWgs84 = "4326";
+
+// PROJ's objects with its ways to destroy them.
+struct Destroy {
+  void operator()(PJ* object) const { proj_destroy(object); }
+  void operator()(PJ_OBJ_LIST* list) const { proj_list_destroy(list); }
+  void operator()(PJ_OPERATION_FACTORY_CONTEXT* factory) const {
+    proj_operation_factory_context_destroy(factory);
+  }
+};
+template <class T>
+using Owned = std::unique_ptr<T, Destroy>;
+
+double Width(const GeoBox& box) {
+  return box.east >= box.west ? box.east - box.west : box.east - box.west + 360;
+}
+
+// Degrees of longitude that two boxes share.
+double SharedWidth(const GeoBox& a, const GeoBox& b) {
+  double shared = 0;
+  for (const double turn : {-360.0, 0.0, 360.0}) {
+    const double west = std::max(a.west, b.west + turn);
+    const double east = std::min(a.west + Width(a), b.west + Width(b) + turn);
+    shared += std::max(0.0, east - west);
+  }
+  return std::min(shared, 360.0);
+}
+
+// "INVERSE(EPSG)" is the authority of a transformation that PROJ has turned round.
+std::string CodeOf(const PJ* object) {
+  const char* authority = proj_get_id_auth_name(object, 0);
+  const char* code = proj_get_id_code(object, 0);
+  const bool registered = authority && code && std::strstr(authority, kAuthority);
+  return registered ? code : "";
+}
+
+GeoBox AreaOf(PJ_CONTEXT* context, const PJ* object, std::string* name = nullptr) {
+  GeoBox box;
+  const char* text = nullptr;
+  const GeoBox world;
+  if (!proj_get_area_of_use(context, object, &box.west, &box.south, &box.east, &box.north, &text))
+    return world;
+  if (name && text) *name = text;
+  constexpr double kUnknown = -1000;
+  return box.west == kUnknown ? world : box;
+}
+
+json DocumentOf(PJ_CONTEXT* context, const PJ* object) {
+  const char* text = proj_as_projjson(context, object, nullptr);
+  return text ? json::parse(text) : json::object();
+}
+
+}  // namespace
+
+bool GeoBox::Contains(double latitude, double longitude) const {
+  const double beyondWest = std::remainder(longitude - west - 180, 360) + 180;  // 0 to 360
+  return latitude >= south && latitude <= north && beyondWest <= Width(*this);
+}
+
+double GeoBox::CoveredBy(const GeoBox& other) const {
+  const auto zone = [](double from, double to) {
+    return std::max(0.0, std::sin(to * kRadPerDeg) - std::sin(from * kRadPerDeg));
+  };
+  const double whole = zone(south, north) * Width(*this);
+  const double shared =
+      zone(std::max(south, other.south), std::min(north, other.north)) * SharedWidth(*this, other);
+  return whole > 0 ? shared / whole : 0;
+}
+
+struct EpsgRegistry::Context {
+  PJ_CONTEXT* pj = proj_context_create();
+
+  Context() {
+    proj_log_level(pj, PJ_LOG_NONE);
+    proj_context_set_enable_network(pj, 0);
+  }
+  Context(const Context&) = delete;
+  Context& operator=(const Context&) = delete;
+  ~Context() { proj_context_destroy(pj); }
+
+  Owned<PJ> Find(const std::string& code) const {
+    return Owned<PJ>(
+        proj_create_from_database(pj, kAuthority, code.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+  }
+};
+
+EpsgRegistry::EpsgRegistry() : context_(std::make_unique<Context>()) {
+  if (!proj_context_get_database_path(context_->pj))
+    throw UserError("the EPSG registry is not found: PROJ has no database proj.db here");
+}
+
+EpsgRegistry::~EpsgRegistry() = default;
+
+std::string EpsgRegistry::Version() const {
+  const char* version = proj_context_get_database_metadata(context_->pj, "EPSG.VERSION");
+  return fmt::format("EPSG {}", version ? version : "of unknown version");
+}
+
+RegisteredCrs EpsgRegistry::Crs(const std::string& code) const {
+  const Owned<PJ> crs = context_->Find(code);
+  if (!crs)
+    throw UserError(fmt::format("EPSG:{}: no coordinate reference system of the registry ({})",
+                                Printable(code), Version()));
+  RegisteredCrs found;
+  found.code = code;
+  found.name = proj_get_name(crs.get());
+  found.document = DocumentOf(context_->pj, crs.get());
+  found.area = AreaOf(context_->pj, crs.get());
+  found.deprecated = proj_is_deprecated(crs.get()) != 0;
+  if (proj_get_type(crs.get()) == PJ_TYPE_COMPOUND_CRS)
+    found.horizontal = CodeOf(Owned<PJ>(proj_crs_get_sub_crs(context_->pj, crs.get(), 0)).get());
+  if (!found.deprecated) return found;
+  const Owned<PJ_OBJ_LIST> successors(proj_get_non_deprecated(context_->pj, crs.get()));
+  for (int i = 0; successors && i < proj_list_get_count(successors.get()); ++i) {
+    const Owned<PJ> successor(proj_list_get(context_->pj, successors.get(), i));
+    found.successors.push_back(CodeOf(successor.get()));
+  }
+  return found;
+}
+
+std::vector<RegisteredOperation> EpsgRegistry::OperationsToWgs84(const std::string& code,
+                                                                 const GeoBox& box) const {
+  PJ_CONTEXT* pj = context_->pj;
+  const Owned<PJ> source = context_->Find(code), target = context_->Find(kWgs84);
+  const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
+      proj_create_operation_factory_context(pj, nullptr));
+  proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,
+                                                      box.east, box.north);
+  proj_operation_factory_context_set_spatial_criterion(pj, factory.get(),
+                                                       PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
+  // Which files happen to be installed must not change what is chosen.
+  proj_operation_factory_context_set_grid_availability_use(pj, factory.get(),
+                                                           PROJ_GRID_AVAILABILITY_IGNORED);
+  // Grids under the registry's names and methods, not those of PROJ's own files.
+  proj_operation_factory_context_set_use_proj_alternative_grid_names(pj, factory.get(), 0);
+  proj_operation_factory_context_set_allow_ballpark_transformations(pj, factory.get(), 0);
+  const Owned<PJ_OBJ_LIST> list(
+      proj_create_operations(pj, source.get(), target.get(), factory.get()));
+  std::vector<RegisteredOperation> operations;
+  for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {
+    const Owned<PJ> operation(proj_list_get(pj, list.get(), i));
+    RegisteredOperation& found = operations.emplace_back();
+    found.code = CodeOf(operation.get());
+    found.name = proj_get_name(operation.get());
+    found.accuracy = proj_coordoperation_get_accuracy(pj, operation.get());
+    found.document = DocumentOf(pj, operation.get());
+    found.area = AreaOf(pj, operation.get(), &found.areaName);
+  }
+  return operations;
+}
+
+}  // namespace geomath_tools

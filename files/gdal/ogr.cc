@@ -1,0 +1,22 @@
+#include "files/gdal/ogr.h"
+
+#include <cpl_error.h>
+
+namespace geomath_tools {
+
+void PrepareOgr() {
+  static const bool ready = [] {
+    CPLSetErrorHandler(CPLQuietErrorHandler);
+    GDALAllRegister();
+    return true;
+  }();
+  static_cast<void>(ready);
+  CPLErrorReset();
+}
+
+std::string OgrComplaint() {
+  const std::string text = CPLGetLastErrorMsg();
+  return text.empty() ? text : ": " + text;
+}
+
+}  // namespace geomath_tools

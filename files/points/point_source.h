@@ -1,0 +1,68 @@
+#pragma once
+
+#include <ogr_feature.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "files/points/csv_reader.h"
+
+namespace geomath_tools {
+
+/// A column of a point file. Columns of a CSV file are text.
+struct Column {
+  std::string name;
+  OGRFieldType type = OFTString;
+};
+
+/// One row of a point file: a row of a CSV file as it stands there, or a feature of a layer.
+struct Record {
+  CsvRow row;
+  OGRFeatureUniquePtr feature;  ///< null for CSV
+
+  bool IsBlank() const { return !feature && row.IsBlank(); }
+  /// The value of a column as text; empty when it is null, or missing in a short row.
+  std::string Text(std::size_t column) const;
+};
+
+/// Rows of points, read one after another: a CSV file, or a layer in a format of GDAL/OGR.
+class PointSource {
+ public:
+  virtual ~PointSource() = default;
+
+  /// Reads the next row into `record`, reusing its memory; false at the end. Throws UserError when
+  /// reading fails.
+  virtual bool Next(Record& record) = 0;
+  /// Where a record stands, for a report: "line 12", "feature 12".
+  virtual std::string Place(const Record& record) const = 0;
+  /// What is wrong with the row as such, for example too few fields; empty when nothing is.
+  virtual std::string Problem(const Record& record) const;
+  /// How much has been read, from 0 to 1; negative when that cannot be known.
+  virtual double Done() const = 0;
+
+  const std::string& Name() const { return name_; }
+  const std::vector<Column>& Columns() const { return columns_; }
+  std::vector<std::string> ColumnNames() const;
+  /// The reader of a CSV file, null for other formats.
+  virtual const CsvReader* Csv() const { return nullptr; }
+  /// The header of a CSV file as it stands there.
+  const std::string& Header() const { return header_; }
+  /// Whether the rows are features with a geometry.
+  bool HasGeometry() const { return hasGeometry_; }
+
+ protected:
+  std::string name_, header_;
+  std::vector<Column> columns_;
+  bool hasGeometry_ = false;
+};
+
+/// Opens a file, or standard input for "-" (CSV). Files named .csv, .tsv or .txt are CSV; every
+/// other file is opened by GDAL/OGR. `layer` chooses one of several layers; empty for the only one.
+/// Throws UserError when that fails.
+std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer);
+
+/// Whether the name stands for a CSV file: "-", or one of those suffixes.
+bool IsCsvName(const std::string& path);
+
+}  // namespace geomath_tools

@@ -1,0 +1,59 @@
+#include "files/site/calibration.h"
+
+#include <fmt/format.h>
+
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "files/system/projection_names.h"
+
+using namespace zel_cs::geomath;
+
+namespace geomath_tools {
+namespace {
+
+// File names of a system count from its directory.
+void MoveFileNames(nlohmann::ordered_json& geoid, const std::string& from, const std::string& to) {
+  namespace fs = std::filesystem;
+  for (const char* key : {"grid", "model", "correction"}) {
+    if (!geoid.contains(key)) continue;
+    const fs::path file = fs::absolute(from).parent_path() / geoid[key].get<std::string>();
+    geoid[key] = file.lexically_proximate(fs::absolute(to).parent_path()).string();
+  }
+}
+
+}  // namespace
+
+Calibration::Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
+                         const CalibrationOptions& options)
+    : SiteSolution({system.Chain(), system.Projection(), system.LocalEllipsoid(),
+                    system.Geographic(), system.Grid()},
+                   control, options),
+      system_(system) {}
+
+std::string Calibration::ProjectionName() const {
+  return system_.Projection() ? system_.ProjectionName() : kOwnProjection;
+}
+
+std::string Calibration::SystemText(const std::string& text, const std::string& from,
+                                    const std::string& to) const {
+  nlohmann::ordered_json system = nlohmann::ordered_json::parse(text);
+  if (system.contains("geoid")) MoveFileNames(system["geoid"], from, to);
+  if (!system_.Projection()) {
+    nlohmann::ordered_json& projection = system["projection"] = {{"name", kOwnProjection}};
+    const std::vector<double> values = OwnProjectionValues(*this);
+    for (std::size_t i = 0; i < values.size(); ++i)
+      projection[FindProjection(kOwnProjection)->parameters[i].name] = values[i];
+  }
+  nlohmann::ordered_json localization;
+  if (Site().mode & LocalToGrid::kHorizontal)
+    for (int i = 0; i < kPlaneKeys; ++i)
+      localization[kLocalizationKeys[i]] = Site().GetPlaneParam(i, 0);
+  if (Site().mode & LocalToGrid::kVertical)
+    for (int i = 0; i < kHeightKeys; ++i)
+      localization[kLocalizationKeys[kPlaneKeys + i]] = Site().GetHeightParam(i, 0);
+  system["localization"] = localization;
+  return system.dump(2) + "\n";
+}
+
+}  // namespace geomath_tools

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "files/site/site_solution.h"
+#include "files/system/system_file.h"
+
+namespace geomath_tools {
+
+/// The calibration of a coordinate system that was read from a file, which must outlive it.
+class Calibration : public SiteSolution {
+ public:
+  Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
+              const CalibrationOptions& options);
+
+  const CoordinateSystem& System() const { return system_; }
+  /// The name of the projection in use in a system file.
+  std::string ProjectionName() const;
+
+  /// The system file with this calibration: `text` is that of the system, read from `from`; files
+  /// that it names are named as they are seen from `to`.
+  std::string SystemText(const std::string& text, const std::string& from,
+                         const std::string& to) const;
+
+ private:
+  const CoordinateSystem& system_;
+};
+
+}  // namespace geomath_tools

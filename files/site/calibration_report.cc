@@ -1,0 +1,297 @@
+#include "files/site/calibration_report.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cfloat>
+#include <cmath>
+
+#include "geomath/base/angle.h"
+
+using namespace zel_cs::geomath;
+
+namespace geomath_tools {
+namespace {
+
+constexpr const char* kUseNames[] = {"none", "vertical", "horizontal", "both", "rotation"};
+
+// A cell: empty for what is not computed (NaN, DBL_MAX).
+std::string Cell(double value, int decimals) {
+  if (!std::isfinite(value) || std::abs(value) == DBL_MAX) return "";
+  return fmt::format("{:.{}f}", value, decimals);
+}
+
+struct ParameterRow {
+  const char* name;
+  std::string value, deviation;
+};
+
+std::vector<ParameterRow> ParameterRows(const Calibration& calibration) {
+  std::vector<ParameterRow> rows;
+  const CalibrationDeviations& d = calibration.Check().Deviations();
+  const LocalToGrid& site = calibration.Site();
+  const auto plane = [&](int i) { return site.GetPlaneParam(i, 0); };
+  const auto height = [&](int i) { return site.GetHeightParam(i, 0); };
+  constexpr double kPpm = 1e6, kSeconds = 3600 * kDegPerRad;
+  if (site.mode & LocalToGrid::kHorizontal) {
+    rows.push_back({"Shift N, m", Cell(plane(0), 4), Cell(d.tN, 4)});
+    rows.push_back({"Shift E, m", Cell(plane(1), 4), Cell(d.tE, 4)});
+    rows.push_back({"Scale", Cell(plane(2), 10), Cell(d.scale, 10)});
+    rows.push_back({"Scale - 1, ppm", Cell((plane(2) - 1) * kPpm, 3), Cell(d.scale * kPpm, 3)});
+    rows.push_back(
+        {"Rotation, deg", Cell(plane(3) * kDegPerRad, 9), Cell(d.rotation * kDegPerRad, 9)});
+    const double turned = std::remainder(plane(3), kTwoPi);
+    rows.push_back(
+        {"Rotation, arc-seconds", Cell(turned * kSeconds, 3), Cell(d.rotation * kSeconds, 3)});
+  }
+  if (site.mode & LocalToGrid::kVertical) {
+    rows.push_back({"Shift H, m", Cell(height(0), 4), Cell(d.h0, 4)});
+    rows.push_back({"Slope N, mm/km", Cell(height(1) * kPpm, 3), Cell(d.aN * kPpm, 3)});
+    rows.push_back({"Slope E, mm/km", Cell(height(2) * kPpm, 3), Cell(d.aE * kPpm, 3)});
+  }
+  return rows;
+}
+
+constexpr const char* kResidualHeader[] = {"point",     "use",       "res N",    "res E",
+                                           "res H",     "std N",     "std E",    "std H",
+                                           "without N", "without E", "without H"};
+
+std::vector<std::string> ResidualRow(const Calibration& calibration, std::size_t i) {
+  const IdenticalPoint& p = calibration.Points()[i];
+  const PointCheck& c = calibration.Check().Points()[i];
+  std::vector<std::string> row = {calibration.NameOf(i), kUseNames[p.use]};
+  for (const double metres : {p.residualN, p.residualE, p.residualH})
+    row.push_back(Cell(metres, 4));
+  for (const double ratio : {c.standardN, c.standardE, c.standardH}) row.push_back(Cell(ratio, 2));
+  for (const double metres : {c.predictedN, c.predictedE, c.predictedH})
+    row.push_back(Cell(metres, 4));
+  return row;
+}
+
+std::vector<std::string> Estimates(const Calibration& calibration) {
+  std::vector<std::string> lines;
+  const CalibrationCheck& check = calibration.Check();
+  double rms = 0, angle = 0;
+  if (calibration.Solver().GetInitialization() & 1 && calibration.Solver().GetDEstimation(rms))
+    lines.push_back(fmt::format("Horizontal rms {:.4f} m", rms));
+  if (calibration.Solver().GetInitialization() & 1 &&
+      calibration.Solver().GetEstimations(rms, angle))
+    lines.push_back(
+        fmt::format("Estimated rotation error {:.3f} arc-seconds", angle * 3600 * kDegPerRad));
+  if (std::isfinite(check.HorizontalSigma()))
+    lines.push_back(
+        fmt::format("Standard deviation of a coordinate {:.4f} m", check.HorizontalSigma()));
+  if (std::isfinite(check.VerticalSigma()))
+    lines.push_back(fmt::format("Standard deviation of a height {:.4f} m", check.VerticalSigma()));
+  const auto worst = [&](int point, const char* what, double misfit) {
+    if (point < 0) return;
+    lines.push_back(fmt::format("Fits worst {}: {}, {:.4f} m from what the others predict", what,
+                                calibration.NameOf(static_cast<std::size_t>(point)), misfit));
+  };
+  const auto at = [&](int i) { return check.Points()[static_cast<std::size_t>(std::max(i, 0))]; };
+  worst(check.WorstHorizontal(), "horizontally",
+        std::hypot(at(check.WorstHorizontal()).predictedN, at(check.WorstHorizontal()).predictedE));
+  worst(check.WorstVertical(), "in height", std::abs(at(check.WorstVertical()).predictedH));
+  return lines;
+}
+
+std::string Escaped(const std::string& text) {
+  std::string safe;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        safe += "&amp;";
+        break;
+      case '<':
+        safe += "&lt;";
+        break;
+      case '>':
+        safe += "&gt;";
+        break;
+      case '"':
+        safe += "&quot;";
+        break;
+      default:
+        safe += c;
+    }
+  }
+  return safe;
+}
+
+// The largest of 1, 2, 5 times a power of ten that is not above `value`.
+double RoundLength(double value) {
+  const double power = std::pow(10, std::floor(std::log10(value)));
+  for (const double step : {5.0, 2.0})
+    if (step * power <= value) return step * power;
+  return power;
+}
+
+std::string LengthText(double metres) {
+  if (metres >= 1000) return fmt::format("{:g} km", metres / 1000);
+  return metres < 1 ? fmt::format("{:g} mm", metres * 1000) : fmt::format("{:g} m", metres);
+}
+
+// Grid coordinates drawn with north up; lengths of the drawing are pixels.
+class Map {
+ public:
+  explicit Map(const Calibration& calibration) : calibration_(calibration) {
+    for (const IdenticalPoint& p : calibration.Points()) {
+      if (!Drawn(p)) continue;
+      const double n = p.globalN, e = p.globalE;
+      north_ = std::max(north_, n), south_ = std::min(south_, n);
+      east_ = std::max(east_, e), west_ = std::min(west_, e);
+      if (HasResidual(p)) largest_ = std::max(largest_, std::hypot(p.residualN, p.residualE));
+      ++count_;
+    }
+    const double extent = std::max({north_ - south_, east_ - west_, 1.0});
+    perMetre_ = kSize / extent;
+    if (largest_ > kNothing) vectorPerMetre_ = kLongestVector / largest_;
+  }
+
+  std::string Svg() const {
+    if (count_ == 0) return "";
+    const double height = (north_ - south_) * perMetre_ + 2 * kMargin + kLegend;
+    const double width = std::max((east_ - west_) * perMetre_, kSize) + 2 * kMargin;
+    std::string svg = fmt::format(
+        "<svg xmlns=\"http://www.w3.org/2000/svg\" role=\"img\" aria-label=\"Map of the control "
+        "points with residual vectors\" viewBox=\"0 0 {0:.0f} {1:.0f}\" width=\"{0:.0f}\" "
+        "height=\"{1:.0f}\">\n"
+        "<defs><marker id=\"head\" markerWidth=\"8\" markerHeight=\"8\" refX=\"6\" refY=\"3\" "
+        "orient=\"auto\"><path d=\"M0,0 L7,3 L0,6 z\" class=\"head\"/></marker></defs>\n",
+        width, height);
+    for (std::size_t i = 0; i < calibration_.Points().size(); ++i) svg += Point(i);
+    return svg + Legend(height - kLegend) + "</svg>\n";
+  }
+
+ private:
+  static constexpr double kSize = 640, kMargin = 70, kLegend = 60, kLongestVector = 60;
+  static constexpr double kNothing = 1e-9;  // metres: no vector is drawn
+
+  static bool Drawn(const IdenticalPoint& p) {
+    constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
+    return (p.globalFlags & kPlane) == kPlane;
+  }
+  static bool HasResidual(const IdenticalPoint& p) {
+    return std::abs(p.residualN) < DBL_MAX && std::abs(p.residualE) < DBL_MAX;
+  }
+
+  std::string Point(std::size_t i) const {
+    const IdenticalPoint& p = calibration_.Points()[i];
+    if (!Drawn(p)) return "";
+    const double x = kMargin + (p.globalE - west_) * perMetre_;
+    const double y = kMargin + (north_ - p.globalN) * perMetre_;
+    std::string svg = fmt::format(
+        "<circle cx=\"{:.1f}\" cy=\"{:.1f}\" r=\"4\" class=\"{}\"/>"
+        "<text x=\"{:.1f}\" y=\"{:.1f}\">{}</text>\n",
+        x, y, kUseNames[p.use], x + 7, y + 14, Escaped(calibration_.NameOf(i)));
+    if (HasResidual(p) && std::hypot(p.residualN, p.residualE) > kNothing) {
+      // Residuals are in local axes: turned back to the grid's, as the map is.
+      const auto [n, e] =
+          PlaneRotation(calibration_.Site().GetPlaneParam(3, 0)).TurnBack(p.residualN, p.residualE);
+      svg += fmt::format(
+          "<line x1=\"{:.1f}\" y1=\"{:.1f}\" x2=\"{:.1f}\" y2=\"{:.1f}\" class=\"residual\" "
+          "marker-end=\"url(#head)\"/>\n",
+          x, y, x + e * vectorPerMetre_, y - n * vectorPerMetre_);
+    }
+    return svg;
+  }
+
+  static std::string Bar(double x, double y, double pixels, const std::string& cssClass,
+                         const std::string& text) {
+    return fmt::format(
+        "<path d=\"M{0:.1f},{1:.1f} v8 h{2:.1f} v-8\" class=\"{3}\"/>"
+        "<text x=\"{0:.1f}\" y=\"{4:.1f}\">{5}</text>\n",
+        x, y, pixels, cssClass, y + 24, text);
+  }
+
+  std::string Legend(double y) const {
+    const double map = RoundLength(0.25 * kSize / perMetre_);
+    std::string svg = Bar(kMargin, y, map * perMetre_, "bar", LengthText(map));
+    if (vectorPerMetre_ > 0) {
+      const double vector = RoundLength(largest_);
+      svg += Bar(kMargin + 0.5 * kSize, y, vector * vectorPerMetre_, "bar residual",
+                 "residuals: " + LengthText(vector));
+    }
+    return svg;
+  }
+
+  const Calibration& calibration_;
+  double north_ = -DBL_MAX, south_ = DBL_MAX, east_ = -DBL_MAX, west_ = DBL_MAX;
+  double largest_ = 0, perMetre_ = 1, vectorPerMetre_ = 0;
+  int count_ = 0;
+};
+
+constexpr const char* kStyle =
+    "body{font:15px/1.5 sans-serif;margin:2em auto;max-width:60em;padding:0 1em;color:#222}"
+    "table{border-collapse:collapse;margin:1em 0}td,th{padding:.2em .7em;text-align:right;"
+    "border-bottom:1px solid #ddd}td:first-child,th:first-child{text-align:left}"
+    ".wide{overflow-x:auto}.warning{background:#fff3cd;border-left:4px solid #c90;padding:.5em 1em}"
+    "svg{max-width:100%;height:auto;background:#fafafa;border:1px solid #ddd}"
+    "svg text{font:12px sans-serif;fill:#333}circle{fill:#1a5fb4}circle.none{fill:#999}"
+    "circle.vertical{fill:#26a269}circle.rotation{fill:#c64600}"
+    ".residual{stroke:#c01c28;stroke-width:1.5;fill:none}.head{fill:#c01c28}"
+    ".bar{stroke:#333;fill:none}.bar.residual{stroke:#c01c28}";
+
+}  // namespace
+
+std::string CalibrationText(const Calibration& calibration) {
+  std::string text = fmt::format("{:<22}{:>18}{:>16}\n", "Parameter", "value", "deviation");
+  for (const ParameterRow& row : ParameterRows(calibration))
+    text += fmt::format("{:<22}{:>18}{:>16}\n", row.name, row.value, row.deviation);
+
+  std::size_t widest = 8;
+  for (std::size_t i = 0; i < calibration.Points().size(); ++i)
+    widest = std::max(widest, calibration.NameOf(i).size());
+  const auto line = [&](const auto& cells) {
+    text += fmt::format("{:<{}} {:<10}", cells[0], widest, cells[1]);
+    for (std::size_t i = 2; i < std::size(kResidualHeader); ++i)
+      text += fmt::format(" {:>{}}", cells[i], i < 8 && i >= 5 ? 6 : 9);
+    text += "\n";
+  };
+  text +=
+      "\nResiduals (given minus computed, m), the same over their standard deviations, and the\n"
+      "misfit to a calibration without the point (m)\n";
+  line(kResidualHeader);
+  for (std::size_t i = 0; i < calibration.Points().size(); ++i) line(ResidualRow(calibration, i));
+  text += "\n";
+  for (const std::string& estimate : Estimates(calibration)) text += estimate + "\n";
+  for (const std::string& warning : calibration.Warnings()) text += "Warning: " + warning + "\n";
+  return text;
+}
+
+std::string CalibrationPage(const Calibration& calibration, const std::string& title) {
+  const std::string name = Escaped(title);
+  std::string page = fmt::format(
+      "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n<meta name=\"viewport\" "
+      "content=\"width=device-width\">\n<title>{0}</title>\n<style>{1}</style></head><body>\n"
+      "<h1>{0}</h1>\n",
+      name, kStyle);
+  for (const std::string& warning : calibration.Warnings())
+    page += "<p class=\"warning\">" + Escaped(warning) + "</p>\n";
+  page += "<ul>\n";
+  for (const std::string& estimate : Estimates(calibration))
+    page += "<li>" + Escaped(estimate) + "</li>\n";
+  page += "</ul>\n" + Map(calibration).Svg();
+
+  page +=
+      "<h2>Parameters</h2>\n<table id=\"parameters\"><tr><th>parameter</th><th>value</th>"
+      "<th>deviation</th></tr>\n";
+  for (const ParameterRow& row : ParameterRows(calibration))
+    page += fmt::format("<tr><td>{}</td><td>{}</td><td>{}</td></tr>\n", row.name, row.value,
+                        row.deviation);
+  page +=
+      "</table>\n<h2>Residuals</h2>\n<p>Given minus computed, metres (res); the same over their "
+      "standard deviations (std); misfit to a calibration without the point (without).</p>\n"
+      "<div class=\"wide\"><table id=\"residuals\"><tr>";
+  for (const char* header : kResidualHeader) page += fmt::format("<th>{}</th>", header);
+  page += "</tr>\n";
+  for (std::size_t i = 0; i < calibration.Points().size(); ++i) {
+    page += "<tr>";
+    for (const std::string& cell : ResidualRow(calibration, i))
+      page += "<td>" + Escaped(cell) + "</td>";
+    page += "</tr>\n";
+  }
+  return page + "</table></div>\n</body></html>\n";
+}
+
+}  // namespace geomath_tools

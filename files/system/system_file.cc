@@ -1,0 +1,166 @@
+#include "files/system/system_file.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <vector>
+
+#include "files/system/json_section.h"
+#include "files/system/projection_names.h"
+#include "files/system/system_sections.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::json;
+
+namespace geomath_tools {
+namespace {
+
+std::string ErrnoText(int code) { return std::strerror(code); }
+
+std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
+
+}  // namespace
+
+class SystemReader {
+ public:
+  explicit SystemReader(std::string file) : file_(std::move(file)) {}
+
+  std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
+    const JsonSection top(file_, "", root,
+                          {"name", "description", "global", "local", "datum", "projection", "axes",
+                           "geoid", "localization", "ground"});
+    for (const char* note : {"name", "description"}) {
+      if (top.Has(note)) top.Text(note, "a text");
+    }
+    auto system = std::make_unique<CoordinateSystem>();
+    ReadEllipsoids(top, *system);
+    if (top.Has("datum")) ReadDatumAt(top, *system);
+    if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);
+    if (top.Has("axes")) ReadAxes(top, *system);
+    if (top.Has("localization"))
+      system->localization_ = ReadLocalization(
+          JsonSection(file_, "localization", top.Object("localization"),
+                      {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)}));
+    if (top.Has("ground")) ReadGroundAt(top, *system);
+    CoordinateChain& chain = system->chain_;
+    chain.SetGlobalEllipsoid(&system->global_);
+    if (system->datum_) chain.SetDatum(&*system->datum_);
+    chain.SetProjection(system->Projection());
+    if (top.Has("geoid")) ReadGeoid(top, *system);
+    if (system->localization_) chain.SetLocalization(&*system->localization_);
+    if (system->ground_) chain.SetGround(&*system->ground_);
+    return system;
+  }
+
+ private:
+  Ellipsoid ReadEllipsoidAt(const JsonSection& top, const std::string& key) const {
+    return ReadEllipsoid(JsonSection(file_, key, top.Object(key), kEllipsoidKeys));
+  }
+
+  // A datum joins two ellipsoids. Without one there is only one ellipsoid, named once or twice.
+  void ReadEllipsoids(const JsonSection& top, CoordinateSystem& system) const {
+    const bool global = top.Has("global"), local = top.Has("local");
+    if (top.Has("datum") || (!global && !local)) {
+      system.global_ = ReadEllipsoidAt(top, "global");
+      system.local_ = ReadEllipsoidAt(top, "local");
+      return;
+    }
+    system.local_ = ReadEllipsoidAt(top, local ? "local" : "global");
+    system.global_ = global ? ReadEllipsoidAt(top, "global") : system.local_;
+    if (system.global_.a != system.local_.a || system.global_.invF != system.local_.invF)
+      top.Fail("datum",
+               "is missing: \"global\" and \"local\" are different ellipsoids, and the "
+               "seven parameters between them belong there (0 for those that are not "
+               "used)");
+  }
+
+  void ReadDatumAt(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(file_, "datum", top.Object("datum"), kDatumKeys);
+    system.datum_.emplace(ReadDatum(section, &system.local_));
+  }
+
+  void ReadProjectionAt(const JsonSection& top, CoordinateSystem& system) const {
+    const json& object = top.Object("projection");
+    system.named_ = ReadProjection({file_, "projection", object, KeySpelling::folded},
+                                   system.local_.a, system.local_.invF);
+  }
+
+  void ReadAxes(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(file_, "axes", top.Object("axes"), {"grid", "geographic"});
+    if (!system.Projection()) section.Fail("grid", "needs a projection: the axes are those of it");
+    if (const AxisText* grid = ReadAxisPair(section, "grid")) {
+      system.Projection()->SetNEAxes(Widen(grid->text).c_str());
+      system.grid_.northFirst = grid->northFirst;
+    }
+    if (const AxisText* geographic = ReadAxisPair(section, "geographic")) {
+      system.Projection()->SetBLAxes(Widen(geographic->text).c_str());
+      system.geographic_.northFirst = geographic->northFirst;
+    }
+  }
+
+  // Files are looked for beside the system file.
+  void ReadGeoid(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(
+        file_, "geoid", top.Object("geoid"),
+        {"grid", "interpolation", "model", "correction", "subtractNormalField", "frame"});
+    const auto text = [&](const char* key, const char* what) {
+      return section.Has(key) ? section.Text(key, what) : std::string();
+    };
+    const auto path = [&](const char* key) {
+      const std::string name = text(key, "the name of a file");
+      return name.empty() ? name : (std::filesystem::path(file_).parent_path() / name).string();
+    };
+    GeoidChoice choice{path("grid"), text("interpolation", "the name of a scheme"), path("model"),
+                       path("correction"), false};
+    choice.subtractNormalField = ReadWord(section, "subtractNormalField", {"yes", "no"}) == "yes";
+    const bool local = ReadWord(section, "frame", {"global", "local"}) == "local";
+    system.geoid_ = OpenGeoid(choice);
+    system.chain_.SetGeoid(&system.geoid_->Heights(),
+                           local ? GeoidFrame::local : GeoidFrame::global);
+  }
+
+  // The chain gives the pair in the order of the axes: exchanged, a rotation turns the other way.
+  void ReadGroundAt(const JsonSection& top, CoordinateSystem& system) const {
+    GridToGround& ground = system.ground_.emplace(
+        ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys)));
+    if (system.grid_.northFirst) return;
+    std::swap(ground.originN, ground.originE);
+    std::swap(ground.offsetN, ground.offsetE);
+    ground.rotation = -ground.rotation;
+  }
+
+  std::string file_;
+};
+
+std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
+                                              ProjectionNeed need) {
+  return SystemReader(name).Read(ParseJson(text, name), need);
+}
+
+std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
+  return ParseSystem(ReadSystemText(path), path);
+}
+
+std::string ReadSystemText(const std::string& path) {
+  constexpr std::size_t kLargestFile = 1 << 20;  // bytes; a description takes a few hundred
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  std::string text;
+  char part[4096];
+  while (file && text.size() <= kLargestFile) {
+    file.read(part, sizeof part);
+    text.append(part, static_cast<std::size_t>(file.gcount()));
+  }
+  if (text.size() > kLargestFile)
+    throw UserError(fmt::format("{}: too large for a system file (1 MiB)", path));
+  if (!file.eof()) throw UserError(fmt::format("{}: cannot be read: {}", path, ErrnoText(errno)));
+  return text;
+}
+
+}  // namespace geomath_tools

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "files/models/geoid_file.h"
+#include "files/site/site_solution.h"
+#include "files/system/system_sections.h"
+#include "geomath/base/ellipsoid.h"
+#include "geomath/chain/coordinate_chain.h"
+#include "geomath/datum/datum.h"
+#include "geomath/local/grid_to_ground.h"
+#include "geomath/local/local_to_grid.h"
+#include "geomath/proj/geo_proj.h"
+
+namespace geomath_tools {
+
+/// A coordinate system as a file describes it: the objects of a conversion and the chain that
+/// joins them. It stays where it was made, since the objects point to each other.
+class CoordinateSystem {
+ public:
+  CoordinateSystem() = default;
+  CoordinateSystem(const CoordinateSystem&) = delete;
+  CoordinateSystem& operator=(const CoordinateSystem&) = delete;
+
+  const zel_cs::geomath::CoordinateChain& Chain() const { return chain_; }
+  /// The ellipsoid of the projection.
+  const zel_cs::geomath::Ellipsoid& LocalEllipsoid() const { return local_; }
+  /// Null, with an empty name, where a system may do without.
+  zel_cs::geomath::TGeoProj* Projection() const { return named_.projection.get(); }
+  std::string ProjectionName() const { return named_.kind ? named_.kind->name : ""; }
+  /// The same with its kind and parameters; a kind of null where there is none.
+  const NamedProjection& Named() const { return named_; }
+  /// Null where there is none.
+  const LoadedGeoid* Geoid() const { return geoid_.get(); }
+  AxisPair Geographic() const { return geographic_; }
+  AxisPair Grid() const { return grid_; }
+
+ private:
+  friend class SystemReader;
+
+  zel_cs::geomath::Ellipsoid global_, local_;
+  std::optional<zel_cs::geomath::Datum> datum_;
+  NamedProjection named_;
+  std::unique_ptr<LoadedGeoid> geoid_;
+  std::optional<zel_cs::geomath::LocalToGrid> localization_;
+  std::optional<zel_cs::geomath::GridToGround> ground_;
+  zel_cs::geomath::CoordinateChain chain_;
+  AxisPair geographic_, grid_;
+};
+
+/// Whether a system must have a projection.
+enum class ProjectionNeed { required, optional };
+
+/// Reads a system file (docs/system-file.md). Throws UserError, naming the file, the key and what
+/// would be right, for everything that is wrong with it.
+std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path);
+
+/// The text of a system file; throws UserError when it cannot be read.
+std::string ReadSystemText(const std::string& path);
+
+/// The system from text; `name` stands for the file in messages.
+std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
+                                              ProjectionNeed need = ProjectionNeed::required);
+
+}  // namespace geomath_tools

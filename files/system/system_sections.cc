@@ -1,0 +1,243 @@
+#include "files/system/system_sections.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "files/system/ellipsoid_names.h"
+#include "files/words/name_match.h"
+#include "geomath/base/angle.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::json;
+
+namespace geomath_tools {
+namespace {
+
+// What an ellipsoid of a planet or moon has; a figure in kilometres or feet is caught.
+constexpr double kSmallestAxis = 1e5, kLargestAxis = 1e8;  // metres
+constexpr double kLargestHeight = 1e5;                     // metres, of a site
+
+constexpr AxisText kAxes[] = {
+    {"NE", true},  {"NW", true},  {"SE", true},  {"SW", true},
+    {"EN", false}, {"WN", false}, {"ES", false}, {"WS", false},
+};
+
+Ellipsoid ReadNamedEllipsoid(const JsonSection& section) {
+  for (const char* other : {"a", "b", "invF"}) {
+    if (section.Has(other))
+      section.Fail(other, "cannot stand beside \"ellipsoid\": give one of them");
+  }
+  const std::string name = section.Text("ellipsoid", "the name of an ellipsoid");
+  const NamedEllipsoid* row = FindEllipsoid(name);
+  if (!row)
+    section.Fail("ellipsoid", fmt::format("names the unknown ellipsoid \"{}\"; {}", Printable(name),
+                                          SuggestName(name, EllipsoidNames())));
+  return MakeEllipsoid(row->a, row->invF);
+}
+
+double ReadAxis(const JsonSection& section, const char* name, const char* what) {
+  const double metres = section.Number(name, what);
+  if (!(metres >= kSmallestAxis && metres <= kLargestAxis))
+    section.Fail(name, fmt::format("is {}: the semi-axis in metres belongs there (WGS84: "
+                                   "6378137.0)",
+                                   metres));
+  return metres;
+}
+
+const ProjectionKind& ReadKind(const ProjectionSection& source) {
+  if (!source.object.is_object()) JsonSection(source.file, source.path, source.object, {});
+  json name = json::object();
+  for (const auto& [key, value] : source.object.items()) {
+    if (FoldName(key) == "name") name["name"] = value;
+  }
+  const JsonSection section(source.file, source.path, name, {"name"});
+  const std::string text = section.Text("name", "the short name of a projection");
+  const ProjectionKind* kind = FindProjection(text);
+  if (!kind)
+    section.Fail("name", fmt::format("is the unknown projection \"{}\"; {}", Printable(text),
+                                     SuggestName(text, ProjectionNames())));
+  return *kind;
+}
+
+double ReadAngle(const JsonSection& section, const std::string& name, double limit) {
+  const double value = section.Number(name, "an angle in decimal degrees");
+  if (std::abs(value) > limit)
+    section.Fail(name, fmt::format("is {}: decimal degrees from -{} to {} belong there", value,
+                                   limit, limit));
+  return value;
+}
+
+double ReadFactor(const JsonSection& section, const std::string& name, const std::string& what) {
+  const double value = section.Number(name, what);
+  if (!(value > 0)) section.Fail(name, "must be above 0");
+  return value;
+}
+
+double ReadParameter(const JsonSection& section, const ProjectionParameter& parameter) {
+  const std::string& name = parameter.name;
+  switch (parameter.unit) {
+    case ParameterUnit::latitude:
+      return ReadAngle(section, name, 90);
+    case ParameterUnit::degrees:
+      return ReadAngle(section, name, 360);
+    case ParameterUnit::factor:
+      return ReadFactor(section, name, "a scale factor");
+    case ParameterUnit::metres:
+      return section.Number(name, "a length in metres");
+    case ParameterUnit::number:
+      break;
+  }
+  return section.Number(name, "a number");
+}
+
+static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
+
+// The scale is given, or derived from the height of the site and the scale of the grid there.
+void ReadGroundScale(const JsonSection& section, GridToGround& ground) {
+  const char *height = "height", *factor = "gridScaleFactor";
+  if (!section.Has(height) && !section.Has(factor)) {
+    ground.scale = ReadFactor(section, "scale",
+                              fmt::format("the scale from grid to ground (1 means unchanged), or "
+                                          "\"{}\" with \"{}\",",
+                                          height, section.Spelled(factor)));
+    return;
+  }
+  if (section.Has("scale"))
+    section.Fail("scale", fmt::format("cannot stand beside \"{}\" and \"{}\", which give it",
+                                      height, section.Spelled(factor)));
+  ground.flags |= GridToGround::kDeriveScale;
+  ground.height = section.Number(height, "the height of the site in metres");
+  if (!(std::abs(ground.height) <= kLargestHeight))
+    section.Fail(height, fmt::format("is {}: the height of the site in metres belongs there",
+                                     ground.height));
+  ground.gridScaleFactor =
+      ReadFactor(section, factor, "the scale factor of the projection at the site");
+}
+
+// A northing and an easting, both or none; false when they are absent.
+bool ReadPlanePair(const JsonSection& section, const std::string& name, double& north,
+                   double& east) {
+  const std::string keys[] = {name + "N", name + "E"};
+  if (!section.Has(keys[0]) && !section.Has(keys[1])) return false;
+  north = section.Number(keys[0], "a length in metres");
+  east = section.Number(keys[1], "a length in metres");
+  return true;
+}
+
+}  // namespace
+
+std::string ReadWord(const JsonSection& section, const std::string& key,
+                     const std::vector<std::string>& known) {
+  if (!section.Has(key)) return "";
+  const std::string word = section.Text(key, "one of the words " + ListNames(known));
+  if (std::find(known.begin(), known.end(), word) == known.end())
+    section.Fail(key, fmt::format("is \"{}\"; {}", Printable(word), SuggestName(word, known)));
+  return word;
+}
+
+Ellipsoid ReadEllipsoid(const JsonSection& section) {
+  if (section.Has("ellipsoid")) return ReadNamedEllipsoid(section);
+  Ellipsoid ellipsoid;
+  ellipsoid.a =
+      ReadAxis(section, "a", "the semi-major axis in metres, or \"ellipsoid\" with a name,");
+  if (section.Has("b") && section.Has("invF"))
+    section.Fail(
+        "b", fmt::format("cannot stand beside \"{}\": give one of them", section.Spelled("invF")));
+  if (section.Has("b")) {
+    ellipsoid.b = ReadAxis(section, "b", "the semi-minor axis in metres");
+    if (ellipsoid.b > ellipsoid.a) section.Fail("b", "is larger than \"a\"");
+    ellipsoid.SetEllipsoid(true);
+    return ellipsoid;
+  }
+  ellipsoid.invF = section.Number("invF", "the inverse flattening (WGS84: 298.257223563)");
+  if (!(ellipsoid.invF > 1))
+    section.Fail("invF", fmt::format("is {}: the inverse flattening, a number above 1, belongs "
+                                     "there (WGS84: 298.257223563)",
+                                     ellipsoid.invF));
+  ellipsoid.SetEllipsoid(false);
+  return ellipsoid;
+}
+
+Datum ReadDatum(const JsonSection& section, Ellipsoid* local) {
+  const auto metres = [&](const char* key) { return section.Number(key, "a shift in metres"); };
+  const auto seconds = [&](const char* key) {
+    return section.Number(key, "a rotation in arc-seconds");
+  };
+  const TAbstractPoint3<double> shift(metres("dX"), metres("dY"), metres("dZ"));
+  TAbstractPoint3<double> rotation(seconds("rX"), seconds("rY"), seconds("rZ"));
+  const double scale = section.Number("ppm", "the scale in parts per million") * 1e-6;
+  if (!(std::abs(scale) < 1))
+    section.Fail("ppm",
+                 "is a million or more: the difference of the scale from 1, in parts per "
+                 "million, belongs there");
+  if (ReadWord(section, "rotation", {"coordinate-frame", "position-vector"}) == "position-vector")
+    rotation = rotation * -1.0;
+  return {local, shift, rotation, scale, userTypeUser, false, nullptr};
+}
+
+NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF) {
+  const ProjectionKind& kind = ReadKind(source);
+  std::vector<std::string> known = {"name"};
+  for (const ProjectionParameter& parameter : kind.parameters) known.push_back(parameter.name);
+  const JsonSection section(source.file, source.path, source.object, known, source.spelling);
+  const std::vector<std::string> names(known.begin() + 1, known.end());
+  std::vector<double> values;
+  for (const ProjectionParameter& parameter : kind.parameters) {
+    if (!section.Has(parameter.name))
+      section.Fail(parameter.name, fmt::format("is missing; {} needs {}", kind.name,
+                                               ListNames(section.SpelledAll(names))));
+    values.push_back(ReadParameter(section, parameter));
+  }
+  return {&kind, values, MakeProjection(kind, a, invF, values)};
+}
+
+const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key) {
+  if (!section.Has(key)) return nullptr;
+  const std::string text = section.Text(key, "an axis text such as \"NE\"");
+  std::vector<std::string> known;
+  for (const AxisText& row : kAxes) {
+    if (FoldName(row.text) == FoldName(text)) return &row;
+    known.emplace_back(row.text);
+  }
+  section.Fail(key, fmt::format("is \"{}\": the directions of the first and second coordinate "
+                                "belong there; {}",
+                                Printable(text), SuggestName(text, known)));
+}
+
+LocalToGrid ReadLocalization(const JsonSection& section) {
+  const std::string* keys = kLocalizationKeys;
+  LocalToGrid site;
+  const auto readPart = [&](int first, int count, unsigned char mode, auto set) {
+    bool any = false;
+    for (int i = 0; i < count; ++i) any = any || section.Has(keys[first + i]);
+    if (!any) return;
+    for (int i = 0; i < count; ++i)
+      set(section.Number(keys[first + i], "a parameter of the site calibration"), i);
+    site.mode = static_cast<unsigned char>(site.mode | mode);
+  };
+  readPart(0, kPlaneKeys, LocalToGrid::kHorizontal,
+           [&](double value, int i) { site.SetPlaneParam(value, i, 0); });
+  readPart(kPlaneKeys, kHeightKeys, LocalToGrid::kVertical,
+           [&](double value, int i) { site.SetHeightParam(value, i, 0); });
+  if (site.mode == LocalToGrid::kNotSetUp)
+    section.Fail(keys[0], "is missing: the parameters of the site calibration belong there");
+  if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
+    section.Fail(keys[2], "must be above 0");
+  return site;
+}
+
+GridToGround ReadGround(const JsonSection& section) {
+  GridToGround ground;
+  ground.flags = 0;
+  ReadGroundScale(section, ground);
+  if (section.Has("rotation")) ground.rotation = ReadAngle(section, "rotation", 360) * kRadPerDeg;
+  if (ReadPlanePair(section, "origin", ground.originN, ground.originE))
+    ground.flags |= GridToGround::kHasOrigin;
+  ReadPlanePair(section, "offset", ground.offsetN, ground.offsetE);
+  ground.SetEnabled(ReadWord(section, "enabled", {"yes", "no"}) != "no");
+  return ground;
+}
+
+}  // namespace geomath_tools

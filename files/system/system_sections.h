@@ -1,0 +1,73 @@
+#pragma once
+
+#include <memory>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "files/system/json_section.h"
+#include "files/system/projection_names.h"
+#include "geomath/base/ellipsoid.h"
+#include "geomath/datum/datum.h"
+#include "geomath/local/grid_to_ground.h"
+#include "geomath/local/local_to_grid.h"
+#include "geomath/proj/geo_proj.h"
+
+/// The sections of a system file (docs/system-file.md) that stand for themselves, for the reader of
+/// whole files and for callers that have the same values from elsewhere. Everything wrong with a
+/// section throws UserError, naming the key and what would be right.
+namespace geomath_tools {
+
+/// Keys of an ellipsoid: a name, or a and one of the other two.
+inline const std::vector<std::string> kEllipsoidKeys = {"ellipsoid", "a", "invF", "b"};
+zel_cs::geomath::Ellipsoid ReadEllipsoid(const JsonSection& section);
+
+inline const std::vector<std::string> kDatumKeys = {"dX", "dY", "dZ",  "rX",
+                                                    "rY", "rZ", "ppm", "rotation"};
+/// The datum on `local`, which it keeps a pointer to.
+zel_cs::geomath::Datum ReadDatum(const JsonSection& section, zel_cs::geomath::Ellipsoid* local);
+
+/// A projection with its kind and the values of its parameters, in the units of the kind.
+struct NamedProjection {
+  const ProjectionKind* kind = nullptr;
+  std::vector<double> values;
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
+};
+
+/// A section whose keys depend on its name: where it stands, and how its keys are matched.
+struct ProjectionSection {
+  std::string file, path;
+  const nlohmann::json& object;
+  KeySpelling spelling;
+};
+/// The projection on the ellipsoid of semi-major axis `a` (metres) and inverse flattening `invF`.
+NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF);
+
+/// The directions of a pair's coordinates, as AxisRotation knows them.
+struct AxisText {
+  const char* text;  ///< "NE", "SW", …
+  bool northFirst;
+};
+/// The axes at a key; null when it is absent.
+const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key);
+
+/// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
+/// scale, radians), then its height parameters.
+inline constexpr int kPlaneKeys = 4, kHeightKeys = 3;
+inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "rotation",
+                                                "shiftH", "slopeN", "slopeE"};
+
+/// The site calibration. A part, horizontal or vertical, is given whole or not at all.
+zel_cs::geomath::LocalToGrid ReadLocalization(const JsonSection& section);
+
+/// Keys of a ground system: a scale, or the two that it is derived from; the others may be absent.
+inline const std::vector<std::string> kGroundKeys = {"scale",    "height",  "gridScaleFactor",
+                                                     "rotation", "originN", "originE",
+                                                     "offsetN",  "offsetE", "enabled"};
+zel_cs::geomath::GridToGround ReadGround(const JsonSection& section);
+
+/// One of the known words at a key; empty when it is absent.
+std::string ReadWord(const JsonSection& section, const std::string& key,
+                     const std::vector<std::string>& known);
+
+}  // namespace geomath_tools

@@ -1,0 +1,152 @@
+#include "files/words/number_text.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <optional>
+
+#include "files/words/name_match.h"
+
+namespace geomath_tools {
+namespace {
+
+ParsedNumber Problem(std::string text) { return {0, std::move(text)}; }
+
+std::string_view Trim(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
+
+// The marks of degrees, minutes and seconds; those of several bytes are UTF-8.
+constexpr std::string_view kUnitMarks[3][5] = {
+    {"\xC2\xB0", "\xC2\xBA", "d", ":"},               // degree sign, masculine ordinal
+    {"'", "\xE2\x80\xB2", "\xE2\x80\x99", "m", ":"},  // prime, right quotation mark
+    {"\"", "\xE2\x80\xB3", "\xE2\x80\x9D", "''", "s"},
+};
+
+bool TakeMark(std::string_view& text, int unit) {
+  for (const std::string_view mark : kUnitMarks[unit]) {
+    if (!mark.empty() && text.starts_with(mark)) {
+      text.remove_prefix(mark.size());
+      return true;
+    }
+  }
+  return false;
+}
+
+struct Hemisphere {
+  char letter;
+  AngleKind kind;
+  double sign;
+};
+constexpr Hemisphere kHemispheres[] = {
+    {'N', AngleKind::latitude, 1},
+    {'S', AngleKind::latitude, -1},
+    {'E', AngleKind::longitude, 1},
+    {'W', AngleKind::longitude, -1},
+};
+
+// Takes a hemisphere letter from either end. Capitals only: a small s is the mark of seconds.
+std::optional<Hemisphere> TakeHemisphere(std::string_view& text) {
+  if (text.empty()) return std::nullopt;
+  for (const Hemisphere& hemisphere : kHemispheres) {
+    if (text.front() == hemisphere.letter) {
+      text = Trim(text.substr(1));
+      return hemisphere;
+    }
+    if (text.back() == hemisphere.letter) {
+      text = Trim(text.substr(0, text.size() - 1));
+      return hemisphere;
+    }
+  }
+  return std::nullopt;
+}
+
+// The leading unsigned decimal number of the text.
+std::optional<double> TakeFigure(std::string_view& text, bool& hasDecimals) {
+  const std::size_t length = std::min(text.find_first_not_of("0123456789."), text.size());
+  double value = 0;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + length, value);
+  if (error != std::errc() || end != text.data() + length) return std::nullopt;
+  hasDecimals = text.substr(0, length).find('.') != std::string_view::npos;
+  text.remove_prefix(length);
+  return value;
+}
+
+}  // namespace
+
+ParsedNumber ParseNumber(std::string_view text) {
+  const std::string_view given = Trim(text);
+  if (given.empty()) return Problem("is empty");
+  std::string_view digits = given;
+  if (digits.front() == '+' && digits.size() > 1 && digits[1] != '-') digits.remove_prefix(1);
+  double value = 0;
+  const auto [end, error] = std::from_chars(digits.data(), digits.data() + digits.size(), value);
+  if (error == std::errc::result_out_of_range || (error == std::errc() && !std::isfinite(value)))
+    return Problem(fmt::format("\"{}\" is not a finite number", Printable(given)));
+  if (error != std::errc() || end != digits.data() + digits.size()) {
+    const bool comma = given.find(',') != std::string_view::npos;
+    return Problem(fmt::format("\"{}\" is not a number{}", Printable(given),
+                               comma ? " (write the decimal point as \".\")" : ""));
+  }
+  return {value, {}};
+}
+
+std::string AngleRangeProblem(double degrees, AngleKind kind) {
+  const double limit = kind == AngleKind::latitude ? 90 : 360;
+  if (std::abs(degrees) <= limit) return {};
+  return fmt::format("{} degrees is outside -{} to {}", degrees, limit, limit);
+}
+
+ParsedNumber ParseAngle(std::string_view text, AngleKind kind) {
+  const std::string_view given = Trim(text);
+  if (given.empty()) return Problem("is empty");
+  if (ParsedNumber plain = ParseNumber(given)) {
+    if (std::string problem = AngleRangeProblem(plain.value, kind); !problem.empty())
+      return Problem(std::move(problem));
+    return plain;
+  }
+  const auto noAngle = [&](std::string_view why) {
+    return Problem(fmt::format("\"{}\" {}", Printable(given), why));
+  };
+
+  std::string_view rest = given;
+  double sign = 1;
+  const bool hasSign = rest.front() == '-' || rest.front() == '+';
+  if (hasSign) {
+    sign = rest.front() == '-' ? -1 : 1;
+    rest = Trim(rest.substr(1));
+  }
+  if (const auto hemisphere = TakeHemisphere(rest)) {
+    if (hemisphere->kind != kind)
+      return noAngle(kind == AngleKind::latitude ? "is no latitude (N or S belongs to it)"
+                                                 : "is no longitude (E or W belongs to it)");
+    if (hasSign) return noAngle("has a sign and a hemisphere letter");
+    sign = hemisphere->sign;
+  }
+
+  double degrees = 0, unit = 1;
+  bool lastHadDecimals = false;
+  for (int part = 0; part == 0 || !rest.empty(); ++part, unit *= 60) {
+    if (part > 2) return noAngle("is not an angle (more than degrees, minutes, seconds)");
+    if (lastHadDecimals) return noAngle("is not an angle (decimals before the last figure)");
+    const auto figure = TakeFigure(rest, lastHadDecimals);
+    if (!figure)
+      return noAngle("is not an angle (write decimal degrees or degrees minutes seconds)");
+    if (part > 0 && *figure >= 60) return noAngle("has minutes or seconds of 60 or more");
+    degrees += *figure / unit;
+    rest = Trim(rest);
+    TakeMark(rest, part);
+    rest = Trim(rest);
+  }
+  degrees *= sign;
+  if (std::string problem = AngleRangeProblem(degrees, kind); !problem.empty())
+    return Problem(std::move(problem));
+  return {degrees, {}};
+}
+
+}  // namespace geomath_tools

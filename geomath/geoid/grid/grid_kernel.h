@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstddef>
+
+#include "geomath/base/rect_bounds.h"
+#include "geomath/geoid/geoid_status.h"
+#include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/grid_stencil.h"
+
+namespace zel_cs::geomath {
+
+/// Points that go through a kernel together: their columns stay in the first-level cache.
+inline constexpr std::size_t kGridBlock = 128;
+
+/// What became of the points of a query.
+struct GridTally {
+  std::size_t outside = 0;  // of the region that the query allows
+  std::size_t invalid = 0;  // without a height, among them those outside
+};
+
+/// A rule of interpolation over columns of points. `Rule` is a plain record with
+///   static constexpr int kSize                              // a stencil has kSize × kSize nodes
+///   Stencil Place(double lat, double lon) const
+///   double Height(const Stencil&, const float (&z)[kSize][kSize], double start) const
+/// the statements that a single point runs too; Height gives kNoHeight at a hole, and `start` is
+/// what the point's slot holds. Every Rule is instantiated in a kernel source.
+template <class Target, class Rule>
+struct GridKernel {
+  /// Heights of at most kGridBlock points, cut to the resolution of a query and brought into
+  /// `bounds`, from nodes that hold stencils of the rule; kNoHeight where there is none.
+  static GridTally Heights(const Rule& rule, const GridNodes& nodes, const RectBounds& bounds,
+                           const double* lat, const double* lon, double* heights,
+                           std::size_t count);
+};
+
+}  // namespace zel_cs::geomath

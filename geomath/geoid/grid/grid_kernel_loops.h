@@ -1,0 +1,98 @@
+#pragma once
+
+/// The loops of GridKernel; included by kernel sources only.
+
+#include "geomath/geoid/grid/grid_kernel.h"
+#include "geomath/geoid/grid/grid_location.h"
+#include "geomath/simd/instruction_set.h"
+
+namespace zel_cs::geomath {
+
+/// A block of points on its way to heights. Nodes are gathered one point after the other between
+/// loops that vectorise. Locating and placing are two of these, since a long chain of operations on
+/// one point leaves the processor room for few others.
+template <class Rule>
+class GridBlock {
+ public:
+  GEOMATH_INLINE explicit GridBlock(std::size_t count) : count_(count) {}
+
+  GEOMATH_INLINE void LocateIn(const RectBounds& bounds, const double* GEOMATH_RESTRICT lat,
+                               const double* GEOMATH_RESTRICT lon) {
+    for (std::size_t i = 0; i < count_; ++i) {
+      double b = lat[i], l = lon[i];
+      const bool inside = Locate(bounds, b, l);
+      u_[i] = b;
+      v_[i] = l;
+      place_[i] = inside ? kNoStencil : kOutside;
+    }
+  }
+
+  GEOMATH_INLINE void PlaceBy(const Rule& rule) {
+    for (std::size_t i = 0; i < count_; ++i) {
+      const Stencil s = rule.Place(u_[i], v_[i]);
+      const bool found = (place_[i] == kNoStencil) & s.inside;
+      row_[i] = found ? s.row : 0;
+      column_[i] = found ? s.column : 0;
+      u_[i] = s.u;
+      v_[i] = s.v;
+      place_[i] = found ? kStencil : place_[i];
+    }
+  }
+
+  GEOMATH_INLINE void Gather(const GridNodes& nodes) {
+    for (std::size_t i = 0; i < count_; ++i) {
+      float z[kSize][kSize];
+      nodes.ReadStencil(row_[i], column_[i], z);
+      for (std::size_t r = 0; r < kSize; ++r)
+        for (std::size_t c = 0; c < kSize; ++c) z_[r][i][c] = z[r][c];
+    }
+  }
+
+  GEOMATH_INLINE void HeightsBy(const Rule& rule, double* GEOMATH_RESTRICT heights) const {
+    for (std::size_t i = 0; i < count_; ++i) {
+      float z[kSize][kSize];
+      for (std::size_t r = 0; r < kSize; ++r)
+        for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
+      const Stencil s{row_[i], column_[i], u_[i], v_[i], true};
+      heights[i] = rule.Height(s, z, heights[i]);
+    }
+  }
+
+  /// Puts kNoHeight where a height is none.
+  GEOMATH_INLINE GridTally Finish(double* GEOMATH_RESTRICT heights) const {
+    GridTally tally;
+    for (std::size_t i = 0; i < count_; ++i) {
+      const bool invalid = IsInvalid(heights[i]), given = (place_[i] == kStencil) & !invalid;
+      heights[i] = given ? heights[i] : kNoHeight;
+      tally.outside += place_[i] == kOutside;
+      tally.invalid += !given;
+    }
+    return tally;
+  }
+
+ private:
+  static constexpr std::size_t kSize = Rule::kSize;
+  static constexpr double kOutside = 0, kNoStencil = 1, kStencil = 2;
+
+  // Numbers of one width, which the loops need not convert.
+  double u_[kGridBlock], v_[kGridBlock];  // first latitude and longitude, then those of the stencil
+  double row_[kGridBlock], column_[kGridBlock], place_[kGridBlock];
+  float z_[kSize][kGridBlock][kSize];
+  std::size_t count_;
+};
+
+template <class Target, class Rule>
+GridTally GridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& nodes,
+                                            const RectBounds& bounds, const double* lat,
+                                            const double* lon, double* heights, std::size_t count) {
+  const Rule localRule = rule;  // plain numbers that no column can alias
+  const RectBounds localBounds = bounds;
+  GridBlock<Rule> block(count);
+  block.LocateIn(localBounds, lat, lon);
+  block.PlaceBy(localRule);
+  block.Gather(nodes);
+  block.HeightsBy(localRule, heights);
+  return block.Finish(heights);
+}
+
+}  // namespace zel_cs::geomath

@@ -1,0 +1,87 @@
+#include "files/points/csv_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "files/words/user_error.h"
+
+using namespace geomath_tools;
+
+namespace {
+
+struct Close {
+  void operator()(std::FILE* file) const { std::fclose(file); }
+};
+
+// A file with that text, read by a reader.
+struct Text {
+  explicit Text(const std::string& text) : file(std::tmpfile()) {
+    std::fwrite(text.data(), 1, text.size(), file.get());
+    std::rewind(file.get());
+    reader = std::make_unique<CsvReader>(file.get(), "test.csv");
+  }
+
+  std::vector<std::vector<std::string>> Rows() {
+    std::vector<std::vector<std::string>> rows;
+    CsvRow row;
+    while (reader->Next(row)) {
+      rows.emplace_back();
+      for (std::size_t i = 0; i < row.fields.size(); ++i) rows.back().push_back(row.Value(i));
+    }
+    return rows;
+  }
+
+  std::unique_ptr<std::FILE, Close> file;
+  std::unique_ptr<CsvReader> reader;
+};
+
+using Rows = std::vector<std::vector<std::string>>;
+
+}  // namespace
+
+TEST(CsvReader, SplitsFieldsAndKeepsRows) {
+  EXPECT_EQ(Text("a,b\n1,2\n").Rows(), (Rows{{"a", "b"}, {"1", "2"}}));
+  EXPECT_EQ(Text("a,b\r\n1,\r\n").Rows(), (Rows{{"a", "b"}, {"1", ""}}));
+  EXPECT_EQ(Text("\xEF\xBB\xBF"
+                 "a;b\n1,5;2")
+                .Rows(),
+            (Rows{{"a", "b"}, {"1,5", "2"}}));
+  EXPECT_EQ(Text("a\tb\n,\tx\n").Rows(), (Rows{{"a", "b"}, {",", "x"}}));
+  EXPECT_EQ(Text("\"x,\"\"y\"\"\",b\n\"two\nlines\",\n").Rows(),
+            (Rows{{"x,\"y\"", "b"}, {"two\nlines", ""}}));
+  // Seconds of arc are no quotation.
+  EXPECT_EQ(Text("a,b\n1'2\",3\n4'5\",6\n").Rows(),
+            (Rows{{"a", "b"}, {"1'2\"", "3"}, {"4'5\"", "6"}}));
+  EXPECT_EQ(Text("").Rows(), Rows{});
+  EXPECT_EQ(Text("\n").Rows(), (Rows{{""}}));
+}
+
+TEST(CsvReader, CountsLinesAcrossQuotedOnesAndBuffers) {
+  const std::string filler(100000, 'x');  // longer than the buffer
+  Text text("a,b\n\"1\n\n\",2\n" + filler + ",3\n4,5\n");
+  CsvRow row;
+  std::vector<long long> lines;
+  while (text.reader->Next(row)) lines.push_back(row.line);
+  EXPECT_EQ(lines, (std::vector<long long>{1, 2, 5, 6}));
+}
+
+TEST(CsvReader, RefusesWhatIsNoCsvText) {
+  EXPECT_THROW(Text("\xFF\xFE"
+                    "a"),
+               UserError);
+  EXPECT_THROW(Text(std::string("GIF\0\0", 5)), UserError);
+  Text open("a,b\n\"1,2\n3,4\n");
+  CsvRow row;
+  EXPECT_TRUE(open.reader->Next(row));
+  EXPECT_THROW(open.reader->Next(row), UserError);
+}
+
+TEST(CsvReader, QuotesOnlyWhatNeedsIt) {
+  EXPECT_EQ(CsvField("007", ','), "007");
+  EXPECT_EQ(CsvField("a,b", ','), "\"a,b\"");
+  EXPECT_EQ(CsvField("a,b", ';'), "a,b");
+  EXPECT_EQ(CsvField("say \"x\"", ','), "\"say \"\"x\"\"\"");
+}

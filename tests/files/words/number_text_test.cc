@@ -1,0 +1,88 @@
+#include "files/words/number_text.h"
+
+#include <gtest/gtest.h>
+
+using namespace geomath_tools;
+
+namespace {
+
+struct AngleCase {
+  const char* text;
+  AngleKind kind;
+  double degrees;
+};
+
+constexpr auto kLat = AngleKind::latitude;
+constexpr auto kLon = AngleKind::longitude;
+constexpr double kLastPlace = 1e-14;  // degrees + minutes/60 + seconds/3600 in doubles
+
+}  // namespace
+
+TEST(AngleText, ReadsDegreesInEveryNotation) {
+  constexpr AngleCase cases[] = {
+      {"52.504167", kLat, 52.504167},
+      {" +7.5 ", kLon, 7.5},
+      {"-0.1278", kLon, -0.1278},
+      {"5.25e1", kLat, 52.5},
+      {"52 30 18", kLat, 52.505},
+      {"-0 7 40.5", kLon, -(7 / 60.0 + 40.5 / 3600)},  // the sign survives zero degrees
+      {"52:30:18", kLat, 52.505},
+      {"52:30.3", kLat, 52.505},
+      {"52d30m18s", kLat, 52.505},
+      {"52d30m18sS", kLat, -52.505},
+      {"52\xC2\xB0"
+       "30'18\"N",
+       kLat, 52.505},
+      {"W 7\xC2\xB0 30\xE2\x80\xB2 36\xE2\x80\xB3", kLon, -7.51},
+      {"7.5\xC2\xB0 W", kLon, -7.5},
+      {"N52 30 18", kLat, 52.505},
+      {"180E", kLon, 180},
+      {"90 0 0 S", kLat, -90},
+      {"-360", kLon, -360},
+  };
+  for (const AngleCase& c : cases) {
+    const ParsedNumber parsed = ParseAngle(c.text, c.kind);
+    EXPECT_TRUE(parsed) << c.text << ": " << parsed.problem;
+    EXPECT_NEAR(parsed.value, c.degrees, kLastPlace) << c.text;
+  }
+}
+
+TEST(AngleText, SaysWhatIsWrong) {
+  struct Case {
+    const char* text;
+    AngleKind kind;
+    const char* part;
+  };
+  constexpr Case cases[] = {
+      {"", kLat, "empty"},
+      {"nan", kLat, "not an angle"},
+      {"inf", kLon, "not an angle"},
+      {"52,5", kLat, "not an angle"},
+      {"N", kLat, "not an angle"},
+      {"-", kLat, "not an angle"},
+      {"abc", kLon, "not an angle"},
+      {"52 60 0", kLat, "60 or more"},
+      {"52 0 60", kLat, "60 or more"},
+      {"52.5 30 0", kLat, "decimals before"},
+      {"1 2 3 4", kLat, "more than degrees"},
+      {"-52 30 N", kLat, "sign and a hemisphere"},
+      {"52 30 E", kLat, "no latitude"},
+      {"7 30 N", kLon, "no longitude"},
+      {"90.0001", kLat, "outside -90 to 90"},
+      {"90 0 0.1", kLat, "outside -90 to 90"},
+      {"361", kLon, "outside -360 to 360"},
+  };
+  for (const Case& c : cases) {
+    const ParsedNumber parsed = ParseAngle(c.text, c.kind);
+    EXPECT_FALSE(parsed) << c.text;
+    EXPECT_NE(parsed.problem.find(c.part), std::string::npos) << c.text << ": " << parsed.problem;
+  }
+}
+
+TEST(NumberText, AcceptsFiniteNumbersOnly) {
+  EXPECT_EQ(ParseNumber(" -12.5\t").value, -12.5);
+  EXPECT_EQ(ParseNumber("+1e3").value, 1000);
+  for (const char* text : {"", " ", "nan", "-inf", "1e999", "12m", "1 2", "0x10", "+-1", "--1"})
+    EXPECT_FALSE(ParseNumber(text)) << text;
+  EXPECT_NE(ParseNumber("12,5").problem.find("decimal point"), std::string::npos);
+}
