@@ -1,8 +1,8 @@
 #include "geomath/proj/projection_type.h"
 
 #include <deque>
-#include <vector>
 
+#include "geomath/proj/loader_registry.h"
 #include "geomath/proj/proj_types.h"
 
 namespace zel_cs::geomath {
@@ -20,42 +20,17 @@ class BuiltInLoader final : public TProjectionTypeLoader {
   ProjectionType* (*create_)();
 };
 
-/// The registry holds the loaders of the built-in kinds itself and enters them from their table
-/// when it is made, so that they are there in a static build too and however early it is asked.
-class Registry {
+/// The loaders of the built-in kinds stand in the registry from the start, entered from their table,
+/// so that they are there in a static build too and however early it is asked.
+class Registry : public LoaderRegistry<TProjectionTypeLoader> {
  public:
-  static Registry& Instance() {
-    static Registry registry;
-    return registry;
-  }
-
-  void Add(const CZelStringT<wchar_t>& key, TProjectionTypeLoader* loader) {
-    entries_.push_back({key, loader});
-  }
-
-  void Remove(const TProjectionTypeLoader* loader) {
-    std::erase_if(entries_, [loader](const Entry& entry) { return entry.loader == loader; });
-  }
-
-  TProjectionTypeLoader* Find(const CZelStringT<wchar_t>& key) const {
-    for (const Entry& entry : entries_)
-      if (entry.key.Compare(key) == 0) return entry.loader;
-    return nullptr;
-  }
-
- private:
-  struct Entry {
-    CZelStringT<wchar_t> key;
-    TProjectionTypeLoader* loader;
-  };
-
   Registry() {
     for (const ProjTypeKey& row : BuiltInProjTypes())
       Add(row.key, &builtIns_.emplace_back(row.create));
   }
 
+ private:
   std::deque<BuiltInLoader> builtIns_;
-  std::vector<Entry> entries_;
 };
 
 }  // namespace
@@ -79,22 +54,21 @@ bool ProjectionType::DoConvertToUnit() const { return true; }
 
 }  // namespace zel_cs::geomath
 
+using zel_cs::geomath::ProcessWide;
 using zel_cs::geomath::ProjType;
 using zel_cs::geomath::Registry;
 
-TProjectionTypeLoader::TProjectionTypeLoader(const CZelStringT<wchar_t>& key) : registered_(true) {
+TProjectionTypeLoader::TProjectionTypeLoader(const CZelStringT<wchar_t>& key) {
   TProjectionType::RegisterProjTypeLoader(key, this);
 }
 
-TProjectionTypeLoader::~TProjectionTypeLoader() {
-  if (registered_) Registry::Instance().Remove(this);
-}
+TProjectionTypeLoader::~TProjectionTypeLoader() { ProcessWide<Registry>().Remove(this); }
 
 TProjectionType::TProjectionType() = default;
 TProjectionType::~TProjectionType() = default;
 
 long TProjectionType::Load(const CZelStringT<wchar_t>& key) {
-  TProjectionTypeLoader* loader = Registry::Instance().Find(key);
+  TProjectionTypeLoader* loader = ProcessWide<Registry>().Find(key);
   std::unique_ptr<zel_cs::geomath::ProjectionType> created(loader ? loader->Create() : nullptr);
   if (!created) return 1;
   description_ = std::move(created);
@@ -111,7 +85,7 @@ long TProjectionType::LoadProjType(TProjectionType*& out, const CZelStringT<wcha
 
 void TProjectionType::RegisterProjTypeLoader(const CZelStringT<wchar_t>& key,
                                              TProjectionTypeLoader* loader) {
-  Registry::Instance().Add(key, loader);
+  ProcessWide<Registry>().Add(key, loader);
 }
 
 int TProjectionType::GetQParam() const { return description_ ? description_->GetQParam() : 0; }

@@ -71,7 +71,8 @@ class GEOMATH_API ProjectionType : public OnHostHeap {
 /// Creates descriptions of one kind under a key of the registry in TProjectionType.
 class GEOMATH_API TProjectionTypeLoader {
  public:
-  /// Registers the loader under `key`; the destructor takes it out of the registry again.
+  /// Registers the loader under `key`. The destructor takes it out of the registry again, from
+  /// under every key that it was registered with.
   explicit TProjectionTypeLoader(const CZelStringT<wchar_t>& key);
   TProjectionTypeLoader(const TProjectionTypeLoader&) = delete;
   TProjectionTypeLoader& operator=(const TProjectionTypeLoader&) = delete;
@@ -81,17 +82,15 @@ class GEOMATH_API TProjectionTypeLoader {
   virtual ~TProjectionTypeLoader();
 
  protected:
-  /// For loaders that the registry itself holds: not registered here, nor taken out.
+  /// Registers nothing.
   TProjectionTypeLoader() = default;
-
- private:
-  bool registered_ = false;
 };
 
 /// A handle to the description that a key names, and the registry of the keys. The 32 keys of this
-/// library's kinds are in the registry before anything else can be. The registry has no lock:
-/// loaders are registered and destroyed while no other thread uses it. Nothing throws for want of
-/// a key or of memory for a description.
+/// library's kinds are in the registry before anything else can be. The registry answers until the
+/// process is gone, in destructors of static objects too. It has no lock: loaders are registered
+/// and destroyed while no other thread uses it. Nothing throws for want of a key or of memory for
+/// a description.
 class GEOMATH_API TProjectionType : public zel_cs::geomath::OnHostHeap {
  public:
   TProjectionType();
@@ -105,7 +104,8 @@ class GEOMATH_API TProjectionType : public zel_cs::geomath::OnHostHeap {
   long Load(const CZelStringT<wchar_t>& key);
   /// A new handle, owned by the caller, with `key` loaded; null when the result is not 0.
   static long LoadProjType(TProjectionType*& out, const CZelStringT<wchar_t>& key);
-  /// Appends an entry, behind all others of the same key. The loader stays the caller's.
+  /// Appends an entry, behind all others of the same key; null is refused. The loader stays the
+  /// caller's, and its destructor takes it out again.
   static void RegisterProjTypeLoader(const CZelStringT<wchar_t>& key,
                                      TProjectionTypeLoader* loader);
 

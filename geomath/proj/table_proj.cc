@@ -3,23 +3,17 @@
 #include <cmath>
 #include <cstddef>
 #include <stdexcept>
-#include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/loader_registry.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 constexpr unsigned char kNorthEast = 0x21;
 
-struct Entry {
-  CZelStringT<wchar_t> name;
-  TTableProjLoader* loader;
-};
-
-std::vector<Entry>& Registry() {
-  static std::vector<Entry> entries;
-  return entries;
+LoaderRegistry<TTableProjLoader>& Registry() {
+  return ProcessWide<LoaderRegistry<TTableProjLoader>>();
 }
 
 }  // namespace
@@ -67,28 +61,24 @@ void TTableProj::SetTableProjMath(TTableProjMath* math) {
 
 void TTableProj::RegisterTableProjLoader(const CZelStringT<wchar_t>& name,
                                          TTableProjLoader* loader) {
-  Registry().push_back({name, loader});
+  Registry().Add(name, loader);
 }
 
-void TTableProj::UnRegisterTableProjLoader(TTableProjLoader* loader) {
-  std::erase_if(Registry(), [loader](const Entry& entry) { return entry.loader == loader; });
-}
+void TTableProj::UnRegisterTableProjLoader(TTableProjLoader* loader) { Registry().Remove(loader); }
 
 long TTableProj::LoadTableProj(TTableProj*& out, const CZelStringT<wchar_t>& name, int argc,
                                const wchar_t** argv) {
-  for (const Entry& entry : Registry()) {
-    if (entry.name.Compare(name) != 0) continue;
-    out = entry.loader->Create(argc, argv);
-    return out ? 0 : 1;
-  }
-  return 1;
+  TTableProjLoader* loader = Registry().Find(name);
+  if (!loader) return 1;
+  out = loader->Create(argc, argv);
+  return out ? 0 : 1;
 }
 
-int TTableProj::Size() { return static_cast<int>(Registry().size()); }
+int TTableProj::Size() { return static_cast<int>(Registry().Size()); }
 
 TTableProj* TTableProj::GetAt(int i) {
   if (i < 0 || i >= Size()) throw std::out_of_range("invalid vector<T> subscript");
-  return Registry()[static_cast<std::size_t>(i)].loader->Create(0, nullptr);
+  return Registry().At(static_cast<std::size_t>(i))->Create(0, nullptr);
 }
 
 }  // namespace zel_cs::geomath

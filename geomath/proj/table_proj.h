@@ -15,8 +15,9 @@ namespace zel_cs::geomath {
 /// name, creates an object with two float grids, a TTableProjMath that converts with them, an
 /// identifier and a datum name. Not a TGeoProj.
 ///
-/// The registry of loaders has no lock: loaders are registered and removed while no other thread
-/// uses it. It does not own them.
+/// The registry of loaders answers until the process is gone, in destructors of static objects too.
+/// It has no lock: loaders are registered, removed and destroyed while no other thread uses it. It
+/// does not own them.
 class GEOMATH_API TTableProj : public OnHostHeap {
  public:
   /// No mathematics, no texts.
@@ -57,7 +58,7 @@ class GEOMATH_API TTableProj : public OnHostHeap {
   const wchar_t* GetDatumName() const { return datumName_.Get(); }
   void SetDatumName(const wchar_t* name) { datumName_.Set(name); }
 
-  /// Appends a loader to the registry. It must stay alive until it is unregistered.
+  /// Appends a loader to the registry; null is refused. The loader's destructor takes it out again.
   static void RegisterTableProjLoader(const CZelStringT<wchar_t>& name, TTableProjLoader* loader);
   /// Removes every entry of a loader.
   static void UnRegisterTableProjLoader(TTableProjLoader* loader);

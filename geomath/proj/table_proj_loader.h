@@ -13,6 +13,7 @@ class GEOMATH_API TTableProjLoader {
  public:
   /// Remembers the name; registers nothing.
   explicit TTableProjLoader(const CZelStringT<wchar_t>& name);
+  /// Takes the loader out of the registry, from under every name that it was registered with.
   virtual ~TTableProjLoader();
 
   /// The name that the loader was made with, for whoever registers it.

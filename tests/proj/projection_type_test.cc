@@ -188,10 +188,29 @@ TEST(ProjectionTypeRegistry, FailedCreationKeepsWhatWasLoaded) {
   EXPECT_EQ(handle, nullptr);
 }
 
+// Made without a key, for whoever registers it.
+class KeylessLoader : public TProjectionTypeLoader {
+ public:
+  ProjectionType* Create() override { return new ProjectionType(5, 2, nullptr); }
+};
+
 TEST(ProjectionTypeRegistry, ADestroyedLoaderLeavesTheRegistry) {
-  { const CountLoader passing(L"PASSING", 2); }
   TProjectionType kind;
+  {
+    const CountLoader passing(L"PASSING", 2);
+    KeylessLoader keyless;
+    TProjectionType::RegisterProjTypeLoader(L"KEYLESS", &keyless);
+    EXPECT_EQ(kind.Load(L"KEYLESS"), 0);
+  }
   EXPECT_EQ(kind.Load(L"PASSING"), 1);
+  EXPECT_EQ(kind.Load(L"KEYLESS"), 1);
+}
+
+TEST(ProjectionTypeRegistry, RefusesNoLoader) {
+  TProjectionType::RegisterProjTypeLoader(L"NONE", nullptr);
+  const CountLoader behind(L"NONE", 2);
+  TProjectionType kind;
+  EXPECT_EQ(kind.Load(L"NONE"), 0);
 }
 
 }  // namespace

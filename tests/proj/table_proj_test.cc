@@ -36,7 +36,6 @@ class SwapMath : public TTableProjMath {
 class NamedLoader : public TTableProjLoader {
  public:
   NamedLoader(const wchar_t* name, bool works) : TTableProjLoader(name), works_(works) {}
-  ~NamedLoader() override { TTableProj::UnRegisterTableProjLoader(this); }
   TTableProj* Create(int argc, const wchar_t** argv) override {
     return works_ ? new TTableProj(nullptr, nullptr, GetName(), nullptr, argc ? argv[0] : nullptr)
                   : nullptr;
@@ -186,6 +185,19 @@ TEST(TableProjRegistry, FindsTheFirstOfANameAndForgetsALoaderAltogether) {
   TTableProj::UnRegisterTableProjLoader(&a);
   EXPECT_EQ(TTableProj::Size(), 2);
   EXPECT_EQ(TTableProj::LoadTableProj(out, L"OTHER", 0, nullptr), 1);
+}
+
+TEST(TableProjRegistry, ForgetsADestroyedLoaderAndRefusesNone) {
+  const int before = TTableProj::Size();
+  {
+    NamedLoader passing(L"passing", true);
+    TTableProj::RegisterTableProjLoader(L"PASSING", &passing);
+    EXPECT_EQ(TTableProj::Size(), before + 1);
+  }
+  TTableProj::RegisterTableProjLoader(L"NONE", nullptr);
+  EXPECT_EQ(TTableProj::Size(), before);
+  TTableProj* out = nullptr;
+  EXPECT_EQ(TTableProj::LoadTableProj(out, L"NONE", 0, nullptr), 1);
 }
 
 TEST(TableProjRegistry, AnEntryThatDoesNotExistThrows) {
