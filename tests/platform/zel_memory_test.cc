@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <cstdlib>
 #include <limits>
 #include <memory>
@@ -35,11 +36,34 @@ TEST(HostHeap, CreatesAndDeletesObjectsAndArrays) {
   placed->~Guest();
 }
 
+// As a host's class with a row of SIMD lanes in it.
+struct alignas(128) WideGuest : Guest {
+  double lanes[16] = {};
+};
+
+TEST(HostHeap, AlignsClassesThatAskForMoreThanMallocGives) {
+  const auto aligned = [](const void* p) {
+    return reinterpret_cast<std::uintptr_t>(p) % alignof(WideGuest) == 0;
+  };
+  // Several at once: memory that is aligned by chance does not stay so.
+  std::unique_ptr<Guest> guests[8];
+  std::unique_ptr<WideGuest[]> rows[4];
+  for (auto& guest : guests) {
+    guest.reset(new WideGuest);  // deleted through its base
+    EXPECT_TRUE(aligned(guest.get()));
+  }
+  for (auto& row : rows) {
+    row.reset(new WideGuest[3]);
+    EXPECT_TRUE(aligned(row.get()));
+  }
+}
+
 TEST(HostHeap, GivesNullBeyondTheRangeOfTheHostsCounter) {
   if constexpr (sizeof(std::size_t) > sizeof(unsigned int)) {
     const std::size_t tooMuch = std::size_t{std::numeric_limits<unsigned int>::max()} + 1;
     EXPECT_EQ(OnHostHeap::operator new(tooMuch), nullptr);
     EXPECT_EQ(OnHostHeap::operator new[](tooMuch), nullptr);
+    EXPECT_EQ(OnHostHeap::operator new[](tooMuch, std::align_val_t{64}), nullptr);
   }
 }
 
