@@ -9,6 +9,16 @@
 #include "geomath/magnetic/decimal_year.h"
 #include "geomath/platform/zel_logging.h"
 
+#if defined(_WIN32)
+#if !defined(WIN32_LEAN_AND_MEAN)
+#define WIN32_LEAN_AND_MEAN
+#endif
+#if !defined(NOMINMAX)
+#define NOMINMAX
+#endif
+#include <windows.h>
+#endif
+
 namespace zel_cs::geomath {
 namespace {
 
