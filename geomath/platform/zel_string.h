@@ -1,9 +1,10 @@
 #pragma once
 
+#include <compare>
 #include <string>
-#include <utility>
 
-/// A string of names and keys. Comparison is case-sensitive, character by character.
+/// A string of names and keys. Comparison is case-sensitive, character by character, and never by
+/// address.
 template <class Char>
 class CZelStringT {
  public:
@@ -14,6 +15,20 @@ class CZelStringT {
   /// 0 when equal, otherwise negative or positive as the first difference says. Null compares as
   /// the empty string.
   int Compare(const Char* other) const { return text_.compare(other ? other : EmptyText()); }
+
+  /// By text, as Compare.
+  friend bool operator==(const CZelStringT& left, const CZelStringT& right) {
+    return left.Compare(right) == 0;
+  }
+  friend bool operator==(const CZelStringT& left, const Char* right) {
+    return left.Compare(right) == 0;
+  }
+  friend std::strong_ordering operator<=>(const CZelStringT& left, const CZelStringT& right) {
+    return left.Compare(right) <=> 0;
+  }
+  friend std::strong_ordering operator<=>(const CZelStringT& left, const Char* right) {
+    return left.Compare(right) <=> 0;
+  }
 
   /// The characters, ended by a zero, owned by this string.
   operator const Char*() const { return text_.c_str(); }

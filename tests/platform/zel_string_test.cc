@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <cwchar>
+#include <set>
 
 namespace {
 
@@ -20,6 +21,18 @@ TEST(ZelString, TakesNullForEmpty) {
   EXPECT_EQ(none.Compare(nullptr), 0);
   EXPECT_EQ(CZelStringT<wchar_t>().Compare(L""), 0);
   EXPECT_GT(CZelStringT<wchar_t>(L"a").Compare(nullptr), 0);
+}
+
+TEST(ZelString, OperatorsCompareTheTextNotTheAddress) {
+  const CZelStringT<wchar_t> name(L"TMERC"), same(L"TMERC"), later(L"UTM");
+  const wchar_t text[] = L"TMERC";
+  wchar_t writable[] = L"TMERC";
+  EXPECT_TRUE(name == same && name == text && text == name && name == writable);
+  EXPECT_FALSE(name != same || name != text || text != name);
+  EXPECT_TRUE(name != later && name != L"tmerc" && name < later && L"UTM" > name);
+  EXPECT_TRUE(name <= same && name >= text);
+  EXPECT_TRUE(CZelStringT<wchar_t>() == nullptr);
+  EXPECT_EQ((std::set<CZelStringT<wchar_t>>{name, same, later}).size(), 2u);
 }
 
 TEST(ZelString, CopiesItsText) {
