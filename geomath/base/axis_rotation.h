@@ -18,7 +18,7 @@ class GEOMATH_API AxisRotation {
   /// North and east, no text.
   AxisRotation();
   /// SetAxes with a text; null means none.
-  explicit AxisRotation(const wchar_t* axes);
+  AxisRotation(const wchar_t* axes);
   /// The same text (a copy of its own), matrix and direction code.
   AxisRotation(const AxisRotation& other);
   /// SetAxes with the other's text: the text is copied, matrix and code are recomputed from it.

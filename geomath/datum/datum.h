@@ -31,7 +31,7 @@ enum userType : unsigned char {
 class GEOMATH_API Datum : public AxisRotation {
  public:
   /// All parameters 0, user-defined, axes north and east.
-  explicit Datum(Ellipsoid* e);
+  Datum(Ellipsoid* e);
   /// `axes` is an axes string as of AxisRotation, not a display name; null for north and east.
   Datum(Ellipsoid* e, const TAbstractPoint3<double>& shift, const TAbstractPoint3<double>& rotation,
         double scale, userType user, bool transformDisabled, const wchar_t* axes);

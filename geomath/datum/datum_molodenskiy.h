@@ -16,7 +16,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API DatumMolodenskiy : public Datum {
  public:
   /// All parameters and the origin 0, user-defined, axes north and east.
-  explicit DatumMolodenskiy(Ellipsoid* e);
+  DatumMolodenskiy(Ellipsoid* e);
   /// Units and axes string as in Datum.
   DatumMolodenskiy(Ellipsoid* e, const TAbstractPoint3<double>& shift,
                    const TAbstractPoint3<double>& rotation, const TAbstractPoint3<double>& origin,

@@ -124,6 +124,7 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
 
   /// Parameter count, kind and ellipsoid of the projection.
   int GetQParam() const { return paramCount_; }
+  ProjType GetType() { return type_; }  // for callers that point to a member that is not const
   ProjType GetType() const { return type_; }
   const Ellipsoid& GetEllipsoid() const { return ell_; }
 

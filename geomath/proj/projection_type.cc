@@ -1,6 +1,7 @@
 #include "geomath/proj/projection_type.h"
 
 #include <deque>
+#include <new>
 
 #include "geomath/proj/loader_registry.h"
 #include "geomath/proj/proj_types.h"
@@ -55,6 +56,7 @@ bool ProjectionType::DoConvertToUnit() const { return true; }
 }  // namespace zel_cs::geomath
 
 using zel_cs::geomath::ProcessWide;
+using zel_cs::geomath::ProjectionType;
 using zel_cs::geomath::ProjType;
 using zel_cs::geomath::Registry;
 
@@ -65,13 +67,19 @@ TProjectionTypeLoader::TProjectionTypeLoader(const CZelStringT<wchar_t>& key) {
 TProjectionTypeLoader::~TProjectionTypeLoader() { ProcessWide<Registry>().Remove(this); }
 
 TProjectionType::TProjectionType() = default;
+TProjectionType::TProjectionType(const TProjectionType&) = default;
+TProjectionType& TProjectionType::operator=(const TProjectionType&) = default;
 TProjectionType::~TProjectionType() = default;
 
 long TProjectionType::Load(const CZelStringT<wchar_t>& key) {
   TProjectionTypeLoader* loader = ProcessWide<Registry>().Find(key);
-  std::unique_ptr<zel_cs::geomath::ProjectionType> created(loader ? loader->Create() : nullptr);
+  ProjectionType* created = loader ? loader->Create() : nullptr;
   if (!created) return 1;
-  description_ = std::move(created);
+  try {
+    description_.reset(created);
+  } catch (const std::bad_alloc&) {  // for the count of its sharers; `created` is deleted then
+    return 1;
+  }
   return 0;
 }
 

@@ -73,7 +73,7 @@ class GEOMATH_API TProjectionTypeLoader {
  public:
   /// Registers the loader under `key`. The destructor takes it out of the registry again, from
   /// under every key that it was registered with.
-  explicit TProjectionTypeLoader(const CZelStringT<wchar_t>& key);
+  TProjectionTypeLoader(const CZelStringT<wchar_t>& key);
   TProjectionTypeLoader(const TProjectionTypeLoader&) = delete;
   TProjectionTypeLoader& operator=(const TProjectionTypeLoader&) = delete;
 
@@ -94,9 +94,10 @@ class GEOMATH_API TProjectionTypeLoader {
 class GEOMATH_API TProjectionType : public zel_cs::geomath::OnHostHeap {
  public:
   TProjectionType();
+  /// Copies share the description.
+  TProjectionType(const TProjectionType&);
+  TProjectionType& operator=(const TProjectionType&);
   virtual ~TProjectionType();
-  TProjectionType(const TProjectionType&) = delete;
-  TProjectionType& operator=(const TProjectionType&) = delete;
 
   /// Loads the description of the first entry whose key equals `key`, letter case included.
   /// Returns 0, or 1 when no key matches or none could be created; the handle then keeps what it
@@ -120,5 +121,5 @@ class GEOMATH_API TProjectionType : public zel_cs::geomath::OnHostHeap {
   bool DoConvertToUnit(int index) const;
 
  private:
-  std::unique_ptr<zel_cs::geomath::ProjectionType> description_;
+  std::shared_ptr<zel_cs::geomath::ProjectionType> description_;
 };

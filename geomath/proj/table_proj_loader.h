@@ -12,7 +12,7 @@ class TTableProj;
 class GEOMATH_API TTableProjLoader {
  public:
   /// Remembers the name; registers nothing.
-  explicit TTableProjLoader(const CZelStringT<wchar_t>& name);
+  TTableProjLoader(const CZelStringT<wchar_t>& name);
   /// Takes the loader out of the registry, from under every name that it was registered with.
   virtual ~TTableProjLoader();
 

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 namespace zel_cs::geomath {
 namespace {
@@ -15,6 +16,8 @@ struct Probe : AxisRotation {
   using AxisRotation::operator=;
   unsigned Code() const { return direction_; }
 };
+
+static_assert(std::is_convertible_v<const wchar_t*, AxisRotation>);
 
 struct Case {
   const wchar_t* axes;

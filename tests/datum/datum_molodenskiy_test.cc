@@ -2,12 +2,16 @@
 
 #include <gtest/gtest.h>
 
+#include <type_traits>
+
 namespace zel_cs::geomath {
 namespace {
 
 using Point = TAbstractPoint3<double>;
 
 Ellipsoid wgs84 = MakeEllipsoid(kWgs84A, kWgs84InvF);
+
+static_assert(std::is_convertible_v<Ellipsoid*, DatumMolodenskiy>);
 
 TEST(DatumMolodenskiy, FromAnEllipsoidIsNull) {
   const DatumMolodenskiy datum(&wgs84);

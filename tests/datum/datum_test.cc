@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <limits>
+#include <type_traits>
 #include <vector>
 
 #include "geomath/base/angle.h"
@@ -31,6 +32,8 @@ Point ToPoint(const double (&p)[3]) { return {p[0], p[1], p[2]}; }
 void ExpectNear(const Point& actual, const Point& expected, double metres) {
   for (int i = 0; i < 3; ++i) EXPECT_NEAR(actual[i], expected[i], metres) << "element " << i;
 }
+
+static_assert(std::is_convertible_v<Ellipsoid*, Datum>);
 
 TEST(Datum, TransformsByTheExactRotation) {
   for (const SimilarityRow& row : kSimilarityRows) {

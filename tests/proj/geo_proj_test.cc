@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <memory>
+#include <utility>
 #include <vector>
 
 #include "geomath/base/angle.h"
@@ -78,6 +79,14 @@ TEST(GeoProj, ByItselfIsTheInvalidProjection) {
   EXPECT_EQ(proj.GetParam(0, 2), 0.0);
   EXPECT_EQ(proj.ForwardBatch(&b, &l, 1), 0u);
   EXPECT_TRUE(std::isnan(b) && std::isnan(l));
+}
+
+TEST(GeoProj, GivesItsKindThroughEitherMemberPointer) {
+  ProjType (TGeoProj::*const plain)() = &TGeoProj::GetType;
+  ProjType (TGeoProj::*const constant)() const = &TGeoProj::GetType;
+  TGeoProj proj;
+  EXPECT_EQ((proj.*plain)(), ProjTypeNone);
+  EXPECT_EQ((std::as_const(proj).*constant)(), ProjTypeNone);
 }
 
 TEST(GeoProj, ChecksKindAndParameterCount) {

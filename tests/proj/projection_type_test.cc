@@ -6,6 +6,7 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <type_traits>
 
 #include "geomath/proj/proj_types.h"
 
@@ -141,6 +142,21 @@ TEST(ProjectionType, BaseNamesNothing) {
   EXPECT_TRUE(kind.DoConvertToUnit());
 }
 
+TEST(ProjectionType, CopiesOfAHandleShareWhatWasLoaded) {
+  auto original = std::make_unique<TProjectionType>();
+  ASSERT_EQ(original->Load(L"LC"), 0);
+  TProjectionType copy(*original), assigned;
+  assigned = *original;
+  ASSERT_EQ(original->Load(L"RD"), 1);
+  ASSERT_EQ(original->Load(L"RDPROJ"), 0);
+  EXPECT_EQ(original->GetQParam(), 4);
+  original.reset();
+  for (const TProjectionType* handle : {&copy, &assigned}) {
+    EXPECT_EQ(handle->GetType(), 4);
+    EXPECT_STREQ(handle->GetParamName(6), "Scale");
+  }
+}
+
 // Creates descriptions of the given count, or none.
 class CountLoader : public TProjectionTypeLoader {
  public:
@@ -188,17 +204,21 @@ TEST(ProjectionTypeRegistry, FailedCreationKeepsWhatWasLoaded) {
   EXPECT_EQ(handle, nullptr);
 }
 
-// Made without a key, for whoever registers it.
-class KeylessLoader : public TProjectionTypeLoader {
+// Made from its key alone, or without one for whoever registers it.
+class PlainLoader : public TProjectionTypeLoader {
  public:
+  using TProjectionTypeLoader::TProjectionTypeLoader;
+  PlainLoader() = default;
   ProjectionType* Create() override { return new ProjectionType(5, 2, nullptr); }
 };
+
+static_assert(std::is_convertible_v<CZelStringT<wchar_t>, PlainLoader>);
 
 TEST(ProjectionTypeRegistry, ADestroyedLoaderLeavesTheRegistry) {
   TProjectionType kind;
   {
     const CountLoader passing(L"PASSING", 2);
-    KeylessLoader keyless;
+    PlainLoader keyless;
     TProjectionType::RegisterProjTypeLoader(L"KEYLESS", &keyless);
     EXPECT_EQ(kind.Load(L"KEYLESS"), 0);
   }

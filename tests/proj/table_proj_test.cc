@@ -45,6 +45,14 @@ class NamedLoader : public TTableProjLoader {
   bool works_;
 };
 
+// Made from its name alone.
+class PlainLoader : public TTableProjLoader {
+ public:
+  using TTableProjLoader::TTableProjLoader;
+  TTableProj* Create(int, const wchar_t**) override { return nullptr; }
+};
+static_assert(std::is_convertible_v<CZelStringT<wchar_t>, PlainLoader>);
+
 TEST(TableProj, WithoutMathematicsConvertsNothing) {
   TTableProj proj;
   double x = 1, y = 2;
