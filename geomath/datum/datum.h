@@ -72,6 +72,9 @@ class GEOMATH_API Datum : public AxisRotation {
   /// True when all seven parameters are exactly 0.
   bool IsNull() const;
 
+  /// Whether both transformations are refused.
+  bool IsTransformDisabled() const { return transformDisabled_; }
+
   /// Who defined the datum, a userType; carried along only.
   unsigned char getUser() const { return user_; }
   void setUser(unsigned char user) { user_ = user; }

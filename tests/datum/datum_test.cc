@@ -161,8 +161,10 @@ TEST(Datum, IsNotNullWithAnyParameter) {
 }
 
 TEST(Datum, RefusesWhenDisabledEvenWithoutParameters) {
+  EXPECT_FALSE(Datum(&wgs84).IsTransformDisabled());
   for (const double scale : {0.0, 1e-6}) {
     const Datum datum(&wgs84, Point(0.0), Point(0.0), scale, userTypeUser, true, nullptr);
+    EXPECT_TRUE(datum.IsTransformDisabled());
     Point p(1, 2, 3);
     EXPECT_FALSE(datum.ToWGS84Datum(p));
     EXPECT_FALSE(datum.ToLocalDatum(p));
