@@ -2,8 +2,12 @@
 
 #include "geomath/export.h"
 
+#if !defined(__cplusplus)
+#include <stdbool.h>
+#endif
+
 /// @file
-/// Ellipsoid and datum arithmetic on plain arrays, with unmangled names.
+/// Ellipsoid and datum arithmetic on plain arrays, with unmangled names, for C and C++.
 ///
 ///     ellipsoid  2 numbers: semi-major axis (metres), flattening f (not 1/f)
 ///     datum      7 numbers: dX, dY, dZ (metres), rX, rY, rZ (radians, not arc-seconds), scale
@@ -12,7 +16,9 @@
 ///
 /// Input and output are distinct arrays; none is validated, null is not tested. Safe from many
 /// threads at once.
+#if defined(__cplusplus)
 extern "C" {
+#endif
 
 /// Geodetic to geocentric. Always true.
 GEOMATH_API bool TBLH_To_XYZ(const double* blh, double* xyz, const double* ellipsoid);
@@ -27,4 +33,7 @@ GEOMATH_API void ToWGS84(const double* in, double* out, const double* datum);
 
 /// WGS84 geocentric to local geocentric: out = R·(in − T)/(1 + s), evaluated for zeros too.
 GEOMATH_API void ToLocDatum(const double* in, double* out, const double* datum);
+
+#if defined(__cplusplus)
 }
+#endif

@@ -2,9 +2,13 @@
 
 #include "geomath/export.h"
 
+#if !defined(__cplusplus)
+#include <stdbool.h>
+#endif
+
 /// @file
-/// Map projections on plain arrays, with unmangled names: for every method one function forward and
-/// one inverse.
+/// Map projections on plain arrays, with unmangled names, for C and C++: for every method one
+/// function forward and one inverse.
 ///
 ///     blh        latitude, longitude (radians, north and east positive), height (metres)
 ///     neh        northing, easting, height (metres)
@@ -18,7 +22,9 @@
 /// distinct arrays; null is not tested. Nothing is kept between calls, nothing throws, and all may
 /// run from many threads at once. Each call prepares the projection's constants anew: for many
 /// points of one projection the classes and their batches are faster.
+#if defined(__cplusplus)
 extern "C" {
+#endif
 
 // Methods that have a class: the elements of `param` are its parameters in the order of GetParam,
 // so that param[i] = projection.GetParam(i, 2) carries an object over.
@@ -274,4 +280,7 @@ GEOMATH_API bool TBLHToOM2P(const double* blh, double* neh, const double* ellips
                             const double* param);
 GEOMATH_API bool TOM2PToBLH(const double* neh, double* blh, const double* ellipsoid,
                             const double* param);
+
+#if defined(__cplusplus)
 }
+#endif
