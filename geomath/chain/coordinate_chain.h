@@ -68,10 +68,10 @@ enum class GeoidFrame : unsigned char {
 /// projection, the local pair in its grid axes (north and east unless they were set); the axes of
 /// the datum are not looked at. Latitudes lie within ±π/2, longitudes may be any finite angle.
 ///
-/// Every conversion is const, allocates nothing, never throws and may run from many threads at
-/// once. A projection must have the const form ForwardPoint/InversePoint, as all of the library
-/// have. Geodetic coordinates are found by the method of Ellipsoid::XYZ_to_BLH_Batch, which is
-/// exact to rounding everywhere.
+/// Every conversion is const, allocates nothing (a GlobalGeoidHeight does in a thread's first call),
+/// never throws and may run from many threads at once. A projection must have the const form
+/// ForwardPoint/InversePoint, as all of the library have. Geodetic coordinates are found by the
+/// method of Ellipsoid::XYZ_to_BLH_Batch, which is exact to rounding everywhere.
 class GEOMATH_API CoordinateChain {
  public:
   /// No steps: coordinates come out as they went in.

@@ -20,7 +20,7 @@ class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
 };
 
 /// A spherical-harmonic model as the geoid of a CoordinateChain. The model is not owned. Each
-/// thread has work arrays of its own, which grow with its first call. Heights of consecutive
+/// thread has work arrays of its own, allocated by its first call. Heights of consecutive
 /// positions on one latitude cost a fraction of the others.
 class GEOMATH_API GlobalGeoidHeight : public GeoidHeight {
  public:
