@@ -1,5 +1,7 @@
 #pragma once
 
+#include <type_traits>
+
 #include "geomath/export.h"
 #include "geomath/platform/zel_math.h"
 
@@ -14,14 +16,14 @@ class GEOMATH_API TRectRgn {
 
   TRectRgn() = default;
   /// Start and extent in latitude, start and extent in longitude, radians.
-  TRectRgn(double south, double latExtent, double west, double lonExtent)
+  constexpr TRectRgn(double south, double latExtent, double west, double lonExtent)
       : B0(south), dB(latExtent), L0(west), dL(lonExtent) {}
 
   /// B0, dB, L0, dL for 0 to 3. Unchecked.
-  double& operator[](int i) { return (&B0)[i]; }
-  double operator[](int i) const { return (&B0)[i]; }
-  operator double*() { return &B0; }
-  operator const double*() const { return &B0; }
+  constexpr double& operator[](int i) { return this->*Value(i); }
+  constexpr double operator[](int i) const { return this->*Value(i); }
+  operator double*() { return reinterpret_cast<double*>(this); }
+  operator const double*() const { return reinterpret_cast<const double*>(this); }
 
   /// Whether the point (radians) lies inside, edges included; a longitude also counts when it does
   /// after a full turn. False for NaN.
@@ -34,4 +36,15 @@ class GEOMATH_API TRectRgn {
   /// Grows the rectangle by 1/k of its extent on each side. With k = 0 the edges become infinite
   /// or NaN.
   void Extention(int k);
+
+ private:
+  static constexpr double TRectRgn::*Value(int i) {
+    constexpr double TRectRgn::*values[] = {&TRectRgn::B0, &TRectRgn::dB, &TRectRgn::L0,
+                                            &TRectRgn::dL};
+    return values[i];
+  }
 };
+
+// The conversions to a pointer rest on it.
+static_assert(std::is_standard_layout_v<TRectRgn> && sizeof(TRectRgn) == 4 * sizeof(double),
+              "the values stand as those of an array");

@@ -180,8 +180,15 @@ struct TAbstractRect {
   T west{}, south{}, east{}, north{};
 
   /// West, south, east, north for 0 to 3. Unchecked.
-  T& operator[](int i) { return (&west)[i]; }
-  T operator[](int i) const { return (&west)[i]; }
+  constexpr T& operator[](int i) { return this->*Edge(i); }
+  constexpr T operator[](int i) const { return this->*Edge(i); }
+
+ private:
+  static constexpr T TAbstractRect::*Edge(int i) {
+    constexpr T TAbstractRect::*edges[] = {&TAbstractRect::west, &TAbstractRect::south,
+                                           &TAbstractRect::east, &TAbstractRect::north};
+    return edges[i];
+  }
 };
 
 /// A matrix type of the host. Only its address travels through this library.

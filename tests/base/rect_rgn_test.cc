@@ -12,6 +12,9 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
+// In constant expressions the compiler refuses arithmetic beyond a member.
+static_assert(TRectRgn(1, 2, 3, 4)[0] == 1 && TRectRgn(1, 2, 3, 4)[3] == 4);
+
 TEST(RectRgn, HoldsFourNumbersInOrder) {
   TRectRgn region(1, 2, 3, 4);
   const TRectRgn& fixed = region;

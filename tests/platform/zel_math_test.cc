@@ -113,6 +113,9 @@ TEST(AbstractPoint, PairsAndTriplesShareTheArithmetic) {
   EXPECT_TRUE(TAbstractPoint3<double>(7.0) == 7.0);
 }
 
+// In constant expressions the compiler refuses arithmetic beyond a member.
+static_assert(TAbstractRect<int>{1, 2, 3, 4}[3] == 4);
+
 TEST(AbstractRect, CountsFromTheWestEdge) {
   TAbstractRect<double> rect{-10, 40, 5, 60};
   EXPECT_EQ(rect[0], rect.west);
