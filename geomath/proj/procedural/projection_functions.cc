@@ -52,7 +52,7 @@ namespace zel_cs::geomath {
 namespace {
 
 constexpr int kUtmZones = 60;
-constexpr double kUtmZoneWidth = kTwoPi / kUtmZones;
+constexpr double kUtmZoneDegrees = 360.0 / kUtmZones;
 constexpr double kUtmScale = 0.9996;
 constexpr double kUtmFalseEasting = 500000, kUtmFalseNorthingSouth = 10000000;  // metres
 
@@ -219,12 +219,17 @@ GEOMATH_FUNCTIONS(OM2P, OM2POf)
 #undef GEOMATH_CLASS_FUNCTIONS
 #undef GEOMATH_FUNCTIONS
 
+// A quotient of rounded angles falls on either side of a whole number: the boundaries decide, as
+// whole degrees in radians. They do so without turning first, which would move them.
 int TUTMZone(double lon) {
   if (!std::isfinite(lon)) return 0;
-  double turned = std::remainder(lon, kTwoPi);
-  if (turned >= kPi) turned -= kTwoPi;
-  const int zone = static_cast<int>(std::floor((turned + kPi) / kUtmZoneWidth)) + 1;
-  return std::min(zone, kUtmZones);
+  if (std::abs(lon) > kTwoPi) lon = std::remainder(lon, kTwoPi);
+  const auto boundary = [](int i) { return kUtmZoneDegrees * i * kRadPerDeg; };
+  int east = static_cast<int>(std::floor(lon / boundary(1)));  // zones east of Greenwich
+  if (lon < boundary(east)) --east;
+  if (lon >= boundary(east + 1)) ++east;
+  const int fromDateLine = (east + kUtmZones / 2 + kUtmZones) % kUtmZones;
+  return fromDateLine + 1;
 }
 
 void TUTMParam(int zone, int south, double* param) {

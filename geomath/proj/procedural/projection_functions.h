@@ -235,7 +235,8 @@ GEOMATH_API bool TNZMGToBLH(const double* neh, double* blh, const double* ellips
                             const double* param);
 
 /// UTM zone of a longitude (radians, any), 1 to 60, without the exceptions of Norway and Svalbard;
-/// 0 for a longitude that is not finite.
+/// 0 for a longitude that is not finite. A zone holds its western boundary, whole degrees times
+/// π/180, exactly so for longitudes within a turn of Greenwich.
 GEOMATH_API int TUTMZone(double lon);
 
 /// The five parameters of TBLHToUTM for a UTM zone, in the southern hemisphere when `south` is not

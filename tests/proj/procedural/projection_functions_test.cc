@@ -499,6 +499,13 @@ TEST(UtmZones, CountFromTheDateLine) {
                {9, 32},   {179.9, 60}, {180, 1},    {189, 2},    {-189, 59}, {360 * 5 + 9, 32}};
   for (const auto& c : cases) EXPECT_EQ(TUTMZone(c.lonDeg * kDegree), c.zone) << c.lonDeg;
   EXPECT_EQ(TUTMZone(std::nextafter(kPi, 0)), 60);
+  for (int degrees = -180; degrees <= 540;
+       degrees += 6) {  // a boundary belongs to its eastern zone
+    const int zone = (degrees + 180) / 6 % 60 + 1, before = (zone + 58) % 60 + 1;
+    if (degrees > 360) continue;
+    EXPECT_EQ(TUTMZone(degrees * kDegree), zone) << degrees;
+    EXPECT_EQ(TUTMZone(std::nextafter(degrees * kDegree, -10)), before) << degrees;
+  }
   EXPECT_EQ(TUTMZone(std::numeric_limits<double>::quiet_NaN()), 0);
   EXPECT_EQ(TUTMZone(std::numeric_limits<double>::infinity()), 0);
   const int far = TUTMZone(1e300);
