@@ -28,7 +28,7 @@ void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::si
 template <std::size_t N>
 std::size_t MarkFailures(double* const (&columns)[N], std::size_t count);
 
-/// Points of N coordinates in a caller's arrays; the coordinates of point i stand at
+/// Points of N coordinates, at least one, in a caller's arrays; the coordinates of point i stand at
 /// arrays[i * stride]. Gives them out as contiguous columns, block by block: the arrays themselves
 /// where they are columns, copies otherwise.
 template <std::size_t N>
@@ -38,7 +38,7 @@ class StridedPoints {
     sideBySide_ = stride == N;
     for (std::size_t c = 0; c < N; ++c) {
       arrays_[c] = arrays[c];
-      sideBySide_ = sideBySide_ && arrays[c] == arrays[0] + c;
+      sideBySide_ = sideBySide_ && (c == 0 || arrays[c] == arrays[c - 1] + 1);
       columns_[c] = copies_[c];
     }
   }
@@ -53,7 +53,7 @@ class StridedPoints {
       Separate(from[0], copies_, count);
     else
       for (std::size_t c = 0; c < N; ++c)
-        for (std::size_t i = 0; i < count; ++i, from[c] += stride_) copies_[c][i] = *from[c];
+        for (std::size_t i = 0; i < count; ++i) copies_[c][i] = from[c][Offset(i)];
     return columns_;
   }
 
@@ -63,14 +63,13 @@ class StridedPoints {
     if (sideBySide_) return Interleave(copies_, At(0, start), count);
     for (std::size_t c = 0; c < N; ++c) {
       double* to = At(c, start);
-      for (std::size_t i = 0; i < count; ++i, to += stride_) *to = copies_[c][i];
+      for (std::size_t i = 0; i < count; ++i) to[Offset(i)] = copies_[c][i];
     }
   }
 
  private:
-  double* At(std::size_t c, std::size_t i) const {
-    return arrays_[c] + static_cast<std::ptrdiff_t>(i) * stride_;
-  }
+  std::ptrdiff_t Offset(std::size_t i) const { return static_cast<std::ptrdiff_t>(i) * stride_; }
+  double* At(std::size_t c, std::size_t i) const { return arrays_[c] + Offset(i); }
 
   double* arrays_[N];
   std::ptrdiff_t stride_;
@@ -82,10 +81,12 @@ class StridedPoints {
 /// Runs `convert`, a callable (double* const (&columns)[N], std::size_t count), over `count` points
 /// in place, block by block; the coordinates of point i stand at coordinates[i * stride]. A point
 /// whose result is not finite gets quiet NaN in every slot; a converter marks a failed point by any
-/// coordinate that is not finite. Returns the number of points converted.
+/// coordinate that is not finite. Returns the number of points converted. Without points the arrays
+/// may be null.
 template <class Convert, class... Columns>
 std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t stride,
                           Columns*... coordinates) {
+  if (count == 0) return 0;
   StridedPoints<sizeof...(Columns)> points({coordinates...}, stride);
   std::size_t converted = 0;
   for (std::size_t start = 0; start < count; start += kBatchBlock) {
