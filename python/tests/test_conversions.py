@@ -48,6 +48,17 @@ def test_projections_take_degrees_and_either_axes() -> None:
     assert (-south, east) == cone.forward(35, -75)
 
 
+def test_a_scale_takes_effect_in_every_projection() -> None:
+    # EPSG guidance note 7-2, Krovak, printed to 0.01 m of a position rounded to 3 cm; the
+    # coordinates are radii of the cone, proportional to the scale.
+    cone: Any = dict(lat0=49.5, lon0=42.5, dlon=53 / 3, uq=59.711860247222224, s0=78.5)
+    point = 50 + 12 / 60 + 32.442 / 3600, 16 + 50 / 60 + 59.179 / 3600
+    for scale in (0.9999, 1.0, 1.0001):
+        krovak = Projection("KROVAK", "Bessel 1841", **cone, scale=scale, east0=0, north0=0)
+        published = np.array([1050538.643, 568990.997]) / 0.9999 * scale
+        assert krovak.forward(*point) == pytest.approx(tuple(published), abs=0.03)
+
+
 def test_datum_carries_the_published_example() -> None:
     # EPSG guidance note 7-2, position vector: WGS 72 to WGS 84.
     datum = Datum("WGS72", 0, 0, 4.5, 0, 0, 0.554, 0.219, rotation="position-vector")

@@ -141,6 +141,18 @@ TEST_F(SystemProgram, WritesAFileThatConvertTakes) {
   EXPECT_NE(run.out.find(",-1050538.6,-568991.0"), std::string::npos) << run.out;
 }
 
+// The cone's radii, which are the coordinates, are proportional to its scale: the example of Guidance
+// Note 7-2 for Krovak over 0.9999, rounded there to 3 cm.
+TEST_F(SystemProgram, AppliesAScaleThatTheClassKeepsWaiting) {
+  WriteText(directory_ / "s.json", R"({"local": {"ellipsoid": "Bessel 1841"}, "projection": {
+      "name": "KROVAK", "Lat0": 49.5, "Lon0": 42.5, "dLon": 17.666666666666668,
+      "Uq": 59.711860247222224, "S0": 78.5, "Scale": 1, "East0": 0, "North0": 0}})");
+  WriteText(directory_ / "p.csv", "lat,lon\n50 12 32.442 N,16 50 59.179 E\n");
+  const ProgramRun run =
+      RunProgram(directory_, "convert --system s.json p.csv -o - --fixed-height 0 --decimals 1");
+  EXPECT_NE(run.out.find(",1050643.7,569047.9"), std::string::npos) << run.out << run.err;
+}
+
 TEST_F(SystemProgram, ListsTransformationsBestFirst) {
   const ProgramRun run =
       RunProgram(directory_, "system --epsg 27700 --list-operations --near 51.5,-0.1");
