@@ -74,6 +74,25 @@ TEST(DenmarkTM, FailsBeyondTheInnerLimit) {
   EXPECT_EQ(e, -Qn * 0.834998);
 }
 
+// Towards the far poles, the ends of the equator 90° aside, the series leaves its bounds and returns:
+// a world of points is either where the spherical transverse Mercator says, in outline, or refused.
+TEST(DenmarkTM, RefusesTheSurroundingsOfTheFarPoles) {
+  constexpr double kOutline = 0.01;  // of the coordinates: the flattening moves a point by e²
+  const TDenmarkTMProj proj(6378137, 298.257222101, 0, 1, 0, 0, 0);
+  for (int i = -450; i <= 450; i += 2)
+    for (int j = 450; j <= 1350; j += 3) {
+      const double phi = i * 0.1 * kDegree, lambda = j * 0.1 * kDegree;
+      double n = phi, e = lambda;
+      if (!proj.ForwardPoint(n, e)) continue;
+      const double north = std::atan2(std::tan(phi), std::cos(lambda));
+      const double east = std::atanh(std::cos(phi) * std::sin(lambda));
+      ASSERT_NEAR(n / 6378137, north, 3 * kOutline) << i << ' ' << j;
+      ASSERT_NEAR(e / 6378137, east, kOutline) << i << ' ' << j;
+    }
+  double n = -3 * kDegree, e = 91 * kDegree;
+  EXPECT_FALSE(proj.ForwardPoint(n, e));
+}
+
 // Constants follow every change, and a host's subclass reaches Init.
 TEST(DenmarkTM, EverySetterRefreshesTheConstants) {
   struct Host : TDenmarkTMProj {

@@ -83,7 +83,9 @@ struct DenmarkTmFormulas {
     const double e = Ce + d.imag, size = std::abs(e);
     const bool beyond = size > kOuterLimit;  // Kept: the inner limit always decides
     const bool outside = size > kInnerLimit;
-    const bool exists = !(beyond | outside);
+    const bool farAside =
+        std::abs(Ce) > kOuterLimit;  // where the sum may come back from its bounds
+    const bool exists = !(beyond | outside | farAside);
     constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
     b = exists ? Zb + Qn * (Cn + d.real) : kNowhere;
     l = exists ? fEast + Qn * e : kNowhere;
