@@ -78,10 +78,8 @@ struct CoordinateChain::Block {
       if (!Alive(i)) x[i] = y[i] = h[i] = kNaN;
   }
 
-  // An object without axes text has north and east, where a rotation changes nothing.
   void RotateGeographic(const TGeoProj* projection, unsigned int direction) {
-    if (!projection || !projection->GetBLAxes()) return;
-    for (std::size_t i = 0; i < count; ++i) projection->RotateBL(direction, x[i], y[i]);
+    if (projection) projection->RotateBLBatch(direction, x, y, count);
   }
 };
 

@@ -1,15 +1,18 @@
 #include "geomath/proj/geo_proj.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/proj/host_replaces.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
 
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kNotComputed = 2147483647.0;
 constexpr int kMaxParams = 16;
 constexpr double kMeanEarthRadius = 6371000.0;  // metres, sphere of the height scale
@@ -101,10 +104,17 @@ double TGeoProj::GetHScale(double h) { return 1 + h / kMeanEarthRadius; }
 
 namespace {
 
-void RotateBlock(const AxisRotation& axes, unsigned int dir, double* const (&pair)[2],
-                 std::size_t count) {
-  if (axes.IsIdentity()) return;
-  for (std::size_t i = 0; i < count; ++i) axes.Rotate(dir, pair[0][i], pair[1][i]);
+// Whether a direction has a const form: a host's class that replaces the call with axes or the one
+// without them, and not the point's, has none.
+template <class Call, class Point>
+bool HasConstForm(const TGeoProj& proj, Call withAxes, Call withoutAxes, Point point) {
+  const bool hosts = HostReplaces(proj, withAxes) || HostReplaces(proj, withoutAxes);
+  return !hosts || HostReplaces(proj, point);
+}
+
+bool HostRotates(const TGeoProj& proj) {
+  return HostReplaces(proj, &TGeoProj::RotateNE) || HostReplaces(proj, &TGeoProj::RotateBL) ||
+         HostReplaces(proj, &TGeoProj::Rotate);
 }
 
 // Point scale to the factor from grid to ground.
@@ -154,9 +164,11 @@ void TGeoProj::SetNEAxes(const wchar_t* axes) { SetAxes(axes); }
 void TGeoProj::SetBLAxes(const wchar_t* axes) { geographicAxes_.SetAxes(axes); }
 unsigned char TGeoProj::GetNEDir() { return direction_; }
 
+// A host's _Forward may call this one, whose const form is then not to ask for the host's.
 bool TGeoProj::_Forward(double& b, double& l) {
   PointFactors factors{scale_, convergence_};
-  if (!ForwardPoint(b, l, &factors)) return false;
+  const bool hosts = HostReplaces(*this, &TGeoProj::ForwardPoint);
+  if (!(hosts ? ForwardPoint(b, l, &factors) : ProjectPoint(b, l, &factors))) return false;
   scale_ = factors.scale;
   convergence_ = factors.convergence;
   return true;
@@ -164,43 +176,72 @@ bool TGeoProj::_Forward(double& b, double& l) {
 
 bool TGeoProj::_Inverse(double& n, double& e) {
   PointFactors factors{scale_, convergence_};
-  if (!InversePoint(n, e, &factors)) return false;
+  const bool hosts = HostReplaces(*this, &TGeoProj::InversePoint);
+  if (!(hosts ? InversePoint(n, e, &factors) : UnprojectPoint(n, e, &factors))) return false;
   scale_ = factors.scale;
   convergence_ = factors.convergence;
   return true;
 }
 
-bool TGeoProj::ForwardPoint(double&, double&, PointFactors*) const { return false; }
-bool TGeoProj::InversePoint(double&, double&, PointFactors*) const { return false; }
+bool TGeoProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+  if (HostReplaces(*this, &TGeoProj::_Forward) && !HostReplaces(*this, &TGeoProj::ForwardPoint))
+    return false;
+  return ProjectPoint(b, l, factors);
+}
+
+bool TGeoProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+  if (HostReplaces(*this, &TGeoProj::_Inverse) && !HostReplaces(*this, &TGeoProj::InversePoint))
+    return false;
+  return UnprojectPoint(n, e, factors);
+}
+
+bool TGeoProj::ProjectPoint(double&, double&, PointFactors*) const { return false; }
+bool TGeoProj::UnprojectPoint(double&, double&, PointFactors*) const { return false; }
+
+void TGeoProj::RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const {
+  if (geographicAxes_.IsIdentity() && !HostRotates(*this)) return;
+  for (std::size_t i = 0; i < count; ++i) RotateBL(dir, b[i], l[i]);
+}
+
+void TGeoProj::RotateNEBlock(unsigned int dir, double* n, double* e, std::size_t count) const {
+  if (IsIdentity() && !HostRotates(*this)) return;
+  for (std::size_t i = 0; i < count; ++i) RotateNE(dir, n[i], e[i]);
+}
 
 std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const auto convert = [this](double* const(&pair)[2], std::size_t n) {
-    RotateBlock(geographicAxes_, kToInternal, pair, n);
+  const bool isConst = HasConstForm(*this, &TGeoProj::Forward, &TGeoProj::_Forward,  //
+                                    &TGeoProj::ForwardPoint);
+  const auto convert = [&](double* const(&pair)[2], std::size_t n) {
+    if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
+    RotateBLBatch(kToInternal, pair[0], pair[1], n);
     ForwardBlock(pair[0], pair[1], n);
-    RotateBlock(*this, kToUser, pair, n);
+    RotateNEBlock(kToUser, pair[0], pair[1], n);
   };
   return ConvertBlocks(convert, count, stride, first, second);
 }
 
 std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const auto convert = [this](double* const(&pair)[2], std::size_t n) {
-    RotateBlock(*this, kToInternal, pair, n);
+  const bool isConst = HasConstForm(*this, &TGeoProj::Inverse, &TGeoProj::_Inverse,  //
+                                    &TGeoProj::InversePoint);
+  const auto convert = [&](double* const(&pair)[2], std::size_t n) {
+    if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
+    RotateNEBlock(kToInternal, pair[0], pair[1], n);
     InverseBlock(pair[0], pair[1], n);
-    RotateBlock(geographicAxes_, kToUser, pair, n);
+    RotateBLBatch(kToUser, pair[0], pair[1], n);
   };
   return ConvertBlocks(convert, count, stride, first, second);
 }
 
 void TGeoProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   for (std::size_t i = 0; i < count; ++i)
-    if (!ForwardPoint(b[i], l[i])) b[i] = std::numeric_limits<double>::quiet_NaN();
+    if (!ForwardPoint(b[i], l[i])) b[i] = kNaN;
 }
 
 void TGeoProj::InverseBlock(double* n, double* e, std::size_t count) const {
   for (std::size_t i = 0; i < count; ++i)
-    if (!InversePoint(n[i], e[i])) n[i] = std::numeric_limits<double>::quiet_NaN();
+    if (!InversePoint(n[i], e[i])) n[i] = kNaN;
 }
 
 bool TGeoProj::CopyGeoProj(const TGeoProj* src) {

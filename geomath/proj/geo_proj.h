@@ -96,21 +96,26 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// Direction code of the grid axes.
   virtual unsigned char GetNEDir();
 
-  /// The projection itself on internal axes, in place: radians to metres, and back. These run
-  /// ForwardPoint and InversePoint and store the factors.
+  /// The projection itself on internal axes, in place: radians to metres, and back. These run the
+  /// const forms and store the factors.
   virtual bool _Forward(double& b, double& l);
   virtual bool _Inverse(double& n, double& e);
 
   /// The const, thread-safe form of _Forward: in place on internal axes; `factors`, when given,
   /// receives what _Forward would have stored. False where the class's comment says so. The base,
-  /// and a host's class that overrides only _Forward, always fails here.
+  /// and a host's class that overrides _Forward without this, always fails here.
   virtual bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const;
-  /// The const, thread-safe form of _Inverse.
+  /// The const, thread-safe form of _Inverse; _Inverse and InversePoint likewise.
   virtual bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const;
+
+  /// RotateBL of `count` pairs in place.
+  void RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const;
 
   /// Forward of `count` points in place, axes included; point i stands at index i * stride of both
   /// arrays (stride 1 for two arrays, 2 for interleaved pairs). A point that fails, or whose result
   /// is not finite, becomes NaN in both slots. Returns the number of points converted.
+  /// A host's class that overrides ForwardPoint, RotateBL or RotateNE is run by them; one that
+  /// overrides Forward or _Forward without ForwardPoint has no const form: no point is converted.
   std::size_t ForwardBatch(double* first, double* second, std::size_t count,
                            std::ptrdiff_t stride = 1) const;
   /// Inverse of `count` points, likewise.
@@ -143,6 +148,11 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// constructors and setters of a class with derived constants do too.
   virtual void Prepare();
 
+  /// What ForwardPoint and InversePoint of the library's classes run: their own mathematics, which
+  /// fails as the class's comment says. `factors` may be null.
+  virtual bool ProjectPoint(double& b, double& l, PointFactors* factors) const;
+  virtual bool UnprojectPoint(double& n, double& e, PointFactors* factors) const;
+
   /// ForwardPoint and InversePoint for a block of columns in place; a point that fails gets a
   /// coordinate that is not finite. The base calls the single-point form for each; a class with a
   /// column kernel overrides them.
@@ -156,6 +166,8 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   ProjType type_;       ///< its kind
 
  private:
+  void RotateNEBlock(unsigned int dir, double* n, double* e, std::size_t count) const;
+
   bool flag_;
   bool ellipsoidFixed_ = false;
   CZelStringT<wchar_t> label_;

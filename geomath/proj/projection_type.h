@@ -12,7 +12,8 @@ namespace zel_cs::geomath {
 /// What GetParamType answers: the kind of value of a parameter.
 enum ParamTypeCode : int {
   kParamTypeNone = 0,          ///< no such parameter
-  kParamTypeAngle = 1,         ///< latitude, longitude, azimuth or width, radians
+  kParamTypeAngle = 1,         ///< latitude, longitude, azimuth or width: radians, but
+                               ///< arc-seconds of "AK01" and "AK29"
   kParamTypeLinear = 3,        ///< easting, northing or other length, metres
   kParamTypeScale = 10,        ///< plain scale factor
   kParamTypeZone = 20,         ///< zone number, whole

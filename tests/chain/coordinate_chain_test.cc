@@ -88,6 +88,33 @@ TEST(CoordinateChain, CarriesWgs84ToTheNationalGridAndBack) {
   }
 }
 
+// A host's classes derived from one of the library: none is passed by in favour of its base.
+TEST(CoordinateChain, RunsAHostsProjectionByItsOwnFormsOrNotAtAll) {
+  struct Unconst : TTMProj {
+    bool _Forward(double& b, double& l) override { return TTMProj::_Forward(l, b); }
+    bool _Inverse(double& n, double& e) override { return TTMProj::_Inverse(e, n); }
+  };
+  struct WestPositive : TTMProj {
+    void RotateBL(unsigned int, double&, double& l) const override { l = -l; }
+  };
+  const Unconst unconst;
+  double x = 0.9, y = 0.02, h = 12;
+  EXPECT_EQ(CoordinateChain(nullptr, nullptr, &unconst).ToLocal(x, y, h).failedAt,
+            ChainStep::projection);
+  EXPECT_EQ(CoordinateChain(nullptr, nullptr, &unconst).ToGlobal(x, y, h).failedAt,
+            ChainStep::projection);
+
+  const WestPositive west;
+  const CoordinateChain chain(nullptr, nullptr, &west);
+  double n = 0.9, e = -0.02;
+  TTMProj().Forward(n, e);
+  ASSERT_TRUE(chain.ToLocal(x, y, h));
+  EXPECT_NEAR(x, n, tolerance::BatchMetres(n));
+  EXPECT_NEAR(y, e, tolerance::BatchMetres(e));
+  ASSERT_TRUE(chain.ToGlobal(x, y, h));
+  EXPECT_NEAR(y, 0.02, 2e-10);  // 1 mm, TTMProj's footpoint
+}
+
 TEST(CoordinateChain, EveryAbsentStepIsLeftOut) {
   Britain gb;
   double x = 0.9, y = -0.03, h = 12;

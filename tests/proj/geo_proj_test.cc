@@ -10,6 +10,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/utm_proj.h"
+#include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -34,7 +35,7 @@ class HostProj : public TGeoProj {
   bool _Inverse(double& n, double& e) override {
     ++calls;
     scale_ = pointScale;
-    e -= offset[0];
+    e -= offset[0] - inverseDrift;
     return inverseWorks && std::abs(n) <= 80;
   }
   void SetParam(double value, int index, unsigned int) override {
@@ -47,6 +48,7 @@ class HostProj : public TGeoProj {
   double offset[2] = {0, 0};
   double pointScale = 0.5;
   bool inverseWorks = true;
+  double inverseDrift = 0;
   int calls = 0;
 };
 
@@ -172,6 +174,10 @@ TEST(GeoProj, SaysNoScaleWhereAStepFails) {
   EXPECT_FALSE(proj.GetNEScale(k, 81, 0));
   proj.offset[0] = -20;  // the grid position inverts to a longitude of 22 rad
   EXPECT_FALSE(proj.GetNEScale(k, 1, 2));
+  proj.inverseDrift = 20;  // neither is the geographic position one after both ways
+  EXPECT_FALSE(proj.GetBLScale(k, 1, 2));
+  EXPECT_EQ(k, 1.0);
+  proj.inverseDrift = 0;
   proj.inverseWorks = false;
   EXPECT_FALSE(proj.GetBLScale(k, 1, 2));
   EXPECT_FALSE(proj.GetAvgBLHScale(k, 1, 2, 0));
@@ -302,6 +308,125 @@ TEST(GeoProjBatch, KeepsConvertingNothingForAHostsClassWithoutConstForm) {
   double n[] = {1, 2}, e[] = {3, 4};
   EXPECT_EQ(proj.InverseBatch(n, e, 2), 0u);
   EXPECT_TRUE(std::isnan(n[0]) && std::isnan(e[1]));
+}
+
+// What a host's class derived from one of the library does to a point. Coordinates that differ from
+// the library's by more than 1000 km show which of the two ran.
+constexpr double kHostShift = 5e6;
+
+struct HostForward_ : TUTMProj {
+  using TUTMProj::TUTMProj;
+  bool _Forward(double& b, double& l) override {
+    const bool done = TUTMProj::_Forward(b, l);
+    b += kHostShift;
+    return done;
+  }
+  bool _Inverse(double& n, double& e) override {
+    n -= kHostShift;
+    return TUTMProj::_Inverse(n, e);
+  }
+};
+
+struct HostForward : TUTMProj {
+  using TUTMProj::TUTMProj;
+  bool Forward(double& b, double& l) override {
+    const bool done = TUTMProj::Forward(b, l);
+    b += kHostShift;
+    return done;
+  }
+  bool Inverse(double& n, double& e) override {
+    n -= kHostShift;
+    return TUTMProj::Inverse(n, e);
+  }
+};
+
+struct HostPoint : TUTMProj {
+  using TUTMProj::TUTMProj;
+  bool ForwardPoint(double& b, double& l, PointFactors* factors) const override {
+    const bool done = TUTMProj::ForwardPoint(b, l, factors);
+    b += kHostShift;
+    return done;
+  }
+  bool InversePoint(double& n, double& e, PointFactors* factors) const override {
+    n -= kHostShift;
+    return TUTMProj::InversePoint(n, e, factors);
+  }
+};
+
+struct HostBoth : HostPoint {
+  using HostPoint::HostPoint;
+  bool _Forward(double& b, double& l) override { return ForwardPoint(b, l, nullptr); }
+  bool _Inverse(double& n, double& e) override { return InversePoint(n, e, nullptr); }
+};
+
+// Takes longitudes from its own meridian, gives northings from its own parallel.
+struct HostAxes : TUTMProj {
+  using TUTMProj::TUTMProj;
+  void RotateBL(unsigned int dir, double&, double& l) const override {
+    l += dir == 0 ? -0.01 : 0.01;
+  }
+  void RotateNE(unsigned int dir, double& n, double&) const override {
+    n += dir == 0 ? kHostShift : -kHostShift;
+  }
+};
+
+struct HostName : TUTMProj {
+  using TUTMProj::TUTMProj;
+  double FEast() const override { return -1; }
+};
+
+template <class Host>
+Host MakeHost() {
+  return Host(kWgs84A, kWgs84InvF, 0.05, 0.9996, 0, 500000, 0);
+}
+
+// The batches of a class that has const forms are its single calls; a block and a bit.
+template <class Host>
+void ExpectRunByItsOwnForms() {
+  Host host = MakeHost<Host>();
+  std::vector<double> first(300, 0.9), second(300, 0.07);
+  for (std::size_t i = 0; i < first.size(); ++i) first[i] += 1e-4 * static_cast<double>(i);
+  std::vector<double> n = first, e = second;
+  ASSERT_EQ(host.ForwardBatch(n.data(), e.data(), n.size()), n.size());
+  for (std::size_t i = 0; i < n.size(); ++i) {
+    double b = first[i], l = second[i];
+    ASSERT_TRUE(host.Forward(b, l));
+    ASSERT_NEAR(n[i], b, tolerance::BatchMetres(b));
+    ASSERT_NEAR(e[i], l, tolerance::BatchMetres(l));
+  }
+  ASSERT_EQ(host.InverseBatch(n.data(), e.data(), n.size()), n.size());
+  for (std::size_t i = 0; i < n.size(); ++i) {
+    ASSERT_NEAR(n[i], first[i], tolerance::kRoundTripRadians);
+    ASSERT_NEAR(e[i], second[i], tolerance::kRoundTripRadians);
+  }
+}
+
+TEST(GeoProjBatch, RunsAHostsOwnConstForms) {
+  ExpectRunByItsOwnForms<HostPoint>();
+  ExpectRunByItsOwnForms<HostBoth>();
+  ExpectRunByItsOwnForms<HostAxes>();
+  ExpectRunByItsOwnForms<HostName>();
+}
+
+template <class Host>
+void ExpectNothingConverted(bool pointToo) {
+  Host host = MakeHost<Host>();
+  double b = 0.9, l = 0.07, n = 0.9, e = 0.07;
+  ASSERT_TRUE(host.Forward(b, l));
+  EXPECT_GT(b, kHostShift + 5e6);
+  EXPECT_EQ(host.ForwardBatch(&n, &e, 1), 0u);
+  EXPECT_TRUE(std::isnan(n) && std::isnan(e));
+  n = b, e = l;
+  EXPECT_EQ(host.InverseBatch(&n, &e, 1), 0u);
+  EXPECT_TRUE(std::isnan(n) && std::isnan(e));
+  n = 0.9, e = 0.07;
+  EXPECT_EQ(host.ForwardPoint(n, e), !pointToo);
+  EXPECT_EQ(host.InversePoint(b, l), !pointToo);
+}
+
+TEST(GeoProjBatch, ConvertsNothingThatOnlyAHostsOwnCallsWouldConvertRightly) {
+  ExpectNothingConverted<HostForward_>(true);
+  ExpectNothingConverted<HostForward>(false);  // without axes the library's form is its own
 }
 
 TEST(GeoProjBatch, WalksAnyStrideWithAxesAndLeavesTheCache) {

@@ -92,7 +92,7 @@ PointFactors TAK01Proj::FactorsAt(const Aposphere& at, double sinPhi, double cos
                                    (4 * Q * cosL + 3 * P * sinL + 3 * H_))};
 }
 
-bool TAK01Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TAK01Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double sinPhi = std::sin(b), cosPhi = std::cos(b);
   const Aposphere at = At(sinPhi, cosPhi, l);
   const auto& [P, Q, sinL, cosL] = at;
@@ -106,7 +106,7 @@ bool TAK01Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TAK01Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TAK01Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double y = n - kFalseNorthing, x = e - kFalseEasting;
   const double u = kCosAxis * y - kSinAxis * x, v = kSinAxis * y + kCosAxis * x;
   const auto [R, S] = HyperbolicPair(v / D_);

@@ -46,8 +46,9 @@ class GEOMATH_API TAK01Proj : public TGeoProj {
   /// The centre of the zone's definition, 57° N 133°40′ W.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+ protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
 
  private:
   // A point on the aposphere: P = sinh(B·ψ + C), Q = cosh(B·ψ + C), L west of the axis' origin.

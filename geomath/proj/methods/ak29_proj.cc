@@ -62,7 +62,7 @@ bool TAK29Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
   return TransverseCentralPoint(-cm_ / kArcSecondsPerRad, b0, l0, db, dl);
 }
 
-bool TAK29Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TAK29Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double s = std::sin(b), c = std::cos(b), c2 = c * c, c4 = c2 * c2, c6 = c4 * c2;
   const double root = std::sqrt(1 + kClarke1866Ep2 * c2);
   const double T = (l * kArcSecondsPerRad + cm_) / 1e4, T2 = T * T;
@@ -83,7 +83,7 @@ bool TAK29Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TAK29Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TAK29Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double y = n / kUsSurveyFoot, T = (e / kUsSurveyFoot - C_) / 1e6, T2 = T * T;
   const double omega = (kOriginArc + kArcSecondPerFoot * y) / kArcSecondsPerRad;
   const double sinW = std::sin(omega), cosW = std::cos(omega), cosW2 = cosW * cosW;

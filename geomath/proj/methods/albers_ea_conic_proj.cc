@@ -109,7 +109,7 @@ void TAlbersEAConicProj::Prepare() {
   f.qPole = q(1);
 }
 
-bool TAlbersEAConicProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TAlbersEAConicProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double north = b, east = l;
   if (!ForwardOne(formulas_, north, east)) return false;
   b = north;
@@ -117,7 +117,7 @@ bool TAlbersEAConicProj::ForwardPoint(double& b, double& l, PointFactors*) const
   return true;
 }
 
-bool TAlbersEAConicProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TAlbersEAConicProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   double phi = n, lambda = e;
   if (!InverseOne(formulas_, phi, lambda)) return false;
   n = phi;

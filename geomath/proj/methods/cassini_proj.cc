@@ -57,12 +57,12 @@ bool TCassiniProj::GetCentralPoint(double& b0, double& l0, double& db, double& d
 
 void TCassiniProj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, theta_); }
 
-bool TCassiniProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TCassiniProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   Formulas().Forward<simd::Libm>(b, l);
   return true;
 }
 
-bool TCassiniProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TCassiniProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   Formulas().Inverse<simd::Libm>(n, e);
   return true;
 }

@@ -67,12 +67,12 @@ void TColombiaProj::Prepare() {
                .B = std::tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(sin0, ell_))};
 }
 
-bool TColombiaProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TColombiaProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   formulas_.Forward<simd::Libm>(b, l);
   return true;
 }
 
-bool TColombiaProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TColombiaProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   formulas_.Inverse<simd::Libm>(n, e);
   return true;
 }

@@ -96,7 +96,7 @@ void TDenmarkTMProj::Init() {
   f.Zb = fNorth_ - f.Qn * (Z + f.SumSin2(f.gtu, std::sin(Z), std::cos(Z)));
 }
 
-bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TDenmarkTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double n = b, e = l;
   if (!ForwardOne(formulas_, n, e)) return false;
   b = n;
@@ -104,7 +104,7 @@ bool TDenmarkTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
   return true;
 }
 
-bool TDenmarkTMProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TDenmarkTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   if (std::abs((e - fEast_) / formulas_.Qn) > DenmarkTmFormulas::kInnerLimit) return false;
   InverseOne(formulas_, n, e);
   return true;

@@ -47,10 +47,9 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
   /// As in the base; classes whose grids have directions of their own extend it.
   void SetNEAxes(const wchar_t* axes) override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   /// Fills the coefficient arrays, the scaled rectifying radius and the northing offset of the
   /// origin from the parameters and the ellipsoid.
   void Init();

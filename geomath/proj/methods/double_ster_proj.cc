@@ -67,13 +67,13 @@ void TDoubleSter::Prepare() { plane_ = DoubleStereographic(ell_, phi0_, lambda0_
 
 DoubleSterFormulas TDoubleSter::Formulas() const { return {plane_, fEast_, fNorth_}; }
 
-bool TDoubleSter::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TDoubleSter::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const auto image = ForwardOne(Formulas(), b, l);
   if (factors) *factors = plane_.Factors(image);
   return true;
 }
 
-bool TDoubleSter::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TDoubleSter::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const auto vector = InverseOne(Formulas(), n, e);
   if (factors) *factors = plane_.Factors(vector, n);
   return true;

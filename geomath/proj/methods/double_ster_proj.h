@@ -44,10 +44,9 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
   void SetParam(double value, int index, unsigned int unit) override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   static constexpr int kParamCount = 5;  ///< of TDoubleSter itself
 
   /// For classes of another kind or parameter count that are this projection.

@@ -34,11 +34,11 @@ void HotineProj::Prepare() {
                      {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_});
 }
 
-bool HotineProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool HotineProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   return grid_.ForwardPoint(b, l, factors);
 }
 
-bool HotineProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool HotineProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   return grid_.InversePoint(n, e, factors);
 }
 

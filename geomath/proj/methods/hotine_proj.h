@@ -36,10 +36,9 @@ class GEOMATH_API HotineProj : public TGeoProj {
 
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   HotineProj(unsigned int type, std::size_t paramCount, double a, double invF, double azimuth,
              double scale, double lon0, double lat0, double fEast, double fNorth);

@@ -10,15 +10,15 @@ TKMSProjTM::TKMSProjTM(double a, double invF, double cm, double scale, double la
                        double fNorth)
     : TDenmarkTMProj(a, invF, cm, scale, lat0, fEast, fNorth) {}
 
-bool TKMSProjTM::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TKMSProjTM::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (KmsPrepare(b, l, kKmsInto) != 0) return false;
   return mode_ ? KmsConvertInPlace(b, l, kKmsIntermediateSystem, kKmsInto)
-               : TDenmarkTMProj::ForwardPoint(b, l, factors);
+               : TDenmarkTMProj::ProjectPoint(b, l, factors);
 }
 
-bool TKMSProjTM::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TKMSProjTM::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const bool geographic = mode_ ? KmsConvertInPlace(n, e, kKmsIntermediateSystem, kKmsOutOf)
-                                : TDenmarkTMProj::InversePoint(n, e, factors);
+                                : TDenmarkTMProj::UnprojectPoint(n, e, factors);
   return geographic && KmsPrepare(n, e, kKmsOutOf) == 0;
 }
 

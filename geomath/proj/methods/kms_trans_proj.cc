@@ -24,19 +24,19 @@ void TKMSTransProj::SetNEAxes(const wchar_t* axes) {
   direction_ = kNorthWest;
 }
 
-bool TKMSTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TKMSTransProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const bool own = systemCode_ == kKmsOwnSystem;
   if (!own && KmsPrepare(b, l, kKmsInto) != 0) return false;
-  if (!TDenmarkTMProj::ForwardPoint(b, l, factors)) return false;
+  if (!TDenmarkTMProj::ProjectPoint(b, l, factors)) return false;
   if (!own && !KmsConvertInPlace(b, l, kKmsIntermediateSystem, kKmsOutOf)) return false;
   return KmsConvertInPlace(b, l, systemCode_, kKmsInto);
 }
 
-bool TKMSTransProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TKMSTransProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const bool own = systemCode_ == kKmsOwnSystem;
   if (!KmsConvertInPlace(n, e, systemCode_, kKmsOutOf)) return false;
   if (!own && !KmsConvertInPlace(n, e, kKmsIntermediateSystem, kKmsInto)) return false;
-  if (!TDenmarkTMProj::InversePoint(n, e, factors)) return false;
+  if (!TDenmarkTMProj::UnprojectPoint(n, e, factors)) return false;
   return own || KmsPrepare(n, e, kKmsOutOf) == 0;
 }
 

@@ -28,10 +28,9 @@ class GEOMATH_API TKMSTransProj : public TDenmarkTMProj {
 
   void SetNEAxes(const wchar_t* axes) override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   // The host's functions take one point each.
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;

@@ -112,11 +112,11 @@ KrovakFormulas TKrovakProj::Formulas() const {
   return {sphere_, lambdaC_, sinUq_, cosUq_, n_, coneFactor_};
 }
 
-bool TKrovakProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TKrovakProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   return ForwardOne(Formulas(), b, l);
 }
 
-bool TKrovakProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TKrovakProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return InverseOne(Formulas(), n, e);
 }
 

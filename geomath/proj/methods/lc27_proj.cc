@@ -81,7 +81,7 @@ PointFactors TLC27Proj::FactorsAt(double R, double theta, double phi) const {
       .convergence = theta};
 }
 
-bool TLC27Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TLC27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, delta = l * kArcSecondsPerRad + L2_;
   const double S = kFeetPerRectifyingSecond * (L78_ - RectifyingLatitude1927(phi));
   const double R = L3_ + L5_ * S * Stretch(S);
@@ -93,7 +93,7 @@ bool TLC27Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TLC27Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TLC27Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double x = e / kUsSurveyFoot, y = n / kUsSurveyFoot;
   const double theta = std::atan((x - L1_) / (L4_ - y));
   const double R = (L4_ - y) / std::cos(theta);

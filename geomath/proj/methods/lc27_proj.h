@@ -65,8 +65,9 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
   /// Around the central parallel and meridian.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
+ protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
 
  private:
   double Stretch(double S) const;

@@ -104,14 +104,14 @@ LcFormulas TLCProj::Formulas() const {
   return {{cone_, lambda0_, fEast_, fNorth_, forwardRho0_}, inverseRho0_};
 }
 
-bool TLCProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TLCProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (std::abs(b) == kHalfPi) return false;
   const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
   if (factors) factors->scale = cone_.Scale(at.rho, sinPhi, cosPhi);
   return true;
 }
 
-bool TLCProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TLCProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const LambertCone::Polar at = InverseOne(Formulas(), n, e);
   if (factors) factors->scale = cone_.Scale(at.rho, std::sin(n), std::cos(n));
   return true;

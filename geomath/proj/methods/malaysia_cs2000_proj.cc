@@ -42,12 +42,12 @@ void TMalaysia_CS2000Proj::SetParam(double value, int index, unsigned int unit) 
 
 void TMalaysia_CS2000Proj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, azimuth_); }
 
-bool TMalaysia_CS2000Proj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TMalaysia_CS2000Proj::ProjectPoint(double& b, double& l, PointFactors*) const {
   Formulas().Forward<simd::Libm>(b, l);
   return true;
 }
 
-bool TMalaysia_CS2000Proj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TMalaysia_CS2000Proj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   Formulas().Inverse<simd::Libm>(n, e);
   return true;
 }

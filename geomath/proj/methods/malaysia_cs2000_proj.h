@@ -39,10 +39,9 @@ class GEOMATH_API TMalaysia_CS2000Proj : public TGeoProj {
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;

@@ -79,7 +79,7 @@ TMalaysia_CSProj::Chains TMalaysia_CSProj::FromCassini(Chains cassini) const {
           cassini.north + n0_ + x * (nx_ + nxx_ * x + nxy_ * y) + y * (ny_ + nyy_ * y)};
 }
 
-bool TMalaysia_CSProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TMalaysia_CSProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double n = b, e = l;
   malayan_.ForwardPoint(n, e);
   const Chains offset{e / kChain - originE_, n / kChain - originN_};
@@ -99,7 +99,7 @@ bool TMalaysia_CSProj::ForwardPoint(double& b, double& l, PointFactors*) const {
   return false;
 }
 
-bool TMalaysia_CSProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TMalaysia_CSProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   const Chains offset = FromCassini({e / kChain, n / kChain});
   n = kChain * (originN_ + offset.north);
   e = kChain * (originE_ + offset.east);

@@ -69,7 +69,7 @@ PointFactors TMercatorProj::FactorsAt(double sinPhi, double cosPhi) const {
   return {.scale = k0_ / ParallelRadius(sinPhi, cosPhi, ell_.e2), .convergence = 0};  // 7-8
 }
 
-bool TMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TMercatorProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
   if (!(std::abs(phi) < kHalfPi)) return false;
 
@@ -78,7 +78,7 @@ bool TMercatorProj::ForwardPoint(double& b, double& l, PointFactors* factors) co
   return true;
 }
 
-bool TMercatorProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TMercatorProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   InverseOne(formulas_, n, e);
   if (factors) *factors = FactorsAt(std::sin(n), std::cos(n));
   return true;

@@ -37,14 +37,14 @@ LambertFormulas TMinnesota_LAProj::Formulas() const {
   return {cone_, params_.lonOrigin, params_.fEast, params_.fNorth, rho0_};
 }
 
-bool TMinnesota_LAProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TMinnesota_LAProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (std::abs(b) == kHalfPi) return false;
   const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
   if (factors) factors->scale = cone_.Scale(at.rho, sinPhi, cosPhi);
   return true;
 }
 
-bool TMinnesota_LAProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TMinnesota_LAProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const LambertCone::Polar at = InverseOne(Formulas(), n, e);
   if (factors) factors->scale = cone_.Scale(at.rho, std::sin(n), std::cos(n));
   return true;

@@ -34,11 +34,11 @@ void TMinnesota_OMProj::Prepare() {
                               params_.fNorth, params_.fEast});
 }
 
-bool TMinnesota_OMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TMinnesota_OMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   return grid_.ForwardPoint(b, l, factors);
 }
 
-bool TMinnesota_OMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TMinnesota_OMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   return grid_.InversePoint(n, e, factors);
 }
 

@@ -29,14 +29,14 @@ StemTransverseMercator TMinnesota_TMProj::CountySeries() const {
   return {WorkingEllipsoid(), WorkingScale(), params_.latOrigin};
 }
 
-bool TMinnesota_TMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TMinnesota_TMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const auto [north, east] = tm_.Forward(b, SetValue(l - params_.lonOrigin, 1), factors);
   b = params_.fNorth + north;
   l = params_.fEast + east;
   return true;
 }
 
-bool TMinnesota_TMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TMinnesota_TMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const auto [phi, deltaLambda] = tm_.Inverse(n - params_.fNorth, e - params_.fEast, factors);
   n = phi;
   e = params_.lonOrigin + deltaLambda;

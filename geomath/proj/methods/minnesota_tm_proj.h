@@ -29,10 +29,9 @@ class GEOMATH_API TMinnesota_TMProj : public CountyProj {
 
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
  protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   /// One parameter, in its unit; a setter takes effect at once.
   void Prepare() override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;

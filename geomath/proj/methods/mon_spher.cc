@@ -73,7 +73,7 @@ double TMonSpher::PointScale(double sinPhi, double cosPhi,
   return formulas_.R * formulas_.sphere.alpha * at.cosChi / (ell_.a * m * at.cosSide);
 }
 
-bool TMonSpher::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TMonSpher::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   double n = b, e = l;
   const auto [at, sinPhi, cosPhi, exists] = ForwardOne(formulas_, n, e);
   if (!exists) return false;
@@ -83,7 +83,7 @@ bool TMonSpher::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TMonSpher::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TMonSpher::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const MonSpherFormulas::Position at = InverseOne(formulas_, n, e);
   if (factors) factors->scale = PointScale(std::sin(n), std::cos(n), at);
   return true;

@@ -52,14 +52,14 @@ bool TNZMGProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
   return ObliqueCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
 }
 
-bool TNZMGProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TNZMGProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
   const nzmg::Complex zeta = Formulas().Forward<simd::Libm>(b, l);
   if (factors) factors->scale = PointScale(zeta, phi, ell_.e2);
   return true;
 }
 
-bool TNZMGProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TNZMGProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const nzmg::Complex zeta = Formulas().Inverse<simd::Libm>(n, e);
   if (factors) factors->scale = PointScale(zeta, n, ell_.e2);
   return true;

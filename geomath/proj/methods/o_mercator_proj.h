@@ -25,8 +25,9 @@ class GEOMATH_API TOMercatorProj : public HotineProj {
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
 
+ protected:
   /// Kept: exactly on the origin meridian u counts as 0, whatever the latitude.
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
 
  private:
   static std::span<const ParamRow<TOMercatorProj>> Params();

@@ -13,8 +13,8 @@ TRDTransProj::TRDTransProj(double a, double invF, double lat0, double lon0, doub
                            double fEast, double fNorth)
     : TDoubleSter(ProjTypeRDTrans, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
-bool TRDTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  if (!TDoubleSter::ForwardPoint(b, l, factors)) return false;
+bool TRDTransProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
+  if (!TDoubleSter::ProjectPoint(b, l, factors)) return false;
   if (!correction_) return true;
   double dn = 0, de = 0;
   correction_(b, l, dn, de);
@@ -23,7 +23,7 @@ bool TRDTransProj::ForwardPoint(double& b, double& l, PointFactors* factors) con
   return true;
 }
 
-bool TRDTransProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TRDTransProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   if (correction_) {
     double n0 = n, e0 = e;
     for (int round = 0; round < kCorrectionRounds; ++round) {
@@ -35,7 +35,7 @@ bool TRDTransProj::InversePoint(double& n, double& e, PointFactors* factors) con
     n = n0;
     e = e0;
   }
-  return TDoubleSter::InversePoint(n, e, factors);
+  return TDoubleSter::UnprojectPoint(n, e, factors);
 }
 
 // A correction is the host's function, which takes one point at a time.

@@ -26,12 +26,11 @@ class GEOMATH_API TRDTransProj : public TDoubleSter {
   void SetCorrection(Correction correction) { correction_ = correction; }
   Correction GetCorrection() const { return correction_; }
 
-  bool ForwardPoint(double& b, double& l, PointFactors* factors = nullptr) const override;
+ protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   /// Three fixed-point rounds, each as good as the correction varies slowly (1e-5 m per m or less
   /// leaves 1e-15 of it).
-  bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const override;
-
- protected:
+  bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

@@ -77,14 +77,14 @@ LambertFormulas TSPC_LC83Proj::Formulas() const {
   return {cone_, lambda0_, fEast_, fNorth_, rho0_};
 }
 
-bool TSPC_LC83Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TSPC_LC83Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (std::abs(b) == kHalfPi) return false;
   const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
   if (factors) *factors = {cone_.Scale(at.rho, sinPhi, cosPhi), at.theta};
   return true;
 }
 
-bool TSPC_LC83Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TSPC_LC83Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const LambertCone::Polar at = InverseOne(Formulas(), n, e);
   if (factors) *factors = {cone_.Scale(at.rho, std::sin(n), std::cos(n)), at.theta};
   return true;

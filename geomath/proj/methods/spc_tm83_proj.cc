@@ -57,14 +57,14 @@ bool TSPC_TM83Proj::GetCentralPoint(double& b0, double& l0, double& db, double& 
 
 void TSPC_TM83Proj::Prepare() { tm_ = StemTransverseMercator(ell_, k0_, phi0_); }
 
-bool TSPC_TM83Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TSPC_TM83Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const auto [north, east] = tm_.Forward(b, SetValue(l - lambda0_, 1), factors);
   b = fNorth_ + north;
   l = fEast_ + east;
   return true;
 }
 
-bool TSPC_TM83Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TSPC_TM83Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const auto [phi, deltaLambda] = tm_.Inverse(n - fNorth_, e - fEast_, factors);
   n = phi;
   e = lambda0_ + deltaLambda;

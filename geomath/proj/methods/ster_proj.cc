@@ -81,7 +81,7 @@ SterPolarFormulas TSterProj::Polar() const {
   return {latitude_, polarSeries_, sign_, polarRadius_, lambda0_, fEast_, fNorth_};
 }
 
-bool TSterProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TSterProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (polar_) {
     const auto [sinPhi, cosPhi, rho] = ForwardOne(Polar(), b, l);
     if (factors)
@@ -98,7 +98,7 @@ bool TSterProj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TSterProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TSterProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   double radius;  // of the parallel on the map, unrolled
   if (polar_) {
     radius = InverseOne(Polar(), n, e).rho;

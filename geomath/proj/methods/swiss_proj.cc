@@ -61,7 +61,7 @@ double TSwissProj::PointScale(double phi, const SwissFormulas::Position& at) con
   return sphere.alpha * sphere.R * at.cosB / (ell_.a * m * at.cosBBar);
 }
 
-bool TSwissProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TSwissProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
   double n = b, e = l;
   const SwissFormulas::Position at = ForwardOne(formulas_, n, e);
@@ -72,7 +72,7 @@ bool TSwissProj::ForwardPoint(double& b, double& l, PointFactors* factors) const
   return true;
 }
 
-bool TSwissProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TSwissProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const SwissFormulas::Position at = InverseOne(formulas_, n, e);
   if (factors) factors->scale = PointScale(n, at);
   return true;

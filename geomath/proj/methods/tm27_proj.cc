@@ -91,7 +91,7 @@ PointFactors TTM27Proj::FactorsAt(double gridFeet, double delta, double phi, dou
   return {.scale = L5_ * (1 + x * x / kScaleRadius2), .convergence = seconds / kArcSecondsPerRad};
 }
 
-bool TTM27Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TTM27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, delta = l * kArcSecondsPerRad + L2_;
   const double S1 =
       kMetresPerArcSecond * std::cos(phi) / std::sqrt(W2(std::sin(phi))) * kArc.Add(delta);
@@ -109,7 +109,7 @@ bool TTM27Proj::ForwardPoint(double& b, double& l, PointFactors* factors) const 
   return true;
 }
 
-bool TTM27Proj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TTM27Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double gridFeet = e / kUsSurveyFoot - L1_, y = n / kUsSurveyFoot;
   const double Sm = kUsSurveyFoot * Cubic{L6_, kGridUnit}.Remove(gridFeet) / L5_;
   const double foot = LatitudeFromRectifying1927(L34_ + kRectifyingSecondsPerFoot * y / L5_);

@@ -29,16 +29,16 @@ void TTTMNZ::SetParam(double value, int index, unsigned int unit) {
     TUTMProj::SetParam(value, index, unit);
 }
 
-bool TTTMNZ::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  if (!TUTMProj::ForwardPoint(b, l, factors)) return false;
+bool TTTMNZ::ProjectPoint(double& b, double& l, PointFactors* factors) const {
+  if (!TUTMProj::ProjectPoint(b, l, factors)) return false;
   Grid().Apply(b, l);
   if (factors) factors->scale /= gridScale_;
   return true;
 }
 
-bool TTTMNZ::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TTTMNZ::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   Grid().Undo(n, e);
-  if (!TUTMProj::InversePoint(n, e, factors)) return false;
+  if (!TUTMProj::UnprojectPoint(n, e, factors)) return false;
   if (factors) factors->scale /= gridScale_;
   return true;
 }

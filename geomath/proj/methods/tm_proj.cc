@@ -87,14 +87,14 @@ double TTMProj::MaxNorthing() const {
   return nearSphere && origin ? kPi * std::abs(ell_.a * k0_) : 0;
 }
 
-bool TTMProj::ForwardPoint(double& b, double& l, PointFactors*) const {
+bool TTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   formulas_.Forward<simd::Libm>(b, l);
   return true;
 }
 
 // Corrects the footpoint until the rest of its arc is below the tolerance, however long that takes
 // within the limit. Points of the batch's domain are corrected as the batch does.
-bool TTMProj::InversePoint(double& n, double& e, PointFactors*) const {
+bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   const TmFormulas& f = formulas_;
   const double northing = n - fNorth_;
   TmFormulas::Footpoint at;

@@ -94,14 +94,14 @@ PointFactors TUTMProj::FactorsAt(double phi, double lambda, const TmLatitude& at
   return {.scale = k0_ * TmScale(at, L), .convergence = east != south ? size : -size};
 }
 
-bool TUTMProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
+bool TUTMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, lambda = l;
   const auto [at, L] = formulas_.Forward<simd::Libm>(b, l);
   if (factors) *factors = FactorsAt(phi, lambda, at, L);
   return true;
 }
 
-bool TUTMProj::InversePoint(double& n, double& e, PointFactors* factors) const {
+bool TUTMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   formulas_.Inverse<simd::Libm>(n, e);
   if (factors) {
     const double phi = n, lambda = e;

@@ -5,6 +5,7 @@
 
 #include "geomath/base/batch.h"
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/host_replaces.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
 #include "geomath/simd/elementary.h"
 
@@ -28,22 +29,38 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
   return formulas.template Inverse<simd::Libm>(n, e);
 }
 
-/// ForwardBlock and InverseBlock of a class whose formulas have a kernel: points that the kernel
-/// does not serve go through the class's single-point form.
+/// Runs `single`, which converts one point, over a block in place.
+template <class Single>
+void RunSingly(double* const (&columns)[2], std::size_t count, Single single) {
+  for (std::size_t i = 0; i < count; ++i) {
+    double point[] = {columns[0][i], columns[1][i]};
+    single(point);
+    columns[0][i] = point[0];
+    columns[1][i] = point[1];
+  }
+}
+
+/// ForwardBlock and InverseBlock of a class whose formulas have a kernel. Points that the kernel
+/// does not serve go through the class's single-point form, and all points of a host's class that
+/// has a form of its own.
 template <class Formulas>
 void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, double* l,
                      std::size_t count) {
-  RunKernel(ForwardOf<Formulas>{formulas}, {b, l}, count, [&](double(&point)[2]) {
+  const auto single = [&](double(&point)[2]) {
     if (!proj.ForwardPoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
-  });
+  };
+  if (HostReplaces(proj, &TGeoProj::ForwardPoint)) return RunSingly({b, l}, count, single);
+  RunKernel(ForwardOf<Formulas>{formulas}, {b, l}, count, single);
 }
 
 template <class Formulas>
 void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, double* e,
                      std::size_t count) {
-  RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, [&](double(&point)[2]) {
+  const auto single = [&](double(&point)[2]) {
     if (!proj.InversePoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
-  });
+  };
+  if (HostReplaces(proj, &TGeoProj::InversePoint)) return RunSingly({n, e}, count, single);
+  RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, single);
 }
 
 }  // namespace zel_cs::geomath
