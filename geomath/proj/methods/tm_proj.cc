@@ -1,5 +1,6 @@
 #include "geomath/proj/methods/tm_proj.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "geomath/base/angle.h"
@@ -10,7 +11,11 @@ namespace zel_cs::geomath {
 namespace {
 
 constexpr int kMaxFootpointCorrections = 10;
-constexpr double kMaxE2 = 0.0075;  // of an Earth ellipsoid
+
+// Where four corrections suffice.
+constexpr double kMaxE2 = 0.0075;       // of an Earth ellipsoid
+constexpr double kMaxNorthing = 2.1e7;  // metres
+constexpr double kMaxRadius = 1e10;     // metres; digits of a latitude still tell 0.01 mm of it
 
 // Functions for single points whose result a stop rule makes jump: the batch's own, so that both
 // stop at the same step.
@@ -81,10 +86,11 @@ void TTMProj::Prepare() {
 }
 
 // A correction shrinks the arc that is lacking to at most e² of it, and the first guess lacks at most
-// e² of the northing: within half a turn (e²)⁵·N is below 0.5 mm, and a correction below 0.03.
+// e² of the northing: (e²)⁵·N is below 0.5 mm, and within half a turn a correction below 0.03.
 double TTMProj::MaxNorthing() const {
+  const double radius = std::abs(ell_.a * k0_);
   const bool nearSphere = ell_.e2 >= 0 && ell_.e2 < kMaxE2, origin = std::abs(phi0_) < kPi;
-  return nearSphere && origin ? kPi * std::abs(ell_.a * k0_) : 0;
+  return nearSphere && origin && radius < kMaxRadius ? std::min(kPi * radius, kMaxNorthing) : 0;
 }
 
 bool TTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
@@ -92,15 +98,16 @@ bool TTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   return true;
 }
 
-// Corrects the footpoint until the rest of its arc is below the tolerance, however long that takes
-// within the limit. Points of the batch's domain are corrected as the batch does.
+// Corrects the footpoint until the rest of its arc is below the tolerance, or the limit is reached.
+// Points of the batch's domain are corrected as the batch does.
 bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   const TmFormulas& f = formulas_;
   const double northing = n - fNorth_;
   TmFormulas::Footpoint at;
   if (f.ServesInverse(n, e)) {
     at = f.FirstFootpoint<BatchMath>(northing);
-    while (!at.Settled()) at = f.Corrected(at, at.rest, northing);
+    for (int i = 0; i < kMaxFootpointCorrections && !at.Settled(); ++i)
+      at = f.Corrected(at, at.rest, northing);
   } else {
     at = f.FirstFootpoint<simd::Libm>(northing);
     for (int i = 0; i < kMaxFootpointCorrections && !at.Settled(); ++i)

@@ -97,6 +97,25 @@ TYPED_TEST(TransverseMercator, ReproducesPublishedGrids) {
   }
 }
 
+// Coordinates so large that a millimetre of arc is below their rounding never settle, as with a scale
+// given in parts per million; nor do they leave the accuracy of a latitude.
+TEST(TMProj, EndsTheFootpointAtAnySize) {
+  const TTMProj proj(kWgs84A, kWgs84InvF, 0, 1, 0, 0, 0);
+  for (const double size : {1e5, 3.2e5, 1e6, 1e9, 1e15})
+    for (const double latitude : {0.3, 0.9, 1.2}) {
+      double north = latitude, east = 0.01;
+      ASSERT_TRUE(proj.ForwardPoint(north, east));
+      const TTMProj large(kWgs84A, kWgs84InvF, 0, size, 0, 0, 0);
+      double b = size * north, l = size * east, batchB = b, batchL = l;
+      ASSERT_TRUE(large.InversePoint(b, l));
+      EXPECT_NEAR(b, latitude, 2e-10);  // 1 mm of the Earth's
+      EXPECT_NEAR(l, 0.01, 2e-10);
+      ASSERT_EQ(large.InverseBatch(&batchB, &batchL, 1), 1u);
+      EXPECT_NEAR(batchB, b, tolerance::kBatchRadians);
+      EXPECT_NEAR(batchL, l, tolerance::kBatchRadians);
+    }
+}
+
 TYPED_TEST(TransverseMercator, MapsItsOriginExactly) {
   TypeParam proj(kWgs84A, kWgs84InvF, 0.3, 0.9999, 0.7, 400000, -100000);
   double b = 0.7, l = 0.3;
