@@ -15,7 +15,9 @@ namespace zel_cs::geomath {
 /// Parameters: central meridian, scale on it, latitude of origin, false easting, false northing.
 /// Radians and metres. Both directions fail, arguments untouched, more than 0.8349968168864 scaled
 /// radii beside the central meridian: on an Earth ellipsoid beyond 43.0° of longitude at the
-/// equator and 51.9° at latitude 30°, nowhere above latitude 47°.
+/// equator and 51.9° at latitude 30°, nowhere above latitude 47°. Around the far poles, the ends of
+/// the equator 90° aside, where the series means nothing, the forward direction goes by the spherical
+/// part of that distance.
 ///
 /// Against an exact transverse Mercator: forward 1 µm within 20° of the central meridian, 0.01 mm
 /// within 35° and 0.08 mm at the limit, where the order n⁴ ends; inverse 4 µm everywhere. A round

@@ -35,7 +35,7 @@ void HotineProj::Prepare() {
 }
 
 bool HotineProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  return grid_.ForwardPoint(b, l, factors);
+  return IsLatitude(b) && grid_.ForwardPoint(b, l, factors);
 }
 
 bool HotineProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {

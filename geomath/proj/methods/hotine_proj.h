@@ -11,10 +11,11 @@ namespace zel_cs::geomath {
 ///
 /// Radians and metres; false coordinates belong to the natural origin, where the central line
 /// crosses the equator of the aposphere. The azimuth belongs in [−π/2, π/2]; at ±π/2 the natural
-/// origin lies π/2 (over B) west of the centre whatever the hemisphere. Never fails; the two ends of
-/// the cylinder give infinite coordinates, and within 7 cm of a pole the inverse gives the pole
-/// itself on the origin meridian. Longitudes of neither direction are folded. A round trip closes to
-/// 2e-15 rad away from the poles. Computes the point scale, never the convergence.
+/// origin lies π/2 (over B) west of the centre whatever the hemisphere. Latitudes beyond a pole fail,
+/// arguments untouched, and nothing else does; the two ends of the cylinder give infinite coordinates,
+/// and within 7 cm of a pole the inverse gives the pole itself on the origin meridian. Longitudes of
+/// neither direction are folded. A round trip closes to 2e-15 rad away from the poles. Computes the
+/// point scale, never the convergence.
 class GEOMATH_API HotineProj : public TGeoProj {
  public:
   /// Azimuth of the central line at the centre.

@@ -81,7 +81,7 @@ TMalaysia_CSProj::Chains TMalaysia_CSProj::FromCassini(Chains cassini) const {
 
 bool TMalaysia_CSProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double n = b, e = l;
-  malayan_.ForwardPoint(n, e);
+  if (!malayan_.ForwardPoint(n, e)) return false;
   const Chains offset{e / kChain - originE_, n / kChain - originN_};
 
   Chains cassini = offset;

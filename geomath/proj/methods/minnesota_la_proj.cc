@@ -38,7 +38,7 @@ LambertFormulas TMinnesota_LAProj::Formulas() const {
 }
 
 bool TMinnesota_LAProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  if (std::abs(b) == kHalfPi) return false;
+  if (!(std::abs(b) < kHalfPi)) return false;
   const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
   if (factors) factors->scale = cone_.Scale(at.rho, sinPhi, cosPhi);
   return true;

@@ -15,7 +15,7 @@ namespace zel_cs::geomath {
 /// elevation shift, oblique angle (unused), geoid height. Radians and metres. A scale that is not
 /// positive counts as 1, a design axis that is not positive as the ellipsoid's own.
 ///
-/// ForwardPoint fails for a latitude of exactly ±π/2 and nowhere else; the inverse never fails, its
+/// ForwardPoint fails for latitudes of ±π/2 and beyond; the inverse never fails, its
 /// longitudes are within π/n of the origin's. Computes the point scale (of the working ellipsoid),
 /// not the convergence.
 class GEOMATH_API TMinnesota_LAProj : public CountyProj {

@@ -35,7 +35,7 @@ void TMinnesota_OMProj::Prepare() {
 }
 
 bool TMinnesota_OMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  return grid_.ForwardPoint(b, l, factors);
+  return IsLatitude(b) && grid_.ForwardPoint(b, l, factors);
 }
 
 bool TMinnesota_OMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {

@@ -14,7 +14,7 @@ namespace zel_cs::geomath {
 /// says how axes and heights make the working ellipsoid. On the sphere with all angles 0 it is a
 /// transverse Mercator.
 ///
-/// Domain, failure (none), accuracy and the stored point scale as in HotineProj.
+/// Domain, failure (latitudes beyond a pole), accuracy and the stored point scale as in HotineProj.
 class GEOMATH_API TMinnesota_OMProj : public CountyProj {
  public:
   /// WGS84 and CountyParams::NotSetUp.

@@ -32,7 +32,7 @@ void TOMercatorProj::SetParam(double value, int index, unsigned int unit) {
 
 bool TOMercatorProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const Hotine& hotine = grid_.Projection();
-  if (l != hotine.lambda0) return HotineProj::ProjectPoint(b, l, factors);
+  if (l != hotine.lambda0) return grid_.ForwardPoint(b, l, factors);
 
   const Hotine::Projected at = hotine.Project<simd::Libm>(b, l);
   if (factors) factors->scale = hotine.CylinderScale(at.sinPhi, at.cosPhi);

@@ -12,7 +12,8 @@ namespace zel_cs::geomath {
 /// cylinder and are turned by the azimuth itself.
 ///
 /// Parameters: azimuth of the central line at the centre, scale on it, centre longitude and
-/// latitude, false easting and northing at the natural origin. Everything else as in HotineProj.
+/// latitude, false easting and northing at the natural origin. Never fails: latitudes beyond a pole
+/// give results that are not finite. Everything else as in HotineProj.
 class GEOMATH_API TOMercatorProj : public HotineProj {
  public:
   /// WGS84, all parameters 0, scale 1.

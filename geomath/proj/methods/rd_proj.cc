@@ -3,6 +3,8 @@
 #include <cstddef>
 #include <iterator>
 
+#include "geomath/proj/methods/math/latitude.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -25,6 +27,10 @@ TRDProj::TRDProj(double a, double invF, double lat0, double lon0, double fEast, 
 
 double TRDProj::GetParam(int index, unsigned int unit) const {
   return TDoubleSter::GetParam(Slot(index), unit);
+}
+
+bool TRDProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
+  return IsLatitude(b) && TDoubleSter::ProjectPoint(b, l, factors);
 }
 
 void TRDProj::SetParam(double value, int index, unsigned int unit) {

@@ -8,8 +8,8 @@ namespace zel_cs::geomath {
 /// 9809) with the grid's scale of 0.9999079 at the origin built in. The grid itself is the Bessel
 /// 1841 ellipsoid, origin 52°09′22.178″ N 5°23′15.500″ E, false origin 155000, 463000.
 ///
-/// Parameters: latitude and longitude of origin, false easting, false northing. In everything but
-/// kind and parameters it is TDoubleSter.
+/// Parameters: latitude and longitude of origin, false easting, false northing. A latitude beyond a
+/// pole fails; in everything else but kind and parameters it is TDoubleSter.
 class GEOMATH_API TRDProj : public TDoubleSter {
  public:
   /// WGS84, all parameters 0.
@@ -19,6 +19,9 @@ class GEOMATH_API TRDProj : public TDoubleSter {
 
   double GetParam(int index, unsigned int unit) const override;
   void SetParam(double value, int index, unsigned int unit) override;
+
+ protected:
+  bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
 };
 
 }  // namespace zel_cs::geomath

@@ -14,7 +14,7 @@ TRDTransProj::TRDTransProj(double a, double invF, double lat0, double lon0, doub
     : TDoubleSter(ProjTypeRDTrans, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
 bool TRDTransProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  if (!TDoubleSter::ProjectPoint(b, l, factors)) return false;
+  if (!IsLatitude(b) || !TDoubleSter::ProjectPoint(b, l, factors)) return false;
   if (!correction_) return true;
   double dn = 0, de = 0;
   correction_(b, l, dn, de);

@@ -9,7 +9,8 @@ namespace zel_cs::geomath {
 /// 0.25 m, comes from a published grid of data that a host may hold.
 ///
 /// Chosen: the correction is a plain function of the uncorrected pair, held per object; without one
-/// the class is TDoubleSter. Scale and convergence are those of the projection.
+/// the class is TDoubleSter, but that a latitude beyond a pole fails. Scale and convergence are those
+/// of the projection.
 class GEOMATH_API TRDTransProj : public TDoubleSter {
  public:
   /// Writes the correction, metres, at the uncorrected northing and easting. It must not throw,

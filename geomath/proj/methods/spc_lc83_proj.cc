@@ -78,7 +78,7 @@ LambertFormulas TSPC_LC83Proj::Formulas() const {
 }
 
 bool TSPC_LC83Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  if (std::abs(b) == kHalfPi) return false;
+  if (!(std::abs(b) < kHalfPi)) return false;
   const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
   if (factors) *factors = {cone_.Scale(at.rho, sinPhi, cosPhi), at.theta};
   return true;

@@ -14,7 +14,7 @@ namespace zel_cs::geomath {
 ///
 /// Parameters: southern and northern standard parallel, longitude and latitude of the grid origin,
 /// false easting, northing of the grid origin, zone number (only stored). Radians and metres.
-/// ForwardPoint fails for a latitude of exactly ±π/2 and nowhere else; the inverse never fails, its
+/// ForwardPoint fails for latitudes of ±π/2 and beyond; the inverse never fails, its
 /// longitudes are within π/n of the origin's. Parallels that are both the equator, or symmetric
 /// about it, give results that are not finite.
 ///

@@ -62,6 +62,7 @@ double TSwissProj::PointScale(double phi, const SwissFormulas::Position& at) con
 }
 
 bool TSwissProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
+  if (!IsLatitude(b)) return false;
   const double phi = b;
   double n = b, e = l;
   const SwissFormulas::Position at = ForwardOne(formulas_, n, e);

@@ -16,8 +16,8 @@ namespace zel_cs::geomath {
 /// Parameters: longitude and latitude of the central point (in this order), easting and northing
 /// there. Radians and metres; the scale along the great circle is 1. Defined everywhere but at the
 /// two ends of the cylinder, a quarter turn from the central point along its meridian, where the
-/// forward direction fails and leaves the pair as it was; the inverse never fails. A round trip
-/// closes to 1e-15 rad. Longitude differences are folded forward; those of the inverse are not.
+/// forward direction fails, as it does beyond the poles, and leaves the pair as it was; the inverse
+/// never fails. A round trip closes to 1e-15 rad. Longitude differences are folded forward; those of the inverse are not.
 ///
 /// Computes the point scale, never the convergence.
 class GEOMATH_API TSwissProj : public TGeoProj {

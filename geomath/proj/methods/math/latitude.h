@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
@@ -19,6 +20,9 @@ double IsometricLatitude(double phi, double e);
 /// one changes the latitude by less than 1e-14, at most 50. Each step shrinks the error at least
 /// 140-fold on an Earth ellipsoid.
 double LatitudeFromIsometric(double psi, double e);
+
+/// Whether a latitude is a number from pole to pole.
+inline bool IsLatitude(double phi) { return std::abs(phi) <= kHalfPi; }
 
 /// Sine and cosine of one angle.
 struct SinCos {
