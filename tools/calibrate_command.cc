@@ -13,7 +13,7 @@
 #include "files/system/system_file.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
 
 namespace geomath_tools {
 namespace {

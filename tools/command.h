@@ -6,13 +6,6 @@
 
 namespace geomath_tools {
 
-/// Exit status of the program.
-enum ExitStatus {
-  kExitDone = 0,
-  kExitSomeFailed = 1,  ///< the work is done, but some rows could not be converted
-  kExitStopped = 2,     ///< wrong usage or input: the work was not done, or not to its end
-};
-
 /// A subcommand: `prepare` adds its options to the parser and returns what runs it, called after
 /// the arguments are parsed. The function may throw UserError.
 struct Command {

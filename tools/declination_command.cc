@@ -3,7 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <optional>
@@ -12,14 +12,13 @@
 
 #include "files/models/magnetic_file.h"
 #include "files/models/raster_grid.h"
-#include "files/points/point_columns.h"
 #include "files/points/point_sink.h"
-#include "files/points/point_source.h"
 #include "files/words/number_text.h"
 #include "files/words/user_error.h"
 #include "geomath/magnetic/magnetic_field.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
 #include "tools/progress.h"
+#include "tools/row_loop.h"
 
 using namespace zel_cs::geomath;
 
@@ -29,9 +28,7 @@ namespace {
 struct DeclinationOptions {
   std::string model, date;
   std::vector<std::string> point;  // latitude, longitude, height as typed
-  std::string points, output, layer;
-  std::vector<std::string> columns;
-  std::optional<double> fixedHeight;
+  PointOptions points;
   std::vector<double> grid;  // south, west, north, east, step
 };
 
@@ -107,55 +104,30 @@ int RunPoint(const DeclinationOptions& options) {
   return kExitDone;
 }
 
-const ResultStyle kFileResults = {{"declination", "inclination", "total_nt"}, {6, 6, 2}};
-
-// Adds the field to every row; returns how many rows have none.
-long long AddFields(const MagneticField& field, PointSource& source, const PointColumns& columns,
-                    PointSink& sink) {
-  Progress progress("rows");
-  long long rows = 0, failures = 0;
-  for (Record record; source.Next(record);) {
-    if (record.IsBlank()) {
-      sink.Write(record, {});
-      continue;
-    }
-    std::array<double, 3> point{};
-    std::string problem = source.Problem(record);
-    if (problem.empty()) problem = columns.Read(record, point);
-    Converted converted;
-    if (problem.empty()) {
-      const auto at = field.At(point[0], point[1], point[2] * kKilometre).field;
-      converted = {true, {at.declination, at.inclination, at.f}, point[1], point[0], point[2]};
-    } else {
-      ++failures;
-      progress.Print(
-          fmt::format("{}, {}: no field: {}", source.Name(), source.Place(record), problem));
-    }
-    sink.Write(record, converted);
-    progress.Update(++rows, source.Done());
-  }
-  return failures;
-}
-
 int RunFile(const DeclinationOptions& options) {
-  if (options.columns.size() == 3 && options.fixedHeight)
-    throw UserError("--fixed-height: --columns names a height column too; give one of them");
   const MagneticField field = FieldOf(options);
-  const auto source = OpenPoints(options.points, options.layer);
-  RefuseSameFile(options.points, options.output);
-  RefuseTakenNames(*source, kFileResults);
-  const PointColumns columns(*source, CoordinateKind::geographic,
-                             {options.columns, options.fixedHeight});
-  const auto sink = CreatePoints(options.output, *source, kFileResults);
-  long long failures = 0;
-  try {
-    failures = AddFields(field, *source, columns, *sink);
-  } catch (const UserError&) {
-    sink->Close();  // the rows before the trouble are kept
-    throw;
-  }
-  sink->Close();
-  return failures == 0 ? kExitDone : kExitSomeFailed;
+  RowJob job;
+  job.names = {"declination", "inclination", "total_nt"};
+  job.decimals = {6, 6, 2};
+  job.failure = "no field";
+  job.failures = "have no field";
+  job.work = [&field, points = std::vector<MagneticPoint>()](RowBlock& rows) mutable {
+    points.resize(rows.count);
+    auto& [declination, inclination, total] = rows.result;
+    std::transform(rows.given[2].begin(), rows.given[2].end(), total.begin(),
+                   [](double metres) { return metres * kKilometre; });
+    field.AtBatch(rows.given[0].data(), rows.given[1].data(), total.data(), rows.count,
+                  points.data());
+    for (std::size_t i = 0; i < rows.count; ++i) {
+      const MagneticElements& at = points[i].field;
+      declination[i] = at.declination;
+      inclination[i] = at.inclination;
+      total[i] = at.f;
+      if (rows.problems[i].empty() && !std::isfinite(at.f))
+        rows.problems[i] = "the model has no number at this point";
+    }
+  };
+  return RunRows(options.points, job);
 }
 
 NodeGrid GridOf(const std::vector<double>& g) {
@@ -184,13 +156,13 @@ constexpr Band kBands[] = {
 
 int RunGrid(const DeclinationOptions& options) {
   const NodeGrid grid = GridOf(options.grid);
-  if (options.output.empty() || options.output == "-")
+  if (options.points.output.empty() || options.points.output == "-")
     throw UserError("--grid: name the GeoTIFF to write with --output FILE.tif");
-  const double height = options.fixedHeight.value_or(0) * kKilometre;
+  const double height = options.points.fixedHeight.value_or(0) * kKilometre;
   const MagneticField field = FieldOf(options);
   std::vector<const char*> descriptions;
   for (const Band& band : kBands) descriptions.push_back(band.description);
-  RasterGrid raster(options.output, grid, descriptions);
+  RasterGrid raster(options.points.output, grid, descriptions);
 
   const auto width = static_cast<std::size_t>(grid.columns);
   std::vector<double> longitudes(width), line(width);
@@ -213,13 +185,14 @@ int RunGrid(const DeclinationOptions& options) {
 }
 
 int RunDeclination(const DeclinationOptions& options) {
-  const int tasks = !options.point.empty() + !options.points.empty() + !options.grid.empty();
+  const int tasks = !options.point.empty() + !options.points.input.empty() + !options.grid.empty();
   if (tasks != 1 || options.point.size() == 1)
     throw UserError("give a point as LAT LON [HEIGHT], or --points FILE, or --grid: one of them");
-  RefuseSameFile(options.model, options.output);
+  RefuseSameFile(options.model, options.points.output);
   if (!options.grid.empty()) return RunGrid(options);
-  if (options.points.empty()) return RunPoint(options);
-  if (options.output.empty()) throw UserError("--points: name the output with --output FILE");
+  if (options.points.input.empty()) return RunPoint(options);
+  if (options.points.output.empty())
+    throw UserError("--points: name the output with --output FILE");
   return RunFile(options);
 }
 
@@ -237,28 +210,27 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
       "Exit status: 0 all done, 1 some rows not, 2 stopped.");
   arguments.add_option("--model", options->model, "coefficient file of a magnetic model (.COF)");
   arguments.add_option("--date", options->date, "date as YYYY-MM-DD")->required();
-  arguments
-      .add_option("POINT", options->point,
-                  "LAT LON [HEIGHT]: decimal degrees or degrees minutes seconds (in quotes), "
-                  "metres")
-      ->expected(0, 3);
+  CLI::Option* point =
+      arguments
+          .add_option("POINT", options->point,
+                      "LAT LON [HEIGHT]: decimal degrees or degrees minutes seconds (in quotes), "
+                      "metres")
+          ->expected(0, 3);
   arguments.add_option(
-      "--points", options->points,
+      "--points", options->points.input,
       "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");
-  arguments.add_option("-o,--output", options->output,
+  arguments.add_option("-o,--output", options->points.output,
                        "output for --points (.csv, .geojson, .gpkg, .shp, - for CSV on standard "
                        "output) or --grid (.tif), replaced if it exists");
-  arguments
-      .add_option("--columns", options->columns, "names of the input columns, default lat,lon,h")
-      ->delimiter(',')
-      ->expected(2, 3);
-  arguments.add_option("--fixed-height", options->fixedHeight,
-                       "height of all points of a file or grid, metres");
-  arguments
-      .add_option("--grid", options->grid, "SOUTH,WEST,NORTH,EAST,STEP in degrees, nodes included")
-      ->delimiter(',')
-      ->expected(5);
-  arguments.add_option("--layer", options->layer, "layer of the input, when it has several");
+  AddPointOptions(arguments, options->points, "lat,lon,h");
+  CLI::Option* grid = arguments
+                          .add_option("--grid", options->grid,
+                                      "SOUTH,WEST,NORTH,EAST,STEP in degrees, nodes included")
+                          ->delimiter(',')
+                          ->expected(5);
+  for (const char* ofFiles : {"--output", "--columns", "--results", "--fixed-height", "--layer"})
+    point->excludes(ofFiles);
+  for (const char* ofPoints : {"--columns", "--results", "--layer"}) grid->excludes(ofPoints);
   return [options] { return RunDeclination(*options); };
 }
 

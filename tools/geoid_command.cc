@@ -3,25 +3,23 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstdio>
 #include <memory>
-#include <optional>
 #include <string>
 #include <vector>
 
 #include "files/models/geoid_file.h"
 #include "files/models/raster_grid.h"
-#include "files/points/point_columns.h"
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/geoid/geoid_status.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
 #include "tools/progress.h"
+#include "tools/row_loop.h"
 
 using namespace zel_cs::geomath;
 
@@ -30,61 +28,35 @@ namespace {
 
 struct GeoidOptions {
   GeoidChoice choice;
-  std::string points, output, layer;
-  std::vector<std::string> columns;
-  std::optional<double> fixedHeight;
+  PointOptions points;
   std::vector<double> extent;  // south, west, north, east, degrees
   double step = 0;             // degrees
 };
 
-const ResultStyle kResults = {{"geoid", "h_ellipsoid", "h_geoid"}, {4, 4, 4}};
-
-// Adds the heights to every row; returns how many rows have none.
-long long AddHeights(const GeoidHeight& geoid, PointSource& source, const PointColumns& columns,
-                     PointSink& sink) {
-  Progress progress("rows");
-  long long rows = 0, failures = 0;
-  for (Record record; source.Next(record);) {
-    if (record.IsBlank()) {
-      sink.Write(record, {});
-      continue;
-    }
-    std::array<double, 3> point{};
-    std::string problem = source.Problem(record);
-    if (problem.empty()) problem = columns.Read(record, point);
-    double N = 0;
-    if (problem.empty() && !geoid.Height(point[0] * kRadPerDeg, point[1] * kRadPerDeg, N))
-      problem = "the geoid has no height at this point";
-    Converted converted;
-    if (problem.empty()) {
-      converted = {true, {N, point[2], point[2] - N}, point[1], point[0], point[2]};
-    } else {
-      ++failures;
-      progress.Print(
-          fmt::format("{}, {}: no geoid height: {}", source.Name(), source.Place(record), problem));
-    }
-    sink.Write(record, converted);
-    progress.Update(++rows, source.Done());
-  }
-  return failures;
-}
-
 int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
-  const auto source = OpenPoints(options.points, options.layer);
-  RefuseSameFile(options.points, options.output);
-  RefuseTakenNames(*source, kResults);
-  const PointColumns columns(*source, CoordinateKind::geographic,
-                             {options.columns, options.fixedHeight});
-  const auto sink = CreatePoints(options.output, *source, kResults);
-  long long failures = 0;
-  try {
-    failures = AddHeights(geoid, *source, columns, *sink);
-  } catch (const UserError&) {
-    sink->Close();  // the rows before the trouble are kept
-    throw;
-  }
-  sink->Close();
-  return failures == 0 ? kExitDone : kExitSomeFailed;
+  RowJob job;
+  job.names = {"geoid", "h_ellipsoid", "h_geoid"};
+  job.decimals = {4, 4, 4};
+  job.failure = "no geoid height";
+  job.failures = "have no geoid height";
+  job.work = [&geoid, b = std::vector<double>(),
+              l = std::vector<double>()](RowBlock& rows) mutable {
+    b.resize(rows.count);
+    l.resize(rows.count);
+    for (std::size_t i = 0; i < rows.count; ++i) {
+      b[i] = rows.given[0][i] * kRadPerDeg;
+      l[i] = rows.given[1][i] * kRadPerDeg;
+    }
+    auto& [N, ellipsoidal, orthometric] = rows.result;
+    geoid.Heights(b.data(), l.data(), N.data(), rows.count);
+    for (std::size_t i = 0; i < rows.count; ++i) {
+      ellipsoidal[i] = rows.given[2][i];
+      orthometric[i] = ellipsoidal[i] - N[i];
+      if (rows.problems[i].empty() && std::isnan(N[i]))
+        rows.problems[i] = "the geoid has no height at this point";
+    }
+  };
+  return RunRows(options.points, job);
 }
 
 NodeGrid GridOf(const GeoidOptions& options) {
@@ -168,10 +140,10 @@ class TiffGrid : public GridSink {
 int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
   const NodeGrid grid = GridOf(options);
   std::unique_ptr<GridSink> sink;
-  if (IsCsvName(options.output))
-    sink = std::make_unique<CsvGrid>(options.output, grid);
+  if (IsCsvName(options.points.output))
+    sink = std::make_unique<CsvGrid>(options.points.output, grid);
   else
-    sink = std::make_unique<TiffGrid>(options.output, grid);
+    sink = std::make_unique<TiffGrid>(options.points.output, grid);
 
   const auto width = static_cast<std::size_t>(grid.columns);
   std::vector<double> b(width), l(width), heights(width);
@@ -193,12 +165,12 @@ int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
 
 int RunGeoid(const GeoidOptions& options) {
   const bool asGrid = !options.extent.empty();
-  if (asGrid == !options.points.empty())
+  if (asGrid == !options.points.input.empty())
     throw UserError("give a file of points, or --extent with --step: one of them");
-  if (options.output.empty()) throw UserError("name the output with --output FILE");
+  if (options.points.output.empty()) throw UserError("name the output with --output FILE");
   for (const std::string* input :
        {&options.choice.grid, &options.choice.model, &options.choice.correction})
-    RefuseSameFile(*input, options.output);
+    RefuseSameFile(*input, options.points.output);
   const auto geoid = OpenGeoid(options.choice);
   if (!geoid->warning.empty())
     std::fprintf(stderr, "geomath: warning: %s\n", geoid->warning.c_str());
@@ -230,26 +202,23 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
   arguments.add_flag("--subtract-normal-field", choice.subtractNormalField,
                      "take the even zonal terms of WGS84 from the coefficients");
   arguments.add_option(
-      "POINTS", options->points,
+      "POINTS", options->points.input,
       "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");
-  arguments.add_option("-o,--output", options->output,
+  arguments.add_option("-o,--output", options->points.output,
                        "output for POINTS (.csv, .geojson, .gpkg, .shp) or --extent (.tif, .csv), "
                        "replaced if it exists; - for CSV on standard output");
   CLI::Option* step =
       arguments.add_option("--step", options->step, "distance of the nodes, degrees");
-  arguments
-      .add_option("--extent", options->extent,
-                  "SOUTH,WEST,NORTH,EAST of a grid to write, degrees, nodes included")
-      ->delimiter(',')
-      ->expected(4)
-      ->needs(step);
-  arguments
-      .add_option("--columns", options->columns, "names of the input columns, default lat,lon,h")
-      ->delimiter(',')
-      ->expected(2, 3);
-  arguments.add_option("--fixed-height", options->fixedHeight,
-                       "height of all points, metres, instead of a height column");
-  arguments.add_option("--layer", options->layer, "layer of the input, when it has several");
+  CLI::Option* extent =
+      arguments
+          .add_option("--extent", options->extent,
+                      "SOUTH,WEST,NORTH,EAST of a grid to write, degrees, nodes included")
+          ->delimiter(',')
+          ->expected(4)
+          ->needs(step);
+  AddPointOptions(arguments, options->points, "lat,lon,h");
+  for (const char* ofPoints : {"--columns", "--results", "--fixed-height", "--layer"})
+    extent->excludes(ofPoints);
   return [options] { return RunGeoid(*options); };
 }
 

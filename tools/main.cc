@@ -6,6 +6,7 @@
 
 #include "files/words/user_error.h"
 #include "tools/command.h"
+#include "tools/exit_status.h"
 
 using namespace geomath_tools;
 

@@ -11,7 +11,7 @@
 #include "files/system/projection_names.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
 
 namespace geomath_tools {
 namespace {

@@ -12,7 +12,7 @@
 #include "files/words/number_text.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
-#include "tools/command.h"
+#include "tools/exit_status.h"
 
 namespace geomath_tools {
 namespace {

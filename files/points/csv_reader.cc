@@ -61,7 +61,8 @@ CsvReader::CsvReader(std::FILE* file, std::string name)
 
 bool CsvReader::Fill() {
   at_ = 0;
-  size_ = std::fread(buffer_.data(), 1, buffer_.size(), file_);
+  // What was read before an error is served first; reading on could wait for ever.
+  size_ = std::ferror(file_) ? 0 : std::fread(buffer_.data(), 1, buffer_.size(), file_);
   if (size_ == 0 && std::ferror(file_))
     throw UserError(
         fmt::format("{}: reading failed at line {}: {}", name_, nextLine_, std::strerror(errno)));

@@ -33,6 +33,12 @@ std::size_t EditDistance(std::string_view a, std::string_view b) {
 
 }  // namespace
 
+std::string LowerCase(std::string_view text) {
+  std::string lower(text);
+  for (char& c : lower) c = Lower(c);
+  return lower;
+}
+
 std::string FoldName(std::string_view name) {
   std::string folded;
   for (const char c : name) {

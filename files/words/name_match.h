@@ -6,6 +6,9 @@
 
 namespace geomath_tools {
 
+/// The text with the letters A to Z in lower case.
+std::string LowerCase(std::string_view text);
+
 /// The text in lower case without spaces, underscores and hyphens: "Central Meridian",
 /// "central_meridian" and "CentralMeridian" are one name.
 std::string FoldName(std::string_view name);

@@ -90,7 +90,6 @@ TEST_F(Declination, PointsOfAFile) {
   EXPECT_EQ(lines[2], "b,north,0,1,,,");
   EXPECT_NEAR(Printed(lines[3], "240,0,"), 70.04, 0.005);
   EXPECT_EQ(Run("--date 2012-07-02 --points in.csv -o in.csv").status, 2);
-  EXPECT_EQ(Run("--date 2012-07-02 --points out.csv -o again.csv").status, 2);  // names are taken
 }
 
 TEST_F(Declination, Raster) {

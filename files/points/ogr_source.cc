@@ -1,0 +1,88 @@
+#include "files/points/ogr_source.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+
+#include "files/gdal/ogr.h"
+#include "files/words/name_match.h"
+#include "files/words/text_file.h"
+#include "files/words/user_error.h"
+
+namespace geomath_tools {
+namespace {
+
+class OgrSource : public PointSource {
+ public:
+  OgrSource(const std::string& path, const std::string& layer) {
+    name_ = path;
+    static_cast<void>(OpenInput(path));  // says plainly why a file cannot be read
+    PrepareOgr();
+    dataset_.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    if (!dataset_)
+      throw UserError(
+          fmt::format("{}: is no point file that is known here (CSV, GeoJSON, "
+                      "GeoPackage, Shapefile or another format of GDAL){}",
+                      path, OgrComplaint()));
+    layer_ = ChooseLayer(layer);
+    OGRFeatureDefn* definition = layer_->GetLayerDefn();
+    for (int i = 0; i < definition->GetFieldCount(); ++i) {
+      const OGRFieldDefn* field = definition->GetFieldDefn(i);
+      columns_.push_back({field->GetNameRef(), field->GetType()});
+    }
+    hasGeometry_ = definition->GetGeomFieldCount() > 0;
+    count_ = static_cast<double>(layer_->GetFeatureCount(FALSE));
+    layer_->ResetReading();
+  }
+
+  bool Next(Record& record) override {
+    CPLErrorReset();
+    record.feature.reset(layer_->GetNextFeature());
+    if (record.feature) {
+      ++read_;
+      return true;
+    }
+    if (CPLGetLastErrorType() == CE_Failure)
+      throw UserError(
+          fmt::format("{}: reading failed after {} features{}", name_, read_, OgrComplaint()));
+    return false;
+  }
+
+  std::string Place(const Record& record) const override {
+    return fmt::format("feature {}", record.feature->GetFID());
+  }
+
+  double Done() const override {
+    return count_ > 0 ? std::min(1.0, static_cast<double>(read_) / count_) : -1;
+  }
+
+ private:
+  OGRLayer* ChooseLayer(const std::string& wanted) {
+    std::vector<std::string> names;
+    for (OGRLayer* layer : dataset_->GetLayers()) {
+      names.emplace_back(layer->GetName());
+      if (names.back() == wanted) return layer;
+    }
+    if (names.empty()) throw UserError(name_ + ": holds no layer");
+    if (!wanted.empty())
+      throw UserError(
+          fmt::format("{}: no layer \"{}\"; {}", name_, wanted, SuggestName(wanted, names)));
+    if (names.size() > 1)
+      throw UserError(fmt::format("{}: holds several layers; choose one with --layer ({})", name_,
+                                  ListNames(names)));
+    return dataset_->GetLayer(0);
+  }
+
+  GDALDatasetUniquePtr dataset_;
+  OGRLayer* layer_ = nullptr;
+  long long read_ = 0;
+  double count_ = 0;
+};
+
+}  // namespace
+
+std::unique_ptr<PointSource> OpenFeatures(const std::string& path, const std::string& layer) {
+  return std::make_unique<OgrSource>(path, layer);
+}
+
+}  // namespace geomath_tools

@@ -1,0 +1,55 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <array>
+#include <cstddef>
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "files/points/point_columns.h"
+
+namespace geomath_tools {
+
+/// What the user says of a file of points and its output, in every command that takes one.
+struct PointOptions {
+  std::string input, output, layer;
+  std::string columns, results;  // as given: names separated by commas
+  std::optional<double> fixedHeight;
+};
+
+/// Adds --columns, --results, --fixed-height and --layer. `defaults` names the usual columns.
+void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults);
+
+/// Rows in hand: what was read, and what the command makes of it.
+struct RowBlock {
+  std::size_t count = 0;
+  /// Latitude, longitude (degrees) or northing, easting; height. 0 where a row is unreadable.
+  std::array<std::vector<double>, 3> given;
+  std::array<std::vector<double>, 3> result;
+  /// Why a row has no result; empty where it has one. What was unreadable has its reason already.
+  std::vector<std::string> problems;
+};
+
+/// What a command does with the rows of a point file.
+struct RowJob {
+  CoordinateKind given = CoordinateKind::geographic;
+  std::array<std::string, 3> names;  ///< of the results
+  std::array<int, 3> decimals;       ///< of the results as text
+  /// The points of the output stand where the results say, which are y, x, z; else where they stood.
+  bool placedByResult = false;
+  const char* failure;   ///< of a row, before the reason: "not converted"
+  const char* failures;  ///< of many: "could not be converted"
+  /// Fills `result` for the rows without a problem, or gives them one.
+  std::function<void(RowBlock&)> work;
+};
+
+/// Reads the input in blocks, lets the job work on each and writes every row with all its columns
+/// and the results, which are renamed together (n_2, e_2, h_local_2) where the input has one of
+/// their names. Reports bad rows and progress on standard error. An interrupt, or input that breaks
+/// off, ends the work after the rows in hand, which are written. Returns the exit status; throws
+/// UserError for what stops the work.
+int RunRows(const PointOptions& options, const RowJob& job);
+
+}  // namespace geomath_tools
