@@ -4,13 +4,14 @@
 #include <filesystem>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "files/exchange/proj_pipeline.h"
-#include "files/points/point_sink.h"
 #include "files/site/calibration.h"
 #include "files/site/calibration_report.h"
 #include "files/site/control_file.h"
 #include "files/system/system_file.h"
+#include "files/words/output_file.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
@@ -24,21 +25,21 @@ struct CalibrateOptions {
 };
 
 int Calibrate(const CalibrateOptions& options) {
-  for (const std::string& written : {options.output, options.report}) {
-    if (written.empty()) continue;
-    RefuseSameFile(options.control, written);
-    RefuseSameFile(options.system, written);
-  }
   const std::string text = ReadSystemText(options.system);
   const auto system = ParseSystem(text, options.system, ProjectionNeed::optional);
+  std::vector<std::string> inputs = system->Files();
+  inputs.insert(inputs.end(), {options.control, options.system});
+  RefuseOverwriting(inputs, {options.output, options.report});
   const Calibration calibration(*system, ReadControl(options.control, options.layer),
                                 {options.fixedScale, options.placement == "first"});
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
-  WriteTextFile(options.output, calibration.SystemText(text, options.system, options.output));
+  std::vector<NamedText> files = {
+      {options.output, calibration.SystemText(text, options.system, options.output)}};
   if (!options.report.empty()) {
     const std::string name = std::filesystem::path(options.control).filename().string();
-    WriteTextFile(options.report, CalibrationPage(calibration, "Site calibration: " + name));
+    files.push_back({options.report, CalibrationPage(calibration, "Site calibration: " + name)});
   }
+  WriteTextFiles(files);
   std::fputs((CalibrationText(calibration) + pipeline).c_str(), stdout);
   return kExitDone;
 }

@@ -91,6 +91,8 @@ int Convert(const ConvertOptions& options) {
     job.decimals = {metres, metres, metres};
   }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
+  job.files = system->Files();
+  job.files.push_back(options.system);
   job.work = Conversion(*system, options.inverse);
   return RunRows(options.points, job);
 }

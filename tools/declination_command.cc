@@ -12,11 +12,12 @@
 
 #include "files/models/magnetic_file.h"
 #include "files/models/raster_grid.h"
-#include "files/points/point_sink.h"
 #include "files/words/number_text.h"
+#include "files/words/output_file.h"
 #include "files/words/user_error.h"
 #include "geomath/magnetic/magnetic_field.h"
 #include "tools/exit_status.h"
+#include "tools/interrupt.h"
 #include "tools/progress.h"
 #include "tools/row_loop.h"
 
@@ -169,6 +170,7 @@ int RunGrid(const DeclinationOptions& options) {
   std::vector<MagneticPoint> results(width);
   for (int c = 0; c < grid.columns; ++c)
     longitudes[static_cast<std::size_t>(c)] = grid.Longitude(c);
+  CatchInterrupts();
   Progress progress("rows");
   for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
     field.AtRow(grid.Latitude(row), height, longitudes.data(), width, results.data());
@@ -179,6 +181,7 @@ int RunGrid(const DeclinationOptions& options) {
       raster.Write(index++, row, line);
     }
     progress.Update(done, 1.0 * done / grid.rows);
+    StopIfInterrupted(options.points.output);
   }
   raster.Close();
   return kExitDone;
@@ -188,7 +191,7 @@ int RunDeclination(const DeclinationOptions& options) {
   const int tasks = !options.point.empty() + !options.points.input.empty() + !options.grid.empty();
   if (tasks != 1 || options.point.size() == 1)
     throw UserError("give a point as LAT LON [HEIGHT], or --points FILE, or --grid: one of them");
-  RefuseSameFile(options.model, options.points.output);
+  RefuseOverwriting({options.model}, {options.points.output});
   if (!options.grid.empty()) return RunGrid(options);
   if (options.points.input.empty()) return RunPoint(options);
   if (options.points.output.empty())

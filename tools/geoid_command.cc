@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,10 +15,13 @@
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
 #include "files/words/name_match.h"
+#include "files/words/output_file.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/geoid/geoid_status.h"
 #include "tools/exit_status.h"
+#include "tools/interrupt.h"
 #include "tools/progress.h"
 #include "tools/row_loop.h"
 
@@ -82,38 +86,28 @@ class GridSink {
 // Lines "lat,lon,geoid"; the height is empty where there is none.
 class CsvGrid : public GridSink {
  public:
-  CsvGrid(const std::string& path, const NodeGrid& grid)
-      : path_(path), grid_(grid), file_(path == "-" ? stdout : std::fopen(path.c_str(), "wb")) {
-    if (!file_) throw UserError(path + ": cannot be written");
-    fmt::print(file_.get(), "lat,lon,geoid\n");
+  CsvGrid(const std::string& path, const NodeGrid& grid) : file_(path), grid_(grid) {
+    file_.Write("lat,lon,geoid\n");
   }
 
   void Write(int row, const std::vector<double>& heights) override {
+    text_.clear();
     for (int c = 0; c < grid_.columns; ++c) {
       const double height = heights[static_cast<std::size_t>(c)];
-      fmt::print(file_.get(), "{:.10g},{:.10g},", grid_.Latitude(row), grid_.Longitude(c));
-      if (std::isnan(height))
-        fmt::print(file_.get(), "\n");
-      else
-        fmt::print(file_.get(), "{:.4f}\n", height);
+      const auto end = std::back_inserter(text_);
+      fmt::format_to(end, "{:.10g},{:.10g},", grid_.Latitude(row), grid_.Longitude(c));
+      if (!std::isnan(height)) fmt::format_to(end, "{:.4f}", height);
+      text_ += '\n';
     }
+    file_.Write(text_);
   }
 
-  void Close() override {
-    const bool sound = std::fflush(file_.get()) == 0 && !std::ferror(file_.get());
-    file_.reset();
-    if (!sound) throw UserError(path_ + ": cannot be written");
-  }
+  void Close() override { file_.Close(); }
 
  private:
-  struct CloseFile {
-    void operator()(std::FILE* file) const {
-      if (file != stdout) std::fclose(file);
-    }
-  };
-  std::string path_;
+  TextOutput file_;
   NodeGrid grid_;
-  std::unique_ptr<std::FILE, CloseFile> file_;
+  std::string text_;
 };
 
 class TiffGrid : public GridSink {
@@ -149,6 +143,7 @@ int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
   std::vector<double> b(width), l(width), heights(width);
   for (int c = 0; c < grid.columns; ++c)
     l[static_cast<std::size_t>(c)] = grid.Longitude(c) * kRadPerDeg;
+  CatchInterrupts();
   Progress progress("rows");
   bool whole = true;
   for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
@@ -158,6 +153,7 @@ int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
                                   [](double height) { return std::isnan(height); });
     sink->Write(row, heights);
     progress.Update(done, 1.0 * done / grid.rows);
+    StopIfInterrupted(options.points.output);
   }
   sink->Close();
   return whole ? kExitDone : kExitSomeFailed;
@@ -168,10 +164,9 @@ int RunGeoid(const GeoidOptions& options) {
   if (asGrid == !options.points.input.empty())
     throw UserError("give a file of points, or --extent with --step: one of them");
   if (options.points.output.empty()) throw UserError("name the output with --output FILE");
-  for (const std::string* input :
-       {&options.choice.grid, &options.choice.model, &options.choice.correction})
-    RefuseSameFile(*input, options.points.output);
-  const auto geoid = OpenGeoid(options.choice);
+  const GeoidChoice& choice = options.choice;
+  RefuseOverwriting({choice.grid, choice.model, choice.correction}, {options.points.output});
+  const auto geoid = OpenGeoid(choice);
   if (!geoid->warning.empty())
     std::fprintf(stderr, "geomath: warning: %s\n", geoid->warning.c_str());
   return asGrid ? RunGrid(options, geoid->Heights()) : RunPoints(options, geoid->Heights());

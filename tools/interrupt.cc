@@ -3,6 +3,8 @@
 #include <csignal>
 #include <initializer_list>
 
+#include "files/words/user_error.h"
+
 namespace geomath_tools {
 namespace {
 
@@ -26,5 +28,9 @@ void CatchInterrupts() {
 }
 
 bool Interrupted() { return interrupted != 0; }
+
+void StopIfInterrupted(const std::string& output) {
+  if (Interrupted()) throw UserError("interrupted; " + output + " is not written");
+}
 
 }  // namespace geomath_tools

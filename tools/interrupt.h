@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 namespace geomath_tools {
 
 /// From here on Ctrl-C and a request to terminate are noted, so that long work can end with whole
@@ -8,5 +10,8 @@ void CatchInterrupts();
 
 /// Whether one has come.
 bool Interrupted();
+
+/// For a grid, which is no grid before its last row: throws UserError when one has come.
+void StopIfInterrupted(const std::string& output);
 
 }  // namespace geomath_tools

@@ -9,6 +9,7 @@
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
 #include "files/words/name_match.h"
+#include "files/words/output_file.h"
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
@@ -103,16 +104,11 @@ class RowLoop {
   }
 
   int Run() {
-    try {
-      while (ReadBlock()) {
-        job_.work(block_);
-        WriteBlock();
-        progress_.Update(rows_, source_.Done());
-        if (Interrupted() || !trouble_.empty()) break;
-      }
-    } catch (const UserError&) {
-      sink_.Close();
-      throw;
+    while (ReadBlock()) {
+      job_.work(block_);
+      WriteBlock();
+      progress_.Update(rows_, source_.Done());
+      if (Interrupted() || !trouble_.empty()) break;
     }
     sink_.Close();
     if (failures_ > 0)
@@ -197,7 +193,9 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   const ColumnChoice choice = ChoiceOf(options);
   CatchInterrupts();
   const auto source = OpenPoints(options.input, options.layer);
-  RefuseSameFile(options.input, options.output);
+  std::vector<std::string> inputs = job.files;
+  inputs.push_back(options.input);
+  RefuseOverwriting(inputs, {options.output});
   const ResultStyle style{NamesOf(options, job, *source), job.decimals};
   const PointColumns columns(*source, job.given, choice);
   // Everything that can be wrong is known before the output is created.

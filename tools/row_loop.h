@@ -39,8 +39,9 @@ struct RowJob {
   std::array<int, 3> decimals;       ///< of the results as text
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.
   bool placedByResult = false;
-  const char* failure;   ///< of a row, before the reason: "not converted"
-  const char* failures;  ///< of many: "could not be converted"
+  std::vector<std::string> files;  ///< that the work reads beside the input
+  const char* failure;             ///< of a row, before the reason: "not converted"
+  const char* failures;            ///< of many: "could not be converted"
   /// Fills `result` for the rows without a problem, or gives them one.
   std::function<void(RowBlock&)> work;
 };

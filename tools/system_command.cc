@@ -59,10 +59,7 @@ int MakeSystem(const SystemOptions& options) {
   if (options.output.empty()) throw UserError("name the system file with --output FILE");
   const EpsgSystem system = MakeEpsgSystem(code, wish);
   const std::string text = system.document.dump(2) + "\n";
-  if (options.output == "-")
-    std::fputs(text.c_str(), stdout);
-  else
-    WriteTextFile(options.output, text);
+  WriteTextFiles({{options.output, text}});
   const std::string description = system.document.value("description", "");
   std::fprintf(stderr, "geomath: %s\n", description.c_str());
   for (const std::string& note : system.notes) std::fprintf(stderr, "geomath: %s\n", note.c_str());

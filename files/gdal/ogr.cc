@@ -19,4 +19,15 @@ std::string OgrComplaint() {
   return text.empty() ? text : ": " + text;
 }
 
+GdalErrors::GdalErrors() {
+  CPLPushErrorHandlerEx(
+      [](CPLErr kind, CPLErrorNum, const char* text) {
+        auto& first = *static_cast<std::string*>(CPLGetErrorHandlerUserData());
+        if (kind >= CE_Failure && first.empty()) first = text;
+      },
+      &first_);
+}
+
+GdalErrors::~GdalErrors() { CPLPopErrorHandler(); }
+
 }  // namespace geomath_tools

@@ -29,15 +29,15 @@ void RasterGrid::CloseDataset::operator()(GDALDataset* dataset) const { GDALClos
 
 RasterGrid::RasterGrid(const std::string& path, const NodeGrid& grid,
                        std::span<const char* const> descriptions)
-    : path_(path), grid_(grid) {
+    : file_(path), grid_(grid) {
   PrepareOgr();
   const char* creation[] = {"COMPRESS=DEFLATE", "PREDICTOR=3", nullptr};
   GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
   if (driver)
-    dataset_.reset(driver->Create(path.c_str(), grid.columns, grid.rows,
+    dataset_.reset(driver->Create(written_.NameFor(file_.Path()).c_str(), grid.columns, grid.rows,
                                   static_cast<int>(descriptions.size()), GDT_Float32,
                                   const_cast<char**>(creation)));
-  if (!dataset_) Complain();
+  if (!dataset_) Complain(CPLGetLastErrorMsg());
   double transform[] = {grid.west - grid.step / 2,
                         grid.step,
                         0,
@@ -62,17 +62,20 @@ void RasterGrid::Write(int band, int row, const std::vector<double>& values) {
   if (dataset_->GetRasterBand(band + 1)->RasterIO(GF_Write, 0, grid_.rows - 1 - row, grid_.columns,
                                                   1, line, grid_.columns, 1, GDT_Float64, 0,
                                                   0) != CE_None)
-    Complain();
+    Complain(CPLGetLastErrorMsg());
 }
 
 void RasterGrid::Close() {
-  CPLErrorReset();
+  const GdalErrors errors;
   dataset_.reset();
-  if (CPLGetLastErrorType() == CE_Failure) Complain();
+  if (!written_.Failure().empty()) Complain({});
+  if (!errors.First().empty()) Complain(errors.First());
+  file_.Place();
 }
 
-void RasterGrid::Complain() const {
-  throw UserError(path_ + ": cannot be written" + OgrComplaint());
+void RasterGrid::Complain(const std::string& gdal) const {
+  const std::string system = written_.Failure();
+  throw UserError(file_.Name() + ": cannot be written: " + (system.empty() ? gdal : system));
 }
 
 }  // namespace geomath_tools

@@ -6,6 +6,9 @@
 #include <string>
 #include <vector>
 
+#include "files/gdal/checked_files.h"
+#include "files/words/output_file.h"
+
 class GDALDataset;
 
 namespace geomath_tools {
@@ -29,7 +32,8 @@ std::optional<NodeGrid> NodesOf(double south, double west, double north, double 
 /// What fails throws UserError.
 class RasterGrid {
  public:
-  /// Creates the file, replacing one that exists, with one band for each description.
+  /// Begins a file with one band for each description, which replaces one that exists when it is
+  /// closed.
   RasterGrid(const std::string& path, const NodeGrid& grid,
              std::span<const char* const> descriptions);
   ~RasterGrid();
@@ -38,7 +42,7 @@ class RasterGrid {
   void SetNoData(double value);
   /// The values of one row, from the west; bands count from 0.
   void Write(int band, int row, const std::vector<double>& values);
-  /// Writes out what is still held back.
+  /// Writes out what is still held back and puts the file in its place.
   void Close();
 
  private:
@@ -46,9 +50,11 @@ class RasterGrid {
     void operator()(GDALDataset* dataset) const;
   };
 
-  [[noreturn]] void Complain() const;
+  // With what the system said, or GDAL where it said nothing.
+  [[noreturn]] void Complain(const std::string& gdal) const;
 
-  std::string path_;
+  OutputFile file_;
+  CheckedFiles written_;
   NodeGrid grid_;
   std::unique_ptr<GDALDataset, CloseDataset> dataset_;
 };

@@ -2,14 +2,10 @@
 
 #include <fmt/format.h>
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
 #include <iterator>
-#include <utility>
 
 #include "files/points/csv_reader.h"
-#include "files/words/user_error.h"
+#include "files/words/text_file.h"
 
 namespace geomath_tools {
 namespace {
@@ -17,11 +13,7 @@ namespace {
 class CsvSink : public PointSink {
  public:
   CsvSink(const std::string& path, const PointSource& source, const ResultStyle& style)
-      : name_(path == "-" ? "standard output" : path),
-        file_(path == "-" ? stdout : std::fopen(path.c_str(), "wb")),
-        columns_(source.Columns().size()),
-        decimals_(style.decimals) {
-    if (!file_) Complain("cannot be written");
+      : file_(path), columns_(source.Columns().size()), decimals_(style.decimals) {
     if (const CsvReader* csv = source.Csv()) {
       separator_ = csv->Separator();
       lineEnd_ = csv->LineEnd();
@@ -37,10 +29,6 @@ class CsvSink : public PointSink {
       text_ += CsvField(name, separator_);
     }
     text_ += lineEnd_;
-  }
-
-  ~CsvSink() override {
-    if (file_ && file_ != stdout) std::fclose(file_);
   }
 
   void Write(const Record& record, const Converted& converted) override {
@@ -59,17 +47,11 @@ class CsvSink : public PointSink {
 
   void Close() override {
     Flush();
-    std::FILE* file = std::exchange(file_, nullptr);
-    if (file == stdout ? std::fflush(file) != 0 : std::fclose(file) != 0)
-      Complain("writing failed");
+    file_.Close();
   }
 
  private:
   static constexpr std::size_t kFlushSize = 1 << 16;
-
-  [[noreturn]] void Complain(const char* what) const {
-    throw UserError(fmt::format("{}: {}: {}", name_, what, std::strerror(errno)));
-  }
 
   void WriteColumns(const Record& record) {
     if (!record.feature) {
@@ -92,13 +74,11 @@ class CsvSink : public PointSink {
   }
 
   void Flush() {
-    const bool written = std::fwrite(text_.data(), 1, text_.size(), file_) == text_.size();
+    file_.Write(text_);
     text_.clear();
-    if (!written) Complain("writing failed");
   }
 
-  std::string name_;
-  std::FILE* file_;
+  TextOutput file_;
   std::size_t columns_;
   std::array<int, 3> decimals_;
   char separator_ = ',';

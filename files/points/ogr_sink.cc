@@ -3,9 +3,12 @@
 #include <fmt/format.h>
 
 #include <filesystem>
+#include <string_view>
 #include <utility>
 
+#include "files/gdal/checked_files.h"
 #include "files/gdal/ogr.h"
+#include "files/words/output_file.h"
 #include "files/words/user_error.h"
 
 namespace geomath_tools {
@@ -15,26 +18,28 @@ class OgrSink : public PointSink {
  public:
   OgrSink(const std::string& path, const char* driverName, const PointSource& source,
           const ResultStyle& style)
-      : name_(path) {
+      : file_(path) {
     PrepareOgr();
     GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
     if (!driver) throw UserError(fmt::format("{}: this GDAL has no {}", path, driverName));
-    if (std::filesystem::exists(path)) driver->Delete(path.c_str());
-    CPLErrorReset();
-    dataset_.reset(driver->Create(path.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
-    if (!dataset_) Complain("cannot be written");
+    // SQLite looks at every write itself, and wants the locks of a file of the system.
+    const bool checksItself = std::string_view(driverName) == "GPKG";
+    const std::string target = checksItself ? file_.Path() : written_.NameFor(file_.Path());
+    dataset_.reset(driver->Create(target.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    if (!dataset_) Complain();
     const std::string layer = std::filesystem::path(path).stem().string();
     layer_ = dataset_->CreateLayer(layer.c_str(), nullptr, wkbPoint25D, nullptr);
-    if (!layer_) Complain("cannot be written");
+    if (!layer_) Complain();
     for (const Column& column : source.Columns()) AddField(column);
     for (const std::string& name : style.names) AddField({name, OFTReal});
     columns_ = static_cast<int>(source.Columns().size());
     StartTransaction();
   }
 
-  // After a failure: what has been written is kept as far as the format allows.
   ~OgrSink() override {
-    if (dataset_ && inTransaction_) dataset_->CommitTransaction();
+    if (dataset_ && inTransaction_) dataset_->RollbackTransaction();
+    const GdalErrors unheard;
+    dataset_.reset();
   }
 
   void Write(const Record& record, const Converted& converted) override {
@@ -47,7 +52,8 @@ class OgrSink : public PointSink {
       OGRPoint point(converted.x, converted.y, converted.z);
       feature->SetGeometry(&point);
     }
-    if (layer_->CreateFeature(feature.get()) != OGRERR_NONE) Complain("writing failed");
+    if (layer_->CreateFeature(feature.get()) != OGRERR_NONE || !written_.Failure().empty())
+      Complain();
     if (++inBlock_ == kTransactionSize) {
       Commit();
       StartTransaction();
@@ -56,22 +62,28 @@ class OgrSink : public PointSink {
 
   void Close() override {
     Commit();
-    CPLErrorReset();
+    const GdalErrors errors;
     dataset_.reset();
-    if (CPLGetLastErrorType() == CE_Failure) Complain("writing failed");
+    if (!written_.Failure().empty()) Complain();
+    if (!errors.First().empty()) Complain(errors.First());
+    file_.Place();
   }
 
  private:
   static constexpr int kTransactionSize = 10000;  // features
 
-  [[noreturn]] void Complain(const char* what) const {
-    throw UserError(fmt::format("{}: {}{}", name_, what, OgrComplaint()));
+  // With what the system said, or GDAL where it said nothing.
+  [[noreturn]] void Complain(const std::string& gdal = CPLGetLastErrorMsg()) const {
+    const std::string system = written_.Failure();
+    const std::string& why = system.empty() ? gdal : system;
+    throw UserError(file_.Name() + ": cannot be written" + (why.empty() ? "" : ": " + why));
   }
 
   void AddField(const Column& column) {
     OGRFieldDefn field(column.name.c_str(), column.type);
     if (layer_->CreateField(&field) != OGRERR_NONE)
-      Complain(fmt::format("has no room for the column \"{}\"", column.name).c_str());
+      throw UserError(fmt::format("{}: has no room for the column \"{}\"{}", file_.Name(),
+                                  column.name, OgrComplaint()));
   }
 
   static void CopyField(const Record& record, int column, OGRFeature& to) {
@@ -89,10 +101,11 @@ class OgrSink : public PointSink {
 
   void Commit() {
     if (!std::exchange(inTransaction_, false)) return;
-    if (dataset_->CommitTransaction() != OGRERR_NONE) Complain("writing failed");
+    if (dataset_->CommitTransaction() != OGRERR_NONE) Complain();
   }
 
-  std::string name_;
+  OutputFile file_;
+  CheckedFiles written_;
   GDALDatasetUniquePtr dataset_;
   OGRLayer* layer_ = nullptr;
   int columns_ = 0, inBlock_ = 0;

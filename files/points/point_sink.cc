@@ -2,7 +2,6 @@
 
 #include <fmt/format.h>
 
-#include <filesystem>
 #include <string_view>
 
 #include "files/points/csv_sink.h"
@@ -34,12 +33,6 @@ const Format* FindFormat(const std::string& path) {
 
 }  // namespace
 
-void RefuseSameFile(const std::string& input, const std::string& output) {
-  std::error_code ignored;
-  if (input != "-" && output != "-" && std::filesystem::equivalent(input, output, ignored))
-    throw UserError(output + ": is the input file; choose another name for the output");
-}
-
 bool IsGeoJsonName(const std::string& path) {
   const Format* format = FindFormat(path);
   return format && std::string_view(format->driver) == "GeoJSON";
@@ -47,7 +40,6 @@ bool IsGeoJsonName(const std::string& path) {
 
 std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSource& source,
                                         const ResultStyle& style) {
-  if (std::filesystem::is_directory(path)) throw UserError(path + ": is a directory");
   if (IsCsvName(path)) return CreateCsv(path, source, style);
   const Format* format = FindFormat(path);
   if (!format)

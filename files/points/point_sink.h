@@ -37,9 +37,6 @@ class PointSink {
 std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSource& source,
                                         const ResultStyle& style);
 
-/// Throws UserError when the output would replace the input.
-void RefuseSameFile(const std::string& input, const std::string& output);
-
 /// Whether that suffix means GeoJSON, whose geometries are geographic by definition (RFC 7946).
 bool IsGeoJsonName(const std::string& path);
 

@@ -120,6 +120,7 @@ class SystemReader {
                        path("correction"), false};
     choice.subtractNormalField = ReadWord(section, "subtractNormalField", {"yes", "no"}) == "yes";
     const bool local = ReadWord(section, "frame", {"global", "local"}) == "local";
+    system.files_ = {choice.grid, choice.model, choice.correction};
     system.geoid_ = OpenGeoid(choice);
     system.chain_.SetGeoid(&system.geoid_->Heights(),
                            local ? GeoidFrame::local : GeoidFrame::global);

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "files/models/geoid_file.h"
 #include "files/site/site_solution.h"
@@ -34,6 +35,8 @@ class CoordinateSystem {
   const NamedProjection& Named() const { return named_; }
   /// Null where there is none.
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
+  /// The files that it names and that were read, as paths.
+  const std::vector<std::string>& Files() const { return files_; }
   AxisPair Geographic() const { return geographic_; }
   AxisPair Grid() const { return grid_; }
 
@@ -44,6 +47,7 @@ class CoordinateSystem {
   std::optional<zel_cs::geomath::Datum> datum_;
   NamedProjection named_;
   std::unique_ptr<LoadedGeoid> geoid_;
+  std::vector<std::string> files_;
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
   std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;

@@ -4,8 +4,9 @@
 
 #include <cerrno>
 #include <cstring>
+#include <deque>
 #include <filesystem>
-#include <fstream>
+#include <utility>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -30,12 +31,46 @@ std::string SuffixOf(const std::string& path) {
   return LowerCase(std::filesystem::path(path).extension().string());
 }
 
-void WriteTextFile(const std::string& path, const std::string& text) {
-  errno = 0;
-  std::ofstream file(path, std::ios::binary);
-  file << text;
-  file.close();
-  if (!file) throw UserError(fmt::format("{}: cannot be written: {}", path, std::strerror(errno)));
+TextOutput::TextOutput(const std::string& path)
+    : name_(path == "-" ? "standard output" : path), file_(stdout) {
+  if (path == "-") return;
+  place_.emplace(path);
+  file_ = std::fopen(place_->Path().c_str(), "wb");
+  if (!file_) Complain();
+}
+
+TextOutput::~TextOutput() {
+  if (file_ && file_ != stdout) std::fclose(file_);
+}
+
+void TextOutput::Write(std::string_view text) {
+  if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) Complain();
+}
+
+void TextOutput::End() {
+  std::FILE* file = std::exchange(file_, nullptr);
+  if (file == stdout ? std::fflush(file) != 0 : std::fclose(file) != 0) Complain();
+}
+
+void TextOutput::Close(const std::vector<TextOutput*>& outputs) {
+  std::vector<OutputFile*> places;
+  for (TextOutput* output : outputs) {
+    output->End();
+    if (output->place_) places.push_back(&*output->place_);
+  }
+  OutputFile::Place(places);
+}
+
+void TextOutput::Complain() const {
+  throw UserError(fmt::format("{}: cannot be written: {}", name_, std::strerror(errno)));
+}
+
+void WriteTextFiles(const std::vector<NamedText>& files) {
+  std::deque<TextOutput> outputs;
+  std::vector<TextOutput*> all;
+  for (const NamedText& file : files) all.push_back(&outputs.emplace_back(file.path));
+  for (std::size_t i = 0; i < files.size(); ++i) outputs[i].Write(files[i].text);
+  TextOutput::Close(all);
 }
 
 }  // namespace geomath_tools

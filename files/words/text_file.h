@@ -2,7 +2,12 @@
 
 #include <cstdio>
 #include <memory>
+#include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
+
+#include "files/words/output_file.h"
 
 namespace geomath_tools {
 
@@ -21,7 +26,35 @@ std::string InputName(const std::string& path);
 /// The suffix of a file's name in lower case: ".csv", or nothing.
 std::string SuffixOf(const std::string& path);
 
-/// Writes a file, replacing one that exists. Throws UserError when it cannot be written whole.
-void WriteTextFile(const std::string& path, const std::string& text);
+/// Text that goes to a file, whole or not at all, or to standard output for "-". What fails throws
+/// UserError.
+class TextOutput {
+ public:
+  explicit TextOutput(const std::string& path);
+  ~TextOutput();
+  TextOutput(const TextOutput&) = delete;
+  TextOutput& operator=(const TextOutput&) = delete;
+
+  void Write(std::string_view text);
+  /// Ends the writing and puts the file in its place.
+  void Close() { Close({this}); }
+  /// The same for several: their files come together or not at all.
+  static void Close(const std::vector<TextOutput*>& outputs);
+
+ private:
+  void End();
+  [[noreturn]] void Complain() const;
+
+  std::string name_;
+  std::optional<OutputFile> place_;  // none for standard output
+  std::FILE* file_;
+};
+
+struct NamedText {
+  std::string path, text;  // "-" for standard output
+};
+
+/// Writes files, replacing those that exist: all of them whole, or none. Throws UserError.
+void WriteTextFiles(const std::vector<NamedText>& files);
 
 }  // namespace geomath_tools

@@ -174,7 +174,7 @@ TEST_F(Convert, WrongInputIsExplainedAndLeavesTheOutputAlone) {
       {"good.csv -o out.csv --columns lat", {"--columns", "names separated by commas"}},
       {"good.csv -o out.csv --inverse", {"no column \"n\"", "N,E,H"}},
       {"flat.csv -o out.csv", {"no column \"h\"", "--fixed-height"}},
-      {"good.csv -o good.csv", {"good.csv: is the input file"}},
+      {"good.csv -o good.csv", {"good.csv: is a file that is read"}},
       {"good.csv -o out.xyz", {"out.xyz", ".gpkg"}},
       {"good.csv -o absent/out.csv", {"absent/out.csv: cannot be written"}},
       {"good.csv -o out.csv --results a,b,name", {"--results", "\"name\" already"}},
@@ -223,7 +223,7 @@ TEST_F(Convert, FullDiskIsReported) {
   fs::create_symlink("/dev/full", directory_ / "full.csv");
   const ProgramRun run = Run("in.csv -o full.csv");
   EXPECT_EQ(run.status, 2);
-  EXPECT_TRUE(Contains(run.err, "full.csv: writing failed: No space left")) << run.err;
+  EXPECT_TRUE(Contains(run.err, "full.csv: cannot be written: No space left")) << run.err;
 }
 
 // The peak is the same to a few blocks of rows. Kept in memory, the larger input alone would take

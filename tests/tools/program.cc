@@ -4,11 +4,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <fstream>
 #include <sstream>
 #include <string>
 
-ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments) {
+ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments,
+                      unsigned long largestFile) {
   // Tests run side by side, each in a process of its own, and may share a directory.
   const std::string own = std::to_string(getpid()) + ".txt";
   const auto out = directory / ("stdout_" + own), err = directory / ("stderr_" + own);
@@ -16,6 +18,11 @@ ProgramRun RunProgram(const std::filesystem::path& directory, const std::string&
                               arguments + " >'" + out.string() + "' 2>'" + err.string() + "'";
   const pid_t child = fork();
   if (child == 0) {
+    if (largestFile > 0) {
+      const rlimit limit{largestFile, largestFile};
+      setrlimit(RLIMIT_FSIZE, &limit);
+      std::signal(SIGXFSZ, SIG_IGN);
+    }
     execl("/bin/sh", "sh", "-c", command.c_str(), nullptr);
     _exit(127);
   }

@@ -11,8 +11,10 @@ struct ProgramRun {
   long peakKilobytes;  // of resident memory
 };
 
-/// Runs `geomath` with arguments, as a shell reads them, in `directory`.
-ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments);
+/// Runs `geomath` with arguments, as a shell reads them, in `directory`. No file grows beyond
+/// `largestFile` bytes, as on a disk that is full; 0 for no limit.
+ProgramRun RunProgram(const std::filesystem::path& directory, const std::string& arguments,
+                      unsigned long largestFile = 0);
 
 std::string ReadText(const std::filesystem::path& path);
 void WriteText(const std::filesystem::path& path, const std::string& text);
