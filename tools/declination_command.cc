@@ -8,14 +8,18 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "files/models/magnetic_file.h"
 #include "files/models/raster_grid.h"
+#include "files/words/name_match.h"
 #include "files/words/number_text.h"
 #include "files/words/output_file.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "geomath/magnetic/magnetic_field.h"
+#include "geomath/platform/read_number.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
 #include "tools/progress.h"
@@ -27,7 +31,7 @@ namespace geomath_tools {
 namespace {
 
 struct DeclinationOptions {
-  std::string model, date;
+  std::string model, date, years;
   std::vector<std::string> point;  // latitude, longitude, height as typed
   PointOptions points;
   std::vector<double> grid;  // south, west, north, east, step
@@ -35,20 +39,42 @@ struct DeclinationOptions {
 
 constexpr double kKilometre = 1e-3;  // of a metre
 
-// Where the horizontal field is weaker, a compass is of no use: the "blackout zone" around the
-// magnetic poles (Chulliat et al. 2020, section 1.8).
-constexpr double kUselessCompass = 2000;  // nT
-
 void Warn(const std::string& text) { std::fprintf(stderr, "geomath: warning: %s\n", text.c_str()); }
 
-MagneticField FieldOf(const DeclinationOptions& options) {
-  const auto model = OpenMagneticModel(options.model);
-  MagneticField field(*model, YearOfDate(options.date, "--date"));
-  const std::string warning = YearsWarning(field, *model, options.date);
-  if (!warning.empty())
-    Warn(warning + (options.model.empty() ? "; --model FILE.COF takes a newer model" : ""));
-  return field;
+void WarnOfYears(const DeclinationOptions& options, const MagneticModelSeries& models,
+                 double decimalYear, const std::string& date) {
+  const std::string warning = YearsWarning(models, decimalYear, date);
+  if (!warning.empty()) Warn(warning + (options.model.empty() ? "; --model takes another" : ""));
 }
+
+MagneticField FieldOf(const DeclinationOptions& options) {
+  const auto models = OpenMagneticModels(options.model);
+  const double year = YearOfDate(options.date, "--date");
+  WarnOfYears(options, models, year, options.date);
+  return MagneticField(ModelOfYear(models, year), year);
+}
+
+std::string NameOf(CompassZone zone) {
+  if (zone == CompassZone::blackout)
+    return fmt::format("the blackout zone (below {} nT), where a compass is of no use",
+                       kBlackoutZone);
+  return fmt::format("the caution zone (below {} nT), where a compass is not to be relied upon",
+                     kCautionZone);
+}
+
+// How many points lie where a compass is of little use.
+class ZoneCount {
+ public:
+  void Add(double h) { ++counts_[static_cast<std::size_t>(CompassZoneOf(h))]; }
+  void Report(const char* points) const {
+    for (const CompassZone zone : {CompassZone::caution, CompassZone::blackout})
+      if (const long long count = counts_[static_cast<std::size_t>(zone)])
+        Warn(fmt::format("{} of the {} lie in {}", count, points, NameOf(zone)));
+  }
+
+ private:
+  std::array<long long, 3> counts_{};
+};
 
 double HeightOf(const std::string& text) {
   const ParsedNumber height = ParseNumber(text);
@@ -72,14 +98,22 @@ void PrintElement(const char* name, double value, double change, const char* uni
   fmt::print("\n");
 }
 
+struct Place {
+  double latitude, longitude, height;
+};
+
+Place PlaceOf(const DeclinationOptions& options) {
+  return {AngleOf("LAT", options.point[0], AngleKind::latitude),
+          AngleOf("LON", options.point[1], AngleKind::longitude),
+          options.point.size() > 2 ? HeightOf(options.point[2]) : 0};
+}
+
 int RunPoint(const DeclinationOptions& options) {
-  const double latitude = AngleOf("LAT", options.point[0], AngleKind::latitude);
-  const double longitude = AngleOf("LON", options.point[1], AngleKind::longitude);
-  const double height = options.point.size() > 2 ? HeightOf(options.point[2]) : 0;
+  const auto [latitude, longitude, height] = PlaceOf(options);
   const MagneticField field = FieldOf(options);
   const auto [at, change] = field.At(latitude, longitude, height);
-  if (at.h < kUselessCompass)
-    Warn(fmt::format("the horizontal field of {:.0f} nT is too weak for a compass here", at.h));
+  if (const CompassZone zone = CompassZoneOf(at.h); zone != CompassZone::sound)
+    Warn(fmt::format("the horizontal field is {:.0f} nT here: {}", at.h, NameOf(zone)));
 
   const auto stated = field.Uncertainty(at.h);
   struct Row {
@@ -105,6 +139,49 @@ int RunPoint(const DeclinationOptions& options) {
   return kExitDone;
 }
 
+// First, last and step of "1900:2026" or "1900:2026:5".
+std::array<int, 3> YearsOf(const std::string& text) {
+  constexpr int kMostYears = 10000;
+  std::array<int, 3> years = {0, 0, 1};
+  std::string_view rest = text;
+  bool whole = true;
+  for (std::size_t i = 0; i < years.size() && (i < 2 || !rest.empty()); ++i) {
+    const std::size_t length = std::min(rest.find(':'), rest.size());
+    const auto year = ReadInteger(rest.substr(0, length));
+    whole = whole && year;
+    years[i] = year.value_or(0);
+    rest.remove_prefix(std::min(length + 1, rest.size()));
+  }
+  const auto [first, last, step] = years;
+  if (!whole || !rest.empty() || first < 1 || last < first || last > kMostYears || step < 1)
+    throw UserError(
+        fmt::format("--years: \"{}\" must be FIRST:LAST or FIRST:LAST:STEP, such as 1900:2026",
+                    Printable(text)));
+  return years;
+}
+
+// The field at one place at the beginning of each year.
+int RunYears(const DeclinationOptions& options) {
+  const auto [latitude, longitude, height] = PlaceOf(options);
+  const auto [first, last, step] = YearsOf(options.years);
+  const auto models = OpenMagneticModels(options.model);
+  WarnOfYears(options, models, first, std::to_string(first));
+  if (last != first) WarnOfYears(options, models, last, std::to_string(last));
+  std::string table = "year,declination,inclination,grid_variation,total_nt,model\n";
+  ZoneCount zones;
+  for (int year = first; year <= last; year += step) {
+    const WMMtype_MagneticModel& model = ModelOfYear(models, year);
+    const MagneticElements at = MagneticField(model, year).At(latitude, longitude, height).field;
+    table += fmt::format("{},{:.4f},{:.4f},{:.4f},{:.1f},{}\n", year, at.declination,
+                         at.inclination, at.gridVariation, at.f, model.modelName);
+    zones.Add(at.h);
+  }
+  zones.Report("years");
+  const std::string& output = options.points.output;
+  WriteTextFiles({{output.empty() ? "-" : output, table}});
+  return kExitDone;
+}
+
 int RunFile(const DeclinationOptions& options) {
   const MagneticField field = FieldOf(options);
   RowJob job;
@@ -112,7 +189,8 @@ int RunFile(const DeclinationOptions& options) {
   job.decimals = {6, 6, 2};
   job.failure = "no field";
   job.failures = "have no field";
-  job.work = [&field, points = std::vector<MagneticPoint>()](RowBlock& rows) mutable {
+  ZoneCount zones;
+  job.work = [&, points = std::vector<MagneticPoint>()](RowBlock& rows) mutable {
     points.resize(rows.count);
     auto& [declination, inclination, total] = rows.result;
     std::transform(rows.given[2].begin(), rows.given[2].end(), total.begin(),
@@ -126,9 +204,12 @@ int RunFile(const DeclinationOptions& options) {
       total[i] = at.f;
       if (rows.problems[i].empty() && !std::isfinite(at.f))
         rows.problems[i] = "the model has no number at this point";
+      if (rows.problems[i].empty()) zones.Add(at.h);
     }
   };
-  return RunRows(options.points, job);
+  const int status = RunRows(options.points, job);
+  zones.Report("points");
+  return status;
 }
 
 NodeGrid GridOf(const std::vector<double>& g) {
@@ -172,8 +253,10 @@ int RunGrid(const DeclinationOptions& options) {
     longitudes[static_cast<std::size_t>(c)] = grid.Longitude(c);
   CatchInterrupts();
   Progress progress("rows");
+  ZoneCount zones;
   for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
     field.AtRow(grid.Latitude(row), height, longitudes.data(), width, results.data());
+    for (const MagneticPoint& node : results) zones.Add(node.field.h);
     int index = 0;
     for (const Band& band : kBands) {
       std::transform(results.begin(), results.end(), line.begin(),
@@ -184,6 +267,7 @@ int RunGrid(const DeclinationOptions& options) {
     StopIfInterrupted(options.points.output);
   }
   raster.Close();
+  zones.Report("nodes");
   return kExitDone;
 }
 
@@ -191,7 +275,14 @@ int RunDeclination(const DeclinationOptions& options) {
   const int tasks = !options.point.empty() + !options.points.input.empty() + !options.grid.empty();
   if (tasks != 1 || options.point.size() == 1)
     throw UserError("give a point as LAT LON [HEIGHT], or --points FILE, or --grid: one of them");
+  if (options.date.empty() == options.years.empty())
+    throw UserError("give --date YYYY-MM-DD, or for a point --years FIRST:LAST: one of them");
+  if (!options.years.empty() && options.point.empty())
+    throw UserError("--years: give the point as LAT LON [HEIGHT]");
+  if (!options.point.empty() && options.years.empty() && !options.points.output.empty())
+    throw UserError("--output: goes with --points, --grid or --years");
   RefuseOverwriting({options.model}, {options.points.output});
+  if (!options.years.empty()) return RunYears(options);
   if (!options.grid.empty()) return RunGrid(options);
   if (options.points.input.empty()) return RunPoint(options);
   if (options.points.output.empty())
@@ -205,14 +296,21 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
   const auto options = std::make_shared<DeclinationOptions>();
   arguments.footer(
       "Declinations are positive east of north, in degrees; heights are metres above the WGS84\n"
-      "ellipsoid. Without --model the built-in WMM-2010 is used, made for 2010 to 2015. A date\n"
-      "outside the years of the model gives a warning. With --points all columns of the input\n"
-      "travel through and declination, inclination and total_nt (degrees, nT) follow. With --grid\n"
-      "a GeoTIFF is written whose bands are declination, inclination, total intensity and the\n"
-      "yearly change of the declination.\n"
+      "ellipsoid. Without --model the built-in World Magnetic Model of the date is used: "
+      "WMM-2010,\n"
+      "WMM-2015v2, WMM-2020 or WMM-2025, for 2010 to 2030. A date outside the years of the model\n"
+      "gives a warning. With --years a table is written: the field at the point on the first of\n"
+      "January of each year; IGRF14.shc has those from 1900 on. With --points all columns of the\n"
+      "input travel through and declination, inclination and total_nt (degrees, nT) follow. With\n"
+      "--grid a GeoTIFF is written whose bands are declination, inclination, total intensity and\n"
+      "the yearly change of the declination.\n"
       "Exit status: 0 all done, 1 some rows not, 2 stopped.");
-  arguments.add_option("--model", options->model, "coefficient file of a magnetic model (.COF)");
-  arguments.add_option("--date", options->date, "date as YYYY-MM-DD")->required();
+  arguments.add_option("--model", options->model,
+                       "coefficient file of a magnetic model (.COF, .shc), or the name of a "
+                       "built-in one");
+  arguments.add_option("--date", options->date, "date as YYYY-MM-DD");
+  arguments.add_option("--years", options->years,
+                       "FIRST:LAST or FIRST:LAST:STEP: a table of the years at a point, as CSV");
   CLI::Option* point =
       arguments
           .add_option("POINT", options->point,
@@ -224,14 +322,14 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
       "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");
   arguments.add_option("-o,--output", options->points.output,
                        "output for --points (.csv, .geojson, .gpkg, .shp, - for CSV on standard "
-                       "output) or --grid (.tif), replaced if it exists");
+                       "output), --grid (.tif) or --years (.csv), replaced if it exists");
   AddPointOptions(arguments, options->points, "lat,lon,h");
   CLI::Option* grid = arguments
                           .add_option("--grid", options->grid,
                                       "SOUTH,WEST,NORTH,EAST,STEP in degrees, nodes included")
                           ->delimiter(',')
                           ->expected(5);
-  for (const char* ofFiles : {"--output", "--columns", "--results", "--fixed-height", "--layer"})
+  for (const char* ofFiles : {"--columns", "--results", "--fixed-height", "--layer"})
     point->excludes(ofFiles);
   for (const char* ofPoints : {"--columns", "--results", "--layer"}) grid->excludes(ofPoints);
   return [options] { return RunDeclination(*options); };

@@ -2,51 +2,74 @@
 
 #include <fmt/format.h>
 
-#include <cstdio>
+#include <algorithm>
+#include <optional>
+#include <string_view>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
-#include "geomath/magnetic/coefficient_file.h"
 #include "geomath/magnetic/decimal_year.h"
+#include "geomath/magnetic/model_series.h"
+#include "geomath/platform/read_number.h"
 
 using namespace zel_cs::geomath;
 
 namespace geomath_tools {
+namespace {
 
-std::unique_ptr<WMMtype_MagneticModel> OpenMagneticModel(const std::string& path) {
-  if (path.empty()) {
-    auto model = Wmm2010Model();
-    if (!model) throw UserError("there is not enough memory");
-    return model;
+// The built-in model of that name, or none.
+MagneticModelSeries BuiltInOfName(const std::string& name) {
+  MagneticModelSeries models = BuiltInMagneticModels();
+  std::erase_if(models, [&](const WMMtype_MagneticModel& model) {
+    return FoldName(model.modelName) != FoldName(name);
+  });
+  return models;
+}
+
+// Year, month and day, parted by hyphens.
+std::optional<double> DecimalYearOf(std::string_view date) {
+  int parts[3] = {};
+  for (int& part : parts) {
+    const std::size_t length = std::min(date.find('-'), date.size());
+    const auto number = ReadInteger(date.substr(0, length));
+    if (!number || length > 4) return std::nullopt;
+    part = *number;
+    date.remove_prefix(std::min(length + 1, date.size()));
   }
-  auto model = ReadCoefficientFile(path.c_str());
-  if (!model)
-    throw UserError(
-        fmt::format("{}: holds no magnetic model; a coefficient file begins with the "
-                    "line \"2025.0 WMM-2025 11/13/2024\" or the like",
-                    path));
-  if (const int missing = CountMissingTerms(*model))
-    throw UserError(fmt::format("{}: {} of the {} terms up to degree {} are missing", path, missing,
-                                model->g.size() - 1, model->nMax));
-  return model;
+  return date.empty() ? DecimalYear(parts[0], parts[1], parts[2]) : std::nullopt;
+}
+
+}  // namespace
+
+MagneticModelSeries OpenMagneticModels(const std::string& path) {
+  if (path.empty()) return BuiltInMagneticModels();
+  if (auto named = BuiltInOfName(path); !named.empty()) return named;
+  CoefficientFault fault;
+  auto models = ReadModelSeries(path.c_str(), &fault);
+  if (models.empty())
+    throw UserError(fmt::format("{}{}: holds no magnetic model: {}", path,
+                                fault.line > 0 ? fmt::format(", line {}", fault.line) : "",
+                                fault.reason.empty() ? "not enough memory" : fault.reason));
+  return models;
 }
 
 double YearOfDate(const std::string& date, const std::string& subject) {
-  int year = 0, month = 0, day = 0, read = 0;
-  const bool formed = std::sscanf(date.c_str(), "%4d-%2d-%2d%n", &year, &month, &day, &read) == 3 &&
-                      static_cast<std::size_t>(read) == date.size();
-  const auto decimal = formed ? DecimalYear(year, month, day) : std::nullopt;
+  const auto decimal = DecimalYearOf(date);
   if (!decimal)
     throw UserError(
         fmt::format("{}: \"{}\" is no date; write it like 2026-05-31", subject, Printable(date)));
   return *decimal;
 }
 
-std::string YearsWarning(const MagneticField& field, const WMMtype_MagneticModel& model,
+std::string YearsWarning(const MagneticModelSeries& models, double decimalYear,
                          const std::string& date) {
-  if (field.InModelYears()) return "";
+  const std::string& name = ModelOfYear(models, decimalYear).modelName;
+  const auto hasName = [&](const WMMtype_MagneticModel& model) { return model.modelName == name; };
+  const double first = std::ranges::find_if(models, hasName)->epoch;
+  const double last = std::find_if(models.rbegin(), models.rend(), hasName)->coefficientFileEndDate;
+  if (decimalYear >= first && decimalYear <= last) return "";
   return fmt::format("{} is outside the years of {}, {} to {}: the field is extrapolated", date,
-                     model.modelName, model.epoch, model.coefficientFileEndDate);
+                     name, first, last);
 }
 
 }  // namespace geomath_tools

@@ -1,23 +1,21 @@
 #pragma once
 
-#include <memory>
 #include <string>
 
-#include "geomath/magnetic/magnetic_field.h"
 #include "geomath/magnetic/magnetic_model.h"
 
 namespace geomath_tools {
 
-/// The model of a coefficient file, the built-in one for an empty path. Throws UserError when the
-/// file holds none, or one that was cut off: its field would look right and be wrong.
-std::unique_ptr<zel_cs::geomath::WMMtype_MagneticModel> OpenMagneticModel(const std::string& path);
+/// The models of a coefficient file (.COF, SHDF or .shc), all built-in ones for an empty path, one of
+/// them for its name. Never empty. Throws UserError when the file holds none, or is damaged.
+zel_cs::geomath::MagneticModelSeries OpenMagneticModels(const std::string& path);
 
 /// The decimal year of a date such as "2026-05-31"; throws UserError, beginning with `subject`.
 double YearOfDate(const std::string& date, const std::string& subject);
 
-/// What is to be said of a field whose date lies outside the years of its model, else empty.
-std::string YearsWarning(const zel_cs::geomath::MagneticField& field,
-                         const zel_cs::geomath::WMMtype_MagneticModel& model,
+/// What is to be said of a date, written `date`, outside the years of the model that serves it, else
+/// empty. Models that follow each other under one name count as one.
+std::string YearsWarning(const zel_cs::geomath::MagneticModelSeries& models, double decimalYear,
                          const std::string& date);
 
 }  // namespace geomath_tools

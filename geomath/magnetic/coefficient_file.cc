@@ -1,138 +1,131 @@
 #include "geomath/magnetic/coefficient_file.h"
 
 #include <algorithm>
-#include <cstdint>
-#include <exception>
-#include <filesystem>
-#include <fstream>
-#include <locale>
 #include <optional>
-#include <sstream>
 #include <string>
-#include <system_error>
+#include <vector>
 
 #include "geomath/magnetic/decimal_year.h"
+#include "geomath/magnetic/model_text.h"
+#include "geomath/platform/read_number.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr std::size_t kMaxFileBytes = std::size_t{4} << 20;  // degree 133 needs 0.5 MiB
+using magnetic::Attempt;
+using magnetic::Fields;
+using magnetic::Lines;
 
 /// What a file says, before the size of the model is known.
 struct Draft {
   std::string name;
   std::optional<double> epoch, endDate;
   double editionDate = 0;
+  std::optional<int> degree;  // as the file states it
   std::vector<GaussTerm> terms;
 };
 
-/// The lines of a text, without their ends.
-class Lines {
- public:
-  explicit Lines(std::string_view text) : rest_(text) {}
-
-  std::optional<std::string_view> Next() {
-    if (rest_.empty()) return std::nullopt;
-    const std::size_t length = std::min(rest_.find('\n'), rest_.size());
-    const std::string_view line = rest_.substr(0, length);
-    rest_.remove_prefix(std::min(length + 1, rest_.size()));
-    return line;
-  }
-
- private:
-  std::string_view rest_;
-};
-
-/// Blank-separated fields with a decimal point, whatever the program's locale is.
-std::istringstream Fields(std::string_view line) {
-  std::istringstream fields{std::string(line)};
-  fields.imbue(std::locale::classic());
-  return fields;
-}
-
-std::optional<double> LeadingNumber(std::string_view text) {
-  double value;
-  std::istringstream fields = Fields(text);
-  if (!(fields >> value)) return std::nullopt;
-  return value;
-}
-
-std::optional<GaussTerm> ReadTerm(std::istringstream& fields) {
-  GaussTerm term;
-  if (!(fields >> term.n >> term.m >> term.g >> term.h >> term.gDot >> term.hDot))
-    return std::nullopt;
-  if (term.n < 1 || term.m < 0 || term.m > term.n) return std::nullopt;
-  return term;
-}
-
 /// "month/day/year" as a decimal year, 0 when it is no date.
-double EditionDate(std::istringstream& fields) {
-  int month, day, year;
-  char slash;
-  if (!(fields >> month >> slash >> day >> slash >> year)) return 0;
-  return DecimalYear(year, month, day).value_or(0);
+double EditionDate(std::string_view date) {
+  Fields parts(date, '/');
+  const auto month = ReadInteger(parts.Next()), day = ReadInteger(parts.Next()),
+             year = ReadInteger(parts.Next());
+  return month && day && year ? DecimalYear(*year, *month, *day).value_or(0) : 0;
 }
 
-Draft ReadCof(Lines lines) {
+/// n, m, g, h, ġ, ḣ. `empty` stands for a coefficient that is left out, where that is allowed.
+GaussTerm ReadTerm(Fields fields, std::string_view empty, const Lines& lines) {
+  const auto n = ReadInteger(fields.Next()), m = ReadInteger(fields.Next());
+  double values[4];
+  bool numbers = true;
+  for (double& value : values) {
+    const std::string_view field = fields.Next();
+    const auto number = ReadNumber(field.empty() ? empty : field);
+    numbers = numbers && number;
+    value = number.value_or(0);
+  }
+  if (!n || !m || !numbers || !fields.AtEnd())
+    throw CoefficientFault{lines.Number(),
+                           "degree, order and four numbers with a decimal point belong there"};
+  if (*n < 1 || *n > kMaxMagneticDegree || *m < 0 || *m > *n)
+    throw CoefficientFault{lines.Number(), "there is no term of degree " + std::to_string(*n) +
+                                               " and order " + std::to_string(*m)};
+  return {*n, *m, values[0], values[1], values[2], values[3]};
+}
+
+Draft ReadCof(Lines& lines) {
   Draft draft;
-  std::istringstream header = Fields(lines.Next().value_or(""));
-  double epoch;
-  if (!(header >> epoch)) return draft;
-  draft.epoch = epoch;
-  header >> draft.name;
-  draft.editionDate = EditionDate(header);
-
+  Fields header(lines.Next().value_or(""));
+  draft.epoch = ReadNumber(header.Next());
+  draft.name = header.Next();
+  draft.editionDate = EditionDate(header.Next());
+  if (!draft.epoch)
+    throw CoefficientFault{lines.Number(),
+                           "a line such as \"2025.0 WMM-2025 11/13/2024\" begins a "
+                           "coefficient file"};
   while (const auto line = lines.Next()) {
-    if (line->starts_with("9999")) break;
-    std::istringstream fields = Fields(*line);
-    if (const auto term = ReadTerm(fields)) draft.terms.push_back(*term);
+    if (line->starts_with("9999")) return draft;
+    draft.terms.push_back(ReadTerm(Fields(*line), "", lines));
   }
-  return draft;
-}
-
-/// "I,n,m,g,h,gdot,hdot", an empty or missing field standing for 0.
-std::optional<GaussTerm> ReadShdfTerm(std::string_view line) {
-  if (!line.starts_with("I,")) return std::nullopt;
-  std::string blanked;
-  std::string_view rest = line.substr(2);
-  for (int field = 0; field < 6; ++field) {
-    const std::size_t length = std::min(rest.find(','), rest.size());
-    const std::string_view value = rest.substr(0, length);
-    const bool empty = value.find_first_not_of(" \t\r") == std::string_view::npos;
-    blanked.append(empty ? "0" : value).append(" ");
-    rest.remove_prefix(std::min(length + 1, rest.size()));
-  }
-  std::istringstream fields = Fields(blanked);
-  return ReadTerm(fields);
+  throw CoefficientFault{lines.Number(),
+                         "the line of nines at the end is missing: the file was cut off"};
 }
 
 void ReadShdfHeader(std::string_view line, Draft& draft) {
   const std::size_t colon = line.find(':');
   if (colon == std::string_view::npos) return;
-  const std::string_view key = line.substr(1, colon - 1), value = line.substr(colon + 1);
-  if (key == "ModelName") Fields(value) >> draft.name;
-  if (key == "ModelStartDate") draft.epoch = LeadingNumber(value);
-  if (key == "ModelEndDate") draft.endDate = LeadingNumber(value);
-  if (key == "ReleaseDate") draft.editionDate = LeadingNumber(value).value_or(0);
+  const std::string_view key = line.substr(1, colon - 1);
+  const std::string_view value = Fields(line.substr(colon + 1)).Next();
+  if (key == "ModelName") draft.name = value;
+  if (key == "ModelStartDate") draft.epoch = ReadNumber(value);
+  if (key == "ModelEndDate") draft.endDate = ReadNumber(value);
+  if (key == "ReleaseDate") draft.editionDate = ReadNumber(value).value_or(0);
+  if (key == "IntStaticDeg") draft.degree = ReadInteger(value);
 }
 
-Draft ReadShdf(Lines lines) {
+Draft ReadShdf(Lines& lines) {
+  constexpr std::string_view kInternal = "I,", kExternal = "E,";
   Draft draft;
   while (const auto line = lines.Next()) {
+    if (line->starts_with('#') || line->starts_with(kExternal)) continue;
     if (line->starts_with('%')) {
       if (!draft.terms.empty()) break;  // the next model
       ReadShdfHeader(*line, draft);
-    } else if (const auto term = ReadShdfTerm(*line)) {
-      draft.terms.push_back(*term);
+    } else if (line->starts_with(kInternal)) {
+      draft.terms.push_back(ReadTerm(Fields(line->substr(kInternal.size()), ','), "0", lines));
+    } else {
+      throw CoefficientFault{lines.Number(), "a row \"I,n,m,g,h,gdot,hdot\" belongs there"};
     }
   }
+  if (!draft.epoch) throw CoefficientFault{0, "the line \"%ModelStartDate: YEAR\" is missing"};
   return draft;
 }
 
+/// Every term up to the highest degree, once.
+void CheckComplete(const Draft& draft, int degree) {
+  std::vector<bool> given(TermCount(degree));
+  for (const GaussTerm& term : draft.terms) {
+    const std::size_t index = TermIndex(term.n, term.m);
+    if (given[index])
+      throw CoefficientFault{0, "the term of degree " + std::to_string(term.n) + " and order " +
+                                    std::to_string(term.m) + " is given twice"};
+    given[index] = true;
+  }
+  const std::size_t terms = given.size() - 1;  // index 0 is none
+  if (draft.terms.size() != terms)
+    throw CoefficientFault{0, std::to_string(terms - draft.terms.size()) + " of the " +
+                                  std::to_string(terms) + " terms up to degree " +
+                                  std::to_string(degree) + " are missing"};
+}
+
 std::unique_ptr<WMMtype_MagneticModel> BuildModel(const Draft& draft) {
-  if (!draft.epoch || draft.terms.empty()) return nullptr;
-  const int degree = std::ranges::max(draft.terms, {}, &GaussTerm::n).n;
-  if (degree > kMaxMagneticDegree) return nullptr;
+  if (draft.terms.empty()) throw CoefficientFault{0, "there are no coefficients"};
+  const int highest = std::ranges::max(draft.terms, {}, &GaussTerm::n).n;
+  const int degree = draft.degree.value_or(highest);
+  if (degree != highest)
+    throw CoefficientFault{0, "the highest degree is " + std::to_string(highest) +
+                                  ", the file states " + std::to_string(degree)};
+  CheckComplete(draft, degree);
 
   auto model = AllocateMagneticModel(degree);
   if (!model) return nullptr;
@@ -144,44 +137,22 @@ std::unique_ptr<WMMtype_MagneticModel> BuildModel(const Draft& draft) {
   return model;
 }
 
-std::optional<std::string> ReadSmallFile(const char* path) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  if (!path || !fs::is_regular_file(path, error)) return std::nullopt;
-  const std::uintmax_t size = fs::file_size(path, error);
-  if (error || size > kMaxFileBytes) return std::nullopt;
-
-  std::string text(static_cast<std::size_t>(size), '\0');
-  std::ifstream file(path, std::ios::binary);
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(file.gcount()));
-  return text;
+std::unique_ptr<WMMtype_MagneticModel> ModelOf(std::string_view text) {
+  Lines lines(text);
+  return BuildModel(magnetic::FirstLineOf(text).starts_with('%') ? ReadShdf(lines)
+                                                                 : ReadCof(lines));
 }
 
 }  // namespace
 
-std::unique_ptr<WMMtype_MagneticModel> ParseCoefficients(std::string_view text) noexcept {
-  try {
-    return BuildModel(text.starts_with('%') ? ReadShdf(Lines(text)) : ReadCof(Lines(text)));
-  } catch (const std::exception&) {
-    return nullptr;  // no memory
-  }
+std::unique_ptr<WMMtype_MagneticModel> ParseCoefficients(std::string_view text,
+                                                         CoefficientFault* fault) noexcept {
+  return Attempt(fault, [&] { return ModelOf(text); });
 }
 
-std::unique_ptr<WMMtype_MagneticModel> ReadCoefficientFile(const char* path) noexcept {
-  try {
-    const auto text = ReadSmallFile(path);
-    return text ? ParseCoefficients(*text) : nullptr;
-  } catch (const std::exception&) {
-    return nullptr;  // no memory, or a path that the system cannot represent
-  }
-}
-
-int CountMissingTerms(const WMMtype_MagneticModel& model) noexcept {
-  int missing = 0;
-  for (std::size_t i = 1; i < model.g.size(); ++i)
-    missing += model.g[i] == 0 && model.h[i] == 0 && model.gDot[i] == 0 && model.hDot[i] == 0;
-  return missing;
+std::unique_ptr<WMMtype_MagneticModel> ReadCoefficientFile(const char* path,
+                                                           CoefficientFault* fault) noexcept {
+  return Attempt(fault, [&] { return ModelOf(magnetic::TextOfFile(path)); });
 }
 
 }  // namespace zel_cs::geomath

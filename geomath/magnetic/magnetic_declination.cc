@@ -36,6 +36,7 @@ std::mutex initialization;
 void Log(int line, const char* text = "") { zel_logging::zel_err_log(kLogFile, line, text); }
 
 double YearOf(const SYSTEMTIME& date) {
+  if (date.wMonth == 0) return date.wYear;
   if (const auto year = DecimalYear(date.wYear, date.wMonth, date.wDay)) return *year;
   Log(kBadDateLine);
   return date.wYear;

@@ -10,7 +10,8 @@ namespace zel_cs::geomath {
 
 /// Magnetic declination, inclination and total intensity at a point and date, by the World Magnetic
 /// Model: that of a coefficient file when the object names one that can be read, else the built-in
-/// WMM-2010. For many points at one date MagneticField does the same work far faster.
+/// WMM-2010 (Kept: whatever the date is; MagneticField takes the built-in model of the date). For many
+/// points at one date MagneticField does the same work far faster.
 ///
 /// Construction is safe from several threads; objects may be used from several threads at once.
 class GEOMATH_API TMagneticDeclination {
@@ -26,10 +27,11 @@ class GEOMATH_API TMagneticDeclination {
   /// month and day. Results: declination and inclination in degrees, total intensity in nT; each is
   /// computed in double precision and rounded once.
   ///
-  /// A file that cannot be read gives way to the built-in model without a message. Messages, all
-  /// from "MagneticDeclination": line 88 with an empty text when the built-in model is used for a
-  /// year after 2015 (Kept: not for 2015 itself, which the model ends with the beginning of); line
-  /// 124 with an empty text when the calendar has no such date, whose year is then taken as it is.
+  /// A file that cannot be read, or is damaged, gives way to the built-in model without a message.
+  /// Messages, all from "MagneticDeclination": line 88 with an empty text when the built-in model is
+  /// used for a year after 2015 (Kept: not for 2015 itself, which the model ends with the beginning
+  /// of); line 124 with an empty text when the calendar has no such date, whose year is then taken
+  /// as it is. Month 0 means the year as it is, without a message.
   /// The computation goes on after either. False, with the results untouched, only when there is
   /// no memory; the message then says so.
   bool computeMagneticDeclination(const float& lat, const float& lon, const float& height,

@@ -28,9 +28,7 @@ struct MagneticPoint {
 };
 
 /// One standard deviation of the elements that a model's publisher states for its years; it covers
-/// what no such model contains (crust, disturbances), so it dwarfs any error of computation. The
-/// figures were entered from memory of the technical reports and agree among themselves; they have
-/// not been compared with a printed copy.
+/// what no such model contains (crust, disturbances), so it dwarfs any error of computation.
 struct MagneticUncertainty {
   /// nT.
   double x, y, z, h, f;
@@ -42,6 +40,23 @@ struct MagneticErrorModel;
 namespace magnetic {
 struct Series;
 }  // namespace magnetic
+
+/// How far a compass can be relied upon: the horizontal intensity that turns its needle is sound, or
+/// so weak that the publishers of the model advise caution or none.
+enum class CompassZone {
+  sound,     ///< from kCautionZone up, or not a number
+  caution,   ///< below kCautionZone: the "caution zone"
+  blackout,  ///< below kBlackoutZone: the "blackout zone" around the magnetic poles
+};
+
+/// The horizontal intensities at which the zones end, nT (Chulliat et al. 2020, section 1.8).
+inline constexpr double kCautionZone = 6000, kBlackoutZone = 2000;
+
+/// The zone of a horizontal intensity, nT.
+constexpr CompassZone CompassZoneOf(double h) {
+  if (h < kBlackoutZone) return CompassZone::blackout;
+  return h < kCautionZone ? CompassZone::caution : CompassZone::sound;
+}
 
 /// One term of the sums, as MagneticField keeps it: what multiplies cos mλ and sin mλ in the field,
 /// nT, and in its yearly change, nT per year. Coefficients are in Gauss normalisation.
@@ -76,6 +91,9 @@ class GEOMATH_API MagneticField {
   /// The model at a decimal year (see DecimalYear). Dates outside the model's years extrapolate.
   MagneticField(const WMMtype_MagneticModel& model, double decimalYear);
 
+  /// The built-in model of that year (see BuiltInMagneticModel).
+  explicit MagneticField(double decimalYear);
+
   /// The field at a point and its yearly change.
   MagneticPoint At(double latitude, double longitude, double height) const noexcept;
 
@@ -100,8 +118,8 @@ class GEOMATH_API MagneticField {
   bool InModelYears() const { return inModelYears_; }
 
   /// The stated uncertainty of the model at a point with horizontal intensity `h` (nT), after the
-  /// model's name: WMM-2015, WMM-2015v2, WMM-2020 and WMM-2025. Nothing for other models. That of
-  /// the declination (degrees) grows as 1/h, without limit.
+  /// model's name: WMM-2015, WMM-2015v2, WMM-2020, WMM-2025 and WMMHR-2025. Nothing for other
+  /// models. That of the declination (degrees) grows as 1/h, without limit.
   std::optional<MagneticUncertainty> Uncertainty(double h) const noexcept;
 
  private:

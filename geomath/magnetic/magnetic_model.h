@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -52,5 +53,23 @@ GEOMATH_API bool StoreTerm(WMMtype_MagneticModel& model, const GaussTerm& term) 
 
 /// The built-in World Magnetic Model 2010; null when there is no memory.
 GEOMATH_API std::unique_ptr<WMMtype_MagneticModel> Wmm2010Model() noexcept;
+
+/// Models of years that follow each other, in the order of their epochs: what covers more time than
+/// one model does. A reference field whose coefficients are linear between its epochs is one model
+/// for each pair of them, all of one name.
+using MagneticModelSeries = std::vector<WMMtype_MagneticModel>;
+
+/// The one whose years hold the date: each serves from its epoch to the next one's. The first serves
+/// earlier dates, too, and the last later ones. `models` must not be empty.
+GEOMATH_API const WMMtype_MagneticModel& ModelOfYear(std::span<const WMMtype_MagneticModel> models,
+                                                     double decimalYear) noexcept;
+
+/// All models that the library carries: WMM-2010, WMM-2015v2, WMM-2020 and WMM-2025. Throws
+/// std::bad_alloc.
+GEOMATH_API MagneticModelSeries BuiltInMagneticModels();
+
+/// The one of them that ModelOfYear names; null when there is no memory.
+GEOMATH_API std::unique_ptr<WMMtype_MagneticModel> BuiltInMagneticModel(
+    double decimalYear) noexcept;
 
 }  // namespace zel_cs::geomath

@@ -1,6 +1,7 @@
 #include <fmt/format.h>
 #include <pybind11/stl.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 #include <string>
@@ -9,6 +10,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/magnetic/decimal_year.h"
+#include "geomath/magnetic/magnetic_field.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
@@ -21,10 +23,13 @@ namespace {
 
 constexpr double kKilometre = 1e-3;  // of a metre
 
-using Model = WMMtype_MagneticModel;
+/// What Python calls a model: one, or several of years that follow each other. Never empty.
+struct ModelObject {
+  MagneticModelSeries parts;
+};
 
 struct FieldObject {
-  std::shared_ptr<Model> model;
+  std::shared_ptr<ModelObject> model;  // of the date: one part
   MagneticField field;
 };
 
@@ -47,10 +52,12 @@ double YearFrom(const py::object& given) {
   return *year;
 }
 
-std::shared_ptr<FieldObject> FieldAt(const std::shared_ptr<Model>& model, const py::object& date) {
-  auto object = std::make_shared<FieldObject>(model, MagneticField(*model, YearFrom(date)));
-  Warn(YearsWarning(object->field, *model, py::str(date)));
-  return object;
+std::shared_ptr<FieldObject> FieldAt(const ModelObject& model, const py::object& date) {
+  const double year = YearFrom(date);
+  const WMMtype_MagneticModel& part = ModelOfYear(model.parts, year);
+  Warn(YearsWarning(model.parts, year, py::str(date)));
+  return std::make_shared<FieldObject>(std::make_shared<ModelObject>(MagneticModelSeries{part}),
+                                       MagneticField(part, year));
 }
 
 // Elements in the order of the class MagneticElements of Python.
@@ -104,28 +111,50 @@ py::object Declination(const FieldObject& object, py::object lat, py::object lon
   });
 }
 
-py::tuple StateOf(const Model& m) {
-  return py::make_tuple(m.editionDate, m.epoch, m.modelName, ArrayOf(m.g), ArrayOf(m.h),
-                        ArrayOf(m.gDot), ArrayOf(m.hDot), m.nMax, m.nMaxSecVar,
-                        m.coefficientFileEndDate);
+py::tuple StateOf(const ModelObject& model) {
+  py::list parts;
+  for (const WMMtype_MagneticModel& m : model.parts)
+    parts.append(py::make_tuple(m.editionDate, m.epoch, m.modelName, ArrayOf(m.g), ArrayOf(m.h),
+                                ArrayOf(m.gDot), ArrayOf(m.hDot), m.nMax, m.nMaxSecVar,
+                                m.coefficientFileEndDate));
+  return py::tuple(parts);
 }
 
-std::shared_ptr<Model> FromState(const py::tuple& s) {
+WMMtype_MagneticModel PartFromState(const py::tuple& s) {
   const auto column = [&](std::size_t i) { return s[i].cast<std::vector<double>>(); };
-  return std::make_shared<Model>(Model{
-      s[0].cast<double>(), s[1].cast<double>(), s[2].cast<std::string>(), column(3), column(4),
-      column(5), column(6), s[7].cast<int>(), s[8].cast<int>(), s[9].cast<double>()});
+  return {s[0].cast<double>(), s[1].cast<double>(), s[2].cast<std::string>(),
+          column(3),           column(4),           column(5),
+          column(6),           s[7].cast<int>(),    s[8].cast<int>(),
+          s[9].cast<double>()};
 }
 
-bool Equal(const Model& a, const Model& b) {
-  return a.modelName == b.modelName && a.epoch == b.epoch &&
-         a.coefficientFileEndDate == b.coefficientFileEndDate && a.g == b.g && a.h == b.h &&
-         a.gDot == b.gDot && a.hDot == b.hDot;
+std::shared_ptr<ModelObject> FromState(const py::tuple& state) {
+  auto model = std::make_shared<ModelObject>();
+  for (const py::handle part : state) model->parts.push_back(PartFromState(part.cast<py::tuple>()));
+  if (model->parts.empty()) throw UserError("MagneticModel: the state holds no model");
+  return model;
 }
 
-std::string ReprOf(const Model& m) {
-  return fmt::format("<MagneticModel {}, {} to {}>", m.modelName, NumberText(m.epoch),
-                     NumberText(m.coefficientFileEndDate));
+bool Equal(const ModelObject& a, const ModelObject& b) {
+  const auto same = [](const WMMtype_MagneticModel& p, const WMMtype_MagneticModel& q) {
+    return p.modelName == q.modelName && p.epoch == q.epoch &&
+           p.coefficientFileEndDate == q.coefficientFileEndDate && p.g == q.g && p.h == q.h &&
+           p.gDot == q.gDot && p.hDot == q.hDot;
+  };
+  return std::equal(a.parts.begin(), a.parts.end(), b.parts.begin(), b.parts.end(), same);
+}
+
+std::string NameOf(const ModelObject& model) {
+  const std::string &first = model.parts.front().modelName, &last = model.parts.back().modelName;
+  return first == last ? first : first + " to " + last;
+}
+
+double EpochOf(const ModelObject& model) { return model.parts.front().epoch; }
+double EndOf(const ModelObject& model) { return model.parts.back().coefficientFileEndDate; }
+
+std::string ReprOf(const ModelObject& m) {
+  return fmt::format("<MagneticModel {}, {} to {}>", NameOf(m), NumberText(EpochOf(m)),
+                     NumberText(EndOf(m)));
 }
 
 py::tuple StateOfField(const FieldObject& f) {
@@ -135,26 +164,32 @@ py::tuple StateOfField(const FieldObject& f) {
 }  // namespace
 
 void BindMagnetic(py::module_& module) {
-  py::class_<Model, std::shared_ptr<Model>> model(module, "MagneticModel", R"(
-A World Magnetic Model.
+  py::class_<ModelObject, std::shared_ptr<ModelObject>> model(module, "MagneticModel", R"(
+A magnetic model, or several of years that follow each other.
 
-    MagneticModel().field("2012-07-01").declination(52.5, 13.4)
-    MagneticModel("WMM2025.COF")
+    MagneticModel().field("2026-05-31").declination(52.5, 13.4)
+    MagneticModel("IGRF14.shc").field("1912-01-01")
 
-path: a coefficient file in either published layout; without it the built-in WMM-2010, made for 2010
-to 2015. Models are immutable, equal when their coefficients are, and can be pickled.
+path: a coefficient file (.COF, SHDF or .shc), or the name of a built-in model, such as "WMM-2010";
+without it all built-in ones, WMM-2010, WMM-2015v2, WMM-2020 and WMM-2025, of which a date takes its
+own. Models are immutable, equal when their coefficients are, and can be pickled.
 
-Raises Error when the file holds no model, or one that was cut off.)");
+Raises Error when the file holds no model, or is damaged.)");
   model.attr("__module__") = "geomath";
   model
       .def(py::init([](const py::object& path) {
-             return std::shared_ptr<Model>(OpenMagneticModel(PathOf(path)));
+             return std::make_shared<ModelObject>(OpenMagneticModels(PathOf(path)));
            }),
            py::arg("path") = py::none())
-      .def_readonly("name", &Model::modelName, "The name that the publisher gives it.")
-      .def_readonly("epoch", &Model::epoch, "First of its years, decimal.")
-      .def_readonly("end", &Model::coefficientFileEndDate, "Last of its years, decimal.")
-      .def_readonly("max_degree", &Model::nMax, "The maximum degree.")
+      .def_property_readonly("name", &NameOf, "The name that the publisher gives it.")
+      .def_property_readonly("epoch", &EpochOf, "First of its years, decimal.")
+      .def_property_readonly("end", &EndOf, "Last of its years, decimal.")
+      .def_property_readonly(
+          "max_degree",
+          [](const ModelObject& m) {
+            return std::ranges::max(m.parts, {}, &WMMtype_MagneticModel::nMax).nMax;
+          },
+          "The maximum degree.")
       .def("field", &FieldAt, py::arg("date"), R"(field(self, date)
 --
 
@@ -162,17 +197,30 @@ The field at a date: anything with year, month and day, a numpy.datetime64, a te
 "2026-05-31", or a decimal year. A UserWarning says when the date is outside the years of the model.)")
       .def("__eq__", &Equal, py::is_operator())
       .def("__hash__",
-           [](const Model& m) { return py::hash(py::make_tuple(m.modelName, m.epoch)); })
+           [](const ModelObject& m) { return py::hash(py::make_tuple(NameOf(m), EpochOf(m))); })
       .def("__repr__", &ReprOf)
-      .def(py::pickle([](const Model& m) { return StateOf(m); }, &FromState));
+      .def(py::pickle(&StateOf, &FromState));
 
   py::class_<FieldObject, std::shared_ptr<FieldObject>> field(module, "MagneticField", R"(
-The magnetic field of a model at one date; made by MagneticModel.field.
+The magnetic field at one date.
+
+    MagneticField("2026-05-31").declination(52.5, 13.4)
+
+date: as MagneticModel.field takes it, which makes the fields of other models than the built-in ones.
+
+Where the horizontal intensity is below CAUTION_ZONE a compass is not to be relied upon, below
+BLACKOUT_ZONE it is of no use (nT).
 
 Positions are geodetic latitude and longitude and the height above the WGS84 ellipsoid in metres. A
 position that is not finite gives NaN. Fields are immutable and can be pickled.)");
   field.attr("__module__") = "geomath";
-  field.def_readonly("model", &FieldObject::model, "The model.")
+  field.attr("CAUTION_ZONE") = kCautionZone;
+  field.attr("BLACKOUT_ZONE") = kBlackoutZone;
+  field
+      .def(
+          py::init([](const py::object& date) { return FieldAt({BuiltInMagneticModels()}, date); }),
+          py::arg("date"))
+      .def_readonly("model", &FieldObject::model, "The model of the date.")
       .def_property_readonly(
           "decimal_year", [](const FieldObject& f) { return f.field.DecimalYear(); },
           "The date as a year and its elapsed fraction.")
@@ -206,16 +254,17 @@ How much the elements change in a year, as `elements` gives them.)")
           py::is_operator())
       .def("__hash__",
            [](const FieldObject& f) {
-             return py::hash(py::make_tuple(f.model->modelName, f.field.DecimalYear()));
+             return py::hash(py::make_tuple(NameOf(*f.model), f.field.DecimalYear()));
            })
       .def("__repr__",
            [](const FieldObject& f) {
-             return fmt::format("<MagneticField of {} at {}>", f.model->modelName,
+             return fmt::format("<MagneticField of {} at {}>", NameOf(*f.model),
                                 NumberText(f.field.DecimalYear()));
            })
       .def(py::pickle(&StateOfField, [](const py::tuple& state) {
-        const auto of = state[0].cast<std::shared_ptr<Model>>();
-        return std::make_shared<FieldObject>(of, MagneticField(*of, state[1].cast<double>()));
+        const auto of = state[0].cast<std::shared_ptr<ModelObject>>();
+        const auto year = state[1].cast<double>();
+        return std::make_shared<FieldObject>(of, MagneticField(ModelOfYear(of->parts, year), year));
       }));
 }
 

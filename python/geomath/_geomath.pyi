@@ -1,6 +1,6 @@
 from collections.abc import Mapping
 from os import PathLike
-from typing import Any, Literal, Protocol, TypeAlias, final, overload
+from typing import Any, ClassVar, Literal, Protocol, TypeAlias, final, overload
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
@@ -316,6 +316,9 @@ class MagneticModel:
 
 @final
 class MagneticField:
+    CAUTION_ZONE: ClassVar[float]
+    BLACKOUT_ZONE: ClassVar[float]
+    def __init__(self, date: _Date | np.datetime64 | str | float) -> None: ...
     @property
     def model(self) -> MagneticModel: ...
     @property

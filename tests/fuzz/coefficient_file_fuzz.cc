@@ -4,14 +4,15 @@
 #include <cstdlib>
 #include <string_view>
 
-#include "geomath/magnetic/coefficient_file.h"
 #include "geomath/magnetic/magnetic_field.h"
+#include "geomath/magnetic/model_series.h"
 
 using namespace zel_cs::geomath;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  const auto model = ParseCoefficients({reinterpret_cast<const char*>(data), size});
-  if (!model) return 0;
+  const auto models = ParseModelSeries({reinterpret_cast<const char*>(data), size});
+  if (models.empty()) return 0;
+  const WMMtype_MagneticModel* model = &ModelOfYear(models, 2012.5);
   const bool sound = model->nMax >= 1 && model->nMax <= kMaxMagneticDegree &&
                      model->g.size() == TermCount(model->nMax) &&
                      model->hDot.size() == model->g.size() &&

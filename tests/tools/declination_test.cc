@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <filesystem>
 #include <string>
 
@@ -53,10 +54,45 @@ TEST_F(Declination, OnePoint) {
 }
 
 TEST_F(Declination, WarnsOutsideTheYearsOfTheModel) {
-  const ProgramRun run = Run("--date 2016-01-01 -33.875 151.25");
+  const ProgramRun run = Run("--model WMM-2010 --date 2016-01-01 -33.875 151.25");
   EXPECT_EQ(run.status, 0);
   EXPECT_TRUE(Contains(run.err, "outside the years of WMM-2010, 2010 to 2015")) << run.err;
-  EXPECT_TRUE(Contains(run.err, "--model"));
+  EXPECT_TRUE(Contains(Run("--date 2030-02-01 1 2").err, "WMM-2025, 2025 to 2030"));
+}
+
+// Tables of WMM-2020 and WMM-2025 at 80° N 0° E on the ellipsoid.
+TEST_F(Declination, TakesTheBuiltInModelOfTheDate) {
+  EXPECT_NEAR(Printed(Run("--date 2020-01-01 80 0").out, "declination"), -1.28, 0.005);
+  EXPECT_NEAR(Printed(Run("--date 2025-01-01 80 0").out, "declination"), 1.28, 0.005);
+  EXPECT_EQ(Run("--date 2026-11-23 50 14").err, "");
+}
+
+TEST_F(Declination, TableOfYears) {
+  const auto rows = Lines(Run("--years 2010:2025:5 80 0").out);
+  ASSERT_EQ(rows.size(), 5u);
+  EXPECT_EQ(rows[0], "year,declination,inclination,grid_variation,total_nt,model");
+  EXPECT_NEAR(Printed(rows[1], "2010,"), -6.13, 0.005);
+  EXPECT_TRUE(rows[4].starts_with("2025,") && rows[4].ends_with(",WMM-2025")) << rows[4];
+  EXPECT_EQ(Run("--years 2010:2025:5 80 0 -o table.csv").status, 0);
+  EXPECT_EQ(Lines(ReadText(directory_ / "table.csv")), rows);
+
+  WriteText(directory_ / "old.shc",
+            "# IGRF 0\n1 1 2 2 1\n1900 1905\n1 0 -30000 -30000\n1 1 0 0\n1 -1 5000 6000\n");
+  const ProgramRun old = Run("--model old.shc --years 1899:1901 0 0");
+  EXPECT_TRUE(Contains(old.err, "1899 is outside the years of IGRF 0, 1900 to 1905")) << old.err;
+  EXPECT_EQ(Lines(old.out).size(), 4u);
+  // At the equator and longitude 0 east is -h(1,1), north -g(1,0), both times (a/r)³.
+  constexpr double kDegrees = 57.29577951308232, kPrinted = 5.1e-5;
+  EXPECT_NEAR(Printed(old.out, "1901,"), std::atan2(-5200, 30000) * kDegrees, kPrinted);
+}
+
+TEST_F(Declination, NamesTheZonesOfWeakFields) {
+  EXPECT_TRUE(Contains(Run("--date 2026-11-23 85 -130").err, "the blackout zone (below 2000 nT)"));
+  EXPECT_TRUE(Contains(Run("--date 2026-11-23 75 -110").err, "the caution zone (below 6000 nT)"));
+  WriteText(directory_ / "in.csv", "lat,lon,h\n85,-130,0\n50,14,0\n84,-130,0\n75,-110,0\n");
+  const std::string err = Run("--date 2026-11-23 --points in.csv -o out.csv").err;
+  EXPECT_TRUE(Contains(err, "2 of the points lie in the blackout zone")) << err;
+  EXPECT_TRUE(Contains(err, "1 of the points lie in the caution zone")) << err;
 }
 
 TEST_F(Declination, ModelFile) {
@@ -71,7 +107,7 @@ TEST_F(Declination, ModelFile) {
   WriteText(directory_ / "cut.COF", ReadText(path).substr(0, 3000));
   const ProgramRun cut = Run("--model cut.COF --date 2025-01-01 1 2 3");
   EXPECT_EQ(cut.status, 2);
-  EXPECT_TRUE(Contains(cut.err, "terms up to degree")) << cut.err;
+  EXPECT_TRUE(Contains(cut.err, "cut.COF, line 62: holds no magnetic model")) << cut.err;
 
   WriteText(directory_ / "own.COF", ReadText(path));
   EXPECT_EQ(Run("--model own.COF --date 2025-01-01 --grid=0,0,1,1,1 -o own.COF").status, 2);
@@ -145,6 +181,12 @@ TEST_F(Declination, SaysWhatIsWrong) {
       "--date 2012-01-01 --model no.COF 1 2",
       "--date 2012-01-01 --points none.csv -o out.csv",
       "1 2",
+      "--years 2010:2020 --date 2012-01-01 1 2",
+      "--years 2010 1 2",
+      "--years 2020:2010 1 2",
+      "--years 2010:2020:0 1 2",
+      "--years 2010:2020x 1 2",
+      "--years 2010:2020 --points in.csv -o out.csv",
   };
   for (const char* arguments : wrong) {
     const ProgramRun run = Run(arguments);
