@@ -3,8 +3,8 @@
 #include <deque>
 #include <new>
 
+#include "geomath/proj/built_in_projection_types.h"
 #include "geomath/proj/loader_registry.h"
-#include "geomath/proj/proj_types.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -5,7 +5,7 @@
 #include "geomath/export.h"
 #include "geomath/platform/zel_memory.h"
 #include "geomath/platform/zel_string.h"
-#include "geomath/proj/proj_type.h"
+#include "geomath/proj/projection_codes.h"
 
 namespace zel_cs::geomath {
 

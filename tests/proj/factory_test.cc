@@ -12,6 +12,7 @@
 #include <utility>
 #include <vector>
 
+#include "geomath/proj/built_in_projection_types.h"
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
 #include "geomath/proj/methods/albers_ea_conic_proj.h"
@@ -44,7 +45,6 @@
 #include "geomath/proj/methods/tm_nz.h"
 #include "geomath/proj/methods/utm_proj.h"
 #include "geomath/proj/param_table.h"
-#include "geomath/proj/proj_types.h"
 #include "geomath/proj/projection_type.h"
 
 namespace zel_cs::geomath {

@@ -8,7 +8,7 @@
 #include <string>
 #include <type_traits>
 
-#include "geomath/proj/proj_types.h"
+#include "geomath/proj/built_in_projection_types.h"
 
 namespace {
 

@@ -1,4 +1,4 @@
-#include "geomath/proj/proj_types.h"
+#include "geomath/proj/built_in_projection_types.h"
 
 #include <array>
 #include <cstddef>
@@ -250,33 +250,33 @@ std::span<const ProjTypeKey> BuiltInProjTypes() { return kKeys; }
 
 }  // namespace zel_cs::geomath
 
-namespace table = zel_cs::geomath;
+using namespace zel_cs::geomath;
 
-TTMercProjType::TTMercProjType() : TabulatedProjType(table::kTMerc) {}
-TSPC_TM83ProjType::TSPC_TM83ProjType() : TabulatedProjType(table::kTM83) {}
-TSPC_OM83ProjType::TSPC_OM83ProjType() : TabulatedProjType(table::kOM83) {}
-TSPC_LC83ProjType::TSPC_LC83ProjType() : TabulatedProjType(table::kLC83) {}
-TLCProjType::TLCProjType() : TabulatedProjType(table::kLC) {}
-TTM27ProjType::TTM27ProjType() : TabulatedProjType(table::kTM27) {}
-TLC27ProjType::TLC27ProjType() : TabulatedProjType(table::kLC27) {}
-TAK01ProjType::TAK01ProjType() : TabulatedProjType(table::kAK01) {}
-TAK29ProjType::TAK29ProjType() : TabulatedProjType(table::kAK29) {}
-TSterProjType::TSterProjType() : TabulatedProjType(table::kSter) {}
-TTMProjType::TTMProjType() : TabulatedProjType(table::kTM) {}
-TAlbersEAConicProjType::TAlbersEAConicProjType() : TabulatedProjType(table::kAlbers) {}
-TMercatorProjType::TMercatorProjType() : TabulatedProjType(table::kMercator) {}
-TOMProjType::TOMProjType() : TabulatedProjType(table::kOM) {}
-TCassiniProjType::TCassiniProjType() : TabulatedProjType(table::kCassini) {}
-TSwissProjType::TSwissProjType() : TabulatedProjType(table::kSwiss) {}
-TTMSpherProjType::TTMSpherProjType() : TabulatedProjType(table::kTMSpher) {}
-TRSOProjType::TRSOProjType() : TabulatedProjType(table::kRSO) {}
-TColombiaProjType::TColombiaProjType() : TabulatedProjType(table::kColombia) {}
-TLA_MWProjType::TLA_MWProjType() : TabulatedProjType(table::kCounty) {}
-TOM_MWProjType::TOM_MWProjType() : TabulatedProjType(table::kCounty) {}
-TTM_MWProjType::TTM_MWProjType() : TabulatedProjType(table::kCounty) {}
-TRDProjType::TRDProjType() : TabulatedProjType(table::kRD) {}
-TRDTransProjType::TRDTransProjType() : TabulatedProjType(table::kRDTrans) {}
-TDoubleSterProjType::TDoubleSterProjType() : TabulatedProjType(table::kDoubleSter) {}
-TNZMGProjType::TNZMGProjType() : TabulatedProjType(table::kNZMG) {}
-TKROVAKProjType::TKROVAKProjType() : TabulatedProjType(table::kKrovak) {}
-TC_S2000ProjType::TC_S2000ProjType() : TabulatedProjType(table::kCS2000) {}
+TTMercProjType::TTMercProjType() : TabulatedProjType(kTMerc) {}
+TSPC_TM83ProjType::TSPC_TM83ProjType() : TabulatedProjType(kTM83) {}
+TSPC_OM83ProjType::TSPC_OM83ProjType() : TabulatedProjType(kOM83) {}
+TSPC_LC83ProjType::TSPC_LC83ProjType() : TabulatedProjType(kLC83) {}
+TLCProjType::TLCProjType() : TabulatedProjType(kLC) {}
+TTM27ProjType::TTM27ProjType() : TabulatedProjType(kTM27) {}
+TLC27ProjType::TLC27ProjType() : TabulatedProjType(kLC27) {}
+TAK01ProjType::TAK01ProjType() : TabulatedProjType(kAK01) {}
+TAK29ProjType::TAK29ProjType() : TabulatedProjType(kAK29) {}
+TSterProjType::TSterProjType() : TabulatedProjType(kSter) {}
+TTMProjType::TTMProjType() : TabulatedProjType(kTM) {}
+TAlbersEAConicProjType::TAlbersEAConicProjType() : TabulatedProjType(kAlbers) {}
+TMercatorProjType::TMercatorProjType() : TabulatedProjType(kMercator) {}
+TOMProjType::TOMProjType() : TabulatedProjType(kOM) {}
+TCassiniProjType::TCassiniProjType() : TabulatedProjType(kCassini) {}
+TSwissProjType::TSwissProjType() : TabulatedProjType(kSwiss) {}
+TTMSpherProjType::TTMSpherProjType() : TabulatedProjType(kTMSpher) {}
+TRSOProjType::TRSOProjType() : TabulatedProjType(kRSO) {}
+TColombiaProjType::TColombiaProjType() : TabulatedProjType(kColombia) {}
+TLA_MWProjType::TLA_MWProjType() : TabulatedProjType(kCounty) {}
+TOM_MWProjType::TOM_MWProjType() : TabulatedProjType(kCounty) {}
+TTM_MWProjType::TTM_MWProjType() : TabulatedProjType(kCounty) {}
+TRDProjType::TRDProjType() : TabulatedProjType(kRD) {}
+TRDTransProjType::TRDTransProjType() : TabulatedProjType(kRDTrans) {}
+TDoubleSterProjType::TDoubleSterProjType() : TabulatedProjType(kDoubleSter) {}
+TNZMGProjType::TNZMGProjType() : TabulatedProjType(kNZMG) {}
+TKROVAKProjType::TKROVAKProjType() : TabulatedProjType(kKrovak) {}
+TC_S2000ProjType::TC_S2000ProjType() : TabulatedProjType(kCS2000) {}
