@@ -75,7 +75,9 @@ std::string DatumText(const Ellipsoid& global, const Datum& datum) {
       datum.Scale() * 1e6, EllipsoidText(*datum.GetEllipsoid()));
 }
 
-bool IsNorthEast(const wchar_t* axes) { return !axes || std::wstring_view(axes) == L"NE"; }
+bool IsNorthEast(const AxisPair& axes) {
+  return axes.northFirst && axes.northSign > 0 && axes.eastSign > 0;
+}
 
 const PeerRow& PeerOf(const std::string& name) {
   const auto row = std::find_if(std::begin(kPeers), std::end(kPeers),
@@ -90,8 +92,6 @@ const PeerRow& PeerOf(const std::string& name) {
 }
 
 std::string ProjectionText(const TGeoProj& projection, const std::string& name) {
-  if (!IsNorthEast(projection.GetNEAxes()) || !IsNorthEast(projection.GetBLAxes()))
-    throw UserError("--pipeline: only axes \"NE\" can be written for PROJ");
   const PeerRow& row = PeerOf(name);
   const std::vector<ProjectionParameter>& parameters = FindProjection(name)->parameters;
   std::string text =
@@ -272,6 +272,8 @@ std::string ProjPipeline(const Calibration& calibration) {
   const CoordinateChain& chain = calibration.System().Chain();
   if (chain.GetGeoid())
     throw UserError("--pipeline: heights above a geoid cannot be written for PROJ");
+  if (!IsNorthEast(calibration.System().Grid()) || !IsNorthEast(calibration.System().Geographic()))
+    throw UserError("--pipeline: only axes \"NE\" can be written for PROJ");
   const TGeoProj& projection = calibration.Projection();
   const std::string definition = ProjectionText(projection, calibration.ProjectionName());
   const CoordinateColumns lattice = SiteLattice(calibration.Points());

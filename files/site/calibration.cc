@@ -22,14 +22,19 @@ void MoveFileNames(nlohmann::ordered_json& geoid, const std::string& from, const
   }
 }
 
+SiteFrame FrameOf(const CoordinateSystem& system) {
+  const NamedProjection& named = system.Named();
+  const Ellipsoid& local = system.LocalEllipsoid();
+  auto projection =
+      named.kind ? MakeProjection(*named.kind, local.a, local.invF, named.values) : nullptr;
+  return {system.Chain(), std::move(projection), local, system.Geographic(), system.Grid()};
+}
+
 }  // namespace
 
 Calibration::Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
                          const CalibrationOptions& options)
-    : SiteSolution({system.Chain(), system.Projection(), system.LocalEllipsoid(),
-                    system.Geographic(), system.Grid()},
-                   control, options),
-      system_(system) {}
+    : SiteSolution(FrameOf(system), control, options), system_(system) {}
 
 std::string Calibration::ProjectionName() const {
   return system_.Projection() ? system_.ProjectionName() : kOwnProjection;

@@ -7,7 +7,6 @@
 #include <limits>
 #include <utility>
 
-#include "files/system/system_sections.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
@@ -42,13 +41,6 @@ bool HasPosition(const IdenticalPoint& p) {
   return (p.globalFlags & kPlane) == kPlane;
 }
 
-// The chain takes pairs in the order of the axes.
-void PutEastFirst(IdenticalPoint& p) {
-  const std::uint32_t north = p.localFlags & kHasNorth, east = p.localFlags & kHasEast;
-  p.localFlags = (p.localFlags & kHasHeight) | (north ? kHasEast : 0) | (east ? kHasNorth : 0);
-  std::swap(p.localN, p.localE);
-}
-
 // Local coordinates are those after the ground system; the calibration stands before it.
 void LeaveGround(const GridToGround* ground, const std::string& name, IdenticalPoint& p) {
   unsigned long present = p.localFlags;
@@ -62,16 +54,15 @@ void LeaveGround(const GridToGround* ground, const std::string& name, IdenticalP
 IdenticalPoint ToGrid(const CoordinateChain& chain, const SiteFrame& frame,
                       const ControlPoint& point) {
   IdenticalPoint p = point.given;
-  if (!frame.grid.northFirst) PutEastFirst(p);
+  p.localN *= frame.grid.northSign;
+  p.localE *= frame.grid.eastSign;
   LeaveGround(frame.chain.GetGround(), point.name, p);
   if (!HasPosition(p)) return p;
-  double first = p.globalN * kRadPerDeg, second = p.globalE * kRadPerDeg;
-  if (!frame.geographic.northFirst) std::swap(first, second);
-  if (const ChainResult result = chain.ToLocal(first, second, p.globalH); !result)
+  p.globalN *= frame.geographic.northSign * kRadPerDeg;
+  p.globalE *= frame.geographic.eastSign * kRadPerDeg;
+  if (const ChainResult result = chain.ToLocal(p.globalN, p.globalE, p.globalH); !result)
     throw UserError(
         fmt::format("point {}: {} cannot convert it", point.name, ChainStepName(result.failedAt)));
-  p.globalN = first;
-  p.globalE = second;
   return p;
 }
 
@@ -119,9 +110,11 @@ std::int32_t WholeUse(const IdenticalPoint& p) {
          (both & kHasHeight ? PointUseVertical : 0);
 }
 
-SiteSolution::SiteSolution(const SiteFrame& frame, const std::vector<ControlPoint>& control,
-                           const CalibrationOptions& options) {
+SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& control,
+                           const CalibrationOptions& options)
+    : projection_(std::move(frame.projection)) {
   CoordinateChain chain = frame.chain;
+  chain.SetProjection(projection_.get());
   chain.SetLocalization(nullptr);
   chain.SetGround(nullptr);
   for (const ControlPoint& point : control) {
@@ -131,7 +124,7 @@ SiteSolution::SiteSolution(const SiteFrame& frame, const std::vector<ControlPoin
   for (IdenticalPoint& p : points_) pointers_.push_back(&p);
 
   solver_.emplace(pointers_.data(), static_cast<int>(points_.size()), options.fixedScale,
-                  frame.projection, frame.ellipsoid.a, frame.ellipsoid.invF,
+                  projection_.get(), frame.ellipsoid.a, frame.ellipsoid.invF,
                   options.centreOnFirst ? kFirstPoint : kCentreOfExtent);
   if (!solver_->UpdateParameters())
     throw UserError(

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/local/calibration_check.h"
 #include "geomath/local/local_to_grid.h"
@@ -41,19 +42,14 @@ std::optional<std::int32_t> PointUseOf(const std::string& text);
 /// The use for everything that a point has in both systems.
 std::int32_t WholeUse(const zel_cs::geomath::IdenticalPoint& point);
 
-/// Where the north-south coordinate of a pair stands in the caller's axes, as a column of its own:
-/// the chain takes pairs in the order of the axes text, files hold columns with names.
-struct AxisPair {
-  bool northFirst = true;
-};
-
-/// What a site calibration needs of a coordinate system. The solver converts with the projection,
-/// which may be null, and stores factors in it.
+/// What a site calibration needs of a coordinate system.
 struct SiteFrame {
   const zel_cs::geomath::CoordinateChain& chain;
-  zel_cs::geomath::TGeoProj* projection;
+  /// That of the chain, on axes north and east, for the site alone: its factors change. Null where
+  /// the chain has none.
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
   const zel_cs::geomath::Ellipsoid& ellipsoid;  ///< of a projection of the site's own
-  AxisPair geographic, grid;
+  AxisPair geographic, grid;                    ///< of the control's columns
 };
 
 struct CalibrationOptions {
@@ -62,11 +58,12 @@ struct CalibrationOptions {
 };
 
 /// A site calibration of control points: carries the points to the grid of a system (or, without a
-/// projection, to its ellipsoid), solves, and examines the result. It stays where it was made.
+/// projection, to its ellipsoid), solves, and examines the result. Whatever the axes of the columns
+/// are, parameters, points and residuals count to north and east. It stays where it was made.
 class SiteSolution {
  public:
   /// Throws UserError when a point cannot be converted, or the points do not suffice.
-  SiteSolution(const SiteFrame& frame, const std::vector<ControlPoint>& control,
+  SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& control,
                const CalibrationOptions& options);
   SiteSolution(const SiteSolution&) = delete;
   SiteSolution& operator=(const SiteSolution&) = delete;
@@ -83,6 +80,7 @@ class SiteSolution {
   std::vector<std::string> Warnings() const;
 
  private:
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
   std::vector<std::string> names_;
   std::vector<zel_cs::geomath::IdenticalPoint> points_;
   std::vector<zel_cs::geomath::IdenticalPoint*> pointers_;

@@ -47,7 +47,8 @@ class SystemReader {
       system->localization_ = ReadLocalization(
           JsonSection(file_, "localization", top.Object("localization"),
                       {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)}));
-    if (top.Has("ground")) ReadGroundAt(top, *system);
+    if (top.Has("ground"))
+      system->ground_ = ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys));
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
@@ -96,11 +97,11 @@ class SystemReader {
     if (!system.Projection()) section.Fail("grid", "needs a projection: the axes are those of it");
     if (const AxisText* grid = ReadAxisPair(section, "grid")) {
       system.Projection()->SetNEAxes(Widen(grid->text).c_str());
-      system.grid_.northFirst = grid->northFirst;
+      system.grid_ = grid->pair;
     }
     if (const AxisText* geographic = ReadAxisPair(section, "geographic")) {
       system.Projection()->SetBLAxes(Widen(geographic->text).c_str());
-      system.geographic_.northFirst = geographic->northFirst;
+      system.geographic_ = geographic->pair;
     }
   }
 
@@ -124,16 +125,6 @@ class SystemReader {
     system.geoid_ = OpenGeoid(choice);
     system.chain_.SetGeoid(&system.geoid_->Heights(),
                            local ? GeoidFrame::local : GeoidFrame::global);
-  }
-
-  // The chain gives the pair in the order of the axes: exchanged, a rotation turns the other way.
-  void ReadGroundAt(const JsonSection& top, CoordinateSystem& system) const {
-    GridToGround& ground = system.ground_.emplace(
-        ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys)));
-    if (system.grid_.northFirst) return;
-    std::swap(ground.originN, ground.originE);
-    std::swap(ground.offsetN, ground.offsetE);
-    ground.rotation = -ground.rotation;
   }
 
   std::string file_;

@@ -6,7 +6,6 @@
 #include <vector>
 
 #include "files/models/geoid_file.h"
-#include "files/site/site_solution.h"
 #include "files/system/system_sections.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"

@@ -20,8 +20,8 @@ constexpr double kSmallestAxis = 1e5, kLargestAxis = 1e8;  // metres
 constexpr double kLargestHeight = 1e5;                     // metres, of a site
 
 constexpr AxisText kAxes[] = {
-    {"NE", true},  {"NW", true},  {"SE", true},  {"SW", true},
-    {"EN", false}, {"WN", false}, {"ES", false}, {"WS", false},
+    {"NE", {true, 1, 1}},  {"NW", {true, 1, -1}},  {"SE", {true, -1, 1}},  {"SW", {true, -1, -1}},
+    {"EN", {false, 1, 1}}, {"WN", {false, 1, -1}}, {"ES", {false, -1, 1}}, {"WS", {false, -1, -1}},
 };
 
 Ellipsoid ReadNamedEllipsoid(const JsonSection& section) {
@@ -204,6 +204,12 @@ const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key)
   section.Fail(key, fmt::format("is \"{}\": the directions of the first and second coordinate "
                                 "belong there; {}",
                                 Printable(text), SuggestName(text, known)));
+}
+
+AxisPair AxisPairOf(const std::string& text) {
+  for (const AxisText& row : kAxes)
+    if (row.text == text) return row.pair;
+  return {};
 }
 
 LocalToGrid ReadLocalization(const JsonSection& section) {

@@ -43,13 +43,23 @@ struct ProjectionSection {
 /// The projection on the ellipsoid of semi-major axis `a` (metres) and inverse flattening `invF`.
 NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF);
 
+/// The axes of a pair, for what has coordinates in columns with names: which of the two stands first
+/// in a chain's pair, and the signs (1 or -1) that make a northing and an easting of the columns.
+struct AxisPair {
+  bool northFirst = true;
+  double northSign = 1, eastSign = 1;
+};
+
 /// The directions of a pair's coordinates, as AxisRotation knows them.
 struct AxisText {
   const char* text;  ///< "NE", "SW", …
-  bool northFirst;
+  AxisPair pair;
 };
 /// The axes at a key; null when it is absent.
 const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key);
+
+/// The axes of a text that stands for some; north and east for every other.
+AxisPair AxisPairOf(const std::string& text);
 
 /// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
 /// scale, radians), then its height parameters.

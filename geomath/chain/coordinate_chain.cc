@@ -78,8 +78,11 @@ struct CoordinateChain::Block {
       if (!Alive(i)) x[i] = y[i] = h[i] = kNaN;
   }
 
-  void RotateGeographic(const TGeoProj* projection, unsigned int direction) {
+  void TurnGeographic(const TGeoProj* projection, unsigned int direction) {
     if (projection) projection->RotateBLBatch(direction, x, y, count);
+  }
+  void TurnGrid(const TGeoProj* projection, unsigned int direction) {
+    if (projection) projection->RotateNEBatch(direction, x, y, count);
   }
 };
 
@@ -138,7 +141,7 @@ void CoordinateChain::DatumToGlobal(Block& p) const {
 }
 
 void CoordinateChain::ToLocalBlock(Block& p) const {
-  p.RotateGeographic(projection_, kToInternal);
+  p.TurnGeographic(projection_, kToInternal);
   p.CheckLatitudes(ChainStep::input);
 
   const bool geoidFirst = geoid_ && geoidFrame_ == GeoidFrame::global;
@@ -155,11 +158,23 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   if (geoid_ && !geoidFirst) subtractGeoid();
   if (geoid_) std::copy_n(aboveGeoid, p.count, p.h);
 
-  if (projection_) {
-    p.RotateGeographic(projection_, kToUser);
-    p.Check(ChainStep::projection, projection_->ForwardBatch(p.x, p.y, p.count));
-  }
+  if (projection_) GlobalToGrid(p);
   GridToSite(p);
+  p.TurnGrid(projection_, kToUser);
+}
+
+// The batches of a projection speak the caller's axes, all steps here internal ones; turning there
+// and back is exact.
+void CoordinateChain::GlobalToGrid(Block& p) const {
+  p.TurnGeographic(projection_, kToUser);
+  p.Check(ChainStep::projection, projection_->ForwardBatch(p.x, p.y, p.count));
+  p.TurnGrid(projection_, kToInternal);
+}
+
+void CoordinateChain::GridToGlobal(Block& p) const {
+  p.TurnGrid(projection_, kToUser);
+  p.Check(ChainStep::projection, projection_->InverseBatch(p.x, p.y, p.count));
+  p.TurnGeographic(projection_, kToInternal);
 }
 
 void CoordinateChain::GridToSite(Block& p) const {
@@ -227,17 +242,15 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
 }
 
 void CoordinateChain::ToGlobalBlock(Block& p) const {
+  p.TurnGrid(projection_, kToInternal);
   SiteToGrid(p);
-  if (projection_) {
-    p.Check(ChainStep::projection, projection_->InverseBatch(p.x, p.y, p.count));
-    p.RotateGeographic(projection_, kToInternal);
-  }
+  if (projection_) GridToGlobal(p);
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
   if (geoid_)
     HeightToEllipsoid(p);
   else if (datum_)
     DatumToGlobal(p);
-  p.RotateGeographic(projection_, kToUser);
+  p.TurnGeographic(projection_, kToUser);
 }
 
 ChainResult CoordinateChain::RunPoint(BlockStep steps, double& x, double& y, double& h) const {

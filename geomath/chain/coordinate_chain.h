@@ -66,7 +66,9 @@ enum class GeoidFrame : unsigned char {
 ///
 /// Angles are radians, lengths metres. The global pair stands in the geographic axes of the
 /// projection, the local pair in its grid axes (north and east unless they were set); the axes of
-/// the datum are not looked at. Latitudes lie within ±π/2, longitudes may be any finite angle.
+/// the datum are not looked at. All steps work on internal axes: whatever axes are set, a site and
+/// a ground system move and turn northings and eastings, and the result is turned once, at the end.
+/// Latitudes lie within ±π/2, longitudes may be any finite angle.
 ///
 /// Every conversion is const, allocates nothing (a GlobalGeoidHeight does in a thread's first call),
 /// never throws and may run from many threads at once. A projection must have the const form
@@ -127,6 +129,8 @@ class GEOMATH_API CoordinateChain {
   void HeightToEllipsoid(Block& block) const;
   template <class Convert>
   static std::size_t KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
+  void GlobalToGrid(Block& block) const;
+  void GridToGlobal(Block& block) const;
   void GridToSite(Block& block) const;
   void SiteToGrid(Block& block) const;
   ChainResult RunPoint(BlockStep steps, double& x, double& y, double& h) const;

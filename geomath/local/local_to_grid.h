@@ -75,7 +75,9 @@ class GEOMATH_API LocalToGrid {
   /// In place, local to grid. Also false in mode 2. Kept: heights alone cannot be taken back.
   bool ToGrid(double& N, double& E, double& H, unsigned int what) const;
   /// In place, geodetic (radians, metres) to local, and back. False as ToLocal and ToGrid, and when
-  /// the projection fails; coordinates may then hold a partial result.
+  /// the projection fails; coordinates may then hold a partial result. Kept: the pair that a
+  /// projection with grid axes gives goes to ToLocal as it stands, in the order of those axes;
+  /// CoordinateChain converts in north and east and turns the result.
   bool Forward(double& lat, double& lon, double& H, unsigned char what);
   bool Inverse(double& N, double& E, double& H, unsigned char what);
 

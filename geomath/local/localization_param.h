@@ -13,7 +13,9 @@ namespace zel_cs::geomath {
 /// in the local system: a similarity in the plane of a projection and an inclined plane for the
 /// heights, in the model of LocalToGrid. Without a base projection the solver makes a stereographic
 /// one of its own, centred on the site, and takes the points' global coordinates as latitude and
-/// longitude; with one it takes them as grid coordinates of it.
+/// longitude; with one it takes them as grid coordinates of it. Kept: its Inverse, which finds the
+/// geodetic origin and the height scale of one point, speaks the axes of the base projection; the
+/// model speaks north and east, and so a base without axes of its own is wanted.
 ///
 /// The estimators are not a common least-squares adjustment: the rotation is a least-squares fit of
 /// directions from the centroid, the scale the mean of the distance ratios, the shifts carry one

@@ -203,7 +203,7 @@ void TGeoProj::RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t
   for (std::size_t i = 0; i < count; ++i) RotateBL(dir, b[i], l[i]);
 }
 
-void TGeoProj::RotateNEBlock(unsigned int dir, double* n, double* e, std::size_t count) const {
+void TGeoProj::RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const {
   if (IsIdentity() && !HostRotates(*this)) return;
   for (std::size_t i = 0; i < count; ++i) RotateNE(dir, n[i], e[i]);
 }
@@ -216,7 +216,7 @@ std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t co
     if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
     RotateBLBatch(kToInternal, pair[0], pair[1], n);
     ForwardBlock(pair[0], pair[1], n);
-    RotateNEBlock(kToUser, pair[0], pair[1], n);
+    RotateNEBatch(kToUser, pair[0], pair[1], n);
   };
   return ConvertBlocks(convert, count, stride, first, second);
 }
@@ -227,7 +227,7 @@ std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t co
                                     &TGeoProj::InversePoint);
   const auto convert = [&](double* const(&pair)[2], std::size_t n) {
     if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
-    RotateNEBlock(kToInternal, pair[0], pair[1], n);
+    RotateNEBatch(kToInternal, pair[0], pair[1], n);
     InverseBlock(pair[0], pair[1], n);
     RotateBLBatch(kToUser, pair[0], pair[1], n);
   };

@@ -108,7 +108,8 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// The const, thread-safe form of _Inverse; _Inverse and InversePoint likewise.
   virtual bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const;
 
-  /// RotateBL of `count` pairs in place.
+  /// RotateNE and RotateBL of `count` pairs in place.
+  void RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const;
   void RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const;
 
   /// Forward of `count` points in place, axes included; point i stands at index i * stride of both
@@ -166,8 +167,6 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   ProjType type_;       ///< its kind
 
  private:
-  void RotateNEBlock(unsigned int dir, double* n, double* e, std::size_t count) const;
-
   bool flag_;
   bool ellipsoidFixed_ = false;
   CZelStringT<wchar_t> label_;

@@ -36,12 +36,8 @@ struct SolutionObject {
   explicit SolutionObject(std::shared_ptr<CalibrationObject> of);
 
   std::shared_ptr<CalibrationObject> calibration;
-  std::optional<ProjectionObject> projection;  // a copy: the solver stores factors in it
-  bool northFirst = true;                      // the axes of its grid
   std::optional<SiteSolution> solution;
 };
-
-bool NorthFirst(const std::string& axes) { return axes[0] == 'N' || axes[0] == 'S'; }
 
 Ellipsoid EllipsoidOf(const ChainObject& chain) {
   if (chain.datum) return *chain.datum->ellipsoid;
@@ -192,10 +188,7 @@ py::array_t<double> TableOf(const SolutionObject& object, Values values) {
   double* row = table.mutable_data();
   for (std::size_t i = 0; i < points.size(); ++i, row += 3) {
     const std::array<double, 3> v = values(i);
-    const bool swap = !object.northFirst;  // the chain has its pairs in the order of the axes
-    row[0] = v[swap ? 1 : 0];
-    row[1] = v[swap ? 0 : 1];
-    row[2] = v[2];
+    std::copy(v.begin(), v.end(), row);
     for (double* value = row; value != row + 3; ++value)
       if (std::abs(*value) == DBL_MAX) *value = kNaN;
   }
@@ -272,19 +265,14 @@ std::shared_ptr<ChainObject> ChainOf(const SolutionObject& object) {
 
 SolutionObject::SolutionObject(std::shared_ptr<CalibrationObject> of) : calibration(std::move(of)) {
   const ChainObject& chain = *calibration->chain;
-  AxisPair geographic, grid;
-  CoordinateChain steps = chain.chain;
-  if (const auto& given = chain.projection) {
-    projection.emplace(given->kind, given->values, given->a, given->invF, given->gridAxes,
-                       given->geographicAxes);
-    steps.SetProjection(projection->projection.get());
-    grid.northFirst = northFirst = NorthFirst(given->gridAxes);
-    geographic.northFirst = NorthFirst(given->geographicAxes);
-  }
   const Ellipsoid ellipsoid = EllipsoidOf(chain);
-  solution.emplace(SiteFrame{steps, projection ? projection->projection.get() : nullptr, ellipsoid,
-                             geographic, grid},
-                   calibration->control, calibration->options);
+  SiteFrame frame{chain.chain, nullptr, ellipsoid, {}, {}};
+  if (const auto& given = chain.projection) {
+    frame.projection = MakeProjection(given->kind, given->a, given->invF, given->values);
+    frame.geographic = AxisPairOf(given->geographicAxes);
+    frame.grid = AxisPairOf(given->gridAxes);
+  }
+  solution.emplace(std::move(frame), calibration->control, calibration->options);
 }
 
 void BindCalibration(py::module_& module) {

@@ -68,18 +68,40 @@ def test_points_left_out_have_the_residuals_that_the_check_predicts(control: Any
     assert np.isnan(few.residuals[:, 2]).all() and len(few.warnings) >= 1
 
 
-def test_axes_of_the_grid_turn_the_site_and_not_the_table(control: Any) -> None:
+DIRECTIONS = {"N": (0, 1), "E": (1, 1), "S": (0, -1), "W": (1, -1)}  # of (north, east), and the sign
+
+
+def turned(axes: str, pair: Any) -> tuple[float, ...]:
+    return tuple(sign * pair[index] for index, sign in (DIRECTIONS[letter] for letter in axes))
+
+
+@pytest.mark.parametrize("grid", ["NE", "NW", "SE", "SW", "EN", "WN", "ES", "WS"])
+@pytest.mark.parametrize("geographic", ["NE", "WN", "ES", "SW"])
+def test_axes_turn_the_answer_of_north_and_east(control: Any, grid: str, geographic: str) -> None:
     parameters: Any = dict(lat0=52.6, lon0=5.6, scale=1, east0=0, north0=0)
-    results = [
-        Calibration(control, CoordinateChain(projection=projection)).solve()
-        for projection in (
-            Projection("STER", **parameters),
-            Projection("STER", grid_axes="EN", **parameters),
+    ground = GridToGround(scale=1.25, rotation=30, origin_n=5e5, origin_e=1.7e5, offset_n=-7, offset_e=4e3)
+    plain, other = (
+        CoordinateChain(
+            projection=Projection("STER", grid_axes=axes, geographic_axes=of_global, **parameters),
+            ground=ground,
         )
-    ]
-    np.testing.assert_allclose(results[0].residuals, results[1].residuals, rtol=0, atol=1e-8)
-    n, e, h = results[0].chain.to_local(52.5, 5.6, 40)
-    assert results[1].chain.to_local(52.5, 5.6, 40) == pytest.approx((e, n, h), abs=1e-8)
+        for axes, of_global in (("NE", "NE"), (grid, geographic))
+    )
+    signs = {
+        "lat": -1 if "S" in geographic else 1,
+        "lon": -1 if "W" in geographic else 1,
+        "local_n": -1 if "S" in grid else 1,
+        "local_e": -1 if "W" in grid else 1,
+    }
+    wanted = Calibration(control, plain).solve()
+    result = Calibration(columns(control, **{k: s * control[k] for k, s in signs.items()}), other).solve()
+    assert result.localization == wanted.localization
+    np.testing.assert_array_equal(result.residuals, wanted.residuals)
+    n, e, h = wanted.chain.to_local(52.5, 5.6, 40)
+    local = result.chain.to_local(*turned(geographic, (52.5, 5.6)), 40)
+    assert local == pytest.approx((*turned(grid, (n, e)), h), abs=1e-8)
+    back = result.chain.to_global(*local)
+    assert back == pytest.approx((*turned(geographic, (52.5, 5.6)), 40), abs=1e-8)
 
 
 def test_ground_scales_about_its_origin() -> None:

@@ -317,6 +317,56 @@ TEST(CoordinateChain, AxesOfTheProjectionHoldAtBothEnds) {
   EXPECT_FALSE(gb.chain.ToLocal(second = 0.05, first = 1.6, up));  // latitude is the second now
 }
 
+// Every axes text gives the answer of north and east, turned: also after a site and a ground system,
+// whose shifts and slopes are not alike in north and east.
+TEST(CoordinateChain, AxesTurnTheAnswerOfNorthAndEastAfterSiteAndGround) {
+  Britain gb;
+  LocalToGrid site;
+  const double plane[] = {-9e4, 5e4, 1.0003, 0.2}, heights[] = {-48, 1e-5, 7e-5};
+  for (int i = 0; i < 4; ++i) site.SetPlaneParam(plane[i], i, 2);
+  for (int i = 0; i < 3; ++i) site.SetHeightParam(heights[i], i, 2);
+  site.mode = LocalToGrid::kBoth;
+  GridToGround ground;
+  ground.flags |= GridToGround::kHasOrigin;
+  ground.height = 500, ground.rotation = 0.1, ground.offsetN = 7, ground.offsetE = -3000;
+  ground.originN = 2e4, ground.originE = 6e4;
+  gb.chain.SetLocalization(&site);
+  gb.chain.SetGround(&ground);
+  const double lat = 0.95, lon = -0.1, up = 300;
+  double n = lat, e = lon, h = up;
+  ASSERT_TRUE(gb.chain.ToLocal(n, e, h));
+  double backLat = n, backLon = e, backH = h;
+  ASSERT_TRUE(gb.chain.ToGlobal(backLat, backLon, backH));
+
+  constexpr const wchar_t* texts[] = {L"NE", L"NW", L"SE", L"SW", L"EN",
+                                      L"WN", L"ES", L"WS", L"XY"};
+  for (const wchar_t* grid : texts) {
+    for (const wchar_t* geographic : texts) {
+      SCOPED_TRACE(testing::Message() << grid << " from " << geographic);
+      gb.grid.SetNEAxes(grid);
+      gb.grid.SetBLAxes(geographic);
+      const AxisRotation ofGrid(grid), ofGlobal(geographic);
+      double x[2] = {lat, lat}, y[2] = {lon, lon}, z[2] = {up, up};
+      for (const int i : {0, 1}) ofGlobal.Rotate(0, x[i], y[i]);
+      ASSERT_TRUE(gb.chain.ToLocal(x[0], y[0], z[0]));
+      ASSERT_EQ(gb.chain.ToLocalBatch(x + 1, y + 1, z + 1, 1), 1u);
+      double first = n, second = e;
+      ofGrid.Rotate(0, first, second);
+      for (const int i : {0, 1}) {
+        EXPECT_EQ(x[i], first);
+        EXPECT_EQ(y[i], second);
+        EXPECT_EQ(z[i], h);
+      }
+      ASSERT_TRUE(gb.chain.ToGlobal(x[0], y[0], z[0]));
+      first = backLat, second = backLon;
+      ofGlobal.Rotate(0, first, second);
+      EXPECT_EQ(x[0], first);
+      EXPECT_EQ(y[0], second);
+      EXPECT_EQ(z[0], backH);
+    }
+  }
+}
+
 // Grid coordinates of the chain without a site, then the conversions of the two classes.
 TEST(CoordinateChain, SiteAndGroundFollowTheGrid) {
   Britain gb;

@@ -93,6 +93,22 @@ TEST(LocalToGrid, KeepsHeightsAloneFromBeingInverted) {
   EXPECT_FALSE(site.Inverse(p.n, p.e, p.h, 2)) << "without N and E there is no position";
 }
 
+TEST(LocalToGrid, KeepsThePairOfTheProjectionsAxes) {
+  TSterProj ster(kWgs84A, kWgs84InvF, 52 * tolerance::kDegree, 5.5 * tolerance::kDegree, 1, 0, 0);
+  ster.SetNEAxes(L"WN");
+  LocalToGrid site = Site();
+  site.SetProj(&ster);
+  const double lat = 52.05 * tolerance::kDegree, lon = 5.4 * tolerance::kDegree;
+  Triple pair{lat, lon, 10}, p = pair;
+  ASSERT_TRUE(ster.Forward(pair.n, pair.e));
+  EXPECT_GT(pair.n, 0) << "metres to the west";
+  ASSERT_TRUE(site.ToLocal(pair.n, pair.e, pair.h, 3));
+  ASSERT_TRUE(site.Forward(p.n, p.e, p.h, 3));
+  EXPECT_EQ(p, pair);
+  ASSERT_TRUE(site.Inverse(p.n, p.e, p.h, 3));
+  EXPECT_NEAR(p.n, lat, tolerance::kRoundTripRadians);
+}
+
 TEST(LocalToGrid, GoesThroughItsProjectionBothWays) {
   LocalToGrid site = Site();
   const double lat = 52.05 * tolerance::kDegree, lon = 5.4 * tolerance::kDegree;

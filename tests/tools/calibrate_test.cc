@@ -12,9 +12,11 @@
 #include "files/site/calibration.h"
 #include "files/site/control_file.h"
 #include "geomath/base/angle.h"
+#include "geomath/base/axis_rotation.h"
 #include "tests/tools/program.h"
 
 using namespace geomath_tools;
+using zel_cs::geomath::AxisRotation;
 using zel_cs::geomath::kRadPerDeg;
 
 namespace {
@@ -220,6 +222,80 @@ TEST_F(Calibrate, StandsBeforeTheGroundSystemAndKeepsIt) {
 
   Write("half.csv", "lat,lon,h,local_n,local_e,local_h\n52,5,0,1,,2\n");
   EXPECT_TRUE(Contains(Run("half.csv --system system.json -o x.json").err, "one local coordinate"));
+}
+
+// Whatever axes a system has, its control gives the site of north and east, and the saved system
+// gives the coordinates of north and east, turned: with a ground system behind the site, both ways.
+TEST_F(Calibrate, EveryAxesTextGivesTheSiteOfNorthAndEast) {
+  constexpr double kMetres = 1e-9, kRadians = 1e-15;  // the rounding of the site's shifts
+  nlohmann::json json = nlohmann::json::parse(ReadText(kExample + "netherlands.json"));
+  json["ground"] = {{"scale", 1.25},    {"rotation", 30}, {"originN", 5e5},
+                    {"originE", 1.7e5}, {"offsetN", -7},  {"offsetE", 4e3}};
+  const auto plainSystem = ParseSystem(json.dump(), "plain");
+  const auto control = ReadControl(kExample + "control.csv", "");
+  const Calibration plain(*plainSystem, control, {});
+  const auto plainSaved = ParseSystem(plain.SystemText(json.dump(), "a", "a"), "plain");
+  const auto plane = [](const SiteSolution& s, int i) { return s.Site().GetPlaneParam(i, 0); };
+
+  constexpr const char* texts[] = {"NE", "NW", "SE", "SW", "EN", "WN", "ES", "WS"};
+  for (const std::string grid : texts) {
+    for (const std::string geographic : texts) {
+      SCOPED_TRACE(grid + " from " + geographic);
+      const auto sign = [](const std::string& axes, char against) {
+        return axes.find(against) == std::string::npos ? 1.0 : -1.0;
+      };
+      std::vector<ControlPoint> turned = control;
+      for (ControlPoint& point : turned) {
+        point.given.globalN *= sign(geographic, 'S'), point.given.globalE *= sign(geographic, 'W');
+        point.given.localN *= sign(grid, 'S'), point.given.localE *= sign(grid, 'W');
+      }
+      json["axes"] = {{"grid", grid}, {"geographic", geographic}};
+      const auto system = ParseSystem(json.dump(), "turned");
+      const Calibration calibration(*system, turned, {});
+      for (int i = 0; i < 4; ++i) EXPECT_EQ(plane(calibration, i), plane(plain, i)) << i;
+      const auto saved = ParseSystem(calibration.SystemText(json.dump(), "a", "a"), "saved");
+      const AxisRotation ofGrid(std::wstring(grid.begin(), grid.end()).c_str());
+      const AxisRotation ofGlobal(std::wstring(geographic.begin(), geographic.end()).c_str());
+      for (std::size_t i = 0; i < control.size(); ++i) {
+        EXPECT_EQ(calibration.Points()[i].residualE, plain.Points()[i].residualE);
+        const auto& given = control[i].given;
+        double n = given.globalN * kRadPerDeg, e = given.globalE * kRadPerDeg, h = given.globalH;
+        double x = n, y = e, z = h;
+        ofGlobal.Rotate(0, x, y);
+        ASSERT_TRUE(plainSaved->Chain().ToLocal(n, e, h) && saved->Chain().ToLocal(x, y, z));
+        ofGrid.Rotate(0, n, e);
+        EXPECT_NEAR(x, n, kMetres);
+        EXPECT_NEAR(y, e, kMetres);
+        EXPECT_NEAR(z, h, kMetres);
+        ofGrid.Rotate(1, n, e);
+        ASSERT_TRUE(plainSaved->Chain().ToGlobal(n, e, h) && saved->Chain().ToGlobal(x, y, z));
+        ofGlobal.Rotate(0, n, e);
+        EXPECT_NEAR(x, n, kRadians);
+        EXPECT_NEAR(y, e, kRadians);
+      }
+    }
+  }
+}
+
+// The columns of files keep their names: easting first changes nothing that a user sees.
+TEST_F(Calibrate, ControlAndResultColumnsAreThoseOfNorthEastWithEastFirst) {
+  std::string converted[2], localization[2];
+  for (const bool eastFirst : {false, true}) {
+    auto system = nlohmann::json::parse(ReadText(kExample + "netherlands.json"));
+    if (eastFirst) system["axes"] = {{"grid", "EN"}, {"geographic", "EN"}};
+    Write("system.json", system.dump());
+    const ProgramRun run = Run(kExample + "control.csv --system system.json -o site.json");
+    ASSERT_EQ(run.status, 0) << run.err;
+    localization[eastFirst] = nlohmann::json::parse(Read("site.json"))["localization"].dump();
+    for (const char* way : {"check.csv -o n.csv", "n.csv -o - --inverse --columns n,e,h_local"}) {
+      const std::string from = way[0] == 'c' ? kExample : "";
+      const ProgramRun pass = RunProgram(directory_, "convert --system site.json " + from + way);
+      ASSERT_EQ(pass.status, 0) << pass.err;
+      converted[eastFirst] += way[0] == 'c' ? Read("n.csv") : pass.out;
+    }
+  }
+  EXPECT_EQ(localization[true], localization[false]);
+  EXPECT_EQ(converted[true], converted[false]);
 }
 
 TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
