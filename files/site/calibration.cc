@@ -50,14 +50,7 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
     for (std::size_t i = 0; i < values.size(); ++i)
       projection[FindProjection(kOwnProjection)->parameters[i].name] = values[i];
   }
-  nlohmann::ordered_json localization;
-  if (Site().mode & LocalToGrid::kHorizontal)
-    for (int i = 0; i < kPlaneKeys; ++i)
-      localization[kLocalizationKeys[i]] = Site().GetPlaneParam(i, 0);
-  if (Site().mode & LocalToGrid::kVertical)
-    for (int i = 0; i < kHeightKeys; ++i)
-      localization[kLocalizationKeys[kPlaneKeys + i]] = Site().GetHeightParam(i, 0);
-  system["localization"] = localization;
+  system["localization"] = LocalizationSection(Site());
   return system.dump(2) + "\n";
 }
 

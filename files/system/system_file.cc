@@ -45,8 +45,7 @@ class SystemReader {
     if (top.Has("axes")) ReadAxes(top, *system);
     if (top.Has("localization"))
       system->localization_ = ReadLocalization(
-          JsonSection(file_, "localization", top.Object("localization"),
-                      {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)}));
+          JsonSection(file_, "localization", top.Object("localization"), LocalizationKeys()));
     if (top.Has("ground"))
       system->ground_ = ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys));
     CoordinateChain& chain = system->chain_;

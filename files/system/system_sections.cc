@@ -93,6 +93,7 @@ double ReadParameter(const JsonSection& section, const ProjectionParameter& para
 }
 
 static_assert(std::size(kLocalizationKeys) == kPlaneKeys + kHeightKeys);
+constexpr int kRotationKey = 3;  // in kLocalizationKeys
 
 // The scale is given, or derived from the height of the site and the scale of the grid there.
 void ReadGroundScale(const JsonSection& section, GridToGround& ground) {
@@ -212,15 +213,32 @@ AxisPair AxisPairOf(const std::string& text) {
   return {};
 }
 
+std::vector<std::string> LocalizationKeys() {
+  std::vector<std::string> keys(std::begin(kLocalizationKeys), std::end(kLocalizationKeys));
+  keys.push_back(kRotationDegrees);
+  return keys;
+}
+
 LocalToGrid ReadLocalization(const JsonSection& section) {
   const std::string* keys = kLocalizationKeys;
+  const bool radians = section.Has(keys[kRotationKey]);
+  if (radians && section.Has(kRotationDegrees))
+    section.Fail(keys[kRotationKey],
+                 fmt::format("(radians) cannot stand beside \"{}\"", kRotationDegrees));
+  const auto given = [&](int i) {
+    return section.Has(keys[i]) || (i == kRotationKey && section.Has(kRotationDegrees));
+  };
+  const auto read = [&](int i) {
+    if (i == kRotationKey && !radians)
+      return ReadAngle(section, kRotationDegrees, 360) * kRadPerDeg;
+    return section.Number(keys[i], "a parameter of the site calibration");
+  };
   LocalToGrid site;
   const auto readPart = [&](int first, int count, unsigned char mode, auto set) {
     bool any = false;
-    for (int i = 0; i < count; ++i) any = any || section.Has(keys[first + i]);
+    for (int i = 0; i < count; ++i) any = any || given(first + i);
     if (!any) return;
-    for (int i = 0; i < count; ++i)
-      set(section.Number(keys[first + i], "a parameter of the site calibration"), i);
+    for (int i = 0; i < count; ++i) set(read(first + i), i);
     site.mode = static_cast<unsigned char>(site.mode | mode);
   };
   readPart(0, kPlaneKeys, LocalToGrid::kHorizontal,
@@ -232,6 +250,23 @@ LocalToGrid ReadLocalization(const JsonSection& section) {
   if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
     section.Fail(keys[2], "must be above 0");
   return site;
+}
+
+nlohmann::ordered_json LocalizationSection(const LocalToGrid& site) {
+  nlohmann::ordered_json section;
+  if (site.mode & LocalToGrid::kHorizontal) {
+    for (int i = 0; i < kPlaneKeys; ++i) {
+      const double value = site.GetPlaneParam(i, 0);
+      if (i == kRotationKey)
+        section[kRotationDegrees] = value * kDegPerRad;
+      else
+        section[kLocalizationKeys[i]] = value;
+    }
+  }
+  if (site.mode & LocalToGrid::kVertical)
+    for (int i = 0; i < kHeightKeys; ++i)
+      section[kLocalizationKeys[kPlaneKeys + i]] = site.GetHeightParam(i, 0);
+  return section;
 }
 
 GridToGround ReadGround(const JsonSection& section) {

@@ -61,14 +61,20 @@ const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key)
 /// The axes of a text that stands for some; north and east for every other.
 AxisPair AxisPairOf(const std::string& text);
 
-/// Keys of the section "localization": the plane parameters of LocalToGrid in index order (metres,
-/// scale, radians), then its height parameters.
+/// Parameters of the section "localization": the plane parameters of LocalToGrid in index order
+/// (metres, scale, radians), then its height parameters.
 inline constexpr int kPlaneKeys = 4, kHeightKeys = 3;
 inline const std::string kLocalizationKeys[] = {"shiftN", "shiftE", "scale", "rotation",
                                                 "shiftH", "slopeN", "slopeE"};
+/// The key that stands in place of "rotation": degrees, as all angles of a file but that one are.
+inline const std::string kRotationDegrees = "rotationDegrees";
 
 /// The site calibration. A part, horizontal or vertical, is given whole or not at all.
 zel_cs::geomath::LocalToGrid ReadLocalization(const JsonSection& section);
+/// The section of a site calibration, with its rotation in degrees.
+nlohmann::ordered_json LocalizationSection(const zel_cs::geomath::LocalToGrid& site);
+/// All keys that the section may have.
+std::vector<std::string> LocalizationKeys();
 
 /// Keys of a ground system: a scale, or the two that it is derived from; the others may be absent.
 inline const std::vector<std::string> kGroundKeys = {"scale",    "height",  "gridScaleFactor",

@@ -311,11 +311,22 @@ TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
   };
   using nlohmann::json;
   EXPECT_TRUE(Contains(complaint(json::object()), "localization.shiftN\" is missing"));
-  EXPECT_TRUE(Contains(complaint({{"shiftN", 1}, {"shiftE", 1}, {"scale", 1}}), "rotation"));
+  EXPECT_TRUE(Contains(complaint({{"shiftN", 1}, {"shiftE", 1}, {"scale", 1}}), "rotationDegrees"));
   EXPECT_TRUE(Contains(complaint({{"shiftN", 1}, {"shiftE", 1}, {"scale", 0}, {"rotation", 0}}),
                        "scale\" must be above 0"));
   EXPECT_TRUE(Contains(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slope", 0}}), "slope"));
   EXPECT_EQ(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slopeE", 0}}), "");
+
+  json plane = {{"shiftN", 1}, {"shiftE", 1}, {"scale", 1}, {"rotationDegrees", 30}};
+  const auto rotation = [&] {
+    site["localization"] = plane;
+    return ParseSystem(site.dump(), "s")->Chain().GetLocalization()->GetPlaneParam(3, 0);
+  };
+  EXPECT_EQ(rotation(), 30 * kRadPerDeg);
+  plane["rotation"] = 0.5;
+  EXPECT_TRUE(Contains(complaint(plane), "rotation\" (radians) cannot stand beside"));
+  plane.erase("rotationDegrees");
+  EXPECT_EQ(rotation(), 0.5) << "radians, as older files have it";
 }
 
 namespace {
