@@ -1,5 +1,6 @@
 #include "geomath/local/localization_param.h"
 
+#include <algorithm>
 #include <cfloat>
 #include <cmath>
 
@@ -50,10 +51,15 @@ struct Direction {
   double n, e;
 };
 
-// The unit vector along (n, e); a zero vector stays zero.
-Direction UnitVector(double n, double e) {
+// The unit vector along (n, e); a vector no longer than `rounding` is zero, and stays so.
+Direction UnitVector(double n, double e, double rounding) {
   const double length = std::sqrt(n * n + e * e);
-  return length == 0 ? Direction{0, 0} : Direction{n / length, e / length};
+  return length <= rounding ? Direction{0, 0} : Direction{n / length, e / length};
+}
+
+// How far the mean of `count` equal points can lie from them, by its rounding alone.
+double RoundingOfMean(double n, double e, int count) {
+  return count * DBL_EPSILON * std::max(std::abs(n), std::abs(e));
 }
 
 }  // namespace
@@ -65,11 +71,7 @@ TLocalizationParam::TLocalizationParam(IdenticalPoint** points, int count, bool 
   Init();
 }
 
-TGeoProj* TLocalizationParam::GetBaseProjection() const {
-  // The solver's own projection is a cache of the last point besides, so that a const query hands
-  // it out writable like a base projection.
-  return base_ ? base_ : const_cast<TSterProj*>(&*own_);
-}
+TGeoProj* TLocalizationParam::GetBaseProjection() const { return base_ ? base_ : &*own_; }
 
 template <class Visit>
 void TLocalizationParam::ForEach(Test usable, Visit visit) const {
@@ -224,6 +226,18 @@ void TLocalizationParam::ProjectPoints() {
   }
 }
 
+// The mean global position of points of which there is one at least.
+TLocalizationParam::Pair TLocalizationParam::CentreOf(Test usable) const {
+  Pair sum;
+  double count = 0;
+  ForEach(usable, [&](const IdenticalPoint& p) {
+    sum.n += p.globalN;
+    sum.e += p.globalE;
+    ++count;
+  });
+  return {sum.n / count, sum.e / count};
+}
+
 bool TLocalizationParam::AvgCenter() {
   Pair local, global;
   int count = 0;
@@ -241,8 +255,8 @@ bool TLocalizationParam::AvgCenter() {
 }
 
 bool TLocalizationParam::UpdateParameters() {
-  if (!initialized_) return false;
   horizontalSolved_ = verticalSolved_ = false;
+  if (!initialized_) return false;
 
   if (horizontalCount_ >= 1 && rotationOnlyCount_ >= 1)
     horizontalSolved_ = CalculateRotOnly();
@@ -305,16 +319,20 @@ bool TLocalizationParam::Calculate4ParamsBy1Point() {
 // Least squares on directions: every point observes the unit vector u of its local direction from
 // the centroid as the rotated unit vector g of its global one,
 //   p·gN − q·gE = uN      q·gN + p·gE = uE
-// with p = cos θ and q = sin θ as the unknowns. Zero vectors carry no weight.
+// with p = cos θ and q = sin θ as the unknowns. Zero vectors carry no weight, and points that all
+// stand in one place give no rotation.
 bool TLocalizationParam::CalculateHorRotation(double& theta) {
   if (horizontalCount_ == 0) return false;
   double normal[3] = {0, 0, 0};  // packed 2 × 2
   double right[2] = {0, 0};
+  bool anyDirection = false;
+  const auto direction = [&](double n, double e, Pair centroid) {
+    return UnitVector(n - centroid.n, e - centroid.e, RoundingOfMean(n, e, horizontalCount_));
+  };
   const auto observe = [&](const IdenticalPoint& point) {
-    const Direction g =
-        UnitVector(point.globalN - globalCentroid_.n, point.globalE - globalCentroid_.e);
-    const Direction u =
-        UnitVector(point.localN - localCentroid_.n, point.localE - localCentroid_.e);
+    const Direction g = direction(point.globalN, point.globalE, globalCentroid_);
+    const Direction u = direction(point.localN, point.localE, localCentroid_);
+    anyDirection = anyDirection || u.n != 0 || u.e != 0;
     normal[0] += g.n * g.n + g.e * g.e;
     normal[1] += g.e * g.n - g.n * g.e;
     normal[2] += g.e * g.e + g.n * g.n;
@@ -323,13 +341,14 @@ bool TLocalizationParam::CalculateHorRotation(double& theta) {
   };
   ForEach(&TLocalizationParam::UseForHorParams, observe);
   ForEach(&TLocalizationParam::UseForRotationOnly, observe);
-  if (!InvertPackedSymmetric(normal, 2)) return false;
+  if (!anyDirection || !InvertPackedSymmetric(normal, 2)) return false;
 
   const double p = normal[0] * right[0] + normal[1] * right[1];
   const double q = normal[1] * right[0] + normal[2] * right[1];
   rotationPrecisionFactor_ = std::sqrt(std::abs(normal[0]) + std::abs(normal[2]));
   theta = std::atan2(q, p);
   if (theta < 0) theta += kTwoPi;
+  if (theta >= kTwoPi) theta = 0;  // a turn of less than -4e-16 rounds up to a full one
   return true;
 }
 
@@ -375,18 +394,12 @@ void TLocalizationParam::CalculateScaleBy1Point(double& s) {
 }
 
 // Points in one line leave the slope across it undetermined, which rounding can hide from the
-// factorisation of the normal matrix; coordinates are reduced to their mean for the test.
-bool TLocalizationParam::VerticalPointsInLine() const {
-  double n = 0, e = 0, count = 0;
-  ForEach(&TLocalizationParam::UseForVertParams, [&](const IdenticalPoint& p) {
-    n += p.globalN;
-    e += p.globalE;
-    ++count;
-  });
+// factorisation of the normal matrix.
+bool TLocalizationParam::VerticalPointsInLine(Pair centre) const {
   double nn = 0, ne = 0, ee = 0;
   const auto forEachReduced = [&](auto visit) {
     ForEach(&TLocalizationParam::UseForVertParams,
-            [&](const IdenticalPoint& p) { visit(p.globalN - n / count, p.globalE - e / count); });
+            [&](const IdenticalPoint& p) { visit(p.globalN - centre.n, p.globalE - centre.e); });
   };
   forEachReduced([&](double dN, double dE) {
     nn += dN * dN;
@@ -404,12 +417,16 @@ bool TLocalizationParam::VerticalPointsInLine() const {
   return !(width2 > kInLine * kInLine * (nn + ee));
 }
 
-// d = h0 + aN·x + aE·y over the vertical points, x and y the grid coordinates as they are.
+// d = h0 + aN·N + aE·E over the vertical points, solved with x and y from the mean of the points and
+// carried back: in the coordinates as they are, of 5e6 m, the normal matrix of a site of 200 m by 6 m
+// leaves 69 mm.
 bool TLocalizationParam::Calculate3Params() {
+  const Pair centre = CentreOf(&TLocalizationParam::UseForVertParams);
   double normal[6] = {0, 0, 0, 0, 0, 0};  // packed: Σx², Σxy, Σy², Σx, Σy, n
   double dx = 0, dy = 0, d = 0;
   ForEach(&TLocalizationParam::UseForVertParams, [&](const IdenticalPoint& p) {
-    const double x = p.globalN, y = p.globalE, difference = p.localH - p.globalH;
+    const double x = p.globalN - centre.n, y = p.globalE - centre.e;
+    const double difference = p.localH - p.globalH;
     normal[0] += x * x;
     normal[1] += x * y;
     normal[2] += y * y;
@@ -420,10 +437,10 @@ bool TLocalizationParam::Calculate3Params() {
     dy += difference * y;
     d += difference;
   });
-  if (VerticalPointsInLine() || !InvertPackedSymmetric(normal, 3)) return false;
+  if (VerticalPointsInLine(centre) || !InvertPackedSymmetric(normal, 3)) return false;
   aN_ = normal[0] * dx + normal[1] * dy + normal[3] * d;
   aE_ = normal[1] * dx + normal[2] * dy + normal[4] * d;
-  h0_ = normal[3] * dx + normal[4] * dy + normal[5] * d;
+  h0_ = normal[3] * dx + normal[4] * dy + normal[5] * d - aN_ * centre.n - aE_ * centre.e;
   return true;
 }
 

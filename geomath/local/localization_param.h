@@ -123,14 +123,15 @@ class GEOMATH_API TLocalizationParam {
   void PlaceProjection();
   void ProjectPoints();
   bool AvgCenter();
+  Pair CentreOf(Test usable) const;
   int CountOf(Test usable) const;
-  bool VerticalPointsInLine() const;
+  bool VerticalPointsInLine(Pair centre) const;
 
   IdenticalPoint** points_;
   int count_;
   bool fixScale_;
   TGeoProj* base_;
-  std::optional<TSterProj> own_;
+  mutable std::optional<TSterProj> own_;  // handed out writable like a base, by const queries too
   int placement_;
 
   IdenticalPoint centre_;

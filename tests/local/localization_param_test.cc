@@ -83,8 +83,8 @@ void ExpectStatistics(const site::Statistics& s, const site::Statistics& expecte
 TEST_P(Site, GivesTheExpectedParametersAndResiduals) {
   // The shifts reach 5e5 m; those of a base grid are differences of such figures.
   constexpr double kMetres = 3e-9, kScale = 1e-13, kRadians = 1e-13, kRms = 1e-9;
-  constexpr double kHeight = 2e-7;  // normal equations in coordinates of up to 5e5 m, not centred
-  constexpr double kSlopes = 5e-13;
+  constexpr double kHeight = 3e-9;  // slopes times coordinates of up to 5e5 m
+  constexpr double kSlopes = 5e-15;
 
   const site::Configuration& c = GetParam();
   TDoubleSter grid = NetherlandsGrid();
@@ -191,12 +191,11 @@ TEST(LocalizationParam, EstimatesAsDescribedFromNoisyPoints) {
     EXPECT_GT(std::abs(p.s - kLeastSquaresScale), 1e-5) << "not a least-squares scale";
     EXPECT_GT(std::abs(p.theta - kLeastSquaresTheta), 4e-7) << "nor rotation";
 
-    // At a point: the normal equations in coordinates of 5e6 m lose digits of h0 and the slopes.
     const Slope v = SlopeOf(solver);
     const double expected =
         -251.57592948615751 + 3.8791305182528155e-5 * 5200000 + 5.8919403795207891e-6 * 400000;
-    EXPECT_NEAR(v.h0 + v.aN * 5200000 + v.aE * 400000, expected, 1e-5);
-    EXPECT_NEAR(v.aN, 3.8791305182528155e-5, 1e-9);
+    EXPECT_NEAR(v.h0 + v.aN * 5200000 + v.aE * 400000, expected, kResidual);
+    EXPECT_NEAR(v.aN, 3.8791305182528155e-5, 1e-13);
   }
 }
 
@@ -359,6 +358,79 @@ TEST(LocalizationParam, HeightsInOneLineGiveNoPlane) {
         EXPECT_EQ(points[0].residualH, DBL_MAX);
         EXPECT_NEAR(PlaneOf(solver).theta, 0.4, 1e-9);
       }
+}
+
+// Exact sites of 200 m by some metres in the coordinates of a nation, whose squares leave a normal
+// matrix of nothing but rounding.
+TEST(LocalizationParam, ThePlaneOfANarrowSiteHoldsInNationalCoordinates) {
+  constexpr double kRounding = 2e-8;  // metres: coordinates of 5e6 m in the evaluation
+  constexpr Slope slope{-42.5, 3e-4, -2e-4};
+  for (const double width : {2.0, 6.0, 20.0, 200.0}) {
+    for (const double direction : {0.0, 0.8, 1.6, 2.9}) {
+      SCOPED_TRACE(testing::Message() << width << " m, towards " << direction);
+      std::vector<IdenticalPoint> list;
+      for (int i = 0; i < 6; ++i) {
+        const auto [n, e] = PlaneRotation(direction).Turn(40.0 * i, i % 2 ? width : 0.3 * width);
+        list.push_back(Exact(5200000 + n, 400000 + e, {0, 0, 1, 0}, slope, PointUseBoth));
+      }
+      ControlPoints points(list);
+      TLocalizationParam solver = OnGrid(points);
+      ASSERT_TRUE(solver.UpdateParameters());
+      const Slope v = SlopeOf(solver);
+      for (const IdenticalPoint& p : points) EXPECT_NEAR(p.residualH, 0, kRounding);
+      EXPECT_NEAR(v.aN, slope.aN, kRounding / width);
+      EXPECT_NEAR(v.aE, slope.aE, kRounding / width);
+    }
+  }
+}
+
+// The mean of equal coordinates lies beside them by its rounding, which is no direction.
+TEST(LocalizationParam, PointsInOnePlaceGiveNoRotation) {
+  for (int i = 0; i < 300; ++i) {
+    const double n = 5e6 + 17.3 * i + 0.1, e = 4e5 + 3.7 * i + 0.3;
+    for (const int count : {2, 3, 5, 6, 7, 10, 11, 50, 99, 1000}) {
+      ControlPoints points(std::vector<IdenticalPoint>(
+          static_cast<std::size_t>(count),
+          PointOf(n, e, 10, n / 7 + 0.3, e / 3 + 0.7, 15, PointUseHorizontal)));
+      TLocalizationParam solver = OnGrid(points, true);
+      ASSERT_FALSE(solver.UpdateParameters()) << i << " with " << count;
+    }
+  }
+  // Beside a point for the direction they carry no weight.
+  const Plane plane{10, 20, 1, 0.4};
+  const IdenticalPoint same = Exact(5e6 + 0.1, 4e5 + 0.3, plane, {}, PointUseHorizontal);
+  ControlPoints points({same, same, same, Exact(5e6, 5e5, plane, {}, PointUseRotation)});
+  TLocalizationParam solver = OnGrid(points, true);
+  ASSERT_TRUE(solver.UpdateParameters());
+  EXPECT_NEAR(PlaneOf(solver).theta, 0.4, 1e-12);
+}
+
+TEST(LocalizationParam, RotationStaysBelowAFullTurn) {
+  const auto at = [](double n, double localE) {
+    return PointOf(n, 0, 0, n, localE, 0, PointUseHorizontal);
+  };
+  for (const double turn : {1e-15, 1e-16, 1e-17, 1e-300}) {
+    ControlPoints points({at(1, -turn), at(-1, turn)});
+    TLocalizationParam solver = OnGrid(points);
+    ASSERT_TRUE(solver.UpdateParameters());
+    EXPECT_LT(PlaneOf(solver).theta, 2 * std::numbers::pi) << turn;
+    EXPECT_GE(PlaneOf(solver).theta, 0) << turn;
+  }
+}
+
+TEST(LocalizationParam, AFailedUpdateLeavesNoEarlierSolution) {
+  const Plane plane{10, 20, 1, 0.4};
+  ControlPoints points(
+      {Exact(0, 0, plane, {}, PointUseBoth), Exact(9, 5, plane, {}, PointUseBoth)});
+  TLocalizationParam solver = OnGrid(points);
+  ASSERT_TRUE(solver.UpdateParameters());
+  for (IdenticalPoint& p : points) p.use = PointUseNone;
+  solver.Init();
+  EXPECT_FALSE(solver.UpdateParameters());
+  double a, b, c, d;
+  EXPECT_FALSE(solver.GetPlaneParameters(a, b, c, d));
+  EXPECT_FALSE(solver.GetHeightParameters(a, b, c));
+  EXPECT_EQ(solver.GetInitialization(), 0);
 }
 
 TEST(LocalizationParam, EqualPointsGiveNoHorizontalPart) {
