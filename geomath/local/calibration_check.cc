@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <limits>
 
+#include "geomath/base/angle.h"
 #include "geomath/local/packed_symmetric.h"
 #include "geomath/local/plane_rotation.h"
 
@@ -22,6 +23,12 @@ constexpr double kSuspicious = 3.29;          // two-sided 1 in 1000 of the norm
 constexpr double kThin = 0.1;                 // width over length of nearly one line
 constexpr double kUnusualScale = 1e-3;  // 1000 ppm: beyond any height and map projection in use
 constexpr double kFarOutside = 0.1;     // of the diameter of the control
+constexpr double kSpoils = 2;           // times more precise without the points near the centroid
+
+// Residuals beyond reason: a hundredth of the distances in the site, or a metre, which the
+// distortions of an old network reach over a hundred kilometres.
+constexpr double kUnreasonableShare = 0.01, kUnreasonable = 1, kDistortion = 1e-5;
+constexpr double kMuchBetter = 10;  // a mirrored fit, than the one as it is
 
 /// How one observed coordinate enters the estimated quantities.
 template <std::size_t N>
@@ -63,6 +70,52 @@ struct UnitWeight {
   }
 };
 
+std::vector<IdenticalPoint> CopiesOf(const IdenticalPoint* const* points, int count) {
+  std::vector<IdenticalPoint> copies(static_cast<std::size_t>(count));
+  for (std::size_t i = 0; i < copies.size(); ++i)
+    if (points[i]) copies[i] = *points[i];
+  return copies;
+}
+
+std::vector<IdenticalPoint*> PointersTo(std::vector<IdenticalPoint>& points) {
+  std::vector<IdenticalPoint*> pointers;
+  for (IdenticalPoint& p : points) pointers.push_back(&p);
+  return pointers;
+}
+
+/// A solver of its own for copies of another's points, in the grid that they are in already. A null
+/// point becomes one without coordinates.
+class SolvedAgain {
+ public:
+  SolvedAgain(const IdenticalPoint* const* points, int count, const TLocalizationParam& solved)
+      : copies_(CopiesOf(points, count)),
+        pointers_(PointersTo(copies_)),
+        solver_(pointers_.data(), count, solved.IsScaleFixed(), solved.GetBaseProjection(), 0, 0,
+                0) {}
+
+  IdenticalPoint& operator[](int i) { return copies_[static_cast<std::size_t>(i)]; }
+  const IdenticalPoint* const* Points() const { return pointers_.data(); }
+  const TLocalizationParam& Solver() const { return solver_; }
+
+  /// Solves with the uses that the points have; returns which parts are solved.
+  unsigned Solve() {
+    solver_.Init();
+    return solver_.UpdateParameters() ? solver_.GetInitialization() : 0;
+  }
+
+ private:
+  std::vector<IdenticalPoint> copies_;
+  std::vector<IdenticalPoint*> pointers_;
+  TLocalizationParam solver_;
+};
+
+template <class... Values>
+std::string Printed(const char* format, Values... values) {
+  std::string text(static_cast<std::size_t>(std::snprintf(nullptr, 0, format, values...)), '\0');
+  std::snprintf(text.data(), text.size() + 1, format, values...);
+  return text;
+}
+
 double Standardised(double residual, double sigma, double cofactor) {
   return sigma > 0 && cofactor > kNoRedundancy ? residual / (sigma * std::sqrt(cofactor)) : kNaN;
 }
@@ -84,6 +137,7 @@ CalibrationCheck::CalibrationCheck(const IdenticalPoint* const* points, int coun
   for (int i : Where(&TLocalizationParam::UseForRotationOnly)) directions_.push_back(i);
   CheckPlane();
   CheckHeights();
+  FindPointsNearCentroid();
   LeaveOneOut();
   FindHull(horizontal_.empty() ? vertical_ : horizontal_);
   Warn();
@@ -205,12 +259,13 @@ void CalibrationCheck::CheckPlane() {
 }
 
 // Quantities: height shift at the centroid, aN, aE. Of three and more heights a least-squares plane,
-// whose cofactors are the inverse of the normal matrix; of two their mean.
+// whose cofactors are the inverse of the normal matrix; of two, or of a line, their mean.
 void CalibrationCheck::CheckHeights() {
   double h0, aN, aE;
-  if (vertical_.empty() || !solved_->GetHeightParameters(h0, aN, aE)) return;
+  const bool shifted = HeightsAreShifted();
+  if (vertical_.empty() || !(shifted || solved_->GetHeightParameters(h0, aN, aE))) return;
   const Position centre = Mean(vertical_);
-  const bool plane = vertical_.size() >= 3;
+  const bool plane = !shifted && vertical_.size() >= 3;
   double normal[6] = {0, 0, 0, 0, 0, 0};
   const auto design = [&](double n, double e) -> Influence<3> {
     return {1, plane ? n - centre.n : 0, plane ? e - centre.e : 0};
@@ -247,48 +302,159 @@ void CalibrationCheck::CheckHeights() {
   deviations_.aE = verticalSigma_ * std::sqrt(cofactors.q[2][2]);
 }
 
-// The same solver on the other points, in the grid that the points are in already.
+// Only a caller's own mean shift leaves residuals that the solver has not.
+bool CalibrationCheck::HeightsAreShifted() const {
+  const auto hasResidual = [&](int i) { return std::abs(At(i).residualH) < DBL_MAX; };
+  return vertical_.size() >= 3 && !(solved_->GetInitialization() & 2) &&
+         std::all_of(vertical_.begin(), vertical_.end(), hasResidual);
+}
+
+CalibrationFit CalibrationCheck::Fit(const IdenticalPoint* const* points,
+                                     const TLocalizationParam& site) const {
+  double tN, tE, squares = 0, count = 0;
+  CalibrationFit fit{kNaN, kNaN, kNaN};
+  if (!site.GetPlaneParameters(tN, tE, fit.scale, fit.rotation)) return fit;
+  for (int i : horizontal_) {
+    if (!site.UseForHorParams(i)) continue;
+    const double n = points[i]->residualN, e = points[i]->residualE;
+    squares += n * n + e * e;
+    ++count;
+  }
+  fit.rms = std::sqrt(squares / count);
+  return fit;
+}
+
+// Nearest first: of all numbers of points, the one without which the rotation is most precise. Its
+// cofactor, in local units, is the sum of 1/d² over the square of their number.
+void CalibrationCheck::FindPointsNearCentroid() {
+  constexpr int kLeastLeft = 2;  // horizontal points
+  struct Ray {
+    double distance;
+    int point;
+  };
+  std::vector<Ray> rays;
+  const Position centre = Mean(horizontal_);
+  for (int i : directions_) {
+    const double d = std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e);
+    if (d > 0) rays.push_back({d, i});
+  }
+  std::sort(rays.begin(), rays.end(),
+            [](const Ray& a, const Ray& b) { return a.distance < b.distance; });
+
+  double weakness = 0, cofactor = 0, best = std::numeric_limits<double>::infinity();
+  std::size_t near = 0;
+  int horizontalLeft = 0;
+  for (std::size_t k = rays.size(); k-- > 0;) {
+    const double left = static_cast<double>(rays.size() - k);
+    weakness += 1 / (rays[k].distance * rays[k].distance);
+    cofactor = weakness / (left * left);
+    horizontalLeft += solved_->UseForHorParams(rays[k].point);
+    if (horizontalLeft >= kLeastLeft && cofactor < best) best = cofactor, near = k;
+  }
+  if (near == 0 || cofactor < kSpoils * kSpoils * best) return;
+
+  SolvedAgain others(points_, count_, *solved_);
+  for (std::size_t k = 0; k < near; ++k) others[rays[k].point].use = PointUseNone;
+  if (!(others.Solve() & 1)) return;
+  const CalibrationFit fit = Fit(points_, *solved_),
+                       without = Fit(others.Points(), others.Solver());
+  for (std::size_t k = 0; k < near; ++k)
+    warnings_.push_back(
+        {CalibrationWarning::Kind::nearCentroid, rays[k].point, rays[k].distance, fit, without});
+}
+
 void CalibrationCheck::LeaveOneOut() {
   constexpr std::size_t kLeastHorizontal = 3, kLeastVertical = 4;
   const bool plane = horizontal_.size() >= kLeastHorizontal;
-  const bool heights = vertical_.size() >= kLeastVertical;
+  const bool heights = vertical_.size() >= kLeastVertical && !HeightsAreShifted();
+  if (HeightsAreShifted()) PredictMeanHeights();
   if (!plane && !heights) return;
-  std::vector<IdenticalPoint> copies(checks_.size());
-  std::vector<IdenticalPoint*> pointers(copies.size(), nullptr);
-  for (std::size_t i = 0; i < copies.size(); ++i) {
-    if (!points_[i]) continue;
-    copies[i] = *points_[i];
-    pointers[i] = &copies[i];
-  }
-  TLocalizationParam others(pointers.data(), count_, solved_->IsScaleFixed(),
-                            solved_->GetBaseProjection(), 0, 0, 0);
+  SolvedAgain others(points_, count_, *solved_);
+  const bool spoiled = !warnings_.empty();  // by a point near the centroid
 
   double worstPlane = kExact, worstHeight = kExact;
   for (int i = 0; i < count_; ++i) {
     const bool ofPlane = plane && solved_->UseForHorParams(i);
     const bool ofHeights = heights && solved_->UseForVertParams(i);
     if (!ofPlane && !ofHeights) continue;
-    const auto at = static_cast<std::size_t>(i);
-    copies[at].use = PointUseNone;
-    others.Init();
-    const unsigned solvedParts = others.UpdateParameters() ? others.GetInitialization() : 0;
+    PointCheck& check = checks_[static_cast<std::size_t>(i)];
+    IdenticalPoint& point = others[i];
+    point.use = PointUseNone;
+    const unsigned solvedParts = others.Solve();
     if (ofPlane && (solvedParts & 1)) {
-      checks_[at].predictedN = copies[at].residualN;
-      checks_[at].predictedE = copies[at].residualE;
-      if (const double d = std::hypot(copies[at].residualN, copies[at].residualE); d > worstPlane) {
+      check.predictedN = point.residualN;
+      check.predictedE = point.residualE;
+      if (const double d = std::hypot(point.residualN, point.residualE);
+          !spoiled && d > worstPlane) {
         worstPlane = d;
         worstHorizontal_ = i;
       }
     }
     if (ofHeights && (solvedParts & 2)) {
-      checks_[at].predictedH = copies[at].residualH;
-      if (const double d = std::abs(copies[at].residualH); d > worstHeight) {
+      check.predictedH = point.residualH;
+      if (const double d = std::abs(point.residualH); d > worstHeight) {
         worstHeight = d;
         worstVertical_ = i;
       }
     }
-    copies[at].use = points_[i]->use;
+    point.use = points_[i]->use;
   }
+}
+
+// A residual v against the mean of n is v·n/(n − 1) against the mean of the others.
+void CalibrationCheck::PredictMeanHeights() {
+  const double n = static_cast<double>(vertical_.size());
+  double worst = kExact;
+  for (int i : vertical_) {
+    const double predicted = At(i).residualH * n / (n - 1);
+    checks_[static_cast<std::size_t>(i)].predictedH = predicted;
+    if (std::abs(predicted) <= worst) continue;
+    worst = std::abs(predicted);
+    worstVertical_ = i;
+  }
+}
+
+// The rms of the similarity with a reflection that fits best. With positions from the centroids as
+// complex numbers g = N + iE and l, the fit l = c·conj(g) leaves Σ|l|² − |Σ g·l|²/Σ|g|².
+double CalibrationCheck::MirroredRms() const {
+  const Position centre = Mean(horizontal_);
+  const double count = static_cast<double>(horizontal_.size());
+  Position localCentre{0, 0};
+  for (int i : horizontal_) {
+    localCentre.n += At(i).localN / count;
+    localCentre.e += At(i).localE / count;
+  }
+  double ll = 0, gg = 0, real = 0, imaginary = 0;
+  for (int i : horizontal_) {
+    const double gN = At(i).globalN - centre.n, gE = At(i).globalE - centre.e;
+    const double lN = At(i).localN - localCentre.n, lE = At(i).localE - localCentre.e;
+    ll += lN * lN + lE * lE;
+    gg += gN * gN + gE * gE;
+    real += gN * lN - gE * lE;
+    imaginary += gN * lE + gE * lN;
+  }
+  const double rest = ll - (real * real + imaginary * imaginary) / gg;
+  return std::sqrt(std::max(0.0, rest) / count);
+}
+
+void CalibrationCheck::WarnOfMisfit() {
+  using enum CalibrationWarning::Kind;
+  constexpr std::size_t kLeast = 2, kLeastMirrored = 3;
+  if (horizontal_.size() < kLeast) return;
+  const Position centre = Mean(horizontal_);
+  double distance = 0;
+  for (int i : horizontal_)
+    distance += std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e) /
+                static_cast<double>(horizontal_.size());
+  const double reason =
+      std::min(kUnreasonableShare * distance, std::max(kUnreasonable, kDistortion * distance));
+  const CalibrationFit fit = Fit(points_, *solved_);
+  if (!(fit.rms > reason)) return;
+  const double mirroredRms = MirroredRms();
+  if (horizontal_.size() >= kLeastMirrored && kMuchBetter * mirroredRms < fit.rms)
+    warnings_.push_back({mirrored, -1, mirroredRms, fit, {}});
+  else
+    warnings_.push_back({misfit, -1, distance, fit, {}});
 }
 
 // Counter-clockwise, by the two monotone chains of Andrew (1979).
@@ -337,14 +503,20 @@ void CalibrationCheck::Warn() {
     warnings_.push_back({kind, point, value});
   };
   const std::size_t count = horizontal_.size(), heights = vertical_.size();
+  const bool spoiled =
+      !warnings_.empty();  // by a point near the centroid, which is what to look at
+  if (!spoiled) WarnOfMisfit();
   if (count >= 1 && count <= 2) warn(fewPoints, static_cast<double>(count));
   if (count >= 3 && WidthOverLength(horizontal_) < kThin)
     warn(pointsInLine, WidthOverLength(horizontal_));
   double tN, tE, scale, theta;
   if (solved_->GetPlaneParameters(tN, tE, scale, theta) && !(std::abs(scale - 1) < kUnusualScale))
     warn(scaleFarFromOne, scale);
-  if (heights <= 3) warn(fewHeights, static_cast<double>(heights));
-  if (heights >= 3 && WidthOverLength(vertical_) < kThin)
+  if (HeightsAreShifted())
+    warn(heightsShifted, static_cast<double>(heights));
+  else if (heights <= 3)
+    warn(fewHeights, static_cast<double>(heights));
+  if (!HeightsAreShifted() && heights >= 3 && WidthOverLength(vertical_) < kThin)
     warn(heightsInLine, WidthOverLength(vertical_));
 
   double diameter = 0;
@@ -355,6 +527,7 @@ void CalibrationCheck::Warn() {
     double largest = 0;
     for (const double value : {check.standardN, check.standardE, check.standardH})
       if (std::abs(value) > std::abs(largest)) largest = value;
+    if (spoiled) largest = std::isnan(check.standardH) ? 0 : check.standardH;
     if (std::abs(largest) > kSuspicious) warn(suspiciousPoint, largest, i);
     constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
     const bool unused = points_[i] && points_[i]->use == PointUseNone &&
@@ -367,53 +540,70 @@ void CalibrationCheck::Warn() {
 
 std::string CalibrationWarningText(const CalibrationWarning& warning, std::string_view pointName) {
   using enum CalibrationWarning::Kind;
-  const char* format = "";
-  switch (warning.kind) {
-    case fewPoints:
-      format =
-          "Only %.0f horizontal control point(s): nothing shows an error in them. Use at least "
-          "three, better four or more.";
-      break;
-    case pointsInLine:
-      format =
-          "The horizontal control lies nearly in one line (width/length %.3f): positions far "
-          "to its sides are not controlled.";
-      break;
-    case scaleFarFromOne:
-      format =
-          "The scale %.6f is further from 1 than height and map projection explain: look for "
-          "a wrong unit, a wrong projection or a wrong point.";
-      break;
-    case fewHeights:
-      format = warning.value < 1   ? "No control heights (%.0f): heights are not calibrated."
-               : warning.value < 3 ? "Only %.0f control height(s): a constant shift without "
-                                     "inclination, and nothing shows an error in them."
-                                   : "Only %.0f control heights: the inclined plane fits them "
-                                     "exactly, and nothing shows an error in them.";
-      break;
-    case heightsInLine:
-      format =
-          "The control heights lie nearly in one line (width/length %.3f): the inclination "
-          "across it is not determined.";
-      break;
-    case suspiciousPoint:
-      format =
-          "%s does not fit the others: its residual is %.1f times its standard deviation. "
-          "Check the point, or leave it out.";
-      break;
-    case outsideTheControl:
-      format = "%s lies %.0f m outside the control: the calibration is extrapolated there.";
-      break;
-  }
   std::string name(pointName);
   if (name.empty()) name = "Point " + std::to_string(warning.point + 1);
-  std::string text(300 + name.size(), '\0');
-  const int length =
-      warning.point < 0
-          ? std::snprintf(text.data(), text.size(), format, warning.value)
-          : std::snprintf(text.data(), text.size(), format, name.c_str(), std::abs(warning.value));
-  text.resize(static_cast<std::size_t>(std::max(length, 0)));
-  return text;
+  const double value = warning.value;
+  switch (warning.kind) {
+    case fewPoints:
+      return Printed(
+          "Only %.0f horizontal control point(s): nothing shows an error in them. Use at least "
+          "three, better four or more.",
+          value);
+    case pointsInLine:
+      return Printed(
+          "The horizontal control lies nearly in one line (width/length %.3f): positions far "
+          "to its sides are not controlled.",
+          value);
+    case scaleFarFromOne:
+      return Printed(
+          "The scale %.6f is further from 1 than height and map projection explain: look for "
+          "a wrong unit, a wrong projection or a wrong point.",
+          value);
+    case fewHeights:
+      if (value < 1) return "No control heights (0): heights are not calibrated.";
+      return Printed(value < 3 ? "Only %.0f control height(s): a constant shift without "
+                                 "inclination, and nothing shows an error in them."
+                               : "Only %.0f control heights: the inclined plane fits them "
+                                 "exactly, and nothing shows an error in them.",
+                     value);
+    case heightsInLine:
+      return Printed(
+          "The control heights lie nearly in one line (width/length %.3f): the inclination "
+          "across it is not determined.",
+          value);
+    case suspiciousPoint:
+      return Printed(
+          "%s does not fit the others: its residual is %.1f times its standard deviation. "
+          "Check the point, or leave it out.",
+          name.c_str(), std::abs(value));
+    case outsideTheControl:
+      return Printed("%s lies %.0f m outside the control: the calibration is extrapolated there.",
+                     name.c_str(), value);
+    case nearCentroid:
+      return Printed(
+          "%s lies %.2f m from the centre of the control, where an error of its position turns and "
+          "scales the whole site: rms %.4f m. Without points so near, the site has scale %.10f, "
+          "rotation %.7f degrees and rms %.4f m. Use the point for its height only.",
+          name.c_str(), value, warning.fit.rms, warning.without.scale,
+          warning.without.rotation * kDegPerRad, warning.without.rms);
+    case mirrored:
+      return Printed(
+          "The control does not fit (rms %.3f m), but its mirror image does (rms %.3f m): north "
+          "and east are exchanged in the local or in the global coordinates, or one of them counts "
+          "the other way.",
+          warning.fit.rms, value);
+    case misfit:
+      return Printed(
+          "The horizontal rms of %.3f m is beyond reason for points %.0f m from their centre: look "
+          "for exchanged points, a wrong unit, a wrong coordinate or a wrong projection.",
+          warning.fit.rms, value);
+    case heightsShifted:
+      return Printed(
+          "The %.0f control heights lie in one line, which determines no inclined plane: they have "
+          "a constant shift, their mean, without inclination.",
+          value);
+  }
+  return "";
 }
 
 }  // namespace zel_cs::geomath

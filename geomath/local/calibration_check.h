@@ -32,6 +32,11 @@ struct CalibrationDeviations {
   double aE;        ///< of the slope towards east
 };
 
+/// A horizontal calibration in three figures: scale, rotation (radians), rms of the residuals (metres).
+struct CalibrationFit {
+  double scale, rotation, rms;
+};
+
 /// What is weak about a calibration.
 struct CalibrationWarning {
   /// What is weak, and what `value` then holds.
@@ -43,10 +48,16 @@ struct CalibrationWarning {
     heightsInLine,      ///< heights nearly in one line; value: width over length
     suspiciousPoint,    ///< value: the largest standardised residual of `point`
     outsideTheControl,  ///< an unused point beyond the control; value: the distance, metres
+    nearCentroid,       ///< `point` is so near the centroid that it spoils the site; value: metres
+    mirrored,           ///< the control fits its mirror image; value: the rms of that fit, metres
+    misfit,             ///< the residuals are beyond reason; value: the mean distance, metres
+    heightsShifted,     ///< heights in one line have a mean shift; value: how many
   };
   Kind kind;     ///< what is weak
   int point;     ///< its index, −1 where the warning is not about one point
   double value;  ///< as the kind says
+  /// The site (nearCentroid, mirrored, misfit), and what it is without points near the centroid.
+  CalibrationFit fit = {}, without = {};
 };
 
 /// The warning as a sentence for a surveyor. `pointName` is the name of its point.
@@ -63,6 +74,15 @@ GEOMATH_API std::string CalibrationWarningText(const CalibrationWarning& warning
 /// unit weight is σ0² = vᵀv/tr Qvv (for a least-squares estimate the usual vᵀv over the degrees of
 /// freedom), and the standardised residual is v/(σ0·√qvv) (Baarda 1968, with σ0 estimated as in
 /// Pope 1976). Horizontal and vertical parts have a σ0 each.
+///
+/// A point near the centroid of the control is a danger of its own: the estimators take the unit
+/// direction and the distance ratio of every point with the same weight, while an error of its
+/// position turns and scales by that error over its distance. With distances d the rotation has the
+/// cofactor Σ d⁻²/n²; where leaving out the nearest points divides its square root by two or more,
+/// they are named, with what the site is without them.
+///
+/// Heights in one line give no plane. Where a caller has given such control a mean shift, and its
+/// residuals to all of its points, they are examined as those of a mean.
 ///
 /// Everything is computed at construction; queries are const and may run from many threads.
 class GEOMATH_API CalibrationCheck {
@@ -82,7 +102,8 @@ class GEOMATH_API CalibrationCheck {
   double VerticalSigma() const { return verticalSigma_; }
 
   /// The point that the others predict worst, horizontally or in height; −1 where the points do not
-  /// suffice (three horizontal ones, four heights) or all are exact.
+  /// suffice (three horizontal ones, four heights) or all are exact. Horizontally also −1 where a
+  /// point near the centroid spoils what the others predict.
   int WorstHorizontal() const { return worstHorizontal_; }
   int WorstVertical() const { return worstVertical_; }
 
@@ -103,7 +124,13 @@ class GEOMATH_API CalibrationCheck {
   double WidthOverLength(const std::vector<int>& which) const;
   void CheckPlane();
   void CheckHeights();
+  bool HeightsAreShifted() const;
+  void FindPointsNearCentroid();
   void LeaveOneOut();
+  void PredictMeanHeights();
+  CalibrationFit Fit(const IdenticalPoint* const* points, const TLocalizationParam& site) const;
+  double MirroredRms() const;
+  void WarnOfMisfit();
   void FindHull(const std::vector<int>& control);
   void Warn();
 

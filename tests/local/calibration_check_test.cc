@@ -94,9 +94,8 @@ TEST(CalibrationCheck, PropagatesVariancesThroughTheEstimators) {
 
   Solved solved(NoisyPoints());
   const CalibrationCheck check = solved.Check();
-  // The solver's plane is good to some 1e-6 m here, from normal equations in coordinates of 5e6 m.
-  constexpr double kPrinted = 2e-6, kOfPlane = 1e-4;
-  EXPECT_NEAR(check.VerticalSigma() / 0.022790339510199931, 1, kOfPlane);
+  constexpr double kPrinted = 2e-6;
+  EXPECT_NEAR(check.VerticalSigma() / 0.022790339510199931, 1, kPrinted);
   EXPECT_NEAR(check.Deviations().aN / 2.6339047056978131e-5, 1, kPrinted);
   EXPECT_NEAR(check.Deviations().aE / 1.4760127461749012e-5, 1, kPrinted);
   EXPECT_NEAR(check.Deviations().h0 / 135.71203660429908, 1, kPrinted);
@@ -105,8 +104,8 @@ TEST(CalibrationCheck, PropagatesVariancesThroughTheEstimators) {
                                NAN,        -0.052185857, -0.0017915105};
   for (std::size_t i = 0; i < 6; ++i) {
     if (i == 3) continue;  // horizontal only
-    EXPECT_NEAR(check.Points()[i].standardH, standardH[i], kOfPlane) << i;
-    EXPECT_NEAR(check.Points()[i].predictedH, predictedH[i], kOfPlane) << i;
+    EXPECT_NEAR(check.Points()[i].standardH, standardH[i], kPrinted) << i;
+    EXPECT_NEAR(check.Points()[i].predictedH, predictedH[i], kPrinted) << i;
   }
   EXPECT_EQ(check.WorstVertical(), 2);
 }
@@ -140,6 +139,106 @@ TEST(CalibrationCheck, NamesTheBlunder) {
     EXPECT_EQ(check.WorstVertical(), static_cast<int>((bad + 2) % 6));
     EXPECT_EQ(solved.points[bad].use, PointUseBoth) << "the points are only read";
   }
+}
+
+// Four corners of a kilometre with a centimetre of noise, and a fifth point.
+TEST(CalibrationCheck, NamesThePointNearTheCentroidThatSpoilsTheSite) {
+  constexpr double corners[][2] = {{500, 500}, {500, -500}, {-500, -500}, {-500, 500}};
+  constexpr double noise[][2] = {{0.01, -0.004}, {-0.007, 0.01}, {0.003, 0.008}, {-0.01, -0.006}};
+  const auto site = [&](double fromCentre, bool fifth) {
+    std::vector<IdenticalPoint> list;
+    for (std::size_t i = 0; i < 4; ++i) {
+      const auto [n, e] = corners[i];
+      list.push_back(
+          PointOf(n, e, 20, n + 1000 + noise[i][0], e + 2000 + noise[i][1], 23, PointUseBoth));
+    }
+    list.push_back(PointOf(fromCentre, 0, 20, fromCentre + 1000, 2000.01, 23,
+                           fifth ? PointUseBoth : PointUseVertical));
+    return list;
+  };
+  const auto theWarning = [](const CalibrationCheck& check) {
+    const auto& all = check.Warnings();
+    return std::find_if(all.begin(), all.end(),
+                        [](const auto& w) { return w.kind == Kind::nearCentroid; });
+  };
+  for (const double fromCentre : {1e-3, 1.0, 10.0, 60.0}) {
+    SCOPED_TRACE(fromCentre);
+    Solved spoiled(site(fromCentre, true)), good(site(fromCentre, false));
+    const CalibrationCheck check = spoiled.Check();
+    const auto warning = theWarning(check);
+    ASSERT_NE(warning, check.Warnings().end());
+    EXPECT_EQ(warning->point, 4);
+    EXPECT_NEAR(warning->value, 0.8 * fromCentre, 1e-12) << "a fifth of it moves the centroid";
+    double tN, tE, scale, rotation, rms;
+    ASSERT_TRUE(good.solver.GetPlaneParameters(tN, tE, scale, rotation));
+    ASSERT_TRUE(good.solver.GetDEstimation(rms));
+    EXPECT_EQ(warning->without.scale, scale);
+    EXPECT_EQ(warning->without.rotation, rotation);
+    EXPECT_NEAR(warning->without.rms, rms, 1e-12);
+    ASSERT_TRUE(spoiled.solver.GetDEstimation(rms));
+    EXPECT_NEAR(warning->fit.rms, rms, 1e-12);
+    EXPECT_EQ(check.WorstHorizontal(), -1) << "no corner is to blame";
+    EXPECT_FALSE(Warns(check, Kind::suspiciousPoint) || Warns(check, Kind::misfit));
+  }
+  EXPECT_EQ(Solved(site(300, true)).Check().Warnings().size(), 0u);
+  EXPECT_EQ(Solved(site(10, false)).Check().Warnings().size(), 0u);
+  const std::string text = CalibrationWarningText(
+      {Kind::nearCentroid, 4, 8, {1, 0.1, 0.38}, {1.0000012, 0, 0.0087}}, "P5");
+  EXPECT_EQ(text,
+            "P5 lies 8.00 m from the centre of the control, where an error of its position turns "
+            "and scales the whole site: rms 0.3800 m. Without points so near, the site has scale "
+            "1.0000012000, rotation 0.0000000 degrees and rms 0.0087 m. Use the point for its "
+            "height only.");
+
+  std::vector<IdenticalPoint> two = site(10, true);
+  two.push_back(PointOf(-9, 3, 20, 991.01, 2003, 23, PointUseBoth));
+  const CalibrationCheck both = Solved(two).Check();
+  EXPECT_EQ(std::count_if(both.Warnings().begin(), both.Warnings().end(),
+                          [](const auto& w) { return w.kind == Kind::nearCentroid; }),
+            2);
+}
+
+TEST(CalibrationCheck, TellsAMirrorImageFromAMisfit) {
+  std::vector<IdenticalPoint> exchanged = Exact(), opposite = Exact(), mistyped = Exact();
+  for (IdenticalPoint& p : exchanged) std::swap(p.localN, p.localE);
+  for (IdenticalPoint& p : opposite) p.localE = -p.localE;
+  mistyped[2].localN += 100;
+  for (const auto* mirrored : {&exchanged, &opposite}) {
+    const CalibrationCheck check = Solved(*mirrored).Check();
+    ASSERT_TRUE(Warns(check, Kind::mirrored));
+    EXPECT_FALSE(Warns(check, Kind::misfit));
+    EXPECT_NEAR(check.Warnings()[0].value, 0, 1e-6) << "the mirror image is exact";
+    EXPECT_GT(check.Warnings()[0].fit.rms, 100);
+    EXPECT_NE(CalibrationWarningText(check.Warnings()[0]).find("north and east are exchanged"),
+              std::string::npos);
+  }
+  const CalibrationCheck check = Solved(mistyped).Check();
+  EXPECT_TRUE(Warns(check, Kind::misfit));
+  EXPECT_FALSE(Warns(check, Kind::mirrored));
+  mistyped[2].localN -= 98;  // 2 m in a site of a kilometre
+  EXPECT_FALSE(Warns(Solved(mistyped).Check(), Kind::misfit));
+}
+
+// Heights 5, 1, 3, 3 m above the global ones, in one line: by hand.
+TEST(CalibrationCheck, ExaminesTheMeanShiftOfHeightsInOneLine) {
+  std::vector<IdenticalPoint> line;
+  constexpr double above[] = {5, 1, 3, 3};
+  for (int i = 0; i < 4; ++i)
+    line.push_back(PointOf(100 * i, 100 * i, 20, 100 * i, 100 * i, 20 + above[i], PointUseBoth));
+  Solved solved(line);
+  EXPECT_TRUE(Warns(solved.Check(), Kind::heightsInLine));
+  EXPECT_TRUE(std::isnan(solved.Check().VerticalSigma()));
+  for (std::size_t i = 0; i < 4; ++i) solved.points[i].residualH = above[i] - 3;
+  const CalibrationCheck check = solved.Check();
+  EXPECT_TRUE(Warns(check, Kind::heightsShifted));
+  EXPECT_FALSE(Warns(check, Kind::heightsInLine));
+  const double sigma = std::sqrt((4.0 + 4) / 3);
+  EXPECT_NEAR(check.VerticalSigma(), sigma, 1e-12);
+  EXPECT_NEAR(check.Deviations().h0, sigma / 2, 1e-12);
+  EXPECT_EQ(check.Deviations().aN, 0);
+  EXPECT_NEAR(check.Points()[0].predictedH, 5 - (1 + 3 + 3) / 3.0, 1e-12);
+  EXPECT_NEAR(check.Points()[0].standardH, 2 / (sigma * std::sqrt(3.0 / 4)), 1e-12);
+  EXPECT_EQ(check.WorstVertical(), 0);
 }
 
 TEST(CalibrationCheck, ExactAndScarcePointsHaveNothingToName) {
