@@ -1,7 +1,6 @@
 #include "tools/calibrate_command.h"
 
 #include <cstdio>
-#include <filesystem>
 #include <memory>
 #include <string>
 #include <vector>
@@ -36,8 +35,8 @@ int Calibrate(const CalibrateOptions& options) {
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
   if (!options.report.empty()) {
-    const std::string name = std::filesystem::path(options.control).filename().string();
-    files.push_back({options.report, CalibrationPage(calibration, "Site calibration: " + name)});
+    files.push_back(
+        {options.report, CalibrationPage(calibration, {options.control, options.system})});
   }
   WriteTextFiles(files);
   std::fputs((CalibrationText(calibration) + pipeline).c_str(), stdout);

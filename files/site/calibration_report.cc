@@ -1,11 +1,17 @@
 #include "files/site/calibration_report.h"
 
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 
 #include <algorithm>
 #include <cfloat>
 #include <cmath>
+#include <ctime>
+#include <filesystem>
+#include <iterator>
+#include <span>
 
+#include "files/system/projection_names.h"
 #include "geomath/base/angle.h"
 
 using namespace zel_cs::geomath;
@@ -68,16 +74,61 @@ std::vector<std::string> ResidualRow(const Calibration& calibration, std::size_t
   return row;
 }
 
+constexpr const char* kParameterHeader[] = {"parameter", "value", "deviation"};
+
+constexpr const char* kCoordinateHeader[] = {"point",   "lat",     "lon",    "h",      "local_n",
+                                             "local_e", "local_h", "grid N", "grid E", "H"};
+
+std::vector<std::string> CoordinateRow(const Calibration& calibration, std::size_t i) {
+  constexpr int kMetres = 4, kDegrees = 10;
+  constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
+  std::vector<std::string> row = {calibration.NameOf(i)};
+  for (std::size_t column = 0; column < std::size(kControlColumns); ++column) {
+    const auto value = GetControl(calibration.Control()[i].given, column);
+    row.push_back(value ? Cell(*value, column < 2 ? kDegrees : kMetres) : "");
+  }
+  const IdenticalPoint& p = calibration.Points()[i];
+  const bool placed = (p.globalFlags & kPlane) == kPlane;
+  row.push_back(placed ? Cell(p.globalN, kMetres) : "");
+  row.push_back(placed ? Cell(p.globalE, kMetres) : "");
+  row.push_back(p.globalFlags & kHasHeight ? Cell(p.globalH, kMetres) : "");
+  return row;
+}
+
+std::string FileNameOf(const std::string& path) {
+  return std::filesystem::path(path).filename().string();
+}
+
+std::string ProjectionDescription(const Calibration& calibration) {
+  const ProjectionKind& kind = *FindProjection(calibration.ProjectionName());
+  const std::vector<double> own = OwnProjectionValues(calibration);
+  const std::vector<double>& values =
+      calibration.System().Projection() ? calibration.System().Named().values : own;
+  std::string text = kind.name;
+  for (std::size_t i = 0; i < values.size(); ++i)
+    text += fmt::format("{} {} {}", i == 0 ? ":" : ",", kind.parameters[i].name, values[i]);
+  const Ellipsoid& on = calibration.Projection().GetEllipsoid();
+  return text + fmt::format("; ellipsoid a {}, 1/f {}", on.a, on.invF);
+}
+
+std::vector<std::vector<std::string>> OriginRows(const Calibration& calibration,
+                                                 const CalibrationFiles& files) {
+  const std::string& name = calibration.System().Name();
+  return {{"made", fmt::format("{:%Y-%m-%d %H:%M} UTC", fmt::gmtime(std::time(nullptr)))},
+          {"program", "geomath " GEOMATH_VERSION},
+          {"control", FileNameOf(files.control)},
+          {"system", FileNameOf(files.system) + (name.empty() ? "" : ": " + name)},
+          {"projection", ProjectionDescription(calibration)}};
+}
+
 std::vector<std::string> Estimates(const Calibration& calibration) {
   std::vector<std::string> lines;
   const CalibrationCheck& check = calibration.Check();
-  double rms = 0, angle = 0;
-  if (calibration.Solver().GetInitialization() & 1 && calibration.Solver().GetDEstimation(rms))
-    lines.push_back(fmt::format("Horizontal rms {:.4f} m", rms));
-  if (calibration.Solver().GetInitialization() & 1 &&
-      calibration.Solver().GetEstimations(rms, angle))
+  if (const auto rms = calibration.Rms())
+    lines.push_back(fmt::format("Horizontal rms {:.4f} m", *rms));
+  if (const auto angle = calibration.RotationError())
     lines.push_back(
-        fmt::format("Estimated rotation error {:.3f} arc-seconds", angle * 3600 * kDegPerRad));
+        fmt::format("Estimated rotation error {:.3f} arc-seconds", *angle * 3600 * kDegPerRad));
   if (std::isfinite(check.HorizontalSigma()))
     lines.push_back(
         fmt::format("Standard deviation of a coordinate {:.4f} m", check.HorizontalSigma()));
@@ -116,6 +167,22 @@ std::string Escaped(const std::string& text) {
     }
   }
   return safe;
+}
+
+std::string Table(const char* id, std::span<const char* const> header,
+                  const std::vector<std::vector<std::string>>& rows) {
+  std::string table = fmt::format("<div class=\"wide\"><table id=\"{}\">\n", id);
+  if (!header.empty()) {
+    table += "<tr>";
+    for (const char* cell : header) table += fmt::format("<th>{}</th>", cell);
+    table += "</tr>\n";
+  }
+  for (const std::vector<std::string>& row : rows) {
+    table += "<tr>";
+    for (const std::string& cell : row) table += "<td>" + Escaped(cell) + "</td>";
+    table += "</tr>\n";
+  }
+  return table + "</table></div>\n";
 }
 
 // The largest of 1, 2, 5 times a power of ten that is not above `value`.
@@ -259,8 +326,8 @@ std::string CalibrationText(const Calibration& calibration) {
   return text;
 }
 
-std::string CalibrationPage(const Calibration& calibration, const std::string& title) {
-  const std::string name = Escaped(title);
+std::string CalibrationPage(const Calibration& calibration, const CalibrationFiles& files) {
+  const std::string name = Escaped("Site calibration: " + FileNameOf(files.control));
   std::string page = fmt::format(
       "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n<meta name=\"viewport\" "
       "content=\"width=device-width\">\n<title>{0}</title>\n<style>{1}</style></head><body>\n"
@@ -273,25 +340,24 @@ std::string CalibrationPage(const Calibration& calibration, const std::string& t
     page += "<li>" + Escaped(estimate) + "</li>\n";
   page += "</ul>\n" + Map(calibration).Svg();
 
-  page +=
-      "<h2>Parameters</h2>\n<table id=\"parameters\"><tr><th>parameter</th><th>value</th>"
-      "<th>deviation</th></tr>\n";
+  std::vector<std::vector<std::string>> parameters, residuals, coordinates;
   for (const ParameterRow& row : ParameterRows(calibration))
-    page += fmt::format("<tr><td>{}</td><td>{}</td><td>{}</td></tr>\n", row.name, row.value,
-                        row.deviation);
-  page +=
-      "</table>\n<h2>Residuals</h2>\n<p>Given minus computed, metres (res); the same over their "
-      "standard deviations (std); misfit to a calibration without the point (without).</p>\n"
-      "<div class=\"wide\"><table id=\"residuals\"><tr>";
-  for (const char* header : kResidualHeader) page += fmt::format("<th>{}</th>", header);
-  page += "</tr>\n";
+    parameters.push_back({row.name, row.value, row.deviation});
   for (std::size_t i = 0; i < calibration.Points().size(); ++i) {
-    page += "<tr>";
-    for (const std::string& cell : ResidualRow(calibration, i))
-      page += "<td>" + Escaped(cell) + "</td>";
-    page += "</tr>\n";
+    residuals.push_back(ResidualRow(calibration, i));
+    coordinates.push_back(CoordinateRow(calibration, i));
   }
-  return page + "</table></div>\n</body></html>\n";
+  page += "<h2>Parameters</h2>\n" + Table("parameters", kParameterHeader, parameters);
+  page +=
+      "<h2>Residuals</h2>\n<p>Given minus computed, metres (res); the same over their standard "
+      "deviations (std); misfit to a calibration without the point (without).</p>\n" +
+      Table("residuals", kResidualHeader, residuals);
+  page +=
+      "<h2>Coordinates</h2>\n<p>As given, degrees and metres; and in the grid, before the site: "
+      "northing, easting, height.</p>\n" +
+      Table("coordinates", kCoordinateHeader, coordinates);
+  page += "<h2>Origin</h2>\n" + Table("origin", {}, OriginRows(calibration, files));
+  return page + "</body></html>\n";
 }
 
 }  // namespace geomath_tools

@@ -9,8 +9,14 @@ namespace geomath_tools {
 /// Parameters with deviations, residuals, estimates and warnings as plain text.
 std::string CalibrationText(const Calibration& calibration);
 
+/// The files that a calibration was made of.
+struct CalibrationFiles {
+  std::string control, system;
+};
+
 /// The same as one self-contained HTML page, with a map of the points: residuals drawn as vectors,
-/// enlarged, with a scale bar for the map and one for the vectors.
-std::string CalibrationPage(const Calibration& calibration, const std::string& title);
+/// enlarged, with a scale bar for the map and one for the vectors. It says of what, by which version
+/// and when it was made, and carries all coordinates.
+std::string CalibrationPage(const Calibration& calibration, const CalibrationFiles& files);
 
 }  // namespace geomath_tools

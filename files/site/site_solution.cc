@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <iterator>
 #include <limits>
 #include <utility>
@@ -48,6 +49,14 @@ void LeaveGround(const GridToGround* ground, const std::string& name, IdenticalP
   if (!ground->ToGrid(p.localN, p.localE, p.localH, &present))
     throw UserError(fmt::format(
         "point {}: one local coordinate alone cannot be turned back from the ground system", name));
+}
+
+// A site's own projection stands at the middle of the longitudes: across ±180° they go on.
+void JoinLongitudes(std::vector<IdenticalPoint>& points) {
+  const auto first = std::find_if(points.begin(), points.end(), HasPosition);
+  if (first == points.end()) return;
+  const double near = std::remainder(first->globalE, kTwoPi);
+  for (IdenticalPoint& p : points) p.globalE -= std::round((p.globalE - near) / kTwoPi) * kTwoPi;
 }
 
 // The point in the system's grid; one without a position stays, and will not be used.
@@ -112,25 +121,35 @@ std::int32_t WholeUse(const IdenticalPoint& p) {
 
 SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& control,
                            const CalibrationOptions& options)
-    : projection_(std::move(frame.projection)) {
+    : projection_(std::move(frame.projection)), control_(control) {
   CoordinateChain chain = frame.chain;
   chain.SetProjection(projection_.get());
   chain.SetLocalization(nullptr);
   chain.SetGround(nullptr);
   for (const ControlPoint& point : control) {
-    names_.push_back(point.name);
     points_.push_back(ToGrid(chain, frame, point));
   }
-  for (IdenticalPoint& p : points_) pointers_.push_back(&p);
+  if (!projection_) JoinLongitudes(points_);
+  for (IdenticalPoint& p : points_) {
+    if (options.fixedScale) p.scaleHeight = 0;
+    pointers_.push_back(&p);
+  }
 
   solver_.emplace(pointers_.data(), static_cast<int>(points_.size()), options.fixedScale,
                   projection_.get(), frame.ellipsoid.a, frame.ellipsoid.invF,
                   options.centreOnFirst ? kFirstPoint : kCentreOfExtent);
-  if (!solver_->UpdateParameters())
+  const bool solved = solver_->UpdateParameters();
+  TakeParameters();
+  TakeEstimates();
+  if (!ShiftHeightsInLine() && !solved)
     throw UserError(
         "the control points do not give a calibration: at least one point with global "
         "and local coordinates and a use is needed, and not all in one place");
+  RefuseMissedPoint();
+  check_.emplace(pointers_.data(), static_cast<int>(points_.size()), *solver_);
+}
 
+void SiteSolution::TakeParameters() {
   site_.mode = solver_->GetInitialization();
   site_.SetProj(solver_->GetBaseProjection());
   double v[kPlaneKeys];
@@ -138,7 +157,48 @@ SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& con
     for (int i = 0; i < kPlaneKeys; ++i) site_.SetPlaneParam(v[i], i, 0);
   if (solver_->GetHeightParameters(v[0], v[1], v[2]))
     for (int i = 0; i < kHeightKeys; ++i) site_.SetHeightParam(v[i], i, 0);
-  check_.emplace(pointers_.data(), static_cast<int>(points_.size()), *solver_);
+}
+
+// The estimates leave residuals of both parts, whether these are solved or not.
+void SiteSolution::TakeEstimates() {
+  const bool horizontal = site_.mode & LocalToGrid::kHorizontal;
+  if (double rms; horizontal && solver_->GetDEstimation(rms)) rms_ = rms;
+  if (double rms, angle; horizontal && solver_->GetEstimations(rms, angle)) rotationError_ = angle;
+  solver_->CalcResiduals(horizontal, site_.mode & LocalToGrid::kVertical);
+}
+
+bool SiteSolution::ShiftHeightsInLine() {
+  constexpr double kLeast = 3;  // fewer have their mean from the solver
+  double sum = 0, count = 0, n, e, h;
+  for (std::size_t i = 0; i < points_.size(); ++i) {
+    if (!solver_->UseForVertParams(static_cast<int>(i))) continue;
+    sum += points_[i].localH - points_[i].globalH;
+    ++count;
+  }
+  const bool initialized = solver_->GetLocalOrigin(n, e, h);
+  if (!initialized || site_.mode & LocalToGrid::kVertical || count < kLeast) return false;
+  const double shift = sum / count;
+  site_.SetHeightParam(shift, 0, 0);
+  site_.mode |= LocalToGrid::kVertical;
+  for (IdenticalPoint& p : points_)
+    if (p.globalFlags & p.localFlags & kHasHeight) p.residualH = p.localH - (p.globalH + shift);
+  return true;
+}
+
+void SiteSolution::RefuseMissedPoint() const {
+  constexpr double kMissed = 1e-3;  // metres: far above the rounding of a shift
+  const auto used = [&](std::size_t i) { return solver_->UseForHorParams(static_cast<int>(i)); };
+  std::size_t only = points_.size();
+  for (std::size_t i = 0; i < points_.size(); ++i) {
+    if (!used(i)) continue;
+    if (only < points_.size()) return;
+    only = i;
+  }
+  if (only == points_.size() || !(site_.mode & LocalToGrid::kHorizontal)) return;
+  const double miss = std::hypot(points_[only].residualN, points_[only].residualE);
+  if (!(miss <= kMissed))
+    throw UserError(fmt::format("point {}: the site misses its only horizontal point by {:.3f} m",
+                                NameOf(only), miss));
 }
 
 std::vector<std::string> SiteSolution::Warnings() const {
@@ -146,7 +206,7 @@ std::vector<std::string> SiteSolution::Warnings() const {
   for (const CalibrationWarning& warning : check_->Warnings()) {
     const bool named = warning.point >= 0;
     texts.push_back(CalibrationWarningText(
-        warning, named ? names_[static_cast<std::size_t>(warning.point)] : ""));
+        warning, named ? NameOf(static_cast<std::size_t>(warning.point)) : ""));
   }
   return texts;
 }

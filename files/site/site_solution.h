@@ -58,7 +58,8 @@ struct CalibrationOptions {
 };
 
 /// A site calibration of control points: carries the points to the grid of a system (or, without a
-/// projection, to its ellipsoid), solves, and examines the result. Whatever the axes of the columns
+/// projection, to its ellipsoid), solves, and examines the result. What the solver makes of three
+/// heights and more in one line, nothing, becomes their mean shift here. Whatever the axes of the columns
 /// are, parameters, points and residuals count to north and east. It stays where it was made.
 class SiteSolution {
  public:
@@ -69,24 +70,37 @@ class SiteSolution {
   SiteSolution& operator=(const SiteSolution&) = delete;
 
   const zel_cs::geomath::LocalToGrid& Site() const { return site_; }
+  /// For what does not write: its estimates, which rewrite residuals, are kept here.
   const zel_cs::geomath::TLocalizationParam& Solver() const { return *solver_; }
+  /// Root mean square of the horizontal residuals, metres, and the estimated error of the rotation,
+  /// radians; where there are.
+  std::optional<double> Rms() const { return rms_; }
+  std::optional<double> RotationError() const { return rotationError_; }
   const zel_cs::geomath::CalibrationCheck& Check() const { return *check_; }
   /// The projection in use: that of the system, or a stereographic one of the site's own.
   const zel_cs::geomath::TGeoProj& Projection() const { return *solver_->GetBaseProjection(); }
 
   /// In grid coordinates, with residuals.
   const std::vector<zel_cs::geomath::IdenticalPoint>& Points() const { return points_; }
-  const std::string& NameOf(std::size_t i) const { return names_[i]; }
+  const std::string& NameOf(std::size_t i) const { return control_[i].name; }
+  /// The control points as they were given.
+  const std::vector<ControlPoint>& Control() const { return control_; }
   std::vector<std::string> Warnings() const;
 
  private:
+  void TakeParameters();
+  void TakeEstimates();
+  bool ShiftHeightsInLine();
+  void RefuseMissedPoint() const;
+
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
-  std::vector<std::string> names_;
+  std::vector<ControlPoint> control_;
   std::vector<zel_cs::geomath::IdenticalPoint> points_;
   std::vector<zel_cs::geomath::IdenticalPoint*> pointers_;
   std::optional<zel_cs::geomath::TLocalizationParam> solver_;
   std::optional<zel_cs::geomath::CalibrationCheck> check_;
   zel_cs::geomath::LocalToGrid site_;
+  std::optional<double> rms_, rotationError_;
 };
 
 /// The name of a site's own projection in a system file, and its parameters in the units there.

@@ -39,6 +39,7 @@ class SystemReader {
       if (top.Has(note)) top.Text(note, "a text");
     }
     auto system = std::make_unique<CoordinateSystem>();
+    if (top.Has("name")) system->name_ = top.Text("name", "a text");
     ReadEllipsoids(top, *system);
     if (top.Has("datum")) ReadDatumAt(top, *system);
     if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);

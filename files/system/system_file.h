@@ -32,6 +32,8 @@ class CoordinateSystem {
   std::string ProjectionName() const { return named_.kind ? named_.kind->name : ""; }
   /// The same with its kind and parameters; a kind of null where there is none.
   const NamedProjection& Named() const { return named_; }
+  /// What the file calls it; empty where it does not.
+  const std::string& Name() const { return name_; }
   /// Null where there is none.
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
   /// The files that it names and that were read, as paths.
@@ -42,6 +44,7 @@ class CoordinateSystem {
  private:
   friend class SystemReader;
 
+  std::string name_;
   zel_cs::geomath::Ellipsoid global_, local_;
   std::optional<zel_cs::geomath::Datum> datum_;
   NamedProjection named_;

@@ -17,9 +17,13 @@ namespace zel_cs::geomath {
 /// geodetic origin and the height scale of one point, speaks the axes of the base projection; the
 /// model speaks north and east, and so a base without axes of its own is wanted.
 ///
+/// A projection of its own stands at the middle of the longitudes as they are: those of a site across
+/// ±π must go on beyond it.
+///
 /// The estimators are not a common least-squares adjustment: the rotation is a least-squares fit of
 /// directions from the centroid, the scale the mean of the distance ratios, the shifts carry one
-/// centroid to the other, the heights are a least-squares plane.
+/// centroid to the other, the heights are a least-squares plane. Kept: all directions and ratios weigh
+/// alike, so that a point near the centroid spoils the site; CalibrationCheck names it.
 ///
 /// The points stay the caller's and must outlive the solver, which writes into them: Init replaces
 /// latitude and longitude by grid coordinates (so that they must be restored before Init runs

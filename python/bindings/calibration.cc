@@ -236,10 +236,7 @@ py::dict Deviations(const SolutionObject& object) {
   return deviations;
 }
 
-double Rms(const SolutionObject& object) {
-  double rms = kNaN;
-  return object.solution->Solver().GetDEstimation(rms) ? rms : kNaN;
-}
+double Rms(const SolutionObject& object) { return object.solution->Rms().value_or(kNaN); }
 
 py::object IndexOrNone(int index) { return index < 0 ? py::object(py::none()) : py::int_(index); }
 

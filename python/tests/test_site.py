@@ -68,6 +68,38 @@ def test_points_left_out_have_the_residuals_that_the_check_predicts(control: Any
     assert np.isnan(few.residuals[:, 2]).all() and len(few.warnings) >= 1
 
 
+def test_looking_at_a_result_does_not_change_it(control: Any) -> None:
+    result = Calibration(columns(control, use=["horizontal"] * 12)).solve()
+    before = result.residuals
+    assert "rms 0.03" in repr(result) and result.rms < 0.04 and len(result.warnings) == 1
+    np.testing.assert_array_equal(result.residuals, before)
+    assert np.isnan(before[:, 2]).all() and not np.isnan(before[:, :2]).any()
+
+
+def test_one_point_with_a_fixed_scale_is_met() -> None:
+    one = dict(lat=[52.0], lon=[5.0], h=[400.0], local_n=[1000.0], local_e=[2000.0], local_h=[357.0])
+    chain = CoordinateChain(projection=Projection("STER", lat0=50, lon0=4, scale=1, east0=0, north0=0))
+    result = Calibration(one, chain, fixed_scale=True).solve()
+    assert result.chain.to_local(52, 5, 400) == pytest.approx((1000, 2000, 357), abs=1e-8)
+
+
+def test_a_site_across_the_antimeridian_is_that_of_any_longitude(control: Any) -> None:
+    wanted = Calibration(control).solve()
+    moved = (control["lon"] + 174.4 + 180) % 360 - 180
+    assert moved.min() < -179 and moved.max() > 179
+    result = Calibration(columns(control, lon=moved)).solve()
+    np.testing.assert_allclose(result.residuals, wanted.residuals, rtol=0, atol=2e-8)
+
+
+def test_heights_in_one_line_are_shifted() -> None:
+    line = dict(lat=[52, 52.01, 52.02], lon=[5.0] * 3, h=[1.0, 2, 3])
+    local = dict(local_n=[0, 1112.7, 2225.5], local_e=[0.0] * 3, local_h=[2.0, 3, 4.3])
+    result = Calibration(line | local).solve()
+    assert result.localization.shift_h == pytest.approx(1.1) and result.localization.slope_n == 0
+    assert result.residuals[:, 2] == pytest.approx([-0.1, -0.1, 0.2])
+    assert any("lie in one line" in warning for warning in result.warnings)
+
+
 DIRECTIONS = {"N": (0, 1), "E": (1, 1), "S": (0, -1), "W": (1, -1)}  # of (north, east), and the sign
 
 

@@ -1,15 +1,19 @@
+#include <fmt/chrono.h>
 #include <fmt/format.h>
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <cfloat>
 #include <cmath>
 #include <cstdlib>
+#include <ctime>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 #include <string>
 
 #include "files/site/calibration.h"
+#include "files/site/calibration_report.h"
 #include "files/site/control_file.h"
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
@@ -18,6 +22,7 @@
 using namespace geomath_tools;
 using zel_cs::geomath::AxisRotation;
 using zel_cs::geomath::kRadPerDeg;
+using zel_cs::geomath::kTwoPi;
 
 namespace {
 
@@ -296,6 +301,141 @@ TEST_F(Calibrate, ControlAndResultColumnsAreThoseOfNorthEastWithEastFirst) {
   }
   EXPECT_EQ(localization[true], localization[false]);
   EXPECT_EQ(converted[true], converted[false]);
+}
+
+// The columns "without" of a point are its residuals where it is not used.
+TEST_F(Calibrate, ReportSaysWhatTheOthersPredict) {
+  const auto rowOf30010487 = [&](const std::string& control) {
+    Write("control.csv", control);
+    const ProgramRun run =
+        Run("control.csv --system " + kExample + "netherlands.json -o site.json");
+    for (const std::string& row : Lines(run.out))
+      if (row.starts_with("30010487 ")) return row;
+    return run.err;
+  };
+  std::string control = ReadText(kExample + "control.csv");
+  const std::string used = rowOf30010487(control);
+  double v[9];
+  ASSERT_EQ(std::sscanf(used.c_str(), "%*s both %lf %lf %lf %lf %lf %lf %lf %lf %lf", v, v + 1,
+                        v + 2, v + 3, v + 4, v + 5, v + 6, v + 7, v + 8),
+            9)
+      << used;
+  control.replace(control.find("both", control.find("30010487")), 4, "none");
+  const std::string unused = rowOf30010487(control);
+  EXPECT_TRUE(
+      Contains(unused, fmt::format("none       {:9.4f} {:9.4f} {:9.4f} ", v[6], v[7], v[8])))
+      << used << "\n"
+      << unused;
+  EXPECT_NE(v[6], v[0]) << "the point itself takes part";
+}
+
+TEST_F(Calibrate, MeetsTheOnlyPointOfAFixedScale) {
+  const auto system = ParseSystem(ReadText(kExample + "netherlands.json"), "netherlands.json");
+  std::vector<ControlPoint> control = ReadControl(kExample + "control.csv", "");
+  control.resize(1);
+  for (const bool fixedScale : {false, true}) {
+    const Calibration calibration(*system, control, {fixedScale, false});
+    EXPECT_NEAR(calibration.Points()[0].residualN, 0, 1e-9) << fixedScale;
+    EXPECT_NEAR(calibration.Points()[0].residualE, 0, 1e-9) << fixedScale;
+    EXPECT_EQ(calibration.Site().GetPlaneParam(2, 0) == 1, fixedScale);
+  }
+  control[0].given.localN = HUGE_VAL;
+  try {
+    const Calibration calibration(*system, control, {true, false});
+    ADD_FAILURE();
+  } catch (const std::exception& error) {
+    EXPECT_TRUE(Contains(error.what(), "30010209: the site misses its only horizontal point"));
+  }
+}
+
+// A site of its own projection is the same at every longitude.
+TEST_F(Calibrate, HoldsAcrossTheAntimeridian) {
+  constexpr double kMetres = 2e-8, kRadians = 1e-14;  // longitudes of pi, differences from them
+  const auto system =
+      ParseSystem(R"({"global": {"ellipsoid": "WGS84"}})", "system.json", ProjectionNeed::optional);
+  const std::vector<ControlPoint> original = ReadControl(kExample + "control.csv", "");
+  const Calibration expected(*system, original, {});
+  for (const double turn : {174.4, 174.4 - 360, 174.4 + 360}) {
+    for (const bool centreOnFirst : {false, true}) {
+      const Calibration there(*system, original, {false, centreOnFirst});
+      std::vector<ControlPoint> control = original;
+      for (ControlPoint& point : control) {  // from 5.5 to 5.8 degrees: on both sides of 180
+        point.given.globalE += turn;
+        if (turn < 180) point.given.globalE = std::remainder(point.given.globalE, 360.0);
+      }
+      const Calibration moved(*system, control, {false, centreOnFirst});
+      for (std::size_t i = 0; i < control.size(); ++i) {
+        EXPECT_NEAR(moved.Points()[i].globalN, there.Points()[i].globalN, kMetres);
+        EXPECT_NEAR(moved.Points()[i].globalE, there.Points()[i].globalE, kMetres);
+      }
+      EXPECT_NEAR(*moved.Rms(), *there.Rms(), kMetres);
+      const std::string text = R"({"global": {"ellipsoid": "WGS84"}})";
+      const auto saved = ParseSystem(moved.SystemText(text, "a", "a"), "site.json");
+      const auto& given = control[3].given;
+      double n = given.globalN * kRadPerDeg, e = given.globalE * kRadPerDeg, h = given.globalH;
+      ASSERT_TRUE(saved->Chain().ToLocal(n, e, h));
+      EXPECT_NEAR(given.localN - n, moved.Points()[3].residualN, kMetres);
+      ASSERT_TRUE(saved->Chain().ToGlobal(n, e, h));
+      EXPECT_NEAR(std::remainder(e - given.globalE * kRadPerDeg, kTwoPi), 0, kRadians);
+    }
+  }
+}
+
+TEST_F(Calibrate, LeavesHeightsWithoutControlWithoutResiduals) {
+  std::vector<ControlPoint> control = ReadControl(kExample + "control.csv", "");
+  for (ControlPoint& point : control) point.given.use = 2;  // horizontal
+  const auto system = ParseSystem(ReadText(kExample + "netherlands.json"), "netherlands.json");
+  const Calibration calibration(*system, control, {});
+  EXPECT_TRUE(Contains(CalibrationText(calibration), "No control heights"));
+  for (const auto& point : calibration.Points()) EXPECT_EQ(point.residualH, DBL_MAX);
+  EXPECT_TRUE(calibration.Rms() && calibration.RotationError());
+}
+
+// Four heights on one meridian, 43 m lower on average: the solver gives no plane.
+TEST_F(Calibrate, ShiftsHeightsInOneLineAndSaysSo) {
+  Write("system.json", R"({"global": {"ellipsoid": "GRS80"}})");
+  Write("line.csv",
+        "name,lat,lon,h,local_n,local_e,local_h\nA,52,5,100,0,0,57.01\nB,52.01,5,110,1112.7,0,67\n"
+        "C,52.02,5,120,2225.5,0,76.98\nD,52.03,5,130,3338.2,0,87.01\n");
+  const ProgramRun run = Run("line.csv --system system.json -o site.json");
+  ASSERT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "Warning: The 4 control heights lie in one line")) << run.out;
+  EXPECT_TRUE(Contains(run.out, fmt::format("Shift H, m{:>30}{:>16}", "-43.0000", "0.0071")));
+  EXPECT_TRUE(Contains(run.out, "Fits worst in height: C, 0.0267 m"));
+  const auto site = nlohmann::json::parse(Read("site.json"))["localization"];
+  EXPECT_NEAR(site["shiftH"].get<double>(), -43, 1e-9);
+  EXPECT_EQ(site["slopeN"], 0);
+  const ProgramRun converted = RunProgram(directory_, "convert --system site.json line.csv -o -");
+  EXPECT_TRUE(Contains(Lines(converted.out)[1], ",57.0000")) << converted.out;
+}
+
+TEST_F(Calibrate, NamesNorthAndEastExchanged) {
+  std::string control = ReadText(kExample + "control.csv");
+  Write("control.csv", control.replace(control.find("local_n,local_e"), 15, "local_e,local_n"));
+  const ProgramRun run = Run("control.csv --system " + kExample + "system.json -o site.json");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "Warning: The control does not fit (rms 12948.")) << run.out;
+  EXPECT_TRUE(Contains(run.out, "its mirror image does (rms 0.03")) << run.out;
+}
+
+TEST_F(Calibrate, ReportCarriesItsOrigin) {
+  const std::string arguments = kExample + "control.csv -o site.json --report r.html --system ";
+  ASSERT_EQ(Run(arguments + kExample + "netherlands.json").status, 0);
+  const std::string page = Read("r.html");
+  const std::time_t now = std::time(nullptr);
+  EXPECT_TRUE(Contains(page, fmt::format("<td>made</td><td>{:%Y-%m-%d }", fmt::gmtime(now))) ||
+              Contains(page, fmt::format("<td>made</td><td>{:%Y-%m-%d }", fmt::gmtime(now - 600))));
+  for (const char* part :
+       {"<td>program</td><td>geomath " GEOMATH_VERSION "</td>",
+        "<td>control</td><td>control.csv</td>",
+        "<td>system</td><td>netherlands.json: The national grid of the Netherlands",
+        "DSTER: Lat0 52.15616055", "East0 155000", "ellipsoid a 6377397.155, 1/f 299.1528",
+        "<td>30010209</td><td>52.4841730140</td><td>5.5194111220</td><td>103.7513</td>"
+        "<td>499614.0203</td><td>163980.6239</td><td>61.0486</td><td>499614.0813</td>"
+        "<td>163980.6579</td>"})
+    EXPECT_TRUE(Contains(page, part)) << part;
+  ASSERT_EQ(Run(arguments + kExample + "system.json").status, 0);
+  EXPECT_TRUE(Contains(Read("r.html"), "STER: Lat0 52.5692")) << "of the site's own";
 }
 
 TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
