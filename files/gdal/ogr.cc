@@ -1,8 +1,39 @@
 #include "files/gdal/ogr.h"
 
 #include <cpl_error.h>
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+
+#include "files/words/user_error.h"
 
 namespace geomath_tools {
+namespace {
+
+// By their names in GDAL. Left out are drivers that follow references to other places (VRT, WMS,
+// GML, …) and those whose libraries do not survive damaged files (netCDF, HDF, …).
+constexpr const char* kPointDrivers[] = {"GeoJSON",    "GeoJSONSeq",   "GPKG", "ESRI Shapefile",
+                                         "FlatGeobuf", "MapInfo File", "DXF",  "GPX",
+                                         "KML",        "XLSX",         "ODS",  nullptr};
+constexpr const char* kGridDrivers[] = {"GTiff", "GTX",  "BYN",   "ISG",  "NGSGEOID", "AAIGrid",
+                                        "GSAG",  "GSBG", "GS7BG", "EHdr", "XYZ",      nullptr};
+
+GDALDatasetUniquePtr Open(const std::string& path, unsigned int kind, const char* const* drivers) {
+  PrepareOgr();
+  RequireLocalPath(path);
+  std::error_code error;
+  const auto status = std::filesystem::status(path, error);
+  if (!std::filesystem::exists(status))
+    throw UserError(fmt::format("{}: cannot be read: {}", path,
+                                error ? error.message() : std::strerror(ENOENT)));
+  if (std::filesystem::is_directory(status)) throw UserError(path + ": is a directory");
+  return GDALDatasetUniquePtr(
+      GDALDataset::Open(path.c_str(), kind | GDAL_OF_READONLY, drivers, nullptr, nullptr));
+}
+
+}  // namespace
 
 void PrepareOgr() {
   static const bool ready = [] {
@@ -29,5 +60,18 @@ GdalErrors::GdalErrors() {
 }
 
 GdalErrors::~GdalErrors() { CPLPopErrorHandler(); }
+
+void RequireLocalPath(const std::string& path) {
+  if (path.starts_with("/vsi"))
+    throw UserError(path + ": is no local file; addresses and archives are not opened");
+}
+
+GDALDatasetUniquePtr OpenPointFile(const std::string& path) {
+  return Open(path, GDAL_OF_VECTOR, kPointDrivers);
+}
+
+GDALDatasetUniquePtr OpenGridFile(const std::string& path) {
+  return Open(path, GDAL_OF_RASTER, kGridDrivers);
+}
 
 }  // namespace geomath_tools

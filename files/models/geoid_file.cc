@@ -51,19 +51,16 @@ const GridScheme& FindScheme(const std::string& name) {
                               SuggestName(name, InterpolationNames())));
 }
 
-struct CloseDataset {
-  void operator()(GDALDataset* dataset) const { GDALClose(dataset); }
-};
-
 // Reads a raster into a grid.
 class GridReader {
  public:
   explicit GridReader(const GeoidChoice& choice) : file_(choice.grid) {
-    PrepareOgr();
-    const std::unique_ptr<GDALDataset, CloseDataset> raster(GDALDataset::Open(
-        file_.c_str(), GDAL_OF_RASTER | GDAL_OF_READONLY, nullptr, nullptr, nullptr));
+    const GDALDatasetUniquePtr raster = OpenGridFile(file_);
     if (!raster || raster->GetRasterCount() < 1)
-      throw UserError(fmt::format("{}: is no grid that can be read{}", file_, OgrComplaint()));
+      throw UserError(
+          fmt::format("{}: is no grid that can be read (GeoTIFF, GTX, BYN, ISG, NGS, "
+                      "ASCII, Surfer, EHdr, XYZ){}",
+                      file_, OgrComplaint()));
     PlaceNodes(*raster);
     ReadNodes(*raster->GetRasterBand(1));
     CloseSeam();

@@ -12,7 +12,7 @@ namespace geomath_tools {
 
 /// Where geoid heights come from: a grid or a coefficient model.
 struct GeoidChoice {
-  std::string grid;           ///< a raster in any format of GDAL, nodes at the pixel centres
+  std::string grid;           ///< a raster that OpenGridFile knows, nodes at the pixel centres
   std::string interpolation;  ///< class name of the scheme; empty for the usual one
   std::string model;          ///< lines "n m C S", or ICGEM's .gfc
   std::string correction;     ///< lines "n m C S" in centimetres, or none

@@ -31,6 +31,7 @@ RasterGrid::RasterGrid(const std::string& path, const NodeGrid& grid,
                        std::span<const char* const> descriptions)
     : file_(path), grid_(grid) {
   PrepareOgr();
+  RequireLocalPath(path);
   const char* creation[] = {"COMPRESS=DEFLATE", "PREDICTOR=3", nullptr};
   GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
   if (driver)

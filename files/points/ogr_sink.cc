@@ -20,6 +20,7 @@ class OgrSink : public PointSink {
           const ResultStyle& style)
       : file_(path) {
     PrepareOgr();
+    RequireLocalPath(path);
     GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
     if (!driver) throw UserError(fmt::format("{}: this GDAL has no {}", path, driverName));
     // SQLite looks at every write itself, and wants the locks of a file of the system.

@@ -17,12 +17,11 @@ class OgrSource : public PointSource {
   OgrSource(const std::string& path, const std::string& layer) {
     name_ = path;
     static_cast<void>(OpenInput(path));  // says plainly why a file cannot be read
-    PrepareOgr();
-    dataset_.reset(GDALDataset::Open(path.c_str(), GDAL_OF_VECTOR | GDAL_OF_READONLY));
+    dataset_ = OpenPointFile(path);
     if (!dataset_)
       throw UserError(
-          fmt::format("{}: is no point file that is known here (CSV, GeoJSON, "
-                      "GeoPackage, Shapefile or another format of GDAL){}",
+          fmt::format("{}: is no point file that is known here (CSV, GeoJSON, GeoPackage, "
+                      "Shapefile, FlatGeobuf, MapInfo, DXF, GPX, KML, XLSX, ODS){}",
                       path, OgrComplaint()));
     layer_ = ChooseLayer(layer);
     OGRFeatureDefn* definition = layer_->GetLayerDefn();

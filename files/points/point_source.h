@@ -26,7 +26,7 @@ struct Record {
   std::string Text(std::size_t column) const;
 };
 
-/// Rows of points, read one after another: a CSV file, or a layer in a format of GDAL/OGR.
+/// Rows of points, read one after another: a CSV file, or a layer that OpenPointFile knows.
 class PointSource {
  public:
   virtual ~PointSource() = default;

@@ -37,8 +37,14 @@ std::string Position(const std::string& text, std::size_t byte) {
 }  // namespace
 
 json ParseJson(const std::string& text, const std::string& file) {
+  constexpr int kDeepest = 32;  // the parts of a system are three deep; printing a value recurses
   std::vector<std::set<std::string>> open;
-  const auto refuseTwins = [&](int, json::parse_event_t event, json& parsed) {
+  const auto check = [&](int depth, json::parse_event_t event, json& parsed) {
+    if (depth > kDeepest)
+      throw UserError(
+          fmt::format("{}: braces and brackets stand more than {} deep: this is no "
+                      "system file",
+                      file, kDeepest));
     if (event == json::parse_event_t::object_start) open.emplace_back();
     if (event == json::parse_event_t::object_end && !open.empty()) open.pop_back();
     if (event == json::parse_event_t::key && !open.empty() &&
@@ -48,7 +54,7 @@ json ParseJson(const std::string& text, const std::string& file) {
     return true;
   };
   try {
-    return json::parse(text, refuseTwins);
+    return json::parse(text, check);
   } catch (const json::parse_error& error) {
     throw UserError(fmt::format("{}: not a JSON file: it breaks off or has a syntax error at {}",
                                 file, Position(text, error.byte)));

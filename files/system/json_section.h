@@ -45,7 +45,8 @@ class JsonSection {
   KeySpelling spelling_;
 };
 
-/// Parses JSON, refusing keys that stand twice in one object. Throws UserError with line, column.
+/// Parses JSON, refusing keys that stand twice in one object and values nested beyond any use.
+/// Throws UserError with line, column.
 nlohmann::json ParseJson(const std::string& text, const std::string& file);
 
 }  // namespace geomath_tools

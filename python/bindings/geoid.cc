@@ -250,7 +250,7 @@ Raises Error for a grid that is not on the Earth or a scheme that does not serve
                   R"(from_file(path, interpolation="")
 --
 
-A grid in any raster format of GDAL, its nodes at the centres of the pixels (docs/geoid.md).
+A grid in a raster format of docs/geoid.md, its nodes at the centres of the pixels.
 
 Raises Error when the file holds no grid in latitude and longitude.)")
       .def_property_readonly("grid", &NodesOf,
