@@ -16,6 +16,7 @@
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;
@@ -38,6 +39,15 @@ struct SolutionObject {
   std::shared_ptr<CalibrationObject> calibration;
   std::optional<SiteSolution> solution;
 };
+
+}  // namespace
+
+template <>
+inline constexpr bool kBound<CalibrationObject> = true;
+template <>
+inline constexpr bool kBound<SolutionObject> = true;
+
+namespace {
 
 Ellipsoid EllipsoidOf(const ChainObject& chain) {
   if (chain.datum) return *chain.datum->ellipsoid;
@@ -109,9 +119,20 @@ class ControlReader {
                                   points_.size()));
   }
 
-  std::vector<std::string> Texts(const char* name) const {
-    std::vector<std::string> texts;
-    for (const py::handle& item : At(name)) texts.emplace_back(py::str(item));
+  // Nothing for what is missing. A column of codes that misses some has become one of real numbers.
+  static std::optional<std::string> TextOfItem(const py::handle& item) {
+    const bool real = PyFloat_Check(item.ptr());
+    if (item.is_none() || (real && std::isnan(item.cast<double>())) ||
+        std::string_view(Py_TYPE(item.ptr())->tp_name).ends_with("NAType"))
+      return {};
+    if (real && item.attr("is_integer")().cast<bool>())
+      return std::string(py::str(item.attr("__int__")()));
+    return std::string(py::str(item));
+  }
+
+  std::vector<std::optional<std::string>> Texts(const char* name) const {
+    std::vector<std::optional<std::string>> texts;
+    for (const py::handle& item : At(name)) texts.push_back(TextOfItem(item));
     RequireLength(name, texts.size());
     return texts;
   }
@@ -119,20 +140,22 @@ class ControlReader {
   void TakeNames() {
     for (std::size_t i = 0; i < points_.size(); ++i) points_[i].name = std::to_string(i + 1);
     if (!Has("name")) return;
-    const std::vector<std::string> names = Texts("name");
-    for (std::size_t i = 0; i < points_.size(); ++i) points_[i].name = names[i];
+    const auto names = Texts("name");
+    for (std::size_t i = 0; i < points_.size(); ++i)
+      if (names[i]) points_[i].name = *names[i];
   }
 
   void TakeUses() {
     for (ControlPoint& point : points_) point.given.use = WholeUse(point.given);
     if (!Has("use")) return;
-    const std::vector<std::string> uses = Texts("use");
+    const auto uses = Texts("use");
     for (std::size_t i = 0; i < points_.size(); ++i) {
-      const auto use = PointUseOf(uses[i]);
+      if (!uses[i]) continue;
+      const auto use = PointUseOf(*uses[i]);
       if (!use)
         throw UserError(
             fmt::format("point {}: use is \"{}\"; it is a code from 0 to 4 or one of {}",
-                        points_[i].name, Printable(uses[i]), ListNames(PointUseWords())));
+                        points_[i].name, Printable(*uses[i]), ListNames(PointUseWords())));
       points_[i].given.use = *use;
     }
   }
@@ -178,6 +201,10 @@ py::tuple StateOf(const CalibrationObject& object) {
 std::shared_ptr<CalibrationObject> FromState(const py::tuple& s) {
   return Make(s[0], s[1].cast<std::shared_ptr<ChainObject>>(), s[2].cast<bool>(),
               s[3].cast<bool>());
+}
+
+std::shared_ptr<SolutionObject> SolutionFromState(const py::tuple& state) {
+  return std::make_shared<SolutionObject>(PartOf<CalibrationObject>(state[0]));
 }
 
 // A table with a row for each point and the columns north, east and height.
@@ -281,8 +308,9 @@ Control points of a site, to be solved for a LocalToGrid.
                           "local_n": n, "local_e": e, "local_h": z}, chain).solve()
 
 control: columns of equal length by name, in a dict, a data frame or a structured array. lat, lon, h:
-global position, degrees and metres; local_n, local_e, local_h: local coordinates, metres; NaN is a
-coordinate that the point does not have, and h and local_h may be left out. name: a text for each
+global position, degrees and metres; local_n, local_e, local_h: local coordinates, metres; NaN (or
+what a data frame has for missing values) is a coordinate that the point does not have, and h and
+local_h may be left out. name: a text for each
 point. use: "none", "vertical", "horizontal", "both", "rotation" or the codes 0 to 4; without it a
 point is used for what it has. chain carries the points to the grid; without one, or without a
 projection in it, the site gets a stereographic projection of its own, at the centre of the control's
@@ -307,11 +335,10 @@ the distance ratios, the shifts carry one centroid to the other; three and more 
 inclined plane, one or two a mean shift.
 
 Raises Error when a point cannot be converted to the grid, or the points do not suffice.)")
-      .def("__repr__",
-           [](const CalibrationObject& object) {
-             return fmt::format("<Calibration of {} control points>", object.control.size());
-           })
-      .def(py::pickle(&StateOf, &FromState));
+      .def("__repr__", [](const CalibrationObject& object) {
+        return fmt::format("<Calibration of {} control points>", object.control.size());
+      });
+  DefinePickle(calibration, &StateOf, &FromState);
 
   py::class_<SolutionObject, std::shared_ptr<SolutionObject>> result(module, "CalibrationResult",
                                                                      R"(
@@ -367,16 +394,13 @@ nothing to say. Immutable; a pickle holds the control and solves it again.)");
           "Index of the point that the others predict worst in height, or None.")
       .def_property_readonly("warnings", &Warnings,
                              "What is weak about the calibration, a sentence each.")
-      .def("__repr__",
-           [](const SolutionObject& r) {
-             return fmt::format("<CalibrationResult of {} control points, rms {:.4f} m>",
-                                r.calibration->control.size(), Rms(r));
-           })
-      .def(py::pickle([](const SolutionObject& r) { return py::make_tuple(r.calibration); },
-                      [](const py::tuple& state) {
-                        return std::make_shared<SolutionObject>(
-                            state[0].cast<std::shared_ptr<CalibrationObject>>());
-                      }));
+      .def("__repr__", [](const SolutionObject& r) {
+        return fmt::format("<CalibrationResult of {} control points, rms {:.4f} m>",
+                           r.calibration->control.size(), Rms(r));
+      });
+  DefinePickle(
+      result, [](const SolutionObject& r) { return py::make_tuple(r.calibration); },
+      &SolutionFromState);
 }
 
 }  // namespace geomath_python

@@ -10,6 +10,7 @@
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using geomath_tools::UserError;
@@ -183,6 +184,7 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
   take("localization", object->localization);
   take("ground", object->ground);
   object->geoidFrame = FrameOf(state["geoid_frame"].cast<std::string>());
+  if (object->datum && !object->global) throw UserError("the datum has no global ellipsoid");
   Join(*object);
   return object;
 }
@@ -293,8 +295,8 @@ with degrees=False. out and return_steps as for to_local.)")
           py::is_operator())
       .def("__hash__",
            [](const ChainObject& c) { return py::hash(py::tuple(StateOf(c).attr("values")())); })
-      .def("__repr__", &Repr)
-      .def(py::pickle(&StateOf, &FromState));
+      .def("__repr__", &Repr);
+  DefinePickle(chain, &StateOf, &FromState);
 
   module.def("_chain_steps", [] {
     py::dict names;

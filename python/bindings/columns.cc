@@ -55,13 +55,26 @@ void ReadStrided(const char* from, std::ptrdiff_t stride, double factor, double*
   }
 }
 
+// A column of a data frame whose type has a mark for missing values, which become NaN; null, with
+// the error of Python set, when the others are no numbers.
+py::array FilledColumn(const py::object& column) {
+  const py::dict options;
+  options["dtype"] = "f8";
+  options["na_value"] = std::numeric_limits<double>::quiet_NaN();
+  const auto filled = py::reinterpret_steal<py::object>(
+      PyObject_Call(py::object(column.attr("to_numpy")).ptr(), py::tuple().ptr(), options.ptr()));
+  return filled ? py::array::ensure(filled) : py::reinterpret_steal<py::array>(py::handle());
+}
+
 }  // namespace
 
 ArrayReader::ArrayReader(const Argument& argument) : factor_(argument.factor) {
   py::object value = argument.value;
   if (py::hasattr(value, "filled"))  // a masked array
     value = value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
-  const auto given = py::array::ensure(value);
+  auto given = py::array::ensure(value);
+  if (given && given.dtype().kind() == 'O' && py::hasattr(value, "to_numpy"))
+    given = FilledColumn(value);
   if (!given) {
     PyErr_Clear();
     throw py::type_error(fmt::format("{}: must be a number or an array of numbers", argument.name));
@@ -170,6 +183,20 @@ std::vector<py::array_t<double>> ResultArrays(const py::object& out, std::size_t
     arrays.push_back(array);
   }
   return arrays;
+}
+
+void Pace::Done() {
+  using namespace std::chrono_literals;
+  constexpr auto kQuick = 20ms, kSlow = 200ms, kHearEvery = 100ms;
+  const auto now = Clock::now();
+  const auto took = now - blockStart_;
+  if (took < kQuick) size_ = std::min(2 * size_, kBlock);
+  if (took > kSlow) size_ = std::max(size_ / 2, std::size_t{1});
+  blockStart_ = now;
+  if (now - heard_ < kHearEvery) return;
+  heard_ = now;
+  const py::gil_scoped_acquire locked;
+  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
 }
 
 bool AllNumbers(std::span<const Argument> arguments, double* numbers) {

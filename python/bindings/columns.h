@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <array>
+#include <chrono>
 #include <cstddef>
 #include <span>
 #include <vector>
@@ -78,11 +79,27 @@ inline void Multiply(double* column, std::size_t count, double factor) {
   for (std::size_t i = 0; i < count; ++i) column[i] *= factor;
 }
 
+/// Cuts work without the interpreter lock into blocks that are short enough for a user who waits
+/// for Ctrl-C: a point of a geoid model may take ten thousand times as long as one of a projection.
+class Pace {
+ public:
+  /// Points of the next block.
+  std::size_t Next(std::size_t left) const { return std::min(size_, left); }
+  /// After a block: hears of signals every tenth of a second. Throws what their handlers raise.
+  void Done();
+
+ private:
+  using Clock = std::chrono::steady_clock;
+  std::size_t size_ = 16;
+  Clock::time_point blockStart_ = Clock::now(), heard_ = blockStart_;
+};
+
 /// Runs `convert`, a callable (double* const* columns, std::size_t first, std::size_t count), over
 /// all points: columns 0 to In − 1 hold the arguments of points first to first + count − 1, and it
 /// leaves the results in columns 0 to Out − 1. It runs without the interpreter lock and must not
 /// touch Python. Numbers alone give numbers, everything else gives arrays; one result is given
-/// plain, several as a tuple.
+/// plain, several as a tuple. An interrupt ends the work; arrays of `out` then hold the results as
+/// far as it came.
 template <std::size_t Out, std::size_t In, class Convert>
 py::object ConvertColumns(const std::array<Argument, In>& arguments, const py::object& out,
                           Convert&& convert) {
@@ -110,8 +127,9 @@ py::object ConvertColumns(const std::array<Argument, In>& arguments, const py::o
     const py::gil_scoped_release unlocked;
     const auto size = static_cast<std::size_t>(arrays[0].size());
     double spare[kColumns - Out + 1][kBlock];  // of arguments that no result follows
-    for (std::size_t first = 0; first < size; first += kBlock) {
-      const std::size_t count = std::min(kBlock, size - first);
+    Pace pace;
+    for (std::size_t first = 0, count; first < size; first += count, pace.Done()) {
+      count = pace.Next(size - first);
       for (std::size_t c = 0; c < kColumns; ++c)
         columns[c] = c < Out ? to[c] + first : spare[c - Out];
       for (std::size_t c = 0; c < In; ++c) readers[c].Read(columns[c], count);

@@ -3,6 +3,7 @@
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using geomath_tools::JsonSection;
@@ -52,14 +53,14 @@ py::tuple StateOf(const DatumObject& d) {
 }
 
 TAbstractPoint3<double> PointFrom(const py::handle& tuple) {
-  const auto p = tuple.cast<std::tuple<double, double, double>>();
-  return {std::get<0>(p), std::get<1>(p), std::get<2>(p)};
+  const auto p = tuple.cast<py::tuple>();
+  return {FiniteOf(p[0]), FiniteOf(p[1]), FiniteOf(p[2])};
 }
 
 std::shared_ptr<DatumObject> FromState(const py::tuple& state) {
-  const auto local = state[0].cast<std::shared_ptr<Ellipsoid>>();
+  const auto local = PartOf<Ellipsoid>(state[0]);
   return std::make_shared<DatumObject>(
-      local, Datum(local.get(), PointFrom(state[1]), PointFrom(state[2]), state[3].cast<double>(),
+      local, Datum(local.get(), PointFrom(state[1]), PointFrom(state[2]), FiniteOf(state[3]),
                    userTypeUser, false, nullptr));
 }
 
@@ -124,8 +125,8 @@ Earth-centred coordinates of WGS84 to those of this datum, the exact inverse of 
           [](const DatumObject& a, const DatumObject& b) { return StateOf(a).equal(StateOf(b)); },
           py::is_operator())
       .def("__hash__", [](const DatumObject& d) { return py::hash(StateOf(d)); })
-      .def("__repr__", &Repr)
-      .def(py::pickle(&StateOf, &FromState));
+      .def("__repr__", &Repr);
+  DefinePickle(datum, &StateOf, &FromState);
 }
 
 }  // namespace geomath_python

@@ -1,15 +1,20 @@
 #include <fmt/format.h>
 #include <pybind11/stl.h>
 
+#include <cmath>
+
 #include "files/system/ellipsoid_names.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using geomath_tools::JsonSection;
 using geomath_tools::KeySpelling;
+using geomath_tools::UserError;
 
 namespace geomath_python {
 namespace {
@@ -37,15 +42,17 @@ py::object ToGeodetic(const Ellipsoid& e, py::object x, py::object y, py::object
   });
 }
 
-py::tuple StateOf(const Ellipsoid& e) {
-  return py::make_tuple(e.a, e.invF, e.b, e.f, e.e, e.e2, e.ep2, e.n);
-}
+py::tuple StateOf(const Ellipsoid& e) { return py::make_tuple(e.a, e.invF, e.b); }
 
+// Made of the inverse flattening or of the semi-minor axis: whichever gives the other to the bit.
 std::shared_ptr<Ellipsoid> FromState(const py::tuple& state) {
-  auto e = std::make_shared<Ellipsoid>();
-  double* const fields[] = {&e->a, &e->invF, &e->b, &e->f, &e->e, &e->e2, &e->ep2, &e->n};
-  for (std::size_t i = 0; i < std::size(fields); ++i) *fields[i] = state[i].cast<double>();
-  return e;
+  const double a = state[0].cast<double>(), invF = state[1].cast<double>(),
+               b = state[2].cast<double>();
+  const auto same = [&](const Ellipsoid& e) { return e.invF == invF && e.b == b; };
+  if (std::isfinite(invF))  // a sphere has none
+    if (auto e = MakeFrom({{"a", a}, {"invF", invF}}); same(*e)) return e;
+  if (auto e = MakeFrom({{"a", a}, {"b", b}}); same(*e)) return e;
+  throw UserError("the semi-axes and the inverse flattening do not belong together");
 }
 
 }  // namespace
@@ -108,11 +115,10 @@ that is not finite gives NaN.)")
           },
           py::is_operator())
       .def("__hash__", [](const Ellipsoid& e) { return py::hash(py::make_tuple(e.a, e.b)); })
-      .def("__repr__",
-           [](const Ellipsoid& e) {
-             return fmt::format("Ellipsoid({}, {})", NumberText(e.a), NumberText(e.invF));
-           })
-      .def(py::pickle(&StateOf, &FromState));
+      .def("__repr__", [](const Ellipsoid& e) {
+        return fmt::format("Ellipsoid({}, {})", NumberText(e.a), NumberText(e.invF));
+      });
+  DefinePickle(ellipsoid, &StateOf, &FromState);
 
   module.def("ellipsoid_names", &geomath_tools::EllipsoidNames, R"(ellipsoid_names()
 --

@@ -12,6 +12,7 @@
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;
@@ -30,13 +31,6 @@ py::object HeightOf(const GeoidObject& geoid, py::object lat, py::object lon, bo
   });
 }
 
-bool SameArrays(const py::object& a, const py::object& b) {
-  if (a.is(b)) return true;
-  return py::module_::import("numpy")
-      .attr("array_equal")(a, b, py::arg("equal_nan") = true)
-      .cast<bool>();
-}
-
 // Both for `model` and `grid` of a file: its warnings are those of Python.
 std::unique_ptr<LoadedGeoid> Open(const GeoidChoice& choice) {
   const py::gil_scoped_release unlocked;
@@ -49,11 +43,12 @@ std::unique_ptr<LoadedGeoid> Open(const GeoidChoice& choice) {
 
 namespace {
 
-using Nodes = py::array_t<float, py::array::c_style | py::array::forcecast>;
-
-Nodes NodesFrom(const py::object& grid, const GridScheme& scheme, bool northFirst) {
-  if (northFirst == scheme.northFirst) return Nodes::ensure(grid);
-  return Nodes::ensure(py::module_::import("numpy").attr("flipud")(grid));
+// A copy in the row order of the scheme: what the caller does to the array later is his own.
+std::vector<float> NodesFrom(py::object grid, bool turned) {
+  if (turned) grid = py::module_::import("numpy").attr("flipud")(grid);
+  const auto nodes = py::array_t<float, py::array::c_style | py::array::forcecast>::ensure(grid);
+  if (!nodes) throw py::error_already_set();
+  return {nodes.data(), nodes.data() + nodes.size()};
 }
 
 std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double south, double west,
@@ -72,6 +67,7 @@ std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double
       given.shape(1) > kMostOnSide)
     fail("the grid must have two rows and two columns at least");
   if (!(latStep > 0 && lonStep > 0)) fail("the steps must be above 0");
+  if (!std::isfinite(lonStep)) fail("the steps must be finite");
   const GridPlace place{south,
                         west,
                         latStep,
@@ -80,7 +76,8 @@ std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double
                         static_cast<int>(given.shape(1))};
   if (const std::string problem = PlaceProblem(place); !problem.empty()) fail(problem);
   const GridScheme& scheme = ChooseScheme(interpolation, place, "RegionalGeoid");
-  return std::make_shared<RegionalGeoidObject>(place, scheme, NodesFrom(given, scheme, northFirst));
+  return std::make_shared<RegionalGeoidObject>(place, scheme,
+                                               NodesFrom(given, northFirst != scheme.northFirst));
 }
 
 std::shared_ptr<GeoidObject> RegionalFromFile(const py::object& path,
@@ -88,27 +85,21 @@ std::shared_ptr<GeoidObject> RegionalFromFile(const py::object& path,
   return GeoidObjectOf(*Open({PathOf(path), interpolation, "", "", false}));
 }
 
-py::object NodesOf(const RegionalGeoidObject& geoid) {
-  py::object view = geoid.nodes.attr("view")();
+py::object NodesOf(const std::shared_ptr<RegionalGeoidObject>& geoid) {
+  const py::array_t<float> view({geoid->place.rows, geoid->place.columns}, geoid->nodes.data(),
+                                py::cast(geoid));
   view.attr("flags").attr("writeable") = false;
   return view;
 }
 
-py::tuple StateOf(const RegionalGeoidObject& g) {
-  return py::make_tuple(g.nodes, g.place.south, g.place.west, g.place.latStep, g.place.lonStep,
-                        g.scheme.name);
+py::tuple StateOf(const std::shared_ptr<RegionalGeoidObject>& g) {
+  return py::make_tuple(NodesOf(g), g->place.south, g->place.west, g->place.latStep,
+                        g->place.lonStep, g->scheme.name, g->scheme.northFirst);
 }
 
 std::shared_ptr<RegionalGeoidObject> RegionalFromState(const py::tuple& s) {
-  const auto nodes = Nodes::ensure(s[0]);
-  const GridPlace place{s[1].cast<double>(),
-                        s[2].cast<double>(),
-                        s[3].cast<double>(),
-                        s[4].cast<double>(),
-                        static_cast<int>(nodes.shape(0)),
-                        static_cast<int>(nodes.shape(1))};
-  return std::make_shared<RegionalGeoidObject>(
-      place, ChooseScheme(s[5].cast<std::string>(), place, "RegionalGeoid"), nodes);
+  return MakeRegional(s[0], s[1].cast<double>(), s[2].cast<double>(), s[3].cast<double>(),
+                      s[4].cast<double>(), s[5].cast<std::string>(), s[6].cast<bool>());
 }
 
 std::string ReprOfRegional(const RegionalGeoidObject& g) {
@@ -123,13 +114,15 @@ bool Equal(const RegionalGeoidObject& a, const RegionalGeoidObject& b) {
     return std::tie(g.place.south, g.place.west, g.place.latStep, g.place.lonStep, g.place.rows,
                     g.place.columns);
   };
-  return placed(a) == placed(b) && &a.scheme == &b.scheme && SameArrays(a.nodes, b.nodes);
+  const auto same = [](float x, float y) { return x == y || (std::isnan(x) && std::isnan(y)); };
+  return placed(a) == placed(b) && &a.scheme == &b.scheme &&
+         std::equal(a.nodes.begin(), a.nodes.end(), b.nodes.begin(), b.nodes.end(), same);
 }
 
 }  // namespace
 
 RegionalGeoidObject::RegionalGeoidObject(const GridPlace& where, const GridScheme& how,
-                                         py::array_t<float> values)
+                                         std::vector<float> values)
     : place(where),
       scheme(how),
       nodes(std::move(values)),
@@ -207,8 +200,7 @@ std::shared_ptr<GeoidObject> GeoidObjectOf(const LoadedGeoid& loaded) {
   if (const GeoidCoefficients* coefficients = loaded.Coefficients())
     return std::make_shared<GlobalGeoidObject>(*coefficients);
   const GeoidGrid& grid = *loaded.Grid();
-  py::array_t<float> nodes({grid.place.rows, grid.place.columns}, grid.nodes.data());
-  return std::make_shared<RegionalGeoidObject>(grid.place, *grid.scheme, std::move(nodes));
+  return std::make_shared<RegionalGeoidObject>(grid.place, *grid.scheme, grid.nodes);
 }
 
 void BindGeoid(py::module_& module) {
@@ -236,9 +228,8 @@ unless north_first, columns from the west. south and west are the position of th
 the steps the distances of the nodes, all in degrees. interpolation: the class name of a scheme, see
 interpolation_names(); by default bilinear, or a spline for grids wider than 180 degrees.
 
-A C-contiguous float32 array in the row order of the scheme (southernmost first, but for names that
-end in NW, the Danish and the Swedish scheme) is used where it is, not copied, and kept alive; change
-it only while no thread uses the geoid. Others are copied. Pickles carry the whole grid.
+The array is copied. Geoids are immutable, equal when their heights, place and scheme are; pickles
+carry the whole grid.
 
 Raises Error for a grid that is not on the Earth or a scheme that does not serve it.)");
   regional.attr("__module__") = "geomath";
@@ -281,8 +272,10 @@ Raises Error when the file holds no grid in latitude and longitude.)")
              return py::hash(py::make_tuple(g.place.south, g.place.west, g.place.rows,
                                             g.place.columns, g.scheme.name));
            })
-      .def("__repr__", &ReprOfRegional)
-      .def(py::pickle([](const RegionalGeoidObject& g) { return StateOf(g); }, &RegionalFromState));
+      .def("__repr__", &ReprOfRegional);
+  DefinePickle(
+      regional, [](const std::shared_ptr<RegionalGeoidObject>& g) { return StateOf(g); },
+      &RegionalFromState);
 
   py::class_<GlobalGeoidObject, GeoidObject, std::shared_ptr<GlobalGeoidObject>> global(
       module, "GlobalGeoid", R"(
@@ -321,12 +314,12 @@ when it was forgotten or given needlessly. Raises Error when a file cannot be re
              return py::hash(py::make_tuple(g.coefficients.degrees, g.coefficients.C.back(),
                                             g.coefficients.S.back()));
            })
-      .def("__repr__",
-           [](const GlobalGeoidObject& g) {
-             return fmt::format("<GlobalGeoid to degree {}{}>", g.coefficients.degrees - 1,
-                                g.coefficients.correctionC.empty() ? "" : ", with a correction");
-           })
-      .def(py::pickle([](const GlobalGeoidObject& g) { return StateOf(g); }, &GlobalFromState));
+      .def("__repr__", [](const GlobalGeoidObject& g) {
+        return fmt::format("<GlobalGeoid to degree {}{}>", g.coefficients.degrees - 1,
+                           g.coefficients.correctionC.empty() ? "" : ", with a correction");
+      });
+  DefinePickle(
+      global, [](const GlobalGeoidObject& g) { return StateOf(g); }, &GlobalFromState);
 
   module.def("interpolation_names", &InterpolationNames, R"(interpolation_names()
 --

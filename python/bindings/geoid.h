@@ -1,12 +1,13 @@
 #pragma once
 
-#include <pybind11/numpy.h>
 #include <pybind11/pybind11.h>
 
 #include <memory>
+#include <vector>
 
 #include "files/models/geoid_file.h"
 #include "geomath/chain/geoid_models.h"
+#include "python/bindings/made.h"
 
 namespace geomath_python {
 
@@ -19,14 +20,14 @@ struct GeoidObject {
 };
 
 struct RegionalGeoidObject : GeoidObject {
-  /// `values` in the row order of the scheme; they are shared, not copied.
+  /// `values` in the row order of the scheme.
   RegionalGeoidObject(const geomath_tools::GridPlace& where, const geomath_tools::GridScheme& how,
-                      py::array_t<float> values);
+                      std::vector<float> values);
   const zel_cs::geomath::GeoidHeight& Heights() const override { return heights; }
 
   geomath_tools::GridPlace place;
   const geomath_tools::GridScheme& scheme;
-  py::array_t<float> nodes;
+  std::vector<float> nodes;
   std::unique_ptr<zel_cs::geomath::RegionalGeoid> model;
   zel_cs::geomath::RegionalGeoidHeight heights;
 };
@@ -39,6 +40,13 @@ struct GlobalGeoidObject : GeoidObject {
   std::unique_ptr<zel_cs::geomath::GlobalGeoid> model;
   zel_cs::geomath::GlobalGeoidHeight heights;
 };
+
+template <>
+inline constexpr bool kBound<GeoidObject> = true;
+template <>
+inline constexpr bool kBound<RegionalGeoidObject> = true;
+template <>
+inline constexpr bool kBound<GlobalGeoidObject> = true;
 
 /// The object for a geoid that was read from files; its warning becomes one of Python.
 std::shared_ptr<GeoidObject> GeoidObjectOf(const geomath_tools::LoadedGeoid& loaded);

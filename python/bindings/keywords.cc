@@ -1,6 +1,8 @@
 #include "python/bindings/keywords.h"
 
 #include "files/system/system_sections.h"
+#include "files/words/user_error.h"
+#include "python/bindings/objects.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
@@ -48,11 +50,20 @@ std::shared_ptr<Ellipsoid> EllipsoidFrom(const py::object& given) {
 
 std::string PathOf(const py::object& path) {
   if (path.is_none()) return {};
-  return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+  auto name = py::module_::import("os").attr("fsencode")(path).cast<std::string>();
+  if (name.find('\0') != std::string::npos) throw py::value_error("path: holds a null character");
+  return name;
+}
+
+py::str TextOf(const std::string& text) {
+  PyObject* const decoded =
+      PyUnicode_DecodeUTF8(text.data(), static_cast<py::ssize_t>(text.size()), "surrogateescape");
+  if (!decoded) throw py::error_already_set();
+  return py::reinterpret_steal<py::str>(decoded);
 }
 
 void Warn(const std::string& text) {
-  if (!text.empty() && PyErr_WarnEx(PyExc_UserWarning, text.c_str(), 1) != 0)
+  if (!text.empty() && PyErr_WarnFormat(PyExc_UserWarning, 1, "%U", TextOf(text).ptr()) != 0)
     throw py::error_already_set();
 }
 

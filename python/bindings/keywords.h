@@ -22,8 +22,11 @@ nlohmann::json SectionOf(std::initializer_list<std::pair<const char*, py::object
 /// An Ellipsoid, or the name of one.
 std::shared_ptr<zel_cs::geomath::Ellipsoid> EllipsoidFrom(const py::object& given);
 
-/// A path as Python gives it; empty for None.
+/// A path as the file system spells it; empty for None. Throws ValueError for one that no system has.
 std::string PathOf(const py::object& path);
+
+/// A text that may hold a path: bytes that are no UTF-8 become what Python's paths have for them.
+py::str TextOf(const std::string& text);
 
 /// Gives a text that is not empty as a UserWarning.
 void Warn(const std::string& text);

@@ -6,10 +6,12 @@
 
 #include "files/system/system_sections.h"
 #include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;
@@ -86,10 +88,13 @@ py::tuple StateOf(const LocalToGrid& site) {
 std::shared_ptr<LocalToGrid> SiteFromState(const py::tuple& state) {
   auto site = std::make_shared<LocalToGrid>();
   site->mode = state[0].cast<unsigned char>();
+  if (site->mode > LocalToGrid::kBoth) throw UserError("a calibration has no such parts");
   for (int i = 0; i < kPlaneKeys; ++i)
-    site->SetPlaneParam(state[static_cast<std::size_t>(1 + i)].cast<double>(), i, 0);
+    site->SetPlaneParam(FiniteOf(state[static_cast<std::size_t>(1 + i)]), i, 0);
   for (int i = 0; i < kHeightKeys; ++i)
-    site->SetHeightParam(state[static_cast<std::size_t>(1 + kPlaneKeys + i)].cast<double>(), i, 0);
+    site->SetHeightParam(FiniteOf(state[static_cast<std::size_t>(1 + kPlaneKeys + i)]), i, 0);
+  if (site->mode & LocalToGrid::kHorizontal && !(ParameterOf(*site, 2) > 0))
+    throw UserError("the scale must be above 0");
   return site;
 }
 
@@ -152,7 +157,10 @@ std::shared_ptr<GridToGround> GroundFromState(const py::tuple& state) {
   auto ground = std::make_shared<GridToGround>();
   ground->flags = state[0].cast<std::uint32_t>();
   for (std::size_t i = 0; i < std::size(kGroundFields); ++i)
-    (*ground).*kGroundFields[i] = state[1 + i].cast<double>();
+    (*ground).*kGroundFields[i] = FiniteOf(state[1 + i]);
+  const bool derived = ground->flags & GridToGround::kDeriveScale;
+  if (!((derived ? ground->gridScaleFactor : ground->scale) > 0))
+    throw UserError("the scale must be above 0");
   return ground;
 }
 
@@ -248,8 +256,8 @@ heights are calibrated: their slopes need the position.)")
           [](const LocalToGrid& a, const LocalToGrid& b) { return StateOf(a).equal(StateOf(b)); },
           py::is_operator())
       .def("__hash__", [](const LocalToGrid& s) { return py::hash(StateOf(s)); })
-      .def("__repr__", &ReprOfSite)
-      .def(py::pickle(&StateOf, &SiteFromState));
+      .def("__repr__", &ReprOfSite);
+  DefinePickle(site, &StateOf, &SiteFromState);
 
   py::class_<GridToGround, std::shared_ptr<GridToGround>> ground(module, "GridToGround", R"(
 A ground system: from grid coordinates to true lengths on the ground of a site.
@@ -303,8 +311,8 @@ Ground to grid coordinates, the inverse of to_ground.)")
           },
           py::is_operator())
       .def("__hash__", [](const GridToGround& g) { return py::hash(StateOfGround(g)); })
-      .def("__repr__", &ReprOfGround)
-      .def(py::pickle(&StateOfGround, &GroundFromState));
+      .def("__repr__", &ReprOfGround);
+  DefinePickle(ground, &StateOfGround, &GroundFromState);
 }
 
 }  // namespace geomath_python

@@ -14,6 +14,7 @@
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;
@@ -32,6 +33,15 @@ struct FieldObject {
   std::shared_ptr<ModelObject> model;  // of the date: one part
   MagneticField field;
 };
+
+}  // namespace
+
+template <>
+inline constexpr bool kBound<ModelObject> = true;
+template <>
+inline constexpr bool kBound<FieldObject> = true;
+
+namespace {
 
 // A decimal year from a number, a text like 2026-05-31, or anything with year, month and day.
 double YearFrom(const py::object& given) {
@@ -121,11 +131,21 @@ py::tuple StateOf(const ModelObject& model) {
 }
 
 WMMtype_MagneticModel PartFromState(const py::tuple& s) {
-  const auto column = [&](std::size_t i) { return s[i].cast<std::vector<double>>(); };
-  return {s[0].cast<double>(), s[1].cast<double>(), s[2].cast<std::string>(),
-          column(3),           column(4),           column(5),
-          column(6),           s[7].cast<int>(),    s[8].cast<int>(),
-          s[9].cast<double>()};
+  const int degree = s[7].cast<int>(), changing = s[8].cast<int>();
+  if (degree < 1 || degree > kMaxMagneticDegree || changing < 0 || changing > degree)
+    throw UserError("a model has no such degree");
+  const auto column = [&](std::size_t i) {
+    auto values = s[i].cast<std::vector<double>>();
+    if (values.size() != TermCount(degree) ||
+        !std::all_of(values.begin(), values.end(), [](double x) { return std::isfinite(x); }))
+      throw UserError("the coefficients are not those of the degree");
+    return values;
+  };
+  return WMMtype_MagneticModel{
+      FiniteOf(s[0]), FiniteOf(s[1]), s[2].cast<std::string>().substr(0, kMaxModelName),
+      column(3),      column(4),      column(5),
+      column(6),      degree,         changing,
+      FiniteOf(s[9])};
 }
 
 std::shared_ptr<ModelObject> FromState(const py::tuple& state) {
@@ -159,6 +179,11 @@ std::string ReprOf(const ModelObject& m) {
 
 py::tuple StateOfField(const FieldObject& f) {
   return py::make_tuple(f.model, f.field.DecimalYear());
+}
+
+std::shared_ptr<FieldObject> FieldFromState(const py::tuple& state) {
+  const auto of = PartOf<Model>(state[0]);
+  return std::make_shared<FieldObject>(of, MagneticField(*of, FiniteOf(state[1])));
 }
 
 }  // namespace
@@ -197,9 +222,10 @@ The field at a date: anything with year, month and day, a numpy.datetime64, a te
 "2026-05-31", or a decimal year. A UserWarning says when the date is outside the years of the model.)")
       .def("__eq__", &Equal, py::is_operator())
       .def("__hash__",
-           [](const ModelObject& m) { return py::hash(py::make_tuple(NameOf(m), EpochOf(m))); })
-      .def("__repr__", &ReprOf)
-      .def(py::pickle(&StateOf, &FromState));
+           [](const Model& m) { return py::hash(py::make_tuple(m.modelName, m.epoch)); })
+      .def("__repr__", &ReprOf);
+  DefinePickle(
+      model, [](const Model& m) { return StateOf(m); }, &FromState);
 
   py::class_<FieldObject, std::shared_ptr<FieldObject>> field(module, "MagneticField", R"(
 The magnetic field at one date.
@@ -256,16 +282,11 @@ How much the elements change in a year, as `elements` gives them.)")
            [](const FieldObject& f) {
              return py::hash(py::make_tuple(NameOf(*f.model), f.field.DecimalYear()));
            })
-      .def("__repr__",
-           [](const FieldObject& f) {
-             return fmt::format("<MagneticField of {} at {}>", NameOf(*f.model),
-                                NumberText(f.field.DecimalYear()));
-           })
-      .def(py::pickle(&StateOfField, [](const py::tuple& state) {
-        const auto of = state[0].cast<std::shared_ptr<ModelObject>>();
-        const auto year = state[1].cast<double>();
-        return std::make_shared<FieldObject>(of, MagneticField(ModelOfYear(of->parts, year), year));
-      }));
+      .def("__repr__", [](const FieldObject& f) {
+        return fmt::format("<MagneticField of {} at {}>", f.model->modelName,
+                           NumberText(f.field.DecimalYear()));
+      });
+  DefinePickle(field, &StateOfField, &FieldFromState);
 }
 
 }  // namespace geomath_python

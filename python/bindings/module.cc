@@ -1,6 +1,7 @@
 #include <pybind11/pybind11.h>
 
 #include "files/words/user_error.h"
+#include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
 
 namespace py = pybind11;
@@ -11,7 +12,14 @@ PYBIND11_MODULE(_geomath, module) {
   py::options options;
   options.disable_function_signatures();  // each docstring has its own, in the words of Python
 
-  auto& error = py::register_exception<geomath_tools::UserError>(module, "Error", PyExc_ValueError);
+  static py::exception<geomath_tools::UserError> error(module, "Error", PyExc_ValueError);
+  py::register_exception_translator([](std::exception_ptr thrown) {
+    try {
+      if (thrown) std::rethrow_exception(thrown);
+    } catch (const geomath_tools::UserError& reason) {
+      PyErr_SetObject(error.ptr(), TextOf(reason.what()).ptr());
+    }
+  });
   error.attr("__module__") = "geomath";
   error.doc() =
       "What has to be put right before the work can go on: a description that makes no sense, a\n"

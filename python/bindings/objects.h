@@ -9,6 +9,7 @@
 #include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "python/bindings/geoid.h"
+#include "python/bindings/made.h"
 
 /// What stands behind the classes of the package: the library's objects with what they point to.
 /// All are unchanged once they are made, so that any number of threads may use them.
@@ -46,6 +47,19 @@ struct ChainObject {
   std::shared_ptr<zel_cs::geomath::GridToGround> ground;
   zel_cs::geomath::CoordinateChain chain;  // of those
 };
+
+template <>
+inline constexpr bool kBound<zel_cs::geomath::Ellipsoid> = true;
+template <>
+inline constexpr bool kBound<DatumObject> = true;
+template <>
+inline constexpr bool kBound<ProjectionObject> = true;
+template <>
+inline constexpr bool kBound<zel_cs::geomath::LocalToGrid> = true;
+template <>
+inline constexpr bool kBound<zel_cs::geomath::GridToGround> = true;
+template <>
+inline constexpr bool kBound<ChainObject> = true;
 
 /// Joins the chain's steps, which stay the object's.
 void Join(ChainObject& object);

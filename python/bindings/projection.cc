@@ -1,13 +1,16 @@
 #include <fmt/format.h>
 #include <pybind11/stl.h>
 
+#include <cmath>
 #include <limits>
 
 #include "files/words/name_match.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
+#include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
 using namespace geomath_tools;
@@ -86,11 +89,27 @@ py::tuple StateOf(const ProjectionObject& p) {
                         p.geographicAxes);
 }
 
+// Read as a projection that is made: a state holds the same values.
 std::shared_ptr<ProjectionObject> FromState(const py::tuple& state) {
-  return std::make_shared<ProjectionObject>(
-      *FindProjection(state[0].cast<std::string>()), state[1].cast<std::vector<double>>(),
-      state[2].cast<double>(), state[3].cast<double>(), state[4].cast<std::string>(),
-      state[5].cast<std::string>());
+  const auto name = state[0].cast<std::string>();
+  const auto values = state[1].cast<std::vector<double>>();
+  const double a = state[2].cast<double>(), invF = state[3].cast<double>();
+  const nlohmann::json on = std::isinf(invF) ? nlohmann::json{{"a", a}, {"b", a}}
+                                             : nlohmann::json{{"a", a}, {"invF", invF}};
+  ReadEllipsoid(JsonSection("the ellipsoid", "", on, kEllipsoidKeys));
+  nlohmann::json section = {{"name", name}};
+  if (const ProjectionKind* kind = FindProjection(name)) {
+    if (values.size() != kind->parameters.size())
+      throw UserError("the parameters are not those of the projection");
+    for (std::size_t i = 0; i < values.size(); ++i) section[kind->parameters[i].name] = values[i];
+  }
+  NamedProjection read =
+      ReadProjection({"the projection", "", section, KeySpelling::exact}, a, invF);
+  const nlohmann::json axes = {{"grid_axes", state[4].cast<std::string>()},
+                               {"geographic_axes", state[5].cast<std::string>()}};
+  return std::make_shared<ProjectionObject>(*read.kind, std::move(read.values), a, invF,
+                                            AxesOf(axes, "grid_axes"),
+                                            AxesOf(axes, "geographic_axes"));
 }
 
 std::string Repr(const ProjectionObject& p) {
@@ -203,8 +222,8 @@ is that of the kind.)")
           },
           py::is_operator())
       .def("__hash__", [](const ProjectionObject& p) { return py::hash(StateOf(p)); })
-      .def("__repr__", &Repr)
-      .def(py::pickle(&StateOf, &FromState));
+      .def("__repr__", &Repr);
+  DefinePickle(projection, &StateOf, &FromState);
 
   module.def("projections", &Projections, R"(projections()
 --

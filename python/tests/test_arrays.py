@@ -1,11 +1,13 @@
 """Arrays: shapes, strides, types, results in place, failures, threads."""
 
+import signal
+import time
 from concurrent.futures import ThreadPoolExecutor
 from typing import Any
 
 import numpy as np
 import pytest
-from geomath import ChainStep, CoordinateChain, Error
+from geomath import ChainStep, CoordinateChain, Error, GlobalGeoid
 from numpy.typing import NDArray
 
 Array = NDArray[np.float64]
@@ -77,6 +79,41 @@ def test_a_failed_point_is_nan_and_names_its_step(britain: CoordinateChain) -> N
 def test_masked_elements_become_nan(britain: CoordinateChain) -> None:
     lat: Any = np.ma.masked_equal([52, 53], 53)  # type: ignore[no-untyped-call]
     assert np.isnan(britain.to_local(lat, 0)).tolist() == [[False, True]] * 3
+
+
+def test_missing_values_of_columns_become_nan(britain: CoordinateChain) -> None:
+    pandas = pytest.importorskip("pandas")
+    column: Any
+    for column in (
+        pandas.array([52, None], dtype="Int64"),
+        pandas.Series([52, None], dtype="Float64"),
+        pandas.Series([52, None], dtype=object),
+    ):
+        north = britain.to_local(column, 0)[0]
+        assert north[0] == britain.to_local(52, 0)[0] and np.isnan(north[1])
+    with pytest.raises(TypeError, match="lat: must be"):
+        britain.to_local(pandas.array(["52", None], dtype="string"), 0)
+
+
+def test_an_interrupt_is_heard_within_a_second() -> None:
+    degree, scattered = 1000, np.linspace(50, 60, 20_000)  # a minute's work
+    coefficients = np.full((degree + 1) * (degree + 2) // 2, 1e-10)
+    geoid = GlobalGeoid(coefficients, coefficients)
+    rung: list[float] = []
+
+    def ring(*_: Any) -> None:
+        rung.append(time.monotonic())
+        raise KeyboardInterrupt
+
+    before = signal.signal(signal.SIGALRM, ring)
+    signal.setitimer(signal.ITIMER_REAL, 0.2)
+    started = time.monotonic()
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            CoordinateChain(geoid=geoid).to_local(scattered, scattered)
+    finally:
+        signal.signal(signal.SIGALRM, before)
+    assert rung[0] - started < 0.2 + 1
 
 
 def test_out_is_filled_and_may_be_the_arguments(britain: CoordinateChain) -> None:

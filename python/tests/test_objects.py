@@ -2,6 +2,7 @@
 
 import copy
 import gc
+import os
 import pickle
 from pathlib import Path
 from typing import Any
@@ -41,7 +42,7 @@ OBJECTS: list[Any] = [
 
 @pytest.mark.parametrize("thing", OBJECTS, ids=lambda thing: type(thing).__name__)
 def test_objects_are_equal_to_their_copies_and_to_nothing_else(thing: Any) -> None:
-    for protocol in range(2, pickle.HIGHEST_PROTOCOL + 1):
+    for protocol in range(pickle.HIGHEST_PROTOCOL + 1):
         again = pickle.loads(pickle.dumps(thing, protocol))
         assert again == thing and hash(again) == hash(thing) and again is not thing
         assert pickle.dumps(again) == pickle.dumps(pickle.loads(pickle.dumps(again)))
@@ -66,17 +67,54 @@ def test_a_chain_pickles_whole(britain: CoordinateChain, tmp_path: Path) -> None
     assert again.replace(geoid=None, geoid_frame="global", localization=None) == britain
 
 
-def test_a_geoid_uses_the_array_where_it_is_and_keeps_it() -> None:
+def test_a_geoid_keeps_heights_of_its_own() -> None:
     heights = np.zeros((10, 20), dtype=np.float32)
     model = RegionalGeoid(heights, south=49, west=-6, lat_step=0.5, lon_step=0.5)
-    assert np.shares_memory(model.grid, heights) and not model.grid.flags.writeable
     heights[:] = 7
-    assert model.height(51.3, -2.2) == 7
-    chain = CoordinateChain(geoid=model)
-    del heights, model
+    assert model.height(51.3, -2.2) == 0
+    with pytest.raises(ValueError, match="WRITEABLE"):
+        model.grid.flags.writeable = True
+    chain, grid = CoordinateChain(geoid=model), model.grid
+    del model
+    gc.collect()
+    assert chain.to_local(51.3, -2.2, 10)[2] == 10
+    del chain
     gc.collect()
     np.full((10, 20), np.float32(9))  # would take the memory, were it free
-    assert chain.to_local(51.3, -2.2, 10)[2] == 3
+    assert not grid.any()
+
+
+@pytest.mark.parametrize("thing", OBJECTS, ids=lambda thing: type(thing).__name__)
+def test_objects_that_were_never_made_are_refused(thing: Any) -> None:
+    kind: Any = type(thing)
+    for method in ("__repr__", "__hash__", "__getstate__"):
+        with pytest.raises(TypeError, match="never made"):
+            getattr(kind.__new__(kind), method)()
+    with pytest.raises(TypeError, match="never made"):
+        assert thing == kind.__new__(kind)
+
+
+def test_an_object_of_a_derived_class_is_made_by_the_base() -> None:
+    def early(self: Any) -> None:
+        self.a  # what no ellipsoid has yet
+
+    def late(self: Any) -> None:
+        Ellipsoid.__init__(self, "WGS84")
+        assert self.a == 6378137
+
+    with pytest.raises(TypeError, match="never made"):
+        type("Early", (Ellipsoid,), {"__init__": early})()
+    assert type("Late", (Ellipsoid,), {"__init__": late})() == Ellipsoid("WGS84")
+
+
+def test_paths_of_any_bytes_are_read_and_named(tmp_path: Path) -> None:
+    path = tmp_path / os.fsdecode(b"S\xfcd.json")  # Latin-1, as old archives have it
+    path.write_text('{"name": 1}')
+    with pytest.raises(Error) as error:
+        CoordinateChain.from_file(path)
+    assert str(error.value).startswith(str(path) + ': "name" must be a text')
+    with pytest.raises(ValueError, match="null character"):
+        CoordinateChain.from_file("site.json\0.txt")
 
 
 def test_grids_of_any_type_and_row_order_give_one_geoid() -> None:

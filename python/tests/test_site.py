@@ -55,6 +55,19 @@ def test_the_form_of_the_control_does_not_matter(control: Any) -> None:
     assert wanted.names[0] == "30010209"
 
 
+def test_missing_names_and_uses_are_as_if_left_out(control: Any) -> None:
+    pandas = pytest.importorskip("pandas")
+    table = pandas.DataFrame(columns(control))
+    wanted = Calibration(table).solve()
+    codes: Any
+    for codes in ([3.0] * 11 + [np.nan], pandas.array([3] * 11 + [None], dtype="Int64")):
+        table["use"] = codes
+        table["name"] = pandas.array(["a"] * 11 + [None], dtype="string")
+        result = Calibration(table).solve()
+        assert result.localization == wanted.localization
+        assert result.names == ["a"] * 11 + ["12"]
+
+
 def test_points_left_out_have_the_residuals_that_the_check_predicts(control: Any) -> None:
     whole = Calibration(control).solve()
     left_out = columns(control, use=["both"] * 4 + ["none"] + ["both"] * 7)
