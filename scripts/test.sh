@@ -74,17 +74,8 @@ cmake --build build/tsan --target threads_test
 run_tests build/tsan -L threads
 
 stage "Clang and fuzzers"
-clang=$(first_of clang++-14 clang++)
-if [ -n "$clang" ]; then
-  configure build/clang -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_CXX_COMPILER="$clang" \
-    -DGEOMATH_BUILD_FUZZERS=ON
-  cmake --build build/clang --target geomath fuzzers
-  for fuzzer in build/clang/tests/fuzz/*_fuzz; do
-    echo "$fuzzer"
-    "$fuzzer" -max_total_time=30 -rss_limit_mb=2048 2>"$fuzzer.log" ||
-      { tail -60 "$fuzzer.log"; exit 1; }
-    tail -1 "$fuzzer.log"
-  done
+if [ -n "$(first_of clang++-14 clang++)" ]; then
+  scripts/fuzz.sh 10  # seconds each
 else
   echo "clang++ is not here: skipped"
 fi
