@@ -70,11 +70,11 @@ enum class GeoidFrame : unsigned char {
 /// a ground system move and turn northings and eastings, and the result is turned once, at the end.
 /// Latitudes lie within ±π/2, longitudes may be any finite angle.
 ///
-/// Every conversion is const, allocates nothing (a GlobalGeoidHeight does in a thread's first call),
-/// never throws and may run from many threads at once. A projection must have the const form
-/// ForwardPoint/InversePoint, as all of the library have; one of a host that has none fails at every
-/// point. Geodetic coordinates are found by the method of Ellipsoid::XYZ_to_BLH_Batch, which is exact
-/// to rounding everywhere.
+/// Every conversion is const, allocates nothing (a GlobalGeoidHeight does in the first call of a
+/// thread), never throws and may run from many threads at once. A projection must have the const
+/// form ForwardPoint/InversePoint, as all of the library have; one of a host that has none fails at
+/// every point. Geodetic coordinates are found by the method of Ellipsoid::XYZ_to_BLH_Batch, which
+/// is exact to rounding everywhere.
 class GEOMATH_API CoordinateChain {
  public:
   /// No steps: coordinates come out as they went in.

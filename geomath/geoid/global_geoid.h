@@ -32,9 +32,9 @@ struct GEOMATH_API GlobalGeoidData {
                   const double* correctionSines);
 };
 
-/// Work arrays for the queries of one thread; may serve several models in turn. The first query of a
-/// model that needs more room than it has allocates. Without memory the queries fail as those calls
-/// say.
+/// Work arrays for the queries of one thread; may serve several models in turn. The first query of
+/// a model that needs more room than it has allocates. Without memory the queries fail as those
+/// calls say.
 class GEOMATH_API GlobalGeoidScratch {
  public:
   GlobalGeoidScratch() = default;
@@ -62,8 +62,8 @@ class GEOMATH_API GlobalGeoidScratch {
 ///
 /// The calls without a scratch share the object's own work arrays, so that one object must not run
 /// them from two threads at once; those with a scratch may run from many threads, one scratch each.
-/// Construction and copying allocate the tables of the recursion and these work arrays; a query then
-/// allocates nothing, unless its scratch has to grow.
+/// Construction and copying allocate the tables of the recursion and these work arrays; a query
+/// then allocates nothing, unless its scratch has to grow.
 class GEOMATH_API GlobalGeoid {
  public:
   /// The arrays of the record must outlive the model and its copies.

@@ -21,8 +21,8 @@ class BuiltInLoader final : public TProjectionTypeLoader {
   ProjectionType* (*create_)();
 };
 
-/// Enters the loaders of the built-in kinds from their table when it is made, so that they are there
-/// in a static build too and however early it is asked.
+/// Enters the loaders of the built-in kinds from their table when it is made, so that they are
+/// there in a static build too and however early it is asked.
 class Registry : public LoaderRegistry<TProjectionTypeLoader> {
  public:
   Registry() {
