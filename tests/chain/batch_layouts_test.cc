@@ -108,6 +108,7 @@ std::vector<Layout> Layouts(std::size_t coordinates) {
           {"triples, the last first", {2, 1, 0}, 3},
           {"triples, the first two turned", {1, 0, 2}, 3},
           {"triples, the last two turned", {0, 2, 1}, 3},
+          {"triples, the last moved first", {2, 0, 1}, 3},
           {"triples in quadruples", {0, 1, 2}, 4},
           {"spaced triples", {0, 2, 4}, 6},
           {"every third of three arrays", {0, 3 * n + 1, 6 * n + 2}, 3},
