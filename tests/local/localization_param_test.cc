@@ -512,6 +512,20 @@ TEST(LocalizationParam, PlacementChoosesOriginAndCentre) {
   EXPECT_NEAR(lat, 52.569 * kDegree, 1e-4);  // the middle of the square
 }
 
+TEST(LocalizationParam, KeepsTheAxesOfTheBaseInItsInverse) {
+  TDoubleSter grid = NetherlandsGrid();
+  grid.SetNEAxes(L"EN");
+  ControlPoints points(SitePoints(site::kConfigurations[3]));
+  double lat = points[0].globalN, lon = points[0].globalE, originLat, originLon, h;
+  const TLocalizationParam solver(points.Pointers(), points.Count(), false, &grid, 0, 0,
+                                  kFirstPoint);
+  ASSERT_TRUE(solver.GetGeodeticOrigin(originLat, originLon, h));
+  ASSERT_TRUE(grid.Inverse(lat, lon));
+  EXPECT_EQ(originLat, lat);
+  EXPECT_EQ(originLon, lon);
+  EXPECT_GT(std::abs(lat - 52.5 * kDegree), 1e-3) << "eastings were taken for northings";
+}
+
 TEST(LocalizationParam, UnusablePointsAreSetAside) {
   std::vector<IdenticalPoint> list = SitePoints(site::kConfigurations[0]);
   list[1].globalFlags = kHasNorth;
