@@ -23,6 +23,7 @@ constexpr double kSuspicious = 3.29;          // two-sided 1 in 1000 of the norm
 constexpr double kThin = 0.1;                 // width over length of nearly one line
 constexpr double kUnusualScale = 1e-3;  // 1000 ppm: beyond any height and map projection in use
 constexpr double kFarOutside = 0.1;     // of the diameter of the control
+constexpr double kExactShift = 1e-6;    // metres: the mean of the residuals of a mean
 constexpr double kSpoils = 2;           // times more precise without the points near the centroid
 
 // Residuals beyond reason: a hundredth of the distances in the site, or a metre, which the
@@ -302,11 +303,13 @@ void CalibrationCheck::CheckHeights() {
   deviations_.aE = verticalSigma_ * std::sqrt(cofactors.q[2][2]);
 }
 
-// Only a caller's own mean shift leaves residuals that the solver has not.
+// Only a caller's own mean shift leaves residuals whose sum is zero where the solver has no heights
+// (its estimate of the rms leaves those of no shift at all).
 bool CalibrationCheck::HeightsAreShifted() const {
-  const auto hasResidual = [&](int i) { return std::abs(At(i).residualH) < DBL_MAX; };
-  return vertical_.size() >= 3 && !(solved_->GetInitialization() & 2) &&
-         std::all_of(vertical_.begin(), vertical_.end(), hasResidual);
+  if (vertical_.size() < 3 || solved_->GetInitialization() & 2) return false;
+  double sum = 0;
+  for (int i : vertical_) sum += At(i).residualH;
+  return std::abs(sum) <= kExactShift * static_cast<double>(vertical_.size());
 }
 
 CalibrationFit CalibrationCheck::Fit(const IdenticalPoint* const* points,

@@ -228,6 +228,9 @@ TEST(CalibrationCheck, ExaminesTheMeanShiftOfHeightsInOneLine) {
   Solved solved(line);
   EXPECT_TRUE(Warns(solved.Check(), Kind::heightsInLine));
   EXPECT_TRUE(std::isnan(solved.Check().VerticalSigma()));
+  double rms;
+  ASSERT_TRUE(solved.solver.GetDEstimation(rms));
+  EXPECT_TRUE(std::isnan(solved.Check().VerticalSigma())) << "residuals without a shift";
   for (std::size_t i = 0; i < 4; ++i) solved.points[i].residualH = above[i] - 3;
   const CalibrationCheck check = solved.Check();
   EXPECT_TRUE(Warns(check, Kind::heightsShifted));
