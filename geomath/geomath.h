@@ -16,6 +16,7 @@
 #include "geomath/datum/datum_molodenskiy.h"
 #include "geomath/datum/procedural.h"
 #include "geomath/geoid/boehm.h"
+#include "geomath/geoid/close_seam.h"
 #include "geomath/geoid/geoid_status.h"
 #include "geomath/geoid/global_geoid.h"
 #include "geomath/geoid/ordinary_kriging.h"

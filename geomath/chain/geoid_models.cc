@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "geomath/base/angle.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -14,11 +16,28 @@ GlobalGeoidScratch& ScratchOfThread() {
 
 bool IsHeight(double height) { return std::isfinite(height) && height != kNoHeight; }
 
+/// A longitude in the turn around `centre`; itself when it lies there.
+double InTurnAround(double centre, double longitude) {
+  return longitude - kTwoPi * std::round((longitude - centre) / kTwoPi);
+}
+
+/// The queries of a grid cut angles down to multiples of 1e-12 rad, which takes a position on the
+/// southern or western edge off it. One within two such units of an edge becomes one that is cut down
+/// to the first multiple on the grid.
+double OntoEdge(double angle, double edge) {
+  constexpr double kReach = 2e-12, kUnits = 1e12;
+  constexpr double kRounding = 0.01;  // units: ten times that of an angle of a turn
+  if (!(std::abs(angle - edge) <= kReach)) return angle;
+  return (std::ceil(edge * kUnits + kRounding) + 0.5) / kUnits;
+}
+
 }  // namespace
 
 // The slot starts at zero: one scheme adds to what it holds.
 bool RegionalGeoidHeight::Height(double b, double l, double& height) const {
-  const TAbstractPoint3<double> point(b, l, 0);
+  const TRectRgn grid = model_->GetRegion(false);
+  const double turned = InTurnAround(grid.L0 + grid.dL / 2, l);
+  const TAbstractPoint3<double> point(OntoEdge(b, grid.B0), OntoEdge(turned, grid.L0), 0);
   double found = 0;
   if (model_->CountHeight(&point, &found, 1) != 0 || !IsHeight(found)) return false;
   height = found;

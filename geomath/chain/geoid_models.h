@@ -7,7 +7,10 @@
 namespace zel_cs::geomath {
 
 /// A regional grid, with the scheme of its class, as the geoid of a CoordinateChain. The model is
-/// not owned. No height outside the grid, on a hole, or where the scheme fails.
+/// not owned. No height outside the grid, on a hole, or where the scheme fails. Any number of turns of
+/// longitude is taken. A position within 2e-12 rad of the southern or western edge is taken onto it,
+/// which the query of the class itself would cut off. A grid around the whole Earth is closed by
+/// CloseSeam first.
 class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
  public:
   /// `model` stays the caller's and must outlive this object.

@@ -9,6 +9,10 @@ namespace zel_cs::geomath {
 /// the rows; rows from the south without padding. Within three nodes of an edge the base class's
 /// 3 × 3 scheme serves instead, unless the grid covers the whole Earth: then columns wrap and rows
 /// beyond a pole are read as mirrored ones. No node is taken for a hole by the spline.
+///
+/// Kept: in the half cell west of the first column of a global grid the interpolation fails, which
+/// ends a query, and a grid that repeats its first column as its last is read a column off beside
+/// it. CloseSeam makes a grid of which neither is true.
 class GEOMATH_API RegGeoidInterpalation_GG2008SW : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.

@@ -59,6 +59,38 @@ int RunPoints(GridQuery& query, Interpolate interpolate) {
 constexpr int kFirstRow = 2;
 constexpr int kFirstColumn = 1;
 
+struct ColumnSpan {
+  NodeIndex first, last;
+};
+
+/// The columns that a request asks for, a full turn away when it reaches the grid only there, tried in
+/// the order of CountHeight. None when a position is not finite.
+std::optional<ColumnSpan> ColumnsOf(const TGridRgn& request, const TGridRgn& own, int NX) {
+  std::optional<ColumnSpan> asGiven;
+  for (const double turn : {0.0, kTwoPi, -kTwoPi}) {
+    const double west = request.L0 + turn;
+    const auto first = NearestNode(west, own.L0, own.lonStep, kFirstColumn);
+    const auto last = NearestNode(west + request.dL, own.L0, own.lonStep, kFirstColumn);
+    if (!first || !last) continue;
+    if (*first < NX && *last >= 0) return ColumnSpan{*first, *last};
+    if (turn == 0) asGiven = {*first, *last};
+  }
+  return asGiven;
+}
+
+/// The column itself when it is among the nodes, else that a full turn away when it is, tried in the
+/// order of CountHeight.
+NodeIndex TurnedColumn(NodeIndex column, NodeIndex columns, double lonStep) {
+  constexpr double kFar = 1e9;
+  const double around = kTwoPi / lonStep;
+  if ((column >= 0 && column < columns) || !(std::abs(around) < kFar)) return column;
+  for (const double turn : {around, -around}) {
+    const auto turned = static_cast<NodeIndex>(std::round(static_cast<double>(column) + turn));
+    if (turned >= 0 && turned < columns) return turned;
+  }
+  return column;
+}
+
 }  // namespace
 
 RegionalGeoid::RegionalGeoid(const RegionalGeoidData& data) : data_(data) {
@@ -138,14 +170,14 @@ int RegionalGeoid::REG_MODGrid(const TGridRgn& grid, double* heights) const {
   const TGridRgn& own = data_.grid;
   const auto firstRow = NearestNode(grid.B0, own.B0, own.latStep, kFirstRow);
   const auto lastRow = NearestNode(grid.B0 + grid.dB, own.B0, own.latStep, kFirstRow);
-  const auto firstColumn = NearestNode(grid.L0, own.L0, own.lonStep, kFirstColumn);
-  const auto lastColumn = NearestNode(grid.L0 + grid.dL, own.L0, own.lonStep, kFirstColumn);
-  if (!firstRow || !lastRow || !firstColumn || !lastColumn) return 0;
+  const auto columns = ColumnsOf(grid, own, data_.NX);
+  if (!firstRow || !lastRow || !columns) return 0;
 
   const GridNodes nodes(data_.data, rowStride_, data_.NX, data_.NY);
   for (NodeIndex row = *lastRow; row >= *firstRow; --row)
-    for (NodeIndex column = *firstColumn; column <= *lastColumn; ++column)
-      *heights++ = nodes.Read<float>(row, column).value_or(static_cast<float>(kNoHeight));
+    for (NodeIndex column = columns->first; column <= columns->last; ++column)
+      *heights++ = nodes.Read<float>(row, TurnedColumn(column, data_.NX, own.lonStep))
+                       .value_or(static_cast<float>(kNoHeight));
   return 0;
 }
 

@@ -71,12 +71,14 @@ class GEOMATH_API RegionalGeoid {
   /// of either sign, is none. Returns 0 when every point got a height, kAllOutside when every point
   /// lies outside (also when there is none), else kSomeWithoutHeight when one lies outside or got
   /// none, and kGeoidFailed without data or when the interpolation failed, which ends the query.
+  /// Cutting down takes a position exactly on the southern or western edge off the nodes: most
+  /// schemes then give no height (Kept; RegionalGeoidHeight takes it onto the edge).
   long CountHeight(const TAbstractPoint3<double>* points, double* heights, int count) const;
 
   /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows
   /// from the north to the south, each from the west; from the rounded position of grid's southern
-  /// edge to that of its northern, and likewise in longitude. Neither interpolates nor looks for
-  /// holes (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where
+  /// edge to that of its northern, and likewise in longitude, also after a full turn. Neither
+  /// interpolates nor looks for holes (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where
   /// the model has no node. Steps that are 0 or not finite write nothing. True unless there is no
   /// data.
   bool CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix* accuracy) const;

@@ -5,8 +5,12 @@
 #include <cmath>
 #include <vector>
 
+#include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "geomath/geoid/close_seam.h"
+#include "geomath/geoid/reg_geoid_2x2_sw.h"
 #include "geomath/geoid/reg_geoid_interpalation_4x4_sw.h"
+#include "geomath/geoid/reg_geoid_interpalation_gg2008_sw.h"
 #include "tests/support/harmonic_model.h"
 
 namespace zel_cs::geomath {
@@ -41,6 +45,70 @@ TEST(GeoidModels, ARegionalGridServesAChainBothWays) {
   double height = 7;
   EXPECT_FALSE(geoid.Height(0.7, 0.232, height));
   EXPECT_EQ(height, 7);
+}
+
+// The corner of a national grid in degrees, as files state it; its class cuts it off.
+TEST(GeoidModels, TheSouthernAndWesternEdgeBelongToTheGrid) {
+  const float z[] = {40, 41, 42, 45, 47, 49, 50, 53, 57};
+  constexpr double kNodes = 1e-9;  // metres: 3e-12 rad on 300 m/rad
+  int cutOff = 0;
+  for (int degrees = -89; degrees < 89; degrees += 3) {
+    const double south = degrees * kRadPerDeg, west = 2 * degrees * kRadPerDeg, step = kRadPerDeg;
+    const RegGeoid2x2SW grid({{south, 2 * step, west, 2 * step}, step, step}, 3, 3, z, 0, L"", L"");
+    const RegionalGeoidHeight geoid(grid);
+    const struct {
+      double b, l, height;
+    } edges[] = {{south, west, 40},
+                 {south - 1.9e-12, west - 1.9e-12, 40},
+                 {south, west + 1.5 * step, 41.5},
+                 {south + 0.5 * step, west, 42.5},
+                 {south + 0.5 * step, west + 3 * kTwoPi, 42.5},
+                 {south + 2 * step, west + 2 * step, 57}};
+    for (const auto& edge : edges) {
+      double height = 0;
+      EXPECT_TRUE(geoid.Height(edge.b, edge.l, height)) << degrees;
+      EXPECT_NEAR(height, edge.height, kNodes) << degrees;
+    }
+    double height = 0;
+    EXPECT_FALSE(geoid.Height(south - 3e-12, west + step, height)) << degrees;
+    const TAbstractPoint3<double> corner(south, west, 0);
+    cutOff += grid.CountHeight(&corner, &height, 1) != 0;
+  }
+  EXPECT_GT(cutOff, 30);  // Kept by the class: 60 corners, few of them multiples of 1e-12 rad
+}
+
+// A grid around the Earth, from its own west and turned by half, with and without its first column
+// once more: closed, all of them are one geoid to the splines.
+TEST(GeoidModels, AClosedGridHasNoSeam) {
+  constexpr int kColumns = 36, kRows = 19;
+  constexpr double kStep = 10 * kRadPerDeg;
+  const auto gridFrom = [&](int first, int columns) {
+    std::vector<float> z;
+    for (int r = 0; r < kRows; ++r)
+      for (int c = 0; c < columns; ++c)
+        z.push_back(static_cast<float>(20 + (7 * r * r + 13 * ((first + c) % kColumns)) % 29));
+    const TGridRgn region({-kHalfPi, kPi, first * kStep, (columns - 1) * kStep}, kStep, kStep);
+    return CloseSeam(region, columns, kRows, z.data());
+  };
+  const auto own = gridFrom(0, kColumns), repeated = gridFrom(0, kColumns + 1),
+             turned = gridFrom(kColumns / 2, kColumns);
+  ASSERT_TRUE(own && repeated && turned);
+  EXPECT_EQ(own->nodes, repeated->nodes);
+  const auto modelOf = [](const ClosedGrid& g) {
+    return RegGeoidInterpalation_GG2008SW(g.grid, g.NX, g.NY, g.nodes.data(), 0, L"", L"");
+  };
+  const auto a = modelOf(*own), b = modelOf(*turned);
+  constexpr double kSingle = 2e-4;  // metres: splines in single precision, positions 1e-7 of a step
+  for (int i = -40; i < 80; ++i) {
+    const double lat = 0.3, lon = 0.1 * i;
+    double one = 0, other = 1;
+    EXPECT_TRUE(RegionalGeoidHeight(a).Height(lat, lon, one)) << lon;
+    EXPECT_TRUE(RegionalGeoidHeight(b).Height(lat, lon, other)) << lon;
+    EXPECT_NEAR(one, other, kSingle) << lon;
+  }
+  EXPECT_FALSE(gridFrom(0, kColumns - 1));
+  EXPECT_FALSE(gridFrom(0, kColumns + 2));
+  EXPECT_FALSE(CloseSeam({{0, 1, 0, 6}, 0.5, 0}, 7, 3, nullptr));
 }
 
 TEST(GeoidModels, AHarmonicModelServesAChainBothWays) {

@@ -193,6 +193,26 @@ TEST(RegionalGeoid, KeepsCopyingNodesNorthToSouthWithoutLookingAtThem) {
   }
 }
 
+// A request counted from −180 to 180 degrees and a grid counted from 0 to 360, also across its edge.
+TEST(RegionalGeoid, CopiesNodesAFullTurnAway) {
+  constexpr double kStep = kRadPerDeg;
+  std::vector<float> z;
+  for (int c = 0; c < 20; ++c) z.push_back(static_cast<float>(c));
+  for (const int west : {350, -10}) {
+    const RegionalGeoid model({{0, 0, west * kStep, 19 * kStep}, kStep, kStep}, 20, 1, z.data(), 0,
+                              L"", L"");
+    std::vector<double> heights(6, -1);
+    for (const int first : {-6, 354}) {
+      EXPECT_TRUE(model.CountHeightOnGrid({{0, 0, first * kStep, 5 * kStep}, kStep, kStep},
+                                          heights.data(), nullptr));
+      EXPECT_EQ(heights, (std::vector<double>{4, 5, 6, 7, 8, 9})) << west << " " << first;
+    }
+    model.CountHeightOnGrid({{0, 0, 367 * kStep, 5 * kStep}, kStep, kStep}, heights.data(),
+                            nullptr);
+    EXPECT_EQ(heights, (std::vector<double>{17, 18, 19, kNoHeight, kNoHeight, kNoHeight})) << west;
+  }
+}
+
 TEST(RegionalGeoid, ReadsNothingWithoutAUsableStride) {
   const StoredGrid grid(4, 3, Plane);
   for (const double padding : {-1.0, 1e300, std::numeric_limits<double>::quiet_NaN()}) {
