@@ -185,7 +185,7 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
       "Exit status: 0 all done, 1 some without height, 2 stopped.");
   GeoidChoice& choice = options->choice;
   arguments.add_option("--grid", choice.grid,
-                       "grid of geoid heights in metres, in a raster format "
+                       "grid of geoid heights, metres unless it states a unit, in a raster format "
                        "(GeoTIFF, GTX, BYN, ISG, NGS, ASCII grid, Surfer, EHdr, XYZ)");
   arguments.add_option(
       "--interpolation", choice.interpolation,

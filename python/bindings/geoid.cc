@@ -68,16 +68,17 @@ std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double
     fail("the grid must have two rows and two columns at least");
   if (!(latStep > 0 && lonStep > 0)) fail("the steps must be above 0");
   if (!std::isfinite(lonStep)) fail("the steps must be finite");
-  const GridPlace place{south,
-                        west,
-                        latStep,
-                        lonStep,
-                        static_cast<int>(given.shape(0)),
-                        static_cast<int>(given.shape(1))};
+  GridPlace place{south,
+                  west,
+                  latStep,
+                  lonStep,
+                  static_cast<int>(given.shape(0)),
+                  static_cast<int>(given.shape(1))};
   if (const std::string problem = PlaceProblem(place); !problem.empty()) fail(problem);
-  const GridScheme& scheme = ChooseScheme(interpolation, place, "RegionalGeoid");
-  return std::make_shared<RegionalGeoidObject>(place, scheme,
-                                               NodesFrom(given, northFirst != scheme.northFirst));
+  const GridScheme& scheme = ChooseScheme(interpolation);
+  std::vector<float> nodes = NodesFrom(given, northFirst != scheme.northFirst);
+  if (auto closed = CloseSeam(place, nodes.data()); !closed.empty()) nodes = std::move(closed);
+  return std::make_shared<RegionalGeoidObject>(place, scheme, std::move(nodes));
 }
 
 std::shared_ptr<GeoidObject> RegionalFromFile(const py::object& path,
@@ -123,11 +124,7 @@ bool Equal(const RegionalGeoidObject& a, const RegionalGeoidObject& b) {
 
 RegionalGeoidObject::RegionalGeoidObject(const GridPlace& where, const GridScheme& how,
                                          std::vector<float> values)
-    : place(where),
-      scheme(how),
-      nodes(std::move(values)),
-      model(MakeGridModel(scheme, place, nodes.data())),
-      heights(*model) {}
+    : place(where), scheme(how), nodes(std::move(values)), heights(scheme, place, nodes.data()) {}
 
 // Harmonic models.
 
@@ -226,9 +223,10 @@ Geoid heights interpolated in a regular grid of latitude and longitude.
 grid: two-dimensional array of heights in metres, NaN for a hole; rows along latitude, from the south
 unless north_first, columns from the west. south and west are the position of the southwestern node,
 the steps the distances of the nodes, all in degrees. interpolation: the class name of a scheme, see
-interpolation_names(); by default bilinear, or a spline for grids wider than 180 degrees.
+interpolation_names(); bilinear by default.
 
-The array is copied. Geoids are immutable, equal when their heights, place and scheme are; pickles
+The array is copied; a grid around the whole Earth is closed at its seam: `grid` and `west` then show
+four columns more on either side. Geoids are immutable, equal when their heights, place and scheme are; pickles
 carry the whole grid.
 
 Raises Error for a grid that is not on the Earth or a scheme that does not serve it.)");

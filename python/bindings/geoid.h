@@ -28,8 +28,7 @@ struct RegionalGeoidObject : GeoidObject {
   geomath_tools::GridPlace place;
   const geomath_tools::GridScheme& scheme;
   std::vector<float> nodes;
-  std::unique_ptr<zel_cs::geomath::RegionalGeoid> model;
-  zel_cs::geomath::RegionalGeoidHeight heights;
+  geomath_tools::GridModel heights;
 };
 
 struct GlobalGeoidObject : GeoidObject {

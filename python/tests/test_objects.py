@@ -19,6 +19,7 @@ from geomath import (
     LocalToGrid,
     Projection,
     RegionalGeoid,
+    interpolation_names,
 )
 
 TMERC: Any = dict(central_meridian=9, scale=0.9996, lat0=0, east0=5e5, north0=0)
@@ -115,6 +116,35 @@ def test_paths_of_any_bytes_are_read_and_named(tmp_path: Path) -> None:
     assert str(error.value).startswith(str(path) + ': "name" must be a text')
     with pytest.raises(ValueError, match="null character"):
         CoordinateChain.from_file("site.json\0.txt")
+
+
+def test_a_grid_around_the_earth_has_no_seam() -> None:
+    rows, columns = np.mgrid[0:19, 0:36]
+    heights = 20.0 + (7 * rows * rows + 13 * columns) % 29
+    place: Any = {"south": -90, "lat_step": 10, "lon_step": 10}
+    lat, lon = np.full(80, 13.0), np.linspace(-400, 400, 80)
+    for scheme in interpolation_names():
+        model = RegionalGeoid(heights, west=0, interpolation=scheme, **place)
+        again = np.append(heights, heights[:, :1], axis=1)
+        turned = np.roll(heights, 18, axis=1)
+        expected = model.height(lat, lon)
+        assert np.isfinite(expected).all(), scheme
+        for other in (
+            RegionalGeoid(again, west=0, interpolation=scheme, **place),
+            RegionalGeoid(turned, west=-180, interpolation=scheme, **place),
+            pickle.loads(pickle.dumps(model)),
+        ):
+            np.testing.assert_allclose(other.height(lat, lon), expected, rtol=0, atol=2e-4)
+    by_hand = 0.4 * (0.7 * heights[10, 35] + 0.3 * heights[11, 35]) + 0.6 * (
+        0.7 * heights[10, 0] + 0.3 * heights[11, 0]
+    )
+    assert RegionalGeoid(heights, west=0, **place).height(13, -4) == pytest.approx(by_hand, abs=1e-6)
+
+
+def test_the_corners_of_a_grid_have_heights() -> None:
+    model = RegionalGeoid([[46, 48], [47, 49]], south=47, west=8, lat_step=1, lon_step=1)
+    found = model.height([47, 47, 48, 48, 47.5], [8, 9, 8, 9, 8])
+    np.testing.assert_allclose(found, [46, 48, 47, 49, 46.5], rtol=0, atol=1e-9)
 
 
 def test_grids_of_any_type_and_row_order_give_one_geoid() -> None:

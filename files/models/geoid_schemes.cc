@@ -1,0 +1,114 @@
+#include "files/models/geoid_schemes.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
+#include "geomath/base/angle.h"
+#include "geomath/geomath.h"
+
+using namespace zel_cs::geomath;
+
+namespace geomath_tools {
+namespace {
+
+template <class Model>
+std::unique_ptr<RegionalGeoid> Make(const RegionalGeoidData& data) {
+  return std::make_unique<Model>(data);
+}
+
+constexpr GridScheme kInterpolations[] = {
+    {"RegGeoid2x2SW", Make<RegGeoid2x2SW>, false, true},
+    {"RegGeoid2x2NW", Make<RegGeoid2x2NW>, true, true},
+    {"RegGeoid2x2Denmark", Make<RegGeoid2x2Denmark>, true, true},
+    {"RegionalGeoid", Make<RegionalGeoid>, false, false},
+    {"RegGeoidSwedishInterpalation3", Make<RegGeoidSwedishInterpalation3>, true, false},
+    {"RegGeoidInterpalation4", Make<RegGeoidInterpalation4>, false, false},
+    {"RegGeoidInterpalation4x4SW", Make<RegGeoidInterpalation4x4SW>, false, false},
+    {"RegGeoidInterpalation4x4NW", Make<RegGeoidInterpalation4x4NW>, true, false},
+    {"RegGeoidIntrp_Lagrange4x4SW", Make<RegGeoidIntrp_Lagrange4x4SW>, false, false},
+    {"RegGeoidIntrp_Spline4x4SW", Make<RegGeoidIntrp_Spline4x4SW>, false, false},
+    {"RegGeoidInterpalation_GG2008SW", Make<RegGeoidInterpalation_GG2008SW>, false, false},
+    {"RegGeoidKrigingIntrp", Make<RegGeoidKrigingIntrp>, false, false},
+};
+constexpr const char* kUsual = "RegGeoid2x2SW";
+
+TGridRgn RegionOf(const GridPlace& place) {
+  const double latStep = place.latStep * kRadPerDeg, lonStep = place.lonStep * kRadPerDeg;
+  return {{place.south * kRadPerDeg, (place.rows - 1) * latStep, place.west * kRadPerDeg,
+           (place.columns - 1) * lonStep},
+          latStep,
+          lonStep};
+}
+
+}  // namespace
+
+std::vector<std::string> InterpolationNames() {
+  std::vector<std::string> names;
+  for (const GridScheme& row : kInterpolations) names.emplace_back(row.name);
+  return names;
+}
+
+std::string PlaceProblem(const GridPlace& place) {
+  constexpr double kMostNodes = 250e6;
+  constexpr double kRounding = 1e-6;
+  if (1.0 * place.rows * place.columns > kMostNodes)
+    return fmt::format("{} by {} nodes are too many", place.rows, place.columns);
+  const double north = place.south + (place.rows - 1) * place.latStep;
+  const bool onEarth =
+      place.south >= -90 - kRounding && north <= 90 + kRounding && std::abs(place.west) <= 540;
+  return onEarth ? "" : "the grid does not lie between the poles, in degrees";
+}
+
+const GridScheme& ChooseScheme(const std::string& name) {
+  const std::string wanted = FoldName(name.empty() ? kUsual : name);
+  for (const GridScheme& row : kInterpolations)
+    if (FoldName(row.name) == wanted) return row;
+  throw UserError(fmt::format("interpolation \"{}\" is unknown; {}", Printable(name),
+                              SuggestName(name, InterpolationNames())));
+}
+
+std::vector<float> CloseSeam(GridPlace& place, const float* nodes) {
+  auto closed = zel_cs::geomath::CloseSeam(RegionOf(place), place.columns, place.rows, nodes);
+  if (!closed) return {};
+  place.columns = closed->NX;
+  place.west -= closed->repeated * place.lonStep;
+  return std::move(closed->nodes);
+}
+
+// The parts share the columns at their borders; each holds whole cells.
+GridModel::GridModel(const GridScheme& scheme, const GridPlace& place, const float* nodes) {
+  constexpr double kWidest = 120;  // degrees, well below half a turn
+  const TGridRgn region = RegionOf(place);
+  const int cells = place.columns - 1;
+  const bool divided = scheme.halfTurnOnly && place.LonExtent() > 180;
+  const int count = divided ? static_cast<int>(std::ceil(place.LonExtent() / kWidest)) : 1;
+  const int width = (cells + count - 1) / count;
+  for (int first = 0; first < cells; first += width) {
+    const int columns = std::min(width, cells - first) + 1;
+    TGridRgn part = region;
+    part.L0 = (place.west + first * place.lonStep) * kRadPerDeg;
+    part.dL = (columns - 1) * region.lonStep;
+    RegionalGeoidData data(part, columns, place.rows, nodes + first, 0, L"", L"", 4, 1.0, L"");
+    data.rowPadding = static_cast<double>(sizeof(float)) * (place.columns - columns);
+    auto model = scheme.make(data);
+    const RegionalGeoidHeight heights(*model);
+    parts_.push_back({std::move(model), heights});
+  }
+  west_ = region.L0;
+  centre_ = region.L0 + region.dL / 2;
+  partWidth_ = width * region.lonStep;
+}
+
+bool GridModel::Height(double b, double l, double& height) const {
+  const double last = static_cast<double>(parts_.size() - 1);
+  const double fromWest = centre_ + std::remainder(l - centre_, kTwoPi) - west_;
+  const double part = std::clamp(std::floor(fromWest / partWidth_), 0.0, last);
+  return part >= 0 && parts_[static_cast<std::size_t>(part)].heights.Height(b, l, height);
+}
+
+}  // namespace geomath_tools
