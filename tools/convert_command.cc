@@ -91,6 +91,9 @@ int Convert(const ConvertOptions& options) {
     job.decimals = {metres, metres, metres};
   }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
+  const std::string& positions = system->GeographicCrs();
+  job.givenCrs = options.inverse ? system->GridCrs() : positions;
+  job.placeCrs = job.placedByResult && !options.inverse ? system->GridCrs() : positions;
   job.files = system->Files();
   job.files.push_back(options.system);
   job.work = Conversion(*system, options.inverse);

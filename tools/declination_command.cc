@@ -185,6 +185,7 @@ int RunYears(const DeclinationOptions& options) {
 int RunFile(const DeclinationOptions& options) {
   const MagneticField field = FieldOf(options);
   RowJob job;
+  job.givenCrs = job.placeCrs = "EPSG:4326";
   job.names = {"declination", "inclination", "total_nt"};
   job.decimals = {6, 6, 2};
   job.failure = "no field";
@@ -329,9 +330,11 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
                                       "SOUTH,WEST,NORTH,EAST,STEP in degrees, nodes included")
                           ->delimiter(',')
                           ->expected(5);
-  for (const char* ofFiles : {"--columns", "--results", "--fixed-height", "--layer"})
+  for (const char* ofFiles :
+       {"--columns", "--results", "--fixed-height", "--ignore-crs", "--layer"})
     point->excludes(ofFiles);
-  for (const char* ofPoints : {"--columns", "--results", "--layer"}) grid->excludes(ofPoints);
+  for (const char* ofPoints : {"--columns", "--results", "--ignore-crs", "--layer"})
+    grid->excludes(ofPoints);
   return [options] { return RunDeclination(*options); };
 }
 

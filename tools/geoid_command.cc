@@ -39,6 +39,7 @@ struct GeoidOptions {
 
 int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
   RowJob job;
+  job.givenCrs = job.placeCrs = "EPSG:4326";
   job.names = {"geoid", "h_ellipsoid", "h_geoid"};
   job.decimals = {4, 4, 4};
   job.failure = "no geoid height";
@@ -212,7 +213,8 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
           ->expected(4)
           ->needs(step);
   AddPointOptions(arguments, options->points, "lat,lon,h");
-  for (const char* ofPoints : {"--columns", "--results", "--fixed-height", "--layer"})
+  for (const char* ofPoints :
+       {"--columns", "--results", "--fixed-height", "--ignore-crs", "--layer"})
     extent->excludes(ofPoints);
   return [options] { return RunGeoid(*options); };
 }

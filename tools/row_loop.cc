@@ -33,8 +33,9 @@ std::vector<std::string> SplitNames(const std::string& option, const std::string
   return names;
 }
 
-ColumnChoice ChoiceOf(const PointOptions& options) {
-  ColumnChoice choice{SplitNames("--columns", options.columns, 2), options.fixedHeight};
+ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
+  ColumnChoice choice{SplitNames("--columns", options.columns, 2), options.fixedHeight,
+                      job.givenCrs, options.ignoreCrs};
   if (choice.names.size() == 3 && choice.fixedHeight)
     throw UserError("--fixed-height: --columns names a height column too; give one of them");
   return choice;
@@ -111,6 +112,7 @@ class RowLoop {
       if (Interrupted() || !trouble_.empty()) break;
     }
     sink_.Close();
+    for (const std::string& note : sink_.Notes()) progress_.Print("geomath: " + note);
     if (failures_ > 0)
       progress_.Print(fmt::format("geomath: {} of {} rows {}; their results are empty", failures_,
                                   rows_, job_.failures));
@@ -186,18 +188,21 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
   arguments.add_option("--results", options.results, "names of the three result columns");
   arguments.add_option("--fixed-height", options.fixedHeight,
                        "height of all points, metres, instead of a height column");
+  arguments.add_flag("--ignore-crs", options.ignoreCrs,
+                     "take the point geometry as it stands, whatever system the layer is in");
   arguments.add_option("--layer", options.layer, "layer of the input, when it has several");
 }
 
 int RunRows(const PointOptions& options, const RowJob& job) {
-  const ColumnChoice choice = ChoiceOf(options);
+  const ColumnChoice choice = ChoiceOf(options, job);
   CatchInterrupts();
   const auto source = OpenPoints(options.input, options.layer);
   std::vector<std::string> inputs = job.files;
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});
-  const ResultStyle style{NamesOf(options, job, *source), job.decimals};
+  const ResultStyle style{NamesOf(options, job, *source), job.decimals, job.placeCrs};
   const PointColumns columns(*source, job.given, choice);
+  if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.
   const auto sink = CreatePoints(options.output, *source, style);
   return RowLoop(job, *source, columns, *sink).Run();

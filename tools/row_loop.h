@@ -17,9 +17,10 @@ struct PointOptions {
   std::string input, output, layer;
   std::string columns, results;  // as given: names separated by commas
   std::optional<double> fixedHeight;
+  bool ignoreCrs = false;
 };
 
-/// Adds --columns, --results, --fixed-height and --layer. `defaults` names the usual columns.
+/// Adds --columns, --results, --fixed-height, --ignore-crs and --layer. `defaults` names the usual columns.
 void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults);
 
 /// Rows in hand: what was read, and what the command makes of it.
@@ -35,6 +36,7 @@ struct RowBlock {
 /// What a command does with the rows of a point file.
 struct RowJob {
   CoordinateKind given = CoordinateKind::geographic;
+  std::string givenCrs, placeCrs;    ///< of what is read and of the output's points, where known
   std::array<std::string, 3> names;  ///< of the results
   std::array<int, 3> decimals;       ///< of the results as text
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.

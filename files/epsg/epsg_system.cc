@@ -177,6 +177,7 @@ class SystemMaker {
       AddDatum(EllipsoidOf(chosen_.geographic));
       Note("a system without projection, as \"geomath calibrate\" takes it");
     }
+    system_.document["crs"] = crs_;
     system_.document["description"] = description_;
     return std::move(system_);
   }
@@ -198,6 +199,8 @@ class SystemMaker {
     AddDatum(projection.ellipsoid, projection.ownEllipsoid);
     system_.document["projection"] = projection.section;
     if (!projection.axes.empty()) system_.document["axes"] = {{"grid", projection.axes}};
+    // A layer's x and y are east and north: others would be taken for what they are not.
+    if (projection.axes.empty()) crs_["grid"] = "EPSG:" + chosen_.crs.code;
     if (projection.unit.metres == 1) return;
     Describe(fmt::format("metres, not {}", projection.unit.name));
     Note(fmt::format("coordinates are metres; the registry has them in units of {} m ({})",
@@ -212,6 +215,7 @@ class SystemMaker {
   // Without "datum": positions are on the datum of the system.
   void AddOwnDatum(const Ellipsoid& ellipsoid, const std::string& why) {
     system_.document["local"] = EllipsoidSection(ellipsoid);
+    crs_["geographic"] = fmt::format("EPSG:{}", CodeIn(chosen_.geographic));
     Describe(fmt::format("positions on {}{}", Geographic(), why));
   }
 
@@ -231,6 +235,7 @@ class SystemMaker {
     system_.document["global"] = EllipsoidSection(MakeEllipsoid(kWgs84A, kWgs84InvF));
     system_.document["local"] = EllipsoidSection(ellipsoid);
     system_.document["datum"] = seven.Section();
+    crs_["geographic"] = fmt::format("EPSG:{}", kWgs84Code);
     Describe(fmt::format("positions on WGS 84 by {}", title));
     if (seven.SmallAngleError() >= kNoticed)
       Note(
@@ -262,6 +267,7 @@ class SystemMaker {
   const DatumWish& wish_;
   EpsgSystem system_;
   std::string description_;
+  ordered_json crs_;  // of the positions and of the grid, by which a GIS knows them
 };
 
 }  // namespace

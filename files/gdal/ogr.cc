@@ -20,7 +20,8 @@ constexpr const char* kPointDrivers[] = {"GeoJSON",    "GeoJSONSeq",   "GPKG", "
 constexpr const char* kGridDrivers[] = {"GTiff", "GTX",  "BYN",   "ISG",  "NGSGEOID", "AAIGrid",
                                         "GSAG",  "GSBG", "GS7BG", "EHdr", "XYZ",      nullptr};
 
-GDALDatasetUniquePtr Open(const std::string& path, unsigned int kind, const char* const* drivers) {
+GDALDatasetUniquePtr Open(const std::string& path, unsigned int kind, const char* const* drivers,
+                          const char* const* options = nullptr) {
   PrepareOgr();
   RequireLocalPath(path);
   std::error_code error;
@@ -30,7 +31,7 @@ GDALDatasetUniquePtr Open(const std::string& path, unsigned int kind, const char
                                 error ? error.message() : std::strerror(ENOENT)));
   if (std::filesystem::is_directory(status)) throw UserError(path + ": is a directory");
   return GDALDatasetUniquePtr(
-      GDALDataset::Open(path.c_str(), kind | GDAL_OF_READONLY, drivers, nullptr, nullptr));
+      GDALDataset::Open(path.c_str(), kind | GDAL_OF_READONLY, drivers, options, nullptr));
 }
 
 }  // namespace
@@ -67,7 +68,9 @@ void RequireLocalPath(const std::string& path) {
 }
 
 GDALDatasetUniquePtr OpenPointFile(const std::string& path) {
-  return Open(path, GDAL_OF_VECTOR, kPointDrivers);
+  constexpr const char* kOptions[] = {"NATIVE_DATA=YES",  // with what GeoJSON has beside columns
+                                      nullptr};
+  return Open(path, GDAL_OF_VECTOR, kPointDrivers, kOptions);
 }
 
 GDALDatasetUniquePtr OpenGridFile(const std::string& path) {

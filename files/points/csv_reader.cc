@@ -72,7 +72,8 @@ bool CsvReader::Fill() {
 
 void CsvReader::SkipMark() {
   const std::string_view start(buffer_.data(), size_);
-  if (start.starts_with("\xEF\xBB\xBF")) at_ = 3;  // UTF-8
+  hasMark_ = start.starts_with(kByteOrderMark);
+  if (hasMark_) at_ = kByteOrderMark.size();
   if (start.starts_with("\xFF\xFE") || start.starts_with("\xFE\xFF"))
     throw UserError(name_ + ": the text is UTF-16; save it as UTF-8");
   if (start.substr(0, start.find('\n')).find('\0') != std::string_view::npos)

@@ -3,9 +3,13 @@
 #include <cstddef>
 #include <cstdio>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace geomath_tools {
+
+/// That of UTF-8, which some programs put before a text.
+inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
 
 /// One row of a CSV file as it stands there, with the places of its fields.
 struct CsvRow {
@@ -34,6 +38,8 @@ class CsvReader {
   /// quotation mark that is never closed, a row of more than 16 MiB, a read error.
   bool Next(CsvRow& row);
 
+  /// Whether the text begins with a byte order mark.
+  bool HasMark() const { return hasMark_; }
   char Separator() const { return separator_; }
   /// "\n" or "\r\n", as the first line has it.
   const std::string& LineEnd() const { return lineEnd_; }
@@ -49,6 +55,7 @@ class CsvReader {
   std::vector<char> buffer_;
   std::size_t at_ = 0, size_ = 0;
   long long nextLine_ = 1, bytesRead_ = 0;
+  bool hasMark_ = false;
   char separator_ = ',';
   std::string lineEnd_ = "\n";
 };

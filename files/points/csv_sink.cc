@@ -17,7 +17,8 @@ class CsvSink : public PointSink {
     if (const CsvReader* csv = source.Csv()) {
       separator_ = csv->Separator();
       lineEnd_ = csv->LineEnd();
-      text_ = source.Header();
+      if (csv->HasMark()) text_ = kByteOrderMark;
+      text_ += source.Header();
     } else {
       for (const Column& column : source.Columns()) {
         if (!text_.empty()) text_ += separator_;

@@ -29,8 +29,7 @@ class CsvSource : public PointSource {
                                    : ": the first line is blank; the names of the columns belong "
                                      "there"));
     header_ = header.text;
-    for (std::size_t i = 0; i < header.fields.size(); ++i)
-      columns_.push_back({header.Value(i), OFTString});
+    for (std::size_t i = 0; i < header.fields.size(); ++i) columns_.push_back({header.Value(i)});
   }
 
   bool Next(Record& record) override { return reader_.Next(record.row); }

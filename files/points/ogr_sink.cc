@@ -8,6 +8,7 @@
 
 #include "files/gdal/checked_files.h"
 #include "files/gdal/ogr.h"
+#include "files/points/layer_crs.h"
 #include "files/words/output_file.h"
 #include "files/words/user_error.h"
 
@@ -29,11 +30,18 @@ class OgrSink : public PointSink {
     dataset_.reset(driver->Create(target.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
     if (!dataset_) Complain();
     const std::string layer = std::filesystem::path(path).stem().string();
-    layer_ = dataset_->CreateLayer(layer.c_str(), nullptr, wkbPoint25D, nullptr);
+    const auto crs = CrsOf(style.crs);
+    isShapefile_ = std::string_view(driverName) == "ESRI Shapefile";
+    keepsIds_ = checksItself || source.HasIds();
+    const char* utf8[] = {"ENCODING=UTF-8", nullptr};
+    layer_ = dataset_->CreateLayer(layer.c_str(), crs.get(), wkbPoint25D,
+                                   isShapefile_ ? const_cast<char**>(utf8) : nullptr);
     if (!layer_) Complain();
     for (const Column& column : source.Columns()) AddField(column);
     for (const std::string& name : style.names) AddField({name, OFTReal});
     columns_ = static_cast<int>(source.Columns().size());
+    names_ = source.ColumnNames();
+    cut_.resize(source.Columns().size());
     StartTransaction();
   }
 
@@ -47,6 +55,7 @@ class OgrSink : public PointSink {
     if (record.IsBlank()) return;
     OGRFeatureUniquePtr feature(OGRFeature::CreateFeature(layer_->GetLayerDefn()));
     for (int i = 0; i < columns_; ++i) CopyField(record, i, *feature);
+    if (record.feature) CopyIdentity(*record.feature, *feature);
     if (converted.done) {
       for (std::size_t i = 0; i < converted.result.size(); ++i)
         feature->SetField(columns_ + static_cast<int>(i), converted.result[i]);
@@ -67,8 +76,16 @@ class OgrSink : public PointSink {
     dataset_.reset();
     if (!written_.Failure().empty()) Complain();
     if (!errors.First().empty()) Complain(errors.First());
+    for (std::size_t i = 0; i < cut_.size(); ++i) {
+      if (cut_[i] > 0)
+        notes_.push_back(fmt::format("{}: {} text{} of the column \"{}\" {} cut at 254 bytes",
+                                     file_.Name(), cut_[i], cut_[i] == 1 ? "" : "s", names_[i],
+                                     cut_[i] == 1 ? "is" : "are"));
+    }
     file_.Place();
   }
+
+  std::vector<std::string> Notes() const override { return notes_; }
 
  private:
   static constexpr int kTransactionSize = 10000;  // features
@@ -82,16 +99,45 @@ class OgrSink : public PointSink {
 
   void AddField(const Column& column) {
     OGRFieldDefn field(column.name.c_str(), column.type);
+    if (column.subtype == OFSTBoolean) field.SetSubType(OFSTBoolean);
     if (layer_->CreateField(&field) != OGRERR_NONE)
       throw UserError(fmt::format("{}: has no room for the column \"{}\"{}", file_.Name(),
                                   column.name, OgrComplaint()));
+    const OGRFeatureDefn* made = layer_->GetLayerDefn();
+    const std::string name = made->GetFieldDefn(made->GetFieldCount() - 1)->GetNameRef();
+    if (name != column.name)
+      notes_.push_back(
+          fmt::format("{}: the column \"{}\" is \"{}\" there", file_.Name(), column.name, name));
   }
 
-  static void CopyField(const Record& record, int column, OGRFeature& to) {
+  // The number of a feature, and what GeoJSON has beside its columns.
+  void CopyIdentity(const OGRFeature& from, OGRFeature& to) {
+    if (keepsIds_ && from.GetFID() <= lastId_) {
+      keepsIds_ =
+          false;  // a GeoPackage is read in the order of the numbers: that of the rows counts
+      notes_.push_back(file_.Name() + ": the features have new numbers, since the old do not rise");
+    }
+    lastId_ = from.GetFID();
+    if (keepsIds_) to.SetFID(lastId_);
+    to.SetNativeData(from.GetNativeData());
+    to.SetNativeMediaType(from.GetNativeMediaType());
+  }
+
+  void CopyField(const Record& record, int column, OGRFeature& to) {
+    if (isShapefile_) NoteCut(record, column);
     if (!record.feature)
       to.SetField(column, record.Text(static_cast<std::size_t>(column)).c_str());
     else if (record.feature->IsFieldSetAndNotNull(column))
       to.SetField(column, record.feature->GetRawFieldRef(column));
+  }
+
+  // A text field of dBASE ends at 254 bytes.
+  void NoteCut(const Record& record, int column) {
+    constexpr std::size_t kLongest = 254;
+    const bool isText =
+        !record.feature || record.feature->GetFieldDefnRef(column)->GetType() == OFTString;
+    if (isText && record.Text(static_cast<std::size_t>(column)).size() > kLongest)
+      ++cut_[static_cast<std::size_t>(column)];
   }
 
   void StartTransaction() {
@@ -110,7 +156,10 @@ class OgrSink : public PointSink {
   GDALDatasetUniquePtr dataset_;
   OGRLayer* layer_ = nullptr;
   int columns_ = 0, inBlock_ = 0;
-  bool inTransaction_ = false;
+  bool inTransaction_ = false, isShapefile_ = false, keepsIds_ = false;
+  GIntBig lastId_ = -1;
+  std::vector<std::string> names_, notes_;
+  std::vector<long long> cut_;  // texts of each column
 };
 
 }  // namespace

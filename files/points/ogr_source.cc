@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <string_view>
 
 #include "files/gdal/ogr.h"
 #include "files/words/name_match.h"
@@ -11,6 +12,18 @@
 
 namespace geomath_tools {
 namespace {
+
+// Empty where a GeoPackage says that the system is undefined.
+std::string WktOf(const OGRSpatialReference& crs) {
+  const char* name = crs.GetName();
+  if (name && std::string_view(name).starts_with("Undefined ")) return {};
+  const char* options[] = {"FORMAT=WKT2_2019", nullptr};
+  char* text = nullptr;
+  const bool done = crs.exportToWkt(&text, options) == OGRERR_NONE;
+  const std::string wkt = done && text ? text : "";
+  CPLFree(text);
+  return wkt;
+}
 
 class OgrSource : public PointSource {
  public:
@@ -27,9 +40,11 @@ class OgrSource : public PointSource {
     OGRFeatureDefn* definition = layer_->GetLayerDefn();
     for (int i = 0; i < definition->GetFieldCount(); ++i) {
       const OGRFieldDefn* field = definition->GetFieldDefn(i);
-      columns_.push_back({field->GetNameRef(), field->GetType()});
+      columns_.push_back({field->GetNameRef(), field->GetType(), field->GetSubType()});
     }
+    hasIds_ = *layer_->GetFIDColumn() != '\0';
     hasGeometry_ = definition->GetGeomFieldCount() > 0;
+    if (const OGRSpatialReference* crs = layer_->GetSpatialRef()) crs_ = WktOf(*crs);
     count_ = static_cast<double>(layer_->GetFeatureCount(FALSE));
     layer_->ResetReading();
   }

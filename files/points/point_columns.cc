@@ -70,7 +70,13 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
   }
   if (missing.empty()) return;
   fromGeometry_ = source.HasGeometry() && choice.names.empty();
-  if (fromGeometry_) return;
+  if (fromGeometry_) {
+    const bool positions = kind == CoordinateKind::geographic;
+    if (!choice.ignoreCrs)
+      layerCrs_.emplace(source.Name(), source.Crs(),
+                        ExpectedCrs{positions, choice.crs, !fixedHeight_});
+    return;
+  }
   const bool geographic = kind == CoordinateKind::geographic;
   throw UserError(fmt::format(
       "{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}", source.Name(),
@@ -111,6 +117,8 @@ std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 
   if (!fixedHeight_ && !given->Is3D())
     return "the point has no height (--fixed-height METRES gives all points one)";
   point = {given->getY(), given->getX(), fixedHeight_.value_or(given->getZ())};
+  if (layerCrs_ && !layerCrs_->Convert(point))
+    return "the point cannot be converted to the expected coordinate system";
   constexpr const char* names[] = {"y", "x", "z"};
   for (std::size_t axis = 0; axis < 3; ++axis) {
     if (const std::string problem = CheckRange(axis, point[axis]); !problem.empty())

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "files/points/layer_crs.h"
 #include "files/points/point_source.h"
 
 namespace geomath_tools {
@@ -16,6 +17,8 @@ enum class CoordinateKind { geographic, grid };
 struct ColumnChoice {
   std::vector<std::string> names;     ///< two or three column names; empty for the defaults
   std::optional<double> fixedHeight;  ///< for all points, instead of a column
+  std::string crs;                    ///< of the coordinates, as CrsOf takes it; may be unknown
+  bool ignoreCrs = false;             ///< that of a layer is not looked at
 };
 
 /// Finds the coordinates of a row: latitude, longitude, height, or northing, easting, height, in
@@ -28,6 +31,9 @@ class PointColumns {
   /// Reads a row. Returns what is wrong with it, empty when `point` holds its coordinates.
   std::string Read(const Record& record, std::array<double, 3>& point) const;
 
+  /// What the user should know of the layer's coordinate system, empty when there is nothing.
+  std::string Note() const { return layerCrs_ ? layerCrs_->Note() : std::string(); }
+
  private:
   std::string ReadColumn(const Record& record, std::size_t axis, double& value) const;
   std::string ReadGeometry(const Record& record, std::array<double, 3>& point) const;
@@ -36,6 +42,7 @@ class PointColumns {
   CoordinateKind kind_;
   std::optional<double> fixedHeight_;
   bool fromGeometry_ = false;
+  std::optional<LayerCrs> layerCrs_;
   std::array<std::size_t, 3> columns_{};
   std::array<std::string, 3> names_;
 };

@@ -3,6 +3,7 @@
 #include <array>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "files/points/point_source.h"
 
@@ -19,6 +20,7 @@ struct Converted {
 struct ResultStyle {
   std::array<std::string, 3> names;
   std::array<int, 3> decimals;  ///< in text
+  std::string crs;              ///< of the point geometry, as CrsOf takes it; empty for none
 };
 
 /// Where converted rows go: every row of the source with all its columns, and three more.
@@ -30,6 +32,8 @@ class PointSink {
   virtual void Write(const Record& record, const Converted& converted) = 0;
   /// Writes out what is still held back and closes the file. Throws UserError when that fails.
   virtual void Close() = 0;
+  /// What the format could not take as it is, for the user; complete after the last row.
+  virtual std::vector<std::string> Notes() const { return {}; }
 };
 
 /// Creates a file, replacing one that exists, or writes CSV to standard output for "-". The suffix

@@ -13,6 +13,8 @@ std::string Record::Text(std::size_t column) const {
   if (!feature) return column < row.fields.size() ? row.Value(column) : std::string();
   const int field = static_cast<int>(column);
   if (!feature->IsFieldSetAndNotNull(field)) return {};
+  if (feature->GetFieldDefnRef(field)->GetSubType() == OFSTBoolean)
+    return feature->GetFieldAsInteger(field) != 0 ? "true" : "false";
   if (feature->GetFieldDefnRef(field)->GetType() == OFTReal)
     return fmt::format("{}", feature->GetFieldAsDouble(field));
   return feature->GetFieldAsString(field);

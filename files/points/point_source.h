@@ -14,6 +14,7 @@ namespace geomath_tools {
 struct Column {
   std::string name;
   OGRFieldType type = OFTString;
+  OGRFieldSubType subtype = OFSTNone;
 };
 
 /// One row of a point file: a row of a CSV file as it stands there, or a feature of a layer.
@@ -44,6 +45,10 @@ class PointSource {
   const std::string& Name() const { return name_; }
   const std::vector<Column>& Columns() const { return columns_; }
   std::vector<std::string> ColumnNames() const;
+  /// Whether the numbers of the features are their own, not those of the rows.
+  bool HasIds() const { return hasIds_; }
+  /// The coordinate system of a layer's geometry, WKT; empty where there is none.
+  const std::string& Crs() const { return crs_; }
   /// The reader of a CSV file, null for other formats.
   virtual const CsvReader* Csv() const { return nullptr; }
   /// The header of a CSV file as it stands there.
@@ -52,9 +57,9 @@ class PointSource {
   bool HasGeometry() const { return hasGeometry_; }
 
  protected:
-  std::string name_, header_;
+  std::string name_, header_, crs_;
   std::vector<Column> columns_;
-  bool hasGeometry_ = false;
+  bool hasGeometry_ = false, hasIds_ = false;
 };
 
 /// Opens a file, or standard input for "-" (CSV). Files named .csv, .tsv or .txt are CSV; every

@@ -34,7 +34,7 @@ class SystemReader {
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
     const JsonSection top(file_, "", root,
                           {"name", "description", "global", "local", "datum", "projection", "axes",
-                           "geoid", "localization", "ground"});
+                           "crs", "geoid", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -49,6 +49,7 @@ class SystemReader {
           JsonSection(file_, "localization", top.Object("localization"), LocalizationKeys()));
     if (top.Has("ground"))
       system->ground_ = ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys));
+    ReadCrs(top, *system);
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
     if (system->datum_) chain.SetDatum(&*system->datum_);
@@ -103,6 +104,18 @@ class SystemReader {
       system.Projection()->SetBLAxes(Widen(geographic->text).c_str());
       system.geographic_ = geographic->pair;
     }
+  }
+
+  // Positions on the ellipsoid WGS84 are taken for WGS 84 where nothing is said.
+  void ReadCrs(const JsonSection& top, CoordinateSystem& system) const {
+    if (system.global_.a == kWgs84A && system.global_.invF == kWgs84InvF)
+      system.geographicCrs_ = "EPSG:4326";
+    if (!top.Has("crs")) return;
+    const JsonSection section(file_, "crs", top.Object("crs"), {"grid", "geographic"});
+    constexpr const char* kWhat = "an EPSG code (\"EPSG:27700\") or WKT";
+    if (section.Has("geographic")) system.geographicCrs_ = section.Text("geographic", kWhat);
+    if (section.Has("grid") && !system.localization_ && !system.ground_)
+      system.gridCrs_ = section.Text("grid", kWhat);
   }
 
   // Files are looked for beside the system file.

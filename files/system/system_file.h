@@ -36,6 +36,10 @@ class CoordinateSystem {
   const std::string& Name() const { return name_; }
   /// Null where there is none.
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
+  /// The coordinate systems of its positions and of its grid, an EPSG code or WKT; empty where
+  /// nothing is known, and for a grid that a site or ground moves away.
+  const std::string& GeographicCrs() const { return geographicCrs_; }
+  const std::string& GridCrs() const { return gridCrs_; }
   /// The files that it names and that were read, as paths.
   const std::vector<std::string>& Files() const { return files_; }
   AxisPair Geographic() const { return geographic_; }
@@ -50,6 +54,7 @@ class CoordinateSystem {
   NamedProjection named_;
   std::unique_ptr<LoadedGeoid> geoid_;
   std::vector<std::string> files_;
+  std::string geographicCrs_, gridCrs_;
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
   std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;

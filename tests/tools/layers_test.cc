@@ -1,0 +1,233 @@
+// Layers in and out: their coordinate systems, geometry, texts and identities.
+#include <gtest/gtest.h>
+#include <ogrsf_frmts.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "tests/tools/program.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+// TP03 of the published points of Great Britain; its grid coordinates by an independent evaluation
+// of the seven-parameter chain, to 0.1 mm.
+constexpr double kLat = 50.43885825610, kLon = -4.10864563561, kH = 215.251;
+constexpr const char* kTp03 = "lat,lon,h\n50.43885825610,-4.10864563561,215.251\n";
+constexpr double kNorth = 62015.2109, kEast = 250357.8185;
+constexpr double kSeriesMetres = 3e-4;  // TTMProj against an exact TM
+constexpr double kDegrees = 1e-13;      // a text of 17 digits
+
+class Layers : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    GDALAllRegister();
+    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
+    directory_ = fs::temp_directory_path() /
+                 (std::string("geomath_layers_") + info->name() + "_" + std::to_string(::getpid()));
+    fs::remove_all(directory_);
+    fs::create_directories(directory_);
+    Write("in.csv", kTp03);
+    Write("pot.txt", "2 0 1e-9 0\n2 1 0 0\n2 2 2e-6 -1e-6\n");
+    ASSERT_EQ(Run("system --epsg 27700 -o gb.json").status, 0);
+  }
+  void TearDown() override { fs::remove_all(directory_); }
+
+  void Write(const std::string& name, const std::string& text) {
+    WriteText(directory_ / name, text);
+  }
+  std::string Read(const std::string& name) { return ReadText(directory_ / name); }
+  ProgramRun Run(const std::string& arguments) { return RunProgram(directory_, arguments); }
+  GDALDatasetUniquePtr Open(const std::string& name) {
+    return GDALDatasetUniquePtr(GDALDataset::Open((directory_ / name).c_str(), GDAL_OF_VECTOR));
+  }
+  // A layer of one point without columns.
+  void WriteLayer(const std::string& name, int epsg, double x, double y, double z) {
+    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GPKG");
+    const GDALDatasetUniquePtr dataset(
+        driver->Create((directory_ / name).c_str(), 0, 0, 0, GDT_Unknown, nullptr));
+    OGRSpatialReference crs;
+    ASSERT_EQ(crs.importFromEPSG(epsg), OGRERR_NONE);
+    crs.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+    OGRLayer* layer = dataset->CreateLayer("points", &crs, wkbPoint25D);
+    const OGRFeatureUniquePtr feature(OGRFeature::CreateFeature(layer->GetLayerDefn()));
+    OGRPoint point(x, y, z);
+    feature->SetGeometry(&point);
+    ASSERT_EQ(layer->CreateFeature(feature.get()), OGRERR_NONE);
+  }
+  // Whether the layer of a file is in that system; 0 for none.
+  bool IsIn(const std::string& name, int epsg) {
+    const GDALDatasetUniquePtr dataset = Open(name);
+    const OGRSpatialReference* crs = dataset->GetLayer(0)->GetSpatialRef();
+    const bool none = !crs || std::string(crs->GetName()).starts_with("Undefined ");
+    if (none || epsg == 0) return none && epsg == 0;
+    OGRSpatialReference wanted;
+    EXPECT_EQ(wanted.importFromEPSG(epsg), OGRERR_NONE);
+    const char* options[] = {"IGNORE_DATA_AXIS_TO_SRS_AXIS_MAPPING=YES",
+                             "CRITERION=EQUIVALENT_EXCEPT_AXIS_ORDER_GEOGCRS", nullptr};
+    return crs->IsSame(&wanted, options) != 0;
+  }
+
+  fs::path directory_;
+};
+
+bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
+
+}  // namespace
+
+TEST_F(Layers, ResultsCarryTheirSystemSoThatAGisShowsThemInPlace) {
+  for (const char* suffix : {"gpkg", "shp"}) {
+    const std::string grid = std::string("grid.") + suffix, back = std::string("back.") + suffix;
+    ASSERT_EQ(Run("convert --system gb.json in.csv -o " + grid).status, 0);
+    EXPECT_TRUE(IsIn(grid, 27700)) << suffix;
+    ASSERT_EQ(Run("convert --system gb.json --inverse " + grid + " -o " + back).status, 0);
+    EXPECT_TRUE(IsIn(back, 4326)) << suffix;
+  }
+  // Metres whatever the registry has: 2225 counts feet.
+  ASSERT_EQ(Run("system --epsg 2225 --no-datum -o california.json").status, 0);
+  Write("in.csv", "lat,lon,h\n40,-122,0\n");
+  ASSERT_EQ(Run("convert --system california.json in.csv -o california.gpkg").status, 0);
+  const GDALDatasetUniquePtr dataset = Open("california.gpkg");
+  EXPECT_EQ(dataset->GetLayer(0)->GetSpatialRef()->GetLinearUnits(), 1);
+  EXPECT_NEAR(dataset->GetLayer(0)->GetSpatialRef()->GetProjParm(SRS_PP_FALSE_EASTING), 2000000,
+              1);  // 6561666.667 feet
+  // Ground moves the grid away from what the code means.
+  std::string ground = Read("gb.json");
+  ground.insert(ground.find('{') + 1, R"("ground": {"scale": 1.0001},)");
+  Write("ground.json", ground);
+  Write("in.csv", kTp03);
+  ASSERT_EQ(Run("convert --system ground.json in.csv -o ground.gpkg").status, 0);
+  EXPECT_TRUE(IsIn("ground.gpkg", 0));
+}
+
+// PROJ may know a better transformation than the seven parameters of the system.
+constexpr double kOtherTransformation = 5;  // metres; without conversion it is degrees or 100 m
+
+TEST_F(Layers, AnotherSystemIsConvertedOrRefused) {
+  WriteLayer("grid.gpkg", 27700, kEast, kNorth, 165.6607);
+  const ProgramRun converted = Run("convert --system gb.json grid.gpkg -o out.csv");
+  ASSERT_EQ(converted.status, 0) << converted.err;
+  EXPECT_TRUE(Contains(converted.err, "(EPSG:27700); its positions are converted to WGS 84"));
+  double n = 0, e = 0;
+  ASSERT_EQ(std::sscanf(Lines(Read("out.csv")).at(1).c_str(), "%lf,%lf", &n, &e), 2);
+  EXPECT_NEAR(n, kNorth, kOtherTransformation);
+  EXPECT_NEAR(e, kEast, kOtherTransformation);
+
+  const ProgramRun same = Run("convert --system gb.json --inverse grid.gpkg -o -");
+  EXPECT_EQ(same.err, "");
+  double lat = 0, lon = 0;
+  ASSERT_EQ(std::sscanf(Lines(same.out).at(1).c_str(), "%lf,%lf", &lat, &lon), 2);
+  EXPECT_NEAR(lat, kLat, 1e-7);
+  EXPECT_NEAR(lon, kLon, 1e-7);
+
+  WriteLayer("degrees.gpkg", 4326, kLon, kLat, kH);
+  EXPECT_EQ(Run("convert --system gb.json degrees.gpkg -o -").err, "");
+  const ProgramRun refused = Run("convert --system gb.json --inverse degrees.gpkg -o -");
+  EXPECT_EQ(refused.status, 2);
+  EXPECT_TRUE(Contains(refused.err, "degrees.gpkg is in WGS 84 (EPSG:4326): the system's grid is"))
+      << refused.err;
+  WriteLayer("other.gpkg", 32630, kEast, kNorth, 0);
+  EXPECT_EQ(Run("convert --system gb.json --inverse other.gpkg -o -").status, 2);
+  const ProgramRun ignored = Run("convert --system gb.json --inverse --ignore-crs other.gpkg -o -");
+  EXPECT_EQ(ignored.status, 0);
+  EXPECT_EQ(ignored.err, "");
+
+  // Heights above the sea are not those above the ellipsoid.
+  WriteLayer("sea.gpkg", 7405, kEast, kNorth, 165.6607);
+  const ProgramRun sea = Run("convert --system gb.json sea.gpkg -o -");
+  EXPECT_EQ(sea.status, 2);
+  EXPECT_TRUE(Contains(sea.err, "heights are not above the ellipsoid")) << sea.err;
+  EXPECT_EQ(Run("convert --system gb.json sea.gpkg --fixed-height 10 -o -").status, 0);
+}
+
+TEST_F(Layers, PointsStandAtXEastYNorthZUp) {
+  for (const char* suffix : {".geojson", ".gpkg"}) {
+    for (const char* command :
+         {"geoid --model pot.txt", "declination --date 2012-01-01 --points"}) {
+      const std::string out = std::string("out") + suffix;
+      ASSERT_EQ(Run(std::string(command) + " in.csv -o " + out).status, 0);
+      const GDALDatasetUniquePtr dataset = Open(out);
+      const OGRFeatureUniquePtr feature(dataset->GetLayer(0)->GetNextFeature());
+      const OGRPoint* point = feature->GetGeometryRef()->toPoint();
+      EXPECT_NEAR(point->getX(), kLon, kDegrees) << command << suffix;
+      EXPECT_NEAR(point->getY(), kLat, kDegrees) << command << suffix;
+      EXPECT_EQ(point->getZ(), kH) << command << suffix;
+      EXPECT_TRUE(IsIn(out, 4326)) << command << suffix;
+    }
+    Write("grid.csv", "n,e,h_local\n62015.2109,250357.8185,165.6607\n");
+    const std::string back = std::string("back") + suffix;
+    Write("seven.json", BritainSystem());
+    ASSERT_EQ(Run("convert --system seven.json --inverse grid.csv -o " + back).status, 0);
+    const GDALDatasetUniquePtr dataset = Open(back);
+    const OGRFeatureUniquePtr feature(dataset->GetLayer(0)->GetNextFeature());
+    const OGRPoint* point = feature->GetGeometryRef()->toPoint();
+    EXPECT_NEAR(point->getX(), kLon, 1e-7) << suffix;
+    EXPECT_NEAR(point->getY(), kLat, 1e-7) << suffix;
+    EXPECT_NEAR(point->getZ(), kH, kSeriesMetres) << suffix;
+  }
+}
+
+TEST_F(Layers, TextsSurviveOrAreReported) {
+  const std::string bytes254 = std::string(252, 'x') + "\u017a";  // the last is two bytes
+  Write("in.csv", "lat,lon,h,name,a long column name\n50,0,0,\u0141\u00f3d\u017a," + bytes254 +
+                      "\n50,0,0,b," + bytes254 + "y\n");
+  const ProgramRun run = Run("convert --system gb.json in.csv -o out.shp");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_TRUE(Contains(run.err, "out.shp: the column \"a long column name\" is \"")) << run.err;
+  EXPECT_TRUE(Contains(run.err, "out.shp: 1 text of the column \"a long column name\" is cut"))
+      << run.err;
+  EXPECT_EQ(Read("out.cpg"), "UTF-8");
+  const GDALDatasetUniquePtr dataset = Open("out.shp");
+  const OGRFeatureUniquePtr feature(dataset->GetLayer(0)->GetNextFeature());
+  EXPECT_STREQ(feature->GetFieldAsString("name"), "\u0141\u00f3d\u017a");
+  EXPECT_EQ(feature->GetFieldAsString(4), bytes254);
+
+  Write("mark.csv", std::string("\xEF\xBB\xBF") + kTp03);
+  ASSERT_EQ(Run("convert --system gb.json mark.csv -o mark_out.csv").status, 0);
+  EXPECT_TRUE(Read("mark_out.csv").starts_with("\xEF\xBB\xBFlat,"));
+}
+
+TEST_F(Layers, BooleansAndIdsSurvive) {
+  Write("in.geojson", R"({"type": "FeatureCollection", "features": [
+    {"type": "Feature", "id": "T-3", "properties": {"lit": true}, "geometry":
+     {"type": "Point", "coordinates": [-4.10864563561, 50.43885825610, 215.251]}}]})");
+  ASSERT_EQ(Run("convert --system gb.json in.geojson -o out.geojson").status, 0);
+  EXPECT_TRUE(Contains(Read("out.geojson"), "\"id\": \"T-3\""));
+  EXPECT_TRUE(Contains(Read("out.geojson"), "\"lit\": true"));
+  const ProgramRun csv = Run("convert --system gb.json in.geojson -o -");
+  EXPECT_TRUE(Contains(csv.out, "T-3,true,")) << csv.out;
+  Write("in.geojson", R"({"type": "FeatureCollection", "features": [
+    {"type": "Feature", "id": 41, "properties": {"lit": false}, "geometry":
+     {"type": "Point", "coordinates": [-4.10864563561, 50.43885825610, 215.251]}}]})");
+  ASSERT_EQ(Run("convert --system gb.json in.geojson -o out.gpkg").status, 0);
+  ASSERT_EQ(Run("convert --system gb.json --inverse out.gpkg -o back.geojson").status, 0);
+  EXPECT_TRUE(Contains(Read("back.geojson"), "\"id\": 41"));
+  EXPECT_TRUE(Contains(Read("back.geojson"), "\"lit\": false"));
+}
+
+// The grid is named as it is seen from where the new file stands.
+TEST_F(Layers, ACalibratedSystemFindsItsGeoidFromAnotherFolder) {
+  const fs::path site = fs::path(GEOMATH_SOURCE_DIR) / "examples/site";
+  fs::create_directories(directory_ / "grids");
+  fs::create_directories(directory_ / "sites/one");
+  ASSERT_EQ(Run("geoid --model pot.txt --extent 0,-90,90,90 --step 1 -o grids/g.tif").status, 0);
+  const std::string system = ReadText(site / "system.json");
+  for (const std::string& grid :
+       {std::string("grids/g.tif"), (directory_ / "grids/g.tif").string()}) {
+    std::string text = system;
+    text.insert(text.find('{') + 1, "\"geoid\": {\"grid\": \"" + grid + "\"},");
+    Write("system.json", text);
+    const std::string control = " '" + (site / "control.csv").string() + "' --system system.json";
+    ASSERT_EQ(Run("calibrate" + control + " -o here.json").status, 0);
+    ASSERT_EQ(Run("calibrate" + control + " -o sites/one/there.json").status, 0);
+    const std::string points = " '" + (site / "check.csv").string() + "' -o -";
+    const ProgramRun here = Run("convert --system here.json" + points);
+    const ProgramRun there = Run("convert --system sites/one/there.json" + points);
+    EXPECT_EQ(here.status, 0) << here.err;
+    EXPECT_EQ(there.out, here.out) << there.err;
+  }
+}
