@@ -1,9 +1,11 @@
 #include "tools/command.h"
 
 #include "tools/calibrate_command.h"
+#include "tools/completion_command.h"
 #include "tools/convert_command.h"
 #include "tools/declination_command.h"
 #include "tools/geoid_command.h"
+#include "tools/help_command.h"
 #include "tools/projections_command.h"
 #include "tools/system_command.h"
 
@@ -12,10 +14,13 @@ namespace geomath_tools {
 std::span<const Command> Commands() {
   static constexpr Command commands[] = {
       {"calibrate", "Solve a site calibration from control points", PrepareCalibrate},
+      {"completion", "Print a script that completes commands and options in a shell",
+       PrepareCompletion},
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
       {"declination", "Magnetic declination and the other elements of the field",
        PrepareDeclination},
       {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
+      {"help", "Say what a command takes", PrepareHelp},
       {"projections", "List the projections that a system file may name", PrepareProjections},
       {"system", "Write a system file from an EPSG code", PrepareSystem},
   };

@@ -7,6 +7,7 @@
 #include "files/words/user_error.h"
 #include "tools/command.h"
 #include "tools/exit_status.h"
+#include "tools/usage.h"
 
 using namespace geomath_tools;
 
@@ -15,6 +16,7 @@ namespace {
 int Run(int argc, char** argv) {
   CLI::App app("Geodetic conversions for surveying and mapping", "geomath");
   app.require_subcommand(1);
+  app.set_version_flag("--version", "geomath " GEOMATH_VERSION, "Print the version and exit");
   std::map<const CLI::App*, std::function<int()>> runs;
   for (const Command& command : Commands()) {
     CLI::App* arguments = app.add_subcommand(command.name, command.summary);
@@ -23,7 +25,8 @@ int Run(int argc, char** argv) {
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? kExitDone : kExitStopped;
+    if (error.get_exit_code() == 0) return app.exit(error);  // help or version, printed
+    throw UserError(UsageProblem(app, error));
   }
   const int status = runs.at(app.get_subcommands().front())();
   if (std::fflush(stdout) != 0 || std::ferror(stdout))

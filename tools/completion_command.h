@@ -1,0 +1,11 @@
+#pragma once
+
+#include <CLI/CLI.hpp>
+#include <functional>
+
+namespace geomath_tools {
+
+/// `geomath completion SHELL`: a script that completes commands and options. See Command.
+std::function<int()> PrepareCompletion(CLI::App& arguments);
+
+}  // namespace geomath_tools
