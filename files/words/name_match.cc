@@ -2,7 +2,7 @@
 
 #include <algorithm>
 #include <numeric>
-#include <vector>
+#include <utility>
 
 namespace geomath_tools {
 namespace {
@@ -95,6 +95,31 @@ std::string ListNames(std::span<const std::string> names) {
     list += '"' + Printable(name) + '"';
   }
   return list;
+}
+
+std::vector<std::string> SplitNames(std::string_view list) {
+  std::vector<std::string> names;
+  if (list.empty()) return names;
+  bool quoted = false;
+  std::string name;
+  const auto finish = [&] {
+    const std::size_t first = name.find_first_not_of(' ');
+    if (first == std::string::npos) name.clear();
+    if (!name.empty()) name = name.substr(first, name.find_last_not_of(' ') - first + 1);
+    names.push_back(std::exchange(name, {}));
+  };
+  for (std::size_t i = 0; i < list.size(); ++i) {
+    const bool doubled = quoted && list.substr(i, 2) == "\"\"";
+    if (list[i] == '"' && !doubled)
+      quoted = !quoted;
+    else if (list[i] == ',' && !quoted)
+      finish();
+    else
+      name += list[i];
+    if (doubled) ++i;
+  }
+  finish();
+  return names;
 }
 
 std::string Printable(std::string_view text) {

@@ -3,6 +3,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace geomath_tools {
 
@@ -25,6 +26,10 @@ std::string SuggestName(std::string_view name, std::span<const std::string> cand
 
 /// The names in quotation marks, separated by commas.
 std::string ListNames(std::span<const std::string> names);
+
+/// The names of a list, separated by commas, without the blanks around them; one that holds a comma
+/// stands in quotation marks, as a field of CSV does. None for an empty list.
+std::vector<std::string> SplitNames(std::string_view list);
 
 /// A text from a file made fit for a message: control characters replaced, cut at 60 bytes.
 std::string Printable(std::string_view text);

@@ -66,6 +66,14 @@ std::optional<Hemisphere> TakeHemisphere(std::string_view& text) {
   return std::nullopt;
 }
 
+// One to three figures before a comma, not a 0 at first, and three behind it.
+bool LooksGrouped(std::string_view text, std::size_t comma) {
+  const std::string_view number = Trim(text);
+  const std::size_t at = comma - static_cast<std::size_t>(number.data() - text.data());
+  const std::size_t sign = number.front() == '-' || number.front() == '+';
+  return number.size() - at - 1 == 3 && at - sign >= 1 && at - sign <= 3 && number[sign] != '0';
+}
+
 // The leading unsigned decimal number of the text.
 std::optional<double> TakeFigure(std::string_view& text, bool& hasDecimals) {
   const std::size_t length = std::min(text.find_first_not_of("0123456789."), text.size());
@@ -147,6 +155,56 @@ ParsedNumber ParseAngle(std::string_view text, AngleKind kind) {
   if (std::string problem = AngleRangeProblem(degrees, kind); !problem.empty())
     return Problem(std::move(problem));
   return {degrees, {}};
+}
+
+// ---- numbers of one file ----
+
+template <class Parse>
+ParsedNumber NumberReader::Read(std::string_view text, bool mayBeThousands, Parse parse) {
+  const std::size_t comma = text.find(',');
+  const bool point = text.find('.') != std::string_view::npos;
+  if (comma == std::string_view::npos) {
+    if (point && mark_ == ',')
+      return Problem(fmt::format("\"{}\" has a decimal point where others have a decimal comma",
+                                 Printable(Trim(text))));
+    const ParsedNumber number = parse(text);
+    if (point && number) mark_ = '.';
+    return number;
+  }
+  if (mark_ == '.' || point) return parse(text);  // which refuses commas
+  std::string written(text);
+  written[comma] = '.';
+  const ParsedNumber number = parse(written);
+  if (!number) return written.find(',') == std::string::npos ? number : parse(text);
+  if (mark_ == '\0' && mayBeThousands && LooksGrouped(text, comma))
+    return Problem(
+        fmt::format("\"{}\" may have a decimal comma or one of thousands; "
+                    "--decimal-comma says that it is decimal",
+                    Printable(Trim(text))));
+  mark_ = ',';
+  return number;
+}
+
+ParsedNumber NumberReader::Number(std::string_view text) {
+  return Read(text, true, [](std::string_view t) { return ParseNumber(t); });
+}
+
+ParsedNumber NumberReader::Angle(std::string_view text, AngleKind kind) {
+  return Read(text, false, [kind](std::string_view t) { return ParseAngle(t, kind); });
+}
+
+std::string SexagesimalText(double degrees, AngleKind kind, int decimals) {
+  const bool latitude = kind == AngleKind::latitude;
+  const char* letter = latitude ? (degrees < 0 ? "S" : "N") : (degrees < 0 ? "W" : "E");
+  // Whole units of the last decimal, so that nothing is left to carry over.
+  const double units = std::pow(10, decimals);
+  const double seconds = std::round(std::abs(degrees) * 3600 * units) / units;
+  const double minutes = std::floor(seconds / 60);
+  const double whole = std::floor(minutes / 60);
+  const double rest = std::max(0.0, seconds - minutes * 60);
+  const int width = decimals > 0 ? decimals + 3 : 2;
+  return fmt::format("{:.0f} {:02.0f} {:0{}.{}f} {}", whole, minutes - whole * 60, rest, width,
+                     decimals, letter);
 }
 
 }  // namespace geomath_tools

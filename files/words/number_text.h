@@ -24,6 +24,32 @@ enum class AngleKind { latitude, longitude };
 /// Latitudes reach ±90°, longitudes ±360°.
 ParsedNumber ParseAngle(std::string_view text, AngleKind kind);
 
+/// Reads the numbers of one file, which all have a decimal point or all a decimal comma: the first
+/// number that shows one settles it. A text such as "12,345", which may be thousands, settles
+/// nothing and is refused until another number has.
+class NumberReader {
+ public:
+  /// With a mark, '.' or ',', it is settled from the start.
+  explicit NumberReader(char mark = '\0') : mark_(mark) {}
+
+  /// A finite number, as ParseNumber reads it.
+  ParsedNumber Number(std::string_view text);
+  /// An angle, as ParseAngle reads it; its comma cannot be one of thousands.
+  ParsedNumber Angle(std::string_view text, AngleKind kind);
+  /// '.' or ','; 0 until a number has settled it.
+  char Mark() const { return mark_; }
+
+ private:
+  template <class Parse>
+  ParsedNumber Read(std::string_view text, bool mayBeThousands, Parse parse);
+
+  char mark_;
+};
+
+/// An angle as text, the inverse of ParseAngle: "52 39 28.5519 N". Seconds are rounded to
+/// `decimals`, 60 of them carried over.
+std::string SexagesimalText(double degrees, AngleKind kind, int decimals);
+
 /// Tests a number of degrees against the range of its kind; empty when it is inside.
 std::string AngleRangeProblem(double degrees, AngleKind kind);
 

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "files/words/name_match.h"
+
 using namespace geomath_tools;
 
 namespace {
@@ -85,4 +87,48 @@ TEST(NumberText, AcceptsFiniteNumbersOnly) {
   for (const char* text : {"", " ", "nan", "-inf", "1e999", "12m", "1 2", "0x10", "+-1", "--1"})
     EXPECT_FALSE(ParseNumber(text)) << text;
   EXPECT_NE(ParseNumber("12,5").problem.find("decimal point"), std::string::npos);
+}
+
+TEST(NumberReader, SettlesOnTheMarkThatTheFirstNumberShows) {
+  NumberReader german;
+  EXPECT_EQ(german.Number("17").value, 17);  // shows none
+  EXPECT_NE(german.Number("12,345").problem.find("thousands"), std::string::npos);
+  EXPECT_EQ(german.Number("5932000,125").value, 5932000.125);
+  EXPECT_EQ(german.Mark(), ',');
+  EXPECT_EQ(german.Number(" -12,345 ").value, -12.345);
+  EXPECT_EQ(german.Angle("50 26 19,5 N", kLat).value, 50 + 26 / 60.0 + 19.5 / 3600);
+  EXPECT_NE(german.Number("1.234").problem.find("decimal point"), std::string::npos);
+  EXPECT_NE(german.Number("1.234,5").problem.find("not a number"), std::string::npos);
+  EXPECT_FALSE(german.Number("1,2,3"));
+
+  NumberReader english;
+  EXPECT_EQ(english.Number("12.5").value, 12.5);
+  EXPECT_FALSE(english.Number("5932000,12"));
+  EXPECT_FALSE(english.Number("5,932,000.12"));
+  EXPECT_EQ(english.Mark(), '.');
+
+  // Degrees have no thousands, no thousand begins with 0, and what is said beforehand needs no sign.
+  EXPECT_EQ(NumberReader().Angle("7,125", kLon).value, 7.125);
+  EXPECT_EQ(NumberReader().Number("0,125").value, 0.125);
+  EXPECT_EQ(NumberReader(',').Number("12,345").value, 12.345);
+}
+
+TEST(AngleText, IsWrittenSoThatItReadsBack) {
+  EXPECT_EQ(SexagesimalText(52.505, kLat, 1), "52 30 18.0 N");
+  EXPECT_EQ(SexagesimalText(-(7 / 60.0 + 40.5 / 3600), kLon, 4), "0 07 40.5000 W");
+  EXPECT_EQ(SexagesimalText(-0.99999999, kLat, 2), "1 00 00.00 S");  // 60 is carried over
+  EXPECT_EQ(SexagesimalText(59.6 / 3600, kLon, 0), "0 01 00 E");
+  constexpr double kHalfUnit = 0.5e-6 / 3600;  // degrees, of the last decimal
+  for (double degrees = -179.98765; degrees < 180; degrees += 7.123456789) {
+    const std::string text = SexagesimalText(degrees, kLon, 6);
+    EXPECT_NEAR(ParseAngle(text, kLon).value, degrees, 1.01 * kHalfUnit) << text;
+  }
+}
+
+TEST(SplitNames, KeepsCommasInQuotationMarks) {
+  using Names = std::vector<std::string>;
+  EXPECT_EQ(SplitNames(""), Names{});
+  EXPECT_EQ(SplitNames("a, b ,c"), (Names{"a", "b", "c"}));
+  EXPECT_EQ(SplitNames("\"North, m\",\"say \"\"E\"\"\",h"), (Names{"North, m", "say \"E\"", "h"}));
+  EXPECT_EQ(SplitNames("a,,"), (Names{"a", "", ""}));
 }
