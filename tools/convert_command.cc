@@ -41,7 +41,7 @@ class Conversion {
   void operator()(RowBlock& block) {
     const std::size_t count = block.count;
     failed_.resize(count);
-    auto& [first, second, height] = block.result;
+    auto &first = block.result[0], &second = block.result[1], &height = block.result[2];
     Copy(block.given, inverse_ ? 1 : kRadPerDeg, given_, block.result, count);
     if (inverse_)
       chain_.ToGlobalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
@@ -55,11 +55,10 @@ class Conversion {
   }
 
  private:
-  using Columns = std::array<std::vector<double>, 3>;
-
   // Between north first and the order of the axes, which is the same exchange both ways.
-  static void Copy(const Columns& from, double unit, AxisPair axes, Columns& to,
-                   std::size_t count) {
+  template <class From>
+  static void Copy(const From& from, double unit, AxisPair axes,
+                   std::vector<std::vector<double>>& to, std::size_t count) {
     const std::size_t north = axes.northFirst ? 0 : 1;
     for (std::size_t i = 0; i < count; ++i) {
       const double first = from[north][i] * unit, second = from[1 - north][i] * unit;
@@ -83,12 +82,10 @@ int Convert(const ConvertOptions& options) {
   job.failures = "could not be converted";
   if (options.inverse) {
     job.given = CoordinateKind::grid;
-    job.names = {"lat", "lon", "h_global"};
-    job.decimals = {degrees, degrees, metres};
+    job.results = {{"lat", degrees}, {"lon", degrees}, {"h_global", metres}};
   } else {
     job.given = CoordinateKind::geographic;
-    job.names = {"n", "e", "h_local"};
-    job.decimals = {metres, metres, metres};
+    job.results = {{"n", metres}, {"e", metres}, {"h_local", metres}};
   }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
   const std::string& positions = system->GeographicCrs();

@@ -186,14 +186,13 @@ int RunFile(const DeclinationOptions& options) {
   const MagneticField field = FieldOf(options);
   RowJob job;
   job.givenCrs = job.placeCrs = "EPSG:4326";
-  job.names = {"declination", "inclination", "total_nt"};
-  job.decimals = {6, 6, 2};
+  job.results = {{"declination", 6}, {"inclination", 6}, {"total_nt", 2}};
   job.failure = "no field";
   job.failures = "have no field";
   ZoneCount zones;
   job.work = [&, points = std::vector<MagneticPoint>()](RowBlock& rows) mutable {
     points.resize(rows.count);
-    auto& [declination, inclination, total] = rows.result;
+    auto &declination = rows.result[0], &inclination = rows.result[1], &total = rows.result[2];
     std::transform(rows.given[2].begin(), rows.given[2].end(), total.begin(),
                    [](double metres) { return metres * kKilometre; });
     field.AtBatch(rows.given[0].data(), rows.given[1].data(), total.data(), rows.count,

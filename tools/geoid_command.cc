@@ -40,8 +40,7 @@ struct GeoidOptions {
 int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
   RowJob job;
   job.givenCrs = job.placeCrs = "EPSG:4326";
-  job.names = {"geoid", "h_ellipsoid", "h_geoid"};
-  job.decimals = {4, 4, 4};
+  job.results = {{"geoid"}, {"h_ellipsoid"}, {"h_geoid"}};
   job.failure = "no geoid height";
   job.failures = "have no geoid height";
   job.work = [&geoid, b = std::vector<double>(),
@@ -52,7 +51,7 @@ int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
       b[i] = rows.given[0][i] * kRadPerDeg;
       l[i] = rows.given[1][i] * kRadPerDeg;
     }
-    auto& [N, ellipsoidal, orthometric] = rows.result;
+    auto &N = rows.result[0], &ellipsoidal = rows.result[1], &orthometric = rows.result[2];
     geoid.Heights(b.data(), l.data(), N.data(), rows.count);
     for (std::size_t i = 0; i < rows.count; ++i) {
       ellipsoidal[i] = rows.given[2][i];

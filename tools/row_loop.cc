@@ -21,27 +21,49 @@ namespace {
 // Rows that are read, converted together and written: enough for the batch, little memory.
 constexpr std::size_t kBlockRows = 4096;
 
-// The names of a comma-separated list; between `least` and three of them, none empty.
-std::vector<std::string> SplitNames(const std::string& option, const std::string& list,
-                                    std::size_t least) {
-  if (list.empty()) return {};
-  std::vector<std::string> names = CLI::detail::split(list, ',');
+// The names of a list, none empty; none at all where nothing is given.
+std::vector<std::string> NamesIn(const std::string& option, const std::string& list,
+                                 std::size_t least, std::size_t most) {
+  std::vector<std::string> names = SplitNames(list);
+  if (list.empty()) return names;
   const bool blank = std::find(names.begin(), names.end(), "") != names.end();
-  if (blank || names.size() < least || names.size() > 3)
+  if (blank || names.size() < least || names.size() > most)
     throw UserError(fmt::format("{}: \"{}\" must be {} names separated by commas", option, list,
-                                least == 3 ? "three" : "two or three"));
+                                least == most ? fmt::format("{}", least) : "two or three"));
   return names;
 }
 
 ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
-  ColumnChoice choice{SplitNames("--columns", options.columns, 2), options.fixedHeight,
-                      job.givenCrs, options.ignoreCrs};
+  ColumnChoice choice;
+  if (!options.noHeader) choice.names = NamesIn("--columns", options.columns, 2, 3);
+  choice.fixedHeight = options.fixedHeight;
+  choice.fromGeometry = options.fromGeometry;
+  choice.decimalComma = options.decimalComma;
+  choice.gon = options.gon;
+  choice.crs = job.givenCrs;
+  choice.ignoreCrs = options.ignoreCrs;
   if (choice.names.size() == 3 && choice.fixedHeight)
     throw UserError("--fixed-height: --columns names a height column too; give one of them");
+  if (choice.fromGeometry && !options.columns.empty())
+    throw UserError("--from-geometry: --columns names columns; give one of them");
   return choice;
 }
 
-using ResultNames = std::array<std::string, 3>;
+// The columns of a file without header, for which --columns names all of them.
+std::vector<std::string> HeaderOf(const PointOptions& options) {
+  if (!options.noHeader) return {};
+  const std::vector<std::string> names = SplitNames(options.columns);
+  if (names.empty())
+    throw UserError("--no-header: name all columns of the file: --columns name,n,e,h,code");
+  for (std::size_t i = 0; i < names.size(); ++i) {
+    if (std::find(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(i), names[i]) !=
+        names.begin() + static_cast<std::ptrdiff_t>(i))
+      throw UserError(fmt::format("--columns: \"{}\" stands there twice", names[i]));
+  }
+  return names;
+}
+
+using ResultNames = std::vector<std::string>;
 
 // The column that has one of the names in any letter case; null where none has.
 const std::string* TakenBy(const std::vector<std::string>& columns, const ResultNames& names) {
@@ -53,8 +75,8 @@ const std::string* TakenBy(const std::vector<std::string>& columns, const Result
   return nullptr;
 }
 
-// The usual names. Where the input has one of them, all three get the same number behind them, so
-// that they still are seen to belong together.
+// The usual names. Where the input has one of them, all get the same number behind them, so that
+// they still are seen to belong together.
 ResultNames FreeNames(const ResultNames& usual, const PointSource& source) {
   const std::vector<std::string> columns = source.ColumnNames();
   const std::string* taken = TakenBy(columns, usual);
@@ -68,9 +90,7 @@ ResultNames FreeNames(const ResultNames& usual, const PointSource& source) {
   return names;
 }
 
-ResultNames ChosenNames(const std::vector<std::string>& chosen, const PointSource& source) {
-  ResultNames names;
-  std::copy(chosen.begin(), chosen.end(), names.begin());
+void CheckChosen(const ResultNames& names, const PointSource& source) {
   const std::vector<std::string> columns = source.ColumnNames();
   if (const std::string* taken = TakenBy(columns, names))
     throw UserError(
@@ -81,33 +101,45 @@ ResultNames ChosenNames(const std::vector<std::string>& chosen, const PointSourc
         }) > 1)
       throw UserError(fmt::format("--results: \"{}\" stands there twice", name));
   }
-  return names;
 }
 
-ResultNames NamesOf(const PointOptions& options, const RowJob& job, const PointSource& source) {
-  const std::vector<std::string> chosen = SplitNames("--results", options.results, 3);
-  return chosen.empty() ? FreeNames(job.names, source) : ChosenNames(chosen, source);
+std::vector<ResultColumn> ResultsOf(const PointOptions& options, const RowJob& job,
+                                    const PointSource& source) {
+  std::vector<ResultColumn> results = job.results;
+  ResultNames names = NamesIn("--results", options.results, results.size(), results.size());
+  if (names.empty()) {
+    for (const ResultColumn& column : results) names.push_back(column.name);
+    names = FreeNames(names, source);
+  } else {
+    CheckChosen(names, source);
+  }
+  for (std::size_t i = 0; i < results.size(); ++i) results[i].name = names[i];
+  return results;
 }
 
 class RowLoop {
  public:
-  RowLoop(const RowJob& job, PointSource& source, const PointColumns& columns, PointSink& sink)
+  RowLoop(const RowJob& job, PointSource& source, PointColumns& columns, PointSink& sink,
+          bool decimalCommaSaid)
       : job_(job),
         source_(source),
         columns_(columns),
         sink_(sink),
         records_(kBlockRows),
+        decimalCommaSaid_(decimalCommaSaid),
         progress_("rows") {
-    for (auto* columnsOf : {&block_.given, &block_.result}) {
-      for (std::vector<double>& column : *columnsOf) column.resize(kBlockRows);
-    }
+    for (std::vector<double>& column : block_.given) column.resize(kBlockRows);
+    block_.result.assign(job.results.size(), std::vector<double>(kBlockRows));
     block_.problems.resize(kBlockRows);
+    result_.resize(job.results.size());
   }
 
   int Run() {
     while (ReadBlock()) {
+      FollowDecimalComma();
       job_.work(block_);
       WriteBlock();
+      if (source_.WouldWait()) sink_.Flush();
       progress_.Update(rows_, source_.Done());
       if (Interrupted() || !trouble_.empty()) break;
     }
@@ -116,6 +148,8 @@ class RowLoop {
     if (failures_ > 0)
       progress_.Print(fmt::format("geomath: {} of {} rows {}; their results are empty", failures_,
                                   rows_, job_.failures));
+    Warn(columns_.StaleNote());
+    if (job_.warning) Warn(job_.warning());
     if (Interrupted()) throw UserError(fmt::format("interrupted after {} rows", rows_));
     if (!trouble_.empty()) throw UserError(trouble_);
     return failures_ == 0 ? kExitDone : kExitSomeFailed;
@@ -127,7 +161,11 @@ class RowLoop {
     std::size_t& count = block_.count;
     count = 0;
     try {
-      for (; count < kBlockRows && source_.Next(records_[count]); ++count) ReadRow(count);
+      for (; count < kBlockRows; ++count) {
+        if (count > 0 && source_.WouldWait()) break;  // somebody waits for the answer
+        if (!source_.Next(records_[count])) break;
+        ReadRow(count);
+      }
     } catch (const UserError& error) {
       trouble_ = error.what();
     }
@@ -157,10 +195,24 @@ class RowLoop {
     }
   }
 
-  Converted Result(std::size_t i) const {
-    const auto& place = job_.placedByResult ? block_.result : block_.given;
-    const auto& [first, second, third] = block_.result;
-    return {true, {first[i], second[i], third[i]}, place[1][i], place[0][i], place[2][i]};
+  Converted Result(std::size_t i) {
+    for (std::size_t k = 0; k < result_.size(); ++k) result_[k] = block_.result[k][i];
+    if (job_.placedByResult) return {true, result_, result_[1], result_[0], result_[2]};
+    const auto& given = block_.given;
+    return {true, result_, given[1][i], given[0][i], given[2][i]};
+  }
+
+  void FollowDecimalComma() {
+    if (decimalComma_ || !columns_.HasDecimalComma()) return;
+    decimalComma_ = true;
+    sink_.UseDecimalComma();
+    if (!decimalCommaSaid_)
+      progress_.Print(
+          fmt::format("geomath: {}: numbers are read with a decimal comma", source_.Name()));
+  }
+
+  void Warn(const std::string& text) {
+    if (!text.empty()) progress_.Print("geomath: warning: " + text);
   }
 
   void Report(std::size_t i) {
@@ -171,10 +223,12 @@ class RowLoop {
 
   const RowJob& job_;
   PointSource& source_;
-  const PointColumns& columns_;
+  PointColumns& columns_;
   PointSink& sink_;
   std::vector<Record> records_;
   RowBlock block_;
+  std::vector<double> result_;  // of a row
+  bool decimalComma_ = false, decimalCommaSaid_;
   Progress progress_;
   long long rows_ = 0, failures_ = 0;
   std::string trouble_;
@@ -184,28 +238,35 @@ class RowLoop {
 
 void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults) {
   arguments.add_option("--columns", options.columns,
-                       "names of the input columns, default " + defaults);
-  arguments.add_option("--results", options.results, "names of the three result columns");
+                       "names of the input columns, default " + defaults +
+                           "; one with a comma stands in quotation marks");
+  arguments.add_flag("--no-header", options.noHeader,
+                     "the CSV input has no header; --columns names all its columns");
+  arguments.add_option("--results", options.results, "names of the result columns");
   arguments.add_option("--fixed-height", options.fixedHeight,
                        "height of all points, metres, instead of a height column");
   arguments.add_flag("--ignore-crs", options.ignoreCrs,
                      "take the point geometry as it stands, whatever system the layer is in");
+  arguments.add_flag("--decimal-comma", options.decimalComma,
+                     "numbers of the input have a decimal comma, where that cannot be recognised");
+  arguments.add_flag("--from-geometry", options.fromGeometry,
+                     "coordinates from the geometry of features, whatever columns they have");
   arguments.add_option("--layer", options.layer, "layer of the input, when it has several");
 }
 
 int RunRows(const PointOptions& options, const RowJob& job) {
   const ColumnChoice choice = ChoiceOf(options, job);
   CatchInterrupts();
-  const auto source = OpenPoints(options.input, options.layer);
+  const auto source = OpenPoints(options.input, options.layer, HeaderOf(options));
   std::vector<std::string> inputs = job.files;
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});
-  const ResultStyle style{NamesOf(options, job, *source), job.decimals, job.placeCrs};
-  const PointColumns columns(*source, job.given, choice);
+  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs};
+  PointColumns columns(*source, job.given, choice);
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.
   const auto sink = CreatePoints(options.output, *source, style);
-  return RowLoop(job, *source, columns, *sink).Run();
+  return RowLoop(job, *source, columns, *sink, options.decimalComma).Run();
 }
 
 }  // namespace geomath_tools

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "files/points/point_columns.h"
+#include "files/points/point_sink.h"
 
 namespace geomath_tools {
 
@@ -17,10 +18,13 @@ struct PointOptions {
   std::string input, output, layer;
   std::string columns, results;  // as given: names separated by commas
   std::optional<double> fixedHeight;
+  bool noHeader = false, fromGeometry = false, decimalComma = false;
+  bool gon = false;  ///< angles of the input are gons
   bool ignoreCrs = false;
 };
 
-/// Adds --columns, --results, --fixed-height, --ignore-crs and --layer. `defaults` names the usual columns.
+/// Adds --columns, --no-header, --results, --fixed-height, --decimal-comma, --from-geometry,
+/// --ignore-crs and --layer. `defaults` names the usual columns.
 void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults);
 
 /// Rows in hand: what was read, and what the command makes of it.
@@ -28,7 +32,7 @@ struct RowBlock {
   std::size_t count = 0;
   /// Latitude, longitude (degrees) or northing, easting; height. 0 where a row is unreadable.
   std::array<std::vector<double>, 3> given;
-  std::array<std::vector<double>, 3> result;
+  std::vector<std::vector<double>> result;  ///< by column
   /// Why a row has no result; empty where it has one. What was unreadable has its reason already.
   std::vector<std::string> problems;
 };
@@ -36,9 +40,8 @@ struct RowBlock {
 /// What a command does with the rows of a point file.
 struct RowJob {
   CoordinateKind given = CoordinateKind::geographic;
-  std::string givenCrs, placeCrs;    ///< of what is read and of the output's points, where known
-  std::array<std::string, 3> names;  ///< of the results
-  std::array<int, 3> decimals;       ///< of the results as text
+  std::string givenCrs, placeCrs;     ///< of what is read and of the output's points, where known
+  std::vector<ResultColumn> results;  ///< with their usual names
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.
   bool placedByResult = false;
   std::vector<std::string> files;  ///< that the work reads beside the input
@@ -46,6 +49,8 @@ struct RowJob {
   const char* failures;            ///< of many: "could not be converted"
   /// Fills `result` for the rows without a problem, or gives them one.
   std::function<void(RowBlock&)> work;
+  /// A warning when all is done; empty for none. May be left out.
+  std::function<std::string()> warning = {};
 };
 
 /// Reads the input in blocks, lets the job work on each and writes every row with all its columns

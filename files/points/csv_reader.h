@@ -18,21 +18,27 @@ struct CsvRow {
   };
   std::string text;  ///< without the line end
   std::vector<Span> fields;
-  long long line = 0;  ///< of the row's first character, from 1
+  long long line = 0;    ///< of the row's first character, from 1
+  bool comment = false;  ///< a remark between the rows
 
-  bool IsBlank() const { return text.empty(); }
+  /// Whether it holds no point.
+  bool IsBlank() const { return text.empty() || comment; }
   /// The value of a field: unquoted, doubled quotation marks made single.
   std::string Value(std::size_t field) const;
 };
 
 /// Reads a CSV file row by row (RFC 4180) with the memory of one row, keeping the text of every
 /// row as it is. A quotation mark is special only at the start of a field, so that seconds of arc
-/// may stand unquoted. Lines end with LF or CR LF. The separator, one of `, ; tab |`, is the one
-/// that the first line holds most of.
+/// may stand unquoted. Lines end with LF or CR LF.
+///
+/// The separator, one of `, ; tab |`, is the one that the first row holds most of, or the one that
+/// a line "sep=;" before it names. Where the first row has none of them, runs of blanks separate.
+/// Blank lines and lines that begin with # before the first row belong to no row.
 class CsvReader {
  public:
-  /// Reads from `file`, which stays the caller's; `name` stands for it in messages.
-  CsvReader(std::FILE* file, std::string name);
+  /// Reads from `file`, which stays the caller's; `name` stands for it in messages. `fields`, when
+  /// it is known, says how many the first row has, which helps to find the separator.
+  CsvReader(std::FILE* file, std::string name, std::size_t fields = 0);
 
   /// The next row; false at the end of the file. Throws UserError for what is no CSV text: a
   /// quotation mark that is never closed, a row of more than 16 MiB, a read error.
@@ -40,6 +46,13 @@ class CsvReader {
 
   /// Whether the text begins with a byte order mark.
   bool HasMark() const { return hasMark_; }
+
+  /// Whether the next row has not arrived yet: a pipe or a terminal that has nothing in it.
+  bool WouldWait() const;
+
+  /// What stands before the first row, with its line ends.
+  const std::string& Preamble() const { return preamble_; }
+  /// A blank stands for runs of blanks.
   char Separator() const { return separator_; }
   /// "\n" or "\r\n", as the first line has it.
   const std::string& LineEnd() const { return lineEnd_; }
@@ -47,8 +60,11 @@ class CsvReader {
 
  private:
   bool Fill();
+  std::string_view RestOfLine();
   void SkipMark();
-  void RecogniseStyle();
+  void TakePreamble();
+  void RecogniseStyle(std::size_t fields);
+  void FinishRow(CsvRow& row, std::size_t begin) const;
 
   std::FILE* file_;
   std::string name_;
@@ -56,7 +72,9 @@ class CsvReader {
   std::size_t at_ = 0, size_ = 0;
   long long nextLine_ = 1, bytesRead_ = 0;
   bool hasMark_ = false;
-  char separator_ = ',';
+  bool mayWait_ = false;   // no regular file
+  char separator_ = '\0';  // ' ' for runs of blanks
+  std::string preamble_;
   std::string lineEnd_ = "\n";
 };
 

@@ -2,7 +2,7 @@
 
 #include <fmt/format.h>
 
-#include <iterator>
+#include <algorithm>
 
 #include "files/points/csv_reader.h"
 #include "files/words/text_file.h"
@@ -13,7 +13,7 @@ namespace {
 class CsvSink : public PointSink {
  public:
   CsvSink(const std::string& path, const PointSource& source, const ResultStyle& style)
-      : file_(path), columns_(source.Columns().size()), decimals_(style.decimals) {
+      : file_(path), columns_(source.Columns().size()), results_(style.columns) {
     if (const CsvReader* csv = source.Csv()) {
       separator_ = csv->Separator();
       lineEnd_ = csv->LineEnd();
@@ -25,29 +25,37 @@ class CsvSink : public PointSink {
         text_ += CsvField(column.name, separator_);
       }
     }
-    for (const std::string& name : style.names) {
+    if (source.Csv() && !source.HasHeader()) return;
+    for (const ResultColumn& column : style.columns) {
       if (!text_.empty()) text_ += separator_;
-      text_ += CsvField(name, separator_);
+      text_ += CsvField(column.name, separator_);
     }
     text_ += lineEnd_;
   }
 
   void Write(const Record& record, const Converted& converted) override {
     if (record.IsBlank()) {
-      text_ += lineEnd_;
+      text_ += record.row.text + lineEnd_;  // a remark, or nothing
     } else {
       WriteColumns(record);
-      for (std::size_t i = 0; i < converted.result.size(); ++i) {
+      for (std::size_t i = 0; i < results_.size(); ++i) {
         if (i > 0 || columns_ > 0) text_ += separator_;
-        if (converted.done) WriteNumber(converted.result[i], decimals_[i]);
+        text_ += CsvField(converted.done ? Text(converted.result[i], results_[i]) : "", separator_);
       }
       text_ += lineEnd_;
     }
-    if (text_.size() >= kFlushSize) Flush();
+    if (text_.size() >= kFlushSize) WriteOut();
   }
 
+  void Flush() override {
+    WriteOut();
+    file_.Flush();
+  }
+
+  void UseDecimalComma() override { decimalComma_ = true; }
+
   void Close() override {
-    Flush();
+    WriteOut();
     file_.Close();
   }
 
@@ -58,7 +66,8 @@ class CsvSink : public PointSink {
     if (!record.feature) {
       text_ += record.row.text;
       // A short row is filled up so that its results stand in their columns.
-      for (std::size_t i = record.row.fields.size(); i < columns_; ++i) text_ += separator_;
+      for (std::size_t i = record.row.fields.size(); i < columns_; ++i)
+        text_ += separator_ + CsvField("", separator_);
       return;
     }
     for (std::size_t i = 0; i < columns_; ++i) {
@@ -67,21 +76,25 @@ class CsvSink : public PointSink {
     }
   }
 
-  void WriteNumber(double value, int decimals) {
-    const std::size_t start = text_.size();
-    fmt::format_to(std::back_inserter(text_), "{:.{}f}", value, decimals);
-    const bool zero = text_.find_first_not_of("-0.", start) == std::string::npos;
-    if (zero && text_[start] == '-') text_.erase(start, 1);
+  std::string Text(double value, const ResultColumn& column) const {
+    std::string text = column.sexagesimal
+                           ? SexagesimalText(value, *column.sexagesimal, column.decimals)
+                           : fmt::format("{:.{}f}", value, column.decimals);
+    if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos)
+      text.erase(0, 1);  // no zero below zero
+    if (decimalComma_) std::replace(text.begin(), text.end(), '.', ',');
+    return text;
   }
 
-  void Flush() {
+  void WriteOut() {
     file_.Write(text_);
     text_.clear();
   }
 
   TextOutput file_;
   std::size_t columns_;
-  std::array<int, 3> decimals_;
+  std::vector<ResultColumn> results_;
+  bool decimalComma_ = false;
   char separator_ = ',';
   std::string lineEnd_ = "\n";
   std::string text_;  // not yet written

@@ -7,6 +7,7 @@
 #include <filesystem>
 
 #include "files/points/csv_reader.h"
+#include "files/words/name_match.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
@@ -15,24 +16,27 @@ namespace {
 
 class CsvSource : public PointSource {
  public:
-  explicit CsvSource(const std::string& path)
-      : file_(OpenInput(path)), reader_(file_.get(), InputName(path)) {
+  CsvSource(const std::string& path, const std::vector<std::string>& names)
+      : file_(OpenInput(path)), reader_(file_.get(), InputName(path), names.size()) {
     name_ = InputName(path);
     std::error_code ignored;
     if (std::filesystem::is_regular_file(path, ignored))
       size_ = static_cast<double>(std::filesystem::file_size(path, ignored));
-    CsvRow header;
-    if (!reader_.Next(header) || header.IsBlank())
-      throw UserError(name_ + (reader_.BytesRead() == 0
-                                   ? ": is empty; a first line with the names of the columns "
-                                     "belongs there"
-                                   : ": the first line is blank; the names of the columns belong "
-                                     "there"));
-    header_ = header.text;
-    for (std::size_t i = 0; i < header.fields.size(); ++i) columns_.push_back({header.Value(i)});
+    for (const std::string& name : names) columns_.push_back({name, OFTString});
+    header_ = reader_.Preamble();
+    if (names.empty()) ReadHeader();
   }
 
-  bool Next(Record& record) override { return reader_.Next(record.row); }
+  bool Next(Record& record) override {
+    CsvRow& row = record.row;
+    if (!reader_.Next(row)) return false;
+    // A remark; a point that is called "#1" has all its fields.
+    row.comment = row.text.starts_with('#') && row.fields.size() != columns_.size();
+    if (row.fields.size() == columns_.size() + 1) DropTrailingSeparator(row);
+    return true;
+  }
+
+  bool WouldWait() const override { return reader_.WouldWait(); }
 
   std::string Place(const Record& record) const override {
     return fmt::format("line {}", record.row.line);
@@ -52,6 +56,34 @@ class CsvSource : public PointSource {
   const CsvReader* Csv() const override { return &reader_; }
 
  private:
+  void ReadHeader() {
+    CsvRow header;
+    if (!reader_.Next(header) || header.IsBlank())
+      throw UserError(name_ +
+                      ": is empty; a first line with the names of the columns belongs there");
+    if (header.fields.size() > 1) DropTrailingSeparator(header);
+    header_ += header.text;
+    hasHeader_ = true;
+    for (std::size_t i = 0; i < header.fields.size(); ++i) {
+      const std::string name = header.Value(i);
+      for (const Column& column : columns_) {
+        if (!name.empty() && column.name == name)
+          throw UserError(
+              fmt::format("{}: two columns are called \"{}\"; give each a name of its own", name_,
+                          Printable(name)));
+      }
+      columns_.push_back({name, OFTString});
+    }
+  }
+
+  // A separator that ends the row, with nothing behind it.
+  void DropTrailingSeparator(CsvRow& row) const {
+    const CsvRow::Span last = row.fields.back();
+    if (last.begin != last.end) return;
+    row.fields.pop_back();
+    row.text.pop_back();
+  }
+
   InputHandle file_;
   CsvReader reader_;
   double size_ = 0;  // bytes, 0 when unknown
@@ -59,8 +91,9 @@ class CsvSource : public PointSource {
 
 }  // namespace
 
-std::unique_ptr<PointSource> OpenCsv(const std::string& path) {
-  return std::make_unique<CsvSource>(path);
+std::unique_ptr<PointSource> OpenCsv(const std::string& path,
+                                     const std::vector<std::string>& names) {
+  return std::make_unique<CsvSource>(path, names);
 }
 
 }  // namespace geomath_tools

@@ -2,12 +2,15 @@
 
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "files/points/point_source.h"
 
 namespace geomath_tools {
 
-/// The rows of a CSV file, or of standard input for "-". Throws UserError.
-std::unique_ptr<PointSource> OpenCsv(const std::string& path);
+/// The rows of a CSV file, or of standard input for "-". `names` are those of the columns of a file
+/// without header. A separator that ends the header or a row is left out. Throws UserError.
+std::unique_ptr<PointSource> OpenCsv(const std::string& path,
+                                     const std::vector<std::string>& names);
 
 }  // namespace geomath_tools

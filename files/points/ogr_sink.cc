@@ -19,7 +19,7 @@ class OgrSink : public PointSink {
  public:
   OgrSink(const std::string& path, const char* driverName, const PointSource& source,
           const ResultStyle& style)
-      : file_(path) {
+      : file_(path), results_(style.columns) {
     PrepareOgr();
     RequireLocalPath(path);
     GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
@@ -38,7 +38,8 @@ class OgrSink : public PointSink {
                                    isShapefile_ ? const_cast<char**>(utf8) : nullptr);
     if (!layer_) Complain();
     for (const Column& column : source.Columns()) AddField(column);
-    for (const std::string& name : style.names) AddField({name, OFTReal});
+    for (const ResultColumn& column : results_)
+      AddField({column.name, column.sexagesimal ? OFTString : OFTReal});
     columns_ = static_cast<int>(source.Columns().size());
     names_ = source.ColumnNames();
     cut_.resize(source.Columns().size());
@@ -57,8 +58,8 @@ class OgrSink : public PointSink {
     for (int i = 0; i < columns_; ++i) CopyField(record, i, *feature);
     if (record.feature) CopyIdentity(*record.feature, *feature);
     if (converted.done) {
-      for (std::size_t i = 0; i < converted.result.size(); ++i)
-        feature->SetField(columns_ + static_cast<int>(i), converted.result[i]);
+      for (std::size_t i = 0; i < results_.size(); ++i)
+        SetResult(*feature, columns_ + static_cast<int>(i), results_[i], converted.result[i]);
       OGRPoint point(converted.x, converted.y, converted.z);
       feature->SetGeometry(&point);
     }
@@ -110,6 +111,13 @@ class OgrSink : public PointSink {
           fmt::format("{}: the column \"{}\" is \"{}\" there", file_.Name(), column.name, name));
   }
 
+  static void SetResult(OGRFeature& to, int field, const ResultColumn& column, double value) {
+    if (column.sexagesimal)
+      to.SetField(field, SexagesimalText(value, *column.sexagesimal, column.decimals).c_str());
+    else
+      to.SetField(field, value);
+  }
+
   // The number of a feature, and what GeoJSON has beside its columns.
   void CopyIdentity(const OGRFeature& from, OGRFeature& to) {
     if (keepsIds_ && from.GetFID() <= lastId_) {
@@ -155,6 +163,7 @@ class OgrSink : public PointSink {
   CheckedFiles written_;
   GDALDatasetUniquePtr dataset_;
   OGRLayer* layer_ = nullptr;
+  std::vector<ResultColumn> results_;
   int columns_ = 0, inBlock_ = 0;
   bool inTransaction_ = false, isShapefile_ = false, keepsIds_ = false;
   GIntBig lastId_ = -1;

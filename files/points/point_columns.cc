@@ -3,7 +3,11 @@
 #include <fmt/format.h>
 #include <ogr_geometry.h>
 
+#include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <set>
+#include <utility>
 
 #include "files/words/name_match.h"
 #include "files/words/number_text.h"
@@ -12,26 +16,46 @@
 namespace geomath_tools {
 namespace {
 
-// Column names looked for when none are chosen, the first that is there.
-using Defaults = std::array<std::vector<std::string>, 3>;
-const Defaults kGeographicDefaults = {{{"lat"}, {"lon"}, {"h"}}};
-const Defaults kGridDefaults = {{{"n"}, {"e"}, {"h_local", "h"}}};
+// Names of columns that mean a coordinate, folded: those that the program itself writes, and, when
+// there is none of them, those that instruments and other programs write.
+struct UsualNames {
+  std::vector<std::string> own, others;
+};
+using AxisNames = std::array<UsualNames, 3>;
 
-// The column of that name; the letter case matters only when two names differ in nothing else.
-std::optional<std::size_t> FindColumn(const std::vector<std::string>& columns,
-                                      const std::string& name) {
-  const auto sameLetters = [](const std::string& a, const std::string& b) {
-    return std::equal(a.begin(), a.end(), b.begin(), b.end(), [](unsigned char x, unsigned char y) {
-      return std::tolower(x) == std::tolower(y);
-    });
-  };
-  std::optional<std::size_t> similar;
-  for (std::size_t i = 0; i < columns.size(); ++i) {
-    if (columns[i] == name) return i;
-    if (!similar && sameLetters(columns[i], name)) similar = i;
-  }
-  return similar;
+const AxisNames kGeographicNames = {{
+    {{"lat"}, {"latitude", "breite"}},
+    {{"lon"}, {"long", "lng", "longitude", "l\xC3\xA4nge", "laenge"}},
+    {{"hglobal"}, {"h", "height", "h\xC3\xB6he", "hoehe", "ellipsoidalheight"}},
+}};
+const AxisNames kGonNames = {{{{"latgon"}, {}}, {{"longon"}, {}}, kGeographicNames[2]}};
+const AxisNames kGridNames = {{
+    {{"n"}, {"north", "northing", "nord", "hochwert"}},
+    {{"e"}, {"east", "easting", "ost", "rechtswert"}},
+    {{"hlocal"}, {"h", "height", "h\xC3\xB6he", "hoehe", "elevation", "z"}},
+}};
+
+const AxisNames& NamesOf(CoordinateKind kind, bool gon) {
+  if (kind == CoordinateKind::grid) return kGridNames;
+  return gon ? kGonNames : kGeographicNames;
 }
+
+// "n" and 2 of "n_2"; 1 where there is no number.
+std::pair<std::string, int> WithoutNumber(const std::string& name) {
+  const std::size_t mark = name.rfind('_');
+  if (mark == std::string::npos) return {name, 1};
+  int number = 0;
+  const char* end = name.data() + name.size();
+  const auto [rest, error] = std::from_chars(name.data() + mark + 1, end, number);
+  if (error != std::errc() || rest != end || number < 2) return {name, 1};
+  return {name.substr(0, mark), number};
+}
+
+bool Holds(const std::vector<std::string>& names, const std::string& name) {
+  return std::find(names.begin(), names.end(), name) != names.end();
+}
+
+constexpr double kDegreesPerGon = 0.9;
 
 // Beyond the Moon: a slip, not a coordinate.
 constexpr double kFarthest = 1e9;  // metres
@@ -45,75 +69,204 @@ bool IsNumeric(OGRFieldType type) {
   return type == OFTReal || type == OFTInteger || type == OFTInteger64;
 }
 
+// Columns that together are a point: all with the same number behind their names.
+struct CoordinateSet {
+  int number;
+  std::array<std::vector<std::size_t>, 3> columns;  // all that could be meant, for each axis
+
+  bool IsWhole(std::size_t needed) const {
+    return std::none_of(columns.begin(), columns.begin() + static_cast<std::ptrdiff_t>(needed),
+                        [](const auto& some) { return some.empty(); });
+  }
+};
+
+CoordinateSet FindSet(const std::vector<std::string>& columns, const AxisNames& names, int wanted) {
+  CoordinateSet set{wanted, {}};
+  for (std::size_t axis = 0; axis < 3; ++axis) {
+    for (const auto* usual : {&names[axis].own, &names[axis].others}) {
+      if (!set.columns[axis].empty()) break;
+      for (std::size_t i = 0; i < columns.size(); ++i) {
+        const auto [base, number] = WithoutNumber(columns[i]);
+        if (number == wanted && Holds(*usual, FoldName(base))) set.columns[axis].push_back(i);
+      }
+    }
+  }
+  return set;
+}
+
+std::vector<CoordinateSet> FindSets(const std::vector<std::string>& columns, const AxisNames& names,
+                                    std::size_t needed) {
+  std::set<int> numbers;
+  for (const std::string& column : columns) numbers.insert(WithoutNumber(column).second);
+  std::vector<CoordinateSet> sets;
+  for (const int number : numbers) {
+    CoordinateSet set = FindSet(columns, names, number);
+    if (set.IsWhole(needed)) sets.push_back(std::move(set));
+  }
+  return sets;
+}
+
+// The columns of that name, exactly or else but for letter case, blanks and underscores.
+std::vector<std::size_t> FindColumns(const std::vector<std::string>& columns,
+                                     const std::string& name) {
+  std::vector<std::size_t> similar;
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    if (columns[i] == name) return {i};
+    if (FoldName(columns[i]) == FoldName(name)) similar.push_back(i);
+  }
+  return similar;
+}
+
+void RefuseSeveral(const PointSource& source, const std::vector<std::string>& columns,
+                   const std::vector<std::size_t>& found) {
+  if (found.size() < 2) return;
+  std::vector<std::string> names;
+  for (const std::size_t column : found) names.push_back(columns[column]);
+  throw UserError(fmt::format("{}: {} could each be meant; choose with --columns", source.Name(),
+                              ListNames(names)));
+}
+
+// An attribute is stale when it is farther from the geometry than rounding explains: to 7 decimals
+// of a degree, which are usual in GeoJSON, or to a centimetre.
+constexpr double kRoundedDegrees = 2e-7, kRoundedMetres = 0.011;
+
+// Whether the geometry is one of that kind; without a system of its layer, by its numbers.
+bool IsOfKind(const OGRPoint& point, CoordinateKind kind) {
+  const OGRSpatialReference* system = point.getSpatialReference();
+  const bool likeDegrees = std::abs(point.getX()) <= 360 && std::abs(point.getY()) <= 90;
+  const bool geographic = system ? system->IsGeographic() : likeDegrees;
+  return geographic == (kind == CoordinateKind::geographic);
+}
+
+const OGRPoint* PointOf(const Record& record) {
+  const OGRGeometry* geometry = record.feature ? record.feature->GetGeometryRef() : nullptr;
+  const bool isPoint =
+      geometry && wkbFlatten(geometry->getGeometryType()) == wkbPoint && !geometry->IsEmpty();
+  return isPoint ? geometry->toPoint() : nullptr;
+}
+
 }  // namespace
 
 PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
                            const ColumnChoice& choice)
-    : kind_(kind), fixedHeight_(choice.fixedHeight) {
+    : kind_(kind),
+      fixedHeight_(choice.fixedHeight),
+      gon_(choice.gon),
+      source_(source),
+      numbers_(choice.decimalComma ? ',' : '\0') {
   const std::vector<std::string> columns = source.ColumnNames();
-  Defaults wanted = kind == CoordinateKind::geographic ? kGeographicDefaults : kGridDefaults;
-  for (std::size_t i = 0; i < choice.names.size(); ++i) wanted[i] = {choice.names[i]};
+  if (choice.fromGeometry && !source.HasGeometry())
+    throw UserError(source.Name() + ": has no geometry (--from-geometry)");
+  if (choice.fromGeometry)
+    fromGeometry_ = true;
+  else if (!choice.names.empty())
+    TakeChosen(columns, choice.names);
+  else if (!TakeUsual(columns)) {
+    fromGeometry_ = source.HasGeometry();
+    if (!fromGeometry_) RefuseMissing(columns);
+  }
+  if (!fromGeometry_ || choice.ignoreCrs) return;
+  layerCrs_.emplace(source.Name(), source.Crs(),
+                    ExpectedCrs{kind == CoordinateKind::geographic, choice.crs, !fixedHeight_});
+  note_ = layerCrs_->Note();
+}
 
-  const std::size_t needed = fixedHeight_ ? 2 : 3;
-  std::string missing;
-  for (std::size_t axis = 0; axis < needed; ++axis) {
-    std::optional<std::size_t> found;
-    for (const std::string& name : wanted[axis]) {
-      if (!found) found = FindColumn(columns, name);
-    }
-    if (found) {
-      columns_[axis] = *found;
-      names_[axis] = columns[*found];
-    } else if (missing.empty()) {
-      missing = wanted[axis].front();
-    }
+void PointColumns::Take(std::size_t axis, std::size_t column) {
+  columns_[axis] = column;
+  names_[axis] = source_.Columns()[column].name;
+}
+
+void PointColumns::TakeChosen(const std::vector<std::string>& columns,
+                              const std::vector<std::string>& names) {
+  for (std::size_t axis = 0; axis < names.size(); ++axis) {
+    const std::vector<std::size_t> found = FindColumns(columns, names[axis]);
+    if (found.empty())
+      throw UserError(fmt::format("{}: there is no column \"{}\"; {}", source_.Name(),
+                                  Printable(names[axis]), SuggestName(names[axis], columns)));
+    RefuseSeveral(source_, columns, found);
+    Take(axis, found.front());
   }
-  if (missing.empty()) return;
-  fromGeometry_ = source.HasGeometry() && choice.names.empty();
-  if (fromGeometry_) {
-    const bool positions = kind == CoordinateKind::geographic;
-    if (!choice.ignoreCrs)
-      layerCrs_.emplace(source.Name(), source.Crs(),
-                        ExpectedCrs{positions, choice.crs, !fixedHeight_});
-    return;
+  if (names.size() >= Needed()) return;
+  // Two names: the height is a usual one.
+  const CoordinateSet usual = FindSet(columns, NamesOf(kind_, gon_), 1);
+  if (usual.columns[2].empty()) RefuseMissing(columns);
+  RefuseSeveral(source_, columns, usual.columns[2]);
+  Take(2, usual.columns[2].front());
+}
+
+bool PointColumns::TakeUsual(const std::vector<std::string>& columns) {
+  const auto sets = FindSets(columns, NamesOf(kind_, gon_), Needed());
+  if (sets.empty()) return false;
+  std::string choices;
+  for (const CoordinateSet& set : sets) {
+    std::string names;
+    for (std::size_t axis = 0; axis < Needed(); ++axis) {
+      RefuseSeveral(source_, columns, set.columns[axis]);
+      names += (axis > 0 ? "," : "") + columns[set.columns[axis].front()];
+    }
+    choices += fmt::format("{}--columns {}", choices.empty() ? "" : " or ", names);
   }
-  const bool geographic = kind == CoordinateKind::geographic;
+  if (sets.size() > 1)
+    throw UserError(fmt::format("{}: several columns could be the coordinates; choose with {}",
+                                source_.Name(), choices));
+  for (std::size_t axis = 0; axis < Needed(); ++axis)
+    Take(axis, sets.front().columns[axis].front());
+  if (sets.front().number > 1)
+    note_ = fmt::format("{}: coordinates are taken from {}", source_.Name(),
+                        ListNames({names_.data(), Needed()}));
+  return true;
+}
+
+void PointColumns::RefuseMissing(const std::vector<std::string>& columns) const {
+  const bool geographic = kind_ == CoordinateKind::geographic;
+  const AxisNames& usual = NamesOf(kind_, gon_);
+  const auto set = FindSet(columns, usual, 1);
+  const auto x = FindColumns(columns, "x"), y = FindColumns(columns, "y");
+  if (!geographic && x.size() == 1 && y.size() == 1 && set.columns[0].empty())
+    throw UserError(fmt::format(
+        "{0}: \"{1}\" is north in some countries and east in others; say --columns {1},{2},H when "
+        "{1} is north, --columns {2},{1},H when {2} is (without header: call them n and e)",
+        source_.Name(), columns[x.front()], columns[y.front()]));
+  constexpr const char* titles[2][3] = {{"n", "e", "h"}, {"lat", "lon", "h"}};
+  std::size_t axis = 0;
+  while (axis < 2 && !set.columns[axis].empty()) ++axis;
+  const std::string missing =
+      gon_ && axis < 2 ? fmt::format("{}_gon", titles[1][axis]) : titles[geographic][axis];
   throw UserError(fmt::format(
-      "{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}", source.Name(),
+      "{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}", source_.Name(),
       missing, SuggestName(missing, columns), geographic ? "LAT,LON,H" : "N,E,H",
       columns.size() > 1 ? ", or give all points one height with --fixed-height METRES" : ""));
 }
 
 std::string PointColumns::CheckRange(std::size_t axis, double value) const {
   if (!std::isfinite(value)) return "is not a finite number";
-  if (axis == 2 || kind_ == CoordinateKind::grid) return LengthProblem(value);
+  if (!IsAngle(axis)) return LengthProblem(value);
   return AngleRangeProblem(value, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
 }
 
-std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, double& value) const {
+std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, double& value) {
   const std::size_t column = columns_[axis];
+  const double unit = gon_ && IsAngle(axis) ? kDegreesPerGon : 1;
   if (record.feature) {
     const int field = static_cast<int>(column);
     if (IsNumeric(record.feature->GetFieldDefnRef(field)->GetType()) &&
         record.feature->IsFieldSetAndNotNull(field)) {
-      value = record.feature->GetFieldAsDouble(field);
+      value = record.feature->GetFieldAsDouble(field) * unit;
       return CheckRange(axis, value);
     }
   }
   const std::string text = record.Text(column);
-  const bool plain = axis == 2 || kind_ == CoordinateKind::grid;
   const ParsedNumber number =
-      plain ? ParseNumber(text)
-            : ParseAngle(text, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
-  value = number.value;
+      gon_ || !IsAngle(axis)
+          ? numbers_.Number(text)
+          : numbers_.Angle(text, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
+  value = number.value * unit;
   return number ? CheckRange(axis, value) : number.problem;
 }
 
 std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 3>& point) const {
-  const OGRGeometry* geometry = record.feature->GetGeometryRef();
-  if (!geometry || wkbFlatten(geometry->getGeometryType()) != wkbPoint || geometry->IsEmpty())
-    return "the feature has no point geometry";
-  const OGRPoint* given = geometry->toPoint();
+  const OGRPoint* given = PointOf(record);
+  if (!given) return "the feature has no point geometry";
   if (!fixedHeight_ && !given->Is3D())
     return "the point has no height (--fixed-height METRES gives all points one)";
   point = {given->getY(), given->getX(), fixedHeight_.value_or(given->getZ())};
@@ -127,7 +280,28 @@ std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 
   return {};
 }
 
-std::string PointColumns::Read(const Record& record, std::array<double, 3>& point) const {
+void PointColumns::CompareGeometry(const Record& record, const std::array<double, 3>& point) {
+  const OGRPoint* drawn = PointOf(record);
+  if (!drawn || !IsOfKind(*drawn, kind_)) return;
+  const double rounded = IsAngle(0) ? kRoundedDegrees : kRoundedMetres;
+  const double turns = IsAngle(0) ? 360 : HUGE_VAL;
+  const bool same =
+      std::abs(drawn->getY() - point[0]) <= rounded &&
+      std::abs(std::remainder(drawn->getX() - point[1], turns)) <= rounded &&
+      (fixedHeight_ || !drawn->Is3D() || std::abs(drawn->getZ() - point[2]) <= kRoundedMetres);
+  if (!same && stale_++ == 0) firstStale_ = source_.Place(record);
+}
+
+std::string PointColumns::StaleNote() const {
+  if (stale_ == 0) return {};
+  return fmt::format(
+      "{}, {}{}: {} say something else than the geometry, which may have been moved since; the "
+      "columns were taken (--from-geometry takes the geometry)",
+      source_.Name(), firstStale_, stale_ > 1 ? fmt::format(" and {} more", stale_ - 1) : "",
+      ListNames({names_.data(), Needed()}));
+}
+
+std::string PointColumns::Read(const Record& record, std::array<double, 3>& point) {
   if (fromGeometry_) return ReadGeometry(record, point);
   for (std::size_t axis = 0; axis < 3; ++axis) {
     if (axis == 2 && fixedHeight_) {
@@ -137,6 +311,7 @@ std::string PointColumns::Read(const Record& record, std::array<double, 3>& poin
     const std::string problem = ReadColumn(record, axis, point[axis]);
     if (!problem.empty()) return names_[axis] + " " + problem;
   }
+  CompareGeometry(record, point);
   return {};
 }
 

@@ -7,6 +7,7 @@
 
 #include "files/points/layer_crs.h"
 #include "files/points/point_source.h"
+#include "files/words/number_text.h"
 
 namespace geomath_tools {
 
@@ -15,36 +16,60 @@ enum class CoordinateKind { geographic, grid };
 
 /// How the user wants the coordinates of a point to be found.
 struct ColumnChoice {
-  std::vector<std::string> names;     ///< two or three column names; empty for the defaults
+  std::vector<std::string> names;     ///< two or three column names; empty for the usual ones
   std::optional<double> fixedHeight;  ///< for all points, instead of a column
   std::string crs;                    ///< of the coordinates, as CrsOf takes it; may be unknown
   bool ignoreCrs = false;             ///< that of a layer is not looked at
+  bool fromGeometry = false;          ///< the geometry of features, whatever columns they have
+  bool gon = false;                   ///< angles are gons, in columns lat_gon and lon_gon
+  bool decimalComma = false;          ///< numbers have a decimal comma; else that is recognised
 };
 
 /// Finds the coordinates of a row: latitude, longitude, height, or northing, easting, height, in
 /// degrees and metres, from columns by name or from the point geometry of a feature.
 class PointColumns {
  public:
-  /// Throws UserError when a column is missing, naming those that are there.
+  /// Throws UserError when a column is missing, naming those that are there, and when several could
+  /// be meant, naming these.
   PointColumns(const PointSource& source, CoordinateKind kind, const ColumnChoice& choice);
 
   /// Reads a row. Returns what is wrong with it, empty when `point` holds its coordinates.
-  std::string Read(const Record& record, std::array<double, 3>& point) const;
+  std::string Read(const Record& record, std::array<double, 3>& point);
 
-  /// What the user should know of the layer's coordinate system, empty when there is nothing.
-  std::string Note() const { return layerCrs_ ? layerCrs_->Note() : std::string(); }
+  /// What the user should hear: that columns with a number behind their names were taken, or what
+  /// became of the layer's coordinate system. Empty when there is nothing.
+  const std::string& Note() const { return note_; }
+  /// Whether the rows that were read have a decimal comma.
+  bool HasDecimalComma() const { return numbers_.Mark() == ','; }
+  /// Features whose columns say something else than their geometry, and by how much: empty when
+  /// there are none.
+  std::string StaleNote() const;
 
  private:
-  std::string ReadColumn(const Record& record, std::size_t axis, double& value) const;
+  void TakeChosen(const std::vector<std::string>& columns, const std::vector<std::string>& names);
+  bool TakeUsual(const std::vector<std::string>& columns);
+  void Take(std::size_t axis, std::size_t column);
+  [[noreturn]] void RefuseMissing(const std::vector<std::string>& columns) const;
+  std::size_t Needed() const { return fixedHeight_ ? 2 : 3; }
+
+  std::string ReadColumn(const Record& record, std::size_t axis, double& value);
   std::string ReadGeometry(const Record& record, std::array<double, 3>& point) const;
+  void CompareGeometry(const Record& record, const std::array<double, 3>& point);
+  bool IsAngle(std::size_t axis) const { return kind_ == CoordinateKind::geographic && axis < 2; }
   std::string CheckRange(std::size_t axis, double value) const;
 
   CoordinateKind kind_;
   std::optional<double> fixedHeight_;
-  bool fromGeometry_ = false;
   std::optional<LayerCrs> layerCrs_;
+  bool gon_, fromGeometry_ = false;
+  const PointSource& source_;
+  NumberReader numbers_;
   std::array<std::size_t, 3> columns_{};
   std::array<std::string, 3> names_;
+  std::string note_;
+
+  long long stale_ = 0;
+  std::string firstStale_;  // its place
 };
 
 }  // namespace geomath_tools

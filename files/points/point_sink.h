@@ -1,35 +1,47 @@
 #pragma once
 
-#include <array>
 #include <memory>
+#include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
 #include "files/points/point_source.h"
+#include "files/words/number_text.h"
 
 namespace geomath_tools {
 
 /// What became of one row: its position before and after, or nothing.
 struct Converted {
   bool done = false;
-  std::array<double, 3> result{};  ///< in the units of the result columns
-  double x = 0, y = 0, z = 0;      ///< the point geometry for formats that have one
+  std::span<const double> result{};  ///< in the units of the result columns
+  double x = 0, y = 0, z = 0;        ///< the point geometry for formats that have one
 };
 
-/// How result columns are written.
+/// A column of results: its name, and how it is written.
+struct ResultColumn {
+  std::string name;
+  int decimals = 4;                           ///< in text
+  std::optional<AngleKind> sexagesimal = {};  ///< degrees, as text in degrees, minutes, seconds
+};
+
+/// How results are written.
 struct ResultStyle {
-  std::array<std::string, 3> names;
-  std::array<int, 3> decimals;  ///< in text
-  std::string crs;              ///< of the point geometry, as CrsOf takes it; empty for none
+  std::vector<ResultColumn> columns;
+  std::string crs;  ///< of the point geometry, as CrsOf takes it; empty for none
 };
 
-/// Where converted rows go: every row of the source with all its columns, and three more.
+/// Where converted rows go: every row of the source with all its columns, and those of the results.
 class PointSink {
  public:
   virtual ~PointSink() = default;
-  /// Writes a row of the source; without result its three columns stay empty. Throws UserError
+  /// Writes a row of the source; without result their columns stay empty. Throws UserError
   /// when writing fails.
   virtual void Write(const Record& record, const Converted& converted) = 0;
+  /// Hands on what is still held back, to whom waits for it at the other end of a pipe.
+  virtual void Flush() {}
+  /// From here on, results are text with a decimal comma, as the columns of the source are.
+  virtual void UseDecimalComma() {}
   /// Writes out what is still held back and closes the file. Throws UserError when that fails.
   virtual void Close() = 0;
   /// What the format could not take as it is, for the user; complete after the last row.

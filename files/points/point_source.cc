@@ -34,10 +34,14 @@ bool IsCsvName(const std::string& path) {
   return suffix == ".csv" || suffix == ".tsv" || suffix == ".txt";
 }
 
-std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer) {
-  if (!IsCsvName(path)) return OpenFeatures(path, layer);
+std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer,
+                                        const std::vector<std::string>& names) {
+  if (!IsCsvName(path)) {
+    if (!names.empty()) throw UserError("--no-header: only a CSV file has none");
+    return OpenFeatures(path, layer);
+  }
   if (!layer.empty()) throw UserError("--layer: a CSV file has no layers");
-  return OpenCsv(path);
+  return OpenCsv(path, names);
 }
 
 }  // namespace geomath_tools

@@ -39,6 +39,8 @@ class PointSource {
   virtual std::string Place(const Record& record) const = 0;
   /// What is wrong with the row as such, for example too few fields; empty when nothing is.
   virtual std::string Problem(const Record& record) const;
+  /// Whether the next row is still to come, from a pipe or a terminal.
+  virtual bool WouldWait() const { return false; }
   /// How much has been read, from 0 to 1; negative when that cannot be known.
   virtual double Done() const = 0;
 
@@ -51,21 +53,25 @@ class PointSource {
   const std::string& Crs() const { return crs_; }
   /// The reader of a CSV file, null for other formats.
   virtual const CsvReader* Csv() const { return nullptr; }
-  /// The header of a CSV file as it stands there.
+  /// The header of a CSV file as it stands there, and what stands before it.
   const std::string& Header() const { return header_; }
+  /// Whether a header with names of columns stands in a CSV file.
+  bool HasHeader() const { return hasHeader_; }
   /// Whether the rows are features with a geometry.
   bool HasGeometry() const { return hasGeometry_; }
 
  protected:
   std::string name_, header_, crs_;
   std::vector<Column> columns_;
-  bool hasGeometry_ = false, hasIds_ = false;
+  bool hasHeader_ = false, hasGeometry_ = false, hasIds_ = false;
 };
 
 /// Opens a file, or standard input for "-" (CSV). Files named .csv, .tsv or .txt are CSV; every
 /// other file is opened by GDAL/OGR. `layer` chooses one of several layers; empty for the only one.
-/// Throws UserError when that fails.
-std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer);
+/// `names`, when there are any, are the columns of a CSV file without header. Throws UserError when
+/// that fails.
+std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer,
+                                        const std::vector<std::string>& names = {});
 
 /// Whether the name stands for a CSV file: "-", or one of those suffixes.
 bool IsCsvName(const std::string& path);

@@ -47,6 +47,10 @@ void TextOutput::Write(std::string_view text) {
   if (std::fwrite(text.data(), 1, text.size(), file_) != text.size()) Complain();
 }
 
+void TextOutput::Flush() {
+  if (std::fflush(file_) != 0) Complain();
+}
+
 void TextOutput::End() {
   std::FILE* file = std::exchange(file_, nullptr);
   if (file == stdout ? std::fflush(file) != 0 : std::fclose(file) != 0) Complain();

@@ -36,6 +36,8 @@ class TextOutput {
   TextOutput& operator=(const TextOutput&) = delete;
 
   void Write(std::string_view text);
+  /// Hands on what is still held back.
+  void Flush();
   /// Ends the writing and puts the file in its place.
   void Close() { Close({this}); }
   /// The same for several: their files come together or not at all.

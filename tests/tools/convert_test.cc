@@ -48,13 +48,13 @@ constexpr const char* kTp03Grid = "62015.2109,250357.8185,165.6607";
 
 TEST_F(Convert, AddsResultsAndLeavesOtherColumnsAlone) {
   Write("in.csv",
-        "id,remark, lat ,lon,LAT,h,lon2\n"
+        "id,remark,lat0,lon, LAT ,h,lon2\n"
         "007,\"a \"\"b\"\", c\",1,-4.10864563561,50.43885825610,215.251,1.50\n");
   const ProgramRun run = Run("in.csv -o out.csv");
   EXPECT_EQ(run.status, 0);
   EXPECT_EQ(run.err, "");
   EXPECT_EQ(Read("out.csv"),
-            "id,remark, lat ,lon,LAT,h,lon2,n,e,h_local\n"
+            "id,remark,lat0,lon, LAT ,h,lon2,n,e,h_local\n"
             "007,\"a \"\"b\"\", c\",1,-4.10864563561,50.43885825610,215.251,1.50," +
                 std::string(kTp03Grid) + "\n");
 }
@@ -153,7 +153,7 @@ TEST_F(Convert, WrongInputIsExplainedAndLeavesTheOutputAlone) {
   Write("good.csv", std::string(kHeader) + kTp03 + "\n");
   Write("empty.csv", "");
   Write("blank.csv", "\n\n");
-  Write("names.csv", "name,latitude,lon,h\n");
+  Write("names.csv", "name,lattitude,lon,h\n");
   Write("flat.csv", "lat,lon\n50,0\n");
   Write("binary.csv", std::string("PK\0\3\0", 5));
   Write("text.gpkg", "no database");
@@ -166,10 +166,10 @@ TEST_F(Convert, WrongInputIsExplainedAndLeavesTheOutputAlone) {
       {"absent.gpkg -o out.csv", {"absent.gpkg: cannot be read: No such file"}},
       {". -o out.csv", {"is a directory"}},
       {"empty.csv -o out.csv", {"empty.csv: is empty", "names of the columns"}},
-      {"blank.csv -o out.csv", {"blank.csv: the first line is blank"}},
+      {"blank.csv -o out.csv", {"blank.csv: is empty"}},
       {"binary.csv -o out.csv", {"binary.csv: is not a text file"}},
       {"text.gpkg -o out.csv", {"text.gpkg: is no point file"}},
-      {"names.csv -o out.csv", {"no column \"lat\"", "did you mean \"latitude\"", "--columns"}},
+      {"names.csv -o out.csv", {"no column \"lat\"", "did you mean \"lattitude\"", "--columns"}},
       {"good.csv -o out.csv --columns lat,lon,height", {"no column \"height\"", "\"h\""}},
       {"good.csv -o out.csv --columns lat", {"--columns", "names separated by commas"}},
       {"good.csv -o out.csv --inverse", {"no column \"n\"", "N,E,H"}},

@@ -56,7 +56,51 @@ TEST(CsvReader, SplitsFieldsAndKeepsRows) {
   EXPECT_EQ(Text("a,b\n1'2\",3\n4'5\",6\n").Rows(),
             (Rows{{"a", "b"}, {"1'2\"", "3"}, {"4'5\"", "6"}}));
   EXPECT_EQ(Text("").Rows(), Rows{});
-  EXPECT_EQ(Text("\n").Rows(), (Rows{{""}}));
+  EXPECT_EQ(Text("\n").Rows(), Rows{});
+  EXPECT_EQ(Text("a\n\nb\n").Rows(), (Rows{{"a"}, {""}, {"b"}}));
+}
+
+TEST(CsvReader, FindsTheSeparator) {
+  struct Case {
+    const char* text;
+    std::size_t fields;  // known, or 0
+    char separator;
+  };
+  constexpr Case cases[] = {
+      {"a;b,c;d\n", 0, ';'},
+      {"a|b\n", 0, '|'},
+      {"Point No,Lat Deg\n", 0, ','},
+      {"\"a;b;c\",d\n", 0, ','},
+      {"a  b\tc \n", 0, '\t'},
+      {"  a  b c\r\n", 0, ' '},
+      {"sep=|\na;b|c;d\n", 0, '|'},
+      // Rows without header, with decimal commas.
+      {"P1;5932000,12;3500000,45;12,5\n", 4, ';'},
+      {"P1 5932000,12 3500000,45 12,5\n", 4, ' '},
+      {"P 1, 5932000.12, 3500000.45, 12.5\n", 4, ','},
+      {"P1\t5932000,12\t3500000,45\t12,5\n", 4, '\t'},
+  };
+  for (const Case& c : cases) {
+    std::unique_ptr<std::FILE, Close> file(std::tmpfile());
+    std::fputs(c.text, file.get());
+    std::rewind(file.get());
+    EXPECT_EQ(CsvReader(file.get(), "test.csv", c.fields).Separator(), c.separator) << c.text;
+  }
+}
+
+TEST(CsvReader, TakesRunsOfBlanksAsOneSeparator) {
+  EXPECT_EQ(Text("a  b c\n  1 \t2   3  \r\n\"x y\" \"\" 4\n   \n").Rows(),
+            (Rows{{"a", "b", "c"}, {"1", "2", "3"}, {"x y", "", "4"}, {}}));
+}
+
+TEST(CsvReader, KeepsWhatStandsBeforeTheFirstRow) {
+  Text text("\xEF\xBB\xBFsep=;\r\n# made by hand, \"today\r\n\r\na;b,c\r\n1;2\r\n");
+  EXPECT_EQ(text.reader->Preamble(), "sep=;\r\n# made by hand, \"today\r\n\r\n");
+  EXPECT_EQ(text.reader->LineEnd(), "\r\n");
+  CsvRow row;
+  ASSERT_TRUE(text.reader->Next(row));
+  EXPECT_EQ(row.line, 4);
+  EXPECT_EQ(row.fields.size(), 2u);
 }
 
 TEST(CsvReader, CountsLinesAcrossQuotedOnesAndBuffers) {
