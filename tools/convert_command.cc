@@ -2,15 +2,22 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "files/points/point_sink.h"
+#include "files/points/point_source.h"
 #include "files/system/system_file.h"
+#include "files/words/name_match.h"
+#include "files/words/number_text.h"
+#include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "tools/grid_factors.h"
+#include "tools/position.h"
 #include "tools/row_loop.h"
 
 using namespace zel_cs::geomath;
@@ -19,24 +26,57 @@ namespace geomath_tools {
 namespace {
 
 struct ConvertOptions {
-  std::string system;
+  std::string system, angles = "degrees";
+  std::vector<std::string> input;  // a file, or a position as typed
   PointOptions points;
+  std::vector<std::string> with;  // further columns
   bool inverse = false;
   int decimals = 4;
 };
 
+constexpr double kGonPerDegree = 10.0 / 9;
+
 // Of an angle in degrees: 1e-6 of a degree is 0.1 m or less, so that these figures show at least
 // what the chosen decimals of a metre show.
 constexpr int kMoreDecimalsForDegrees = 6;
+constexpr int kMoreDecimalsForSeconds = 2;  // a second is 31 m or less
+
+// Further columns: what they are called, and how they are written.
+struct Extra {
+  ResultColumn column;
+  double unit;  // of the column, in that of GridFactors
+  const std::vector<double>& (GridFactors::*values)() const;
+};
+const Extra kExtras[] = {
+    {{"scale", 9, ""}, 1, &GridFactors::Scale},
+    {{"convergence", 8, "deg"}, kDegPerRad, &GridFactors::Convergence},
+    {{"combined", 9, ""}, 1, &GridFactors::Combined},
+};
+
+const Extra& FindExtra(const std::string& name) {
+  std::vector<std::string> known;
+  for (const Extra& extra : kExtras) {
+    if (extra.column.name == name) return extra;
+    known.push_back(extra.column.name);
+  }
+  throw UserError(fmt::format("--with: there is no column \"{}\"; {}", Printable(name),
+                              SuggestName(name, known)));
+}
 
 // Converts the rows of a block together.
 class Conversion {
  public:
-  Conversion(const CoordinateSystem& system, bool inverse)
+  Conversion(const CoordinateSystem& system, bool inverse, double angleUnit,
+             std::vector<const Extra*> extras)
       : chain_(system.Chain()),
         inverse_(inverse),
+        angleUnit_(angleUnit),
         given_(inverse ? system.Grid() : system.Geographic()),
-        results_(inverse ? system.Geographic() : system.Grid()) {}
+        results_(inverse ? system.Geographic() : system.Grid()),
+        geographic_(system.Geographic()),
+        area_(system.Area()),
+        extras_(std::move(extras)),
+        factors_(system) {}
 
   void operator()(RowBlock& block) {
     const std::size_t count = block.count;
@@ -49,16 +89,37 @@ class Conversion {
       chain_.ToLocalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
     Copy(block.result, inverse_ ? kDegPerRad : 1, results_, block.result, count);
     for (std::size_t i = 0; i < count; ++i) {
-      if (block.problems[i].empty() && failed_[i] != ChainStep::none)
-        block.problems[i] = fmt::format("{} cannot convert this point", ChainStepName(failed_[i]));
+      std::string& problem = block.problems[i];
+      if (problem.empty() && failed_[i] != ChainStep::none)
+        problem = fmt::format("{} cannot convert this point", ChainStepName(failed_[i]));
+      if (problem.empty() && inverse_ &&
+          !AngleRangeProblem(second[i], AngleKind::longitude).empty())
+        problem =
+            fmt::format("it lies beyond the map: its longitude would be {:.0f} degrees", second[i]);
+    }
+    const auto latitudes = inverse_ ? first : block.given[0];
+    const auto longitudes = inverse_ ? second : block.given[1];
+    AddExtras(latitudes, longitudes, inverse_ ? height : block.given[2], block);
+    CheckArea(latitudes, longitudes, block);
+    if (inverse_ && angleUnit_ != 1) {
+      for (std::size_t i = 0; i < count; ++i) first[i] *= angleUnit_, second[i] *= angleUnit_;
     }
   }
 
+  // About the points of all blocks.
+  std::string Warning() const {
+    if (outside_ == 0) return {};
+    return fmt::format("{} point{} outside the area that the system is made for, the first at {}",
+                       outside_, outside_ > 1 ? "s lie" : " lies", firstOutside_);
+  }
+
  private:
+  using Column = std::vector<double>;
+
   // Between north first and the order of the axes, which is the same exchange both ways.
   template <class From>
-  static void Copy(const From& from, double unit, AxisPair axes,
-                   std::vector<std::vector<double>>& to, std::size_t count) {
+  static void Copy(const From& from, double unit, AxisPair axes, std::vector<Column>& to,
+                   std::size_t count) {
     const std::size_t north = axes.northFirst ? 0 : 1;
     for (std::size_t i = 0; i < count; ++i) {
       const double first = from[north][i] * unit, second = from[1 - north][i] * unit;
@@ -68,24 +129,79 @@ class Conversion {
     }
   }
 
+  void AddExtras(const Column& latitudes, const Column& longitudes, const Column& heights,
+                 RowBlock& block) {
+    if (extras_.empty()) return;
+    b_.resize(block.count);
+    l_.resize(block.count);
+    for (std::size_t i = 0; i < block.count; ++i) {
+      b_[i] = latitudes[i] * kRadPerDeg;
+      l_[i] = longitudes[i] * kRadPerDeg;
+    }
+    factors_.Compute(b_.data(), l_.data(), heights.data(), block.count);
+    for (std::size_t k = 0; k < extras_.size(); ++k) {
+      const Column& values = (factors_.*extras_[k]->values)();
+      for (std::size_t i = 0; i < block.count; ++i)
+        block.result[3 + k][i] = values[i] * extras_[k]->unit;
+    }
+  }
+
+  void CheckArea(const Column& latitudes, const Column& longitudes, const RowBlock& block) {
+    if (!area_) return;
+    for (std::size_t i = 0; i < block.count; ++i) {
+      const double latitude = geographic_.north * latitudes[i];
+      const double longitude = geographic_.east * longitudes[i];
+      if (!block.problems[i].empty() || area_->Contains(latitude, longitude)) continue;
+      if (outside_++ == 0) firstOutside_ = fmt::format("{:.4f} {:.4f}", latitude, longitude);
+    }
+  }
+
   const CoordinateChain& chain_;
   bool inverse_;
-  AxisPair given_, results_;
+  double angleUnit_;  // of the results, in a degree
+  AxisPair given_, results_, geographic_;
+  std::optional<GeoBox> area_;
+  std::vector<const Extra*> extras_;
+  GridFactors factors_;
   std::vector<ChainStep> failed_;
+  Column b_, l_;  // radians
+  long long outside_ = 0;
+  std::string firstOutside_;
 };
 
-int Convert(const ConvertOptions& options) {
-  const auto system = ReadSystemFile(options.system);
+ResultStyle ResultsOf(const ConvertOptions& options) {
   const int metres = options.decimals, degrees = metres + kMoreDecimalsForDegrees;
+  if (!options.inverse) return {{"n", metres}, {"e", metres}, {"h_local", metres}};
+  ResultStyle style = {{"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
+  if (options.angles == "gon") {
+    style[0] = {"lat_gon", degrees, "gon"};
+    style[1] = {"lon_gon", degrees, "gon"};
+  } else if (options.angles == "dms") {
+    style[0] = {"lat", metres + kMoreDecimalsForSeconds, "", AngleKind::latitude};
+    style[1] = {"lon", metres + kMoreDecimalsForSeconds, "", AngleKind::longitude};
+  }
+  return style;
+}
+
+int Convert(ConvertOptions options) {
+  const auto system = ReadSystemFile(options.system);
+  const bool gon = options.angles == "gon", isFile = options.input.size() == 1;
+  options.points.gon = gon && !options.inverse;
+  if (isFile) {
+    options.points.input = options.input.front();
+    if (options.points.output.empty()) throw UserError("name the output with --output FILE");
+    if (gon && options.inverse && !IsCsvName(options.points.output))
+      throw UserError("--angles gon: only CSV holds gons; other formats hold degrees");
+  }
   RowJob job;
   job.failure = "not converted";
   job.failures = "could not be converted";
-  if (options.inverse) {
-    job.given = CoordinateKind::grid;
-    job.results = {{"lat", degrees}, {"lon", degrees}, {"h_global", metres}};
-  } else {
-    job.given = CoordinateKind::geographic;
-    job.results = {{"n", metres}, {"e", metres}, {"h_local", metres}};
+  job.given = options.inverse ? CoordinateKind::grid : CoordinateKind::geographic;
+  job.results = ResultsOf(options);
+  std::vector<const Extra*> extras;
+  for (const std::string& name : options.with) {
+    extras.push_back(&FindExtra(name));
+    job.results.push_back(extras.back()->column);
   }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
   const std::string& positions = system->GeographicCrs();
@@ -93,8 +209,10 @@ int Convert(const ConvertOptions& options) {
   job.placeCrs = job.placedByResult && !options.inverse ? system->GridCrs() : positions;
   job.files = system->Files();
   job.files.push_back(options.system);
-  job.work = Conversion(*system, options.inverse);
-  return RunRows(options.points, job);
+  Conversion conversion(*system, options.inverse, gon ? kGonPerDegree : 1, std::move(extras));
+  job.work = std::ref(conversion);
+  job.warning = [&conversion] { return conversion.Warning(); };
+  return isFile ? RunRows(options.points, job) : RunPosition(options.input, options.points, job);
 }
 
 }  // namespace
@@ -111,20 +229,33 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       .add_option("--system", options->system, "JSON file that describes the coordinate system")
       ->required();
   arguments
-      .add_option("INPUT", options->points.input,
-                  "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input")
-      ->required();
-  arguments
-      .add_option("-o,--output", options->points.output,
-                  "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "
-                  "on standard output")
-      ->required();
+      .add_option(
+          "INPUT", options->input,
+          "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input. Or a "
+          "position: LAT LON [HEIGHT], with --inverse N E [HEIGHT]")
+      ->required()
+      ->expected(1, 3);
+  arguments.add_option("-o,--output", options->points.output,
+                       "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "
+                       "on standard output");
   arguments.add_flag("--inverse", options->inverse, "from local to global coordinates");
   AddPointOptions(arguments, options->points, "lat,lon,h (--inverse: n,e,h_local or n,e,h)");
   arguments
       .add_option("--decimals", options->decimals,
                   "decimals of metres in CSV output, default 4; degrees get 6 more")
       ->check(CLI::Range(0, 9));
+  arguments
+      .add_option(
+          "--angles", options->angles,
+          "latitudes and longitudes: degrees (the default), dms (degrees minutes seconds) or "
+          "gon, in columns lat_gon and lon_gon")
+      ->check(CLI::IsMember({"degrees", "dms", "gon"}));
+  arguments
+      .add_option(
+          "--with", options->with,
+          "further columns, separated by commas: scale, convergence, combined (the combined "
+          "factor)")
+      ->delimiter(',');
   return [options] { return Convert(*options); };
 }
 

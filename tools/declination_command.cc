@@ -14,7 +14,6 @@
 #include "files/models/magnetic_file.h"
 #include "files/models/raster_grid.h"
 #include "files/words/name_match.h"
-#include "files/words/number_text.h"
 #include "files/words/output_file.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
@@ -22,6 +21,7 @@
 #include "geomath/platform/read_number.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
+#include "tools/position.h"
 #include "tools/progress.h"
 #include "tools/row_loop.h"
 
@@ -76,18 +76,6 @@ class ZoneCount {
   std::array<long long, 3> counts_{};
 };
 
-double HeightOf(const std::string& text) {
-  const ParsedNumber height = ParseNumber(text);
-  if (!height) throw UserError("HEIGHT: " + height.problem);
-  return height.value * kKilometre;
-}
-
-double AngleOf(const char* name, const std::string& text, AngleKind kind) {
-  const ParsedNumber angle = ParseAngle(text, kind);
-  if (!angle) throw UserError(fmt::format("{}: {}", name, angle.problem));
-  return angle.value;
-}
-
 // One line of the report: value, yearly change and, where the publisher states one, uncertainty.
 void PrintElement(const char* name, double value, double change, const char* unit,
                   const std::optional<double>& uncertainty) {
@@ -98,18 +86,10 @@ void PrintElement(const char* name, double value, double change, const char* uni
   fmt::print("\n");
 }
 
-struct Place {
-  double latitude, longitude, height;
-};
-
-Place PlaceOf(const DeclinationOptions& options) {
-  return {AngleOf("LAT", options.point[0], AngleKind::latitude),
-          AngleOf("LON", options.point[1], AngleKind::longitude),
-          options.point.size() > 2 ? HeightOf(options.point[2]) : 0};
-}
-
 int RunPoint(const DeclinationOptions& options) {
-  const auto [latitude, longitude, height] = PlaceOf(options);
+  const auto [latitude, longitude, metres] =
+      ReadPosition(options.point, CoordinateKind::geographic);
+  const double height = metres * kKilometre;
   const MagneticField field = FieldOf(options);
   const auto [at, change] = field.At(latitude, longitude, height);
   if (const CompassZone zone = CompassZoneOf(at.h); zone != CompassZone::sound)
@@ -162,7 +142,9 @@ std::array<int, 3> YearsOf(const std::string& text) {
 
 // The field at one place at the beginning of each year.
 int RunYears(const DeclinationOptions& options) {
-  const auto [latitude, longitude, height] = PlaceOf(options);
+  const auto [latitude, longitude, metres] =
+      ReadPosition(options.point, CoordinateKind::geographic);
+  const double height = metres * kKilometre;
   const auto [first, last, step] = YearsOf(options.years);
   const auto models = OpenMagneticModels(options.model);
   WarnOfYears(options, models, first, std::to_string(first));
@@ -186,7 +168,7 @@ int RunFile(const DeclinationOptions& options) {
   const MagneticField field = FieldOf(options);
   RowJob job;
   job.givenCrs = job.placeCrs = "EPSG:4326";
-  job.results = {{"declination", 6}, {"inclination", 6}, {"total_nt", 2}};
+  job.results = {{"declination", 6, "deg"}, {"inclination", 6, "deg"}, {"total_nt", 2, "nT"}};
   job.failure = "no field";
   job.failures = "have no field";
   ZoneCount zones;

@@ -22,6 +22,7 @@
 #include "geomath/geoid/geoid_status.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
+#include "tools/position.h"
 #include "tools/progress.h"
 #include "tools/row_loop.h"
 
@@ -32,6 +33,7 @@ namespace {
 
 struct GeoidOptions {
   GeoidChoice choice;
+  std::vector<std::string> input;  // a file, or a position as typed
   PointOptions points;
   std::vector<double> extent;  // south, west, north, east, degrees
   double step = 0;             // degrees
@@ -60,7 +62,8 @@ int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
         rows.problems[i] = "the geoid has no height at this point";
     }
   };
-  return RunRows(options.points, job);
+  return options.input.size() > 1 ? RunPosition(options.input, options.points, job)
+                                  : RunRows(options.points, job);
 }
 
 NodeGrid GridOf(const GeoidOptions& options) {
@@ -159,11 +162,13 @@ int RunGrid(const GeoidOptions& options, const GeoidHeight& geoid) {
   return whole ? kExitDone : kExitSomeFailed;
 }
 
-int RunGeoid(const GeoidOptions& options) {
-  const bool asGrid = !options.extent.empty();
-  if (asGrid == !options.points.input.empty())
-    throw UserError("give a file of points, or --extent with --step: one of them");
-  if (options.points.output.empty()) throw UserError("name the output with --output FILE");
+int RunGeoid(GeoidOptions options) {
+  const bool asGrid = !options.extent.empty(), isPosition = options.input.size() > 1;
+  if (asGrid == !options.input.empty())
+    throw UserError("give a file of points, or a position, or --extent with --step: one of them");
+  if (options.points.output.empty() && !isPosition)
+    throw UserError("name the output with --output FILE");
+  if (options.input.size() == 1) options.points.input = options.input.front();
   const GeoidChoice& choice = options.choice;
   RefuseOverwriting({choice.grid, choice.model, choice.correction}, {options.points.output});
   const auto geoid = OpenGeoid(choice);
@@ -196,9 +201,12 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
                        "coefficients of the height-anomaly correction in centimetres, for --model");
   arguments.add_flag("--subtract-normal-field", choice.subtractNormalField,
                      "take the even zonal terms of WGS84 from the coefficients");
-  arguments.add_option(
-      "POINTS", options->points.input,
-      "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");
+  arguments
+      .add_option(
+          "POINTS", options->input,
+          "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input. Or a "
+          "position: LAT LON [HEIGHT]")
+      ->expected(0, 3);
   arguments.add_option("-o,--output", options->points.output,
                        "output for POINTS (.csv, .geojson, .gpkg, .shp) or --extent (.tif, .csv), "
                        "replaced if it exists; - for CSV on standard output");

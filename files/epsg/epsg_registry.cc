@@ -4,15 +4,12 @@
 #include <proj.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstring>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
-#include "geomath/base/angle.h"
 
 using nlohmann::json;
-using zel_cs::geomath::kRadPerDeg;
 
 namespace geomath_tools {
 namespace {
@@ -30,21 +27,6 @@ struct Destroy {
 };
 template <class T>
 using Owned = std::unique_ptr<T, Destroy>;
-
-double Width(const GeoBox& box) {
-  return box.east >= box.west ? box.east - box.west : box.east - box.west + 360;
-}
-
-// Degrees of longitude that two boxes share.
-double SharedWidth(const GeoBox& a, const GeoBox& b) {
-  double shared = 0;
-  for (const double turn : {-360.0, 0.0, 360.0}) {
-    const double west = std::max(a.west, b.west + turn);
-    const double east = std::min(a.west + Width(a), b.west + Width(b) + turn);
-    shared += std::max(0.0, east - west);
-  }
-  return std::min(shared, 360.0);
-}
 
 // "INVERSE(EPSG)" is the authority of a transformation that PROJ has turned round.
 std::string CodeOf(const PJ* object) {
@@ -71,21 +53,6 @@ json DocumentOf(PJ_CONTEXT* context, const PJ* object) {
 }
 
 }  // namespace
-
-bool GeoBox::Contains(double latitude, double longitude) const {
-  const double beyondWest = std::remainder(longitude - west - 180, 360) + 180;  // 0 to 360
-  return latitude >= south && latitude <= north && beyondWest <= Width(*this);
-}
-
-double GeoBox::CoveredBy(const GeoBox& other) const {
-  const auto zone = [](double from, double to) {
-    return std::max(0.0, std::sin(to * kRadPerDeg) - std::sin(from * kRadPerDeg));
-  };
-  const double whole = zone(south, north) * Width(*this);
-  const double shared =
-      zone(std::max(south, other.south), std::min(north, other.north)) * SharedWidth(*this, other);
-  return whole > 0 ? shared / whole : 0;
-}
 
 struct EpsgRegistry::Context {
   PJ_CONTEXT* pj = proj_context_create();

@@ -170,6 +170,9 @@ class SystemMaker {
     NoteDeprecation();
     // The first entries of the file; the description is told at the end.
     system_.document = {{"name", chosen_.crs.name}, {"description", ""}};
+    const GeoBox& area = chosen_.crs.area;
+    system_.document["area"] = {
+        {"west", area.west}, {"south", area.south}, {"east", area.east}, {"north", area.north}};
     description_ = fmt::format("EPSG:{} of {}", chosen_.crs.code, registry_.Version());
     if (chosen_.IsProjected()) {
       AddProjected(ProjectionOf(chosen_.crs.document, chosen_.Title()));

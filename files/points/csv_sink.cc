@@ -77,11 +77,7 @@ class CsvSink : public PointSink {
   }
 
   std::string Text(double value, const ResultColumn& column) const {
-    std::string text = column.sexagesimal
-                           ? SexagesimalText(value, *column.sexagesimal, column.decimals)
-                           : fmt::format("{:.{}f}", value, column.decimals);
-    if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos)
-      text.erase(0, 1);  // no zero below zero
+    std::string text = ResultText(value, column);
     if (decimalComma_) std::replace(text.begin(), text.end(), '.', ',');
     return text;
   }

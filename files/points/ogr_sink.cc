@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <filesystem>
 #include <string_view>
 #include <utility>
@@ -113,8 +114,8 @@ class OgrSink : public PointSink {
 
   static void SetResult(OGRFeature& to, int field, const ResultColumn& column, double value) {
     if (column.sexagesimal)
-      to.SetField(field, SexagesimalText(value, *column.sexagesimal, column.decimals).c_str());
-    else
+      to.SetField(field, ResultText(value, column).c_str());
+    else if (!std::isnan(value))
       to.SetField(field, value);
   }
 

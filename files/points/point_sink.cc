@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <string_view>
 
 #include "files/points/csv_sink.h"
@@ -32,6 +33,15 @@ const Format* FindFormat(const std::string& path) {
 }
 
 }  // namespace
+
+std::string ResultText(double value, const ResultColumn& column) {
+  if (std::isnan(value)) return {};
+  if (column.sexagesimal) return SexagesimalText(value, *column.sexagesimal, column.decimals);
+  std::string text = fmt::format("{:.{}f}", value, column.decimals);
+  if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos)
+    text.erase(0, 1);  // no zero below zero
+  return text;
+}
 
 bool IsGeoJsonName(const std::string& path) {
   const Format* format = FindFormat(path);

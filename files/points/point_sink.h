@@ -21,9 +21,12 @@ struct Converted {
 /// A column of results: its name, and how it is written.
 struct ResultColumn {
   std::string name;
-  int decimals = 4;                           ///< in text
+  int decimals = 4;  ///< in text
+  const char* unit = "m";
   std::optional<AngleKind> sexagesimal = {};  ///< degrees, as text in degrees, minutes, seconds
 };
+/// A result as text; empty for NaN, which a column may have where others have a value.
+std::string ResultText(double value, const ResultColumn& column);
 
 /// How results are written.
 struct ResultStyle {

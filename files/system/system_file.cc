@@ -4,9 +4,11 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
+#include <string_view>
 #include <vector>
 
 #include "files/system/json_section.h"
@@ -33,13 +35,14 @@ class SystemReader {
 
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
     const JsonSection top(file_, "", root,
-                          {"name", "description", "global", "local", "datum", "projection", "axes",
-                           "crs", "geoid", "localization", "ground"});
+                          {"name", "description", "area", "global", "local", "datum", "projection",
+                           "axes", "crs", "geoid", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
     auto system = std::make_unique<CoordinateSystem>();
     if (top.Has("name")) system->name_ = top.Text("name", "a text");
+    if (top.Has("area")) ReadArea(top, *system);
     ReadEllipsoids(top, *system);
     if (top.Has("datum")) ReadDatumAt(top, *system);
     if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);
@@ -91,6 +94,19 @@ class SystemReader {
     const json& object = top.Object("projection");
     system.named_ = ReadProjection({file_, "projection", object, KeySpelling::folded},
                                    system.local_.a, system.local_.invF);
+  }
+
+  void ReadArea(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(file_, "area", top.Object("area"),
+                              {"west", "south", "east", "north"});
+    const auto side = [&](const char* key, double limit) {
+      const double degrees = section.Number(key, "decimal degrees");
+      if (std::abs(degrees) > limit)
+        section.Fail(key, fmt::format("is outside -{} to {} degrees", limit, limit));
+      return degrees;
+    };
+    system.area_ = {side("west", 180), side("south", 90), side("east", 180), side("north", 90)};
+    if (system.area_->south > system.area_->north) section.Fail("south", "is north of \"north\"");
   }
 
   void ReadAxes(const JsonSection& top, CoordinateSystem& system) const {

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "files/models/geoid_file.h"
+#include "files/system/geo_box.h"
 #include "files/system/system_sections.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
@@ -44,6 +45,8 @@ class CoordinateSystem {
   const std::vector<std::string>& Files() const { return files_; }
   AxisPair Geographic() const { return geographic_; }
   AxisPair Grid() const { return grid_; }
+  /// Where the system is meant to be used; nothing when the file does not say it.
+  const std::optional<GeoBox>& Area() const { return area_; }
 
  private:
   friend class SystemReader;
@@ -59,6 +62,7 @@ class CoordinateSystem {
   std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;
   AxisPair geographic_, grid_;
+  std::optional<GeoBox> area_;
 };
 
 /// Whether a system must have a projection.

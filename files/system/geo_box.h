@@ -1,0 +1,14 @@
+#pragma once
+
+namespace geomath_tools {
+
+/// A box of latitudes and longitudes, degrees; `west` above `east` where it crosses the date line.
+struct GeoBox {
+  double west = -180, south = -90, east = 180, north = 90;
+
+  bool Contains(double latitude, double longitude) const;
+  /// The part of this box's surface that the other one covers, 0 to 1.
+  double CoveredBy(const GeoBox& other) const;
+};
+
+}  // namespace geomath_tools

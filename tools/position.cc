@@ -1,0 +1,59 @@
+#include "tools/position.h"
+
+#include <fmt/format.h>
+
+#include <cstdio>
+
+#include "files/words/user_error.h"
+#include "tools/exit_status.h"
+
+namespace geomath_tools {
+
+std::array<double, 3> ReadPosition(const std::vector<std::string>& texts, CoordinateKind kind,
+                                   bool gon) {
+  constexpr double kDegreesPerGon = 0.9;
+  constexpr const char* names[2][3] = {{"N", "E", "HEIGHT"}, {"LAT", "LON", "HEIGHT"}};
+  const bool geographic = kind == CoordinateKind::geographic;
+  std::array<double, 3> position{};
+  for (std::size_t axis = 0; axis < texts.size() && axis < position.size(); ++axis) {
+    const AngleKind angle = axis == 0 ? AngleKind::latitude : AngleKind::longitude;
+    const bool isAngle = geographic && axis < 2;
+    ParsedNumber number =
+        isAngle && !gon ? ParseAngle(texts[axis], angle) : ParseNumber(texts[axis]);
+    if (isAngle && gon && number) {
+      number.value *= kDegreesPerGon;
+      number.problem = AngleRangeProblem(number.value, angle);
+    }
+    if (!number) throw UserError(fmt::format("{}: {}", names[geographic][axis], number.problem));
+    position[axis] = number.value;
+  }
+  return position;
+}
+
+int RunPosition(const std::vector<std::string>& texts, const PointOptions& options,
+                const RowJob& job) {
+  if (!options.output.empty())
+    throw UserError("--output: one position is printed; only a file of points has an output");
+  if (texts.size() == 3 && options.fixedHeight)
+    throw UserError("--fixed-height: the position has a height too; give one of them");
+  std::array<double, 3> position = ReadPosition(texts, job.given, options.gon);
+  if (options.fixedHeight) position[2] = *options.fixedHeight;
+  RowBlock block;
+  block.count = 1;
+  for (std::size_t axis = 0; axis < 3; ++axis) block.given[axis] = {position[axis]};
+  block.result.assign(job.results.size(), {0});
+  block.problems.resize(1);
+  job.work(block);
+  if (!block.problems[0].empty()) {
+    std::fprintf(stderr, "geomath: %s: %s\n", job.failure, block.problems[0].c_str());
+    return kExitSomeFailed;
+  }
+  for (std::size_t i = 0; i < job.results.size(); ++i)
+    fmt::print("{:<12}{:>24} {}\n", job.results[i].name,
+               ResultText(block.result[i][0], job.results[i]), job.results[i].unit);
+  const std::string warning = job.warning ? job.warning() : "";
+  if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());
+  return kExitDone;
+}
+
+}  // namespace geomath_tools
