@@ -49,8 +49,9 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
     return kExitSomeFailed;
   }
   for (std::size_t i = 0; i < job.results.size(); ++i)
-    fmt::print("{:<12}{:>24} {}\n", job.results[i].name,
-               ResultText(block.result[i][0], job.results[i]), job.results[i].unit);
+    fmt::print("{:<12}{:>24}{}{}\n", job.results[i].name,
+               ResultText(block.result[i][0], job.results[i]), *job.results[i].unit ? " " : "",
+               job.results[i].unit);
   const std::string warning = job.warning ? job.warning() : "";
   if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());
   return kExitDone;

@@ -18,7 +18,7 @@ namespace geomath_tools {
 namespace {
 
 struct SystemOptions {
-  std::string code, output, operation, near;
+  std::string code, find, output, operation, near;
   bool list = false, noDatum = false;
 };
 
@@ -48,7 +48,22 @@ std::optional<Position> PositionOf(const std::string& text) {
   return Position{read(parts[0], AngleKind::latitude), read(parts[1], AngleKind::longitude)};
 }
 
+// The place of --find when its text is one.
+std::optional<Position> PlaceIn(const std::string& text) {
+  const auto parts = CLI::detail::split(text, ',');
+  if (parts.size() != 2) return std::nullopt;
+  const ParsedNumber latitude = ParseAngle(parts[0], AngleKind::latitude);
+  const ParsedNumber longitude = ParseAngle(parts[1], AngleKind::longitude);
+  if (!latitude || !longitude) return std::nullopt;
+  return Position{latitude.value, longitude.value};
+}
+
 int MakeSystem(const SystemOptions& options) {
+  if (!options.find.empty()) {
+    std::fputs(FindEpsgSystems(options.find, PlaceIn(options.find)).c_str(), stdout);
+    return kExitDone;
+  }
+  if (options.code.empty()) throw UserError("give --epsg CODE; --find PLACE|NAME finds one");
   const std::string code = CodeOf("--epsg", options.code);
   DatumWish wish{options.noDatum, {}, PositionOf(options.near)};
   if (!options.operation.empty()) wish.operation = CodeOf("--operation", options.operation);
@@ -76,8 +91,13 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
       "84:\n"
       "the one that covers the system's area, and of these the most accurate. Standard error says\n"
       "which. Coordinates are metres whatever unit the registry has.");
-  arguments.add_option("--epsg", options->code, "code of the system: 27700 or EPSG:27700")
-      ->required();
+  auto* code =
+      arguments.add_option("--epsg", options->code, "code of the system: 27700 or EPSG:27700");
+  arguments
+      .add_option("--find", options->find,
+                  "only list the projected systems at a place, LAT,LON, or of a name: \"lower "
+                  "saxony\"")
+      ->excludes(code);
   arguments.add_option("-o,--output", options->output,
                        "system file, replaced if it exists; - for standard output");
   auto* operation = arguments.add_option("--operation", options->operation,

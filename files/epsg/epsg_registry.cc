@@ -105,6 +105,28 @@ RegisteredCrs EpsgRegistry::Crs(const std::string& code) const {
   return found;
 }
 
+std::vector<ListedCrs> EpsgRegistry::ProjectedSystems() const {
+  struct DestroyList {
+    void operator()(PROJ_CRS_INFO** list) const { proj_crs_info_list_destroy(list); }
+  };
+  int count = 0;
+  const std::unique_ptr<PROJ_CRS_INFO*, DestroyList> list(
+      proj_get_crs_info_list_from_database(context_->pj, kAuthority, nullptr, &count));
+  std::vector<ListedCrs> systems;
+  for (int i = 0; i < count; ++i) {
+    const PROJ_CRS_INFO& row = *list.get()[i];
+    if (row.type != PJ_TYPE_PROJECTED_CRS || row.deprecated) continue;
+    ListedCrs& system = systems.emplace_back();
+    system.code = row.code;
+    system.name = row.name;
+    system.areaName = row.area_name ? row.area_name : "";
+    if (row.bbox_valid)
+      system.area = {row.west_lon_degree, row.south_lat_degree, row.east_lon_degree,
+                     row.north_lat_degree};
+  }
+  return systems;
+}
+
 std::vector<RegisteredOperation> EpsgRegistry::OperationsToWgs84(const std::string& code,
                                                                  const GeoBox& box) const {
   PJ_CONTEXT* pj = context_->pj;

@@ -19,6 +19,12 @@ struct RegisteredCrs {
   std::string horizontal;               ///< code, of the first part of a compound one
 };
 
+/// A line of the registry's list of systems.
+struct ListedCrs {
+  std::string code, name, areaName;
+  GeoBox area;  ///< of use
+};
+
 /// A transformation between two geographic systems as the registry has it.
 struct RegisteredOperation {
   std::string code;  ///< "1314"; empty for one that is put together from several
@@ -40,6 +46,8 @@ class EpsgRegistry {
   std::string Version() const;
   /// Throws UserError for a code that is none of a coordinate reference system.
   RegisteredCrs Crs(const std::string& code) const;
+  /// All projected systems that are not deprecated.
+  std::vector<ListedCrs> ProjectedSystems() const;
   /// What leads from a geographic system to WGS 84 somewhere in the box, superseded and deprecated
   /// transformations left out, in PROJ's order of preference.
   std::vector<RegisteredOperation> OperationsToWgs84(const std::string& code,

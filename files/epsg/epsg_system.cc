@@ -4,12 +4,15 @@
 
 #include <algorithm>
 #include <cmath>
+#include <iterator>
+#include <sstream>
 
 #include "files/epsg/epsg_datum.h"
 #include "files/epsg/epsg_projection.h"
 #include "files/epsg/epsg_registry.h"
 #include "files/epsg/projjson.h"
 #include "files/system/ellipsoid_names.h"
+#include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -282,6 +285,30 @@ EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish) {
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish) {
   const EpsgRegistry registry;
   return ListText(FindCandidates(registry, Choose(registry, code), wish));
+}
+
+std::string FindEpsgSystems(const std::string& words, const std::optional<Position>& place) {
+  std::istringstream stream(LowerCase(words));
+  const std::vector<std::string> wanted{std::istream_iterator<std::string>(stream), {}};
+  std::vector<ListedCrs> found;
+  for (ListedCrs& each : EpsgRegistry().ProjectedSystems()) {
+    const std::string text = LowerCase(each.name + " " + each.areaName);
+    const bool fits = place ? each.area.Contains(place->latitude, place->longitude)
+                            : std::all_of(wanted.begin(), wanted.end(), [&](const auto& word) {
+                                return text.find(word) != std::string::npos;
+                              });
+    if (fits) found.push_back(std::move(each));
+  }
+  if (found.empty())
+    throw UserError(fmt::format(
+        "\"{}\": no projected system of the registry is of that name or place", Printable(words)));
+  std::stable_sort(found.begin(), found.end(), [](const ListedCrs& a, const ListedCrs& b) {
+    return a.area.Surface() < b.area.Surface();
+  });
+  std::string text;
+  for (const ListedCrs& each : found)
+    text += fmt::format("EPSG:{} {}\n    {}\n", each.code, each.name, each.areaName);
+  return text;
 }
 
 }  // namespace geomath_tools

@@ -28,6 +28,11 @@ struct EpsgSystem {
 /// such system, or where a system file cannot hold its projection or the transformation.
 EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish);
 
+/// The projected systems of the registry whose name and area hold all of the words, in any letter
+/// case, or whose area of use holds the place: as text, that of the smallest area first. Throws
+/// UserError when there is none.
+std::string FindEpsgSystems(const std::string& words, const std::optional<Position>& place);
+
 /// The transformations from the system's datum to WGS 84 as text, best first.
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish);
 

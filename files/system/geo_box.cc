@@ -25,6 +25,11 @@ double SharedWidth(const GeoBox& a, const GeoBox& b) {
   return std::min(shared, 360.0);
 }
 
+// Of the area between two parallels, for a width of 1.
+double Zone(double from, double to) {
+  return std::max(0.0, std::sin(to * kRadPerDeg) - std::sin(from * kRadPerDeg));
+}
+
 }  // namespace
 
 bool GeoBox::Contains(double latitude, double longitude) const {
@@ -32,13 +37,12 @@ bool GeoBox::Contains(double latitude, double longitude) const {
   return latitude >= south && latitude <= north && beyondWest <= Width(*this);
 }
 
+double GeoBox::Surface() const { return Zone(south, north) * Width(*this); }
+
 double GeoBox::CoveredBy(const GeoBox& other) const {
-  const auto zone = [](double from, double to) {
-    return std::max(0.0, std::sin(to * kRadPerDeg) - std::sin(from * kRadPerDeg));
-  };
-  const double whole = zone(south, north) * Width(*this);
+  const double whole = Surface();
   const double shared =
-      zone(std::max(south, other.south), std::min(north, other.north)) * SharedWidth(*this, other);
+      Zone(std::max(south, other.south), std::min(north, other.north)) * SharedWidth(*this, other);
   return whole > 0 ? shared / whole : 0;
 }
 

@@ -3,11 +3,13 @@
 
 #include <cmath>
 
+#include "files/epsg/epsg_system.h"
 #include "files/system/system_file.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
+#include "python/bindings/epsg.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
 #include "python/bindings/pickles.h"
@@ -73,32 +75,18 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
 }
 
 // Axes as a projection gives them back: without text they are north and east.
-std::string AxesText(const wchar_t* axes) {
-  const std::wstring text = axes ? axes : L"NE";
-  return {text.begin(), text.end()};
-}
-
-std::shared_ptr<ChainObject> FromFile(const py::object& path) {
-  const std::string name = PathOf(path);
-  std::unique_ptr<geomath_tools::CoordinateSystem> system;
-  {
-    const py::gil_scoped_release unlocked;
-    system = geomath_tools::ReadSystemFile(name);
-  }
+std::shared_ptr<ChainObject> ChainOf(const geomath_tools::CoordinateSystem& system) {
   auto object = std::make_shared<ChainObject>();
-  const CoordinateChain& read = system->Chain();
+  const CoordinateChain& read = system.Chain();
   object->global = std::make_shared<Ellipsoid>(*read.GetGlobalEllipsoid());
   if (const Datum* datum = read.GetDatum()) {
-    const auto local = std::make_shared<Ellipsoid>(system->LocalEllipsoid());
+    const auto local = std::make_shared<Ellipsoid>(system.LocalEllipsoid());
     object->datum =
         std::make_shared<DatumObject>(local, Datum(local.get(), datum->Shift(), datum->Rotation(),
                                                    datum->Scale(), userTypeUser, false, nullptr));
   }
-  const geomath_tools::NamedProjection& named = system->Named();
-  object->projection = std::make_shared<ProjectionObject>(
-      *named.kind, named.values, system->LocalEllipsoid().a, system->LocalEllipsoid().invF,
-      AxesText(named.projection->GetNEAxes()), AxesText(named.projection->GetBLAxes()));
-  if (const geomath_tools::LoadedGeoid* geoid = system->Geoid()) {
+  object->projection = ProjectionObjectOf(system);
+  if (const geomath_tools::LoadedGeoid* geoid = system.Geoid()) {
     object->geoid = GeoidObjectOf(*geoid);
     object->geoidFrame = read.GetGeoidFrame();
   }
@@ -108,6 +96,27 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
     object->ground = std::make_shared<GridToGround>(*ground);
   Join(*object);
   return object;
+}
+
+std::shared_ptr<ChainObject> FromFile(const py::object& path) {
+  const std::string name = PathOf(path);
+  std::unique_ptr<geomath_tools::CoordinateSystem> system;
+  {
+    const py::gil_scoped_release unlocked;
+    system = geomath_tools::ReadSystemFile(name);
+  }
+  return ChainOf(*system);
+}
+
+std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
+                                      bool datum) {
+  geomath_tools::DatumWish wish{!datum, {}, {}};
+  if (!near.is_none()) {
+    const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
+    wish.near = geomath_tools::Position{latitude, longitude};
+  }
+  if (!operation.is_none()) wish.operation = std::to_string(operation.cast<int>());
+  return ChainOf(*SystemOfEpsg(code, wish));
 }
 
 using Batch = std::size_t (CoordinateChain::*)(double*, double*, double*, std::size_t,
@@ -254,6 +263,18 @@ Raises Error when datum and projection stand on different ellipsoids.)");
 The chain that a system file describes (docs/system-file.md), as `geomath convert --system` uses it.
 
 Raises Error, naming the file, the key and what would be right, for everything that is wrong.)")
+      .def_static("from_epsg", &FromEpsg, py::arg("code"), py::kw_only(),
+                  py::arg("near") = py::none(), py::arg("operation") = py::none(),
+                  py::arg("datum") = true,
+                  R"(from_epsg(code, *, near=None, operation=None, datum=True)
+--
+
+The chain of a projected system of the EPSG registry, as `geomath system --epsg` writes it, from PROJ's
+database on this machine: WGS 84 to the system by the transformation of at most seven parameters
+that is best over its area, or at near, a pair of latitude and longitude in degrees, or by the one
+whose code is operation. With datum=False positions are those of the system's own datum.
+
+Raises Error for a code that the registry does not have or a system file cannot hold.)")
       .def_readonly("global_ellipsoid", &ChainObject::global,
                     "The ellipsoid of the global positions, or None.")
       .def_readonly("datum", &ChainObject::datum, "The datum, or None.")

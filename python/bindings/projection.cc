@@ -8,6 +8,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
+#include "python/bindings/epsg.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
 #include "python/bindings/pickles.h"
@@ -41,6 +42,10 @@ std::shared_ptr<ProjectionObject> Make(const py::object& name, const py::object&
   return std::make_shared<ProjectionObject>(*read.kind, std::move(read.values), on->a, on->invF,
                                             AxesOf(axes, "grid_axes"),
                                             AxesOf(axes, "geographic_axes"));
+}
+
+std::shared_ptr<ProjectionObject> FromEpsg(int code) {
+  return ProjectionObjectOf(*SystemOfEpsg(code, {true, {}, {}}));
 }
 
 py::object Forward(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
@@ -172,6 +177,13 @@ Any number of threads may use one. Raises Error for unknown names and values out
   projection
       .def(py::init(&Make), py::arg("name"), py::arg("ellipsoid") = "WGS84", py::kw_only(),
            py::arg("grid_axes") = py::none(), py::arg("geographic_axes") = py::none())
+      .def_static("from_epsg", &FromEpsg, py::arg("code"), R"(from_epsg(code)
+--
+
+The projection of a projected system of the EPSG registry, from PROJ's database on this machine:
+positions are those of the system's own datum, coordinates metres whatever unit the registry has.
+
+Raises Error for a code that the registry does not have or that no kind of projection is.)")
       .def_property_readonly(
           "name", [](const ProjectionObject& p) { return p.kind.name; }, "The short name.")
       .def_property_readonly("parameters", &ParametersOf,

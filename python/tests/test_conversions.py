@@ -7,7 +7,7 @@ import geomath
 import numpy as np
 import pytest
 from conftest import ROOT
-from geomath import CoordinateChain, Datum, Ellipsoid, GlobalGeoid, Projection
+from geomath import CoordinateChain, Datum, Ellipsoid, Error, GlobalGeoid, Projection
 
 
 def test_a_system_file_and_its_parts_give_the_published_chain(britain: CoordinateChain) -> None:
@@ -92,3 +92,15 @@ def test_global_geoid_gives_the_reference_heights() -> None:
     for model, column in ((plain, "potential_only_m"), (corrected, "corrected_m")):
         heights = model.height(points["lat_deg"], points["lon_deg"])
         np.testing.assert_allclose(heights, points[column], rtol=0, atol=1e-9)
+
+
+# Ordnance Survey, A guide to coordinate systems in Great Britain, annexe C.
+def test_systems_of_the_registry_give_the_published_example() -> None:
+    lat, lon = 52 + 39 / 60 + 27.2531 / 3600, 1 + 43 / 60 + 4.5177 / 3600
+    printed = pytest.approx((313177.270, 651409.903), abs=0.001)
+    assert Projection.from_epsg(27700).forward(lat, lon) == printed
+    chain = CoordinateChain.from_epsg(27700, datum=False)
+    assert chain.to_local(lat, lon)[:2] == printed
+    assert CoordinateChain.from_epsg(27700, operation=1314).datum is not None
+    with pytest.raises(Error, match="EPSG:1"):
+        Projection.from_epsg(1)

@@ -178,7 +178,7 @@ TEST_F(Convert, WrongInputIsExplainedAndLeavesTheOutputAlone) {
       {"good.csv -o out.xyz", {"out.xyz", ".gpkg"}},
       {"good.csv -o absent/out.csv", {"absent/out.csv: cannot be written"}},
       {"good.csv -o out.csv --results a,b,name", {"--results", "\"name\" already"}},
-      {"good.csv", {"--output is required"}},
+      {"good.csv", {"name the output with --output FILE"}},
       {"good.csv -o out.csv --system none.json", {"--system"}},
   };
   for (const Case& c : cases) {
@@ -241,4 +241,50 @@ TEST_F(Convert, MemoryStaysFlat) {
   };
   constexpr long kSlackKilobytes = 16 << 10;
   EXPECT_LT(peak(60000), peak(6000) + kSlackKilobytes);
+}
+
+// The Ordnance Survey's worked example on Airy's ellipsoid. Factors by 40-digit evaluation of the
+// complex definition of the projection; PROJ has a convergence of 2.95737669 degrees.
+TEST_F(Convert, GivesScaleConvergenceAndCombinedFactor) {
+  const char* head = R"({"global": {"ellipsoid": "Airy 1830"}, "projection": {"name": "TMERCSPHER",
+      "Central Meridian": -2, "Scale": 0.9996012717, "Lat0": 49, "East0": 400000,
+      "North0": -100000})";
+  const std::string point =
+      " convert --system airy.json 52.657570306 1.717921583 1500 --with "
+      "scale,convergence,combined";
+  for (const char* axes : {"", R"(, "axes": {"grid": "EN"})", R"(, "axes": {"grid": "SW"})"}) {
+    Write("airy.json", std::string(head) + axes + "}");
+    const auto lines = Lines(RunProgram(directory_, point).out);
+    ASSERT_EQ(lines.size(), 6u) << axes;
+    EXPECT_TRUE(Contains(lines[3], " 1.000377315")) << axes << lines[3];
+    EXPECT_TRUE(Contains(lines[4], " 2.95737669 deg")) << axes << lines[4];
+    EXPECT_TRUE(Contains(lines[5], " 1.000142289")) << axes << lines[5];
+  }
+}
+
+TEST_F(Convert, TakesAndPrintsOnePosition) {
+  EXPECT_EQ(Run("50.43885825610 -4.10864563561 215.251").out,
+            "n                         62015.2109 m\n"
+            "e                        250357.8185 m\n"
+            "h_local                     165.6607 m\n");
+  const auto dms =
+      Lines(Run("--inverse 62015.2109 250357.8185 165.6607 --angles dms --decimals 0").out);
+  EXPECT_TRUE(Contains(dms.at(0), " 50 26 19.89 N")) << dms.at(0);
+  EXPECT_TRUE(Contains(dms.at(1), " 4 06 31.12 W")) << dms.at(1);
+  // Gons are read back where they are called so.
+  const std::string gon = Run("--inverse 62015.2109 250357.8185 165.6607 --angles gon").out;
+  EXPECT_TRUE(Contains(gon, "lat_gon                56.0431758")) << gon;
+  Write("gon.csv", "lat_gon,lon_gon,h\n56.04317584011,-4.56516181734,215.251\n");
+  EXPECT_TRUE(Contains(Run("gon.csv -o - --angles gon").out, kTp03Grid));
+  EXPECT_EQ(Run("gon.csv -o -").status, 2);
+  EXPECT_EQ(Run("95 0").status, 2);
+}
+
+// An easting of 1e8 m on Mercator's map is 898 degrees of longitude.
+TEST_F(Convert, RefusesWhatLiesBeyondTheMap) {
+  Write("mercator.json", R"({"global": {"ellipsoid": "WGS84"}, "projection": {"name": "MERCATOR",
+      "Lon0": 0, "Lat0": 0, "FEast": 0, "FNorth": 0}})");
+  const ProgramRun run = RunProgram(directory_, "convert --system mercator.json --inverse 0 1e8");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "beyond the map: its longitude would be 898")) << run.err;
 }

@@ -163,6 +163,26 @@ TEST_F(SystemProgram, ListsTransformationsBestFirst) {
   EXPECT_EQ(at("EPSG:1198 "), std::string::npos) << "only used in Scotland";
 }
 
+TEST_F(SystemProgram, FindsSystemsByNameAndPlace) {
+  const ProgramRun byName = RunProgram(directory_, "system --find 'BRITISH national'");
+  EXPECT_EQ(byName.status, 0);
+  EXPECT_NE(byName.out.find("EPSG:27700 OSGB36 / British National Grid\n"), std::string::npos);
+  EXPECT_EQ(byName.out.find("EPSG:31467"), std::string::npos);
+  const std::string byPlace = RunProgram(directory_, "system --find 52.5,-1.7").out;
+  EXPECT_NE(byPlace.find("EPSG:27700 "), std::string::npos);
+  EXPECT_LT(byPlace.find("EPSG:27700 "), byPlace.find("EPSG:3857 "));  // the world comes last
+  EXPECT_EQ(byPlace.find("EPSG:31467 "), std::string::npos);
+  EXPECT_EQ(RunProgram(directory_, "system --find xyzzy").status, 2);
+}
+
+TEST_F(SystemProgram, PointsOutsideTheAreaAreReported) {
+  ASSERT_EQ(RunProgram(directory_, "system --epsg 31467 -o s.json").status, 0);
+  EXPECT_EQ(RunProgram(directory_, "convert --system s.json 50 9").err, "");
+  const ProgramRun outside = RunProgram(directory_, "convert --system s.json 50 13");
+  EXPECT_EQ(outside.status, 0);
+  EXPECT_NE(outside.err.find("1 point lies outside the area"), std::string::npos) << outside.err;
+}
+
 TEST_F(SystemProgram, RefusesWhatItCannotHold) {
   const struct {
     const char* arguments;
