@@ -55,7 +55,9 @@ LayerCrs::LayerCrs(const std::string& name, const std::string& given, const Expe
     layer.StripVertical();
   }
   const auto wanted = CrsOf(expected.text);
-  if (wanted && IsSame(layer, *wanted)) return;
+  OGRSpatialReference flat = layer;  // GeoJSON with heights is in the system with them
+  flat.DemoteTo2D(nullptr);
+  if (wanted && IsSame(flat, *wanted)) return;
   if (!expected.geographic) {
     if (wanted) refuse("the system's grid is " + NameOf(*wanted));
     if (layer.IsGeographic()) refuse("grid coordinates are metres, not degrees");

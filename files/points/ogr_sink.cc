@@ -33,7 +33,7 @@ class OgrSink : public PointSink {
     const std::string layer = std::filesystem::path(path).stem().string();
     const auto crs = CrsOf(style.crs);
     isShapefile_ = std::string_view(driverName) == "ESRI Shapefile";
-    keepsIds_ = checksItself || source.HasIds();
+    keepsIds_ = !isShapefile_ && (checksItself || source.HasIds());
     const char* utf8[] = {"ENCODING=UTF-8", nullptr};
     layer_ = dataset_->CreateLayer(layer.c_str(), crs.get(), wkbPoint25D,
                                    isShapefile_ ? const_cast<char**>(utf8) : nullptr);
@@ -122,8 +122,7 @@ class OgrSink : public PointSink {
   // The number of a feature, and what GeoJSON has beside its columns.
   void CopyIdentity(const OGRFeature& from, OGRFeature& to) {
     if (keepsIds_ && from.GetFID() <= lastId_) {
-      keepsIds_ =
-          false;  // a GeoPackage is read in the order of the numbers: that of the rows counts
+      keepsIds_ = false;  // a GeoPackage is read in their order, and that of the rows counts
       notes_.push_back(file_.Name() + ": the features have new numbers, since the old do not rise");
     }
     lastId_ = from.GetFID();

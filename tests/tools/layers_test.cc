@@ -195,7 +195,9 @@ TEST_F(Layers, BooleansAndIdsSurvive) {
   Write("in.geojson", R"({"type": "FeatureCollection", "features": [
     {"type": "Feature", "id": "T-3", "properties": {"lit": true}, "geometry":
      {"type": "Point", "coordinates": [-4.10864563561, 50.43885825610, 215.251]}}]})");
-  ASSERT_EQ(Run("convert --system gb.json in.geojson -o out.geojson").status, 0);
+  const ProgramRun run = Run("convert --system gb.json in.geojson -o out.geojson");
+  EXPECT_EQ(run.status, 0);
+  EXPECT_EQ(run.err, "");
   EXPECT_TRUE(Contains(Read("out.geojson"), "\"id\": \"T-3\""));
   EXPECT_TRUE(Contains(Read("out.geojson"), "\"lit\": true"));
   const ProgramRun csv = Run("convert --system gb.json in.geojson -o -");
