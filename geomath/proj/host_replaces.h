@@ -14,7 +14,7 @@ namespace zel_cs::geomath {
 /// C++ ABI, 2.4, which GCC and Clang follow).
 inline const char* VirtualTable(const TGeoProj& proj) {
   const char* table;
-  std::memcpy(&table, &proj, sizeof table);
+  std::memcpy(&table, static_cast<const void*>(&proj), sizeof table);
   return table;
 }
 

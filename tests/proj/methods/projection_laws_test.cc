@@ -11,6 +11,7 @@
 #include <optional>
 #include <string>
 #include <type_traits>
+#include <typeindex>
 #include <typeinfo>
 #include <vector>
 
@@ -969,13 +970,15 @@ TEST_P(ProjectionLaws, SurvivesAnyNumber) {
   }
 }
 
+std::type_index ClassOf(const TGeoProj& proj) { return typeid(proj); }
+
 TEST(ProjectionLawsTable, HasARowForEveryClassOfTheFactory) {
   std::vector<ProjPtr> tested;
   for (const Row& row : Rows()) tested.push_back(row.make(kGrs80));
   for (const ProjFactoryRow& made : ProjFactoryRows()) {
     const ProjPtr proj(made.make(kGrs80.a, kGrs80.invF));
-    const auto isOfItsClass = [&](const ProjPtr& p) { return typeid(*p) == typeid(*proj); };
-    EXPECT_TRUE(std::any_of(tested.begin(), tested.end(), isOfItsClass)) << typeid(*proj).name();
+    const auto isOfItsClass = [&](const ProjPtr& p) { return ClassOf(*p) == ClassOf(*proj); };
+    EXPECT_TRUE(std::any_of(tested.begin(), tested.end(), isOfItsClass)) << ClassOf(*proj).name();
   }
 }
 
