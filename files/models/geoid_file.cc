@@ -68,10 +68,15 @@ class GridReader {
   void ReadNodes(GDALRasterBand& band) {
     const auto& [south, west, latStep, lonStep, rows, columns] = grid_.place;
     std::vector<float>& nodes = grid_.nodes;
-    nodes.resize(static_cast<std::size_t>(rows) * static_cast<std::size_t>(columns));
-    if (band.RasterIO(GF_Read, 0, 0, columns, rows, nodes.data(), columns, rows, GDT_Float32, 0,
-                      0) != CE_None)
-      Refuse("cannot be read to its end" + OgrComplaint());
+    const auto width = static_cast<std::size_t>(columns);
+    nodes.reserve(static_cast<std::size_t>(rows) * width);
+    for (int row = 0; row < rows; ++row) {  // memory is touched only for what the file has
+      const std::size_t first = nodes.size();
+      nodes.resize(first + width);
+      if (band.RasterIO(GF_Read, 0, row, columns, 1, nodes.data() + first, columns, 1, GDT_Float32,
+                        0, 0) != CE_None)
+        Refuse("cannot be read to its end" + OgrComplaint());
+    }
     int marked = 0, scaled = 0, shifted = 0;
     const auto noData = static_cast<float>(band.GetNoDataValue(&marked));
     const double scale = band.GetScale(&scaled), offset = band.GetOffset(&shifted);

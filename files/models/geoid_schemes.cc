@@ -56,11 +56,12 @@ std::vector<std::string> InterpolationNames() {
 std::string PlaceProblem(const GridPlace& place) {
   constexpr double kMostNodes = 250e6;
   constexpr double kRounding = 1e-6;
+  constexpr double kWidest = 3 * 360;  // coarse grids that were closed at their seam reach past 720
   if (1.0 * place.rows * place.columns > kMostNodes)
     return fmt::format("{} by {} nodes are too many", place.rows, place.columns);
   const double north = place.south + (place.rows - 1) * place.latStep;
-  const bool onEarth =
-      place.south >= -90 - kRounding && north <= 90 + kRounding && std::abs(place.west) <= 540;
+  const bool onEarth = place.south >= -90 - kRounding && north <= 90 + kRounding &&
+                       std::abs(place.west) <= 540 && place.LonExtent() <= kWidest;
   return onEarth ? "" : "the grid does not lie between the poles, in degrees";
 }
 

@@ -67,7 +67,6 @@ std::shared_ptr<RegionalGeoidObject> MakeRegional(const py::object& grid, double
       given.shape(1) > kMostOnSide)
     fail("the grid must have two rows and two columns at least");
   if (!(latStep > 0 && lonStep > 0)) fail("the steps must be above 0");
-  if (!std::isfinite(lonStep)) fail("the steps must be finite");
   GridPlace place{south,
                   west,
                   latStep,
