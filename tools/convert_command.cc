@@ -149,8 +149,8 @@ class Conversion {
   void CheckArea(const Column& latitudes, const Column& longitudes, const RowBlock& block) {
     if (!area_) return;
     for (std::size_t i = 0; i < block.count; ++i) {
-      const double latitude = geographic_.north * latitudes[i];
-      const double longitude = geographic_.east * longitudes[i];
+      const double latitude = geographic_.northSign * latitudes[i];
+      const double longitude = geographic_.eastSign * longitudes[i];
       if (!block.problems[i].empty() || area_->Contains(latitude, longitude)) continue;
       if (outside_++ == 0) firstOutside_ = fmt::format("{:.4f} {:.4f}", latitude, longitude);
     }
@@ -169,18 +169,19 @@ class Conversion {
   std::string firstOutside_;
 };
 
-ResultStyle ResultsOf(const ConvertOptions& options) {
+std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
   const int metres = options.decimals, degrees = metres + kMoreDecimalsForDegrees;
   if (!options.inverse) return {{"n", metres}, {"e", metres}, {"h_local", metres}};
-  ResultStyle style = {{"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
+  std::vector<ResultColumn> columns = {
+      {"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
   if (options.angles == "gon") {
-    style[0] = {"lat_gon", degrees, "gon"};
-    style[1] = {"lon_gon", degrees, "gon"};
+    columns[0] = {"lat_gon", degrees, "gon"};
+    columns[1] = {"lon_gon", degrees, "gon"};
   } else if (options.angles == "dms") {
-    style[0] = {"lat", metres + kMoreDecimalsForSeconds, "", AngleKind::latitude};
-    style[1] = {"lon", metres + kMoreDecimalsForSeconds, "", AngleKind::longitude};
+    columns[0] = {"lat", metres + kMoreDecimalsForSeconds, "", AngleKind::latitude};
+    columns[1] = {"lon", metres + kMoreDecimalsForSeconds, "", AngleKind::longitude};
   }
-  return style;
+  return columns;
 }
 
 int Convert(ConvertOptions options) {

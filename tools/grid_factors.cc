@@ -27,7 +27,7 @@ GridFactors::GridFactors(const CoordinateSystem& system)
   toPlane_.SetDatum(nullptr);
   toPlane_.SetGeoid(nullptr);
   if (system.ProjectionName() == kSouthWestProjection)
-    grid_.north = -grid_.north, grid_.east = -grid_.east;
+    grid_.northSign = -grid_.northSign, grid_.eastSign = -grid_.eastSign;
 }
 
 void GridFactors::Beside(double dLatitude, double dLongitude, Plane& to) {
@@ -37,8 +37,8 @@ void GridFactors::Beside(double dLatitude, double dLongitude, Plane& to) {
   double* first = (geographic_.northFirst ? to.north : to.east).data();
   double* second = (geographic_.northFirst ? to.east : to.north).data();
   for (std::size_t i = 0; i < count; ++i) {
-    to.north[i] = geographic_.north * (b_[i] + dLatitude);
-    to.east[i] = geographic_.east * (l_[i] + dLongitude);
+    to.north[i] = geographic_.northSign * (b_[i] + dLatitude);
+    to.east[i] = geographic_.eastSign * (l_[i] + dLongitude);
   }
   scratch_ = h_;
   toPlane_.ToLocalBatch(first, second, scratch_.data(), count);
@@ -51,8 +51,8 @@ void GridFactors::Compute(const double* latitude, const double* longitude, const
   l_.resize(count);
   h_.assign(height, height + count);
   for (std::size_t i = 0; i < count; ++i) {
-    b_[i] = geographic_.north * latitude[i];
-    l_[i] = geographic_.east * longitude[i];
+    b_[i] = geographic_.northSign * latitude[i];
+    l_[i] = geographic_.eastSign * longitude[i];
   }
   toEllipsoid_.ToLocalBatch(b_.data(), l_.data(), h_.data(), count);
   Plane north, south, east, west;
@@ -65,10 +65,10 @@ void GridFactors::Compute(const double* latitude, const double* longitude, const
   const double a = ellipsoid_.a, e2 = ellipsoid_.e2;
   for (std::size_t i = 0; i < count; ++i) {
     // Derivatives of the pair, counted north and east, by latitude and longitude.
-    const double northPhi = grid_.north * (north.north[i] - south.north[i]) / (2 * kStep);
-    const double eastPhi = grid_.east * (north.east[i] - south.east[i]) / (2 * kStep);
-    const double northLambda = grid_.north * (east.north[i] - west.north[i]) / (2 * kStep);
-    const double eastLambda = grid_.east * (east.east[i] - west.east[i]) / (2 * kStep);
+    const double northPhi = grid_.northSign * (north.north[i] - south.north[i]) / (2 * kStep);
+    const double eastPhi = grid_.eastSign * (north.east[i] - south.east[i]) / (2 * kStep);
+    const double northLambda = grid_.northSign * (east.north[i] - west.north[i]) / (2 * kStep);
+    const double eastLambda = grid_.eastSign * (east.east[i] - west.east[i]) / (2 * kStep);
 
     const double sinPhi = std::sin(b_[i]);
     const double w2 = 1 - e2 * sinPhi * sinPhi;

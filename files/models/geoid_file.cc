@@ -19,7 +19,6 @@ using namespace zel_cs::geomath;
 namespace geomath_tools {
 namespace {
 
-
 // Reads a raster into a grid.
 class GridReader {
  public:

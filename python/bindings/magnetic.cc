@@ -182,8 +182,8 @@ py::tuple StateOfField(const FieldObject& f) {
 }
 
 std::shared_ptr<FieldObject> FieldFromState(const py::tuple& state) {
-  const auto of = PartOf<Model>(state[0]);
-  return std::make_shared<FieldObject>(of, MagneticField(*of, FiniteOf(state[1])));
+  const auto of = PartOf<ModelObject>(state[0]);
+  return std::make_shared<FieldObject>(of, MagneticField(of->parts.front(), FiniteOf(state[1])));
 }
 
 }  // namespace
@@ -222,10 +222,10 @@ The field at a date: anything with year, month and day, a numpy.datetime64, a te
 "2026-05-31", or a decimal year. A UserWarning says when the date is outside the years of the model.)")
       .def("__eq__", &Equal, py::is_operator())
       .def("__hash__",
-           [](const Model& m) { return py::hash(py::make_tuple(m.modelName, m.epoch)); })
+           [](const ModelObject& m) { return py::hash(py::make_tuple(NameOf(m), EpochOf(m))); })
       .def("__repr__", &ReprOf);
   DefinePickle(
-      model, [](const Model& m) { return StateOf(m); }, &FromState);
+      model, [](const ModelObject& m) { return StateOf(m); }, &FromState);
 
   py::class_<FieldObject, std::shared_ptr<FieldObject>> field(module, "MagneticField", R"(
 The magnetic field at one date.
@@ -283,7 +283,7 @@ How much the elements change in a year, as `elements` gives them.)")
              return py::hash(py::make_tuple(NameOf(*f.model), f.field.DecimalYear()));
            })
       .def("__repr__", [](const FieldObject& f) {
-        return fmt::format("<MagneticField of {} at {}>", f.model->modelName,
+        return fmt::format("<MagneticField of {} at {}>", NameOf(*f.model),
                            NumberText(f.field.DecimalYear()));
       });
   DefinePickle(field, &StateOfField, &FieldFromState);
