@@ -4,18 +4,11 @@
 
 #include "geomath/base/grid_rgn.h"
 #include "geomath/simd/kernel.h"
+#include "geomath/simd/rounding.h"
 
 /// Finding the nodes that a point is interpolated from: formulas without a branch or a call, which
 /// one point and columns of points share.
 namespace zel_cs::geomath {
-
-/// Rounds down: beside 1.5·2^52 there is no room for a fraction. Exact below 2^51, where any grid
-/// ends; larger numbers stay large, NaN stays.
-GEOMATH_INLINE double RoundDown(double x) {
-  constexpr double kRound = 0x1.8p52;
-  const double nearest = (x + kRound) - kRound;
-  return nearest > x ? nearest - 1 : nearest;
-}
 
 /// Cuts to a whole number, towards zero.
 GEOMATH_INLINE double CutToWhole(double x) { return std::copysign(RoundDown(std::abs(x)), x); }

@@ -1,0 +1,102 @@
+#include "geomath/shift/coordinate_shift.h"
+
+#include <algorithm>
+#include <cmath>
+#include <iterator>
+#include <limits>
+
+#include "geomath/base/batch.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+
+// Refuses the points with a result so far that are not finite. Returns whether all are finite.
+bool RefuseNonFinite(double* const (&point)[3], std::size_t count, ShiftStatus* status) {
+  const auto allFinite = [count](const double* column) {
+    return AllWithin(column, count, std::numeric_limits<double>::max());
+  };
+  if (std::all_of(point, point + 3, allFinite)) return true;
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool finite =
+        std::isfinite(point[0][i]) && std::isfinite(point[1][i]) && std::isfinite(point[2][i]);
+    if (HasResult(status[i]) && !finite) status[i] = ShiftStatus::input;
+  }
+  return false;
+}
+
+}  // namespace
+
+CoordinateShift::~CoordinateShift() = default;
+
+const char* ShiftStatusName(ShiftStatus status) {
+  static constexpr const char* names[] = {
+      "converted",
+      "extrapolated from the nearest triangle",
+      "not finite",
+      "outside the grid or the triangles",
+      "in a hole of the grid",
+      "without a point that is shifted there",
+  };
+  static_assert(std::size(names) == static_cast<std::size_t>(ShiftStatus::notInvertible) + 1);
+  const auto index = static_cast<std::size_t>(status);
+  return index < std::size(names) ? names[index] : "of unknown status";
+}
+
+ShiftResult CoordinateShift::RunPoint(Block block, double& first, double& second,
+                                      double& third) const {
+  double x = first, y = second, z = third;
+  ShiftResult result;
+  if (RunBatch(block, &x, &y, &z, 1, 1, &result.status) == 1) {
+    first = x;
+    second = y;
+    third = z;
+  }
+  return result;
+}
+
+std::size_t CoordinateShift::RunBatch(Block block, double* first, double* second, double* third,
+                                      std::size_t count, std::ptrdiff_t stride,
+                                      ShiftStatus* status) const {
+  static_assert(kMaxPoints == kBatchBlock);
+  const auto convert = [&](double* const(&point)[3], std::size_t n) {
+    ShiftStatus given[kBatchBlock], became[kBatchBlock];
+    std::fill_n(given, n, ShiftStatus::converted);
+    std::fill_n(became, n, ShiftStatus::converted);
+    const bool finite = RefuseNonFinite(point, n, given);
+    (this->*block)(point, n, became);
+    for (std::size_t i = 0; !finite && i < n; ++i)
+      if (!HasResult(given[i])) became[i] = given[i];
+
+    std::size_t refused = 0;
+    for (std::size_t i = 0; i < n; ++i) refused += !HasResult(became[i]);
+    for (std::size_t i = 0; refused != 0 && i < n; ++i)
+      if (!HasResult(became[i])) point[0][i] = point[1][i] = point[2][i] = kNaN;
+    RefuseNonFinite(point, n, became);
+    if (status) status = std::copy_n(became, n, status);
+  };
+  return ConvertBlocks(convert, count, stride, first, second, third);
+}
+
+ShiftResult CoordinateShift::Forward(double& first, double& second, double& third) const {
+  return RunPoint(&CoordinateShift::ForwardBlock, first, second, third);
+}
+
+ShiftResult CoordinateShift::Inverse(double& first, double& second, double& third) const {
+  return RunPoint(&CoordinateShift::InverseBlock, first, second, third);
+}
+
+std::size_t CoordinateShift::ForwardBatch(double* first, double* second, double* third,
+                                          std::size_t count, std::ptrdiff_t stride,
+                                          ShiftStatus* status) const {
+  return RunBatch(&CoordinateShift::ForwardBlock, first, second, third, count, stride, status);
+}
+
+std::size_t CoordinateShift::InverseBatch(double* first, double* second, double* third,
+                                          std::size_t count, std::ptrdiff_t stride,
+                                          ShiftStatus* status) const {
+  return RunBatch(&CoordinateShift::InverseBlock, first, second, third, count, stride, status);
+}
+
+}  // namespace zel_cs::geomath

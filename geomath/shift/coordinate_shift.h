@@ -1,0 +1,96 @@
+#pragma once
+
+#include <cstddef>
+
+#include "geomath/export.h"
+
+namespace zel_cs::geomath {
+
+/// The coordinates that a shift acts on.
+enum class ShiftSpace : unsigned char {
+  geographic,  ///< latitude, longitude (radians, north and east positive), height (metres)
+  geocentric,  ///< X, Y, Z, metres
+  plane,       ///< north, east, height, metres
+};
+
+/// What became of a point; the first two are results.
+enum class ShiftStatus : unsigned char {
+  converted,      ///< by the definition of the shift
+  extrapolated,   ///< outside the triangles, by the fall-back that their definition prescribes
+  input,          ///< refused: a coordinate is not finite
+  outside,        ///< refused: outside the grid or the triangles
+  hole,           ///< refused: a node of the grid has no value
+  notInvertible,  ///< refused, coming back: no point is shifted there
+};
+
+/// Whether the point has a result.
+constexpr bool HasResult(ShiftStatus status) { return status <= ShiftStatus::extrapolated; }
+
+/// The status in words for a report: "converted", "outside the grid or the triangles", …
+GEOMATH_API const char* ShiftStatusName(ShiftStatus status);
+
+/// What became of one point; true when it has a result.
+struct ShiftResult {
+  ShiftStatus status = ShiftStatus::converted;  ///< what became of it
+  /// Whether the point has a result.
+  explicit operator bool() const { return HasResult(status); }
+};
+
+/// A transformation between two systems of the same kind of coordinates: a grid or a triangulation
+/// of shifts, or one of the small formulas that are published beside them.
+///
+/// Points are three numbers in the order of Space(): latitude, longitude, height; X, Y, Z; or north,
+/// east, height. A shift that leaves a coordinate alone keeps its bits. Longitudes may be any finite
+/// angle and keep their turn.
+///
+/// Objects are immutable. Every conversion is const, allocates nothing, throws nothing and may run
+/// from many threads at once; one point and many give the same bits, on every instruction set.
+class GEOMATH_API CoordinateShift {
+ public:
+  virtual ~CoordinateShift();
+  CoordinateShift& operator=(const CoordinateShift&) = delete;
+
+  /// The coordinates that this shift acts on.
+  ShiftSpace Space() const { return space_; }
+
+  /// In place, from the source to the target system. On failure the arguments are unchanged.
+  ShiftResult Forward(double& first, double& second, double& third) const;
+  /// In place, from the target to the source system: the point that Forward takes to these
+  /// coordinates. On failure the arguments are unchanged.
+  ShiftResult Inverse(double& first, double& second, double& third) const;
+
+  /// Forward of `count` points in place; the coordinates of point i stand at index i * stride of the
+  /// three arrays (1 for three arrays, 3 for interleaved triples). A point that is refused becomes
+  /// NaN in all three slots. `status`, when given, holds `count` entries (stride 1) and receives
+  /// what became of each point. Returns the number of points that have a result.
+  std::size_t ForwardBatch(double* first, double* second, double* third, std::size_t count,
+                           std::ptrdiff_t stride = 1, ShiftStatus* status = nullptr) const;
+  /// Inverse of `count` points, likewise.
+  std::size_t InverseBatch(double* first, double* second, double* third, std::size_t count,
+                           std::ptrdiff_t stride = 1, ShiftStatus* status = nullptr) const;
+
+ protected:
+  /// For a class that is made of this one's columns: no more points go through together.
+  static constexpr std::size_t kMaxPoints = 256;
+
+  explicit CoordinateShift(ShiftSpace space) : space_(space) {}
+  CoordinateShift(const CoordinateShift&) = default;
+
+ private:
+  /// Converts at most kMaxPoints points in place, whose status is ShiftStatus::converted so far, and
+  /// changes it where it must. Coordinates may be NaN or infinite; what a refused point is left with
+  /// does not matter, and a result that is not finite is refused.
+  virtual void ForwardBlock(double* const (&point)[3], std::size_t count,
+                            ShiftStatus* status) const = 0;
+  virtual void InverseBlock(double* const (&point)[3], std::size_t count,
+                            ShiftStatus* status) const = 0;
+
+  using Block = void (CoordinateShift::*)(double* const (&)[3], std::size_t, ShiftStatus*) const;
+  ShiftResult RunPoint(Block block, double& first, double& second, double& third) const;
+  std::size_t RunBatch(Block block, double* first, double* second, double* third, std::size_t count,
+                       std::ptrdiff_t stride, ShiftStatus* status) const;
+
+  ShiftSpace space_;
+};
+
+}  // namespace zel_cs::geomath
