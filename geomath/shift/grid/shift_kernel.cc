@@ -26,89 +26,74 @@ GEOMATH_INLINE double RestAllowed(double north, double east) {
 
 // Where the value of a point comes from: its window and the point's position in it.
 struct Window {
-  double part;
   double firstNode;
   double u, v;
 };
 
 template <class Rule>
-GEOMATH_INLINE Window PlaceIn(const PartFrame& part, double number, const PartPosition& at) {
+GEOMATH_INLINE Window PlaceIn(const PartFrame& part, const PartPosition& at) {
   const AxisWindow row = Rule::Place(IntoAxis(at.north, part.rows - 1), part.rows);
   const AxisWindow column = Rule::Place(IntoAxis(at.east, part.columns - 1), part.columns);
   const double firstNode = part.firstNode + row.first * part.columns + column.first;
-  return {number, firstNode, row.fraction, column.fraction};
+  return {firstNode, row.fraction, column.fraction};
 }
 
-// Shifts of single points.
+// The values of a window, component by component.
 template <class Rule, int kComponents>
-struct Shifter {
+using WindowValues = float[kComponents][Rule::kSize][Rule::kSize];
+
+template <class Rule, int kComponents>
+GEOMATH_INLINE void Read(const GridParts& grid, const PartFrame& part, double firstNode,
+                         WindowValues<Rule, kComponents>& z) {
+  const auto rowLength = static_cast<std::ptrdiff_t>(part.columns) * kComponents;
+  const float* row = grid.nodes + static_cast<std::ptrdiff_t>(firstNode) * kComponents;
+  for (int r = 0; r < Rule::kSize; ++r, row += rowLength)
+    for (int c = 0; c < Rule::kSize; ++c)
+      for (int k = 0; k < kComponents; ++k) z[k][r][c] = row[c * kComponents + k];
+}
+
+// One step of Newton's method for p + shift(p) = target, whose Jacobian is I + ∂shift/∂p, in the
+// cell with values z. Returns what it leaves there: the larger twist times the area of the step in
+// cells.
+template <int kComponents>
+GEOMATH_INLINE double Approach(const WindowValues<BilinearShift, kComponents>& z, double u, double v,
+                               double stepsPerNorth, double stepsPerEast, double targetNorth,
+                               double targetEast, double& north, double& east) {
+  double nn, ne, twistN, en, ee, twistE;
+  const double sN = BilinearShift::At(z[0], u, v, nn, ne, twistN);
+  const double sE = BilinearShift::At(z[1], u, v, en, ee, twistE);
+  nn = 1 + nn * stepsPerNorth;
+  ne = ne * stepsPerEast;
+  en = en * stepsPerNorth;
+  ee = 1 + ee * stepsPerEast;
+  const double restN = targetNorth - north - sN, restE = targetEast - east - sE;
+  const double perDeterminant = 1 / (nn * ee - ne * en);
+  const double stepN = (restN * ee - restE * ne) * perDeterminant;
+  const double stepE = (restE * nn - restN * en) * perDeterminant;
+  north += stepN;
+  east += stepE;
+  const double area = stepN * stepsPerNorth * (stepE * stepsPerEast);
+  return Larger(std::abs(twistN * area), std::abs(twistE * area));
+}
+
+// A block of points in their windows; a point outside has the nearest window of some part. Nodes are
+// gathered one point after the other between loops that vectorise.
+template <class Rule, int kComponents>
+struct WindowBlock {
   static constexpr int kSize = Rule::kSize;
-  using Values = float[kSize][kSize];
 
-  const ShiftNodes& nodes;
-
-  GEOMATH_INLINE const PartFrame& PartOf(const Window& window) const {
-    return nodes.grid.parts[static_cast<std::size_t>(window.part)];
-  }
-
-  GEOMATH_INLINE void Read(const Window& window, Values (&z)[kComponents]) const {
-    const auto rowLength = static_cast<std::ptrdiff_t>(PartOf(window).columns) * kComponents;
-    const float* row =
-        nodes.grid.nodes + static_cast<std::ptrdiff_t>(window.firstNode) * kComponents;
-    for (int r = 0; r < kSize; ++r, row += rowLength)
-      for (int c = 0; c < kSize; ++c)
-        for (int k = 0; k < kComponents; ++k) z[k][r][c] = row[c * kComponents + k];
-  }
-
-  GEOMATH_INLINE void Shift(const Window& at, double (&shift)[kComponents]) const {
-    Values z[kComponents];
-    Read(at, z);
-    for (int k = 0; k < kComponents; ++k) shift[k] = Rule::At(z[k], at.u, at.v);
-  }
-
-  // One step of Newton's method for p + shift(p) = target, whose Jacobian is I + ∂shift/∂p. Returns
-  // what it leaves in the same cell: the larger twist times the area of the step in cells.
-  GEOMATH_INLINE double Approach(const Window& at, double targetNorth, double targetEast,
-                                 double& north, double& east) const {
-    Values z[kComponents];
-    Read(at, z);
-    const PartFrame& part = PartOf(at);
-    double nn, ne, twistN, en, ee, twistE;
-    const double sN = Rule::At(z[0], at.u, at.v, nn, ne, twistN);
-    const double sE = Rule::At(z[1], at.u, at.v, en, ee, twistE);
-    const double perNorth = part.stepsPerNorth, perEast = part.stepsPerEast;
-    nn = 1 + nn * perNorth;
-    ne = ne * perEast;
-    en = en * perNorth;
-    ee = 1 + ee * perEast;
-    const double restN = targetNorth - north - sN, restE = targetEast - east - sE;
-    const double perDeterminant = 1 / (nn * ee - ne * en);
-    const double stepN = (restN * ee - restE * ne) * perDeterminant;
-    const double stepE = (restE * nn - restN * en) * perDeterminant;
-    north += stepN;
-    east += stepE;
-    const double area = stepN * perNorth * (stepE * perEast);
-    return Larger(std::abs(twistN * area), std::abs(twistE * area));
-  }
-};
-
-// A block of points in their windows. A point outside has the nearest window of some part.
-template <class Rule>
-struct PlacedBlock {
   double part[kBatchBlock], firstNode[kBatchBlock], u[kBatchBlock], v[kBatchBlock];
   double inside[kBatchBlock];  // 1 or 0: numbers of one width need no conversion
+  float values[kComponents][kSize][kSize][kBatchBlock];
 
-  GEOMATH_INLINE Window At(std::size_t i) const { return {part[i], firstNode[i], u[i], v[i]}; }
-
-  GEOMATH_INLINE void Set(std::size_t i, const Window& window, bool isInside) {
-    part[i] = window.part;
+  GEOMATH_INLINE void Set(std::size_t i, double number, const Window& window, bool isInside) {
+    part[i] = number;
     firstNode[i] = window.firstNode;
     u[i] = window.u;
     v[i] = window.v;
     inside[i] = isInside ? 1 : 0;
   }
 
-  // In a single grid the loop vectorises.
   GEOMATH_INLINE void Place(const GridParts& grid, const double* GEOMATH_RESTRICT north,
                             const double* GEOMATH_RESTRICT east, std::size_t count) {
     if (grid.count == 1) {
@@ -116,7 +101,7 @@ struct PlacedBlock {
       const Turn turn = grid.turn;
       for (std::size_t i = 0; i < count; ++i) {
         const PartPosition at = PositionIn(only, turn, north[i], east[i]);
-        Set(i, PlaceIn<Rule>(only, 0, at), Holds(only, at));
+        Set(i, 0, PlaceIn<Rule>(only, at), Holds(only, at));
       }
       return;
     }
@@ -124,8 +109,34 @@ struct PlacedBlock {
       const std::uint32_t found = grid.Find(north[i], east[i]);
       const std::uint32_t number = found == kNoPart ? 0 : found;
       const PartPosition at = PositionIn(grid.parts[number], grid.turn, north[i], east[i]);
-      Set(i, PlaceIn<Rule>(grid.parts[number], number, at), found != kNoPart);
+      Set(i, number, PlaceIn<Rule>(grid.parts[number], at), found != kNoPart);
     }
+  }
+
+  GEOMATH_INLINE const PartFrame& PartOf(const GridParts& grid, std::size_t i) const {
+    return grid.parts[static_cast<std::size_t>(part[i])];
+  }
+
+  GEOMATH_INLINE void Gather(const GridParts& grid, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      WindowValues<Rule, kComponents> z;
+      Read<Rule, kComponents>(grid, PartOf(grid, i), firstNode[i], z);
+      for (int k = 0; k < kComponents; ++k)
+        for (int r = 0; r < kSize; ++r)
+          for (int c = 0; c < kSize; ++c) values[k][r][c][i] = z[k][r][c];
+    }
+  }
+
+  using Values = float[kSize][kSize];
+  GEOMATH_INLINE void ValuesOf(std::size_t i, int k, Values& z) const {
+    for (int r = 0; r < kSize; ++r)
+      for (int c = 0; c < kSize; ++c) z[r][c] = values[k][r][c][i];
+  }
+
+  GEOMATH_INLINE double Shift(std::size_t i, int k) const {
+    Values z;
+    ValuesOf(i, k, z);
+    return Rule::At(z, u[i], v[i]);
   }
 };
 
@@ -175,7 +186,6 @@ template <int kComponents>
 ShiftStatus SearchInverse(const ShiftNodes& nodes, double targetNorth, double targetEast,
                           double& north, double& east) {
   constexpr int kMaxParts = 4, kMaxSteps = 30;
-  const Shifter<BilinearShift, kComponents> shifter{nodes};
   const GridParts& grid = nodes.grid;
   std::uint32_t number = grid.Find(targetNorth, targetEast);
   if (number == kNoPart) number = NearestPart(nodes, targetNorth, targetEast);
@@ -184,17 +194,19 @@ ShiftStatus SearchInverse(const ShiftNodes& nodes, double targetNorth, double ta
     const PartFrame& part = grid.parts[number];
     north = targetNorth;
     east = targetEast;
+    double cell = -1, rest = 0;
     bool found = false;
     for (int step = 0; step < kMaxSteps && !found; ++step) {
-      const auto place = [&] {
-        return PlaceIn<BilinearShift>(part, number, PositionIn(part, grid.turn, north, east));
-      };
-      shifter.Approach(place(), targetNorth, targetEast, north, east);
-      double shift[kComponents];
-      shifter.Shift(place(), shift);
-      if (std::isnan(shift[0]) || std::isnan(shift[1])) return ShiftStatus::hole;
-      found = std::abs(targetNorth - north - shift[0]) <= allowed &&
-              std::abs(targetEast - east - shift[1]) <= allowed;
+      const Window at =
+          PlaceIn<BilinearShift>(part, PositionIn(part, grid.turn, north, east));
+      found = at.firstNode == cell && rest <= allowed;
+      if (found) break;
+      cell = at.firstNode;
+      WindowValues<BilinearShift, kComponents> z;
+      Read<BilinearShift, kComponents>(grid, part, cell, z);
+      rest = Approach<kComponents>(z, at.u, at.v, part.stepsPerNorth, part.stepsPerEast, targetNorth,
+                                   targetEast, north, east);
+      if (std::isnan(rest)) return ShiftStatus::hole;
     }
     if (!found) break;
     const std::uint32_t next = grid.Find(north, east);
@@ -208,9 +220,9 @@ ShiftStatus SearchInverse(const ShiftNodes& nodes, double targetNorth, double ta
 template <int kComponents>
 void InvertHorizontal(const ShiftNodes& nodes, double* const* point, std::size_t count,
                       ShiftStatus* status) {
-  const Shifter<BilinearShift, kComponents> shifter{nodes};
-  PlacedBlock<BilinearShift> at;
-  double north[kBatchBlock], east[kBatchBlock];
+  const GridParts& grid = nodes.grid;
+  WindowBlock<BilinearShift, kComponents> at;
+  double north[kBatchBlock], east[kBatchBlock], rest[kBatchBlock];
   double targetNorth[kBatchBlock], targetEast[kBatchBlock];
   for (std::size_t i = 0; i < count; ++i) {
     targetNorth[i] = point[0][i] - nodes.offset[0];
@@ -219,39 +231,49 @@ void InvertHorizontal(const ShiftNodes& nodes, double* const* point, std::size_t
 
   // A fixed-point step leaves the shift times its slope, centimetres; Newton's method leaves next to
   // nothing, unless it leaves the cell.
-  at.Place(nodes.grid, targetNorth, targetEast, count);
+  at.Place(grid, targetNorth, targetEast, count);
+  at.Gather(grid, count);
   for (std::size_t i = 0; i < count; ++i) {
-    double shift[kComponents];
-    shifter.Shift(at.At(i), shift);
-    north[i] = targetNorth[i] - shift[0];
-    east[i] = targetEast[i] - shift[1];
+    north[i] = targetNorth[i] - at.Shift(i, 0);
+    east[i] = targetEast[i] - at.Shift(i, 1);
   }
-  at.Place(nodes.grid, north, east, count);
-  double rest[kBatchBlock];
-  for (std::size_t i = 0; i < count; ++i)
-    rest[i] = shifter.Approach(at.At(i), targetNorth[i], targetEast[i], north[i], east[i]);
+  at.Place(grid, north, east, count);
+  at.Gather(grid, count);
+  double stepsPerNorth[kBatchBlock], stepsPerEast[kBatchBlock];
+  for (std::size_t i = 0; i < count; ++i) {
+    stepsPerNorth[i] = at.PartOf(grid, i).stepsPerNorth;
+    stepsPerEast[i] = at.PartOf(grid, i).stepsPerEast;
+  }
+  for (std::size_t i = 0; i < count; ++i) {
+    WindowValues<BilinearShift, kComponents> z;
+    for (int k = 0; k < 2; ++k) at.ValuesOf(i, k, z[k]);
+    rest[i] = Approach<kComponents>(z, at.u[i], at.v[i], stepsPerNorth[i], stepsPerEast[i],
+                                    targetNorth[i], targetEast[i], north[i], east[i]);
+  }
 
-  PlacedBlock<BilinearShift> source;
-  source.Place(nodes.grid, north, east, count);
+  WindowBlock<BilinearShift, kComponents> source;
+  source.Place(grid, north, east, count);
   double found[kBatchBlock];
   for (std::size_t i = 0; i < count; ++i) {
-    const bool sameCell = (source.part[i] == at.part[i]) & (source.firstNode[i] == at.firstNode[i]);
+    const bool sameCell =
+        (source.part[i] == at.part[i]) & (source.firstNode[i] == at.firstNode[i]);
     const bool exact = rest[i] <= RestAllowed(targetNorth[i], targetEast[i]);
     found[i] = (source.inside[i] == 1) & sameCell & exact ? 1 : 0;
   }
-  for (std::size_t i = 0; i < count; ++i) {
-    if (found[i] == 1) continue;
-    status[i] = SearchInverse<kComponents>(nodes, targetNorth[i], targetEast[i], north[i], east[i]);
-  }
-  if constexpr (kComponents == 3) source.Place(nodes.grid, north, east, count);
-  for (std::size_t i = 0; i < count; ++i) {
-    point[0][i] = north[i];
-    point[1][i] = east[i];
-    if constexpr (kComponents == 3) {
-      double shift[kComponents];
-      shifter.Shift(source.At(i), shift);
-      point[2][i] -= shift[2];
-      if (std::isnan(shift[2]) && HasResult(status[i])) status[i] = ShiftStatus::hole;
+  for (std::size_t i = 0; i < count; ++i)
+    if (found[i] != 1)
+      status[i] =
+          SearchInverse<kComponents>(nodes, targetNorth[i], targetEast[i], north[i], east[i]);
+
+  std::copy_n(north, count, point[0]);
+  std::copy_n(east, count, point[1]);
+  if constexpr (kComponents == 3) {
+    source.Place(grid, north, east, count);
+    source.Gather(grid, count);
+    for (std::size_t i = 0; i < count; ++i) {
+      const double up = source.Shift(i, 2);
+      point[2][i] -= up;
+      if (std::isnan(up) && HasResult(status[i])) status[i] = ShiftStatus::hole;
     }
   }
 }
@@ -261,19 +283,21 @@ template <class Rule, int kComponents>
 void AddShifts(const ShiftNodes& nodes, double sign, double* const* point, std::size_t count,
                ShiftStatus* status) {
   constexpr int kFirst = kComponents == 1 ? 2 : 0;
-  const Shifter<Rule, kComponents> shifter{nodes};
-  PlacedBlock<Rule> at;
+  WindowBlock<Rule, kComponents> at;
   at.Place(nodes.grid, point[0], point[1], count);
-  for (std::size_t i = 0; i < count; ++i) {
-    double shift[kComponents];
-    shifter.Shift(at.At(i), shift);
-    double sum = 0;
-    for (int k = 0; k < kComponents; ++k) {
-      sum += shift[k];
-      point[kFirst + k][i] += sign * (shift[k] + nodes.offset[kFirst + k]);
+  at.Gather(nodes.grid, count);
+  double sum[kBatchBlock];
+  std::fill_n(sum, count, 0.0);
+  for (int k = 0; k < kComponents; ++k) {
+    double* GEOMATH_RESTRICT column = point[kFirst + k];
+    const double offset = nodes.offset[kFirst + k];
+    for (std::size_t i = 0; i < count; ++i) {
+      const double shift = at.Shift(i, k);
+      sum[i] += shift;
+      column[i] += sign * (shift + offset);
     }
-    status[i] = StatusOf(at.inside[i], sum);
   }
+  for (std::size_t i = 0; i < count; ++i) status[i] = StatusOf(at.inside[i], sum[i]);
 }
 
 }  // namespace
@@ -282,14 +306,12 @@ template <class T, class Rule, int kComponents>
 void ShiftKernel<T, Rule, kComponents>::Values(const ShiftNodes& nodes, const double* north,
                                                const double* east, double* const* values,
                                                std::size_t count, ShiftStatus* status) {
-  const Shifter<Rule, kComponents> shifter{nodes};
-  PlacedBlock<Rule> at;
+  WindowBlock<Rule, kComponents> at;
   at.Place(nodes.grid, north, east, count);
+  at.Gather(nodes.grid, count);
   for (std::size_t i = 0; i < count; ++i) {
-    double shift[kComponents];
-    shifter.Shift(at.At(i), shift);
     double sum = 0;
-    for (int k = 0; k < kComponents; ++k) sum += values[k][i] = shift[k];
+    for (int k = 0; k < kComponents; ++k) sum += values[k][i] = at.Shift(i, k);
     status[i] = StatusOf(at.inside[i], sum);
   }
 }
