@@ -56,9 +56,9 @@ GEOMATH_INLINE void Read(const GridParts& grid, const PartFrame& part, double fi
 // cell with values z. Returns what it leaves there: the larger twist times the area of the step in
 // cells.
 template <int kComponents>
-GEOMATH_INLINE double Approach(const WindowValues<BilinearShift, kComponents>& z, double u, double v,
-                               double stepsPerNorth, double stepsPerEast, double targetNorth,
-                               double targetEast, double& north, double& east) {
+GEOMATH_INLINE double Approach(const WindowValues<BilinearShift, kComponents>& z, double u,
+                               double v, double stepsPerNorth, double stepsPerEast,
+                               double targetNorth, double targetEast, double& north, double& east) {
   double nn, ne, twistN, en, ee, twistE;
   const double sN = BilinearShift::At(z[0], u, v, nn, ne, twistN);
   const double sE = BilinearShift::At(z[1], u, v, en, ee, twistE);
@@ -197,15 +197,14 @@ ShiftStatus SearchInverse(const ShiftNodes& nodes, double targetNorth, double ta
     double cell = -1, rest = 0;
     bool found = false;
     for (int step = 0; step < kMaxSteps && !found; ++step) {
-      const Window at =
-          PlaceIn<BilinearShift>(part, PositionIn(part, grid.turn, north, east));
+      const Window at = PlaceIn<BilinearShift>(part, PositionIn(part, grid.turn, north, east));
       found = at.firstNode == cell && rest <= allowed;
       if (found) break;
       cell = at.firstNode;
       WindowValues<BilinearShift, kComponents> z;
       Read<BilinearShift, kComponents>(grid, part, cell, z);
-      rest = Approach<kComponents>(z, at.u, at.v, part.stepsPerNorth, part.stepsPerEast, targetNorth,
-                                   targetEast, north, east);
+      rest = Approach<kComponents>(z, at.u, at.v, part.stepsPerNorth, part.stepsPerEast,
+                                   targetNorth, targetEast, north, east);
       if (std::isnan(rest)) return ShiftStatus::hole;
     }
     if (!found) break;
@@ -255,8 +254,7 @@ void InvertHorizontal(const ShiftNodes& nodes, double* const* point, std::size_t
   source.Place(grid, north, east, count);
   double found[kBatchBlock];
   for (std::size_t i = 0; i < count; ++i) {
-    const bool sameCell =
-        (source.part[i] == at.part[i]) & (source.firstNode[i] == at.firstNode[i]);
+    const bool sameCell = (source.part[i] == at.part[i]) & (source.firstNode[i] == at.firstNode[i]);
     const bool exact = rest[i] <= RestAllowed(targetNorth[i], targetEast[i]);
     found[i] = (source.inside[i] == 1) & sameCell & exact ? 1 : 0;
   }
