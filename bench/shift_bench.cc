@@ -117,6 +117,7 @@ TriangulationDefinition Network(std::uint32_t side) {
 
 constexpr std::uint32_t kFinland = 28, kNorway = 162;  // 1458 and 51,842 triangles
 
+#ifdef GEOMATH_HAVE_PROJ
 std::string NetworkFile(std::uint32_t side, const char* name) {
   const TriangulationDefinition network = Network(side);
   const std::string path = Files().File(name);
@@ -141,6 +142,7 @@ std::string NetworkFile(std::uint32_t side, const char* name) {
   file << "]}";
   return path;
 }
+#endif
 
 const Triangulation& Finland() {
   static const auto network = Triangulation::Make(Network(kFinland));

@@ -52,7 +52,7 @@ struct BiquadraticShift {
   static GEOMATH_INLINE AxisWindow Place(double x, double count) {
     const double cell = IntoAxis(RoundDown(x), count - 2);
     const bool firstHalf = (x - cell <= 0.5) & (cell > 0), atEnd = cell > count - 3;
-    const double first = firstHalf | atEnd ? cell - 1 : cell;
+    const double first = (firstHalf | atEnd) ? cell - 1 : cell;
     return {first, x - first};
   }
 

@@ -256,7 +256,7 @@ void InvertHorizontal(const ShiftNodes& nodes, double* const* point, std::size_t
   for (std::size_t i = 0; i < count; ++i) {
     const bool sameCell = (source.part[i] == at.part[i]) & (source.firstNode[i] == at.firstNode[i]);
     const bool exact = rest[i] <= RestAllowed(targetNorth[i], targetEast[i]);
-    found[i] = (source.inside[i] == 1) & sameCell & exact ? 1 : 0;
+    found[i] = ((source.inside[i] == 1) & sameCell & exact) ? 1 : 0;
   }
   for (std::size_t i = 0; i < count; ++i)
     if (found[i] != 1)
