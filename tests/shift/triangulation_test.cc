@@ -87,7 +87,7 @@ TEST(Triangulation, InterpolatesBetweenVertices) {
     ASSERT_TRUE(tin) << reason;
     std::mt19937 random(5);
     std::uniform_real_distribution<> metres(0, 100000);
-    for (int i = 0; i < 3000; ++i) {
+    for (std::size_t i = 0; i < 3000; ++i) {
       double n = 6700000 + metres(random), e = 3200000 + metres(random), h = 55;
       if (i < 225) n = definition.vertices[i].north, e = definition.vertices[i].east;
       const double given[] = {n, e};
