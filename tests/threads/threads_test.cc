@@ -148,6 +148,47 @@ Work Chain(int) {
   };
 }
 
+std::vector<double> RunShift(const CoordinateShift& shift, double b0, double l0, double extent) {
+  std::vector<double> b = Around(b0, extent, 1), l = Around(l0, extent, 13), h = Around(0, 1e3, 31);
+  std::vector<double> results;
+  shift.ForwardBatch(b.data(), l.data(), h.data(), kPoints);
+  for (const auto* column : {&b, &l, &h}) Append(results, *column);
+  shift.InverseBatch(b.data(), l.data(), h.data(), kPoints);
+  for (const auto* column : {&b, &l, &h}) Append(results, *column);
+  return results;
+}
+
+// Two nested grids, an argument that is not 0 for the biquadratic rule.
+Work ShiftGridItself(int biquadratic) {
+  ShiftGridDefinition definition;
+  definition.components = ShiftComponents::horizontalAndVertical;
+  definition.horizontalUnit = kDegree / 3600;
+  if (biquadratic) definition.interpolation = ShiftInterpolation::biquadratic;
+  for (const int level : {0, 1}) {
+    ShiftGridPart part;
+    part.level = level;
+    part.south = part.west = 0.8 + 0.03 * level;
+    part.northStep = part.eastStep = level ? 0.002 : 0.01;
+    part.rows = part.columns = 11;
+    for (std::size_t i = 0; i < 3 * 121; ++i)
+      part.values.push_back(static_cast<float>(std::sin(static_cast<double>(i) * 0.7)));
+    definition.parts.push_back(part);
+  }
+  return [grid = std::shared_ptr<const ShiftGrid>(ShiftGrid::Make(definition))] {
+    return RunShift(*grid, 0.85, 0.85, 0.051);
+  };
+}
+
+Work TriangulationItself(int) {
+  TriangulationDefinition definition;
+  definition.fallback = TriangulationFallback::nearestSide;
+  definition.vertices = {{0, 0, 5, 1}, {0, 100, 4, 102}, {100, 0, 101, 3}, {100, 100, 99, 98}};
+  definition.triangles = {{0, 1, 2}, {1, 2, 3}};
+  return [network = std::shared_ptr<const Triangulation>(Triangulation::Make(definition))] {
+    return RunShift(*network, 50, 50, 60);
+  };
+}
+
 Work SiteItself(int) {
   const auto site = std::make_shared<LocalToGrid>();
   site->mode = LocalToGrid::kBoth;
@@ -173,6 +214,9 @@ std::vector<Row> Shared() {
   std::vector<Row> rows = {{"Ellipsoid", &EllipsoidItself},
                            {"Datum", &DatumItself},
                            {"CoordinateChain", &Chain},
+                           {"ShiftGrid", &ShiftGridItself},
+                           {"ShiftGridBiquadratic", &ShiftGridItself, 1},
+                           {"Triangulation", &TriangulationItself},
                            {"LocalToGridAndGround", &SiteItself},
                            {"TTMProj", &SeriesTm}};
   for (int code = 0; code < ProjTypeNone; ++code) {
