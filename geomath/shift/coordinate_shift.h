@@ -48,7 +48,6 @@ struct ShiftResult {
 class GEOMATH_API CoordinateShift {
  public:
   virtual ~CoordinateShift();
-  CoordinateShift& operator=(const CoordinateShift&) = delete;
 
   /// The coordinates that this shift acts on.
   ShiftSpace Space() const { return space_; }
@@ -70,11 +69,12 @@ class GEOMATH_API CoordinateShift {
                            std::ptrdiff_t stride = 1, ShiftStatus* status = nullptr) const;
 
  protected:
-  /// For a class that is made of this one's columns: no more points go through together.
+  /// Points that go through a block together, at most.
   static constexpr std::size_t kMaxPoints = 256;
 
   explicit CoordinateShift(ShiftSpace space) : space_(space) {}
   CoordinateShift(const CoordinateShift&) = default;
+  CoordinateShift& operator=(const CoordinateShift&) = default;
 
  private:
   /// Converts at most kMaxPoints points in place, whose status is ShiftStatus::converted so far, and

@@ -85,9 +85,7 @@ class Records {
   Bits Value(std::size_t offset) const {
     unsigned char bytes[sizeof(Bits)];
     std::memcpy(bytes, file_.data() + offset, sizeof bytes);
-    const bool lastFirst = swapped_ == (std::endian::native == std::endian::little);
-    if (lastFirst != (std::endian::native == std::endian::big))
-      std::reverse(bytes, std::end(bytes));
+    if (swapped_) std::reverse(bytes, std::end(bytes));
     return std::bit_cast<Bits>(bytes);
   }
 

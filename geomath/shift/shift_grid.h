@@ -64,7 +64,7 @@ struct ShiftGridDefinition {
 /// in the last place of its coordinates (1e-4 mm and less), also where target and source lie in
 /// different cells or parts, or the target just outside. Where parts do not meet, a strip as wide as
 /// their difference may have no point that is shifted there: it is refused as
-/// ShiftStatus::notInvertible. A part that is reached by no more than its own shift is found.
+/// ShiftStatus::notInvertible. A target in a hole is refused wherever its source may be.
 /// Biquadratic grids are the exception: their publisher's inverse subtracts the shift at the target,
 /// once, and does not iterate.
 class GEOMATH_API ShiftGrid : public CoordinateShift {
