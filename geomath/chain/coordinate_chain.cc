@@ -21,6 +21,42 @@ constexpr double kMaxLatitude = kHalfPi + 1e-12;  // the pole, and the rounding 
 constexpr double kHeightTolerance = 1e-6;  // metres
 constexpr int kMaxHeightRounds = 10;       // each leaves 1e-4 of the rest or less; 3 do
 
+ChainStep StepOf(ShiftSpace space) {
+  switch (space) {
+    case ShiftSpace::geographic:
+      return ChainStep::geographicShift;
+    case ShiftSpace::geocentric:
+      return ChainStep::geocentricShift;
+    default:
+      return ChainStep::planeShift;
+  }
+}
+
+// Runs a shift over columns in place and lets `outside` decide about the points beyond it. Returns
+// the number of points converted; the others are NaN.
+std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y, double* h,
+                     std::size_t count) {
+  const bool forward = toLocal == (step.direction == ShiftDirection::forward);
+  const auto convert = forward ? &CoordinateShift::ForwardBatch : &CoordinateShift::InverseBatch;
+  double* const columns[] = {x, y, h};
+  double given[3][kBatchBlock];
+  for (std::size_t c = 0; c < 3; ++c) std::copy_n(columns[c], count, given[c]);
+  ShiftStatus status[kBatchBlock];
+  std::size_t converted = (step.shift->*convert)(x, y, h, count, 1, status);
+  for (std::size_t i = 0; i < count; ++i) {
+    if (status[i] == ShiftStatus::outside && step.outside == ShiftOutside::unchanged) {
+      for (std::size_t c = 0; c < 3; ++c) columns[c][i] = given[c][i];
+      ++converted;
+    }
+    if (status[i] == ShiftStatus::extrapolated && step.outside != ShiftOutside::extrapolate) {
+      const bool stays = step.outside == ShiftOutside::unchanged;
+      for (std::size_t c = 0; c < 3; ++c) columns[c][i] = stays ? given[c][i] : kNaN;
+      converted -= !stays;
+    }
+  }
+  return converted;
+}
+
 }  // namespace
 
 // Points that go through all steps together, in place. Those that fail go on as copies of one that
@@ -97,8 +133,12 @@ const char* ChainStepName(ChainStep step) {
       "the geoid",
       "the site calibration",
       "the ground system",
+      "the geographic shift",
+      "the geocentric shift",
+      "the vertical shift",
+      "the plane shift",
   };
-  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::ground) + 1);
+  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::planeShift) + 1);
   const auto index = static_cast<std::size_t>(step);
   return index < std::size(names) ? names[index] : "an unknown step";
 }
@@ -121,44 +161,159 @@ std::size_t CoordinateChain::KeepUncalibrated(Block& p, unsigned char mode, Conv
   return converted;
 }
 
-// Global to local on the geocentric way.
+// A block on its way around the datum: the ellipsoid that its coordinates are of, and whether they
+// are geocentric.
+class CoordinateChain::Frame {
+ public:
+  Frame(Block& block, const Ellipsoid* ellipsoid, ChainStep step)
+      : block_(block), ellipsoid_(ellipsoid), step_(step) {}
+
+  void To(ShiftSpace space) {
+    if (space == space_) return;
+    space_ = space;
+    if (!ellipsoid_) return block_.FailAll(step_);
+    const auto convert = space == ShiftSpace::geocentric ? &Ellipsoid::BLH_to_XYZ_Batch
+                                                         : &Ellipsoid::XYZ_to_BLH_Batch;
+    block_.Check(step_, (ellipsoid_->*convert)(block_.x, block_.y, block_.h, block_.count, 1));
+  }
+
+  void Shift(const ChainShift& step, bool toLocal) {
+    const ShiftSpace space = step.shift->Space();
+    To(space);
+    if (block_.alive == 0) return;
+    block_.Check(StepOf(space),
+                 RunShift(step, toLocal, block_.x, block_.y, block_.h, block_.count));
+  }
+
+  void Transform(const Datum& datum, bool toLocal, const Ellipsoid* ellipsoid, ChainStep step) {
+    To(ShiftSpace::geocentric);
+    const auto convert = toLocal ? &Datum::ToLocalDatumBatch : &Datum::ToWGS84DatumBatch;
+    block_.Check(ChainStep::datum, (datum.*convert)(block_.x, block_.y, block_.h, block_.count, 1));
+    ellipsoid_ = ellipsoid;
+    step_ = step;
+  }
+
+ private:
+  Block& block_;
+  const Ellipsoid* ellipsoid_;
+  ChainStep step_;
+  ShiftSpace space_ = ShiftSpace::geographic;
+};
+
 void CoordinateChain::DatumToLocal(Block& p) const {
-  if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
-  const Ellipsoid* local = datum_->GetEllipsoid();
-  if (!local) return p.FailAll(ChainStep::localEllipsoid);
-  p.Check(ChainStep::globalEllipsoid, global_->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count));
-  p.Check(ChainStep::datum, datum_->ToLocalDatumBatch(p.x, p.y, p.h, p.count));
-  p.Check(ChainStep::localEllipsoid, local->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count));
+  Frame frame(p, global_, ChainStep::globalEllipsoid);
+  for (const ChainShift& step : beforeDatum_) frame.Shift(step, true);
+  if (datum_) frame.Transform(*datum_, true, datum_->GetEllipsoid(), ChainStep::localEllipsoid);
+  for (const ChainShift& step : afterDatum_) frame.Shift(step, true);
+  frame.To(ShiftSpace::geographic);
 }
 
 void CoordinateChain::DatumToGlobal(Block& p) const {
-  const Ellipsoid* local = datum_->GetEllipsoid();
-  if (!local) return p.FailAll(ChainStep::localEllipsoid);
-  if (!global_) return p.FailAll(ChainStep::globalEllipsoid);
-  p.Check(ChainStep::localEllipsoid, local->BLH_to_XYZ_Batch(p.x, p.y, p.h, p.count));
-  p.Check(ChainStep::datum, datum_->ToWGS84DatumBatch(p.x, p.y, p.h, p.count));
-  p.Check(ChainStep::globalEllipsoid, global_->XYZ_to_BLH_Batch(p.x, p.y, p.h, p.count));
+  Frame frame = datum_ ? Frame(p, datum_->GetEllipsoid(), ChainStep::localEllipsoid)
+                       : Frame(p, global_, ChainStep::globalEllipsoid);
+  for (auto step = afterDatum_.rbegin(); step != afterDatum_.rend(); ++step)
+    frame.Shift(*step, false);
+  if (datum_) frame.Transform(*datum_, false, global_, ChainStep::globalEllipsoid);
+  for (auto step = beforeDatum_.rbegin(); step != beforeDatum_.rend(); ++step)
+    frame.Shift(*step, false);
+  frame.To(ShiftSpace::geographic);
+}
+
+// Ellipsoidal heights at the points to those of the local system.
+void CoordinateChain::LowerHeights(Block& p, double* heights) const {
+  std::copy_n(p.h, p.count, heights);
+  if (geoid_) {
+    double geoidHeight[kBatchBlock];
+    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    for (std::size_t i = 0; i < p.count; ++i) heights[i] = p.h[i] - geoidHeight[i];
+    p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(heights[i]); });
+  }
+  for (const ChainShift& step : heights_) {
+    double x[kBatchBlock], y[kBatchBlock];
+    std::copy_n(p.x, p.count, x);
+    std::copy_n(p.y, p.count, y);
+    RunShift(step, true, x, y, heights, p.count);
+    p.FailWhere(ChainStep::verticalShift,
+                [&](std::size_t i) { return !std::isfinite(heights[i]); });
+  }
+}
+
+// Heights of the local system to ellipsoidal ones at the points, NaN where there are none.
+void CoordinateChain::RaiseHeights(Block& p, double* heights) const {
+  for (auto step = heights_.rbegin(); step != heights_.rend(); ++step) {
+    double x[kBatchBlock], y[kBatchBlock];
+    std::copy_n(p.x, p.count, x);
+    std::copy_n(p.y, p.count, y);
+    RunShift(*step, false, x, y, heights, p.count);
+    p.FailWhere(ChainStep::verticalShift,
+                [&](std::size_t i) { return !std::isfinite(heights[i]); });
+  }
+  if (!geoid_) return;
+  double geoidHeight[kBatchBlock];
+  geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+  for (std::size_t i = 0; i < p.count; ++i) heights[i] += geoidHeight[i];
+}
+
+// Shifts of grid coordinates.
+void CoordinateChain::ShiftPlane(Block& p, bool toLocal) const {
+  const auto run = [&](const ChainShift& step) {
+    p.Check(ChainStep::planeShift, RunShift(step, toLocal, p.x, p.y, p.h, p.count));
+  };
+  if (toLocal)
+    std::for_each(afterProjection_.begin(), afterProjection_.end(), run);
+  else
+    std::for_each(afterProjection_.rbegin(), afterProjection_.rend(), run);
+}
+
+bool CoordinateChain::AddShift(ShiftPlace place, const ChainShift& shift) {
+  if (!shift.shift) return false;
+  const ShiftSpace space = shift.shift->Space();
+  switch (place) {
+    case ShiftPlace::beforeDatum:
+    case ShiftPlace::afterDatum:
+      if (space == ShiftSpace::plane) return false;
+      break;
+    case ShiftPlace::heights:
+      if (space != ShiftSpace::geographic) return false;
+      break;
+    case ShiftPlace::afterProjection:
+      if (space != ShiftSpace::plane) return false;
+      break;
+  }
+  (this->*ListOf(place)).push_back(shift);
+  return true;
+}
+
+const std::vector<ChainShift>& CoordinateChain::GetShifts(ShiftPlace place) const {
+  return this->*ListOf(place);
+}
+
+std::vector<ChainShift> CoordinateChain::*CoordinateChain::ListOf(ShiftPlace place) {
+  switch (place) {
+    case ShiftPlace::beforeDatum:
+      return &CoordinateChain::beforeDatum_;
+    case ShiftPlace::afterDatum:
+      return &CoordinateChain::afterDatum_;
+    case ShiftPlace::heights:
+      return &CoordinateChain::heights_;
+    default:
+      return &CoordinateChain::afterProjection_;
+  }
 }
 
 void CoordinateChain::ToLocalBlock(Block& p) const {
   p.TurnGeographic(projection_, kToInternal);
   p.CheckLatitudes(ChainStep::input);
 
-  const bool geoidFirst = geoid_ && geoidFrame_ == GeoidFrame::global;
-  double aboveGeoid[kBatchBlock];
-  const auto subtractGeoid = [&] {
-    double geoidHeight[kBatchBlock];
-    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
-    for (std::size_t i = 0; i < p.count; ++i) aboveGeoid[i] = p.h[i] - geoidHeight[i];
-    p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(aboveGeoid[i]); });
-  };
-
-  if (geoidFirst) subtractGeoid();
-  if (datum_) DatumToLocal(p);
-  if (geoid_ && !geoidFirst) subtractGeoid();
-  if (geoid_) std::copy_n(aboveGeoid, p.count, p.h);
+  const bool atGlobal = HasHeights() && geoidFrame_ == GeoidFrame::global;
+  double heights[kBatchBlock];
+  if (atGlobal) LowerHeights(p, heights);
+  if (MovesPositions()) DatumToLocal(p);
+  if (HasHeights() && !atGlobal) LowerHeights(p, heights);
+  if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
   if (projection_) GlobalToGrid(p);
+  ShiftPlane(p, true);
   GridToSite(p);
   p.TurnGrid(projection_, kToUser);
 }
@@ -204,12 +359,12 @@ void CoordinateChain::SiteToGrid(Block& p) const {
 // Where the geoid belongs to the global ellipsoid, its height is needed at a global position that
 // depends, weakly, on the ellipsoidal height that is sought: a fixed point. Every round carries
 // the point to the global ellipsoid with the height so far, compares the height that comes out
-// with H + N there, and corrects by the difference. Without a datum, or with a geoid on the local
-// ellipsoid, position and height stand on one ellipsoid and H + N is the answer.
+// with H + N there, and corrects by the difference. Where nothing moves positions, or with a geoid on
+// the local ellipsoid, position and height stand on one ellipsoid and H + N is the answer.
 void CoordinateChain::HeightToEllipsoid(Block& p) const {
-  const bool sameEllipsoid = !datum_ || geoidFrame_ == GeoidFrame::local;
+  const bool samePosition = !MovesPositions() || geoidFrame_ == GeoidFrame::local;
   double b[kBatchBlock], l[kBatchBlock], aboveGeoid[kBatchBlock], ellipsoidal[kBatchBlock];
-  double geoidHeight[kBatchBlock];
+  double wanted[kBatchBlock];
   std::copy_n(p.x, p.count, b);
   std::copy_n(p.y, p.count, l);
   std::copy_n(p.h, p.count, aboveGeoid);
@@ -217,18 +372,18 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
 
   double rest[kBatchBlock];
   for (int round = 0; round < kMaxHeightRounds; ++round) {
-    if (!sameEllipsoid) {
+    if (!samePosition) {
       std::copy_n(b, p.count, p.x);
       std::copy_n(l, p.count, p.y);
       std::copy_n(ellipsoidal, p.count, p.h);
       DatumToGlobal(p);
     }
-    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    std::copy_n(aboveGeoid, p.count, wanted);
+    RaiseHeights(p, wanted);
     double worst = 0;
     for (std::size_t i = 0; i < p.count; ++i) {
-      const double wanted = aboveGeoid[i] + geoidHeight[i];
-      rest[i] = sameEllipsoid ? 0 : wanted - p.h[i];
-      p.h[i] = wanted;
+      rest[i] = samePosition ? 0 : wanted[i] - p.h[i];
+      p.h[i] = wanted[i];
       ellipsoidal[i] += rest[i];
     }
     p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(p.h[i]); });
@@ -238,17 +393,18 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
   }
   p.FailWhere(ChainStep::geoid,
               [&](std::size_t i) { return !(std::abs(rest[i]) <= kHeightTolerance); });
-  if (datum_ && sameEllipsoid) DatumToGlobal(p);
+  if (MovesPositions() && samePosition) DatumToGlobal(p);
 }
 
 void CoordinateChain::ToGlobalBlock(Block& p) const {
   p.TurnGrid(projection_, kToInternal);
   SiteToGrid(p);
+  ShiftPlane(p, false);
   if (projection_) GridToGlobal(p);
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
-  if (geoid_)
+  if (HasHeights())
     HeightToEllipsoid(p);
-  else if (datum_)
+  else if (MovesPositions())
     DatumToGlobal(p);
   p.TurnGeographic(projection_, kToUser);
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <vector>
 
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/geoid_height.h"
@@ -9,6 +10,7 @@
 #include "geomath/local/grid_to_ground.h"
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
+#include "geomath/shift/coordinate_shift.h"
 
 namespace zel_cs::geomath {
 
@@ -23,6 +25,10 @@ enum class ChainStep : unsigned char {
   geoid,            ///< the geoid height: no height at the position
   localization,     ///< the site calibration: not set up, or heights alone taken back
   ground,           ///< the ground system
+  geographicShift,  ///< a shift of latitudes and longitudes
+  geocentricShift,  ///< a shift of geocentric coordinates
+  verticalShift,    ///< a shift of heights beside the geoid
+  planeShift,       ///< a shift of grid coordinates
 };
 
 /// The step in words for a report: "the datum", "the projection", …
@@ -41,6 +47,35 @@ enum class GeoidFrame : unsigned char {
   local,   ///< heights above the datum's ellipsoid, at positions on it
 };
 
+/// Where in a chain a shift stands, on the way from global to local.
+enum class ShiftPlace : unsigned char {
+  beforeDatum,      ///< geographic and geocentric shifts on the global side of the seven parameters
+  afterDatum,       ///< those on the local side; without a datum the places are one
+  heights,          ///< geographic shifts of which only the height counts: behind the geoid, at
+                    ///< positions of its frame (which SetGeoid states also without a geoid)
+  afterProjection,  ///< plane shifts of north, east and height, in these axes
+};
+
+/// Which way a shift is run from global to local; the other way back.
+enum class ShiftDirection : unsigned char {
+  forward,  ///< its source system is on the global side
+  inverse,  ///< its target system is
+};
+
+/// What becomes of a point that a shift does not reach.
+enum class ShiftOutside : unsigned char {
+  refuse,       ///< it fails, also where the shift has a fall-back
+  extrapolate,  ///< it takes the fall-back of the shift, and fails without one
+  unchanged,    ///< it stays as it is
+};
+
+/// A shift as a step of a chain.
+struct ChainShift {
+  const CoordinateShift* shift = nullptr;              ///< not owned
+  ShiftDirection direction = ShiftDirection::forward;  ///< from global to local
+  ShiftOutside outside = ShiftOutside::refuse;         ///< by the definition of the system
+};
+
 /// A whole conversion as one object: global geodetic coordinates (B, L, H) to the local grid
 /// (N, E, H) and back.
 ///
@@ -49,6 +84,11 @@ enum class GeoidFrame : unsigned char {
 ///
 /// A geoid, when one is set, turns the ellipsoidal height H into a height above the geoid on the
 /// way out and back into an ellipsoidal one on the way in.
+///
+/// Shifts stand between these steps (AddShift), any number in each place, run in the order in which
+/// they were added. Around the datum, geodetic coordinates become geocentric and back where the next
+/// step needs it: on the global ellipsoid before the datum and without one, on the datum's ellipsoid
+/// behind it; a Datum without parameters changes the ellipsoid alone.
 ///
 /// The steps are pointers to objects of the host, which keeps them alive and unchanged while the
 /// chain runs; a step that is null is left out:
@@ -101,6 +141,12 @@ class GEOMATH_API CoordinateChain {
   const GridToGround* GetGround() const { return ground_; }
   void SetGround(const GridToGround* ground) { ground_ = ground; }
 
+  /// Puts a shift behind those in its place. False, nothing added, when it is null or of a space
+  /// that has no business there.
+  bool AddShift(ShiftPlace place, const ChainShift& shift);
+  /// The shifts in a place.
+  const std::vector<ChainShift>& GetShifts(ShiftPlace place) const;
+
   /// In place, global (B, L, H) to local (N, E, H). On failure the arguments are unchanged.
   ChainResult ToLocal(double& b, double& l, double& h) const;
   /// In place, local (N, E, H) to global (B, L, H). On failure the arguments are unchanged.
@@ -120,12 +166,20 @@ class GEOMATH_API CoordinateChain {
 
  private:
   struct Block;
+  class Frame;
   using BlockStep = void (CoordinateChain::*)(Block&) const;
 
   void ToLocalBlock(Block& block) const;
   void ToGlobalBlock(Block& block) const;
+  static std::vector<ChainShift> CoordinateChain::*ListOf(ShiftPlace place);
+
   void DatumToLocal(Block& block) const;
   void DatumToGlobal(Block& block) const;
+  bool MovesPositions() const { return datum_ || !beforeDatum_.empty() || !afterDatum_.empty(); }
+  bool HasHeights() const { return geoid_ || !heights_.empty(); }
+  void LowerHeights(Block& block, double* heights) const;
+  void RaiseHeights(Block& block, double* heights) const;
+  void ShiftPlane(Block& block, bool toLocal) const;
   void HeightToEllipsoid(Block& block) const;
   template <class Convert>
   static std::size_t KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
@@ -144,6 +198,7 @@ class GEOMATH_API CoordinateChain {
   GeoidFrame geoidFrame_ = GeoidFrame::global;
   const LocalToGrid* localization_ = nullptr;
   const GridToGround* ground_ = nullptr;
+  std::vector<ChainShift> beforeDatum_, afterDatum_, heights_, afterProjection_;
 };
 
 }  // namespace zel_cs::geomath
