@@ -11,11 +11,13 @@ namespace zel_cs::geomath {
 /// ShiftStatus::notInvertible.
 class GEOMATH_API AffineTransformation : public CoordinateShift {
  public:
-  /// The published parameters, by their names; those of an inverse are not rounded anew.
+  /// The published parameters.
   struct Parameters {
+    /// By their names.
     double a0 = 0, a1 = 1, a2 = 0;
     double b0 = 0, b1 = 0, b2 = 1;
   };
+  /// Any finite set.
   explicit AffineTransformation(const Parameters& parameters)
       : CoordinateShift(ShiftSpace::plane), p_(parameters) {}
 

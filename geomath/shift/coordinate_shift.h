@@ -72,9 +72,8 @@ class GEOMATH_API CoordinateShift {
   /// Points that go through a block together, at most.
   static constexpr std::size_t kMaxPoints = 256;
 
+  /// A shift of coordinates of this kind.
   explicit CoordinateShift(ShiftSpace space) : space_(space) {}
-  CoordinateShift(const CoordinateShift&) = default;
-  CoordinateShift& operator=(const CoordinateShift&) = default;
 
  private:
   /// Converts at most kMaxPoints points in place, whose status is ShiftStatus::converted so far, and

@@ -31,8 +31,9 @@ struct Ntv2Error {
 
 /// What the overview of an NTv2 file says, without trailing blanks.
 struct Ntv2Overview {
+  /// Texts as stored; semi-axes in metres.
   std::string version, systemFrom, systemTo;
-  double majorFrom = 0, minorFrom = 0, majorTo = 0, minorTo = 0;  ///< semi-axes, metres
+  double majorFrom = 0, minorFrom = 0, majorTo = 0, minorTo = 0;
 };
 
 /// Reads a horizontal shift grid from an NTv2 file (National Transformation version 2, Geomatics

@@ -27,26 +27,36 @@ enum class ShiftInterpolation : unsigned char {
 /// One grid of nodes; several of them may be nested or stand side by side. Positions are those of
 /// the grid's space: radians north and east positive, or metres.
 struct ShiftGridPart {
-  std::string name;               ///< for reports
-  int level = 0;                  ///< 0 for a grid on its own, 1 inside of that, and so on
-  double south = 0, west = 0;     ///< the first node
-  double northStep = 0;           ///< between rows, positive
-  double eastStep = 0;            ///< between columns, positive
-  int rows = 0, columns = 0;      ///< at least 2 each, 3 for the biquadratic rule
-  std::vector<float> values;      ///< rows from the south, from west to east in a row; the
-                                  ///< components of a node side by side; NaN is a hole
-  std::vector<float> accuracies;  ///< as values, or empty
+  /// For reports.
+  std::string name;
+  /// 0 for a grid on its own, 1 for one inside of that, and so on.
+  int level = 0;
+  /// The first node.
+  double south = 0, west = 0;
+  /// Between rows and between columns, positive.
+  double northStep = 0, eastStep = 0;
+  /// At least 2 each, 3 for the biquadratic rule.
+  int rows = 0, columns = 0;
+  /// Rows from the south, from west to east in a row, the components of a node side by side; NaN is
+  /// a hole.
+  std::vector<float> values;
+  /// As values, or empty.
+  std::vector<float> accuracies;
 };
 
 /// What a ShiftGrid is made of.
 struct ShiftGridDefinition {
-  ShiftSpace space = ShiftSpace::geographic;  ///< geographic, or plane
+  /// Geographic, or plane.
+  ShiftSpace space = ShiftSpace::geographic;
+  /// What the nodes hold, and how they are interpolated.
   ShiftComponents components = ShiftComponents::horizontal;
   ShiftInterpolation interpolation = ShiftInterpolation::bilinear;
-  double horizontalUnit = 1;  ///< radians or metres in one unit of north and east values
-  double verticalUnit = 1;    ///< metres in one unit of height values
-  double northOffset = 0, eastOffset = 0;  ///< added to every shifted point, in the space's unit
-  std::vector<ShiftGridPart> parts;        ///< in any order
+  /// Radians or metres in one unit of north and east values, metres in one of height values.
+  double horizontalUnit = 1, verticalUnit = 1;
+  /// Added to every shifted point, in the unit of the space.
+  double northOffset = 0, eastOffset = 0;
+  /// In any order.
+  std::vector<ShiftGridPart> parts;
 };
 
 /// A shift that is interpolated in a grid of nodes at the position of the source point: target =

@@ -26,6 +26,7 @@ enum class TriangulationFallback : unsigned char {
 /// A vertex: its position in the source and in the target system (radians or metres), and what is
 /// added to heights (metres). A part that the triangulation does not transform is not looked at.
 struct TriangulationVertex {
+  /// In the source system, in the target system, and the offset.
   double north = 0, east = 0;
   double targetNorth = 0, targetEast = 0;
   double heightOffset = 0;
@@ -33,11 +34,14 @@ struct TriangulationVertex {
 
 /// What a Triangulation is made of.
 struct TriangulationDefinition {
-  ShiftSpace space = ShiftSpace::plane;  ///< geographic, or plane
+  /// Geographic, or plane.
+  ShiftSpace space = ShiftSpace::plane;
+  /// What is transformed, and how points outside are.
   ShiftComponents components = ShiftComponents::horizontal;
   TriangulationFallback fallback = TriangulationFallback::none;
+  /// Triangles are numbers of vertices, in any order.
   std::vector<TriangulationVertex> vertices;
-  std::vector<std::array<std::uint32_t, 3>> triangles;  ///< numbers of vertices, in any order
+  std::vector<std::array<std::uint32_t, 3>> triangles;
 };
 
 /// A transformation that is affine in each triangle of a network: the target position, the height

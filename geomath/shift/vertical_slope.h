@@ -14,11 +14,13 @@ class GEOMATH_API VerticalSlope : public CoordinateShift {
  public:
   /// The parameters: radians and metres.
   struct Parameters {
-    double latitude0 = 0, longitude0 = 0;  ///< the evaluation point
-    double offset = 0;                     ///< A, metres
-    double slopeLatitude = 0;              ///< ζφ, the inclination along meridians
-    double slopeLongitude = 0;             ///< ζλ, the inclination along parallels
+    /// The evaluation point.
+    double latitude0 = 0, longitude0 = 0;
+    double offset = 0;          ///< A, metres
+    double slopeLatitude = 0;   ///< ζφ, the inclination along meridians
+    double slopeLongitude = 0;  ///< ζλ, the inclination along parallels
   };
+  /// The ellipsoid gives the radii of curvature; it is not kept.
   VerticalSlope(const Ellipsoid& ellipsoid, const Parameters& parameters);
 
  private:
