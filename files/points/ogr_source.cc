@@ -29,6 +29,7 @@ class OgrSource : public PointSource {
  public:
   OgrSource(const std::string& path, const std::string& layer) {
     name_ = path;
+    RequireLocalPath(path);
     static_cast<void>(OpenInput(path));  // says plainly why a file cannot be read
     dataset_ = OpenPointFile(path);
     if (!dataset_)

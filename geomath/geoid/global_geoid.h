@@ -67,7 +67,7 @@ class GEOMATH_API GlobalGeoidScratch {
 class GEOMATH_API GlobalGeoid {
  public:
   /// The arrays of the record must outlive the model and its copies.
-  explicit GlobalGeoid(const GlobalGeoidData& data);
+  GlobalGeoid(const GlobalGeoidData& data);
   /// The same from the members of a record.
   GlobalGeoid(int count, const double* C, const double* S, bool flag, double value,
               const double* correctionC, const double* correctionS);

@@ -12,7 +12,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API RegGeoid3x3NWInterpalation : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.
-  explicit RegGeoid3x3NWInterpalation(const RegionalGeoidData& data);
+  RegGeoid3x3NWInterpalation(const RegionalGeoidData& data);
   /// Constructed as RegionalGeoid is.
   RegGeoid3x3NWInterpalation(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                              const wchar_t* datumName, const wchar_t* interpolationType);

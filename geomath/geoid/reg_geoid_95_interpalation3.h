@@ -10,7 +10,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API RegGeoid95Interpalation3 : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.
-  explicit RegGeoid95Interpalation3(const RegionalGeoidData& data);
+  RegGeoid95Interpalation3(const RegionalGeoidData& data);
   /// Constructed as RegionalGeoid is.
   RegGeoid95Interpalation3(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                            const wchar_t* datumName, const wchar_t* interpolationType);

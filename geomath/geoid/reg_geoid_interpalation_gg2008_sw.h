@@ -16,7 +16,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API RegGeoidInterpalation_GG2008SW : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.
-  explicit RegGeoidInterpalation_GG2008SW(const RegionalGeoidData& data);
+  RegGeoidInterpalation_GG2008SW(const RegionalGeoidData& data);
   /// Constructed as RegionalGeoid is.
   RegGeoidInterpalation_GG2008SW(const TGridRgn& grid, int NX, int NY, const void* data,
                                  double DISMOD, const wchar_t* datumName,

@@ -21,7 +21,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API RegGeoidKrigingIntrp : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.
-  explicit RegGeoidKrigingIntrp(const RegionalGeoidData& data);
+  RegGeoidKrigingIntrp(const RegionalGeoidData& data);
   /// Constructed as RegionalGeoid is.
   RegGeoidKrigingIntrp(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                        const wchar_t* datumName, const wchar_t* interpolationType);

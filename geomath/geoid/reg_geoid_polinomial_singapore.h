@@ -24,7 +24,7 @@ namespace zel_cs::geomath {
 class GEOMATH_API RegGeoidPolinomialSingapore : public RegionalGeoid {
  public:
   /// Constructed as RegionalGeoid is.
-  explicit RegGeoidPolinomialSingapore(const RegionalGeoidData& data);
+  RegGeoidPolinomialSingapore(const RegionalGeoidData& data);
   /// Constructed as RegionalGeoid is.
   RegGeoidPolinomialSingapore(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                               const wchar_t* datumName, const wchar_t* interpolationType);

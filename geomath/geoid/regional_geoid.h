@@ -26,7 +26,7 @@ struct GridQuery;
 class GEOMATH_API RegionalGeoid {
  public:
   /// The values of the record stay the caller's and must outlive the model and its copies.
-  explicit RegionalGeoid(const RegionalGeoidData& data);
+  RegionalGeoid(const RegionalGeoidData& data);
   /// From the members of a record: value size 4, scale 1, no padding.
   RegionalGeoid(const TGridRgn& grid, int NX, int NY, const void* data, double DISMOD,
                 const wchar_t* datumName, const wchar_t* interpolationType);

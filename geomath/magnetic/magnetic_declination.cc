@@ -76,12 +76,13 @@ bool TMagneticDeclination::loadDefaultMagModels(WMMtype_MagneticModel** out) con
   return true;
 }
 
+// Never destroyed: a host's statics may ask in their destructors.
 const MagneticField& TMagneticDeclination::builtInField() const {
-  static const MagneticField field = [this] {
+  static const MagneticField& field = *[this] {
     WMMtype_MagneticModel* record = nullptr;
     if (!loadDefaultMagModels(&record)) throw std::bad_alloc();
     const std::unique_ptr<WMMtype_MagneticModel> model(record);
-    return MagneticField(*model, model->epoch);
+    return new MagneticField(*model, model->epoch);
   }();
   return field;
 }

@@ -143,7 +143,8 @@ def test_axes_turn_the_answer_of_north_and_east(control: Any, grid: str, geograp
     assert result.localization == wanted.localization
     np.testing.assert_array_equal(result.residuals, wanted.residuals)
     n, e, h = wanted.chain.to_local(52.5, 5.6, 40)
-    local = result.chain.to_local(*turned(geographic, (52.5, 5.6)), 40)
+    first, second = turned(geographic, (52.5, 5.6))
+    local = result.chain.to_local(first, second, 40)
     assert local == pytest.approx((*turned(grid, (n, e)), h), abs=1e-8)
     back = result.chain.to_global(*local)
     assert back == pytest.approx((*turned(geographic, (52.5, 5.6)), 40), abs=1e-8)

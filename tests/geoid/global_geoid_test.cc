@@ -21,6 +21,9 @@
 namespace zel_cs::geomath {
 namespace {
 
+// As callers may spell it: a record where a model is wanted.
+static_assert(std::is_convertible_v<GlobalGeoidData, GlobalGeoid>);
+
 using tolerance::kDegree;
 
 // The promise against the term by term evaluation; measured 2.8e-13 m to degree 36

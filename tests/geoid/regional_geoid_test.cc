@@ -19,6 +19,9 @@
 namespace zel_cs::geomath {
 namespace {
 
+// As callers may spell it: a record where a model is wanted.
+static_assert(std::is_convertible_v<RegionalGeoidData, RegionalGeoid>);
+
 using tolerance::kDegree;
 
 double Plane(int row, int column) { return row + 10.0 * column; }
