@@ -12,7 +12,8 @@ namespace zel_cs::geomath {
 /// that a scheme places around a point is whole.
 struct ClosedGrid {
   TGridRgn grid;             ///< radians, wider than a turn
-  int NX, NY;                ///< columns and rows
+  int NX;                    ///< columns
+  int NY;                    ///< rows
   int repeated;              ///< columns before the first one of the grid that was given
   std::vector<float> nodes;  ///< rows in the order given
 };

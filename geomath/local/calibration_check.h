@@ -32,9 +32,11 @@ struct CalibrationDeviations {
   double aE;        ///< of the slope towards east
 };
 
-/// A horizontal calibration in three figures: scale, rotation (radians), rms of the residuals (metres).
+/// A horizontal calibration in three figures.
 struct CalibrationFit {
-  double scale, rotation, rms;
+  double scale;     ///< of the site
+  double rotation;  ///< radians
+  double rms;       ///< of the residuals, metres
 };
 
 /// What is weak about a calibration.

@@ -97,6 +97,7 @@ class GEOMATH_API TProjectionType : public zel_cs::geomath::OnHostHeap {
   TProjectionType();
   /// Copies share the description.
   TProjectionType(const TProjectionType&);
+  /// Shares the description of the other.
   TProjectionType& operator=(const TProjectionType&);
   virtual ~TProjectionType();
 
