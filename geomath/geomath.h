@@ -15,6 +15,7 @@
 #include "geomath/datum/datum.h"
 #include "geomath/datum/datum_molodenskiy.h"
 #include "geomath/datum/procedural.h"
+#include "geomath/geodesic/geodesic.h"
 #include "geomath/geoid/boehm.h"
 #include "geomath/geoid/close_seam.h"
 #include "geomath/geoid/geoid_status.h"
