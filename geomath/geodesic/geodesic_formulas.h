@@ -48,7 +48,7 @@ struct GeodesicFormulas {
   static GEOMATH_INLINE double Azimuth(double east, double north) {
     const double alpha = Math::Atan2(east, north);
     const double turned = alpha < 0 ? alpha + kTwoPi : alpha + 0.0;
-    return turned < kTwoPi ? turned : 0.0;
+    return turned >= kTwoPi ? 0.0 : turned;
   }
 
   /// y and x to the sine and cosine of their angle; zero and zero stay.

@@ -1,0 +1,185 @@
+#include "geomath/geodesic/grid_line.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "geomath/base/angle.h"
+
+namespace zel_cs::geomath {
+namespace {
+
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr std::size_t kBlock = 64;  // lines whose geodesics are solved together
+
+double FullTurn(double angle) {
+  const double turned = angle < 0 ? angle + kTwoPi : angle;
+  return turned >= kTwoPi ? 0.0 : turned;
+}
+
+// M and N of an ellipsoid at a latitude.
+struct Radii {
+  double M, N;
+};
+Radii RadiiAt(const Ellipsoid& ell, double b) {
+  const double s = std::sin(b), w2 = 1 - ell.e2 * s * s, N = ell.a / std::sqrt(w2);
+  return {N * (1 - ell.e2) / w2, N};
+}
+
+}  // namespace
+
+struct GridLines::End {
+  GridPosition at;
+  double b, l, height;
+  double x, y, z;
+  PointFactors factors;
+};
+
+GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
+    : proj_(&proj), geoid_(geoid), geodesic_(proj.GetEllipsoid()) {}
+
+// Where the series of a class leave more than rounding between its two directions, the inverse is
+// repeated with what they differ by: the position is the one that is mapped to `at`.
+bool GridLines::Locate(const GridPosition& at, End& end) const {
+  constexpr double kRounding = 1e-8, kUnrelated = 1;  // metres
+  end.at = at;
+  end.b = at.n, end.l = at.e;
+  if (!proj_->InversePoint(end.b, end.l)) return false;
+  double n = end.b, e = end.l;
+  end.factors = {kNaN, kNaN};
+  if (!proj_->ForwardPoint(n, e, &end.factors)) return false;
+  const double restN = at.n - n, restE = at.e - e, rest = std::hypot(restN, restE);
+  if (!(rest < kUnrelated)) return false;
+  if (rest > kRounding) {
+    end.b = at.n + restN, end.l = at.e + restE;
+    if (!proj_->InversePoint(end.b, end.l)) return false;
+  }
+  double undulation = 0;
+  if (geoid_ && !geoid_->Height(end.b, end.l, undulation)) return false;
+  end.height = at.h + undulation;
+  end.x = end.b, end.y = end.l, end.z = end.height;
+  return proj_->GetEllipsoid().BLH_to_XYZ(end.x, end.y, end.z);
+}
+
+void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& geodesic,
+                         GridLine& line) const {
+  const double dn = to.at.n - from.at.n, de = to.at.e - from.at.e;
+  const double chord = std::atan2(de, dn);
+  // T of the arc at each end, and the chord's direction from there.
+  const auto arcToChord = [](double direction, double azimuth, double convergence) {
+    return std::remainder(direction - (azimuth - convergence), kTwoPi);
+  };
+  line.gridDistance = std::hypot(dn, de);
+  line.gridBearing = FullTurn(chord);
+  line.geodesicDistance = geodesic.distance;
+  line.azimuth = geodesic.azimuth;
+  line.backAzimuth = geodesic.backAzimuth;
+  line.scale1 = from.factors.scale;
+  line.scale2 = to.factors.scale;
+  line.convergence1 = from.factors.convergence;
+  line.convergence2 = to.factors.convergence;
+  line.arcToChord1 = arcToChord(chord, geodesic.azimuth, from.factors.convergence);
+  line.arcToChord2 = arcToChord(chord + kPi, geodesic.backAzimuth, to.factors.convergence);
+  line.lineScale = line.gridDistance / line.geodesicDistance;
+
+  const double turn = std::remainder(geodesic.backAzimuth - kPi - geodesic.azimuth, kTwoPi);
+  const double R =
+      RadiusInAzimuth(proj_->GetEllipsoid(), (from.b + to.b) / 2, geodesic.azimuth + turn / 2);
+  line.height1 = from.height;
+  line.height2 = to.height;
+  line.elevationFactor = R / (R + (from.height + to.height) / 2);
+  line.combinedFactor = line.lineScale * line.elevationFactor;
+  line.groundDistance = line.geodesicDistance / line.elevationFactor;
+  line.slopeDistance = std::hypot(to.x - from.x, to.y - from.y, to.z - from.z);
+}
+
+bool GridLines::Position(const GridPosition& at, double& b, double& l) const {
+  End end;
+  if (!Locate(at, end)) return false;
+  b = end.b;
+  l = end.l;
+  return true;
+}
+
+bool GridLines::Between(const GridPosition& from, const GridPosition& to, GridLine& line) const {
+  End first, second;
+  if (!Locate(from, first) || !Locate(to, second)) return false;
+  const GeodesicMeasure geodesic = geodesic_.Inverse(first.b, first.l, second.b, second.l);
+  Describe(first, second, geodesic, line);
+  return std::isfinite(geodesic.distance);
+}
+
+std::size_t GridLines::Between(const GridPosition* from, const GridPosition* to, GridLine* lines,
+                               std::size_t count) const {
+  constexpr GridLine kFailed = {kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN,
+                                kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN};
+  End first[kBlock] = {}, second[kBlock] = {};
+  double b1[kBlock], l1[kBlock], b2[kBlock], l2[kBlock], distance[kBlock], azimuth[kBlock],
+      back[kBlock];
+  std::size_t reduced = 0;
+  for (std::size_t start = 0; start < count; start += kBlock) {
+    const std::size_t n = std::min(kBlock, count - start);
+    for (std::size_t i = 0; i < n; ++i) {
+      const bool located = Locate(from[start + i], first[i]) && Locate(to[start + i], second[i]);
+      b1[i] = located ? first[i].b : kNaN, l1[i] = first[i].l;
+      b2[i] = second[i].b, l2[i] = second[i].l;
+    }
+    geodesic_.InverseBatch(b1, l1, b2, l2, distance, azimuth, back, n);
+    for (std::size_t i = 0; i < n; ++i) {
+      GridLine& line = lines[start + i];
+      line = kFailed;
+      if (std::isnan(distance[i])) continue;
+      Describe(first[i], second[i], {distance[i], azimuth[i], back[i]}, line);
+      ++reduced;
+    }
+  }
+  return reduced;
+}
+
+double GridLines::AzimuthOfBearing(const GridPosition& from, double bearing) const {
+  End end;
+  return Locate(from, end) ? FullTurn(std::remainder(bearing + end.factors.convergence, kTwoPi))
+                           : kNaN;
+}
+
+double GridLines::AzimuthTo(const GridPosition& from, const GridPosition& to) const {
+  GridLine line;
+  return Between(from, to, line) ? line.azimuth : kNaN;
+}
+
+double RadiusInAzimuth(const Ellipsoid& ellipsoid, double b, double azimuth) {
+  const auto [M, N] = RadiiAt(ellipsoid, b);
+  const double c = std::cos(azimuth), s = std::sin(azimuth);
+  return M * N / (c * c * N + s * s * M);
+}
+
+double SlopeToEllipsoid(double slope, double h1, double h2, double R) {
+  const double rise = h2 - h1;
+  const double chord2 = (slope - rise) * (slope + rise) / ((1 + h1 / R) * (1 + h2 / R));
+  return 2 * R * std::asin(std::sqrt(chord2) / (2 * R));
+}
+
+double Deflection::AzimuthCorrection(double b) const { return -eta * std::tan(b); }
+
+double Deflection::DirectionCorrection(double azimuth, double zenith) const {
+  return -(xi * std::sin(azimuth) - eta * std::cos(azimuth)) / std::tan(zenith);
+}
+
+double Deflection::ZenithCorrection(double azimuth) const {
+  return xi * std::cos(azimuth) + eta * std::sin(azimuth);
+}
+
+bool DeflectionAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid, double b, double l,
+                  double h, Deflection& deflection) {
+  constexpr double kHalfStep = 125;  // metres on the ground
+  const auto [M, N] = RadiiAt(ellipsoid, b);
+  const double north = M + h, east = (N + h) * std::cos(b);
+  const double db = kHalfStep / north, dl = kHalfStep / east;
+  double northern, southern, eastern, western;
+  if (!geoid.Height(b + db, l, northern) || !geoid.Height(b - db, l, southern)) return false;
+  if (!geoid.Height(b, l + dl, eastern) || !geoid.Height(b, l - dl, western)) return false;
+  deflection = {-(northern - southern) / (2 * kHalfStep), -(eastern - western) / (2 * kHalfStep)};
+  return true;
+}
+
+}  // namespace zel_cs::geomath
