@@ -18,7 +18,8 @@ inline constexpr double kRadPerArcSecond = 4.84813681109536e-06;  // π/(180·36
 
 /// Brings x into [−bound, bound] by steps of 2·bound, at most two in each direction; a value still
 /// outside after them is returned as it is. Without branches, for columns.
-GEOMATH_INLINE double FoldAngle(double x, double bound) {
+template <class Real>
+GEOMATH_INLINE Real FoldAngle(Real x, double bound) {
   const double turn = bound + bound;
   x = x > bound ? x - turn : x;
   x = x > bound ? x - turn : x;
@@ -28,7 +29,10 @@ GEOMATH_INLINE double FoldAngle(double x, double bound) {
 }
 
 /// SetValue(x, 1) inline: a longitude difference folded into [−π, π].
-GEOMATH_INLINE double FoldTurn(double x) { return FoldAngle(x, kPi); }
+template <class Real>
+GEOMATH_INLINE Real FoldTurn(Real x) {
+  return FoldAngle(x, kPi);
+}
 
 /// Brings an angle (radians) into range: [−π, π] when `kind` is not 0, by steps of 2π; [−π/2, π/2]
 /// when it is 0, by steps of π (shifted, not reflected). The bounds belong to the range. At most

@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "geomath/base/angle.h"
+#include "geomath/geodesic/distortion.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -32,7 +33,19 @@ struct GridLines::End {
   GridPosition at;
   double b, l, height;
   double x, y, z;
-  PointFactors factors;
+  UnitImages images;  // NaN where the class has no derivatives
+
+  // A direction of the geodesic in the grid: its bearing T and its scale.
+  struct InGrid {
+    double bearing, scale;
+  };
+  InGrid Image(double azimuth) const {
+    const double c = std::cos(azimuth), s = std::sin(azimuth);
+    const double north = c * images.northN + s * images.eastN;
+    const double east = c * images.northE + s * images.eastE;
+    return {std::atan2(east, north), std::hypot(north, east)};
+  }
+  double Convergence() const { return -std::atan2(images.northE, images.northN); }
 };
 
 GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
@@ -46,14 +59,16 @@ bool GridLines::Locate(const GridPosition& at, End& end) const {
   end.b = at.n, end.l = at.e;
   if (!proj_->InversePoint(end.b, end.l)) return false;
   double n = end.b, e = end.l;
-  end.factors = {kNaN, kNaN};
-  if (!proj_->ForwardPoint(n, e, &end.factors)) return false;
+  if (!proj_->ForwardPoint(n, e)) return false;
   const double restN = at.n - n, restE = at.e - e, rest = std::hypot(restN, restE);
   if (!(rest < kUnrelated)) return false;
   if (rest > kRounding) {
     end.b = at.n + restN, end.l = at.e + restE;
     if (!proj_->InversePoint(end.b, end.l)) return false;
   }
+  GridDerivatives derivatives = {kNaN, kNaN, kNaN, kNaN};
+  proj_->ForwardDerivatives(end.b, end.l, derivatives);
+  end.images = UnitImagesOf(derivatives, proj_->GetEllipsoid(), end.b);
   double undulation = 0;
   if (geoid_ && !geoid_->Height(end.b, end.l, undulation)) return false;
   end.height = at.h + undulation;
@@ -65,21 +80,18 @@ void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& 
                          GridLine& line) const {
   const double dn = to.at.n - from.at.n, de = to.at.e - from.at.e;
   const double chord = std::atan2(de, dn);
-  // T of the arc at each end, and the chord's direction from there.
-  const auto arcToChord = [](double direction, double azimuth, double convergence) {
-    return std::remainder(direction - (azimuth - convergence), kTwoPi);
-  };
+  const End::InGrid arc1 = from.Image(geodesic.azimuth), arc2 = to.Image(geodesic.backAzimuth);
   line.gridDistance = std::hypot(dn, de);
   line.gridBearing = FullTurn(chord);
   line.geodesicDistance = geodesic.distance;
   line.azimuth = geodesic.azimuth;
   line.backAzimuth = geodesic.backAzimuth;
-  line.scale1 = from.factors.scale;
-  line.scale2 = to.factors.scale;
-  line.convergence1 = from.factors.convergence;
-  line.convergence2 = to.factors.convergence;
-  line.arcToChord1 = arcToChord(chord, geodesic.azimuth, from.factors.convergence);
-  line.arcToChord2 = arcToChord(chord + kPi, geodesic.backAzimuth, to.factors.convergence);
+  line.scale1 = arc1.scale;
+  line.scale2 = arc2.scale;
+  line.convergence1 = from.Convergence();
+  line.convergence2 = to.Convergence();
+  line.arcToChord1 = std::remainder(chord - arc1.bearing, kTwoPi);
+  line.arcToChord2 = std::remainder(chord + kPi - arc2.bearing, kTwoPi);
   line.lineScale = line.gridDistance / line.geodesicDistance;
 
   const double turn = std::remainder(geodesic.backAzimuth - kPi - geodesic.azimuth, kTwoPi);
@@ -138,8 +150,11 @@ std::size_t GridLines::Between(const GridPosition* from, const GridPosition* to,
 
 double GridLines::AzimuthOfBearing(const GridPosition& from, double bearing) const {
   End end;
-  return Locate(from, end) ? FullTurn(std::remainder(bearing + end.factors.convergence, kTwoPi))
-                           : kNaN;
+  if (!Locate(from, end)) return kNaN;
+  const auto& [nn, ne, en, ee] = end.images;
+  const double c = std::cos(bearing), s = std::sin(bearing);
+  const double sign = nn * ee - ne * en < 0 ? -1 : 1;  // Cramer's rule, its denominator left out
+  return FullTurn(std::atan2(sign * (nn * s - ne * c), sign * (ee * c - en * s)));
 }
 
 double GridLines::AzimuthTo(const GridPosition& from, const GridPosition& to) const {

@@ -25,9 +25,9 @@ struct GridLine {
   double geodesicDistance;  ///< on the ellipsoid
   double azimuth;           ///< of the geodesic at the first end
   double backAzimuth;       ///< at the second end
-  double scale1;            ///< point scale at the first end, NaN where the class computes none
+  double scale1;            ///< at the first end in the line's azimuth; NaN without derivatives
   double scale2;            ///< at the second end
-  double convergence1;      ///< azimuth of grid north at the first end, NaN likewise
+  double convergence1;      ///< azimuth of grid north at the first end; NaN likewise
   double convergence2;      ///< at the second end
   double arcToChord1;  ///< t − T at the first end, from the chord t and T = azimuth − convergence
   double arcToChord2;      ///< at the second end
@@ -41,7 +41,8 @@ struct GridLine {
 };
 
 /// Lines in the grid of a projection, reduced without series: the geodesic and the chord are both
-/// computed, and the arc-to-chord correction and the scale of the line are what they differ by.
+/// computed, and the arc-to-chord correction and the scale of the line are what they differ by. In a
+/// conformal grid T = azimuth − convergence.
 ///
 /// The elevation factor is R/(R + h) with the mean ellipsoidal height h and Euler's radius
 /// 1/R = cos²α/M + sin²α/N in the line's mean azimuth at its mean latitude; with heights above the
@@ -66,7 +67,7 @@ class GEOMATH_API GridLines {
                       std::size_t count) const;
 
   /// The azimuth at `from` of a grid bearing, of an arc as a telescope sees it: bearing plus
-  /// convergence. NaN where the class computes no convergence.
+  /// convergence in a conformal grid. NaN where TGeoProj::ForwardDerivatives fails.
   double AzimuthOfBearing(const GridPosition& from, double bearing) const;
   /// The azimuth at `from` of another position; NaN where one of them fails.
   double AzimuthTo(const GridPosition& from, const GridPosition& to) const;

@@ -195,6 +195,24 @@ bool TGeoProj::InversePoint(double& n, double& e, PointFactors* factors) const {
   return UnprojectPoint(n, e, factors);
 }
 
+bool TGeoProj::ForwardDerivatives(double b, double l, GridDerivatives& derivatives) const {
+  const bool hosts = HostReplaces(*this, &TGeoProj::_Forward) ||  //
+                     HostReplaces(*this, &TGeoProj::ForwardPoint);
+  return hosts ? TGeoProj::Differentiate(b, l, derivatives) : Differentiate(b, l, derivatives);
+}
+
+bool TGeoProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  const double s = std::sin(b), c = std::cos(b), w2 = 1 - ell_.e2 * (s * s);
+  const double N = ell_.a / std::sqrt(w2), M = N * (1 - ell_.e2) / w2;
+  PointFactors factors{kNaN, kNaN};  // what a class does not compute stays
+  if (!(std::abs(b) < kHalfPi) || !ForwardPoint(b, l, &factors)) return false;
+  const double k = factors.scale, gamma = factors.convergence;
+  if (!std::isfinite(k) || !std::isfinite(gamma)) return false;
+  const double north = k * std::cos(gamma), east = k * std::sin(gamma);
+  derivatives = {M * north, -M * east, N * c * east, N * c * north};
+  return true;
+}
+
 bool TGeoProj::ProjectPoint(double&, double&, PointFactors*) const { return false; }
 bool TGeoProj::UnprojectPoint(double&, double&, PointFactors*) const { return false; }
 

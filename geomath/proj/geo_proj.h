@@ -18,6 +18,12 @@ struct PointFactors {
   double convergence = 0.0;  ///< meridian convergence, radians; a class's comment gives its sign
 };
 
+/// The derivatives of northing and easting by latitude and longitude at a point, metres a radian.
+struct GridDerivatives {
+  double northB, eastB;  ///< along the meridian, by the latitude
+  double northL, eastL;  ///< along the parallel, by the longitude
+};
+
 /// The base of every map projection: the ellipsoid, the axis descriptors of grid and geographic
 /// coordinates (the grid one is the AxisRotation base), kind and parameter count, and the scale and
 /// convergence of the last point. On its own it is the invalid projection: kind 40, every
@@ -108,6 +114,12 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// The const, thread-safe form of _Inverse; _Inverse and InversePoint likewise.
   virtual bool InversePoint(double& n, double& e, PointFactors* factors = nullptr) const;
 
+  /// The derivatives of ForwardPoint at a position (radians, internal axes): those of the class's own
+  /// formulas, to rounding, or of the conformal map with the scale and the convergence that it
+  /// computes. False, the result untouched, where ForwardPoint fails, at latitudes of ±π/2, on figures
+  /// flatter than 1/100, and in a class that has neither. Const and thread-safe.
+  bool ForwardDerivatives(double b, double l, GridDerivatives& derivatives) const;
+
   /// RotateNE and RotateBL of `count` pairs in place.
   void RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const;
   void RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const;
@@ -159,6 +171,10 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// column kernel overrides them.
   virtual void ForwardBlock(double* b, double* l, std::size_t count) const;
   virtual void InverseBlock(double* n, double* e, std::size_t count) const;
+
+  /// What ForwardDerivatives runs: the derivatives of ProjectPoint. The base takes the conformal map
+  /// with the class's own scale and convergence.
+  virtual bool Differentiate(double b, double l, GridDerivatives& derivatives) const;
 
   Ellipsoid ell_;       ///< as SetEllipsoid left it
   double scale_;        ///< point scale of the last point

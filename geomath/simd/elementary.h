@@ -10,8 +10,10 @@ namespace zel_cs::geomath::simd {
 
 /// The elementary functions that formulas are written in, in two forms with one interface: `Libm`
 /// for one point at a time and `Polynomial<Target>` for loops over columns, where a formula with
-/// special cases takes the one that its domain allows (`kColumns`).
+/// special cases takes the one that its domain allows (`kColumns`). `Real` is what they compute with:
+/// double here, a number with its derivatives in DualMath.
 struct Libm {
+  using Real = double;
   static constexpr bool kColumns = false;
   static void SinCos(double x, double& sine, double& cosine) {
     sine = std::sin(x);
@@ -22,6 +24,9 @@ struct Libm {
   static double Log(double x) { return std::log(x); }
   static double Log1p(double x) { return std::log1p(x); }
   static double Exp(double x) { return std::exp(x); }
+  static double Sqrt(double x) { return std::sqrt(x); }
+  static double Abs(double x) { return std::abs(x); }
+  static double CopySign(double x, double sign) { return std::copysign(x, sign); }
 };
 
 /// Angles, radians, below which Polynomial::SinCos holds.
@@ -41,6 +46,7 @@ inline constexpr double kMaxAngle = 1e5;
 /// Coefficients are minimax fits (Remez exchange, relative error of the whole function).
 template <class Target>
 struct Polynomial {
+  using Real = double;
   static constexpr bool kColumns = true;
   static GEOMATH_INLINE void SinCos(double x, double& sine, double& cosine);
   static GEOMATH_INLINE double Atan2(double y, double x);
@@ -48,6 +54,9 @@ struct Polynomial {
   static GEOMATH_INLINE double Log(double x);
   static GEOMATH_INLINE double Log1p(double x);
   static GEOMATH_INLINE double Exp(double x);
+  static GEOMATH_INLINE double Sqrt(double x) { return std::sqrt(x); }
+  static GEOMATH_INLINE double Abs(double x) { return std::abs(x); }
+  static GEOMATH_INLINE double CopySign(double x, double sign) { return std::copysign(x, sign); }
 
  private:
   using Bits = std::uint64_t;

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include "geomath/base/angle.h"
-#include "geomath/geodesic/grid_factors.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
 
@@ -146,20 +145,21 @@ TEST(GridLines, ManyLinesGiveTheSameAsOne) {
   EXPECT_TRUE(std::isnan(reduced[70].lineScale));
 }
 
-// A class that computes neither says so; distances do not need them.
-TEST(GridLines, ClassesWithoutFactorsKeepTheirDistances) {
+// A class that computes no factors has those of its own formulas.
+TEST(GridLines, ClassesWithoutFactorsAreReducedToo) {
   const TTMProj tm(kA, kGrs80, 147 * kRadPerDeg, 0.9996, 0, 500000, 1e7);
-  const PointFactors factors = GridFactorsAt(tm, -0.66, 2.52);
-  EXPECT_TRUE(std::isnan(factors.scale));
-  EXPECT_TRUE(std::isnan(factors.convergence));
   const GridLines lines(tm);
   const GridPosition from = InGrid(tm, kFlindersPeak), to = InGrid(tm, kBuninyong);
   GridLine line;
   ASSERT_TRUE(lines.Between(from, to, line));
-  EXPECT_TRUE(std::isnan(line.arcToChord1));
-  EXPECT_NEAR(line.lineScale, 1.0003639669705, 1e-8);  // the short series of the class, 0.5 mm
-  EXPECT_TRUE(std::isnan(lines.AzimuthOfBearing(from, 1)));
-  EXPECT_NEAR(lines.AzimuthTo(from, to), Dms(306, 52, 5.3731), 10 * kArcSeconds);
+  constexpr double kSeries = 1e-8;  // the short series of the class: 0.5 mm on the line
+  EXPECT_NEAR(line.arcToChord1, 19.4591 * kRadPerArcSecond, kSeries);
+  EXPECT_NEAR(line.lineScale, 1.0003639669705, kSeries);
+  EXPECT_NEAR(line.scale2, 1.000505669, kSeries);
+  EXPECT_NEAR(lines.AzimuthTo(from, to), Dms(306, 52, 5.3731), kArcSeconds);
+  // The arc that leaves in a bearing is the geodesic of its azimuth.
+  const double bearing = line.gridBearing - line.arcToChord1;
+  EXPECT_NEAR(lines.AzimuthOfBearing(from, bearing), line.azimuth, 1e-14);
 }
 
 TEST(Deflection, ComesFromTheSlopesOfAGeoid) {

@@ -125,6 +125,10 @@ bool TAlbersEAConicProj::UnprojectPoint(double& n, double& e, PointFactors*) con
   return true;
 }
 
+bool TAlbersEAConicProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TAlbersEAConicProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -67,6 +67,10 @@ bool TCassiniProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return true;
 }
 
+bool TCassiniProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TCassiniProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -77,6 +77,10 @@ bool TColombiaProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return true;
 }
 
+bool TColombiaProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TColombiaProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

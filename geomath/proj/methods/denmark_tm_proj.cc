@@ -110,6 +110,10 @@ bool TDenmarkTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return true;
 }
 
+bool TDenmarkTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TDenmarkTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

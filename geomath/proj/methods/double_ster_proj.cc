@@ -79,6 +79,10 @@ bool TDoubleSter::UnprojectPoint(double& n, double& e, PointFactors* factors) co
   return true;
 }
 
+bool TDoubleSter::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TDoubleSter::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -47,6 +47,7 @@ class GEOMATH_API HotineProj : public TGeoProj {
   /// Turns by the azimuth at the centre.
   void Prepare() override;
 
+  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

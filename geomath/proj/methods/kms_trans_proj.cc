@@ -40,6 +40,13 @@ bool TKMSTransProj::UnprojectPoint(double& n, double& e, PointFactors* factors) 
   return own || KmsPrepare(n, e, kKmsOutOf) == 0;
 }
 
+bool TKMSTransProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  double n = b, e = l, ownN = b, ownE = l;  // a host's part has no derivatives
+  if (!ProjectPoint(n, e, nullptr) || !TDenmarkTMProj::ProjectPoint(ownN, ownE, nullptr))
+    return false;
+  return n == ownN && e == ownE && TDenmarkTMProj::Differentiate(b, l, derivatives);
+}
+
 void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   TGeoProj::ForwardBlock(b, l, count);
 }

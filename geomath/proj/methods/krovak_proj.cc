@@ -120,6 +120,10 @@ bool TKrovakProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return InverseOne(Formulas(), n, e);
 }
 
+bool TKrovakProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TKrovakProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -117,6 +117,10 @@ bool TLCProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const 
   return true;
 }
 
+bool TLCProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TLCProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -52,6 +52,10 @@ bool TMalaysia_CS2000Proj::UnprojectPoint(double& n, double& e, PointFactors*) c
   return true;
 }
 
+bool TMalaysia_CS2000Proj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TMalaysia_CS2000Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -99,6 +99,24 @@ bool TMalaysia_CSProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   return false;
 }
 
+// Those of the Malayan grid through the inverse of the polynomials' own matrix at the point.
+bool TMalaysia_CSProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  GridDerivatives grid;
+  double n = b, e = l;
+  if (!malayan_.ForwardDerivatives(b, l, grid) || !ProjectPoint(n, e, nullptr)) return false;
+  const double x = e / kChain / kPolynomialUnit, y = n / kChain / kPolynomialUnit;
+  const double ee = 1 + (ex_ + 2 * exx_ * x + exy_ * y) / kPolynomialUnit;
+  const double en = (ey_ + exy_ * x + 2 * eyy_ * y) / kPolynomialUnit;
+  const double ne = (nx_ + 2 * nxx_ * x + nxy_ * y) / kPolynomialUnit;
+  const double nn = 1 + (ny_ + nxy_ * x + 2 * nyy_ * y) / kPolynomialUnit;
+  const double determinant = ee * nn - en * ne;
+  const auto north = [&](double dn, double de) { return (ee * dn - ne * de) / determinant; };
+  const auto east = [&](double dn, double de) { return (nn * de - en * dn) / determinant; };
+  derivatives = {north(grid.northB, grid.eastB), east(grid.northB, grid.eastB),
+                 north(grid.northL, grid.eastL), east(grid.northL, grid.eastL)};
+  return true;
+}
+
 bool TMalaysia_CSProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   const Chains offset = FromCassini({e / kChain, n / kChain});
   n = kChain * (originN_ + offset.north);

@@ -45,6 +45,7 @@ class GEOMATH_API TMalaysia_CSProj : public TGeoProj {
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
+  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
   void Prepare() override;
 
  private:

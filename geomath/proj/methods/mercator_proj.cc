@@ -84,6 +84,10 @@ bool TMercatorProj::UnprojectPoint(double& n, double& e, PointFactors* factors) 
   return true;
 }
 
+bool TMercatorProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TMercatorProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -50,6 +50,10 @@ bool TMinnesota_LAProj::UnprojectPoint(double& n, double& e, PointFactors* facto
   return true;
 }
 
+bool TMinnesota_LAProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TMinnesota_LAProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

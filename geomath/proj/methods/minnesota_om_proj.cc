@@ -42,6 +42,11 @@ bool TMinnesota_OMProj::UnprojectPoint(double& n, double& e, PointFactors* facto
   return grid_.InversePoint(n, e, factors);
 }
 
+bool TMinnesota_OMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  const bool serves = std::abs(b) < kHalfPi && grid_.Projection().ServesForward(b, l);
+  return DerivativesOf(grid_, serves, b, l, derivatives);
+}
+
 void TMinnesota_OMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(grid_, *this, b, l, count);
 }

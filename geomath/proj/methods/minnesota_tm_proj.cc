@@ -43,6 +43,10 @@ bool TMinnesota_TMProj::UnprojectPoint(double& n, double& e, PointFactors* facto
   return true;
 }
 
+bool TMinnesota_TMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TMinnesota_TMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -89,6 +89,10 @@ bool TMonSpher::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
   return true;
 }
 
+bool TMonSpher::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TMonSpher::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

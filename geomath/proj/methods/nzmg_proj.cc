@@ -65,6 +65,10 @@ bool TNZMGProj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
   return true;
 }
 
+bool TNZMGProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TNZMGProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

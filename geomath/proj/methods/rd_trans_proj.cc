@@ -39,6 +39,12 @@ bool TRDTransProj::UnprojectPoint(double& n, double& e, PointFactors* factors) c
 }
 
 // A correction is the host's function, which takes one point at a time.
+bool TRDTransProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  double n = b, e = l, ownN = b, ownE = l;  // a host's part has no derivatives
+  if (!ProjectPoint(n, e, nullptr) || !TDoubleSter::ProjectPoint(ownN, ownE, nullptr)) return false;
+  return n == ownN && e == ownE && TDoubleSter::Differentiate(b, l, derivatives);
+}
+
 void TRDTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   correction_ ? TGeoProj::ForwardBlock(b, l, count) : TDoubleSter::ForwardBlock(b, l, count);
 }

@@ -32,6 +32,7 @@ class GEOMATH_API TRDTransProj : public TDoubleSter {
   /// Three fixed-point rounds, each as good as the correction varies slowly (1e-5 m per m or less
   /// leaves 1e-15 of it).
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
+  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

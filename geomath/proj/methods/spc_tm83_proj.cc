@@ -71,6 +71,10 @@ bool TSPC_TM83Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) 
   return true;
 }
 
+bool TSPC_TM83Proj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(Formulas(), b, l, derivatives);
+}
+
 void TSPC_TM83Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

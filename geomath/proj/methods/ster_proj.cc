@@ -111,6 +111,11 @@ bool TSterProj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
   return true;
 }
 
+bool TSterProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return polar_ ? DerivativesOf(Polar(), b, l, derivatives)
+                : DerivativesOf(Oblique(), b, l, derivatives);
+}
+
 void TSterProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   polar_ ? ForwardByKernel(Polar(), *this, b, l, count)
          : ForwardByKernel(Oblique(), *this, b, l, count);

@@ -79,6 +79,10 @@ bool TSwissProj::UnprojectPoint(double& n, double& e, PointFactors* factors) con
   return true;
 }
 
+bool TSwissProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TSwissProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -43,6 +43,10 @@ bool TTTMNZ::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   return true;
 }
 
+bool TTTMNZ::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(TmNzFormulas{TUTMProj::Formulas(), Grid()}, b, l, derivatives);
+}
+
 void TTTMNZ::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, b, l, count);
 }

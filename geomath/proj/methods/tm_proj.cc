@@ -81,7 +81,7 @@ void TTMProj::Prepare() {
                .invAK0 = 1 / (ell_.a * k0_),
                .m1 = 1 + n + 5.0 / 4 * n2 + 5.0 / 4 * n3,
                .arc = arc,
-               .arcTerms0 = arc(0, std::sin(phi0_), std::cos(phi0_)),
+               .arcTerms0 = arc(0.0, std::sin(phi0_), std::cos(phi0_)),
                .maxNorthing = MaxNorthing()};
 }
 
@@ -115,6 +115,10 @@ bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   }
   f.FromFootpoint(at, n, e);
   return true;
+}
+
+bool TTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
 }
 
 void TTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {

@@ -112,6 +112,10 @@ bool TUTMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const
   return true;
 }
 
+bool TUTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  return DerivativesOf(formulas_, b, l, derivatives);
+}
+
 void TUTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

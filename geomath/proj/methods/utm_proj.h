@@ -8,8 +8,6 @@
 
 namespace zel_cs::geomath {
 
-struct TmLatitude;
-
 /// Transverse Mercator in the form of UTM and of the United States' grids: rectifying radius,
 /// footpoint latitude in closed form, longitude series to the seventh power (Stem 1989, NOAA
 /// Manual NOS NGS 5, pp. 32-37).
@@ -52,6 +50,7 @@ class GEOMATH_API TUTMProj : public TGeoProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
+  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

@@ -938,6 +938,28 @@ TEST_P(ProjectionLaws, FactorsAgreeWithNumericDifferences) {
   });
 }
 
+TEST_P(ProjectionLaws, DerivativesAgreeWithNumericDifferences) {
+  const ProjPtr proj = Make();
+  // A class without derivatives of its own takes them from its factors, which are a conformal map's.
+  const double factors = std::max(laws().scale.value_or(0), laws().conformal.value_or(0));
+  const double relative = std::max(kNumericScale, factors);
+  ForEachPoint([&](double phi, double lambda) {
+    GridDerivatives exact;
+    ASSERT_TRUE(proj->ForwardDerivatives(phi, lambda, exact));
+    const Derivatives d = Differentiate(*proj, phi, lambda);
+    const double meridian = std::hypot(d.nPhi, d.ePhi), parallel = std::hypot(d.nLambda, d.eLambda);
+    EXPECT_NEAR(exact.northB, d.nPhi, relative * meridian);
+    EXPECT_NEAR(exact.eastB, d.ePhi, relative * meridian);
+    EXPECT_NEAR(exact.northL, d.nLambda, relative * parallel + 1e-5);  // the differences' rounding
+    EXPECT_NEAR(exact.eastL, d.eLambda, relative * parallel + 1e-5);
+  });
+  GridDerivatives untouched{1, 2, 3, 4};
+  EXPECT_FALSE(proj->ForwardDerivatives(std::numeric_limits<double>::quiet_NaN(), 0, untouched));
+  EXPECT_FALSE(proj->ForwardDerivatives(kHalfPi, 0, untouched));
+  EXPECT_EQ(untouched.northB, 1);
+  EXPECT_EQ(untouched.eastL, 4);
+}
+
 // Whatever numbers come in, as coordinates, parameters or flattening: no crash, no endless loop, and a point
 // that is no number is not converted.
 TEST_P(ProjectionLaws, SurvivesAnyNumber) {

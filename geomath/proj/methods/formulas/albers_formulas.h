@@ -23,8 +23,9 @@ struct AlbersFormulas {
 
   /// 3-12, its logarithm as an inverse hyperbolic tangent; 2·sin φ on the sphere.
   template <class Math>
-  GEOMATH_INLINE double AuthalicQ(double s) const {
-    double arc = ArtanhOverE(s, e2);
+  GEOMATH_INLINE typename Math::Real AuthalicQ(typename Math::Real s) const {
+    using Real = typename Math::Real;
+    Real arc = ArtanhOverE(s, e2);
     if constexpr (!Math::kColumns)
       if (!nearSphere) arc = e > 0 ? std::atanh(e * s) / e : s;
     return (1 - e2) * (s / (1 - e2 * (s * s)) + arc);
@@ -32,14 +33,15 @@ struct AlbersFormulas {
 
   /// False where the radicand of ρ is negative.
   template <class Math>
-  GEOMATH_INLINE bool Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinTheta, cosTheta;
+  GEOMATH_INLINE bool Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinTheta, cosTheta;
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(n * FoldTurn(l - lambda0), sinTheta, cosTheta);  // 14-4
-    const double radicand = C - n * AuthalicQ<Math>(sinPhi);
-    const double rho = a * std::sqrt(radicand) / n;  // 14-12
-    b = fNorth + rho0 - rho * cosTheta;              // 14-2
-    l = fEast + rho * sinTheta;                      // 14-1
+    const Real radicand = C - n * AuthalicQ<Math>(sinPhi);
+    const Real rho = a * Math::Sqrt(radicand) / n;  // 14-12
+    b = fNorth + rho0 - rho * cosTheta;             // 14-2
+    l = fEast + rho * sinTheta;                     // 14-1
     return !(radicand < 0);
   }
 

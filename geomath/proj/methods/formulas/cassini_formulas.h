@@ -13,7 +13,7 @@ struct CassiniFormulas {
   double scale, fEast, fNorth;
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
     const auto [north, east] = cassini.Forward<Math>(b, l);
     b = fNorth + scale * north;
     l = fEast + scale * east;

@@ -17,8 +17,9 @@ struct ColombiaFormulas {
   double B;     // tan φ0/(2·ρ0·ν0), per square metre
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
-    const double phi = b, x = Parallel<Math>(phi) * FoldTurn(l - lambda0);
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    const Real phi = b, x = Parallel<Math>(phi) * FoldTurn(l - lambda0);
     b = fNorth + rho0 * ((phi - phi0) + B * (x * x));
     l = fEast + x;
   }
@@ -40,8 +41,9 @@ struct ColombiaFormulas {
  private:
   // Radius of the parallel, metres.
   template <class Math>
-  GEOMATH_INLINE double Parallel(double phi) const {
-    double s, c;
+  GEOMATH_INLINE typename Math::Real Parallel(typename Math::Real phi) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(phi, s, c);
     return a * ParallelRadius(s, c, e2);
   }

@@ -25,11 +25,13 @@ struct DenmarkTmFormulas {
   double Qn;              // scaled rectifying radius, metres
   double Zb;              // northing of the equator, metres
 
-  static GEOMATH_INLINE double SumSin2(const double (&c)[4], double sinX, double cosX) {
+  template <class Real>
+  static GEOMATH_INLINE Real SumSin2(const double (&c)[4], Real sinX, Real cosX) {
     return ClenshawSin(c, 2 * sinX * cosX, (cosX - sinX) * (cosX + sinX));
   }
 
-  static GEOMATH_INLINE ComplexAngle Twice(const ComplexAngle& z) {
+  template <class Real>
+  static GEOMATH_INLINE ComplexAngleOf<Real> Twice(const ComplexAngleOf<Real>& z) {
     return {2 * z.sin * z.cos, (z.cos - z.sin) * (z.cos + z.sin), 2 * z.sinh * z.cosh,
             1 + 2 * (z.sinh * z.sinh)};
   }
@@ -45,8 +47,10 @@ struct DenmarkTmFormulas {
 
   /// Sine and cosine of φ become those of the Gaussian latitude φ + dZ.
   template <class Math>
-  GEOMATH_INLINE void ToGaussian(double phi, double& s, double& c) const {
-    const double dZ = SumSin2(cbg, s, c);
+  GEOMATH_INLINE void ToGaussian(typename Math::Real phi, typename Math::Real& s,
+                                 typename Math::Real& c) const {
+    using Real = typename Math::Real;
+    const Real dZ = SumSin2(cbg, s, c);
     if constexpr (!Math::kColumns)
       if (!nearSphere) return Math::SinCos(phi + dZ, s, c);
     AddSmallAngle<-1>(dZ, s, c);
@@ -66,25 +70,27 @@ struct DenmarkTmFormulas {
 
   /// False, both coordinates NaN, beyond the limit.
   template <class Math>
-  GEOMATH_INLINE bool Forward(double& b, double& l) const {
-    double sinZ, cosZ, sinL, cosL;
+  GEOMATH_INLINE bool Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinZ, cosZ, sinL, cosL;
     Math::SinCos(b, sinZ, cosZ);
     ToGaussian<Math>(b, sinZ, cosZ);
     Math::SinCos(FoldTurn(l - lambda0), sinL, cosL);
-    const double cosZCosL = cosZ * cosL;
+    const Real cosZCosL = cosZ * cosL;
 
-    const double perCosEta = 1 / std::sqrt(sinZ * sinZ + cosZCosL * cosZCosL);
-    const double sinCn = sinZ * perCosEta, cosCn = cosZCosL * perCosEta;
-    const double sinhCe = cosZ * sinL * perCosEta, coshCe = std::sqrt(1 + sinhCe * sinhCe);
-    const double Cn = Math::Atan2(sinZ, cosZCosL);
-    const double Ce = std::copysign(Math::Log(std::abs(sinhCe) + coshCe), sinhCe);
+    const Real perCosEta = 1 / Math::Sqrt(sinZ * sinZ + cosZCosL * cosZCosL);
+    const Real sinCn = sinZ * perCosEta, cosCn = cosZCosL * perCosEta;
+    const Real sinhCe = cosZ * sinL * perCosEta, coshCe = Math::Sqrt(1 + sinhCe * sinhCe);
+    const Real Cn = Math::Atan2(sinZ, cosZCosL);
+    const Real Ce = Math::CopySign(Math::Log(Math::Abs(sinhCe) + coshCe), sinhCe);
 
-    const ComplexSum d = ClenshawSin(gtu, Twice({sinCn, cosCn, sinhCe, coshCe}));
-    const double e = Ce + d.imag, size = std::abs(e);
+    const ComplexSumOf<Real> d =
+        ClenshawSin(gtu, Twice(ComplexAngleOf<Real>{sinCn, cosCn, sinhCe, coshCe}));
+    const Real e = Ce + d.imag, size = Math::Abs(e);
     const bool beyond = size > kOuterLimit;  // Kept: the inner limit always decides
     const bool outside = size > kInnerLimit;
     const bool farAside =
-        std::abs(Ce) > kOuterLimit;  // where the sum may come back from its bounds
+        Math::Abs(Ce) > kOuterLimit;  // where the sum may come back from its bounds
     const bool exists = !(beyond | outside | farAside);
     constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
     b = exists ? Zb + Qn * (Cn + d.real) : kNowhere;

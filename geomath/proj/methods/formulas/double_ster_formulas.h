@@ -13,7 +13,8 @@ struct DoubleSterFormulas {
 
   /// Both return what the factors follow from.
   template <class Math>
-  GEOMATH_INLINE DoubleStereographic::Image Forward(double& b, double& l) const {
+  GEOMATH_INLINE DoubleStereographic::ImageOf<typename Math::Real> Forward(
+      typename Math::Real& b, typename Math::Real& l) const {
     const auto image = plane.Project<Math>(b, l);
     b = fNorth + image.north;
     l = fEast + image.east;

@@ -25,8 +25,10 @@ class HotineGrid {
   bool InversePoint(double& n, double& e, PointFactors* factors) const;
 
   template <class Math>
-  GEOMATH_INLINE Hotine::Projected Forward(double& b, double& l) const {
-    const Hotine::Projected projected = hotine_.Project<Math>(b, l);
+  GEOMATH_INLINE Hotine::ProjectedOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                                  typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    const Hotine::ProjectedOf<Real> projected = hotine_.Project<Math>(b, l);
     ToGrid(projected.skew, b, l);
     return projected;
   }
@@ -48,7 +50,8 @@ class HotineGrid {
   }
 
   /// Turns and shifts a skew point.
-  GEOMATH_INLINE void ToGrid(Hotine::Skew point, double& n, double& e) const {
+  template <class Real>
+  GEOMATH_INLINE void ToGrid(Hotine::SkewOf<Real> point, Real& n, Real& e) const {
     const auto& [sinTurn, cosTurn, fNorth, fEast] = placement_;
     n = point.u * cosTurn - point.v * sinTurn + fNorth;
     e = point.u * sinTurn + point.v * cosTurn + fEast;

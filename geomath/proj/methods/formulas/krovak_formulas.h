@@ -24,15 +24,16 @@ struct KrovakFormulas {
   double coneFactor;  // ρ0·tan(S0/2 + π/4)^n, metres
 
   template <class Math>
-  GEOMATH_INLINE bool Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinV, cosV, sinTheta, cosTheta;
+  GEOMATH_INLINE bool Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinV, cosV, sinTheta, cosTheta;
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(sphere.alpha * (lambdaC - l), sinV, cosV);
-    const SinCos U = sphere.Latitude<Math>(sinPhi, cosPhi);
-    const double sinS = sinUq * U.sin + cosUq * U.cos * cosV, cosS = CosFromSin(sinS);
-    const double D = Asin<Math>(U.cos * sinV / cosS);
+    const SinCosOf<Real> U = sphere.Latitude<Math>(sinPhi, cosPhi);
+    const Real sinS = sinUq * U.sin + cosUq * U.cos * cosV, cosS = CosFromSin(sinS);
+    const Real D = Asin<Math>(U.cos * sinV / cosS);
     Math::SinCos(n * D, sinTheta, cosTheta);
-    const double rho = coneFactor * Math::Exp(n * Math::Log(cosS / (1 + sinS)));
+    const Real rho = coneFactor * Math::Exp(n * Math::Log(cosS / (1 + sinS)));
     b = rho * cosTheta;
     l = rho * sinTheta;
     return true;
@@ -85,10 +86,14 @@ struct KrovakFormulas {
     return blunt & least & most & sphereIsFinite & sphere.ServesColumns();
   }
 
-  static GEOMATH_INLINE double CosFromSin(double s) { return std::sqrt((1 - s) * (1 + s)); }
+  template <class Real>
+  static GEOMATH_INLINE Real CosFromSin(Real s) {
+    using std::sqrt;
+    return sqrt((1 - s) * (1 + s));
+  }
 
   template <class Math>
-  static GEOMATH_INLINE double Asin(double s) {
+  static GEOMATH_INLINE typename Math::Real Asin(typename Math::Real s) {
     return Math::Atan2(s, CosFromSin(s));
   }
 };

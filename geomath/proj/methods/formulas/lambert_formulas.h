@@ -16,9 +16,12 @@ struct LambertFormulas {
 
   /// Returns what the factors follow from.
   template <class Math>
-  GEOMATH_INLINE LambertCone::Image Forward(double& b, double& l) const {
-    const LambertCone::Image image = cone.Project<Math>(b, FoldTurn(l - lambda0));
-    double sinTheta, cosTheta;
+  GEOMATH_INLINE LambertCone::ImageOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                                   typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    const LambertCone::ImageOf<typename Math::Real> image =
+        cone.Project<Math>(b, FoldTurn(l - lambda0));
+    Real sinTheta, cosTheta;
     Math::SinCos(image.at.theta, sinTheta, cosTheta);
     b = fNorth + (rho0 - image.at.rho * cosTheta);  // 14-2
     l = fEast + image.at.rho * sinTheta;            // 14-1

@@ -15,8 +15,9 @@ struct MercatorFormulas {
   double aK0;  // radius of the equator on the map, metres
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
-    double s, c;
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(b, s, c);
     b = fNorth + aK0 * latitude.Isometric<Math>(s, c);  // 7-7
     l = fEast + aK0 * FoldTurn(l - lambda0);            // 7-6

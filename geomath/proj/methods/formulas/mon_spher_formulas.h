@@ -23,32 +23,37 @@ struct MonSpherFormulas {
 
   /// Cosines of the spherical latitude and of the arc to the side, from which the point scale
   /// follows.
-  struct Position {
-    double cosChi, cosSide;
+  template <class Real>
+  struct PositionOf {
+    Real cosChi, cosSide;
   };
+  using Position = PositionOf<double>;
 
-  struct Image {
-    Position at;
-    double sinPhi, cosPhi;
+  template <class Real>
+  struct ImageOf {
+    PositionOf<Real> at;
+    Real sinPhi, cosPhi;
     bool exists;  ///< on the cylinder
   };
 
   /// A point at an end of the cylinder becomes NaN in both coordinates.
   template <class Math>
-  GEOMATH_INLINE Image Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinLambda, cosLambda;
+  GEOMATH_INLINE ImageOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                      typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinLambda, cosLambda;
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(sphere.alpha * FoldTurn(l - lambda0), sinLambda, cosLambda);
     const auto [sinChi, cosChi] = sphere.Latitude<Math>(sinPhi, cosPhi);
-    const double B = cosChi * sinLambda, meridian = cosChi * cosLambda;  // 8-5
-    const bool exists = std::abs(B) < 1;
+    const Real B = cosChi * sinLambda, meridian = cosChi * cosLambda;  // 8-5
+    const bool exists = Math::Abs(B) < 1;
 
-    const double x = R * Artanh<Math>(B);                         // 8-1
-    const double y = R * (Math::Atan2(sinChi, meridian) - chi0);  // 8-3
+    const Real x = R * Artanh<Math>(B);                         // 8-1
+    const Real y = R * (Math::Atan2(sinChi, meridian) - chi0);  // 8-3
     constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
     b = exists ? fNorth + y * cosTheta - x * sinTheta : kNowhere;
     l = exists ? fEast + y * sinTheta + x * cosTheta : kNowhere;
-    const double cosSide = std::sqrt(sinChi * sinChi + meridian * meridian);
+    const Real cosSide = Math::Sqrt(sinChi * sinChi + meridian * meridian);
     return {{cosChi, cosSide}, sinPhi, cosPhi, exists};
   }
 
@@ -91,9 +96,10 @@ struct MonSpherFormulas {
 
   // Without loss near 0.
   template <class Math>
-  static GEOMATH_INLINE double Artanh(double B) {
-    const double size = std::abs(B);
-    return std::copysign(Math::Log1p(2 * size / (1 - size)) / 2, B);
+  static GEOMATH_INLINE typename Math::Real Artanh(typename Math::Real B) {
+    using Real = typename Math::Real;
+    const Real size = Math::Abs(B);
+    return Math::CopySign(Math::Log1p(2 * size / (1 - size)) / 2, B);
   }
 };
 

@@ -15,11 +15,17 @@ namespace zel_cs::geomath {
 namespace nzmg {
 
 // A plain pair: the product of std::complex looks for infinities each time, which costs as much.
-struct Complex {
-  double re = 0, im = 0;
+template <class Real>
+struct ComplexOf {
+  Real re = 0, im = 0;
 };
-GEOMATH_INLINE Complex operator+(Complex a, Complex b) { return {a.re + b.re, a.im + b.im}; }
-GEOMATH_INLINE Complex operator*(Complex a, Complex b) {
+using Complex = ComplexOf<double>;
+template <class Real>
+GEOMATH_INLINE ComplexOf<Real> operator+(ComplexOf<Real> a, Complex b) {
+  return {a.re + b.re, a.im + b.im};
+}
+template <class Real>
+GEOMATH_INLINE ComplexOf<Real> operator*(ComplexOf<Real> a, ComplexOf<Real> b) {
   return {a.re * b.re - a.im * b.im, a.re * b.im + a.im * b.re};
 }
 GEOMATH_INLINE Complex operator*(double a, Complex b) { return {a * b.re, a * b.im}; }
@@ -48,8 +54,8 @@ inline constexpr double kD[] = {  // isometric latitude to latitude
 // clang-format on
 
 // Σ c[n]·x^(n + 1).
-template <class T, std::size_t N>
-GEOMATH_INLINE T Powers(const T (&c)[N], T x) {
+template <class C, std::size_t N, class T>
+GEOMATH_INLINE T Powers(const C (&c)[N], T x) {
   T sum{};
   for (std::size_t n = N; n-- > 0;) sum = (sum + c[n]) * x;
   return sum;
@@ -80,10 +86,12 @@ struct NzmgFormulas {
 
   /// Forward and Inverse return ζ, from which the point scale follows.
   template <class Math>
-  GEOMATH_INLINE nzmg::Complex Forward(double& b, double& l) const {
-    const double dPhi = (b - phi0) / nzmg::kLatitudeUnit;
-    const nzmg::Complex zeta{nzmg::Powers(nzmg::kA, dPhi), FoldTurn(l - lambda0)};
-    const nzmg::Complex z = nzmg::Powers(nzmg::kB, zeta);
+  GEOMATH_INLINE nzmg::ComplexOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                              typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    const Real dPhi = (b - phi0) / nzmg::kLatitudeUnit;
+    const nzmg::ComplexOf<Real> zeta{nzmg::Powers(nzmg::kA, dPhi), FoldTurn(l - lambda0)};
+    const nzmg::ComplexOf<Real> z = nzmg::Powers(nzmg::kB, zeta);
     b = fNorth + a * z.re;
     l = fEast + a * z.im;
     return zeta;

@@ -15,7 +15,7 @@ struct StemTmFormulas {
   double lambda0, fEast, fNorth;
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
     const auto [north, east] = tm.Project<Math>(b, FoldTurn(l - lambda0)).plane;
     b = fNorth + north;
     l = fEast + east;

@@ -21,18 +21,22 @@ struct SterObliqueFormulas {
   double lambda0, fEast, fNorth;
 
   /// What the scale follows from.
-  struct Image {
-    double sinPhi, cosPhi, cosChi, A;
+  template <class Real>
+  struct ImageOf {
+    Real sinPhi, cosPhi, cosChi, A;
   };
+  using Image = ImageOf<double>;
 
   template <class Math>
-  GEOMATH_INLINE Image Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinDelta, cosDelta;
+  GEOMATH_INLINE ImageOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                      typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinDelta, cosDelta;
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(FoldTurn(l - lambda0), sinDelta, cosDelta);
     // Kept: a latitude beyond a pole counts by its sine, as its supplement.
-    const SinCos chi = latitude.FromGeodetic<Math>(sinPhi, std::abs(cosPhi));
-    const double A = AtCosines(chi, chi.cos * cosDelta);
+    const SinCosOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, Math::Abs(cosPhi));
+    const Real A = AtCosines(chi, chi.cos * cosDelta);
     b = fNorth + A * (chi1.cos * chi.sin - chi1.sin * chi.cos * cosDelta);  // 21-25
     l = fEast + A * chi.cos * sinDelta;                                     // 21-24
     return {sinPhi, cosPhi, chi.cos, A};
@@ -69,7 +73,8 @@ struct SterObliqueFormulas {
   }
 
  private:
-  GEOMATH_INLINE double AtCosines(SinCos chi, double along) const {
+  template <class Real>
+  GEOMATH_INLINE Real AtCosines(const SinCosOf<Real>& chi, Real along) const {
     return obliqueA / (1 + chi1.sin * chi.sin + chi1.cos * along);  // 21-27
   }
 };
@@ -85,21 +90,25 @@ struct SterPolarFormulas {
   double lambda0, fEast, fNorth;
 
   /// What the scale follows from; the inverse leaves the latitude out.
-  struct Image {
-    double sinPhi, cosPhi, rho;
+  template <class Real>
+  struct ImageOf {
+    Real sinPhi, cosPhi, rho;
   };
+  using Image = ImageOf<double>;
 
   template <class Math>
-  GEOMATH_INLINE Image Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinDelta, cosDelta;
+  GEOMATH_INLINE ImageOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                      typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinDelta, cosDelta;
     Math::SinCos(sign * b, sinPhi, cosPhi);
     Math::SinCos(sign * FoldTurn(l - lambda0), sinDelta, cosDelta);
-    const SinCos chi = latitude.FromGeodetic<Math>(sinPhi, cosPhi);
+    const SinCosOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, cosPhi);
     const bool north = chi.sin > 0, pole = cosPhi <= kPolarCosine;
-    const double numerator = north ? chi.cos : 1 - chi.sin;
-    const double denominator = north ? 1 + chi.sin : chi.cos;
-    const double away = polarRadius * (numerator / denominator);  // 21-33
-    const double rho = pole ? 0.0 : away;
+    const Real numerator = north ? chi.cos : 1 - chi.sin;
+    const Real denominator = north ? 1 + chi.sin : chi.cos;
+    const Real away = polarRadius * (numerator / denominator);  // 21-33
+    const Real rho = pole ? 0.0 : away;
     b = fNorth - sign * rho * cosDelta;  // 21-31
     l = fEast + sign * rho * sinDelta;   // 21-30
     return {sinPhi, cosPhi, rho};

@@ -22,26 +22,30 @@ struct SwissFormulas {
 
   /// Cosines of the latitude on the sphere and in the oblique system, from which the point scale
   /// follows, and whether the point has a place on the cylinder.
-  struct Position {
-    double cosB, cosBBar;
+  template <class Real>
+  struct PositionOf {
+    Real cosB, cosBBar;
     bool exists;
   };
+  using Position = PositionOf<double>;
 
   /// A point at an end of the cylinder becomes NaN in both coordinates.
   template <class Math>
-  GEOMATH_INLINE Position Forward(double& b, double& l) const {
-    double sinPhi, cosPhi, sinL, cosL;
+  GEOMATH_INLINE PositionOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                         typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, sinL, cosL;
     Math::SinCos(b, sinPhi, cosPhi);
     const auto [sinB, cosB] = sphere.Latitude<Math>(sinPhi, cosPhi);
     Math::SinCos(sphere.alpha * FoldTurn(l - lambda0), sinL, cosL);
 
-    const double meridian = cosB * cosL;
-    const double x = sinB0 * sinB + cosB0 * meridian, y = cosB * sinL;
-    const double sinBBar = cosB0 * sinB - sinB0 * meridian;
-    const double cosBBar = std::sqrt(x * x + y * y);
-    const bool exists = !(1 - std::abs(sinBBar) < kCylinderEnd);
+    const Real meridian = cosB * cosL;
+    const Real x = sinB0 * sinB + cosB0 * meridian, y = cosB * sinL;
+    const Real sinBBar = cosB0 * sinB - sinB0 * meridian;
+    const Real cosBBar = Math::Sqrt(x * x + y * y);
+    const bool exists = !(1 - Math::Abs(sinBBar) < kCylinderEnd);
 
-    const double psiBar = SphericalIsometric<Math>({sinBBar, cosBBar});
+    const Real psiBar = SphericalIsometric<Math>({sinBBar, cosBBar});
     constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
     b = exists ? fNorth + sphere.R * psiBar : kNowhere;
     l = exists ? fEast + sphere.R * Math::Atan2(y, x) : kNowhere;

@@ -37,30 +37,32 @@ struct TmFormulas {
   };
 
   /// C3 with its products as differences, sin(φ − φ0)·cos(φ + φ0) = (sin 2φ − sin 2φ0)/2 and so on.
-  GEOMATH_INLINE double ArcFromOrigin(double phi, double sinPhi, double cosPhi) const {
+  template <class Real>
+  GEOMATH_INLINE Real ArcFromOrigin(Real phi, Real sinPhi, Real cosPhi) const {
     return bK0 * (arc(m1 * (phi - phi0), sinPhi, cosPhi) - arcTerms0);
   }
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
-    const double phi = b;
-    double s, c;
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    const Real phi = b;
+    Real s, c;
     Math::SinCos(phi, s, c);
-    const double t = s / c, t2 = t * t, t4 = t2 * t2, c2 = c * c, c3 = c2 * c, c5 = c3 * c2;
-    const double w2 = 1 - e2 * (s * s);
-    const double nu = aK0 / std::sqrt(w2);   // C1
-    const double nuOverRho = w2 * invAxes2;  // C2, from its first part
-    const double eta2 = nuOverRho - 1;       // C2, second part
+    const Real t = s / c, t2 = t * t, t4 = t2 * t2, c2 = c * c, c3 = c2 * c, c5 = c3 * c2;
+    const Real w2 = 1 - e2 * (s * s);
+    const Real nu = aK0 / Math::Sqrt(w2);  // C1
+    const Real nuOverRho = w2 * invAxes2;  // C2, from its first part
+    const Real eta2 = nuOverRho - 1;       // C2, second part
 
-    const double I = ArcFromOrigin(phi, s, c) + fNorth;
-    const double II = 1.0 / 2 * nu * s * c;
-    const double III = 1.0 / 24 * nu * s * c3 * (5 - t2 + 9 * eta2);
-    const double IIIA = 1.0 / 720 * nu * s * c5 * (61 - 58 * t2 + t4);
-    const double IV = nu * c;
-    const double V = 1.0 / 6 * nu * c3 * (nuOverRho - t2);
-    const double VI = 1.0 / 120 * nu * c5 * (5 - 18 * t2 + t4 + 14 * eta2 - 58 * t2 * eta2);
+    const Real I = ArcFromOrigin(phi, s, c) + fNorth;
+    const Real II = 1.0 / 2 * nu * s * c;
+    const Real III = 1.0 / 24 * nu * s * c3 * (5 - t2 + 9 * eta2);
+    const Real IIIA = 1.0 / 720 * nu * s * c5 * (61 - 58 * t2 + t4);
+    const Real IV = nu * c;
+    const Real V = 1.0 / 6 * nu * c3 * (nuOverRho - t2);
+    const Real VI = 1.0 / 120 * nu * c5 * (5 - 18 * t2 + t4 + 14 * eta2 - 58 * t2 * eta2);
 
-    const double d = FoldTurn(l - lambda0), d2 = d * d;
+    const Real d = FoldTurn(l - lambda0), d2 = d * d;
     b = I + d2 * (II + d2 * (III + d2 * IIIA));  // C4
     l = fEast + d * (IV + d2 * (V + d2 * VI));   // C5
   }

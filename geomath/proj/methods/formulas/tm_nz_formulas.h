@@ -8,7 +8,8 @@ namespace zel_cs::geomath {
 struct GridScaling {
   double scale, fEast, fNorth;
 
-  GEOMATH_INLINE void Apply(double& n, double& e) const {
+  template <class Real>
+  GEOMATH_INLINE void Apply(Real& n, Real& e) const {
     n = fNorth + (n - fNorth) / scale;
     e = fEast + (e - fEast) / scale;
   }
@@ -24,7 +25,7 @@ struct TmNzFormulas {
   GridScaling grid;
 
   template <class Math>
-  GEOMATH_INLINE void Forward(double& b, double& l) const {
+  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
     utm.Forward<Math>(b, l);
     grid.Apply(b, l);
   }

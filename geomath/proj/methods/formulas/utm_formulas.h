@@ -25,25 +25,29 @@ struct UtmFormulas {
   double inverseOrigin;  // as the inverse direction counts it, sin 8φ included
 
   /// The latitude terms and the reduced longitude difference L, from which the factors follow.
-  struct Position {
-    TmLatitude at;
-    double L;
+  template <class Real>
+  struct PositionOf {
+    TmLatitudeOf<Real> at;
+    Real L;
   };
 
   /// Kept: the forward arc ends at sin 6φ, for the point and for the origin.
-  GEOMATH_INLINE double ForwardArc(double phi, double sinPhi, double cosPhi) const {
-    const double sin2 = 2 * sinPhi * cosPhi, cos2 = 1 - 2 * sinPhi * sinPhi;
+  template <class Real>
+  GEOMATH_INLINE Real ForwardArc(Real phi, Real sinPhi, Real cosPhi) const {
+    const Real sin2 = 2 * sinPhi * cosPhi, cos2 = 1 - 2 * sinPhi * sinPhi;
     return rK0 * (phi + ClenshawSin(u, sin2, cos2));
   }
 
   template <class Math>
-  GEOMATH_INLINE Position Forward(double& b, double& l) const {
-    double s, c;
+  GEOMATH_INLINE PositionOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                         typename Math::Real& l) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(b, s, c);
-    const TmLatitude at(s, c, ep2);
-    const double L = FoldTurn(l - lambda0) * c;
-    const double R = aK0 / std::sqrt(1 - e2 * (s * s));
-    const TmOffset offset = TmForwardSeries(at, L);
+    const TmLatitudeOf<Real> at(s, c, ep2);
+    const Real L = FoldTurn(l - lambda0) * c;
+    const Real R = aK0 / Math::Sqrt(1 - e2 * (s * s));
+    const TmOffset<Real> offset = TmForwardSeries(at, L);
     b = ForwardArc(b, s, c) - forwardOrigin + fNorth + R * offset.north;
     l = fEast + R * offset.east;
     return {at, L};

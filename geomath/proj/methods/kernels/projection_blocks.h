@@ -1,12 +1,15 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 
+#include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/host_replaces.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
+#include "geomath/simd/dual.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
@@ -27,6 +30,26 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
   if (formulas.ServesInverse(n, e))
     return formulas.template Inverse<simd::Polynomial<simd::Baseline>>(n, e);
   return formulas.template Inverse<simd::Libm>(n, e);
+}
+
+/// The derivatives of formulas that are templates on their functions; false where `serves` does not
+/// hold, which is ServesForward unless a class says otherwise, and where they are not finite.
+template <class Formulas>
+bool DerivativesOf(const Formulas& formulas, bool serves, double b, double l,
+                   GridDerivatives& derivatives) {
+  simd::Dual north(b, 1, 0), east(l, 0, 1);
+  if (!serves) return false;
+  formulas.template Forward<simd::DualMath>(north, east);
+  const GridDerivatives found{north.first, east.first, north.second, east.second};
+  if (!std::isfinite(found.northB + found.eastB + found.northL + found.eastL)) return false;
+  derivatives = found;
+  return true;
+}
+
+template <class Formulas>
+bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
+  const bool serves = std::abs(b) < kHalfPi && formulas.ServesForward(b, l);
+  return DerivativesOf(formulas, serves, b, l, derivatives);
 }
 
 /// Runs `single`, which converts one point, over a block in place.

@@ -24,23 +24,27 @@ class CassiniSoldner {
   struct Geographic {
     double phi, lambda;
   };
-  struct Plane {
-    double north, east;
+  template <class Real>
+  struct PlaneOf {
+    Real north, east;
   };
+  using Plane = PlaneOf<double>;
 
   CassiniSoldner(const Ellipsoid& ell, double lat0, double lon0, double axisAzimuth);
 
   /// The longitude difference is folded into [−π, π].
   template <class Math = simd::Libm>
-  GEOMATH_INLINE Plane Forward(double phi, double lambda) const {
-    double s, c;
+  GEOMATH_INLINE PlaneOf<typename Math::Real> Forward(typename Math::Real phi,
+                                                    typename Math::Real lambda) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(phi, s, c);
-    const double t = s / c;
-    const double A = FoldTurn(lambda - lambda0_) * c, A2 = A * A;
-    const double T = t * t, C = ep2_ * (c * c);
-    const double nu = a_ / std::sqrt(1 - e2_ * (s * s));
-    const double x = nu * A * (1 - T * A2 * (1.0 / 6 + (8 - T + 8 * C) * A2 / 120));
-    const double y =
+    const Real t = s / c;
+    const Real A = FoldTurn(lambda - lambda0_) * c, A2 = A * A;
+    const Real T = t * t, C = ep2_ * (c * c);
+    const Real nu = a_ / Math::Sqrt(1 - e2_ * (s * s));
+    const Real x = nu * A * (1 - T * A2 * (1.0 / 6 + (8 - T + 8 * C) * A2 / 120));
+    const Real y =
         meridian_.Arc(phi, s, c) - m0_ + nu * t * A2 * (1.0 / 2 + (5 - T + 6 * C) * A2 / 24);
     return {y * cosTheta_ - x * sinTheta_, y * sinTheta_ + x * cosTheta_};
   }

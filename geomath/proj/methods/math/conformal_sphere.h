@@ -19,7 +19,8 @@ class ConformalSphere {
 
   /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE SinCos Latitude(double sinPhi, double cosPhi) const {
+  GEOMATH_INLINE SinCosOf<typename Math::Real> Latitude(typename Math::Real sinPhi,
+                                                        typename Math::Real cosPhi) const {
     return Gudermannian<Math>(alpha * latitude_.Isometric<Math>(sinPhi, cosPhi) + K);
   }
   /// The spherical latitude χ, radians.

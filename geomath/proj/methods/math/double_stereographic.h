@@ -19,25 +19,31 @@ class DoubleStereographic {
   DoubleStereographic(const Ellipsoid& ell, double lat0, double lon0, double scale);
 
   /// A point on the sphere: latitude χ, and longitude Λ from the meridian of origin.
-  struct SpherePoint {
-    SinCos chi;
-    SinCos Lambda;
+  template <class Real>
+  struct SpherePointOf {
+    SinCosOf<Real> chi;
+    SinCosOf<Real> Lambda;
   };
+  using SpherePoint = SpherePointOf<double>;
   /// Northing and easting, metres, of a point; not finite at the antipode of the origin.
-  struct Image {
-    double north, east;
-    SpherePoint at;
-    double cosPhi;
+  template <class Real>
+  struct ImageOf {
+    Real north, east;
+    SpherePointOf<Real> at;
+    Real cosPhi;
   };
+  using Image = ImageOf<double>;
   /// The image of a point. Longitudes are not folded.
   template <class Math>
-  GEOMATH_INLINE Image Project(double phi, double lambda) const {
-    double sinPhi, cosPhi;
-    SpherePoint at;
+  GEOMATH_INLINE ImageOf<typename Math::Real> Project(typename Math::Real phi,
+                                                      typename Math::Real lambda) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi;
+    SpherePointOf<Real> at;
     Math::SinCos(phi, sinPhi, cosPhi);
     Math::SinCos(sphere_.alpha * (lambda - lambda0_), at.Lambda.sin, at.Lambda.cos);
     at.chi = sphere_.Latitude<Math>(sinPhi, cosPhi);
-    const double perUnit = diameter_ / Denominator(at);
+    const Real perUnit = diameter_ / Denominator(at);
     return {perUnit * (cosChi0_ * at.chi.sin - sinChi0_ * at.chi.cos * at.Lambda.cos),
             perUnit * at.chi.cos * at.Lambda.sin, at, cosPhi};
   }
@@ -88,7 +94,8 @@ class DoubleStereographic {
   }
 
  private:
-  GEOMATH_INLINE double Denominator(const SpherePoint& at) const {
+  template <class Real>
+  GEOMATH_INLINE Real Denominator(const SpherePointOf<Real>& at) const {
     return 1 + sinChi0_ * at.chi.sin + cosChi0_ * at.chi.cos * at.Lambda.cos;
   }
   PointFactors Factors(const SpherePoint& at, double cosPhi) const;

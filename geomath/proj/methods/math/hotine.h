@@ -32,9 +32,11 @@ class Hotine {
     double azimuth, k0, phiC, lambdaC;
   };
   /// Along the central line from the natural origin, and across it to its right.
-  struct Skew {
-    double u, v;
+  template <class Real>
+  struct SkewOf {
+    Real u, v;
   };
+  using Skew = SkewOf<double>;
   struct Geographic {
     double phi, lambda;
   };
@@ -43,10 +45,12 @@ class Hotine {
   Hotine(const Ellipsoid& ell, const Line& line);
 
   /// A position on both sides, and what takes the cylinder's scale to the point's.
-  struct Projected {
-    Skew skew;
-    double sinPhi, cosPhi, reach;
+  template <class Real>
+  struct ProjectedOf {
+    SkewOf<Real> skew;
+    Real sinPhi, cosPhi, reach;
   };
+  using Projected = ProjectedOf<double>;
   struct Unprojected {
     Geographic geographic;
     double reach;
@@ -55,24 +59,26 @@ class Hotine {
   /// The longitude difference is not folded. All of S, T, V and cos(B·Δλ) are taken 2Q-fold, which
   /// leaves both coordinates as they are and saves the division of 1/Q.
   template <class Math>
-  GEOMATH_INLINE Projected Project(double phi, double lambda) const {
-    double sinPhi, cosPhi, V, cosTurn;
+  GEOMATH_INLINE ProjectedOf<typename Math::Real> Project(typename Math::Real phi,
+                                                          typename Math::Real lambda) const {
+    using Real = typename Math::Real;
+    Real sinPhi, cosPhi, V, cosTurn;
     Math::SinCos(phi, sinPhi, cosPhi);
-    const double Q = Math::Exp(B * latitude_.Isometric<Math>(sinPhi, cosPhi) + C);  // 9-25
-    const double S2 = Q * Q - 1, T2 = Q * Q + 1, twice = 2 * Q;                     // 9-26, 9-27
-    Math::SinCos(B * (lambda - lambda0), V, cosTurn);                               // 9-28
+    const Real Q = Math::Exp(B * latitude_.Isometric<Math>(sinPhi, cosPhi) + C);  // 9-25
+    const Real S2 = Q * Q - 1, T2 = Q * Q + 1, twice = 2 * Q;                     // 9-26, 9-27
+    Math::SinCos(B * (lambda - lambda0), V, cosTurn);                             // 9-28
 
-    const double V2 = twice * V, cosTurn2 = twice * cosTurn;
-    const double along = S2 * cosGamma0 + V2 * sinGamma0;
-    const double across = S2 * sinGamma0 - V2 * cosGamma0;
-    const double reachSq = along * along + cosTurn2 * cosTurn2;
-    const double sum = std::abs(across) + T2;
-    const double twiceArtanh = std::copysign(Math::Log(sum * sum / reachSq), across);
-    const double R = A / B;
+    const Real V2 = twice * V, cosTurn2 = twice * cosTurn;
+    const Real along = S2 * cosGamma0 + V2 * sinGamma0;
+    const Real across = S2 * sinGamma0 - V2 * cosGamma0;
+    const Real reachSq = along * along + cosTurn2 * cosTurn2;
+    const Real sum = Math::Abs(across) + T2;
+    const Real twiceArtanh = Math::CopySign(Math::Log(sum * sum / reachSq), across);
+    const Real R = A / B;
     return {{R * Math::Atan2(along, cosTurn2), -R / 2 * twiceArtanh},  // 9-31, 9-30
             sinPhi,
             cosPhi,
-            std::sqrt(reachSq) / twice};
+            Math::Sqrt(reachSq) / twice};
   }
 
   /// The longitude is not folded. A point whose U′ rounds to ±1 is the pole, on the origin

@@ -20,10 +20,12 @@ class LambertCone {
   struct Parallel {
     double phi, sinPhi, cosPhi;
   };
-  struct Polar {
-    double rho;    ///< metres, signed as n
-    double theta;  ///< radians, positive east
+  template <class Real>
+  struct PolarOf {
+    Real rho;    ///< metres, signed as n
+    Real theta;  ///< radians, positive east
   };
+  using Polar = PolarOf<double>;
 
   LambertCone() = default;
   LambertCone(const Ellipsoid& ell, const Parallel& south, const Parallel& north, double k0);
@@ -34,18 +36,22 @@ class LambertCone {
   double Radius(double phi) const;
 
   /// An image, and sine and cosine of its latitude.
-  struct Image {
-    Polar at;
-    double sinPhi, cosPhi;
+  template <class Real>
+  struct ImageOf {
+    PolarOf<Real> at;
+    Real sinPhi, cosPhi;
   };
+  using Image = ImageOf<double>;
 
   /// The image of a point; meaningless for a latitude of ±π/2.
   template <class Math>
-  GEOMATH_INLINE Image Project(double phi, double deltaLambda) const {
-    double s, c;
+  GEOMATH_INLINE ImageOf<typename Math::Real> Project(typename Math::Real phi,
+                                                      typename Math::Real deltaLambda) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(phi, s, c);
-    const double rho = aF_ * Math::Exp(-n_ * latitude_.Isometric<Math>(s, c));  // 15-7
-    return {{rho, n_ * deltaLambda}, s, c};                                     // 14-4
+    const Real rho = aF_ * Math::Exp(-n_ * latitude_.Isometric<Math>(s, c));  // 15-7
+    return {{rho, n_ * deltaLambda}, s, c};                                   // 14-4
   }
 
   /// Polar coordinates of a point of the plane that lies `fromApex` metres south and `east` metres

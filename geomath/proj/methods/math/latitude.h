@@ -25,34 +25,38 @@ double LatitudeFromIsometric(double psi, double e);
 inline bool IsLatitude(double phi) { return std::abs(phi) <= kHalfPi; }
 
 /// Sine and cosine of one angle.
-struct SinCos {
-  double sin, cos;
+template <class Real>
+struct SinCosOf {
+  Real sin, cos;
 };
+using SinCos = SinCosOf<double>;
 
 /// Isometric latitude on the sphere, ψ = artanh(sin χ), of a latitude χ in [−π/2, π/2]. Sine and
 /// cosine may carry a common rounding factor. Absolute accuracy near the equator is that of one.
 template <class Math>
-GEOMATH_INLINE double SphericalIsometric(SinCos chi) {
-  return std::copysign(Math::Log((1 + std::abs(chi.sin)) / chi.cos), chi.sin);
+GEOMATH_INLINE typename Math::Real SphericalIsometric(SinCosOf<typename Math::Real> chi) {
+  return Math::CopySign(Math::Log((1 + Math::Abs(chi.sin)) / chi.cos), chi.sin);
 }
 
 /// The angle whose isometric latitude on the sphere is ψ: sin = tanh ψ, cos = 1/cosh ψ. In columns
 /// |ψ| counts as 700 beyond that, where their exponential function ends and cos χ is 2e-304.
 template <class Math>
-GEOMATH_INLINE SinCos Gudermannian(double psi) {
+GEOMATH_INLINE SinCosOf<typename Math::Real> Gudermannian(typename Math::Real psi) {
+  using Real = typename Math::Real;
   constexpr double kLargest = 700;
-  double size = std::abs(psi);
+  Real size = Math::Abs(psi);
   if constexpr (Math::kColumns) size = size > kLargest ? kLargest : size;
-  const double decay = Math::Exp(-size), decay2 = decay * decay;
-  const double divisor = 1 + decay2;
-  return {std::copysign((1 - decay2) / divisor, psi), 2 * decay / divisor};
+  const Real decay = Math::Exp(-size), decay2 = decay * decay;
+  const Real divisor = 1 + decay2;
+  return {Math::CopySign((1 - decay2) / divisor, psi), 2 * decay / divisor};
 }
 
 /// artanh(e·s)/e for |s| ≤ 1 by its power series in e², s itself on the sphere; for ellipsoids of the
 /// Earth's flattening, where the first term left out is below 1e-15 of the result.
-GEOMATH_INLINE double ArtanhOverE(double s, double e2) {
+template <class Real>
+GEOMATH_INLINE Real ArtanhOverE(Real s, double e2) {
   constexpr double c[] = {1.0 / 3, 1.0 / 5, 1.0 / 7, 1.0 / 9, 1.0 / 11, 1.0 / 13};
-  const double x = e2 * (s * s);
+  const Real x = e2 * (s * s);
   return s * (1 + x * (c[0] + x * (c[1] + x * (c[2] + x * (c[3] + x * (c[4] + x * c[5]))))));
 }
 
@@ -74,17 +78,20 @@ class ConformalLatitude {
 
   /// Isometric latitude of a geodetic one.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE double Isometric(double sinPhi, double cosPhi) const {
+  GEOMATH_INLINE typename Math::Real Isometric(typename Math::Real sinPhi,
+                                               typename Math::Real cosPhi) const {
     return SphericalIsometric<Math>({sinPhi, cosPhi}) - Excess<Math>(sinPhi);
   }
   double Isometric(double phi) const;
 
   /// Conformal latitude of a geodetic one.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE SinCos FromGeodetic(double sinPhi, double cosPhi) const {
-    const double T = TanhExcess<Math>(sinPhi);
-    const double divisor = 1 - T * sinPhi;
-    return {(sinPhi - T) / divisor, cosPhi * std::sqrt(1 - T * T) / divisor};
+  GEOMATH_INLINE SinCosOf<typename Math::Real> FromGeodetic(typename Math::Real sinPhi,
+                                                            typename Math::Real cosPhi) const {
+    using Real = typename Math::Real;
+    const Real T = TanhExcess<Math>(sinPhi);
+    const Real divisor = 1 - T * sinPhi;
+    return {(sinPhi - T) / divisor, cosPhi * Math::Sqrt(1 - T * T) / divisor};
   }
 
   /// Geodetic latitude, radians, of a conformal one; sine and cosine may carry a common positive
@@ -120,7 +127,7 @@ class ConformalLatitude {
   // e·artanh(e·sin φ), by which the isometric latitude falls short of the spherical one. Near the
   // sphere its power series; the first term left out is below 1e-17.
   template <class Math>
-  GEOMATH_INLINE double Excess(double s) const {
+  GEOMATH_INLINE typename Math::Real Excess(typename Math::Real s) const {
     if constexpr (!Math::kColumns)
       if (!nearSphere_) return FlatExcess(s);
     return e2_ * ArtanhOverE(s, e2_);
@@ -129,10 +136,11 @@ class ConformalLatitude {
   // The T of the addition theorem; near the sphere by the power series of the hyperbolic tangent,
   // whose argument is at most 0.01.
   template <class Math>
-  GEOMATH_INLINE double TanhExcess(double s) const {
+  GEOMATH_INLINE typename Math::Real TanhExcess(typename Math::Real s) const {
+    using Real = typename Math::Real;
     if constexpr (!Math::kColumns)
       if (!nearSphere_) return std::tanh(FlatExcess(s));
-    const double x = Excess<Math>(s), x2 = x * x;
+    const Real x = Excess<Math>(s), x2 = x * x;
     return x * (1 - x2 * (1.0 / 3 - x2 * (2.0 / 15 - x2 * (17.0 / 315))));
   }
 
@@ -150,8 +158,10 @@ class ConformalLatitude {
 CosinePowerSeries ConformalSeries(double e2);
 
 /// Radius of the parallel over a: m(φ) = cos φ/√(1 − e²·sin²φ). Snyder 1987, eq. 14-15.
-GEOMATH_INLINE double ParallelRadius(double sinPhi, double cosPhi, double e2) {
-  return cosPhi / std::sqrt(1 - e2 * (sinPhi * sinPhi));
+template <class Real>
+GEOMATH_INLINE Real ParallelRadius(Real sinPhi, Real cosPhi, double e2) {
+  using std::sqrt;
+  return cosPhi / sqrt(1 - e2 * (sinPhi * sinPhi));
 }
 
 /// Radius of curvature in the prime vertical ν, metres.

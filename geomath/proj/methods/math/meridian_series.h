@@ -13,8 +13,9 @@ class CosinePowerSeries {
   CosinePowerSeries(double c2, double c4, double c6, double c8);
   double operator()(double x) const { return Evaluate<simd::Libm>(x); }
   /// The same where sine and cosine of x are known.
-  GEOMATH_INLINE double operator()(double x, double sinX, double cosX) const {
-    const double cos2 = cosX * cosX;
+  template <class Real>
+  GEOMATH_INLINE Real operator()(Real x, Real sinX, Real cosX) const {
+    const Real cos2 = cosX * cosX;
     return x + sinX * cosX * (p0_ + cos2 * (p2_ + cos2 * (p4_ + cos2 * p6_)));
   }
   /// The same in the functions of `Math`.
@@ -37,7 +38,8 @@ struct MeridianSeries {
 
   /// Arc from the equator to latitude phi, metres.
   double Arc(double phi) const { return r * arc(phi); }
-  GEOMATH_INLINE double Arc(double phi, double sinPhi, double cosPhi) const {
+  template <class Real>
+  GEOMATH_INLINE Real Arc(Real phi, Real sinPhi, Real cosPhi) const {
     return r * arc(phi, sinPhi, cosPhi);
   }
   /// Latitude whose arc from the equator is `metres`.

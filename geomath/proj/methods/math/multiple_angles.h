@@ -8,12 +8,12 @@ namespace zel_cs::geomath {
 
 /// Σ c[j]·sin((j + 1)·θ) for j = 0 … N − 1 by Clenshaw's recurrence (Clenshaw 1955), from the sine
 /// and cosine of θ, so that a series in 2φ, 4φ, … costs no further sine.
-template <std::size_t N>
-GEOMATH_INLINE double ClenshawSin(const double (&c)[N], double sinTheta, double cosTheta) {
-  const double twoCos = 2 * cosTheta;
-  double b1 = c[N - 1], b2 = 0;
+template <std::size_t N, class Real>
+GEOMATH_INLINE Real ClenshawSin(const double (&c)[N], Real sinTheta, Real cosTheta) {
+  const Real twoCos = 2 * cosTheta;
+  Real b1 = c[N - 1], b2 = 0;
   for (std::size_t j = N - 1; j-- > 0;) {
-    const double b = c[j] + twoCos * b1 - b2;
+    const Real b = c[j] + twoCos * b1 - b2;
     b2 = b1;
     b1 = b;
   }
@@ -23,40 +23,45 @@ GEOMATH_INLINE double ClenshawSin(const double (&c)[N], double sinTheta, double 
 /// Sine and cosine of x become those of x + delta (`kSign` −1), or the hyperbolic ones do (+1), by
 /// the addition theorems. For |delta| < 0.03, where the first neglected terms of the power series of
 /// delta's own are below 1e-17.
-template <int kSign>
-GEOMATH_INLINE void AddSmallAngle(double delta, double& sine, double& cosine) {
+template <int kSign, class Real>
+GEOMATH_INLINE void AddSmallAngle(Real delta, Real& sine, Real& cosine) {
   static_assert(kSign == 1 || kSign == -1);
-  const double z = kSign * (delta * delta);
-  const double odd = delta + delta * z * (1.0 / 6 + z * (1.0 / 120 + 1.0 / 5040 * z));
-  const double evenLess1 = z * (1.0 / 2 + z * (1.0 / 24 + 1.0 / 720 * z));
-  const double s = sine, c = cosine;
+  const Real z = kSign * (delta * delta);
+  const Real odd = delta + delta * z * (1.0 / 6 + z * (1.0 / 120 + 1.0 / 5040 * z));
+  const Real evenLess1 = z * (1.0 / 2 + z * (1.0 / 24 + 1.0 / 720 * z));
+  const Real s = sine, c = cosine;
   sine = s + (s * evenLess1 + c * odd);
   cosine = c + (c * evenLess1 + kSign * (s * odd));
 }
 
 /// Sine and cosine of the real part of an angle, hyperbolic ones of its imaginary part.
-struct ComplexAngle {
-  double sin, cos, sinh, cosh;
+template <class Real>
+struct ComplexAngleOf {
+  Real sin, cos, sinh, cosh;
 };
+using ComplexAngle = ComplexAngleOf<double>;
 
-struct ComplexSum {
-  double real, imag;
+template <class Real>
+struct ComplexSumOf {
+  Real real, imag;
 };
+using ComplexSum = ComplexSumOf<double>;
 
 /// Σ c[j]·sin((j + 1)·ζ) of a complex angle ζ by the same recurrence, at least two terms.
-template <std::size_t N>
-GEOMATH_INLINE ComplexSum ClenshawSin(const double (&c)[N], const ComplexAngle& zeta) {
-  const double hr = 2 * zeta.cos * zeta.cosh, hi = -2 * zeta.sin * zeta.sinh;  // 2·cos ζ
-  double r1 = c[N - 2] + hr * c[N - 1], i1 = hi * c[N - 1], r2 = c[N - 1], i2 = 0;
+template <std::size_t N, class Real>
+GEOMATH_INLINE ComplexSumOf<Real> ClenshawSin(const double (&c)[N],
+                                              const ComplexAngleOf<Real>& zeta) {
+  const Real hr = 2 * zeta.cos * zeta.cosh, hi = -2 * zeta.sin * zeta.sinh;  // 2·cos ζ
+  Real r1 = c[N - 2] + hr * c[N - 1], i1 = hi * c[N - 1], r2 = c[N - 1], i2 = 0;
   for (std::size_t j = N - 2; j-- > 0;) {
-    const double r = c[j] + hr * r1 - hi * i1 - r2;
-    const double i = hi * r1 + hr * i1 - i2;
+    const Real r = c[j] + hr * r1 - hi * i1 - r2;
+    const Real i = hi * r1 + hr * i1 - i2;
     r2 = r1;
     i2 = i1;
     r1 = r;
     i1 = i;
   }
-  const double sr = zeta.sin * zeta.cosh, si = zeta.cos * zeta.sinh;  // sin ζ
+  const Real sr = zeta.sin * zeta.cosh, si = zeta.cos * zeta.sinh;  // sin ζ
   return {r1 * sr - i1 * si, r1 * si + i1 * sr};
 }
 

@@ -24,9 +24,11 @@ class StemTransverseMercator {
   struct Geographic {
     double phi, deltaLambda;
   };
-  struct Plane {
-    double north, east;
+  template <class Real>
+  struct PlaneOf {
+    Real north, east;
   };
+  using Plane = PlaneOf<double>;
 
   /// Scale on the central meridian and latitude of the origin, radians.
   StemTransverseMercator(const Ellipsoid& ell, double scale, double lat0);
@@ -36,11 +38,13 @@ class StemTransverseMercator {
   Geographic Inverse(double north, double east, PointFactors* factors) const;
 
   /// A converted point, and the latitude terms with L or Q, from which the factors follow.
-  struct Projected {
-    Plane plane;
-    TmLatitude at;
-    double L;
+  template <class Real>
+  struct ProjectedOf {
+    PlaneOf<Real> plane;
+    TmLatitudeOf<Real> at;
+    Real L;
   };
+  using Projected = ProjectedOf<double>;
   struct Unprojected {
     Geographic geographic;
     TmLatitude at;
@@ -49,13 +53,15 @@ class StemTransverseMercator {
 
   /// The two directions in the functions of `Math`.
   template <class Math>
-  GEOMATH_INLINE Projected Project(double phi, double deltaLambda) const {
-    double s, c;
+  GEOMATH_INLINE ProjectedOf<typename Math::Real> Project(typename Math::Real phi,
+                                                          typename Math::Real deltaLambda) const {
+    using Real = typename Math::Real;
+    Real s, c;
     Math::SinCos(phi, s, c);
-    const TmLatitude at(s, c, ep2_);
-    const double L = deltaLambda * c;
-    const double R = aK0_ / std::sqrt(1 - e2_ * (s * s));
-    const TmOffset offset = TmForwardSeries(at, L);
+    const TmLatitudeOf<Real> at(s, c, ep2_);
+    const Real L = deltaLambda * c;
+    const Real R = aK0_ / Math::Sqrt(1 - e2_ * (s * s));
+    const TmOffset<Real> offset = TmForwardSeries(at, L);
     return {{k0_ * meridian_.Arc(phi, s, c) - origin_ + R * offset.north, R * offset.east}, at, L};
   }
   template <class Math>

@@ -9,27 +9,31 @@ namespace zel_cs::geomath {
 /// radius R. Inline, since they are the inner part of every UTM conversion. All angles are radians.
 ///
 /// The latitude enters as t = tan φ and η² = e′²·cos²φ; in the inverse it is the footpoint's.
-struct TmLatitude {
-  GEOMATH_INLINE TmLatitude(double sinPhi, double cosPhi, double ep2)
+template <class Real>
+struct TmLatitudeOf {
+  GEOMATH_INLINE TmLatitudeOf(Real sinPhi, Real cosPhi, double ep2)
       : t(sinPhi / cosPhi), t2(t * t), t4(t2 * t2), t6(t4 * t2), eta2(ep2 * (cosPhi * cosPhi)) {}
 
-  double t, t2, t4, t6, eta2;
+  Real t, t2, t4, t6, eta2;
 };
+using TmLatitude = TmLatitudeOf<double>;
 
 /// Northing beyond the arc of the latitude, and easting from the meridian, both over R.
+template <class Real>
 struct TmOffset {
-  double north, east;
+  Real north, east;
 };
 
 /// The offset of a point with L = Δλ·cos φ, to L⁷.
-GEOMATH_INLINE TmOffset TmForwardSeries(const TmLatitude& at, double L) {
+template <class Real>
+GEOMATH_INLINE TmOffset<Real> TmForwardSeries(const TmLatitudeOf<Real>& at, Real L) {
   const auto& [t, t2, t4, t6, eta2] = at;
-  const double L2 = L * L;
-  const double A4 = (5 - t2 + eta2 * (9 + 4 * eta2)) / 12;
-  const double A6 = (61 - 58 * t2 + t4 + eta2 * (270 - 330 * t2)) / 360;
-  const double A3 = (1 - t2 + eta2) / 6;
-  const double A5 = (5 - 18 * t2 + t4 + eta2 * (14 - 58 * t2)) / 120;
-  const double A7 = (61 - 479 * t2 + 179 * t4 - t6) / 5040;
+  const Real L2 = L * L;
+  const Real A4 = (5 - t2 + eta2 * (9 + 4 * eta2)) / 12;
+  const Real A6 = (61 - 58 * t2 + t4 + eta2 * (270 - 330 * t2)) / 360;
+  const Real A3 = (1 - t2 + eta2) / 6;
+  const Real A5 = (5 - 18 * t2 + t4 + eta2 * (14 - 58 * t2)) / 120;
+  const Real A7 = (61 - 479 * t2 + 179 * t4 - t6) / 5040;
   return {.north = t * L2 / 2 * (1 + L2 * (A4 + L2 * A6)),
           .east = L * (1 + L2 * (A3 + L2 * (A5 + L2 * A7)))};
 }
