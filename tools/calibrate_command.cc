@@ -24,8 +24,13 @@ struct CalibrateOptions {
 };
 
 int Calibrate(const CalibrateOptions& options) {
+  RefuseReadingTwice({options.control, options.system});
+  const bool onOutput = options.output == "-" || options.report == "-";
+  if (onOutput && options.pipeline)
+    throw UserError("--pipeline: is printed on standard output, where another output goes");
   const std::string text = ReadSystemText(options.system);
-  const auto system = ParseSystem(text, options.system, ProjectionNeed::optional);
+  const std::string systemName = InputName(options.system);
+  const auto system = ParseSystem(text, systemName, ProjectionNeed::optional);
   std::vector<std::string> inputs = system->Files();
   inputs.insert(inputs.end(), {options.control, options.system});
   RefuseOverwriting(inputs, {options.output, options.report});
@@ -35,11 +40,11 @@ int Calibrate(const CalibrateOptions& options) {
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
   if (!options.report.empty()) {
-    files.push_back(
-        {options.report, CalibrationPage(calibration, {options.control, options.system})});
+    files.push_back({options.report,
+                     CalibrationPage(calibration, {InputName(options.control), systemName})});
   }
   WriteTextFiles(files);
-  std::fputs((CalibrationText(calibration) + pipeline).c_str(), stdout);
+  std::fputs((CalibrationText(calibration) + pipeline).c_str(), onOutput ? stderr : stdout);
   return kExitDone;
 }
 
@@ -54,13 +59,14 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
       "local_h and use (none, vertical, horizontal, both, rotation, or 0 to 4), and may have "
       "name.\n"
       "The output is a system file for \"geomath convert\".");
-  arguments.add_option("CONTROL", options->control, "control points: CSV, GeoPackage, …")
+  arguments.add_option("CONTROL", options->control, "control points: CSV, GeoPackage, …; - for CSV from standard input")
       ->required();
-  arguments.add_option("--system", options->system, "JSON file that describes the system")
+  arguments.add_option("--system", options->system, "JSON file that describes the system; - for standard input")
       ->required();
-  arguments.add_option("-o,--output", options->output, "system file with the calibration")
+  arguments.add_option("-o,--output", options->output, "system file with the calibration; - for standard output, and the "
+                       "summary goes to standard error")
       ->required();
-  arguments.add_option("--report", options->report, "HTML page with tables and a map");
+  arguments.add_option("--report", options->report, "HTML page with tables and a map; - for standard output");
   arguments.add_flag("--pipeline", options->pipeline,
                      "also print the site as a PROJ pipeline, on the last line");
   arguments.add_flag("--fixed-scale", options->fixedScale, "keep the scale at 1");

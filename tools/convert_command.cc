@@ -13,6 +13,7 @@
 #include "files/system/system_file.h"
 #include "files/words/name_match.h"
 #include "files/words/number_text.h"
+#include "files/words/output_file.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
@@ -185,6 +186,7 @@ std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
 }
 
 int Convert(ConvertOptions options) {
+  RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
   const bool gon = options.angles == "gon", isFile = options.input.size() == 1;
   options.points.gon = gon && !options.inverse;
@@ -227,7 +229,7 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       "A row that cannot be converted keeps its place with empty results and is reported.\n"
       "Exit status: 0 all rows converted, 1 some rows not, 2 stopped.");
   arguments
-      .add_option("--system", options->system, "JSON file that describes the coordinate system")
+      .add_option("--system", options->system, "JSON file that describes the coordinate system; - for standard input")
       ->required();
   arguments
       .add_option(

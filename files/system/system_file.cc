@@ -5,9 +5,9 @@
 #include <algorithm>
 #include <cerrno>
 #include <cmath>
+#include <cstdio>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
 #include <string_view>
 #include <vector>
 
@@ -15,6 +15,7 @@
 #include "files/system/projection_names.h"
 #include "files/system/system_sections.h"
 #include "files/words/name_match.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -22,8 +23,6 @@ using nlohmann::json;
 
 namespace geomath_tools {
 namespace {
-
-std::string ErrnoText(int code) { return std::strerror(code); }
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
 
@@ -165,22 +164,24 @@ std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std
 }
 
 std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
-  return ParseSystem(ReadSystemText(path), path);
+  return ParseSystem(ReadSystemText(path), InputName(path));
 }
 
 std::string ReadSystemText(const std::string& path) {
   constexpr std::size_t kLargestFile = 1 << 20;  // bytes; a description takes a few hundred
-  errno = 0;
-  std::ifstream file(path, std::ios::binary);
+  const InputHandle file = OpenInput(path);
   std::string text;
   char part[4096];
-  while (file && text.size() <= kLargestFile) {
-    file.read(part, sizeof part);
-    text.append(part, static_cast<std::size_t>(file.gcount()));
+  while (text.size() <= kLargestFile) {
+    const std::size_t count = std::fread(part, 1, sizeof part, file.get());
+    if (count == 0) break;
+    text.append(part, count);
   }
+  const std::string name = InputName(path);
   if (text.size() > kLargestFile)
-    throw UserError(fmt::format("{}: too large for a system file (1 MiB)", path));
-  if (!file.eof()) throw UserError(fmt::format("{}: cannot be read: {}", path, ErrnoText(errno)));
+    throw UserError(fmt::format("{}: too large for a system file (1 MiB)", name));
+  if (std::ferror(file.get()))
+    throw UserError(fmt::format("{}: cannot be read: {}", name, std::strerror(errno)));
   return text;
 }
 

@@ -68,11 +68,12 @@ class CoordinateSystem {
 /// Whether a system must have a projection.
 enum class ProjectionNeed { required, optional };
 
-/// Reads a system file (docs/system-file.md). Throws UserError, naming the file, the key and what
-/// would be right, for everything that is wrong with it.
+/// Reads a system file (docs/system-file.md), or standard input for "-", whose file names count from
+/// the working directory. Throws UserError, naming the file, the key and what would be right, for
+/// everything that is wrong with it.
 std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path);
 
-/// The text of a system file; throws UserError when it cannot be read.
+/// The text of a system file, or of standard input for "-"; throws UserError when it cannot be read.
 std::string ReadSystemText(const std::string& path);
 
 /// The system from text; `name` stands for the file in messages.

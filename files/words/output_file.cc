@@ -221,8 +221,15 @@ std::vector<fs::path> SideFiles(const fs::path& path, const std::string& suffix)
   return sides;
 }
 
+void RefuseReadingTwice(const std::vector<std::string>& inputs) {
+  if (std::count(inputs.begin(), inputs.end(), "-") > 1)
+    throw UserError("-: standard input can be read once; name a file for the other");
+}
+
 void RefuseOverwriting(const std::vector<std::string>& inputs,
                        const std::vector<std::string>& outputs) {
+  if (std::count(outputs.begin(), outputs.end(), "-") > 1)
+    throw UserError("-: standard output takes one of the outputs; name a file for the other");
   std::vector<std::pair<fs::path, std::string>> taken;  // with what it is, for the message
   const auto take = [&](const fs::path& file, const std::string& name, const char* what) {
     if (file.empty()) return;

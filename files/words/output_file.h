@@ -47,6 +47,10 @@ class OutputFile {
 std::vector<std::filesystem::path> SideFiles(const std::filesystem::path& path,
                                              const std::string& suffix);
 
+/// Throws UserError when several inputs are "-", standard input, which can be read once. To be asked
+/// before the first of them is read.
+void RefuseReadingTwice(const std::vector<std::string>& inputs);
+
 /// Throws UserError when an output is a file that the run reads, by whatever name or link, or two
 /// outputs are one. Empty names stand for nothing, "-" for standard input and output.
 void RefuseOverwriting(const std::vector<std::string>& inputs,

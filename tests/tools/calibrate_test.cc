@@ -175,6 +175,34 @@ TEST_F(Calibrate, SaysWhatIsWrong) {
   EXPECT_FALSE(fs::exists(directory_ / "other.json"));
 }
 
+TEST_F(Calibrate, ReadsAndWritesStandardStreams) {
+  const std::string system = kExample + "system.json", control = kExample + "control.csv";
+  const ProgramRun files = RunExample("system.json -o site.json --report report.html");
+  ASSERT_EQ(files.status, 0) << files.err;
+  const std::string streams[] = {control + " --system - -o - <" + system,
+                                 "- --system " + system + " -o - <" + control};
+  for (const std::string& arguments : streams) {
+    const ProgramRun run = Run(arguments);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_EQ(run.out, Read("site.json"));
+    EXPECT_EQ(run.err, files.out);
+  }
+  EXPECT_TRUE(RunExample("system.json -o b.json --report -").out.starts_with("<!DOCTYPE html>"));
+  const ProgramRun converted =
+      RunProgram(directory_, "convert --system - 52 5 40 <" + kExample + "netherlands.json");
+  EXPECT_EQ(converted.status, 0) << converted.err;
+
+  for (const char* refused : {"- --system - -o c.json", "system.json -o - --report -",
+                              "system.json -o - --pipeline"}) {
+    const ProgramRun run = *refused == '-' ? Run(refused) : RunExample(refused);
+    EXPECT_EQ(run.status, 2) << refused;
+    EXPECT_EQ(run.out, "") << refused;
+    EXPECT_TRUE(Contains(run.err, "standard ")) << run.err;
+  }
+  EXPECT_EQ(RunProgram(directory_, "convert --system - - -o - <" + system).err,
+            "geomath: -: standard input can be read once; name a file for the other\n");
+}
+
 TEST_F(Calibrate, TakesTheGeoidAndNamesItsFileFromTheNewPlace) {
   // A geoid of 40 m everywhere: heights are calibrated above it.
   Write("flat.asc",
