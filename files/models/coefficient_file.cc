@@ -74,11 +74,29 @@ class CoefficientReader {
     throw UserError(fmt::format("{}, line {}: {}", file_, line_, reason));
   }
 
+  // As std::getline, of a line that ends.
+  bool GetLine(std::string& text) {
+    constexpr std::size_t kLongestLine = 1 << 16;  // bytes; a comment may be a paragraph
+    text.clear();
+    std::streambuf& bytes = *in_.rdbuf();
+    constexpr int kEnd = std::char_traits<char>::eof();
+    int c = bytes.sbumpc();
+    if (c == kEnd) return false;
+    ++line_;
+    for (; c != kEnd && c != '\n'; c = bytes.sbumpc()) {
+      if (text.size() == kLongestLine)
+        Refuse(fmt::format("a line of more than {} KiB: this is no coefficient file",
+                           kLongestLine >> 10));
+      text += static_cast<char>(c);
+    }
+    return true;
+  }
+
   // The next line that holds more than a comment, which # begins.
   bool NextLine(std::string& text) {
     constexpr std::string_view kUtf8Mark = "\xEF\xBB\xBF";
-    while (std::getline(in_, text)) {
-      if (++line_ == 1 && text.starts_with(kUtf8Mark)) text.erase(0, kUtf8Mark.size());
+    while (GetLine(text)) {
+      if (line_ == 1 && text.starts_with(kUtf8Mark)) text.erase(0, kUtf8Mark.size());
       text.erase(std::min(text.find('#'), text.size()));
       if (text.find_first_not_of(kBlanks) != std::string::npos) return true;
     }
@@ -94,8 +112,7 @@ class CoefficientReader {
 
   // What stands before "begin_of_head" is free text.
   void ReadHead() {
-    for (std::string text; std::getline(in_, text);) {
-      ++line_;
+    for (std::string text; GetLine(text);) {
       std::string_view fields = text;
       const std::string_view key = TakeField(fields), value = TakeField(fields);
       if (key == "end_of_head") return CheckHead();

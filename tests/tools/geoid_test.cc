@@ -302,6 +302,7 @@ TEST_F(Geoid, RefusesDamagedModelsAndSaysWhere) {
       {"a.gfc", "radius 6378136.3\n" + terms, "has no line \"earth_gravity_constant\""},
       {"a.gfc", head + terms + "gfc 2 2 1 1\n", "a.gfc, line 7: the term"},
       {"a.gfc", head, "end_of_head"},
+      {"a.txt", "2 0 1e-9 0 " + std::string(1 << 17, '0'), "a.txt, line 1: a line of more than"},
   };
   for (const auto& c : cases) {
     Write(c.file, c.text);
@@ -310,6 +311,8 @@ TEST_F(Geoid, RefusesDamagedModelsAndSaysWhere) {
     EXPECT_TRUE(Contains(run.err, c.message)) << run.err;
     EXPECT_FALSE(fs::exists(directory_ / "out.csv")) << c.text;
   }
+  const ProgramRun endless = Run("--model /dev/zero in.csv -o out.csv");
+  EXPECT_TRUE(Contains(endless.err, "/dev/zero, line 1: a line of more than")) << endless.err;
   // Sound: degrees 0 and 1 left out, free text before the head, a gfct given for two spans of time.
   Write("a.txt", "\xEF\xBB\xBF" + two);
   EXPECT_EQ(Run("--model a.txt in.csv -o out.csv").err, "");
