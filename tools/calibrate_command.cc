@@ -19,12 +19,14 @@ namespace geomath_tools {
 namespace {
 
 struct CalibrateOptions {
-  std::string control, system, output, report, layer, placement = "centre";
+  ControlSource control;
+  std::string system, output, report, placement = "centre";
   bool fixedScale = false, pipeline = false;
 };
 
 int Calibrate(const CalibrateOptions& options) {
-  RefuseReadingTwice({options.control, options.system});
+  const std::string& path = options.control.path;
+  RefuseReadingTwice({path, options.system});
   const bool onOutput = options.output == "-" || options.report == "-";
   if (onOutput && options.pipeline)
     throw UserError("--pipeline: is printed on standard output, where another output goes");
@@ -32,16 +34,17 @@ int Calibrate(const CalibrateOptions& options) {
   const std::string systemName = InputName(options.system);
   const auto system = ParseSystem(text, systemName, ProjectionNeed::optional);
   std::vector<std::string> inputs = system->Files();
-  inputs.insert(inputs.end(), {options.control, options.system});
+  inputs.insert(inputs.end(), {path, options.system});
   RefuseOverwriting(inputs, {options.output, options.report});
-  const Calibration calibration(*system, ReadControl(options.control, options.layer),
+  const ControlTable control = ReadControl(options.control);
+  if (!control.note.empty()) std::fprintf(stderr, "geomath: %s\n", control.note.c_str());
+  const Calibration calibration(*system, control.points,
                                 {options.fixedScale, options.placement == "first"});
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
   if (!options.report.empty()) {
-    files.push_back({options.report,
-                     CalibrationPage(calibration, {InputName(options.control), systemName})});
+    files.push_back({options.report, CalibrationPage(calibration, {InputName(path), systemName})});
   }
   WriteTextFiles(files);
   std::fputs((CalibrationText(calibration) + pipeline).c_str(), onOutput ? stderr : stdout);
@@ -57,16 +60,25 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
       "inclined plane for the heights. A system without projection gets a stereographic one,\n"
       "centred on the site. CONTROL has the columns lat, lon, h (global), local_n, local_e,\n"
       "local_h and use (none, vertical, horizontal, both, rotation, or 0 to 4), and may have "
-      "name.\n"
+      "name;\n"
+      "other usual names, such as Latitude or Rechtswert, are taken where one thing only is "
+      "meant.\n"
       "The output is a system file for \"geomath convert\".");
-  arguments.add_option("CONTROL", options->control, "control points: CSV, GeoPackage, …; - for CSV from standard input")
+  arguments
+      .add_option("CONTROL", options->control.path,
+                  "control points: CSV, GeoPackage, …; - for CSV from standard input")
       ->required();
-  arguments.add_option("--system", options->system, "JSON file that describes the system; - for standard input")
+  arguments
+      .add_option("--system", options->system,
+                  "JSON file that describes the system; - for standard input")
       ->required();
-  arguments.add_option("-o,--output", options->output, "system file with the calibration; - for standard output, and the "
-                       "summary goes to standard error")
+  arguments
+      .add_option("-o,--output", options->output,
+                  "system file with the calibration; - for standard output, and the "
+                  "summary goes to standard error")
       ->required();
-  arguments.add_option("--report", options->report, "HTML page with tables and a map; - for standard output");
+  arguments.add_option("--report", options->report,
+                       "HTML page with tables and a map; - for standard output");
   arguments.add_flag("--pipeline", options->pipeline,
                      "also print the site as a PROJ pipeline, on the last line");
   arguments.add_flag("--fixed-scale", options->fixedScale, "keep the scale at 1");
@@ -75,7 +87,10 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
                   "where a projection of the site's own stands: centre (of the extent, the "
                   "default) or first (control point)")
       ->check(CLI::IsMember({"centre", "first"}));
-  arguments.add_option("--layer", options->layer, "layer of the input, when it has several");
+  arguments.add_option("--layer", options->control.layer,
+                       "layer of the input, when it has several");
+  arguments.add_flag("--decimal-comma", options->control.decimalComma,
+                     "numbers of the input have a decimal comma, where that cannot be recognised");
   return [options] { return Calibrate(*options); };
 }
 

@@ -16,28 +16,8 @@
 namespace geomath_tools {
 namespace {
 
-// Names of columns that mean a coordinate, folded: those that the program itself writes, and, when
-// there is none of them, those that instruments and other programs write.
-struct UsualNames {
-  std::vector<std::string> own, others;
-};
-using AxisNames = std::array<UsualNames, 3>;
-
-const AxisNames kGeographicNames = {{
-    {{"lat"}, {"latitude", "breite"}},
-    {{"lon"}, {"long", "lng", "longitude", "l\xC3\xA4nge", "laenge"}},
-    {{"hglobal"}, {"h", "height", "h\xC3\xB6he", "hoehe", "ellipsoidalheight"}},
-}};
-const AxisNames kGonNames = {{{{"latgon"}, {}}, {{"longon"}, {}}, kGeographicNames[2]}};
-const AxisNames kGridNames = {{
-    {{"n"}, {"north", "northing", "nord", "hochwert"}},
-    {{"e"}, {"east", "easting", "ost", "rechtswert"}},
-    {{"hlocal"}, {"h", "height", "h\xC3\xB6he", "hoehe", "elevation", "z"}},
-}};
-
 const AxisNames& NamesOf(CoordinateKind kind, bool gon) {
-  if (kind == CoordinateKind::grid) return kGridNames;
-  return gon ? kGonNames : kGeographicNames;
+  return gon ? UsualGonNames() : UsualAxisNames(kind);
 }
 
 // "n" and 2 of "n_2"; 1 where there is no number.
@@ -49,10 +29,6 @@ std::pair<std::string, int> WithoutNumber(const std::string& name) {
   const auto [rest, error] = std::from_chars(name.data() + mark + 1, end, number);
   if (error != std::errc() || rest != end || number < 2) return {name, 1};
   return {name.substr(0, mark), number};
-}
-
-bool Holds(const std::vector<std::string>& names, const std::string& name) {
-  return std::find(names.begin(), names.end(), name) != names.end();
 }
 
 constexpr double kDegreesPerGon = 0.9;
@@ -81,16 +57,13 @@ struct CoordinateSet {
 };
 
 CoordinateSet FindSet(const std::vector<std::string>& columns, const AxisNames& names, int wanted) {
-  CoordinateSet set{wanted, {}};
-  for (std::size_t axis = 0; axis < 3; ++axis) {
-    for (const auto* usual : {&names[axis].own, &names[axis].others}) {
-      if (!set.columns[axis].empty()) break;
-      for (std::size_t i = 0; i < columns.size(); ++i) {
-        const auto [base, number] = WithoutNumber(columns[i]);
-        if (number == wanted && Holds(*usual, FoldName(base))) set.columns[axis].push_back(i);
-      }
-    }
+  std::vector<std::string> bases(columns.size());  // empty for another number
+  for (std::size_t i = 0; i < columns.size(); ++i) {
+    auto [base, number] = WithoutNumber(columns[i]);
+    if (number == wanted) bases[i] = std::move(base);
   }
+  CoordinateSet set{wanted, {}};
+  for (std::size_t axis = 0; axis < 3; ++axis) set.columns[axis] = FindUsual(bases, names[axis]);
   return set;
 }
 
@@ -151,7 +124,7 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
                            const ColumnChoice& choice)
     : kind_(kind),
       fixedHeight_(choice.fixedHeight),
-      gon_(choice.gon),
+      gon_(choice.gon && kind == CoordinateKind::geographic),
       source_(source),
       numbers_(choice.decimalComma ? ',' : '\0') {
   const std::vector<std::string> columns = source.ColumnNames();

@@ -7,12 +7,10 @@
 
 #include "files/points/layer_crs.h"
 #include "files/points/point_source.h"
+#include "files/points/usual_names.h"
 #include "files/words/number_text.h"
 
 namespace geomath_tools {
-
-/// Which coordinates the points of a file have.
-enum class CoordinateKind { geographic, grid };
 
 /// How the user wants the coordinates of a point to be found.
 struct ColumnChoice {

@@ -2,10 +2,11 @@
 
 #include <fmt/format.h>
 
-#include <algorithm>
+#include <iterator>
 #include <optional>
 
 #include "files/points/point_source.h"
+#include "files/points/usual_names.h"
 #include "files/words/name_match.h"
 #include "files/words/number_text.h"
 #include "files/words/user_error.h"
@@ -28,16 +29,37 @@ std::optional<AngleKind> AngleOf(std::size_t column) {
   return {};
 }
 
+// What a column may be called. Names of heights that could be global or local are not among them,
+// but for "h", which is the global one.
+UsualNames NamesOf(std::size_t column) {
+  const bool local = column >= 3;
+  const std::size_t axis = column % 3;
+  UsualNames names{{FoldName(kControlColumns[column])}, {}};
+  if (axis == 2) {
+    names.others = local ? std::vector<std::string>{"hlocal", "elevation", "z"}
+                         : std::vector<std::string>{"hglobal", "ellipsoidalheight"};
+    return names;
+  }
+  const UsualNames& usual =
+      UsualAxisNames(local ? CoordinateKind::grid : CoordinateKind::geographic)[axis];
+  for (const auto* part : {&usual.own, &usual.others})
+    names.others.insert(names.others.end(), part->begin(), part->end());
+  return names;
+}
+
 class ControlReader {
  public:
-  explicit ControlReader(PointSource& source) : source_(source) {
-    for (const char* column : kControlColumns) columns_.push_back(RequireColumn(column));
-    use_ = FindColumn("use");
-    name_ = FindColumn("name");
+  ControlReader(PointSource& source, bool decimalComma)
+      : source_(source), numbers_(decimalComma ? ',' : '\0') {
+    for (std::size_t i = 0; i < std::size(kControlColumns); ++i)
+      columns_.push_back(RequireColumn(i));
+    use_ = FindColumn("use", {{"use"}, {}});
+    name_ = FindColumn("name", {{"name"}, {"point", "pointname", "punkt"}});
   }
 
-  std::vector<ControlPoint> Read() {
-    std::vector<ControlPoint> points;
+  ControlTable Read(bool decimalCommaSaid) {
+    ControlTable table;
+    std::vector<ControlPoint>& points = table.points;
     Record record;
     while (source_.Next(record)) {
       if (record.IsBlank()) continue;
@@ -46,21 +68,27 @@ class ControlReader {
       points.push_back(ReadPoint(record));
       if (points.back().name.empty()) points.back().name = std::to_string(points.size());
     }
-    return points;
+    if (numbers_.Mark() == ',' && !decimalCommaSaid)
+      table.note = source_.Name() + ": numbers are read with a decimal comma";
+    return table;
   }
 
  private:
-  std::optional<std::size_t> FindColumn(const std::string& name) const {
+  std::optional<std::size_t> FindColumn(const char* name, const UsualNames& names) const {
     const std::vector<std::string> columns = source_.ColumnNames();
-    const auto found = std::find_if(columns.begin(), columns.end(), [&](const std::string& column) {
-      return FoldName(column) == FoldName(name);
-    });
-    if (found == columns.end()) return {};
-    return static_cast<std::size_t>(found - columns.begin());
+    const std::vector<std::size_t> found = FindUsual(columns, names);
+    if (found.empty()) return {};
+    std::vector<std::string> choices;
+    for (const std::size_t column : found) choices.push_back(columns[column]);
+    if (found.size() > 1)
+      throw UserError(fmt::format("{}: {} could each be meant by \"{}\"; call only one so",
+                                  source_.Name(), ListNames(choices), name));
+    return found.front();
   }
 
-  std::size_t RequireColumn(const std::string& name) const {
-    if (const auto column = FindColumn(name)) return *column;
+  std::size_t RequireColumn(std::size_t i) const {
+    const char* name = kControlColumns[i];
+    if (const auto column = FindColumn(name, NamesOf(i))) return *column;
     throw UserError(fmt::format("{}: there is no column \"{}\"; {}", source_.Name(), name,
                                 SuggestName(name, source_.ColumnNames())));
   }
@@ -69,7 +97,7 @@ class ControlReader {
     throw UserError(fmt::format("{}, {}: {}", source_.Name(), source_.Place(record), problem));
   }
 
-  ControlPoint ReadPoint(const Record& record) const {
+  ControlPoint ReadPoint(const Record& record) {
     ControlPoint point;
     if (name_) point.name = Trimmed(record.Text(*name_));
     IdenticalPoint& p = point.given = NewControl();
@@ -77,7 +105,7 @@ class ControlReader {
       const std::string text = Trimmed(record.Text(columns_[i]));
       if (text.empty()) continue;
       const auto angle = AngleOf(i);
-      const ParsedNumber number = angle ? ParseAngle(text, *angle) : ParseNumber(text);
+      const ParsedNumber number = angle ? numbers_.Angle(text, *angle) : numbers_.Number(text);
       if (!number) Fail(record, std::string(kControlColumns[i]) + " " + number.problem);
       SetControl(p, i, number.value);
     }
@@ -92,15 +120,16 @@ class ControlReader {
   }
 
   PointSource& source_;
+  NumberReader numbers_;
   std::vector<std::size_t> columns_;
   std::optional<std::size_t> use_, name_;
 };
 
 }  // namespace
 
-std::vector<ControlPoint> ReadControl(const std::string& path, const std::string& layer) {
-  const auto source = OpenPoints(path, layer);
-  return ControlReader(*source).Read();
+ControlTable ReadControl(const ControlSource& from) {
+  const auto source = OpenPoints(from.path, from.layer);
+  return ControlReader(*source, from.decimalComma).Read(from.decimalComma);
 }
 
 }  // namespace geomath_tools

@@ -7,10 +7,23 @@
 
 namespace geomath_tools {
 
-/// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name. `use` holds a
-/// code from 0 to 4 or one of none, vertical, horizontal, both, rotation; without the column every
-/// point is used for what it has. An empty coordinate is one that the point does not have. Throws
-/// UserError for everything that is wrong.
-std::vector<ControlPoint> ReadControl(const std::string& path, const std::string& layer);
+/// Where control points are, and how they are written.
+struct ControlSource {
+  std::string path;           ///< "-" for CSV from standard input
+  std::string layer = {};     ///< empty for the only one
+  bool decimalComma = false;  ///< numbers have a decimal comma; else that is recognised
+};
+
+struct ControlTable {
+  std::vector<ControlPoint> points;
+  std::string note;  ///< that a decimal comma was recognised; empty when there is nothing to say
+};
+
+/// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name, or others
+/// that mean one of these and no other (`Latitude`, `Rechtswert`). `use` holds a code from 0 to 4 or
+/// one of none, vertical, horizontal, both, rotation; without the column every point is used for
+/// what it has. An empty coordinate is one that the point does not have. Throws UserError for
+/// everything that is wrong.
+ControlTable ReadControl(const ControlSource& from);
 
 }  // namespace geomath_tools

@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const Ellipsoid wgs84 = MakeEllipsoid(kWgs84A, kWgs84InvF);
   const CoordinateChain chain;  // without a projection: the site gets its own
   try {
-    const SiteSolution solution({chain, nullptr, wgs84, {}, {}}, ReadControl(file.Path(), ""),
+    const SiteSolution solution({chain, nullptr, wgs84, {}, {}}, ReadControl({file.Path()}).points,
                                 options);
     solution.Warnings();
   } catch (const UserError&) {

@@ -105,7 +105,7 @@ TEST_F(Calibrate, ConvertReproducesTheResidualsDigitForDigit) {
 TEST_F(Calibrate, SavedSystemIsTheSolvedOne) {
   const std::string text = ReadText(kExample + "netherlands.json");
   const auto system = ParseSystem(text, "netherlands.json", ProjectionNeed::optional);
-  const auto control = ReadControl(kExample + "control.csv", "");
+  const auto control = ReadControl({kExample + "control.csv"}).points;
   const Calibration calibration(*system, control, {});
   const auto saved = ParseSystem(calibration.SystemText(text, "a.json", "b.json"), "site.json");
   for (std::size_t i = 0; i < control.size(); ++i) {
@@ -192,8 +192,8 @@ TEST_F(Calibrate, ReadsAndWritesStandardStreams) {
       RunProgram(directory_, "convert --system - 52 5 40 <" + kExample + "netherlands.json");
   EXPECT_EQ(converted.status, 0) << converted.err;
 
-  for (const char* refused : {"- --system - -o c.json", "system.json -o - --report -",
-                              "system.json -o - --pipeline"}) {
+  for (const char* refused :
+       {"- --system - -o c.json", "system.json -o - --report -", "system.json -o - --pipeline"}) {
     const ProgramRun run = *refused == '-' ? Run(refused) : RunExample(refused);
     EXPECT_EQ(run.status, 2) << refused;
     EXPECT_EQ(run.out, "") << refused;
@@ -201,6 +201,61 @@ TEST_F(Calibrate, ReadsAndWritesStandardStreams) {
   }
   EXPECT_EQ(RunProgram(directory_, "convert --system - - -o - <" + system).err,
             "geomath: -: standard input can be read once; name a file for the other\n");
+}
+
+// Whatever the file looks like, the site is that of the plain one.
+TEST_F(Calibrate, ReadsControlAsOthersWriteIt) {
+  const std::string system = " --system system.json -o ";
+  Write("system.json", R"({"global": {"ellipsoid": "WGS84"}})");
+  Write("plain.csv",
+        "name,lat,lon,h,local_n,local_e,local_h\n"
+        "A,52.5,5.25,40.5,1000.25,2000.5,1.5\nB,52.51,5.26,41.5,2112.25,2679.5,2.5\n");
+  ASSERT_EQ(Run("plain.csv" + system + "plain.json").status, 0);
+  const struct {
+    const char* name;
+    std::string text, options, said;
+  } files[] = {
+      {"comma",
+       "# Bad \nPunkt;Breite;L\xC3\xA4nge;h;Hochwert;Rechtswert;h_local;\n"
+       "A;52,5;5,25;40,5;1000,25;2000,5;1,5;\n# B again\n"
+       "B;52 30,6;5,26;41,5;2112,25;2679,5;2,5;\n",
+       "", "with a decimal comma"},
+      {"sep",
+       "sep=|\r\nname|Latitude|Longitude|h_global|Northing|Easting|Elevation\r\n"
+       "A|52.5|5.25|40.5|1000.25|2000.5|1.5\r\nB|52.51|5.26|41.5|2112.25|2679.5|2.5\r\n",
+       "", ""},
+      {"own",
+       "n,e,lat,lon,h,local_n,local_e,local_h\n"
+       "9,9,52.5,5.25,40.5,1000.25,2000.5,1.5\n9,9,52.51,5.26,41.5,2112.25,2679.5,2.5\n",
+       "", ""},
+      {"said",
+       "lat;lon;h;n;e;z\n;;;1,000;2,000;1,000\n52,5;5,25;40,5;1000,25;2000,5;1,5\n"
+       "52,51;5,26;41,5;2112,25;2679,5;2,5\n",
+       " --decimal-comma", ""},
+  };
+  for (const auto& file : files) {
+    Write("in.csv", file.text);
+    const ProgramRun run = Run("in.csv" + system + "site.json" + file.options);
+    EXPECT_EQ(run.status, 0) << file.name << run.err;
+    EXPECT_TRUE(file.said.empty() ? run.err.empty() : Contains(run.err, file.said)) << run.err;
+    EXPECT_EQ(Read("site.json"), Read("plain.json")) << file.name;
+  }
+  const char* refused[][2] = {
+      {"lat,Lat,lon,h,n,e,z\n", "\"lat\", \"Lat\" could each be meant by \"lat\""},
+      {"lat,lon,h,n,northing,e,z\n", "\"n\", \"northing\" could each be meant by \"local_n\""},
+      {"lat,lat,lon,h,n,e,z\n", "two columns are called \"lat\""},
+      {"lat,lon,height,n,e,z\n", "there is no column \"h\""},
+      {"lat,lon,h,y,x,z\n", "there is no column \"local_n\""},
+      {"lat,lon,h,n,e,z\n52,361,1,2,3,4\n", "line 2: lon 361 degrees is outside"},
+      {"lat;lon;h;n;e;z\n52;5;1;1,234;3;4\n", "may have a decimal comma or one of thousands"},
+      {"lat;lon;h;n;e;z\n52,5;5;1.5;1;3;4\n", "has a decimal point where others"},
+  };
+  for (const auto& [text, complaint] : refused) {
+    Write("in.csv", text);
+    const ProgramRun run = Run("in.csv" + system + "none.json");
+    EXPECT_EQ(run.status, 2) << text;
+    EXPECT_TRUE(Contains(run.err, complaint)) << run.err;
+  }
 }
 
 TEST_F(Calibrate, TakesTheGeoidAndNamesItsFileFromTheNewPlace) {
@@ -233,7 +288,7 @@ TEST_F(Calibrate, StandsBeforeTheGroundSystemAndKeepsIt) {
   system["ground"] = {{"scale", 2}, {"rotation", 90}};
   Write("system.json", system.dump());
   std::string control = "name,lat,lon,h,local_n,local_e,local_h\n";
-  std::vector<ControlPoint> points = ReadControl(kExample + "control.csv", "");
+  std::vector<ControlPoint> points = ReadControl({kExample + "control.csv"}).points;
   for (const ControlPoint& point : points) {
     const auto& p = point.given;
     control += fmt::format("{},{},{},{},{},{},{}\n", point.name, p.globalN, p.globalE, p.globalH,
@@ -265,7 +320,7 @@ TEST_F(Calibrate, EveryAxesTextGivesTheSiteOfNorthAndEast) {
   json["ground"] = {{"scale", 1.25},    {"rotation", 30}, {"originN", 5e5},
                     {"originE", 1.7e5}, {"offsetN", -7},  {"offsetE", 4e3}};
   const auto plainSystem = ParseSystem(json.dump(), "plain");
-  const auto control = ReadControl(kExample + "control.csv", "");
+  const auto control = ReadControl({kExample + "control.csv"}).points;
   const Calibration plain(*plainSystem, control, {});
   const auto plainSaved = ParseSystem(plain.SystemText(json.dump(), "a", "a"), "plain");
   const auto plane = [](const SiteSolution& s, int i) { return s.Site().GetPlaneParam(i, 0); };
@@ -359,7 +414,7 @@ TEST_F(Calibrate, ReportSaysWhatTheOthersPredict) {
 
 TEST_F(Calibrate, MeetsTheOnlyPointOfAFixedScale) {
   const auto system = ParseSystem(ReadText(kExample + "netherlands.json"), "netherlands.json");
-  std::vector<ControlPoint> control = ReadControl(kExample + "control.csv", "");
+  std::vector<ControlPoint> control = ReadControl({kExample + "control.csv"}).points;
   control.resize(1);
   for (const bool fixedScale : {false, true}) {
     const Calibration calibration(*system, control, {fixedScale, false});
@@ -381,7 +436,7 @@ TEST_F(Calibrate, HoldsAcrossTheAntimeridian) {
   constexpr double kMetres = 2e-8, kRadians = 1e-14;  // longitudes of pi, differences from them
   const auto system =
       ParseSystem(R"({"global": {"ellipsoid": "WGS84"}})", "system.json", ProjectionNeed::optional);
-  const std::vector<ControlPoint> original = ReadControl(kExample + "control.csv", "");
+  const std::vector<ControlPoint> original = ReadControl({kExample + "control.csv"}).points;
   const Calibration expected(*system, original, {});
   for (const double turn : {174.4, 174.4 - 360, 174.4 + 360}) {
     for (const bool centreOnFirst : {false, true}) {
@@ -410,7 +465,7 @@ TEST_F(Calibrate, HoldsAcrossTheAntimeridian) {
 }
 
 TEST_F(Calibrate, LeavesHeightsWithoutControlWithoutResiduals) {
-  std::vector<ControlPoint> control = ReadControl(kExample + "control.csv", "");
+  std::vector<ControlPoint> control = ReadControl({kExample + "control.csv"}).points;
   for (ControlPoint& point : control) point.given.use = 2;  // horizontal
   const auto system = ParseSystem(ReadText(kExample + "netherlands.json"), "netherlands.json");
   const Calibration calibration(*system, control, {});
@@ -495,6 +550,8 @@ TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
   EXPECT_TRUE(Contains(complaint(plane), "rotation\" (radians) cannot stand beside"));
   plane.erase("rotationDegrees");
   EXPECT_EQ(rotation(), 0.5) << "radians, as older files have it";
+  plane["rotation"] = 12.5;  // degrees where radians belong
+  EXPECT_TRUE(Contains(complaint(plane), "\"localization.rotation\" is beyond a full turn"));
 }
 
 namespace {

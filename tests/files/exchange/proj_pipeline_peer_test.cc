@@ -74,7 +74,7 @@ struct Row {
     return system.is_null() ? ReadSystemText(kExample + "netherlands.json") : system.dump();
   }
   std::vector<ControlPoint> Control() const {
-    std::vector<ControlPoint> control = ReadControl(kExample + "control.csv", "");
+    std::vector<ControlPoint> control = ReadControl({kExample + "control.csv"}).points;
     for (ControlPoint& point : control) {
       point.given.globalN = MovedLat(point.given.globalN);
       point.given.globalE = MovedLon(point.given.globalE);
