@@ -27,7 +27,7 @@ namespace geomath_tools {
 namespace {
 
 struct ConvertOptions {
-  std::string system, angles = "degrees";
+  std::string system;
   std::vector<std::string> input;  // a file, or a position as typed
   PointOptions points;
   std::vector<std::string> with;  // further columns
@@ -175,10 +175,10 @@ std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
   if (!options.inverse) return {{"n", metres}, {"e", metres}, {"h_local", metres}};
   std::vector<ResultColumn> columns = {
       {"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
-  if (options.angles == "gon") {
+  if (options.points.angles == "gon") {
     columns[0] = {"lat_gon", degrees, "gon"};
     columns[1] = {"lon_gon", degrees, "gon"};
-  } else if (options.angles == "dms") {
+  } else if (options.points.angles == "dms") {
     columns[0] = {"lat", metres + kMoreDecimalsForSeconds, "", AngleKind::latitude};
     columns[1] = {"lon", metres + kMoreDecimalsForSeconds, "", AngleKind::longitude};
   }
@@ -188,8 +188,7 @@ std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
 int Convert(ConvertOptions options) {
   RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
-  const bool gon = options.angles == "gon", isFile = options.input.size() == 1;
-  options.points.gon = gon && !options.inverse;
+  const bool gon = options.points.InGon(), isFile = options.input.size() == 1;
   if (isFile) {
     options.points.input = options.input.front();
     if (options.points.output.empty()) throw UserError("name the output with --output FILE");
@@ -229,7 +228,8 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       "A row that cannot be converted keeps its place with empty results and is reported.\n"
       "Exit status: 0 all rows converted, 1 some rows not, 2 stopped.");
   arguments
-      .add_option("--system", options->system, "JSON file that describes the coordinate system; - for standard input")
+      .add_option("--system", options->system,
+                  "JSON file that describes the coordinate system; - for standard input")
       ->required();
   arguments
       .add_option(
@@ -247,12 +247,6 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       .add_option("--decimals", options->decimals,
                   "decimals of metres in CSV output, default 4; degrees get 6 more")
       ->check(CLI::Range(0, 9));
-  arguments
-      .add_option(
-          "--angles", options->angles,
-          "latitudes and longitudes: degrees (the default), dms (degrees minutes seconds) or "
-          "gon, in columns lat_gon and lon_gon")
-      ->check(CLI::IsMember({"degrees", "dms", "gon"}));
   arguments
       .add_option(
           "--with", options->with,

@@ -88,7 +88,7 @@ void PrintElement(const char* name, double value, double change, const char* uni
 
 int RunPoint(const DeclinationOptions& options) {
   const auto [latitude, longitude, metres] =
-      ReadPosition(options.point, CoordinateKind::geographic);
+      ReadPosition(options.point, CoordinateKind::geographic, options.points.InGon());
   const double height = metres * kKilometre;
   const MagneticField field = FieldOf(options);
   const auto [at, change] = field.At(latitude, longitude, height);
@@ -143,7 +143,7 @@ std::array<int, 3> YearsOf(const std::string& text) {
 // The field at one place at the beginning of each year.
 int RunYears(const DeclinationOptions& options) {
   const auto [latitude, longitude, metres] =
-      ReadPosition(options.point, CoordinateKind::geographic);
+      ReadPosition(options.point, CoordinateKind::geographic, options.points.InGon());
   const double height = metres * kKilometre;
   const auto [first, last, step] = YearsOf(options.years);
   const auto models = OpenMagneticModels(options.model);
@@ -314,7 +314,7 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
   for (const char* ofFiles :
        {"--columns", "--results", "--fixed-height", "--ignore-crs", "--layer"})
     point->excludes(ofFiles);
-  for (const char* ofPoints : {"--columns", "--results", "--ignore-crs", "--layer"})
+  for (const char* ofPoints : {"--columns", "--results", "--angles", "--ignore-crs", "--layer"})
     grid->excludes(ofPoints);
   return [options] { return RunDeclination(*options); };
 }

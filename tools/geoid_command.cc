@@ -221,7 +221,7 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
           ->needs(step);
   AddPointOptions(arguments, options->points, "lat,lon,h");
   for (const char* ofPoints :
-       {"--columns", "--results", "--fixed-height", "--ignore-crs", "--layer"})
+       {"--columns", "--results", "--fixed-height", "--angles", "--ignore-crs", "--layer"})
     extent->excludes(ofPoints);
   return [options] { return RunGeoid(*options); };
 }

@@ -39,7 +39,7 @@ ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
   choice.fixedHeight = options.fixedHeight;
   choice.fromGeometry = options.fromGeometry;
   choice.decimalComma = options.decimalComma;
-  choice.gon = options.gon;
+  choice.gon = options.InGon();
   choice.crs = job.givenCrs;
   choice.ignoreCrs = options.ignoreCrs;
   if (choice.names.size() == 3 && choice.fixedHeight)
@@ -249,6 +249,11 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
                      "take the point geometry as it stands, whatever system the layer is in");
   arguments.add_flag("--decimal-comma", options.decimalComma,
                      "numbers of the input have a decimal comma, where that cannot be recognised");
+  arguments
+      .add_option("--angles", options.angles,
+                  "latitudes and longitudes: degrees (the default), dms (degrees minutes seconds, "
+                  "which are read anyway) or gon, in columns lat_gon and lon_gon")
+      ->check(CLI::IsMember({"degrees", "dms", "gon"}));
   arguments.add_flag("--from-geometry", options.fromGeometry,
                      "coordinates from the geometry of features, whatever columns they have");
   arguments.add_option("--layer", options.layer, "layer of the input, when it has several");

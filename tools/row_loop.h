@@ -19,12 +19,14 @@ struct PointOptions {
   std::string columns, results;  // as given: names separated by commas
   std::optional<double> fixedHeight;
   bool noHeader = false, fromGeometry = false, decimalComma = false;
-  bool gon = false;  ///< angles of the input are gons
+  std::string angles = "degrees";  ///< "degrees", "dms" or "gon"
+
+  bool InGon() const { return angles == "gon"; }
   bool ignoreCrs = false;
 };
 
-/// Adds --columns, --no-header, --results, --fixed-height, --decimal-comma, --from-geometry,
-/// --ignore-crs and --layer. `defaults` names the usual columns.
+/// Adds --columns, --no-header, --results, --fixed-height, --decimal-comma, --angles,
+/// --from-geometry, --ignore-crs and --layer. `defaults` names the usual columns.
 void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults);
 
 /// Rows in hand: what was read, and what the command makes of it.

@@ -51,6 +51,7 @@ TEST_F(Declination, OnePoint) {
   EXPECT_NEAR(Printed(run.out, "down"), 52261.9, 0.05);
   EXPECT_FALSE(Contains(run.out, "+-"));
   EXPECT_EQ(Run("--date 2012-07-02 \"80 0 0 N\" 360").out, Run("--date 2012-07-02 80 0 0").out);
+  EXPECT_EQ(Run("--date 2012-07-02 90 10 --angles gon").out, Run("--date 2012-07-02 81 9").out);
 }
 
 TEST_F(Declination, WarnsOutsideTheYearsOfTheModel) {

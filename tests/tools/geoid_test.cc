@@ -117,6 +117,19 @@ TEST_F(Geoid, ReadsGridsOfManyFormatsAndTheirHoles) {
 }
 
 // Some writers leave the factor of an integer grid 0, which would make every height 0.
+// 51.3 degrees are 57 gons, 11.7 are 13.
+TEST_F(Geoid, TakesAnglesInGons) {
+  WriteGrid("g.tif", "GTiff");
+  Write("deg.csv", "name,lat,lon,h\nA,51 18 0 N,11.7,50\n");
+  Write("gon.csv", "name,lat_gon,lon_gon,h\nA,57,13,50\n");
+  const ProgramRun degrees = Run("--grid g.tif deg.csv -o -");
+  const ProgramRun gons = Run("--grid g.tif gon.csv -o - --angles gon");
+  EXPECT_EQ(Lines(gons.out).at(1).substr(10), Lines(degrees.out).at(1).substr(19)) << gons.out;
+  EXPECT_EQ(Run("--grid g.tif 57 13 --angles gon").out, Run("--grid g.tif 51.3 11.7").out);
+  EXPECT_TRUE(Contains(Run("--grid g.tif 57 445 --angles gon").err, "LON: 400.5 degrees"));
+  EXPECT_EQ(Run("--grid g.tif --extent 50,9,51,10 --step 1 -o - --angles gon").status, 2);
+}
+
 TEST_F(Geoid, AppliesTheScaleOfAGridAndRefusesZero) {
   Write("in.csv", "lat,lon,h\n50.3,9.1,100\n");
   WriteGrid("half.tif", "GTiff", 0.5);
