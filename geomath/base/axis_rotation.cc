@@ -3,8 +3,6 @@
 namespace zel_cs::geomath {
 namespace {
 
-constexpr unsigned char kNorthEast = 0x21;
-
 struct NamedAxes {
   const wchar_t* name;
   double m0, m1, m2, m3;  // caller = matrix · (north, east)
@@ -33,7 +31,7 @@ unsigned char DirectionCode(const TAbstractPoint<double, 4>& m) {
 }  // namespace
 
 AxisRotation::AxisRotation()
-    : direction_(kNorthEast), rotation_(SetROT(1, 0, 0, 1)), reference_(rotation_) {}
+    : direction_(kNorthEastDirection), rotation_(SetROT(1, 0, 0, 1)), reference_(rotation_) {}
 
 AxisRotation::AxisRotation(const wchar_t* axes) : AxisRotation() { AxisRotation::SetAxes(axes); }
 
@@ -56,7 +54,7 @@ void AxisRotation::Rotate(unsigned int dir, double& a, double& b) const {
 
 void AxisRotation::SetAxes(const wchar_t* axes) {
   rotation_ = reference_;
-  direction_ = kNorthEast;
+  direction_ = kNorthEastDirection;
   if (!axes || *axes == 0 || axes == axes_.Get()) return;
 
   axes_.Set(axes);

@@ -6,6 +6,9 @@
 
 namespace zel_cs::geomath {
 
+/// The direction code of north and east, as AxisRotation keeps it.
+inline constexpr unsigned char kNorthEastDirection = 0x21;
+
 /// In which order and with which signs a caller gives the two horizontal coordinates of a point.
 /// Inside the library the first points north and the second east; a caller may work with easting
 /// first, with west-positive longitudes, and so on.
@@ -49,7 +52,8 @@ class GEOMATH_API AxisRotation {
   TAbstractPoint<double, 4> SetROT(double m0, double m1, double m2, double m3);
 
   /// Bit set: bits 0 to 3 say where the caller's first coordinate comes from (+north, +east,
-  /// −north, −east), bits 4 to 7 the same for the second. 0x21 for north and east.
+  /// −north, −east), bits 4 to 7 the same for the second. kNorthEastDirection for north
+  /// and east.
   unsigned char direction_;
 
  private:

@@ -3,14 +3,14 @@
 #include <cmath>
 
 #include "geomath/base/batch.h"
+#include "geomath/base/height_scale.h"
 #include "geomath/local/identical_point.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kMeanEarthRadius = 6371000.0;  // metres, sphere of the height scale
-constexpr double kNegligibleRotation = 1e-14;   // radians
+constexpr double kNegligibleRotation = 1e-14;  // radians
 constexpr std::uint32_t kTrivialFlags = 1;
 constexpr unsigned long kBoth = kHasNorth | kHasEast;
 
@@ -32,7 +32,7 @@ double GridToGround::FEgrid() const { return (flags & kHasOrigin) ? originE : 0.
 void GridToGround::SetEnabled(bool on) { flags = on ? flags & ~kDisabled : flags | kDisabled; }
 
 double GridToGround::EffectiveScale() const {
-  if (flags & kDeriveScale) return (height / kMeanEarthRadius + 1.0) / gridScaleFactor;
+  if (flags & kDeriveScale) return HeightScale(height) / gridScaleFactor;
   return scale;
 }
 

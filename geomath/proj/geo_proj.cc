@@ -6,6 +6,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/base/height_scale.h"
 #include "geomath/proj/host_replaces.h"
 #include "geomath/proj/param_table.h"
 
@@ -15,7 +16,6 @@ namespace {
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kNotComputed = 2147483647.0;
 constexpr int kMaxParams = 16;
-constexpr double kMeanEarthRadius = 6371000.0;  // metres, sphere of the height scale
 constexpr double kSmallestScale = 1e-20;
 constexpr double kMaxLatitude = kPi;  // deliberately loose
 constexpr double kMaxLongitude = 2 * kTwoPi;
@@ -60,7 +60,6 @@ TGeoProj& TGeoProj::operator=(const TGeoProj& other) {
   type_ = other.type_;
   flag_ = other.flag_;
   ellipsoidFixed_ = other.ellipsoidFixed_;
-  label_ = other.label_;
   return *this;
 }
 
@@ -100,7 +99,7 @@ bool TGeoProj::IsAngleCoordValid(double b, double l) {
   return std::abs(b) <= kMaxLatitude && std::abs(l) <= kMaxLongitude;
 }
 
-double TGeoProj::GetHScale(double h) { return 1 + h / kMeanEarthRadius; }
+double TGeoProj::GetHScale(double h) { return HeightScale(h); }
 
 namespace {
 

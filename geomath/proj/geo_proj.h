@@ -6,7 +6,6 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/export.h"
 #include "geomath/platform/zel_memory.h"
-#include "geomath/platform/zel_string.h"
 #include "geomath/proj/projection_codes.h"
 
 namespace zel_cs::geomath {
@@ -136,7 +135,7 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
                            std::ptrdiff_t stride = 1) const;
 
   /// Takes over another projection's kind, parameter count, factors, ellipsoid, flag, axes texts
-  /// and parameter values; this object's ellipsoid-fixed flag and label stay. Meant for two objects
+  /// and parameter values; this object's ellipsoid-fixed flag stays. Meant for two objects
   /// of one class. False for null; true without any change for this object itself.
   bool CopyGeoProj(const TGeoProj* src);
 
@@ -185,7 +184,6 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
  private:
   bool flag_;
   bool ellipsoidFixed_ = false;
-  CZelStringT<wchar_t> label_;
   AxisRotation geographicAxes_;
 };
 

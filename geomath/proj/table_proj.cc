@@ -5,12 +5,11 @@
 #include <stdexcept>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/axis_rotation.h"
 #include "geomath/proj/loader_registry.h"
 
 namespace zel_cs::geomath {
 namespace {
-
-constexpr unsigned char kNorthEast = 0x21;
 
 LoaderRegistry<TTableProjLoader>& Registry() {
   return ProcessWide<LoaderRegistry<TTableProjLoader>>();
@@ -37,7 +36,7 @@ bool TTableProj::IsAngleCoordValid(double lat, double lon) {
 }
 
 bool TTableProj::IsGridCoordValid(double, double) { return false; }
-unsigned char TTableProj::GetNEDir() { return kNorthEast; }
+unsigned char TTableProj::GetNEDir() { return kNorthEastDirection; }
 
 float* TTableProj::GetDataN() const { return math_ ? math_->GetDataN() : nullptr; }
 float* TTableProj::GetDataE() const { return math_ ? math_->GetDataE() : nullptr; }

@@ -22,19 +22,6 @@ double IsometricLatitude(double phi, double e) {
   return IsometricLatitude(std::sin(phi), std::cos(phi), e);
 }
 
-double LatitudeFromIsometric(double psi, double e) {
-  constexpr double kTolerance = 1e-14;  // radians
-  constexpr int kMaxSteps = 50;
-  double phi = std::atan(std::sinh(psi));
-  for (int i = 0; i < kMaxSteps; ++i) {
-    const double next = std::atan(std::sinh(psi + e * std::atanh(e * std::sin(phi))));
-    const bool settled = std::abs(next - phi) < kTolerance;
-    phi = next;
-    if (settled) break;
-  }
-  return phi;
-}
-
 ConformalLatitude::ConformalLatitude(const Ellipsoid& ell)
     : e_(ell.e), e2_(ell.e2), nearSphere_(std::abs(ell.n) <= kSeriesThirdFlattening) {
   // Kawase 2011, Bulletin of the Geospatial Information Authority of Japan 59, eq. 8; the same as

@@ -16,11 +16,6 @@ namespace zel_cs::geomath {
 double IsometricLatitude(double sinPhi, double cosPhi, double e);
 double IsometricLatitude(double phi, double e);
 
-/// The latitude whose isometric latitude is `psi`: fixed-point steps (Snyder 1987, eq. 3-4) until
-/// one changes the latitude by less than 1e-14, at most 50. Each step shrinks the error at least
-/// 140-fold on an Earth ellipsoid.
-double LatitudeFromIsometric(double psi, double e);
-
 /// Whether a latitude is a number from pole to pole.
 inline bool IsLatitude(double phi) { return std::abs(phi) <= kHalfPi; }
 
