@@ -51,7 +51,7 @@ class GEOMATH_API HotineProj : public TGeoProj {
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// What fixes the oblique line and its scale.
   Hotine::Line CentralLine() const { return {azimuth_, k0_, phiC_, lambdaC_}; }
 
   /// The parameters.

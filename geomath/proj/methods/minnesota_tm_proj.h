@@ -32,7 +32,6 @@ class GEOMATH_API TMinnesota_TMProj : public CountyProj {
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
-  /// One parameter, in its unit; a setter takes effect at once.
   void Prepare() override;
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
