@@ -69,6 +69,14 @@ double ReadAngle(const JsonSection& section, const std::string& name, double lim
   return value;
 }
 
+double ReadTurn(const JsonSection& section, const std::string& name, const std::string& what,
+                double turn) {
+  const double value = section.Number(name, what);
+  if (std::abs(value) > turn)
+    section.Fail(name, fmt::format("is beyond a full turn: {} belongs there", what));
+  return value;
+}
+
 double ReadFactor(const JsonSection& section, const std::string& name, const std::string& what) {
   const double value = section.Number(name, what);
   if (!(value > 0)) section.Fail(name, "must be above 0");
@@ -164,7 +172,8 @@ Ellipsoid ReadEllipsoid(const JsonSection& section) {
 Datum ReadDatum(const JsonSection& section, Ellipsoid* local) {
   const auto metres = [&](const char* key) { return section.Number(key, "a shift in metres"); };
   const auto seconds = [&](const char* key) {
-    return section.Number(key, "a rotation in arc-seconds");
+    constexpr double kTurn = 360 * 3600;
+    return ReadTurn(section, key, "a rotation in arc-seconds", kTurn);
   };
   const TAbstractPoint3<double> shift(metres("dX"), metres("dY"), metres("dZ"));
   TAbstractPoint3<double> rotation(seconds("rX"), seconds("rY"), seconds("rZ"));
@@ -231,6 +240,7 @@ LocalToGrid ReadLocalization(const JsonSection& section) {
   const auto read = [&](int i) {
     if (i == kRotationKey && !radians)
       return ReadAngle(section, kRotationDegrees, 360) * kRadPerDeg;
+    if (i == kRotationKey) return ReadTurn(section, keys[i], "the rotation of the site", kTwoPi);
     return section.Number(keys[i], "a parameter of the site calibration");
   };
   LocalToGrid site;

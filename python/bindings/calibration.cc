@@ -85,6 +85,7 @@ class ControlReader {
       if (Has(kControlColumns[c])) TakeCoordinate(c);
     TakeNames();
     TakeUses();
+    CheckPositions();
     return std::move(points_);
   }
 
@@ -135,6 +136,15 @@ class ControlReader {
     for (const py::handle& item : At(name)) texts.push_back(TextOfItem(item));
     RequireLength(name, texts.size());
     return texts;
+  }
+
+  void CheckPositions() const {
+    constexpr AngleKind kAngles[] = {AngleKind::latitude, AngleKind::longitude};
+    for (const ControlPoint& point : points_)
+      for (std::size_t c = 0; c < std::size(kAngles); ++c)
+        if (const auto degrees = GetControl(point.given, c))
+          RequireAngle(fmt::format("point {}: {}", point.name, kControlColumns[c]), *degrees,
+                       kAngles[c]);
   }
 
   void TakeNames() {

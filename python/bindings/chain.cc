@@ -15,6 +15,9 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
+using geomath_tools::AngleKind;
+using geomath_tools::AxisPair;
+using geomath_tools::AxisPairOf;
 using geomath_tools::UserError;
 
 namespace geomath_python {
@@ -113,6 +116,8 @@ std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py
   geomath_tools::DatumWish wish{!datum, {}, {}};
   if (!near.is_none()) {
     const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
+    RequireAngle("near: latitude", latitude, AngleKind::latitude);
+    RequireAngle("near: longitude", longitude, AngleKind::longitude);
     wish.near = geomath_tools::Position{latitude, longitude};
   }
   if (!operation.is_none()) wish.operation = std::to_string(operation.cast<int>());
@@ -149,24 +154,30 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
   return py::tuple(results) + py::make_tuple(steps);
 }
 
+AxisPair GeographicAxes(const ChainObject& chain) {
+  return chain.projection ? AxisPairOf(chain.projection->geographicAxes) : AxisPair{};
+}
+
 // Without a projection the local pair is one of angles.
 bool LocalDegrees(const ChainObject& chain, bool degrees) { return degrees && !chain.projection; }
 
 py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
                    bool degrees, const py::object& out, bool returnSteps) {
-  const double before = degrees ? kRadPerDeg : 1;
   const double after = LocalDegrees(chain, degrees) ? kDegPerRad : 1;
-  return Convert<&CoordinateChain::ToLocalBatch>(
-      chain, {{{"lat", lat, before}, {"lon", lon, before}, {"h", h}}}, after, out, returnSteps);
+  const auto [first, second] = PositionArguments(lat, lon, GeographicAxes(chain), degrees);
+  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{first, second, {"h", h}}}, after, out,
+                                                 returnSteps);
 }
 
 py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
                     bool degrees, const py::object& out, bool returnSteps) {
-  const double before = LocalDegrees(chain, degrees) ? kRadPerDeg : 1;
   const double after = degrees ? kDegPerRad : 1;
-  return Convert<&CoordinateChain::ToGlobalBatch>(
-      chain, {{{"north", north, before}, {"east", east, before}, {"h", h}}}, after, out,
-      returnSteps);
+  std::array<Argument, 3> arguments = {{{"north", north}, {"east", east}, {"h", h}}};
+  if (!chain.projection) {
+    arguments[0] = AngleArgument("north", north, AngleKind::latitude, degrees);
+    arguments[1] = AngleArgument("east", east, AngleKind::longitude, degrees);
+  }
+  return Convert<&CoordinateChain::ToGlobalBatch>(chain, arguments, after, out, returnSteps);
 }
 
 py::dict StateOf(const ChainObject& c) {

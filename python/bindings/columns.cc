@@ -8,7 +8,11 @@
 #include <string>
 
 #include "files/words/user_error.h"
+#include "geomath/base/angle.h"
 
+using namespace zel_cs::geomath;
+using geomath_tools::AngleKind;
+using geomath_tools::LargestAngle;
 using geomath_tools::UserError;
 
 namespace geomath_python {
@@ -55,6 +59,11 @@ void ReadStrided(const char* from, std::ptrdiff_t stride, double factor, double*
   }
 }
 
+// NaN for what lies beyond the limit.
+double Within(double number, double limit) {
+  return std::abs(number) <= limit ? number : std::numeric_limits<double>::quiet_NaN();
+}
+
 // A column of a data frame whose type has a mark for missing values, which become NaN; null, with
 // the error of Python set, when the others are no numbers.
 py::array FilledColumn(const py::object& column) {
@@ -68,7 +77,29 @@ py::array FilledColumn(const py::object& column) {
 
 }  // namespace
 
-ArrayReader::ArrayReader(const Argument& argument) : factor_(argument.factor) {
+Argument AngleArgument(const char* name, py::object value, AngleKind kind, bool degrees,
+                       bool degreesInLibrary) {
+  const double factor = degrees == degreesInLibrary ? 1 : degrees ? kRadPerDeg : kDegPerRad;
+  const double limit = LargestAngle(kind) * (degreesInLibrary ? 1 : kRadPerDeg);
+  return {name, std::move(value), factor, limit};
+}
+
+std::array<Argument, 2> PositionArguments(const py::object& lat, const py::object& lon,
+                                          geomath_tools::AxisPair axes, bool degrees) {
+  constexpr AngleKind kinds[] = {AngleKind::latitude, AngleKind::longitude};
+  return {AngleArgument("lat", lat, kinds[!axes.northFirst], degrees),
+          AngleArgument("lon", lon, kinds[axes.northFirst], degrees)};
+}
+
+void RequireAngle(const std::string& subject, double degrees, AngleKind kind) {
+  const std::string problem = std::isfinite(degrees)
+                                  ? geomath_tools::AngleRangeProblem(degrees, kind)
+                                  : "is not a finite number";
+  if (!problem.empty()) throw UserError(subject + " " + problem);
+}
+
+ArrayReader::ArrayReader(const Argument& argument)
+    : factor_(argument.factor), limit_(argument.limit) {
   py::object value = argument.value;
   if (py::hasattr(value, "filled"))  // a masked array
     value = value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
@@ -119,6 +150,8 @@ void ArrayReader::Read(double* to, std::size_t count) {
     Axis& inner = axes_.back();
     const std::size_t n = std::min(count, inner.size - inner.position);
     ReadStrided(at_, inner.stride, factor_, to, n);
+    if (limit_ != HUGE_VAL)
+      for (std::size_t i = 0; i < n; ++i) to[i] = Within(to[i], limit_);
     to += n;
     count -= n;
     inner.position += n;
@@ -207,7 +240,9 @@ bool AllNumbers(std::span<const Argument> arguments, double* numbers) {
   for (const Argument& argument : arguments) {
     *numbers = PyFloat_AsDouble(argument.value.ptr());
     if (*numbers == -1.0 && PyErr_Occurred()) throw py::error_already_set();
-    *numbers++ *= argument.factor;
+    *numbers *= argument.factor;
+    if (argument.limit != HUGE_VAL) *numbers = Within(*numbers, argument.limit);
+    ++numbers;
   }
   return true;
 }

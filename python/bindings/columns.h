@@ -6,9 +6,14 @@
 #include <algorithm>
 #include <array>
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <span>
+#include <string>
 #include <vector>
+
+#include "files/system/system_sections.h"
+#include "files/words/number_text.h"
 
 /// How methods of the package take and give coordinates: numbers or arrays of any shape, which are
 /// broadcast against each other, and results of the common shape. Arguments are copied into the
@@ -26,7 +31,19 @@ struct Argument {
   const char* name;
   py::object value;
   double factor = 1;
+  double limit = HUGE_VAL;  ///< in the unit of the library; what lies beyond is read as NaN
 };
+
+/// A latitude or longitude, in degrees or radians here and in the library.
+Argument AngleArgument(const char* name, py::object value, geomath_tools::AngleKind kind,
+                       bool degrees, bool degreesInLibrary = false);
+
+/// A pair of latitude and longitude, in the order of its axes.
+std::array<Argument, 2> PositionArguments(const py::object& lat, const py::object& lon,
+                                          geomath_tools::AxisPair axes, bool degrees);
+
+/// Throws Error, which begins with the subject, for degrees that are out of range or no number.
+void RequireAngle(const std::string& subject, double degrees, geomath_tools::AngleKind kind);
 
 using Shape = std::vector<py::ssize_t>;
 
@@ -54,7 +71,7 @@ class ArrayReader {
   };
 
   py::array array_;
-  double factor_;
+  double factor_, limit_;
   const char* at_ = nullptr;
   std::vector<Axis> axes_;
 };

@@ -12,6 +12,7 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
+using geomath_tools::AngleKind;
 using geomath_tools::JsonSection;
 using geomath_tools::KeySpelling;
 using geomath_tools::UserError;
@@ -26,8 +27,10 @@ std::shared_ptr<Ellipsoid> MakeFrom(const nlohmann::json& section) {
 
 py::object ToGeocentric(const Ellipsoid& e, py::object lat, py::object lon, py::object h,
                         bool degrees, const py::object& out) {
-  const double unit = degrees ? kRadPerDeg : 1;
-  const std::array<Argument, 3> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}, {"h", h}}};
+  const std::array<Argument, 3> arguments = {
+      {AngleArgument("lat", lat, AngleKind::latitude, degrees),
+       AngleArgument("lon", lon, AngleKind::longitude, degrees),
+       {"h", h}}};
   return ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     e.BLH_to_XYZ_Batch(c[0], c[1], c[2], n);
   });

@@ -22,8 +22,9 @@ namespace {
 
 py::object HeightOf(const GeoidObject& geoid, py::object lat, py::object lon, bool degrees,
                     const py::object& out) {
-  const double unit = degrees ? kRadPerDeg : 1;
-  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
+  const std::array<Argument, 2> arguments = {
+      {AngleArgument("lat", lat, AngleKind::latitude, degrees),
+       AngleArgument("lon", lon, AngleKind::longitude, degrees)}};
   return ConvertColumns<1>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     double heights[kBlock];
     geoid.Heights().Heights(c[0], c[1], heights, n);

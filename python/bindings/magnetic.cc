@@ -92,12 +92,17 @@ void Evaluate(const MagneticField& field, double* const* c, std::size_t count, K
   }
 }
 
+std::array<Argument, 3> ArgumentsOf(const py::object& lat, const py::object& lon,
+                                    const py::object& h, bool degrees) {
+  return {{AngleArgument("lat", lat, AngleKind::latitude, degrees, true),
+           AngleArgument("lon", lon, AngleKind::longitude, degrees, true),
+           {"h", h, kKilometre}}};
+}
+
 template <Part part>
 py::object Elements(const FieldObject& object, py::object lat, py::object lon, py::object h,
                     bool degrees) {
-  const double unit = degrees ? 1 : kDegPerRad;
-  const std::array<Argument, 3> arguments = {
-      {{"lat", lat, unit}, {"lon", lon, unit}, {"h", h, kKilometre}}};
+  const auto arguments = ArgumentsOf(lat, lon, h, degrees);
   const py::object all = ConvertColumns<kCount>(
       arguments, py::none(), [&](double* const* c, std::size_t, std::size_t count) {
         Evaluate(object.field, c, count, [&](std::size_t i, const MagneticPoint& point) {
@@ -111,9 +116,7 @@ py::object Elements(const FieldObject& object, py::object lat, py::object lon, p
 
 py::object Declination(const FieldObject& object, py::object lat, py::object lon, py::object h,
                        bool degrees, const py::object& out) {
-  const double unit = degrees ? 1 : kDegPerRad;
-  const std::array<Argument, 3> arguments = {
-      {{"lat", lat, unit}, {"lon", lon, unit}, {"h", h, kKilometre}}};
+  const auto arguments = ArgumentsOf(lat, lon, h, degrees);
   return ConvertColumns<1>(arguments, out, [&](double* const* c, std::size_t, std::size_t count) {
     Evaluate(object.field, c, count,
              [&](std::size_t i, const MagneticPoint& point) { c[0][i] = point.field.declination; });

@@ -50,8 +50,7 @@ std::shared_ptr<ProjectionObject> FromEpsg(int code) {
 
 py::object Forward(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                    const py::object& out) {
-  const double unit = degrees ? kRadPerDeg : 1;
-  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
+  const auto arguments = PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees);
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     p.projection->ForwardBatch(c[0], c[1], n);
   });
@@ -68,8 +67,7 @@ py::object Inverse(const ProjectionObject& p, py::object north, py::object east,
 
 py::object Factors(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                    const py::object& out) {
-  const double unit = degrees ? kRadPerDeg : 1;
-  const std::array<Argument, 2> arguments = {{{"lat", lat, unit}, {"lon", lon, unit}}};
+  const auto arguments = PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees);
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     for (std::size_t i = 0; i < n; ++i) {
       PointFactors factors{kNaN, kNaN};

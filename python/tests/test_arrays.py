@@ -7,7 +7,15 @@ from typing import Any
 
 import numpy as np
 import pytest
-from geomath import ChainStep, CoordinateChain, Error, GlobalGeoid
+from geomath import (
+    ChainStep,
+    CoordinateChain,
+    Ellipsoid,
+    Error,
+    GlobalGeoid,
+    MagneticModel,
+    Projection,
+)
 from numpy.typing import NDArray
 
 Array = NDArray[np.float64]
@@ -74,6 +82,33 @@ def test_a_failed_point_is_nan_and_names_its_step(britain: CoordinateChain) -> N
         assert (np.delete(result, [3, 700]) == np.delete(undisturbed, [3, 700])).all()
     assert britain.to_local(91, 0, 0, return_steps=True)[3] == ChainStep.INPUT
     assert len(britain.to_local(lat[0], 0, 0, return_steps=True)) == 4
+
+
+@pytest.mark.parametrize("degrees", [True, False])
+def test_positions_beyond_the_ranges_are_nan(britain: CoordinateChain, degrees: bool) -> None:
+    unit = 1 if degrees else np.pi / 180
+    lat = np.array([90, -90, 52, 52, 90.1, -91, 52, 52, 0]) * unit
+    lon = np.array([0, 0, 360, -360, 0, 0, 360.1, -361, 1e300]) * unit
+    beyond = [False] * 4 + [True] * 5
+    field = MagneticModel().field("2026-01-01")
+    zone: Any = dict(central_meridian=0, scale=1, lat0=0, east0=0, north0=0)
+    swapped = Projection("TMERC", geographic_axes="EN", **zone)
+    heights = GlobalGeoid(np.zeros(6), np.zeros(6))
+    for results in (
+        Ellipsoid("WGS84").to_geocentric(lat, lon, 0, degrees=degrees)[0],
+        heights.height(lat, lon, degrees=degrees),
+        field.declination(lat, lon, degrees=degrees),
+        field.elements(lat, lon, degrees=degrees).f,
+        CoordinateChain().to_local(lat, lon, 0, degrees=degrees)[1],
+        CoordinateChain().to_global(lat, lon, 0, degrees=degrees)[1],
+    ):
+        assert np.isnan(results).tolist() == beyond
+    steps = britain.to_local(lat, lon, 0, return_steps=True, degrees=degrees)[3]
+    assert (steps == ChainStep.INPUT).tolist() == beyond
+    north = swapped.forward(lon[2:], lat[2:], degrees=degrees)
+    assert np.isnan(north[0]).tolist() == beyond[2:]
+    assert np.isnan(swapped.factors(lon[2:], lat[2:], degrees=degrees)[0]).tolist() == beyond[2:]
+    assert np.isnan(heights.height(0, 361 * unit, degrees=degrees))
 
 
 def test_masked_elements_become_nan(britain: CoordinateChain) -> None:

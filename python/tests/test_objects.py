@@ -122,7 +122,7 @@ def test_a_grid_around_the_earth_has_no_seam() -> None:
     rows, columns = np.mgrid[0:19, 0:36]
     heights = 20.0 + (7 * rows * rows + 13 * columns) % 29
     place: Any = {"south": -90, "lat_step": 10, "lon_step": 10}
-    lat, lon = np.full(80, 13.0), np.linspace(-400, 400, 80)
+    lat, lon = np.full(80, 13.0), np.linspace(-360, 360, 80)
     for scheme in interpolation_names():
         model = RegionalGeoid(heights, west=0, interpolation=scheme, **place)
         again = np.append(heights, heights[:, :1], axis=1)
@@ -188,6 +188,15 @@ def test_grids_of_any_type_and_row_order_give_one_geoid() -> None:
         (lambda: Ellipsoid(6378137, 0.00335), '"inv_f" is 0.00335: the inverse flattening'),
         (lambda: Ellipsoid(6378.137, 298.3), '"a" is 6378.137: the semi-axis in metres'),
         (lambda: Datum("WGS84", ppm=float("nan")), 'Datum: "ppm" must be a finite number'),
+        (lambda: Datum("WGS84", rx=1.3e6), 'Datum: "rx" is beyond a full turn'),
+        (
+            lambda: LocalToGrid(shift_n=0, shift_e=0, rotation=361),
+            '"rotation" is beyond a full turn',
+        ),
+        (
+            lambda: CoordinateChain.from_epsg(27700, near=(95, 0)),
+            "near: latitude 95 degrees is outside -90 to 90",
+        ),
         (lambda: LocalToGrid(), '"shift_n" is missing'),
         (
             lambda: CoordinateChain(datum=Datum("Airy 1830"), projection=OBJECTS[2]),

@@ -179,7 +179,8 @@ def test_a_part_that_is_not_calibrated_passes_unchanged() -> None:
     [
         (dict(use=["both"] * 11 + ["horizontally"]), 'point 30017495: use is "horizontally"'),
         (dict(h=[1.0]), '"h" has 1 values, "lat" has 12'),
-        (dict(lat=[91.0] * 12), "point 30010209: the input cannot convert it"),
+        (dict(lat=[91.0] * 12), "point 30010209: lat 91 degrees is outside -90 to 90"),
+        (dict(lon=[4.0] * 11 + [-360.1]), "point 30017495: lon -360.1 degrees is outside"),
         (dict(use=[0] * 12), "the control points do not give a calibration"),
     ],
 )
