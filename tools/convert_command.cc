@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "files/exchange/grid_wkt.h"
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
 #include "files/system/system_file.h"
@@ -185,6 +186,11 @@ std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
   return columns;
 }
 
+// What the file says, or what its parameters say.
+std::string CrsOfGrid(const CoordinateSystem& system) {
+  return system.GridCrs().empty() ? GridWkt(system) : system.GridCrs();
+}
+
 int Convert(ConvertOptions options) {
   RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
@@ -208,7 +214,7 @@ int Convert(ConvertOptions options) {
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
   const std::string& positions = system->GeographicCrs();
   job.givenCrs = options.inverse ? system->GridCrs() : positions;
-  job.placeCrs = job.placedByResult && !options.inverse ? system->GridCrs() : positions;
+  job.placeCrs = job.placedByResult && !options.inverse ? CrsOfGrid(*system) : positions;
   job.files = system->Files();
   job.files.push_back(options.system);
   Conversion conversion(*system, options.inverse, gon ? kGonPerDegree : 1, std::move(extras));

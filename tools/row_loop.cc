@@ -266,7 +266,8 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   std::vector<std::string> inputs = job.files;
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});
-  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs};
+  const bool inGrid = (job.given == CoordinateKind::grid) != job.placedByResult;
+  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid};
   PointColumns columns(*source, job.given, choice);
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.

@@ -1,17 +1,17 @@
 #include "files/exchange/proj_pipeline.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
-#include <string_view>
+#include <utility>
 #include <vector>
 
 #include "files/exchange/proj_operation.h"
-#include "files/system/projection_names.h"
+#include "files/exchange/proj_projection.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
-#include "geomath/proj/param_table.h"
 
 using namespace zel_cs::geomath;
 
@@ -24,46 +24,6 @@ constexpr double kSmallestSite = 20e3;    // metres, side of the square that is 
 constexpr std::size_t kLatticeRows = 21;  // of the points that are compared
 constexpr double kRadiusOfEarth = 6.4e6;  // metres, rounded up
 
-// A projection of ours with PROJ's method and its names for our parameters in index order. A
-// parameter without a name is one that the method has not; such a one moves, turns or scales the
-// plane, which the fitted steps take up.
-struct PeerRow {
-  std::string_view name, method;
-  std::vector<std::string_view> parameters;
-};
-const std::vector<std::string_view> kTransverse = {"lon_0", "k_0", "lat_0", "x_0", "y_0"};
-const std::vector<std::string_view> kOblique = {"alpha", "k_0", "lonc", "lat_0", "x_0", "y_0"};
-const std::vector<std::string_view> kConic = {"lat_1", "lat_2", "lon_0", "lat_0",
-                                              "x_0",   "y_0",   "k_0"};
-const std::vector<std::string_view> kOrigin = {"lat_0", "lon_0", "x_0", "y_0"};
-const std::vector<std::string_view> kScaledOrigin = {"lat_0", "lon_0", "k_0", "x_0", "y_0"};
-const PeerRow kPeers[] = {
-    {"STER", "stere", kScaledOrigin},
-    {"DSTER", "sterea", kScaledOrigin},
-    {"TMERC", "etmerc", kTransverse},
-    {"TM", "etmerc", kTransverse},
-    {"TMERCSPHER", "etmerc", kTransverse},
-    {"TM83", "etmerc", kTransverse},
-    {"TMERC_NZ", "etmerc", kTransverse},
-    {"LC", "lcc", kConic},
-    {"LC83", "lcc", {kConic.begin(), kConic.end() - 1}},
-    {"AlbersConic", "aea", {kConic.begin(), kConic.end() - 1}},
-    {"OM", "omerc +no_uoff", kOblique},
-    {"OM83", "omerc +no_uoff", kOblique},
-    {"RSO", "omerc +no_uoff", kOblique},
-    {"SWISS", "somerc", {"lon_0", "lat_0", "x_0", "y_0"}},
-    {"CASSINI", "cass", {"lat_0", "lon_0", "", "x_0", "y_0"}},
-    {"MERCATOR", "merc", {"lon_0", "lat_ts", "x_0", "y_0"}},
-    {"COLOMBIA", "col_urban +h_0=0", kOrigin},
-    {"TMSPHER", "gstmerc", {"", "lon_0", "lat_0", "k_0"}},
-    {"NZMG", "nzmg", {}},
-    {"KROVAK", "krovak", {}},
-};
-
-std::string EllipsoidText(const Ellipsoid& ellipsoid) {
-  return fmt::format("+a={} +b={}", ellipsoid.a, ellipsoid.b);
-}
-
 std::string DatumText(const Ellipsoid& global, const Datum& datum) {
   const TAbstractPoint3<double>&shift = datum.Shift(), &rotation = datum.Rotation();
   return fmt::format(
@@ -71,39 +31,20 @@ std::string DatumText(const Ellipsoid& global, const Datum& datum) {
       " +step +inv +proj=helmert +exact +convention=coordinate_frame"
       " +x={} +y={} +z={} +rx={} +ry={} +rz={} +s={}"
       " +step +inv +proj=cart {}",
-      EllipsoidText(global), shift[0], shift[1], shift[2], rotation[0], rotation[1], rotation[2],
-      datum.Scale() * 1e6, EllipsoidText(*datum.GetEllipsoid()));
+      ProjEllipsoid(global), shift[0], shift[1], shift[2], rotation[0], rotation[1], rotation[2],
+      datum.Scale() * 1e6, ProjEllipsoid(*datum.GetEllipsoid()));
 }
 
 bool IsNorthEast(const AxisPair& axes) {
   return axes.northFirst && axes.northSign > 0 && axes.eastSign > 0;
 }
 
-const PeerRow& PeerOf(const std::string& name) {
-  const auto row = std::find_if(std::begin(kPeers), std::end(kPeers),
-                                [&](const PeerRow& peer) { return peer.name == name; });
-  if (row != std::end(kPeers)) return *row;
-  std::string known;
-  for (const PeerRow& peer : kPeers) known += fmt::format(" {}", peer.name);
-  throw UserError(
-      fmt::format("--pipeline: the projection {} cannot be written for PROJ; those that "
-                  "can:{}, and a system without projection",
-                  name, known));
-}
-
 std::string ProjectionText(const TGeoProj& projection, const std::string& name) {
-  const PeerRow& row = PeerOf(name);
-  const std::vector<ProjectionParameter>& parameters = FindProjection(name)->parameters;
-  std::string text =
-      fmt::format("+proj={} {}", row.method, EllipsoidText(projection.GetEllipsoid()));
-  for (std::size_t i = 0; i < row.parameters.size(); ++i) {
-    if (row.parameters[i].empty()) continue;
-    const ParameterUnit unit = parameters[i].unit;
-    const bool angle = unit == ParameterUnit::latitude || unit == ParameterUnit::degrees;
-    const double value = projection.GetParam(static_cast<int>(i), kUnitInternal);
-    text += fmt::format(" +{}={}", row.parameters[i], angle ? value * kDegPerRad : value);
-  }
-  return text;
+  if (auto text = ProjProjection(projection, name)) return *std::move(text);
+  throw UserError(
+      fmt::format("--pipeline: the projection {} cannot be written for PROJ; those that can: {}, "
+                  "and a system without projection",
+                  name, fmt::join(ProjProjectionNames(), " ")));
 }
 
 // The centres of a lattice's points in the grid: the extent of the control, made a square of

@@ -16,6 +16,20 @@
 namespace geomath_tools {
 namespace {
 
+// What a GeoPackage has for coordinates in a plane of which nothing is known (number -1; without it
+// a layer is one of degrees, number 0).
+std::unique_ptr<OGRSpatialReference> UndefinedGrid() {
+  auto crs = std::make_unique<OGRSpatialReference>();
+  crs->SetLocalCS("Undefined Cartesian SRS");
+  return crs;
+}
+
+// Whether parameters lead from its datum to WGS 84, without which a GIS takes it for WGS 84.
+bool HasShift(const OGRSpatialReference& crs) {
+  double parameters[7];
+  return crs.GetTOWGS84(parameters, 7) == OGRERR_NONE;
+}
+
 class OgrSink : public PointSink {
  public:
   OgrSink(const std::string& path, const char* driverName, const PointSource& source,
@@ -31,8 +45,15 @@ class OgrSink : public PointSink {
     dataset_.reset(driver->Create(target.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
     if (!dataset_) Complain();
     const std::string layer = std::filesystem::path(path).stem().string();
-    const auto crs = CrsOf(style.crs);
+    auto crs =
+        checksItself && style.crs.empty() && style.inGrid ? UndefinedGrid() : CrsOf(style.crs);
     isShapefile_ = std::string_view(driverName) == "ESRI Shapefile";
+    if (isShapefile_ && crs && HasShift(*crs)) {
+      crs.reset();
+      notes_.push_back(file_.Name() +
+                       ": a Shapefile has no place for the datum of the coordinate system; it is "
+                       "written without one (.gpkg has it)");
+    }
     keepsIds_ = !isShapefile_ && (checksItself || source.HasIds());
     const char* utf8[] = {"ENCODING=UTF-8", nullptr};
     layer_ = dataset_->CreateLayer(layer.c_str(), crs.get(), wkbPoint25D,

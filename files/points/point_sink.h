@@ -31,7 +31,8 @@ std::string ResultText(double value, const ResultColumn& column);
 /// How results are written.
 struct ResultStyle {
   std::vector<ResultColumn> columns;
-  std::string crs;  ///< of the point geometry, as CrsOf takes it; empty for none
+  std::string crs;      ///< of the point geometry, as CrsOf takes it; empty for none
+  bool inGrid = false;  ///< the point geometry is in metres
 };
 
 /// Where converted rows go: every row of the source with all its columns, and those of the results.

@@ -104,6 +104,66 @@ TEST_F(Layers, ResultsCarryTheirSystemSoThatAGisShowsThemInPlace) {
   EXPECT_TRUE(IsIn("ground.gpkg", 0));
 }
 
+// Systems without "crs" get theirs from their parameters, and PROJ finds the positions with it.
+TEST_F(Layers, ResultsCarryWhatTheParametersOfTheSystemSay) {
+  constexpr double kSame = 1e-7;  // degrees, 1 cm
+  const std::string wgs84 = R"({"global": {"ellipsoid": "WGS84"}, )",
+                    zone =
+                        R"("projection": {"name": "TMERC", "Central Meridian": -3, "Scale": 0.9996,
+                             "Lat0": 0, "East0": 500000, "North0": 0})",
+                    cone = R"("projection": {"name": "LC", "South Lat": 49, "North Lat": 52,
+                             "Lon0": -3, "Lat0": 50, "East0": 0, "North0": 0, "Scale": )";
+  const struct {
+    const char* name;
+    std::string text;
+    bool described;
+  } systems[] = {
+      {"datum", BritainSystem(), true},
+      {"zone", wgs84 + zone + "}", true},
+      {"east", wgs84 + zone + R"(, "axes": {"grid": "EN"}})", true},
+      {"cone", wgs84 + cone + "1}}", true},
+      {"turned", wgs84 + R"("projection": {"name": "CASSINI", "Lat0": 50, "Lon0": -4,
+                             "AxisAzimuth": 10, "East0": 0, "North0": 0}})",
+       false},
+      {"scaled", wgs84 + cone + "0.999}}", true},  // EPSG method 1051
+      {"south", wgs84 + zone + R"(, "axes": {"grid": "SE"}})", false},
+      {"other",
+       R"({"global": {"ellipsoid": "GRS80"}, "local": {"ellipsoid": "Airy 1830"},
+                    "datum": {"dX": 1, "dY": 2, "dZ": 3, "rX": 0, "rY": 0, "rZ": 0, "ppm": 0}, )" +
+           zone + "}",
+       false},
+      {"site", wgs84 + zone + R"(, "ground": {"scale": 1.0001}})", false},
+  };
+  OGRSpatialReference positions;
+  ASSERT_EQ(positions.importFromEPSG(4326), OGRERR_NONE);
+  positions.SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+  for (const auto& system : systems) {
+    const std::string file = std::string(system.name) + ".gpkg";
+    Write("system.json", system.text);
+    ASSERT_EQ(Run("convert --system system.json in.csv -o " + file).status, 0) << system.name;
+    const GDALDatasetUniquePtr dataset = Open(file);
+    const OGRSpatialReference* crs = dataset->GetLayer(0)->GetSpatialRef();
+    ASSERT_NE(crs, nullptr);
+    if (!system.described) {
+      EXPECT_STREQ(crs->GetName(), "Undefined Cartesian SRS") << system.name;
+      continue;
+    }
+    const OGRFeatureUniquePtr feature(dataset->GetLayer(0)->GetNextFeature());
+    const std::unique_ptr<OGRCoordinateTransformation> change(
+        OGRCreateCoordinateTransformation(crs, &positions));
+    ASSERT_TRUE(change) << system.name;
+    double x = feature->GetGeometryRef()->toPoint()->getX();
+    double y = feature->GetGeometryRef()->toPoint()->getY();
+    ASSERT_TRUE(change->Transform(1, &x, &y)) << system.name;
+    EXPECT_NEAR(x, kLon, kSame) << system.name;
+    EXPECT_NEAR(y, kLat, kSame) << system.name;
+  }
+  Write("system.json", BritainSystem());
+  const ProgramRun shape = Run("convert --system system.json in.csv -o a.shp");
+  EXPECT_TRUE(Contains(shape.err, "a.shp: a Shapefile has no place for the datum")) << shape.err;
+  EXPECT_FALSE(fs::exists(directory_ / "a.prj"));
+}
+
 // PROJ may know a better transformation than the seven parameters of the system.
 constexpr double kOtherTransformation = 5;  // metres; without conversion it is degrees or 100 m
 
