@@ -128,6 +128,7 @@ SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& con
   chain.SetGround(nullptr);
   for (const ControlPoint& point : control) {
     points_.push_back(ToGrid(chain, frame, point));
+    if (options.onPoint) options.onPoint();
   }
   if (!projection_) JoinLongitudes(points_);
   for (IdenticalPoint& p : points_) {
@@ -146,7 +147,7 @@ SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& con
         "the control points do not give a calibration: at least one point with global "
         "and local coordinates and a use is needed, and not all in one place");
   RefuseMissedPoint();
-  check_.emplace(pointers_.data(), static_cast<int>(points_.size()), *solver_);
+  check_.emplace(pointers_.data(), static_cast<int>(points_.size()), *solver_, options.onPoint);
 }
 
 void SiteSolution::TakeParameters() {

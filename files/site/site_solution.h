@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -55,6 +56,8 @@ struct SiteFrame {
 struct CalibrationOptions {
   bool fixedScale = false;
   bool centreOnFirst = false;  ///< the solver's own projection stands on the first control point
+  /// Called between the points, of which many take long; what it throws ends the work.
+  std::function<void()> onPoint = {};
 };
 
 /// A site calibration of control points: carries the points to the grid of a system (or, without a

@@ -124,7 +124,8 @@ double Standardised(double residual, double sigma, double cofactor) {
 }  // namespace
 
 CalibrationCheck::CalibrationCheck(const IdenticalPoint* const* points, int count,
-                                   const TLocalizationParam& solved)
+                                   const TLocalizationParam& solved,
+                                   const std::function<void()>& onPoint)
     : points_(points),
       count_(points ? std::max(count, 0) : 0),
       solved_(&solved),
@@ -139,7 +140,7 @@ CalibrationCheck::CalibrationCheck(const IdenticalPoint* const* points, int coun
   CheckPlane();
   CheckHeights();
   FindPointsNearCentroid();
-  LeaveOneOut();
+  LeaveOneOut(onPoint);
   FindHull(horizontal_.empty() ? vertical_ : horizontal_);
   Warn();
 }
@@ -366,7 +367,7 @@ void CalibrationCheck::FindPointsNearCentroid() {
         {CalibrationWarning::Kind::nearCentroid, rays[k].point, rays[k].distance, fit, without});
 }
 
-void CalibrationCheck::LeaveOneOut() {
+void CalibrationCheck::LeaveOneOut(const std::function<void()>& onPoint) {
   constexpr std::size_t kLeastHorizontal = 3, kLeastVertical = 4;
   const bool plane = horizontal_.size() >= kLeastHorizontal;
   const bool heights = vertical_.size() >= kLeastVertical && !HeightsAreShifted();
@@ -401,6 +402,7 @@ void CalibrationCheck::LeaveOneOut() {
       }
     }
     point.use = points_[i]->use;
+    if (onPoint) onPoint();
   }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <functional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -92,8 +93,9 @@ class GEOMATH_API CalibrationCheck {
   /// `points` are those of `solved`, after its UpdateParameters; they are only read. The solver's
   /// projection converts points meanwhile, nothing else of it changes. Time grows with the square
   /// of the number of points (each is left out once), 1000 points take some hundredths of a second.
-  CalibrationCheck(const IdenticalPoint* const* points, int count,
-                   const TLocalizationParam& solved);
+  /// `onPoint`, when it is given, is called after each: what it throws ends the check.
+  CalibrationCheck(const IdenticalPoint* const* points, int count, const TLocalizationParam& solved,
+                   const std::function<void()>& onPoint = {});
 
   /// One entry a point, in their order.
   const std::vector<PointCheck>& Points() const { return checks_; }
@@ -128,7 +130,7 @@ class GEOMATH_API CalibrationCheck {
   void CheckHeights();
   bool HeightsAreShifted() const;
   void FindPointsNearCentroid();
-  void LeaveOneOut();
+  void LeaveOneOut(const std::function<void()>& onPoint);
   void PredictMeanHeights();
   CalibrationFit Fit(const IdenticalPoint* const* points, const TLocalizationParam& site) const;
   double MirroredRms() const;

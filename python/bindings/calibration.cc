@@ -306,7 +306,10 @@ SolutionObject::SolutionObject(std::shared_ptr<CalibrationObject> of) : calibrat
     frame.geographic = AxisPairOf(given->geographicAxes);
     frame.grid = AxisPairOf(given->gridAxes);
   }
-  solution.emplace(std::move(frame), calibration->control, calibration->options);
+  CalibrationOptions options = calibration->options;
+  Pace pace;
+  options.onPoint = [&pace] { pace.Done(); };
+  solution.emplace(std::move(frame), calibration->control, options);
 }
 
 void BindCalibration(py::module_& module) {
@@ -343,6 +346,9 @@ Immutable, can be pickled. Raises Error for columns that are missing or do not g
 The CalibrationResult. The rotation fits the directions from the centroid, the scale is the mean of
 the distance ratios, the shifts carry one centroid to the other; three and more heights give an
 inclined plane, one or two a mean shift.
+
+Time grows with the square of the number of points, since each is left out once: 1000 take a tenth of a
+second, 10,000 some seconds. Ctrl-C ends it.
 
 Raises Error when a point cannot be converted to the grid, or the points do not suffice.)")
       .def("__repr__", [](const CalibrationObject& object) {
