@@ -10,9 +10,13 @@ namespace zel_cs::geomath {
 /// The images in the grid of a unit of length northward and of one eastward (Snyder 1987, 4-10 and
 /// 4-11): the columns of the map's derivative on the metric of the ellipsoid.
 struct UnitImages {
-  double northN, northE;  ///< northing and easting of the one northward
-  double eastN, eastE;    ///< of the one eastward
+  double northN;  ///< northing of the one northward
+  double northE;  ///< its easting
+  double eastN;   ///< northing of the one eastward
+  double eastE;   ///< its easting
 };
+
+/// Those of a map with the given derivatives, at latitude `b` (radians) of an ellipsoid.
 GEOMATH_API UnitImages UnitImagesOf(const GridDerivatives& derivatives, const Ellipsoid& ellipsoid,
                                     double b);
 

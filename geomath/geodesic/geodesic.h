@@ -61,6 +61,7 @@ class GEOMATH_API GeodesicLine {
 /// safe from many threads at once. A batch gives the bits of the single call.
 class GEOMATH_API Geodesic {
  public:
+  /// On an ellipsoid, which is copied.
   explicit Geodesic(const Ellipsoid& ellipsoid);
 
   /// The inverse problem: length and azimuths between two positions.

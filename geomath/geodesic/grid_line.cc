@@ -30,7 +30,7 @@ Radii RadiiAt(const Ellipsoid& ell, double b) {
 }  // namespace
 
 struct GridLines::End {
-  GridPosition at;
+  GridPoint at;
   double b, l, height;
   double x, y, z;
   UnitImages images;  // NaN where the class has no derivatives
@@ -53,7 +53,7 @@ GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
 
 // Where the series of a class leave more than rounding between its two directions, the inverse is
 // repeated with what they differ by: the position is the one that is mapped to `at`.
-bool GridLines::Locate(const GridPosition& at, End& end) const {
+bool GridLines::Locate(const GridPoint& at, End& end) const {
   constexpr double kRounding = 1e-8, kUnrelated = 1;  // metres
   end.at = at;
   end.b = at.n, end.l = at.e;
@@ -105,7 +105,7 @@ void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& 
   line.slopeDistance = std::hypot(to.x - from.x, to.y - from.y, to.z - from.z);
 }
 
-bool GridLines::Position(const GridPosition& at, double& b, double& l) const {
+bool GridLines::Position(const GridPoint& at, double& b, double& l) const {
   End end;
   if (!Locate(at, end)) return false;
   b = end.b;
@@ -113,7 +113,7 @@ bool GridLines::Position(const GridPosition& at, double& b, double& l) const {
   return true;
 }
 
-bool GridLines::Between(const GridPosition& from, const GridPosition& to, GridLine& line) const {
+bool GridLines::Between(const GridPoint& from, const GridPoint& to, GridLine& line) const {
   End first, second;
   if (!Locate(from, first) || !Locate(to, second)) return false;
   const GeodesicMeasure geodesic = geodesic_.Inverse(first.b, first.l, second.b, second.l);
@@ -121,7 +121,7 @@ bool GridLines::Between(const GridPosition& from, const GridPosition& to, GridLi
   return std::isfinite(geodesic.distance);
 }
 
-std::size_t GridLines::Between(const GridPosition* from, const GridPosition* to, GridLine* lines,
+std::size_t GridLines::Between(const GridPoint* from, const GridPoint* to, GridLine* lines,
                                std::size_t count) const {
   constexpr GridLine kFailed = {kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN,
                                 kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN, kNaN};
@@ -148,7 +148,7 @@ std::size_t GridLines::Between(const GridPosition* from, const GridPosition* to,
   return reduced;
 }
 
-double GridLines::AzimuthOfBearing(const GridPosition& from, double bearing) const {
+double GridLines::AzimuthOfBearing(const GridPoint& from, double bearing) const {
   End end;
   if (!Locate(from, end)) return kNaN;
   const auto& [nn, ne, en, ee] = end.images;
@@ -157,7 +157,7 @@ double GridLines::AzimuthOfBearing(const GridPosition& from, double bearing) con
   return FullTurn(std::atan2(sign * (nn * s - ne * c), sign * (ee * c - en * s)));
 }
 
-double GridLines::AzimuthTo(const GridPosition& from, const GridPosition& to) const {
+double GridLines::AzimuthTo(const GridPoint& from, const GridPoint& to) const {
   GridLine line;
   return Between(from, to, line) ? line.azimuth : kNaN;
 }

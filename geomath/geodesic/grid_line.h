@@ -10,7 +10,7 @@
 namespace zel_cs::geomath {
 
 /// A position in a grid, metres: northing and easting on internal axes, and a height.
-struct GridPosition {
+struct GridPoint {
   double n;      ///< northing
   double e;      ///< easting
   double h = 0;  ///< above the geoid that the line's owner has, else above the ellipsoid
@@ -58,27 +58,28 @@ class GEOMATH_API GridLines {
 
   /// Latitude and longitude of a grid position, radians: those that the projection maps to it, also
   /// where its own inverse is a shorter series. False where there are none, or a metre off.
-  bool Position(const GridPosition& at, double& b, double& l) const;
+  bool Position(const GridPoint& at, double& b, double& l) const;
 
   /// False, the line then unspecified, where an end has no geographic position or no geoid height.
-  bool Between(const GridPosition& from, const GridPosition& to, GridLine& line) const;
+  bool Between(const GridPoint& from, const GridPoint& to, GridLine& line) const;
   /// `count` lines, faster; a line that fails is all NaN. Returns the number of the others.
-  std::size_t Between(const GridPosition* from, const GridPosition* to, GridLine* lines,
+  std::size_t Between(const GridPoint* from, const GridPoint* to, GridLine* lines,
                       std::size_t count) const;
 
   /// The azimuth at `from` of a grid bearing, of an arc as a telescope sees it: bearing plus
   /// convergence in a conformal grid. NaN where TGeoProj::ForwardDerivatives fails.
-  double AzimuthOfBearing(const GridPosition& from, double bearing) const;
+  double AzimuthOfBearing(const GridPoint& from, double bearing) const;
   /// The azimuth at `from` of another position; NaN where one of them fails.
-  double AzimuthTo(const GridPosition& from, const GridPosition& to) const;
+  double AzimuthTo(const GridPoint& from, const GridPoint& to) const;
 
+  /// What the object was made of; the geoid may be null.
   const TGeoProj& GetProjection() const { return *proj_; }
   const Geodesic& GetGeodesic() const { return geodesic_; }
   const GeoidHeight* GetGeoid() const { return geoid_; }
 
  private:
   struct End;
-  bool Locate(const GridPosition& at, End& end) const;
+  bool Locate(const GridPoint& at, End& end) const;
   void Describe(const End& from, const End& to, const GeodesicMeasure& geodesic,
                 GridLine& line) const;
 

@@ -48,12 +48,12 @@ bool Closes(const TraverseField& field) { return field.endAzimuth && field.endAn
 }  // namespace
 
 struct Traverse::Path {
-  std::vector<GridPosition> stations;
+  std::vector<GridPoint> stations;
   double lastBackAzimuth = 0;
 
   // Computed minus known.
   Conditions Misclosure(const TraverseField& field, double endAngle) const {
-    const GridPosition& last = stations.back();
+    const GridPoint& last = stations.back();
     return {field.end ? last.n - field.end->n : kNaN, field.end ? last.e - field.end->e : kNaN,
             Closes(field) ? std::remainder(lastBackAzimuth + endAngle - *field.endAzimuth, kTwoPi)
                           : kNaN};
@@ -62,8 +62,8 @@ struct Traverse::Path {
 
 // The geodesic whose distance of the asked kind is the observed one: each step multiplies by the
 // ratio of the two, which is constant but for the curvature of scale along the leg.
-bool Traverse::Leg(const GridPosition& from, double azimuth, double distance, TraverseDistance kind,
-                   GridPosition& to, double& backAzimuth) const {
+bool Traverse::Leg(const GridPoint& from, double azimuth, double distance, TraverseDistance kind,
+                   GridPoint& to, double& backAzimuth) const {
   const TGeoProj& proj = lines_->GetProjection();
   double b, l;
   if (!(distance > 0) || !std::isfinite(distance) || !lines_->Position(from, b, l)) return false;
@@ -100,7 +100,7 @@ bool Traverse::Walk(const TraverseField& field, const std::vector<double>& angle
   path.stations.assign(1, field.start);
   double back = field.startAzimuth;
   for (std::size_t i = 0; i < field.legs.size(); ++i) {
-    GridPosition to{0, 0, field.legs[i].height};
+    GridPoint to{0, 0, field.legs[i].height};
     const double azimuth = std::remainder(back + angles[i], kTwoPi);
     if (!Leg(path.stations.back(), azimuth, distances[i], field.kind, to, back)) return false;
     path.stations.push_back(to);
@@ -183,8 +183,8 @@ bool Traverse::LeastSquares(const TraverseField& field, Path& path, TraverseResu
   std::vector<Conditions> B(2 * legs + 1);
   for (int step = 0; step < kMaxAdjustments; ++step) {
     for (std::size_t i = 0; i < legs; ++i) {
-      const GridPosition &at = path.stations[i], &next = path.stations[i + 1],
-                         &end = path.stations[legs];
+      const GridPoint &at = path.stations[i], &next = path.stations[i + 1],
+                      &end = path.stations[legs];
       const double length = field.legs[i].distance + v[legs + 1 + i];
       B[i] = {-(end.e - at.e), end.n - at.n, 1};
       B[legs + 1 + i] = {(next.n - at.n) / length, (next.e - at.e) / length, 0};

@@ -28,16 +28,16 @@ enum class TraverseAdjustment : unsigned char {
 struct TraverseLeg {
   double angle;       ///< at the station, clockwise from the one before to the next, radians
   double distance;    ///< to the next station, metres
-  double height = 0;  ///< of the next station, as GridPosition::h
+  double height = 0;  ///< of the next station, as GridPoint::h
 };
 
 /// A traverse as it comes from the field. Azimuths are geodetic, radians; GridLines::AzimuthTo and
 /// AzimuthOfBearing give them from known marks and grid bearings.
 struct TraverseField {
-  GridPosition start = {0, 0, 0};        ///< the first station
-  double startAzimuth = 0;               ///< of the mark that the first angle is turned from
-  std::vector<TraverseLeg> legs = {};    ///< in order
-  std::optional<GridPosition> end = {};  ///< known position of the last station
+  GridPoint start = {0, 0, 0};         ///< the first station
+  double startAzimuth = 0;             ///< of the mark that the first angle is turned from
+  std::vector<TraverseLeg> legs = {};  ///< in order
+  std::optional<GridPoint> end = {};   ///< known position of the last station
   /// Known azimuth from the last station to a closing mark, and the angle there, clockwise from the
   /// station before to the mark. Used when both are given.
   std::optional<double> endAzimuth = {}, endAngle = {};
@@ -50,8 +50,8 @@ struct TraverseField {
 
 /// A computed traverse. Metres and radians.
 struct TraverseResult {
-  std::vector<GridPosition> stations;  ///< the start and the end of every leg, adjusted
-  double length = 0;                   ///< of its legs in the grid, as measured
+  std::vector<GridPoint> stations;  ///< the start and the end of every leg, adjusted
+  double length = 0;                ///< of its legs in the grid, as measured
   /// Computed minus known at the end, before any adjustment: NaN where the end is not known.
   double misclosureN = 0, misclosureE = 0;
   double misclosureAngle = 0;     ///< of the closing azimuth, before any adjustment; NaN likewise
@@ -84,8 +84,8 @@ class GEOMATH_API Traverse {
   struct Path;
   bool Walk(const TraverseField& field, const std::vector<double>& angles,
             const std::vector<double>& distances, Path& path) const;
-  bool Leg(const GridPosition& from, double azimuth, double distance, TraverseDistance kind,
-           GridPosition& to, double& backAzimuth) const;
+  bool Leg(const GridPoint& from, double azimuth, double distance, TraverseDistance kind,
+           GridPoint& to, double& backAzimuth) const;
   bool Bowditch(const TraverseField& field, Path& path, TraverseResult& result) const;
   bool LeastSquares(const TraverseField& field, Path& path, TraverseResult& result) const;
 

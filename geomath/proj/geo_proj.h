@@ -19,8 +19,10 @@ struct PointFactors {
 
 /// The derivatives of northing and easting by latitude and longitude at a point, metres a radian.
 struct GridDerivatives {
-  double northB, eastB;  ///< along the meridian, by the latitude
-  double northL, eastL;  ///< along the parallel, by the longitude
+  double northB;  ///< of the northing by the latitude
+  double eastB;   ///< of the easting by the latitude
+  double northL;  ///< of the northing by the longitude
+  double eastL;   ///< of the easting by the longitude
 };
 
 /// The base of every map projection: the ellipsoid, the axis descriptors of grid and geographic

@@ -34,7 +34,7 @@ struct Mark {
 const Mark kFlindersPeak{-Dms(37, 57, 3.7203), Dms(144, 25, 29.5244)};
 const Mark kBuninyong{-Dms(37, 39, 10.1561), Dms(143, 55, 35.3839)};
 
-GridPosition InGrid(const TGeoProj& proj, const Mark& mark, double h = 0) {
+GridPoint InGrid(const TGeoProj& proj, const Mark& mark, double h = 0) {
   double n = mark.b, e = mark.l;
   EXPECT_TRUE(proj.ForwardPoint(n, e));
   return {n, e, h};
@@ -42,7 +42,7 @@ GridPosition InGrid(const TGeoProj& proj, const Mark& mark, double h = 0) {
 
 TEST(GridLines, ReachThePublishedLine) {
   const TUTMProj mga = Mga55();
-  const GridPosition from = InGrid(mga, kFlindersPeak), to = InGrid(mga, kBuninyong);
+  const GridPoint from = InGrid(mga, kFlindersPeak), to = InGrid(mga, kBuninyong);
   constexpr double kPrinted = 0.0006;  // metres
   EXPECT_NEAR(from.n, 5796489.777, kPrinted);
   EXPECT_NEAR(from.e, 273741.297, kPrinted);
@@ -82,7 +82,7 @@ class TiltedGeoid : public GeoidHeight {
 // distance s but for the curvature, and heights above a geoid are those above the ellipsoid less its.
 TEST(GridLines, ReduceThroughTheHeights) {
   const TUTMProj mga = Mga55();
-  const GridPosition from = InGrid(mga, kFlindersPeak, 1500), to = InGrid(mga, kBuninyong, 800);
+  const GridPoint from = InGrid(mga, kFlindersPeak, 1500), to = InGrid(mga, kBuninyong, 800);
   GridLine line, ellipsoidal;
   const TiltedGeoid geoid;
   ASSERT_TRUE(GridLines(mga).Between(from, to, line));
@@ -105,7 +105,7 @@ TEST(GridLines, ReduceThroughTheHeights) {
                                      ellipsoidal));
   EXPECT_EQ(line.slopeDistance, ellipsoidal.slopeDistance);
   EXPECT_EQ(line.combinedFactor, ellipsoidal.combinedFactor);
-  const GridPosition outside{from.n + 1e6, from.e, 0};  // north of the geoid
+  const GridPoint outside{from.n + 1e6, from.e, 0};  // north of the geoid
   EXPECT_FALSE(GridLines(mga, &geoid).Between(from, outside, line));
 }
 
@@ -120,7 +120,7 @@ TEST(GridLines, RadiusInAzimuthIsEulers) {
 TEST(GridLines, ManyLinesGiveTheSameAsOne) {
   const TUTMProj mga = Mga55();
   const GridLines lines(mga);
-  std::vector<GridPosition> from, to;
+  std::vector<GridPoint> from, to;
   for (int i = 0; i < 150; ++i) {
     from.push_back({5.8e6 + 100 * i, 3e5 + 7 * i, 10.0 * i});
     to.push_back({5.7e6 - 30 * i * i, 2e5 + 900 * i, 5.0 * i});
@@ -149,7 +149,7 @@ TEST(GridLines, ManyLinesGiveTheSameAsOne) {
 TEST(GridLines, ClassesWithoutFactorsAreReducedToo) {
   const TTMProj tm(kA, kGrs80, 147 * kRadPerDeg, 0.9996, 0, 500000, 1e7);
   const GridLines lines(tm);
-  const GridPosition from = InGrid(tm, kFlindersPeak), to = InGrid(tm, kBuninyong);
+  const GridPoint from = InGrid(tm, kFlindersPeak), to = InGrid(tm, kBuninyong);
   GridLine line;
   ASSERT_TRUE(lines.Between(from, to, line));
   constexpr double kSeries = 1e-8;  // the short series of the class: 0.5 mm on the line

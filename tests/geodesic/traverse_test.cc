@@ -18,12 +18,12 @@ using namespace zel_cs::geomath;
 constexpr double kA = 6378137, kGrs80 = 298.257222101;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 constexpr double kMetres = 1e-4;
-const GridPosition kStart{5796489.777, 273741.297, 300};
+const GridPoint kStart{5796489.777, 273741.297, 300};
 
 TUTMProj Grid() { return {kA, kGrs80, 147 * kRadPerDeg, 0.9996, 0, 500000, 1e7}; }
 
 // What would be measured between given stations, by the reduction of lines.
-TraverseField Observed(const GridLines& lines, const std::vector<GridPosition>& stations,
+TraverseField Observed(const GridLines& lines, const std::vector<GridPoint>& stations,
                        TraverseDistance kind) {
   TraverseField field{.start = stations[0], .kind = kind};
   field.startAzimuth = 1;
@@ -44,12 +44,12 @@ TraverseField Observed(const GridLines& lines, const std::vector<GridPosition>& 
   return field;
 }
 
-std::vector<GridPosition> Stations(std::size_t count, double spacing) {
+std::vector<GridPoint> Stations(std::size_t count, double spacing) {
   std::mt19937_64 random(1808);
   std::uniform_real_distribution<double> unit(-1, 1);
-  std::vector<GridPosition> stations{kStart};
+  std::vector<GridPoint> stations{kStart};
   for (std::size_t i = 0; i < count; ++i) {
-    const GridPosition& last = stations.back();
+    const GridPoint& last = stations.back();
     stations.push_back({last.n + spacing * (0.3 + unit(random)),
                         last.e + spacing * (1 + unit(random)), 300 + spacing / 10 * unit(random)});
   }
@@ -62,7 +62,7 @@ TEST(Traverse, ComesBackToItsStationsFromEveryKindOfDistance) {
   for (const double spacing : {50.0, 1500.0})
     for (const auto kind : {TraverseDistance::slope, TraverseDistance::ground,
                             TraverseDistance::geodesic, TraverseDistance::grid}) {
-      std::vector<GridPosition> stations = Stations(50, spacing);
+      std::vector<GridPoint> stations = Stations(50, spacing);
       for (std::size_t i = 50; i-- > 0;) stations.push_back(stations[i]);  // and back
       const TraverseField field = Observed(lines, stations, kind);
       TraverseResult result;
@@ -86,7 +86,7 @@ TEST(Traverse, AdjustsAStraightTraverseInClosedForm) {
   const TTMProj grid(kA, kGrs80, 147 * kRadPerDeg, 1, 0, 500000, 1e7);
   const GridLines lines(grid);
   constexpr double kLeg = 400, kAlong = 0.030, kAcross = 0.020;
-  std::vector<GridPosition> stations;
+  std::vector<GridPoint> stations;
   for (int i = 0; i < 4; ++i) stations.push_back({5.8e6, 499400 + kLeg * i, 0});
   TraverseField field = Observed(lines, stations, TraverseDistance::grid);
   field.endAzimuth.reset();

@@ -35,7 +35,7 @@ class CassiniSoldner {
   /// The longitude difference is folded into [−π, π].
   template <class Math = simd::Libm>
   GEOMATH_INLINE PlaneOf<typename Math::Real> Forward(typename Math::Real phi,
-                                                    typename Math::Real lambda) const {
+                                                      typename Math::Real lambda) const {
     using Real = typename Math::Real;
     Real s, c;
     Math::SinCos(phi, s, c);
