@@ -1,0 +1,76 @@
+#include "files/models/shift_file.h"
+
+#include <fmt/format.h>
+
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <span>
+#include <string_view>
+
+#include "files/gdal/ogr.h"
+#include "files/models/shift_json.h"
+#include "files/models/shift_tiff.h"
+#include "files/words/name_match.h"
+#include "files/words/user_error.h"
+#include "geomath/shift/ntv2_file.h"
+
+using namespace zel_cs::geomath;
+
+namespace geomath_tools {
+namespace {
+
+bool IsTiff(std::string_view bytes) {
+  using namespace std::string_view_literals;
+  for (const std::string_view magic : {"II*\0"sv, "MM\0*"sv, "II+\0"sv, "MM\0+"sv})
+    if (bytes.starts_with(magic)) return true;
+  return false;
+}
+
+bool IsJson(std::string_view bytes) {
+  const std::size_t first = bytes.find_first_not_of(" \t\r\n");
+  return first != std::string_view::npos && bytes[first] == '{';
+}
+
+std::unique_ptr<CoordinateShift> OfNtv2(const std::string& bytes, const std::string& file) {
+  Ntv2Error error;
+  std::unique_ptr<CoordinateShift> grid =
+      ParseNtv2(std::as_bytes(std::span(bytes.data(), bytes.size())), &error);
+  if (grid) return grid;
+  if (error.fault == Ntv2Fault::notNtv2)
+    throw UserError(file +
+                    ": is no grid of shifts (NTv2, geodetic TIFF) and no triangulation (JSON)");
+  throw UserError(fmt::format("{}: at byte {}: {}", file, error.offset, Printable(error.reason)));
+}
+
+}  // namespace
+
+std::string ReadShiftBytes(const std::string& path) {
+  constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30;  // bytes
+  RequireLocalPath(path);
+  std::error_code error;
+  const std::filesystem::file_status status = std::filesystem::status(path, error);
+  if (std::filesystem::is_directory(status)) throw UserError(path + ": is a directory");
+  const std::uintmax_t size = std::filesystem::file_size(path, error);
+  if (error) throw UserError(fmt::format("{}: cannot be read: {}", path, error.message()));
+  if (size > kLargestFile) throw UserError(path + ": too large for a file of shifts (1 GiB)");
+  errno = 0;
+  std::ifstream file(path, std::ios::binary);
+  std::string bytes(static_cast<std::size_t>(size), '\0');
+  if (!file.read(bytes.data(), static_cast<std::streamsize>(size)))
+    throw UserError(fmt::format("{}: cannot be read: {}", path, std::strerror(errno)));
+  return bytes;
+}
+
+std::unique_ptr<CoordinateShift> ParseShift(const std::string& bytes, const ShiftChoice& choice) {
+  if (IsTiff(bytes)) return ParseShiftTiff(bytes, choice);
+  if (IsJson(bytes)) return ParseShiftJson(bytes, choice);
+  return OfNtv2(bytes, choice.file);
+}
+
+std::unique_ptr<CoordinateShift> OpenShift(const ShiftChoice& choice) {
+  return ParseShift(ReadShiftBytes(choice.file), choice);
+}
+
+}  // namespace geomath_tools

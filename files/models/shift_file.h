@@ -1,0 +1,36 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "geomath/shift/coordinate_shift.h"
+#include "geomath/shift/geocentric_shift_grid.h"
+
+namespace geomath_tools {
+
+/// A shift in a file, with what the caller knows where the file leaves it open.
+struct ShiftChoice {
+  std::string file;
+  /// The unit of a grid that is no geodetic TIFF, behind its scale and offset; empty for the one that
+  /// its samples state.
+  std::string unit = {};
+  /// In which system a grid of geocentric translations is looked up.
+  std::optional<zel_cs::geomath::GridPosition> position = {};
+  /// Geographic or plane: of a triangulation whose systems have no EPSG code.
+  std::optional<zel_cs::geomath::ShiftSpace> space = {};
+};
+
+/// Opens a shift by what is in its file: a ShiftGrid from NTv2 (.gsb) or a geodetic TIFF, a
+/// GeocentricShiftGrid from the latter, or a Triangulation from JSON. Throws UserError with the file
+/// and the place in it.
+std::unique_ptr<zel_cs::geomath::CoordinateShift> OpenShift(const ShiftChoice& choice);
+
+/// The bytes of a file that OpenShift reads. Throws UserError.
+std::string ReadShiftBytes(const std::string& path);
+
+/// OpenShift from bytes; `choice.file` stands for the file in messages.
+std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShift(const std::string& bytes,
+                                                             const ShiftChoice& choice);
+
+}  // namespace geomath_tools

@@ -1,0 +1,18 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "files/models/shift_file.h"
+
+namespace geomath_tools {
+
+/// Reads a geodetic TIFF grid (PROJ, "Geodetic TIFF grids"), one directory a grid. Samples are told by
+/// their DESCRIPTION, in any order; a file that has none has latitude and longitude, or easting and
+/// northing, first. Grids lie in the one that they name as their parent, or else in the smallest
+/// that contains them. Geoid undulations are taken with the other sign, so that Forward leads from
+/// heights above the ellipsoid to heights above the geoid. Throws UserError with the directory.
+std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShiftTiff(const std::string& bytes,
+                                                                 const ShiftChoice& choice);
+
+}  // namespace geomath_tools
