@@ -19,13 +19,20 @@ constexpr const char* kSouthWestProjection = "KROVAK";
 
 GridFactors::GridFactors(const CoordinateSystem& system)
     : toEllipsoid_(system.Chain().GetGlobalEllipsoid(), system.Chain().GetDatum(), nullptr),
-      toPlane_(system.Chain()),
+      toPlane_(nullptr, nullptr, system.Projection()),
       ellipsoid_(system.LocalEllipsoid()),
       geographic_(system.Geographic()),
       grid_(system.Grid()) {
+  const CoordinateChain& chain = system.Chain();
+  const auto addShifts = [&](CoordinateChain& to, ShiftPlace place) {
+    for (const ChainShift& step : chain.GetShifts(place)) to.AddShift(place, step);
+  };
+  addShifts(toEllipsoid_, ShiftPlace::beforeDatum);
+  addShifts(toEllipsoid_, ShiftPlace::afterDatum);
   // From the ellipsoid of the projection on: positions only.
-  toPlane_.SetDatum(nullptr);
-  toPlane_.SetGeoid(nullptr);
+  addShifts(toPlane_, ShiftPlace::afterProjection);
+  toPlane_.SetLocalization(chain.GetLocalization());
+  toPlane_.SetGround(chain.GetGround());
   if (system.ProjectionName() == kSouthWestProjection)
     grid_.northSign = -grid_.northSign, grid_.eastSign = -grid_.eastSign;
 }

@@ -213,6 +213,10 @@ std::string ProjPipeline(const Calibration& calibration) {
   const CoordinateChain& chain = calibration.System().Chain();
   if (chain.GetGeoid())
     throw UserError("--pipeline: heights above a geoid cannot be written for PROJ");
+  for (const ShiftPlace place : {ShiftPlace::beforeDatum, ShiftPlace::afterDatum,
+                                 ShiftPlace::heights, ShiftPlace::afterProjection})
+    if (!chain.GetShifts(place).empty())
+      throw UserError("--pipeline: shifts cannot be written for PROJ");
   if (!IsNorthEast(calibration.System().Grid()) || !IsNorthEast(calibration.System().Geographic()))
     throw UserError("--pipeline: only axes \"NE\" can be written for PROJ");
   const TGeoProj& projection = calibration.Projection();

@@ -13,12 +13,12 @@ namespace geomath_tools {
 namespace {
 
 // File names of a system count from its directory.
-void MoveFileNames(nlohmann::ordered_json& geoid, const std::string& from, const std::string& to) {
+void MoveFileNames(nlohmann::ordered_json& part, const std::string& from, const std::string& to) {
   namespace fs = std::filesystem;
-  for (const char* key : {"grid", "model", "correction"}) {
-    if (!geoid.contains(key)) continue;
-    const fs::path file = fs::absolute(from).parent_path() / geoid[key].get<std::string>();
-    geoid[key] = file.lexically_proximate(fs::absolute(to).parent_path()).string();
+  for (const char* key : {"grid", "model", "correction", "file"}) {
+    if (!part.contains(key)) continue;
+    const fs::path file = fs::absolute(from).parent_path() / part[key].get<std::string>();
+    part[key] = file.lexically_proximate(fs::absolute(to).parent_path()).string();
   }
 }
 
@@ -44,6 +44,8 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
                                     const std::string& to) const {
   nlohmann::ordered_json system = nlohmann::ordered_json::parse(text);
   if (system.contains("geoid")) MoveFileNames(system["geoid"], from, to);
+  if (system.contains("shifts"))
+    for (nlohmann::ordered_json& shift : system["shifts"]) MoveFileNames(shift, from, to);
   if (!system_.Projection()) {
     nlohmann::ordered_json& projection = system["projection"] = {{"name", kOwnProjection}};
     const std::vector<double> values = OwnProjectionValues(*this);

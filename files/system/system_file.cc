@@ -35,7 +35,7 @@ class SystemReader {
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
     const JsonSection top(file_, "", root,
                           {"name", "description", "area", "global", "local", "datum", "projection",
-                           "axes", "crs", "geoid", "localization", "ground"});
+                           "axes", "crs", "geoid", "shifts", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -54,9 +54,11 @@ class SystemReader {
     ReadCrs(top, *system);
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
-    if (system->datum_) chain.SetDatum(&*system->datum_);
+    if (system->datum_ && !system->fixedHeight_) chain.SetDatum(&*system->datum_);
     chain.SetProjection(system->Projection());
     if (top.Has("geoid")) ReadGeoid(top, *system);
+    if (top.Has("shifts")) ReadShifts(top, *system);
+    AddShifts(*system);
     if (system->localization_) chain.SetLocalization(&*system->localization_);
     if (system->ground_) chain.SetGround(&*system->ground_);
     return system;
@@ -85,8 +87,13 @@ class SystemReader {
   }
 
   void ReadDatumAt(const JsonSection& top, CoordinateSystem& system) const {
-    const JsonSection section(file_, "datum", top.Object("datum"), kDatumKeys);
+    std::vector<std::string> keys = kDatumKeys;
+    keys.emplace_back("fixedHeight");
+    const JsonSection section(file_, "datum", top.Object("datum"), keys);
     system.datum_.emplace(ReadDatum(section, &system.local_));
+    if (section.Has("fixedHeight"))
+      system.fixedHeight_.emplace(system.global_, *system.datum_,
+                                  section.Number("fixedHeight", "a height in metres"));
   }
 
   void ReadProjectionAt(const JsonSection& top, CoordinateSystem& system) const {
@@ -153,6 +160,35 @@ class SystemReader {
     system.geoid_ = OpenGeoid(choice);
     system.chain_.SetGeoid(&system.geoid_->Heights(),
                            local ? GeoidFrame::local : GeoidFrame::global);
+  }
+
+  void ReadShifts(const JsonSection& top, CoordinateSystem& system) const {
+    const json& list = top.Object("shifts");
+    if (!list.is_array()) top.Fail("shifts", "must be a list in brackets");
+    for (std::size_t i = 0; i < list.size(); ++i) {
+      const std::string path = fmt::format("shifts[{}]", i);
+      SystemShift read = ReadShift(file_, path, list[i], system.global_);
+      const bool around =
+          read.place == ShiftPlace::beforeDatum || read.place == ShiftPlace::afterDatum;
+      if (system.fixedHeight_ && around && read.shift->Space() == ShiftSpace::geocentric)
+        top.Fail("shifts",
+                 "moves geocentric coordinates, which a datum with a \"fixedHeight\" has not");
+      if (!read.choice.file.empty()) system.files_.push_back(read.choice.file);
+      system.shifts_.push_back(std::move(read));
+    }
+  }
+
+  // A datum with a fixed height is a shift itself, between those before and behind it.
+  static void AddShifts(CoordinateSystem& system) {
+    CoordinateChain& chain = system.chain_;
+    for (const ShiftPlace place : {ShiftPlace::beforeDatum, ShiftPlace::afterDatum,
+                                   ShiftPlace::heights, ShiftPlace::afterProjection}) {
+      if (place == ShiftPlace::afterDatum && system.fixedHeight_)
+        chain.AddShift(ShiftPlace::beforeDatum, {&*system.fixedHeight_});
+      for (const SystemShift& read : system.shifts_)
+        if (read.place == place)
+          chain.AddShift(place, {read.shift.get(), read.direction, read.outside});
+    }
   }
 
   std::string file_;

@@ -7,9 +7,11 @@
 
 #include "files/models/geoid_file.h"
 #include "files/system/geo_box.h"
+#include "files/system/shift_section.h"
 #include "files/system/system_sections.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "geomath/chain/fixed_height_datum.h"
 #include "geomath/datum/datum.h"
 #include "geomath/local/grid_to_ground.h"
 #include "geomath/local/local_to_grid.h"
@@ -37,6 +39,8 @@ class CoordinateSystem {
   const std::string& Name() const { return name_; }
   /// Null where there is none.
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
+  /// Those of the list "shifts", in its order.
+  const std::vector<SystemShift>& Shifts() const { return shifts_; }
   /// The coordinate systems of its positions and of its grid, an EPSG code or WKT; empty where
   /// nothing is known, and for a grid that a site or ground moves away.
   const std::string& GeographicCrs() const { return geographicCrs_; }
@@ -55,6 +59,8 @@ class CoordinateSystem {
   zel_cs::geomath::Ellipsoid global_, local_;
   std::optional<zel_cs::geomath::Datum> datum_;
   NamedProjection named_;
+  std::optional<zel_cs::geomath::FixedHeightDatum> fixedHeight_;
+  std::vector<SystemShift> shifts_;
   std::unique_ptr<LoadedGeoid> geoid_;
   std::vector<std::string> files_;
   std::string geographicCrs_, gridCrs_;

@@ -79,6 +79,9 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
 
 // Axes as a projection gives them back: without text they are north and east.
 std::shared_ptr<ChainObject> ChainOf(const geomath_tools::CoordinateSystem& system) {
+  if (!system.Shifts().empty() || !system.Chain().GetShifts(ShiftPlace::beforeDatum).empty())
+    throw UserError(
+        "a system with \"shifts\" or a \"fixedHeight\" is one for geomath convert alone");
   auto object = std::make_shared<ChainObject>();
   const CoordinateChain& read = system.Chain();
   object->global = std::make_shared<Ellipsoid>(*read.GetGlobalEllipsoid());
