@@ -271,12 +271,13 @@ struct GeodesicInverseFormulas {
   }
 
   GEOMATH_INLINE bool Serves(double phi1, double lambda1, double phi2, double lambda2) const {
-    const bool latitudes = (std::abs(phi1) <= kHalfPi) & (std::abs(phi2) <= kHalfPi);
-    const bool longitudes = (std::abs(lambda1) <= kTwoPi) & (std::abs(lambda2) <= kTwoPi);
+    const bool latitude1 = std::abs(phi1) <= kHalfPi, latitude2 = std::abs(phi2) <= kHalfPi;
+    const bool longitude1 = std::abs(lambda1) <= kTwoPi, longitude2 = std::abs(lambda2) <= kTwoPi;
     const bool mirrored = std::abs(phi1 + phi2) < kFromAntipode;
     const bool opposite = std::abs(FoldTurn(lambda2 - lambda1)) > kPi - kFromAntipode;
     const bool polar = std::abs(phi1) > kHalfPi - kFromAntipode;
-    return latitudes & longitudes & g.nearSphere & !(mirrored & (opposite | polar));
+    const bool inRange = latitude1 & latitude2 & longitude1 & longitude2;
+    return inRange & g.nearSphere & !(mirrored & (opposite | polar));
   }
 };
 
