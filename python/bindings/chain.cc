@@ -335,7 +335,7 @@ with degrees=False. out and return_steps as for to_local.)")
 
   module.def("_chain_steps", [] {
     py::dict names;
-    for (int step = 0; step <= static_cast<int>(ChainStep::ground); ++step)
+    for (int step = 0; step <= static_cast<int>(ChainStep::planeShift); ++step)
       names[py::int_(step)] = ChainStepName(static_cast<ChainStep>(step));
     return names;
   });

@@ -17,6 +17,10 @@ class ChainStep(IntEnum):
     GEOID = 6
     LOCALIZATION = 7
     GROUND = 8
+    GEOGRAPHIC_SHIFT = 9
+    GEOCENTRIC_SHIFT = 10
+    VERTICAL_SHIFT = 11
+    PLANE_SHIFT = 12
 
     @property
     def text(self) -> str:
