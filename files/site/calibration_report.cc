@@ -44,11 +44,14 @@ std::vector<ParameterRow> ParameterRows(const Calibration& calibration) {
     rows.push_back({"Shift E, m", Cell(plane(1), 4), Cell(d.tE, 4)});
     rows.push_back({"Scale", Cell(plane(2), 10), Cell(d.scale, 10)});
     rows.push_back({"Scale - 1, ppm", Cell((plane(2) - 1) * kPpm, 3), Cell(d.scale * kPpm, 3)});
-    rows.push_back(
-        {"Rotation, deg", Cell(plane(3) * kDegPerRad, 9), Cell(d.rotation * kDegPerRad, 9)});
+    constexpr double kNoTurn =
+        5e-10 * kRadPerDeg;  // what prints as a full turn, or as none below 0
     const double turned = std::remainder(plane(3), kTwoPi);
+    const double rotation = std::abs(turned) < kNoTurn ? 0 : plane(3);
     rows.push_back(
-        {"Rotation, arc-seconds", Cell(turned * kSeconds, 3), Cell(d.rotation * kSeconds, 3)});
+        {"Rotation, deg", Cell(rotation * kDegPerRad, 9), Cell(d.rotation * kDegPerRad, 9)});
+    rows.push_back({"Rotation, arc-seconds", Cell(rotation == 0 ? 0 : turned * kSeconds, 3),
+                    Cell(d.rotation * kSeconds, 3)});
   }
   if (site.mode & LocalToGrid::kVertical) {
     rows.push_back({"Shift H, m", Cell(height(0), 4), Cell(d.h0, 4)});

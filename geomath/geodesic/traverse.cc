@@ -23,21 +23,22 @@ using Conditions = std::array<double, 3>;
 
 // Solves the normal equations of at most three conditions by Gaussian elimination with the largest
 // pivot of a column; false when they are singular.
-bool Solve(std::array<Conditions, 3> m, Conditions& x, int count) {
-  for (int k = 0; k < count; ++k) {
-    int pivot = k;
-    for (int r = k + 1; r < count; ++r)
+bool Solve(std::array<Conditions, 3> m, Conditions& x, std::size_t count) {
+  for (std::size_t k = 0; k < count; ++k) {
+    std::size_t pivot = k;
+    for (std::size_t r = k + 1; r < count; ++r)
       if (std::abs(m[r][k]) > std::abs(m[pivot][k])) pivot = r;
     if (!(std::abs(m[pivot][k]) > 0)) return false;
-    std::swap(m[k], m[pivot]), std::swap(x[k], x[pivot]);
-    for (int r = k + 1; r < count; ++r) {
+    std::swap(m[k], m[pivot]);
+    std::swap(x[k], x[pivot]);
+    for (std::size_t r = k + 1; r < count; ++r) {
       const double factor = m[r][k] / m[k][k];
-      for (int c = k; c < count; ++c) m[r][c] -= factor * m[k][c];
+      for (std::size_t c = k; c < count; ++c) m[r][c] -= factor * m[k][c];
       x[r] -= factor * x[k];
     }
   }
-  for (int k = count; k-- > 0;) {
-    for (int c = k + 1; c < count; ++c) x[k] -= m[k][c] * x[c];
+  for (std::size_t k = count; k-- > 0;) {
+    for (std::size_t c = k + 1; c < count; ++c) x[k] -= m[k][c] * x[c];
     x[k] /= m[k][k];
   }
   return true;
@@ -168,7 +169,7 @@ bool Traverse::Bowditch(const TraverseField& field, Path& path, TraverseResult& 
 // turns what follows about its station, a distance moves it along the leg.
 bool Traverse::LeastSquares(const TraverseField& field, Path& path, TraverseResult& result) const {
   const std::size_t legs = field.legs.size();
-  const int count = Closes(field) ? 3 : 2;
+  const std::size_t count = Closes(field) ? 3 : 2;
   const double earth = field.start.h + lines_->GetProjection().GetEllipsoid().a;
   std::vector<double> angles(legs), distances(legs), cofactors(2 * legs + 1);
   const double sigmaAngle2 = field.sigmaAngle * field.sigmaAngle;
@@ -194,16 +195,16 @@ bool Traverse::LeastSquares(const TraverseField& field, Path& path, TraverseResu
     std::array<Conditions, 3> normal = {};
     Conditions x = path.Misclosure(field, field.endAngle.value_or(0) + v[legs]);
     for (std::size_t o = 0; o < v.size(); ++o)
-      for (int r = 0; r < count; ++r) {
+      for (std::size_t r = 0; r < count; ++r) {
         x[r] -= B[o][r] * v[o];
-        for (int c = 0; c < count; ++c) normal[r][c] += B[o][r] * cofactors[o] * B[o][c];
+        for (std::size_t c = 0; c < count; ++c) normal[r][c] += B[o][r] * cofactors[o] * B[o][c];
       }
     if (!Solve(normal, x, count)) return false;
 
     double change = 0;
     for (std::size_t o = 0; o < v.size(); ++o) {
       double sum = 0;
-      for (int r = 0; r < count; ++r) sum += B[o][r] * x[r];
+      for (std::size_t r = 0; r < count; ++r) sum += B[o][r] * x[r];
       const double next = -cofactors[o] * sum;
       change = std::max(change, std::abs(next - v[o]) * (o <= legs ? earth : 1));
       v[o] = next;
@@ -219,7 +220,7 @@ bool Traverse::LeastSquares(const TraverseField& field, Path& path, TraverseResu
   double vPv = 0;
   for (std::size_t o = 0; o < v.size(); ++o)
     if (cofactors[o] > 0) vPv += v[o] * v[o] / cofactors[o];
-  result.sigma0 = std::sqrt(vPv / count);
+  result.sigma0 = std::sqrt(vPv / static_cast<double>(count));
   std::copy_n(v.begin(), result.angleCorrections.size(), result.angleCorrections.begin());
   std::copy_n(v.begin() + static_cast<std::ptrdiff_t>(legs) + 1, legs,
               result.distanceCorrections.begin());

@@ -24,6 +24,7 @@ constexpr double kThin = 0.1;                 // width over length of nearly one
 constexpr double kUnusualScale = 1e-3;  // 1000 ppm: beyond any height and map projection in use
 constexpr double kFarOutside = 0.1;     // of the diameter of the control
 constexpr double kExactShift = 1e-6;    // metres: the mean of the residuals of a mean
+constexpr double kRounding = 1e-6;      // metres: residuals below it say nothing
 constexpr double kSpoils = 2;           // times more precise without the points near the centroid
 
 // Residuals beyond reason: a hundredth of the distances in the site, or a metre, which the
@@ -118,7 +119,8 @@ std::string Printed(const char* format, Values... values) {
 }
 
 double Standardised(double residual, double sigma, double cofactor) {
-  return sigma > 0 && cofactor > kNoRedundancy ? residual / (sigma * std::sqrt(cofactor)) : kNaN;
+  if (!(sigma > 0 && cofactor > kNoRedundancy)) return kNaN;
+  return std::abs(residual) > kRounding ? residual / (sigma * std::sqrt(cofactor)) : 0;
 }
 
 }  // namespace
@@ -331,7 +333,10 @@ CalibrationFit CalibrationCheck::Fit(const IdenticalPoint* const* points,
 // Nearest first: of all numbers of points, the one without which the rotation is most precise. Its
 // cofactor, in local units, is the sum of 1/d² over the square of their number.
 void CalibrationCheck::FindPointsNearCentroid() {
-  constexpr int kLeastLeft = 2;  // horizontal points
+  constexpr int kLeastLeft = 3;  // horizontal points: a site of two always fits
+  if (horizontal_.empty() || IsMirrored()) return;
+  const CalibrationFit fit = Fit(points_, *solved_);
+  if (!(fit.rms > kRounding)) return;
   struct Ray {
     double distance;
     int point;
@@ -360,8 +365,7 @@ void CalibrationCheck::FindPointsNearCentroid() {
   SolvedAgain others(points_, count_, *solved_);
   for (std::size_t k = 0; k < near; ++k) others[rays[k].point].use = PointUseNone;
   if (!(others.Solve() & 1)) return;
-  const CalibrationFit fit = Fit(points_, *solved_),
-                       without = Fit(others.Points(), others.Solver());
+  const CalibrationFit without = Fit(others.Points(), others.Solver());
   for (std::size_t k = 0; k < near; ++k)
     warnings_.push_back(
         {CalibrationWarning::Kind::nearCentroid, rays[k].point, rays[k].distance, fit, without});
@@ -442,9 +446,17 @@ double CalibrationCheck::MirroredRms() const {
   return std::sqrt(std::max(0.0, rest) / count);
 }
 
+// Whether the control fits its mirror image, and not the site.
+bool CalibrationCheck::IsMirrored() const {
+  constexpr std::size_t kLeast = 3;
+  if (horizontal_.size() < kLeast) return false;
+  const double rms = Fit(points_, *solved_).rms;
+  return rms > kRounding && kMuchBetter * MirroredRms() < rms;
+}
+
 void CalibrationCheck::WarnOfMisfit() {
   using enum CalibrationWarning::Kind;
-  constexpr std::size_t kLeast = 2, kLeastMirrored = 3;
+  constexpr std::size_t kLeast = 2;
   if (horizontal_.size() < kLeast) return;
   const Position centre = Mean(horizontal_);
   double distance = 0;
@@ -455,9 +467,8 @@ void CalibrationCheck::WarnOfMisfit() {
       std::min(kUnreasonableShare * distance, std::max(kUnreasonable, kDistortion * distance));
   const CalibrationFit fit = Fit(points_, *solved_);
   if (!(fit.rms > reason)) return;
-  const double mirroredRms = MirroredRms();
-  if (horizontal_.size() >= kLeastMirrored && kMuchBetter * mirroredRms < fit.rms)
-    warnings_.push_back({mirrored, -1, mirroredRms, fit, {}});
+  if (IsMirrored())
+    warnings_.push_back({mirrored, -1, MirroredRms(), fit, {}});
   else
     warnings_.push_back({misfit, -1, distance, fit, {}});
 }

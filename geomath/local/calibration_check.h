@@ -134,6 +134,7 @@ class GEOMATH_API CalibrationCheck {
   void PredictMeanHeights();
   CalibrationFit Fit(const IdenticalPoint* const* points, const TLocalizationParam& site) const;
   double MirroredRms() const;
+  bool IsMirrored() const;
   void WarnOfMisfit();
   void FindHull(const std::vector<int>& control);
   void Warn();

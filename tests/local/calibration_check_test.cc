@@ -212,6 +212,19 @@ TEST(CalibrationCheck, TellsAMirrorImageFromAMisfit) {
     EXPECT_NE(CalibrationWarningText(check.Warnings()[0]).find("north and east are exchanged"),
               std::string::npos);
   }
+  // Few points along a line, where some are nearer to the centre than the others.
+  std::vector<IdenticalPoint> narrow;
+  for (const auto& [n, e] : {std::pair(0, 0), {100, 130}, {200, 100}, {300, 230}, {400, 200}})
+    narrow.push_back(PointOf(n, e, 20, n, e, 20, PointUseBoth));
+  const CalibrationCheck exact = Solved(narrow).Check();
+  EXPECT_FALSE(Warns(exact, Kind::nearCentroid)) << "nothing is spoiled";
+  for (const PointCheck& point : exact.Points())
+    EXPECT_FALSE(std::abs(point.standardN) > 1 || std::abs(point.standardE) > 1);
+  for (IdenticalPoint& p : narrow) std::swap(p.localN, p.localE);
+  const CalibrationCheck turned = Solved(narrow).Check();
+  EXPECT_TRUE(Warns(turned, Kind::mirrored));
+  EXPECT_FALSE(Warns(turned, Kind::nearCentroid));
+
   const CalibrationCheck check = Solved(mistyped).Check();
   EXPECT_TRUE(Warns(check, Kind::misfit));
   EXPECT_FALSE(Warns(check, Kind::mirrored));

@@ -45,7 +45,8 @@ struct Directory {
 
 std::string Write(const std::vector<Directory>& directories) {
   PrepareOgr();
-  const std::string path = ::testing::TempDir() + "/shift_file_test.tif";
+  const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
+  const std::string path = ::testing::TempDir() + "/shift_file_" + test + ".tif";
   std::filesystem::remove(path);
   for (const Directory& d : directories) {
     const char* append[] = {"APPEND_SUBDATASET=YES", nullptr};
