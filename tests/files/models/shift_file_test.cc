@@ -223,7 +223,7 @@ TEST(ShiftFile, SaysWhatIsWrongWithATiffAndWhere) {
   for (const auto& [change, expected] : cases) {
     const std::string said = complaint(change);
     EXPECT_NE(said.find(expected), std::string::npos) << said;
-    EXPECT_NE(said.find("shift_file_test.tif"), std::string::npos) << said;
+    EXPECT_NE(said.find("AndWhere.tif"), std::string::npos) << said;
   }
 }
 
