@@ -88,8 +88,8 @@ GridModel::GridModel(const GridScheme& scheme, const GridPlace& place, const flo
   const int cells = place.columns - 1;
   const bool divided = scheme.halfTurnOnly && place.LonExtent() > 180;
   const int count = divided ? static_cast<int>(std::ceil(place.LonExtent() / kWidest)) : 1;
-  const int width = (cells + count - 1) / count;
-  for (int first = 0; first < cells; first += width) {
+  const int width = std::max(1, (cells + count - 1) / count);
+  for (int first = 0; first == 0 || first < cells; first += width) {
     const int columns = std::min(width, cells - first) + 1;
     TGridRgn part = region;
     part.L0 = (place.west + first * place.lonStep) * kRadPerDeg;

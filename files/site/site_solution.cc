@@ -146,8 +146,17 @@ SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& con
     throw UserError(
         "the control points do not give a calibration: at least one point with global "
         "and local coordinates and a use is needed, and not all in one place");
+  RefuseOnePlace();
   RefuseMissedPoint();
   check_.emplace(pointers_.data(), static_cast<int>(points_.size()), *solver_, options.onPoint);
+}
+
+void SiteSolution::RefuseOnePlace() const {
+  if (site_.mode & LocalToGrid::kHorizontal) return;
+  for (std::size_t i = 0; i < points_.size(); ++i)
+    if (solver_->UseForHorParams(static_cast<int>(i)))
+      throw UserError(
+          "the horizontal control does not give a calibration: its points stand in one place");
 }
 
 void SiteSolution::TakeParameters() {

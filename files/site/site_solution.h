@@ -91,6 +91,8 @@ class SiteSolution {
   std::vector<std::string> Warnings() const;
 
  private:
+  /// Throws UserError when there is horizontal control and no horizontal site.
+  void RefuseOnePlace() const;
   void TakeParameters();
   void TakeEstimates();
   bool ShiftHeightsInLine();
