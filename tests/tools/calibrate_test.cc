@@ -365,6 +365,18 @@ TEST_F(Calibrate, EveryAxesTextGivesTheSiteOfNorthAndEast) {
   }
 }
 
+TEST_F(Calibrate, RefusesControlInOnePlace) {
+  Write("control.csv",
+        "name,lat,lon,h,local_n,local_e,local_h\na,52,5,10,1,2,3\nb,52,5,10,1,2,3\n"
+        "c,52,5,10,1,2,3\nd,52,5,10,1,2,3\n");
+  for (const char* option : {"", " --fixed-scale"}) {
+    const ProgramRun run = Run("control.csv --system " + kExample +
+                               "netherlands.json -o site.json" + std::string(option));
+    EXPECT_EQ(run.status, 2) << option;
+    EXPECT_NE(run.err.find("one place"), std::string::npos) << run.err;
+  }
+}
+
 // The columns of files keep their names: easting first changes nothing that a user sees.
 TEST_F(Calibrate, ControlAndResultColumnsAreThoseOfNorthEastWithEastFirst) {
   std::string converted[2], localization[2];
