@@ -15,7 +15,7 @@
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct CalibrateOptions {
@@ -94,4 +94,4 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
   return [options] { return Calibrate(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// `geomath calibrate`: a site calibration from control points.
 std::function<int()> PrepareCalibrate(CLI::App& arguments);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

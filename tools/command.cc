@@ -9,7 +9,7 @@
 #include "tools/projections_command.h"
 #include "tools/system_command.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 std::span<const Command> Commands() {
   static constexpr Command commands[] = {
@@ -27,4 +27,4 @@ std::span<const Command> Commands() {
   return commands;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -4,7 +4,7 @@
 #include <functional>
 #include <span>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// A subcommand: `prepare` adds its options to the parser and returns what runs it, called after
 /// the arguments are parsed. The function may throw UserError.
@@ -17,4 +17,4 @@ struct Command {
 /// All subcommands.
 std::span<const Command> Commands();
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

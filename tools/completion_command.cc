@@ -10,7 +10,7 @@
 #include "tools/exit_status.h"
 #include "tools/usage.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 std::string Joined(const std::vector<std::string>& words) { return CLI::detail::join(words, " "); }
@@ -86,4 +86,4 @@ std::function<int()> PrepareCompletion(CLI::App& arguments) {
   };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

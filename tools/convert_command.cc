@@ -24,7 +24,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct ConvertOptions {
@@ -262,4 +262,4 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
   return [options] { return Convert(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

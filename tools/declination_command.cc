@@ -27,7 +27,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct DeclinationOptions {
@@ -319,4 +319,4 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
   return [options] { return RunDeclination(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

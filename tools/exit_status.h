@@ -1,6 +1,6 @@
 #pragma once
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// Exit status of the program.
 enum ExitStatus {
@@ -9,4 +9,4 @@ enum ExitStatus {
   kExitStopped = 2,     ///< wrong usage or input: the work was not done, or not to its end
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

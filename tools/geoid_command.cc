@@ -28,7 +28,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct GeoidOptions {
@@ -226,4 +226,4 @@ std::function<int()> PrepareGeoid(CLI::App& arguments) {
   return [options] { return RunGeoid(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

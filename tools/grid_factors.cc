@@ -5,7 +5,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 // Radians. The truncation of a central difference, a sixth of its square, and the rounding of
@@ -88,4 +88,4 @@ void GridFactors::Compute(const double* latitude, const double* longitude, const
   }
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -5,7 +5,7 @@
 
 #include "files/system/system_file.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// Scale, convergence and combined factor of a system's local coordinates at positions.
 ///
@@ -45,4 +45,4 @@ class GridFactors {
   std::vector<double> scale_, convergence_, combined_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

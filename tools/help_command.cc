@@ -7,7 +7,7 @@
 #include "tools/exit_status.h"
 #include "tools/usage.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 std::function<int()> PrepareHelp(CLI::App& arguments) {
   const auto name = std::make_shared<std::string>();
@@ -23,4 +23,4 @@ std::function<int()> PrepareHelp(CLI::App& arguments) {
   };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -5,7 +5,7 @@
 
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 volatile std::sig_atomic_t interrupted = 0;
@@ -33,4 +33,4 @@ void StopIfInterrupted(const std::string& output) {
   if (Interrupted()) throw UserError("interrupted; " + output + " is not written");
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

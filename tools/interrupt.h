@@ -2,7 +2,7 @@
 
 #include <string>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// From here on Ctrl-C and a request to terminate are noted, so that long work can end with whole
 /// files. The second one ends the program at once.
@@ -14,4 +14,4 @@ bool Interrupted();
 /// For a grid, which is no grid before its last row: throws UserError when one has come.
 void StopIfInterrupted(const std::string& output);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -9,7 +9,8 @@
 #include "tools/exit_status.h"
 #include "tools/usage.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
+using namespace geomath_files::program;
 
 namespace {
 

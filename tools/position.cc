@@ -7,7 +7,7 @@
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 std::array<double, 3> ReadPosition(const std::vector<std::string>& texts, CoordinateKind kind,
                                    bool gon) {
@@ -57,4 +57,4 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
   return kExitDone;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

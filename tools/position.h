@@ -6,7 +6,7 @@
 
 #include "tools/row_loop.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// A position as it is typed: latitude, longitude (degrees, or gons) or northing, easting; and a
 /// height in metres, which may be missing. Throws UserError, naming the part that is wrong.
@@ -17,4 +17,4 @@ std::array<double, 3> ReadPosition(const std::vector<std::string>& texts, Coordi
 int RunPosition(const std::vector<std::string>& texts, const PointOptions& options,
                 const RowJob& job);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -11,7 +11,7 @@
 #include <unistd.h>
 #endif
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 constexpr std::chrono::milliseconds kFirst{1000}, kInterval{200};
@@ -75,4 +75,4 @@ void Progress::Erase() {
   drawn_ = false;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <string>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// A line on standard error that shows how far long work has come, its rate and the time that is
 /// left. It is drawn only when standard error is a terminal, and not before the first second.
@@ -32,4 +32,4 @@ class Progress {
 /// The text of the line: bar, share, rate and time left. `seconds` have passed so far.
 std::string ProgressLine(long long count, double done, double seconds, const std::string& unit);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

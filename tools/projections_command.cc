@@ -13,7 +13,7 @@
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct ProjectionsOptions {
@@ -82,4 +82,4 @@ std::function<int()> PrepareProjections(CLI::App& arguments) {
   return [options] { return List(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

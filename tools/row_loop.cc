@@ -15,7 +15,7 @@
 #include "tools/interrupt.h"
 #include "tools/progress.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 // Rows that are read, converted together and written: enough for the batch, little memory.
@@ -275,4 +275,4 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   return RowLoop(job, *source, columns, *sink, options.decimalComma).Run();
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -11,7 +11,7 @@
 #include "files/points/point_columns.h"
 #include "files/points/point_sink.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// What the user says of a file of points and its output, in every command that takes one.
 struct PointOptions {
@@ -62,4 +62,4 @@ struct RowJob {
 /// UserError for what stops the work.
 int RunRows(const PointOptions& options, const RowJob& job);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

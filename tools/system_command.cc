@@ -14,7 +14,7 @@
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 struct SystemOptions {
@@ -114,4 +114,4 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
   return [options] { return MakeSystem(*options); };
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -3,9 +3,9 @@
 #include <CLI/CLI.hpp>
 #include <functional>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// `geomath system`: a system file from an EPSG code.
 std::function<int()> PrepareSystem(CLI::App& arguments);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

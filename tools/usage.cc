@@ -5,7 +5,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files::program {
 namespace {
 
 std::string UnknownCommand(const CLI::App& program, const std::string& name) {
@@ -61,4 +61,4 @@ std::string UsageProblem(const CLI::App& program, const CLI::ParseError& error) 
   return fmt::format("{}\nRun geomath help{} for more information.", problem, command);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files::program {
 
 /// The names of all commands.
 std::vector<std::string> CommandNames(const CLI::App& program);
@@ -19,4 +19,4 @@ const CLI::App& FindCommand(const CLI::App& program, const std::string& name);
 /// the nearest that is known, or else what the parser says.
 std::string UsageProblem(const CLI::App& program, const CLI::ParseError& error);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files::program

@@ -14,7 +14,7 @@ using namespace zel_cs::geomath;
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 using Vector = TAbstractPoint3<double>;
@@ -192,4 +192,4 @@ HeldOperation HoldOperation(const json& document) {
   return held;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The seven parameters of a transformation to WGS 84, as the section "datum" of a system file
 /// holds them: metres, arc-seconds, parts per million.
@@ -29,4 +29,4 @@ struct HeldOperation {
 /// Greenwich.
 HeldOperation HoldOperation(const nlohmann::json& document);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -16,7 +16,7 @@ using namespace zel_cs::geomath;
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Parameters of conversions by the codes of the registry.
@@ -453,4 +453,4 @@ EpsgProjection ProjectionOf(const json& projected, const std::string& title) {
   return projection;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -6,7 +6,7 @@
 #include "files/epsg/projjson.h"
 #include "geomath/base/ellipsoid.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A projected system of the registry in the terms of a system file.
 struct EpsgProjection {
@@ -23,4 +23,4 @@ struct EpsgProjection {
 /// UserError, which begins with `title` and names the method, where no class of the library is it.
 EpsgProjection ProjectionOf(const nlohmann::json& projected, const std::string& title);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -11,7 +11,7 @@
 
 using nlohmann::json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr const char* kAuthority = "EPSG";
@@ -158,4 +158,4 @@ std::vector<RegisteredOperation> EpsgRegistry::OperationsToWgs84(const std::stri
   return operations;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -7,7 +7,7 @@
 
 #include "files/system/geo_box.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A coordinate reference system as the registry has it.
 struct RegisteredCrs {
@@ -58,4 +58,4 @@ class EpsgRegistry {
   std::unique_ptr<Context> context_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -19,7 +19,7 @@ using namespace zel_cs::geomath;
 using nlohmann::json;
 using nlohmann::ordered_json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr int kWgs84Code = 4326;
@@ -311,4 +311,4 @@ std::string FindEpsgSystems(const std::string& words, const std::optional<Positi
   return text;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 struct Position {
   double latitude, longitude;  // degrees
@@ -36,4 +36,4 @@ std::string FindEpsgSystems(const std::string& words, const std::optional<Positi
 /// The transformations from the system's datum to WGS 84 as text, best first.
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -7,7 +7,7 @@
 using nlohmann::json;
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Units whose factor, of 15 figures in the registry, is the rounding of a fraction.
@@ -90,4 +90,4 @@ const json* FindParameter(const json& parameters, int code) {
   return nullptr;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

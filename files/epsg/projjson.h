@@ -5,7 +5,7 @@
 
 #include "geomath/base/ellipsoid.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A value of a PROJJSON document, {"value": …, "unit": …} or a plain number, in a unit. A number
 /// without unit counts in degrees, metres or 1.
@@ -31,4 +31,4 @@ int CodeIn(const nlohmann::json& object, const char* authority = "EPSG");
 /// The parameter of that EPSG code in an array of parameters; null when it is not there.
 const nlohmann::json* FindParameter(const nlohmann::json& parameters, int code);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

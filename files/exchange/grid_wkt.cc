@@ -17,7 +17,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr double kAgreed = 0.01;         // metres, of PROJ from our projection
@@ -122,4 +122,4 @@ std::string GridWkt(const CoordinateSystem& system) {
   return WktOf(projected);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

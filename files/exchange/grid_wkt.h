@@ -4,7 +4,7 @@
 
 #include "files/system/system_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The coordinate system of a system's grid as WKT 2 (ISO 19162), made from the projection, the
 /// ellipsoid and the seven parameters of the file, so that a GIS shows the points in their place.
@@ -17,4 +17,4 @@ namespace geomath_tools {
 /// before a datum that are not those of WGS 84.
 std::string GridWkt(const CoordinateSystem& system);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

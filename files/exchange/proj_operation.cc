@@ -5,7 +5,7 @@
 
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 void Run(PJ* operation, PJ_DIRECTION direction, CoordinateColumns& points) {
@@ -32,4 +32,4 @@ ProjOperation::~ProjOperation() {
 void ProjOperation::Forward(CoordinateColumns& points) const { Run(operation_, PJ_FWD, points); }
 void ProjOperation::Inverse(CoordinateColumns& points) const { Run(operation_, PJ_INV, points); }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

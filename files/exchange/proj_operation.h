@@ -7,7 +7,7 @@
 struct PJconsts;
 struct pj_ctx;
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Points by coordinate: latitudes, longitudes (radians) and heights, or northings, eastings and
 /// heights (metres).
@@ -36,4 +36,4 @@ class ProjOperation {
   PJconsts* operation_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -15,7 +15,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr double kPromised = 1e-5;        // metres, of PROJ from the system's own conversion
@@ -230,4 +230,4 @@ std::string ProjPipeline(const Calibration& calibration) {
   return text;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 
 #include "files/site/calibration.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The calibrated site as a PROJ pipeline: longitude, latitude (degrees for cct, radians for
 /// proj_trans) and height to local easting, northing and height. Where the formulas of a projection
@@ -16,4 +16,4 @@ namespace geomath_tools {
 /// by more, for axes other than NE, and for heights above a geoid.
 std::string ProjPipeline(const Calibration& calibration);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -12,7 +12,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // A projection of ours with PROJ's method and its names for our parameters in index order. A
@@ -80,4 +80,4 @@ std::string ProjEllipsoid(const Ellipsoid& ellipsoid) {
   return fmt::format("+a={} +b={}", ellipsoid.a, ellipsoid.b);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -6,7 +6,7 @@
 
 #include "geomath/proj/geo_proj.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A projection of that short name in PROJ's words, "+proj=etmerc +a=… +lon_0=…"; nothing where PROJ
 /// has no such method. The method may lack a parameter of ours, and its series may end elsewhere:
@@ -20,4 +20,4 @@ std::vector<std::string> ProjProjectionNames();
 /// "+a=… +b=…"
 std::string ProjEllipsoid(const zel_cs::geomath::Ellipsoid& ellipsoid);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

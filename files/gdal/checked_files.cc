@@ -13,7 +13,7 @@
 #include <map>
 #include <mutex>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// What became of the files of one object.
 struct WriteState {
@@ -179,4 +179,4 @@ std::string CheckedFiles::Failure() const {
   return error == 0 ? std::string() : std::strerror(error);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

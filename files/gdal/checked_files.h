@@ -3,7 +3,7 @@
 #include <memory>
 #include <string>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 struct WriteState;
 
@@ -26,4 +26,4 @@ class CheckedFiles {
   std::shared_ptr<WriteState> state_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -9,7 +9,7 @@
 
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // By their names in GDAL. Left out are drivers that follow references to other places (VRT, WMS,
@@ -77,4 +77,4 @@ GDALDatasetUniquePtr OpenGridFile(const std::string& path) {
   return Open(path, GDAL_OF_RASTER, kGridDrivers);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 
 #include <string>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Readies GDAL/OGR, once: registers its formats and keeps its messages off standard error.
 void PrepareOgr();
@@ -37,4 +37,4 @@ void RequireLocalPath(const std::string& path);
 GDALDatasetUniquePtr OpenPointFile(const std::string& path);
 GDALDatasetUniquePtr OpenGridFile(const std::string& path);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

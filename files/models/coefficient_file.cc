@@ -15,7 +15,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Even zonal terms of the WGS84 normal field, fully normalised (C = -J/sqrt(2n + 1); J of the point
@@ -258,4 +258,4 @@ std::unique_ptr<GlobalGeoid> MakeHarmonicModel(const GeoidCoefficients& c) {
                                        corrected ? c.correctionS.data() : nullptr);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

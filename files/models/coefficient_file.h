@@ -6,7 +6,7 @@
 
 #include "geomath/geoid/global_geoid.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A spherical-harmonic model in memory: fully normalised coefficients in triangular order. Those of
 /// the correction, centimetres, may be absent.
@@ -38,4 +38,4 @@ CoefficientSet ReadCoefficients(const CoefficientFiles& files);
 /// The model of coefficients, which must outlive it.
 std::unique_ptr<zel_cs::geomath::GlobalGeoid> MakeHarmonicModel(const GeoidCoefficients& c);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -16,7 +16,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Reads a raster into a grid.
@@ -180,4 +180,4 @@ std::unique_ptr<LoadedGeoid> OpenGeoid(const GeoidChoice& choice) {
       ReadCoefficients({choice.model, choice.correction, choice.subtractNormalField}));
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

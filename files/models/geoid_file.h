@@ -8,7 +8,7 @@
 #include "files/models/geoid_schemes.h"
 #include "geomath/chain/geoid_height.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Where geoid heights come from: a grid or a coefficient model.
 struct GeoidChoice {
@@ -43,4 +43,4 @@ class LoadedGeoid {
 /// whole Earth is closed at its seam. Throws UserError.
 std::unique_ptr<LoadedGeoid> OpenGeoid(const GeoidChoice& choice);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -13,7 +13,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 template <class Model>
@@ -112,4 +112,4 @@ bool GridModel::Height(double b, double l, double& height) const {
   return part >= 0 && parts_[static_cast<std::size_t>(part)].heights.Height(b, l, height);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

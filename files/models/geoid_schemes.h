@@ -8,7 +8,7 @@
 #include "geomath/chain/geoid_models.h"
 #include "geomath/geoid/regional_geoid.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Where the nodes of a geoid grid stand, degrees.
 struct GridPlace {
@@ -61,4 +61,4 @@ class GridModel : public zel_cs::geomath::GeoidHeight {
   std::vector<Part> parts_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -14,7 +14,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // The built-in model of that name, or none.
@@ -72,4 +72,4 @@ std::string YearsWarning(const MagneticModelSeries& models, double decimalYear,
                      name, first, last);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 
 #include "geomath/magnetic/magnetic_model.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The models of a coefficient file (.COF, SHDF or .shc), all built-in ones for an empty path, one of
 /// them for its name. Never empty. Throws UserError when the file holds none, or is damaged.
@@ -18,4 +18,4 @@ double YearOfDate(const std::string& date, const std::string& subject);
 std::string YearsWarning(const zel_cs::geomath::MagneticModelSeries& models, double decimalYear,
                          const std::string& date);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -8,7 +8,7 @@
 #include "files/gdal/ogr.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr double kRounding = 1e-9;  // steps by which a corner may miss its node
@@ -79,4 +79,4 @@ void RasterGrid::Complain(const std::string& gdal) const {
   throw UserError(file_.Name() + ": cannot be written: " + (system.empty() ? gdal : system));
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -11,7 +11,7 @@
 
 class GDALDataset;
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Nodes in steps from a south-western corner, degrees. Row 0 is the southernmost.
 struct NodeGrid {
@@ -59,4 +59,4 @@ class RasterGrid {
   std::unique_ptr<GDALDataset, CloseDataset> dataset_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

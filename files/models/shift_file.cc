@@ -18,7 +18,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 bool IsTiff(std::string_view bytes) {
@@ -73,4 +73,4 @@ std::unique_ptr<CoordinateShift> OpenShift(const ShiftChoice& choice) {
   return ParseShift(ReadShiftBytes(choice.file), choice);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

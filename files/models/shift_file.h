@@ -7,7 +7,7 @@
 #include "geomath/shift/coordinate_shift.h"
 #include "geomath/shift/geocentric_shift_grid.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A shift in a file, with what the caller knows where the file leaves it open.
 struct ShiftChoice {
@@ -33,4 +33,4 @@ std::string ReadShiftBytes(const std::string& path);
 std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShift(const std::string& bytes,
                                                              const ShiftChoice& choice);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

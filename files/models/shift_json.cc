@@ -20,7 +20,7 @@
 using namespace zel_cs::geomath;
 using nlohmann::json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 class TriangulationReader {
@@ -189,4 +189,4 @@ std::unique_ptr<CoordinateShift> ParseShiftJson(const std::string& text,
   return TriangulationReader(text, choice).Read();
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -5,7 +5,7 @@
 
 #include "files/models/shift_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Reads a triangulation (PROJ, "TIN based transformation", format 1.0 and 1.1): x is east, y is
 /// north, of geographic systems in degrees. Throws UserError with the place, such as
@@ -13,4 +13,4 @@ namespace geomath_tools {
 std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShiftJson(const std::string& text,
                                                                  const ShiftChoice& choice);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

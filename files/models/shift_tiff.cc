@@ -22,7 +22,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr double kRadPerSecond = kRadPerDeg / 3600;
@@ -446,4 +446,4 @@ std::unique_ptr<CoordinateShift> ParseShiftTiff(const std::string& bytes,
   return TiffReader(bytes, choice).Read();
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -5,7 +5,7 @@
 
 #include "files/models/shift_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Reads a geodetic TIFF grid (PROJ, "Geodetic TIFF grids"), one directory a grid. Samples are told by
 /// their DESCRIPTION, in any order; a file that has none has latitude and longitude, or easting and
@@ -15,4 +15,4 @@ namespace geomath_tools {
 std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShiftTiff(const std::string& bytes,
                                                                  const ShiftChoice& choice);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

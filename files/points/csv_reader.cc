@@ -11,7 +11,7 @@
 
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr std::size_t kBufferSize = 1 << 16;
@@ -225,4 +225,4 @@ void CsvReader::FinishRow(CsvRow& row, std::size_t begin) const {
   if (row.fields.empty()) text.clear();
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -6,7 +6,7 @@
 #include <string_view>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// That of UTF-8, which some programs put before a text.
 inline constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
@@ -81,4 +81,4 @@ class CsvReader {
 /// The value as a CSV field: in quotation marks where it needs them.
 std::string CsvField(const std::string& value, char separator);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -7,7 +7,7 @@
 #include "files/points/csv_reader.h"
 #include "files/words/text_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 class CsvSink : public PointSink {
@@ -103,4 +103,4 @@ std::unique_ptr<PointSink> CreateCsv(const std::string& path, const PointSource&
   return std::make_unique<CsvSink>(path, source, style);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -11,7 +11,7 @@
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 class CsvSource : public PointSource {
@@ -96,4 +96,4 @@ std::unique_ptr<PointSource> OpenCsv(const std::string& path,
   return std::make_unique<CsvSource>(path, names);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -7,7 +7,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr const char* kWayOut = "; --ignore-crs takes the coordinates as they stand";
@@ -89,4 +89,4 @@ bool LayerCrs::Convert(std::array<double, 3>& point) const {
   return !change_ || change_->Transform(1, &point[1], &point[0], &point[2]);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

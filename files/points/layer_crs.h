@@ -7,7 +7,7 @@
 class OGRSpatialReference;
 class OGRCoordinateTransformation;
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The coordinate system of a text, an EPSG code ("EPSG:27700") or WKT, with x to the east and y to
 /// the north as layers have them, and metres whatever unit a projected one is registered with. Null
@@ -40,4 +40,4 @@ class LayerCrs {
   std::string note_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

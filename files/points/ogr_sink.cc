@@ -13,7 +13,7 @@
 #include "files/words/output_file.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // What a GeoPackage has for coordinates in a plane of which nothing is known (number -1; without it
@@ -199,4 +199,4 @@ std::unique_ptr<PointSink> CreateFeatures(const std::string& path, const char* d
   return std::make_unique<OgrSink>(path, driver, source, style);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -10,7 +10,7 @@
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Empty where a GeoPackage says that the system is undefined.
@@ -100,4 +100,4 @@ std::unique_ptr<PointSource> OpenFeatures(const std::string& path, const std::st
   return std::make_unique<OgrSource>(path, layer);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

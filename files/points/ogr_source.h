@@ -5,10 +5,10 @@
 
 #include "files/points/point_source.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The features of a layer, in a format of GDAL/OGR; an empty `layer` means the only one. Throws
 /// UserError.
 std::unique_ptr<PointSource> OpenFeatures(const std::string& path, const std::string& layer);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

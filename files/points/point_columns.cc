@@ -13,7 +13,7 @@
 #include "files/words/number_text.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 const AxisNames& NamesOf(CoordinateKind kind, bool gon) {
@@ -288,4 +288,4 @@ std::string PointColumns::Read(const Record& record, std::array<double, 3>& poin
   return {};
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -10,7 +10,7 @@
 #include "files/points/usual_names.h"
 #include "files/words/number_text.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// How the user wants the coordinates of a point to be found.
 struct ColumnChoice {
@@ -70,4 +70,4 @@ class PointColumns {
   std::string firstStale_;  // its place
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

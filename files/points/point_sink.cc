@@ -10,7 +10,7 @@
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 struct Format {
@@ -58,4 +58,4 @@ std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSour
   return CreateFeatures(path, format->driver, source, style);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -9,7 +9,7 @@
 #include "files/points/point_source.h"
 #include "files/words/number_text.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// What became of one row: its position before and after, or nothing.
 struct Converted {
@@ -60,4 +60,4 @@ std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSour
 /// Whether that suffix means GeoJSON, whose geometries are geographic by definition (RFC 7946).
 bool IsGeoJsonName(const std::string& path);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

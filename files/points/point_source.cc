@@ -7,7 +7,7 @@
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 std::string Record::Text(std::size_t column) const {
   if (!feature) return column < row.fields.size() ? row.Value(column) : std::string();
@@ -44,4 +44,4 @@ std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::stri
   return OpenCsv(path, names);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

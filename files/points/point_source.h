@@ -8,7 +8,7 @@
 
 #include "files/points/csv_reader.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A column of a point file. Columns of a CSV file are text.
 struct Column {
@@ -76,4 +76,4 @@ std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::stri
 /// Whether the name stands for a CSV file: "-", or one of those suffixes.
 bool IsCsvName(const std::string& path);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 
 #include "files/words/name_match.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 const AxisNames& UsualAxisNames(CoordinateKind kind) {
   static const AxisNames geographic = {{
@@ -42,4 +42,4 @@ std::vector<std::size_t> FindUsual(const std::vector<std::string>& columns,
   return found;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

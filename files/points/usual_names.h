@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Which coordinates the points of a file have.
 enum class CoordinateKind { geographic, grid };
@@ -26,4 +26,4 @@ const AxisNames& UsualGonNames();
 std::vector<std::size_t> FindUsual(const std::vector<std::string>& columns,
                                    const UsualNames& names);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

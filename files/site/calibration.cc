@@ -9,7 +9,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // File names of a system count from its directory.
@@ -56,4 +56,4 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
   return system.dump(2) + "\n";
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -6,7 +6,7 @@
 #include "files/site/site_solution.h"
 #include "files/system/system_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The calibration of a coordinate system that was read from a file, which must outlive it.
 class Calibration : public SiteSolution {
@@ -27,4 +27,4 @@ class Calibration : public SiteSolution {
   const CoordinateSystem& system_;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -16,7 +16,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr const char* kUseNames[] = {"none", "vertical", "horizontal", "both", "rotation"};
@@ -363,4 +363,4 @@ std::string CalibrationPage(const Calibration& calibration, const CalibrationFil
   return page + "</body></html>\n";
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 
 #include "files/site/calibration.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Parameters with deviations, residuals, estimates and warnings as plain text.
 std::string CalibrationText(const Calibration& calibration);
@@ -19,4 +19,4 @@ struct CalibrationFiles {
 /// and when it was made, and carries all coordinates.
 std::string CalibrationPage(const Calibration& calibration, const CalibrationFiles& files);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

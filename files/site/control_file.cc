@@ -13,7 +13,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 std::string Trimmed(const std::string& text) {
@@ -132,4 +132,4 @@ ControlTable ReadControl(const ControlSource& from) {
   return ControlReader(*source, from.decimalComma).Read(from.decimalComma);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -5,7 +5,7 @@
 
 #include "files/site/site_solution.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Where control points are, and how they are written.
 struct ControlSource {
@@ -26,4 +26,4 @@ struct ControlTable {
 /// everything that is wrong.
 ControlTable ReadControl(const ControlSource& from);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -15,7 +15,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
@@ -228,4 +228,4 @@ std::vector<double> OwnProjectionValues(const SiteSolution& solution) {
   return values;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -12,7 +12,7 @@
 #include "geomath/local/local_to_grid.h"
 #include "geomath/local/localization_param.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A control point as a file or a caller gives it: global latitude, longitude (degrees) and height
 /// in the record's global fields, local coordinates, and its use.
@@ -112,4 +112,4 @@ class SiteSolution {
 inline constexpr const char* kOwnProjection = "STER";
 std::vector<double> OwnProjectionValues(const SiteSolution& solution);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -2,7 +2,7 @@
 
 #include "files/words/name_match.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // Defining constants. Where a publisher gives a and b, 1/f = a/(a − b).
@@ -42,4 +42,4 @@ const NamedEllipsoid* FindEllipsoid(const std::string& name) {
   return nullptr;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

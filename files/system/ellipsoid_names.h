@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A reference ellipsoid that the system file may name.
 struct NamedEllipsoid {
@@ -20,4 +20,4 @@ std::vector<std::string> EllipsoidNames();
 /// The ellipsoid of that name in any letter case, blanks and hyphens ignored; null when unknown.
 const NamedEllipsoid* FindEllipsoid(const std::string& name);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

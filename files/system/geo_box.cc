@@ -7,7 +7,7 @@
 
 using zel_cs::geomath::kRadPerDeg;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 double Width(const GeoBox& box) {
@@ -46,4 +46,4 @@ double GeoBox::CoveredBy(const GeoBox& other) const {
   return whole > 0 ? shared / whole : 0;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

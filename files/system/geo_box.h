@@ -1,6 +1,6 @@
 #pragma once
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A box of latitudes and longitudes, degrees; `west` above `east` where it crosses the date line.
 struct GeoBox {
@@ -13,4 +13,4 @@ struct GeoBox {
   double CoveredBy(const GeoBox& other) const;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

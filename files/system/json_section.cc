@@ -8,7 +8,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 using nlohmann::json;
 
@@ -134,4 +134,4 @@ const json& JsonSection::Object(const std::string& key) const {
   return Require(key, "an object in braces");
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// How the keys of a section are matched and spelled.
 enum class KeySpelling {
@@ -49,4 +49,4 @@ class JsonSection {
 /// Throws UserError with line, column.
 nlohmann::json ParseJson(const std::string& text, const std::string& file);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

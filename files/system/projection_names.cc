@@ -13,7 +13,7 @@
 
 using namespace zel_cs::geomath;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // The Roman-numeral series of national grids (TTMProj), which the factory has no name for. Its
@@ -138,4 +138,4 @@ std::unique_ptr<TGeoProj> MakeProjection(const ProjectionKind& kind, double a, d
   return projection;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -6,7 +6,7 @@
 
 #include "geomath/proj/geo_proj.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// How a parameter of a projection is written in a system file.
 enum class ParameterUnit { latitude, degrees, metres, factor, number };
@@ -42,4 +42,4 @@ std::unique_ptr<zel_cs::geomath::TGeoProj> MakeProjection(const ProjectionKind& 
                                                           double invF,
                                                           const std::vector<double>& values);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

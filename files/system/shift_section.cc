@@ -16,7 +16,7 @@
 using namespace zel_cs::geomath;
 using nlohmann::json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 using Shift = std::unique_ptr<CoordinateShift>;
@@ -178,4 +178,4 @@ SystemShift ReadShift(const std::string& file, const std::string& path, const js
   return read;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

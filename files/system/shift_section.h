@@ -10,7 +10,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A shift of a system file with its place in the chain.
 struct SystemShift {
@@ -27,4 +27,4 @@ struct SystemShift {
 SystemShift ReadShift(const std::string& file, const std::string& path,
                       const nlohmann::json& object, const zel_cs::geomath::Ellipsoid& global);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

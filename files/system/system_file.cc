@@ -21,7 +21,7 @@
 using namespace zel_cs::geomath;
 using nlohmann::json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
@@ -221,4 +221,4 @@ std::string ReadSystemText(const std::string& path) {
   return text;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -17,7 +17,7 @@
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A coordinate system as a file describes it: the objects of a conversion and the chain that
 /// joins them. It stays where it was made, since the objects point to each other.
@@ -86,4 +86,4 @@ std::string ReadSystemText(const std::string& path);
 std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
                                               ProjectionNeed need = ProjectionNeed::required);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -12,7 +12,7 @@
 using namespace zel_cs::geomath;
 using nlohmann::json;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 // What an ellipsoid of a planet or moon has; a figure in kilometres or feet is caught.
@@ -291,4 +291,4 @@ GridToGround ReadGround(const JsonSection& section) {
   return ground;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -16,7 +16,7 @@
 /// The sections of a system file (docs/system-file.md) that stand for themselves, for the reader of
 /// whole files and for callers that have the same values from elsewhere. Everything wrong with a
 /// section throws UserError, naming the key and what would be right.
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Keys of an ellipsoid: a name, or a and one of the other two.
 inline const std::vector<std::string> kEllipsoidKeys = {"ellipsoid", "a", "invF", "b"};
@@ -86,4 +86,4 @@ zel_cs::geomath::GridToGround ReadGround(const JsonSection& section);
 std::string ReadWord(const JsonSection& section, const std::string& key,
                      const std::vector<std::string>& known);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

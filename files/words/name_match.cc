@@ -4,7 +4,7 @@
 #include <numeric>
 #include <utility>
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 bool IsSeparator(char c) { return c == ' ' || c == '_' || c == '-'; }
@@ -133,4 +133,4 @@ std::string Printable(std::string_view text) {
   return printable;
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

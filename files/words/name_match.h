@@ -5,7 +5,7 @@
 #include <string_view>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// The text with the letters A to Z in lower case.
 std::string LowerCase(std::string_view text);
@@ -34,4 +34,4 @@ std::vector<std::string> SplitNames(std::string_view list);
 /// A text from a file made fit for a message: control characters replaced, cut at 60 bytes.
 std::string Printable(std::string_view text);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

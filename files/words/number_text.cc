@@ -9,7 +9,7 @@
 
 #include "files/words/name_match.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 ParsedNumber Problem(std::string text) { return {0, std::move(text)}; }
@@ -209,4 +209,4 @@ std::string SexagesimalText(double degrees, AngleKind kind, int decimals) {
                      decimals, letter);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -3,7 +3,7 @@
 #include <string>
 #include <string_view>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A number read from text, or the reason why the text is none.
 struct ParsedNumber {
@@ -56,4 +56,4 @@ std::string SexagesimalText(double degrees, AngleKind kind, int decimals);
 /// Tests a number of degrees against the range of its kind; empty when it is inside.
 std::string AngleRangeProblem(double degrees, AngleKind kind);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -21,7 +21,7 @@
 
 namespace fs = std::filesystem;
 
-namespace geomath_tools {
+namespace geomath_files {
 namespace {
 
 using std::error_code;
@@ -257,4 +257,4 @@ void RefuseOverwriting(const std::vector<std::string>& inputs,
   }
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

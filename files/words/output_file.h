@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// A file that is written beside its place and put there when it is whole; until then what stands
 /// there stays. Files that a format keeps beside it (those of a Shapefile) are written and put with
@@ -56,4 +56,4 @@ void RefuseReadingTwice(const std::vector<std::string>& inputs);
 void RefuseOverwriting(const std::vector<std::string>& inputs,
                        const std::vector<std::string>& outputs);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -11,7 +11,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 void CloseInput::operator()(std::FILE* file) const {
   if (file != stdin) std::fclose(file);
@@ -77,4 +77,4 @@ void WriteTextFiles(const std::vector<NamedText>& files) {
   TextOutput::Close(all);
 }
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

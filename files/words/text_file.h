@@ -9,7 +9,7 @@
 
 #include "files/words/output_file.h"
 
-namespace geomath_tools {
+namespace geomath_files {
 
 struct CloseInput {
   void operator()(std::FILE* file) const;
@@ -59,4 +59,4 @@ struct NamedText {
 /// Writes files, replacing those that exist: all of them whole, or none. Throws UserError.
 void WriteTextFiles(const std::vector<NamedText>& files);
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-namespace geomath_tools {
+namespace geomath_files {
 
 /// Something that the user has to put right before the program can go on. The text says what is
 /// wrong, where, and what would be right.
@@ -11,4 +11,4 @@ class UserError : public std::runtime_error {
   using std::runtime_error::runtime_error;
 };
 
-}  // namespace geomath_tools
+}  // namespace geomath_files

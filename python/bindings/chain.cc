@@ -15,10 +15,10 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
-using geomath_tools::AngleKind;
-using geomath_tools::AxisPair;
-using geomath_tools::AxisPairOf;
-using geomath_tools::UserError;
+using geomath_files::AngleKind;
+using geomath_files::AxisPair;
+using geomath_files::AxisPairOf;
+using geomath_files::UserError;
 
 namespace geomath_python {
 namespace {
@@ -52,7 +52,7 @@ const char* NameOf(GeoidFrame frame) { return kFrames[static_cast<std::size_t>(f
 GeoidFrame FrameOf(const std::string& name) {
   if (name != kFrames[0] && name != kFrames[1])
     throw UserError(fmt::format("CoordinateChain: \"geoid_frame\" is \"{}\"; known: \"{}\", \"{}\"",
-                                geomath_tools::Printable(name), kFrames[0], kFrames[1]));
+                                geomath_files::Printable(name), kFrames[0], kFrames[1]));
   return name == kFrames[0] ? GeoidFrame::global : GeoidFrame::local;
 }
 
@@ -78,7 +78,7 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
 }
 
 // Axes as a projection gives them back: without text they are north and east.
-std::shared_ptr<ChainObject> ChainOf(const geomath_tools::CoordinateSystem& system) {
+std::shared_ptr<ChainObject> ChainOf(const geomath_files::CoordinateSystem& system) {
   if (!system.Shifts().empty() || !system.Chain().GetShifts(ShiftPlace::beforeDatum).empty())
     throw UserError(
         "a system with \"shifts\" or a \"fixedHeight\" is one for geomath convert alone");
@@ -92,7 +92,7 @@ std::shared_ptr<ChainObject> ChainOf(const geomath_tools::CoordinateSystem& syst
                                                    datum->Scale(), userTypeUser, false, nullptr));
   }
   object->projection = ProjectionObjectOf(system);
-  if (const geomath_tools::LoadedGeoid* geoid = system.Geoid()) {
+  if (const geomath_files::LoadedGeoid* geoid = system.Geoid()) {
     object->geoid = GeoidObjectOf(*geoid);
     object->geoidFrame = read.GetGeoidFrame();
   }
@@ -106,22 +106,22 @@ std::shared_ptr<ChainObject> ChainOf(const geomath_tools::CoordinateSystem& syst
 
 std::shared_ptr<ChainObject> FromFile(const py::object& path) {
   const std::string name = PathOf(path);
-  std::unique_ptr<geomath_tools::CoordinateSystem> system;
+  std::unique_ptr<geomath_files::CoordinateSystem> system;
   {
     const py::gil_scoped_release unlocked;
-    system = geomath_tools::ReadSystemFile(name);
+    system = geomath_files::ReadSystemFile(name);
   }
   return ChainOf(*system);
 }
 
 std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
                                       bool datum) {
-  geomath_tools::DatumWish wish{!datum, {}, {}};
+  geomath_files::DatumWish wish{!datum, {}, {}};
   if (!near.is_none()) {
     const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
     RequireAngle("near: latitude", latitude, AngleKind::latitude);
     RequireAngle("near: longitude", longitude, AngleKind::longitude);
-    wish.near = geomath_tools::Position{latitude, longitude};
+    wish.near = geomath_files::Position{latitude, longitude};
   }
   if (!operation.is_none()) wish.operation = std::to_string(operation.cast<int>());
   return ChainOf(*SystemOfEpsg(code, wish));

@@ -11,9 +11,9 @@
 #include "geomath/base/angle.h"
 
 using namespace zel_cs::geomath;
-using geomath_tools::AngleKind;
-using geomath_tools::LargestAngle;
-using geomath_tools::UserError;
+using geomath_files::AngleKind;
+using geomath_files::LargestAngle;
+using geomath_files::UserError;
 
 namespace geomath_python {
 namespace {
@@ -85,7 +85,7 @@ Argument AngleArgument(const char* name, py::object value, AngleKind kind, bool 
 }
 
 std::array<Argument, 2> PositionArguments(const py::object& lat, const py::object& lon,
-                                          geomath_tools::AxisPair axes, bool degrees) {
+                                          geomath_files::AxisPair axes, bool degrees) {
   constexpr AngleKind kinds[] = {AngleKind::latitude, AngleKind::longitude};
   return {AngleArgument("lat", lat, kinds[!axes.northFirst], degrees),
           AngleArgument("lon", lon, kinds[axes.northFirst], degrees)};
@@ -93,7 +93,7 @@ std::array<Argument, 2> PositionArguments(const py::object& lat, const py::objec
 
 void RequireAngle(const std::string& subject, double degrees, AngleKind kind) {
   const std::string problem = std::isfinite(degrees)
-                                  ? geomath_tools::AngleRangeProblem(degrees, kind)
+                                  ? geomath_files::AngleRangeProblem(degrees, kind)
                                   : "is not a finite number";
   if (!problem.empty()) throw UserError(subject + " " + problem);
 }

@@ -35,15 +35,15 @@ struct Argument {
 };
 
 /// A latitude or longitude, in degrees or radians here and in the library.
-Argument AngleArgument(const char* name, py::object value, geomath_tools::AngleKind kind,
+Argument AngleArgument(const char* name, py::object value, geomath_files::AngleKind kind,
                        bool degrees, bool degreesInLibrary = false);
 
 /// A pair of latitude and longitude, in the order of its axes.
 std::array<Argument, 2> PositionArguments(const py::object& lat, const py::object& lon,
-                                          geomath_tools::AxisPair axes, bool degrees);
+                                          geomath_files::AxisPair axes, bool degrees);
 
 /// Throws Error, which begins with the subject, for degrees that are out of range or no number.
-void RequireAngle(const std::string& subject, double degrees, geomath_tools::AngleKind kind);
+void RequireAngle(const std::string& subject, double degrees, geomath_files::AngleKind kind);
 
 using Shape = std::vector<py::ssize_t>;
 

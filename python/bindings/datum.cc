@@ -6,8 +6,8 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
-using geomath_tools::JsonSection;
-using geomath_tools::KeySpelling;
+using geomath_files::JsonSection;
+using geomath_files::KeySpelling;
 
 namespace geomath_python {
 namespace {
@@ -27,8 +27,8 @@ std::shared_ptr<DatumObject> Make(const py::object& ellipsoid, py::object dx, py
                                   {"rotation", rotation}});
   const auto local = EllipsoidFrom(ellipsoid);
   return std::make_shared<DatumObject>(
-      local, geomath_tools::ReadDatum(
-                 JsonSection("Datum", "", section, geomath_tools::kDatumKeys, KeySpelling::snake),
+      local, geomath_files::ReadDatum(
+                 JsonSection("Datum", "", section, geomath_files::kDatumKeys, KeySpelling::snake),
                  local.get()));
 }
 

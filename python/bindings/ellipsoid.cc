@@ -12,17 +12,17 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
-using geomath_tools::AngleKind;
-using geomath_tools::JsonSection;
-using geomath_tools::KeySpelling;
-using geomath_tools::UserError;
+using geomath_files::AngleKind;
+using geomath_files::JsonSection;
+using geomath_files::KeySpelling;
+using geomath_files::UserError;
 
 namespace geomath_python {
 namespace {
 
 std::shared_ptr<Ellipsoid> MakeFrom(const nlohmann::json& section) {
-  return std::make_shared<Ellipsoid>(geomath_tools::ReadEllipsoid(
-      JsonSection("Ellipsoid", "", section, geomath_tools::kEllipsoidKeys, KeySpelling::snake)));
+  return std::make_shared<Ellipsoid>(geomath_files::ReadEllipsoid(
+      JsonSection("Ellipsoid", "", section, geomath_files::kEllipsoidKeys, KeySpelling::snake)));
 }
 
 py::object ToGeocentric(const Ellipsoid& e, py::object lat, py::object lon, py::object h,
@@ -123,7 +123,7 @@ that is not finite gives NaN.)")
       });
   DefinePickle(ellipsoid, &StateOf, &FromState);
 
-  module.def("ellipsoid_names", &geomath_tools::EllipsoidNames, R"(ellipsoid_names()
+  module.def("ellipsoid_names", &geomath_files::EllipsoidNames, R"(ellipsoid_names()
 --
 
 The names that Ellipsoid knows, in any letter case.)");

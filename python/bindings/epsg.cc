@@ -13,16 +13,16 @@ std::string AxesText(const wchar_t* axes) {
 
 }  // namespace
 
-std::unique_ptr<geomath_tools::CoordinateSystem> SystemOfEpsg(
-    int code, const geomath_tools::DatumWish& wish) {
+std::unique_ptr<geomath_files::CoordinateSystem> SystemOfEpsg(
+    int code, const geomath_files::DatumWish& wish) {
   const pybind11::gil_scoped_release unlocked;
-  const auto made = geomath_tools::MakeEpsgSystem(std::to_string(code), wish);
-  return geomath_tools::ParseSystem(made.document.dump(), fmt::format("EPSG:{}", code));
+  const auto made = geomath_files::MakeEpsgSystem(std::to_string(code), wish);
+  return geomath_files::ParseSystem(made.document.dump(), fmt::format("EPSG:{}", code));
 }
 
 std::shared_ptr<ProjectionObject> ProjectionObjectOf(
-    const geomath_tools::CoordinateSystem& system) {
-  const geomath_tools::NamedProjection& named = system.Named();
+    const geomath_files::CoordinateSystem& system) {
+  const geomath_files::NamedProjection& named = system.Named();
   const auto& on = system.LocalEllipsoid();
   return std::make_shared<ProjectionObject>(*named.kind, named.values, on.a, on.invF,
                                             AxesText(named.projection->GetNEAxes()),

@@ -9,10 +9,10 @@
 namespace geomath_python {
 
 /// The system of a code of the EPSG registry. Throws UserError. Runs without the interpreter's lock.
-std::unique_ptr<geomath_tools::CoordinateSystem> SystemOfEpsg(int code,
-                                                              const geomath_tools::DatumWish& wish);
+std::unique_ptr<geomath_files::CoordinateSystem> SystemOfEpsg(int code,
+                                                              const geomath_files::DatumWish& wish);
 
 /// The projection of a system, which has one.
-std::shared_ptr<ProjectionObject> ProjectionObjectOf(const geomath_tools::CoordinateSystem& system);
+std::shared_ptr<ProjectionObject> ProjectionObjectOf(const geomath_files::CoordinateSystem& system);
 
 }  // namespace geomath_python

@@ -21,21 +21,21 @@ struct GeoidObject {
 
 struct RegionalGeoidObject : GeoidObject {
   /// `values` in the row order of the scheme.
-  RegionalGeoidObject(const geomath_tools::GridPlace& where, const geomath_tools::GridScheme& how,
+  RegionalGeoidObject(const geomath_files::GridPlace& where, const geomath_files::GridScheme& how,
                       std::vector<float> values);
   const zel_cs::geomath::GeoidHeight& Heights() const override { return heights; }
 
-  geomath_tools::GridPlace place;
-  const geomath_tools::GridScheme& scheme;
+  geomath_files::GridPlace place;
+  const geomath_files::GridScheme& scheme;
   std::vector<float> nodes;
-  geomath_tools::GridModel heights;
+  geomath_files::GridModel heights;
 };
 
 struct GlobalGeoidObject : GeoidObject {
-  explicit GlobalGeoidObject(geomath_tools::GeoidCoefficients values);
+  explicit GlobalGeoidObject(geomath_files::GeoidCoefficients values);
   const zel_cs::geomath::GeoidHeight& Heights() const override { return heights; }
 
-  geomath_tools::GeoidCoefficients coefficients;
+  geomath_files::GeoidCoefficients coefficients;
   std::unique_ptr<zel_cs::geomath::GlobalGeoid> model;
   zel_cs::geomath::GlobalGeoidHeight heights;
 };
@@ -48,7 +48,7 @@ template <>
 inline constexpr bool kBound<GlobalGeoidObject> = true;
 
 /// The object for a geoid that was read from files; its warning becomes one of Python.
-std::shared_ptr<GeoidObject> GeoidObjectOf(const geomath_tools::LoadedGeoid& loaded);
+std::shared_ptr<GeoidObject> GeoidObjectOf(const geomath_files::LoadedGeoid& loaded);
 
 void BindGeoid(py::module_& module);
 

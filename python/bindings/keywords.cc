@@ -39,7 +39,7 @@ json SectionOf(std::initializer_list<std::pair<const char*, py::object>> keyword
 }
 
 std::shared_ptr<Ellipsoid> EllipsoidFrom(const py::object& given) {
-  using namespace geomath_tools;
+  using namespace geomath_files;
   if (py::isinstance<Ellipsoid>(given)) return given.cast<std::shared_ptr<Ellipsoid>>();
   if (!py::isinstance<py::str>(given))
     throw py::type_error("ellipsoid: must be an Ellipsoid or the name of one");

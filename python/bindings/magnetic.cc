@@ -17,7 +17,7 @@
 #include "python/bindings/pickles.h"
 
 using namespace zel_cs::geomath;
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace geomath_python {
 namespace {

@@ -12,11 +12,11 @@ PYBIND11_MODULE(_geomath, module) {
   py::options options;
   options.disable_function_signatures();  // each docstring has its own, in the words of Python
 
-  static py::exception<geomath_tools::UserError> error(module, "Error", PyExc_ValueError);
+  static py::exception<geomath_files::UserError> error(module, "Error", PyExc_ValueError);
   py::register_exception_translator([](std::exception_ptr thrown) {
     try {
       if (thrown) std::rethrow_exception(thrown);
-    } catch (const geomath_tools::UserError& reason) {
+    } catch (const geomath_files::UserError& reason) {
       PyErr_SetObject(error.ptr(), TextOf(reason.what()).ptr());
     }
   });

@@ -25,10 +25,10 @@ struct DatumObject {
 /// A projection with the values that it was made of, in the units of its kind.
 struct ProjectionObject {
   /// `a`, `invF` as for MakeProjection; the axes as AxisRotation knows them.
-  ProjectionObject(const geomath_tools::ProjectionKind& its, std::vector<double> parameters,
+  ProjectionObject(const geomath_files::ProjectionKind& its, std::vector<double> parameters,
                    double axis, double inverseFlattening, std::string grid, std::string geographic);
 
-  const geomath_tools::ProjectionKind& kind;
+  const geomath_files::ProjectionKind& kind;
   std::vector<double> values;
   double a, invF;  // as given: some kinds have an ellipsoid of their own
   std::string gridAxes, geographicAxes;

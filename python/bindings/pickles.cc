@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-using geomath_tools::UserError;
+using geomath_files::UserError;
 
 namespace geomath_python {
 

@@ -21,7 +21,7 @@ namespace py = pybind11;
 template <class Object>
 std::shared_ptr<Object> PartOf(const py::handle& part) {
   auto object = part.cast<std::shared_ptr<Object>>();
-  if (!object) throw geomath_tools::UserError("a part is missing");
+  if (!object) throw geomath_files::UserError("a part is missing");
   return object;
 }
 

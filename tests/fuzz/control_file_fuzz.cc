@@ -8,7 +8,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "tests/fuzz/scratch_file.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using namespace zel_cs::geomath;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {

@@ -12,7 +12,7 @@
 #include "files/words/number_text.h"
 #include "files/words/user_error.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 

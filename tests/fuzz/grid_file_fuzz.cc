@@ -7,7 +7,7 @@
 #include "files/words/user_error.h"
 #include "tests/fuzz/scratch_file.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 

@@ -8,7 +8,7 @@
 #include "files/system/system_file.h"
 #include "files/words/user_error.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 

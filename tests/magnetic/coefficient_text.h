@@ -1,15 +1,13 @@
 #pragma once
 
-#include <unistd.h>
-
 #include <cstdint>
 #include <cstdio>
-#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <string>
 
 #include "geomath/magnetic/wmm2010.h"
+#include "tests/support/scratch_folder.h"
 
 /// The start of a coefficient file that is told from WMM-2010 by its epoch.
 inline const std::string kCofHeader = "    2020.0            TEST-1        12/10/2019\n";
@@ -32,18 +30,12 @@ inline std::string CofText(const std::string& header = kCofHeader) {
 class TemporaryFile {
  public:
   explicit TemporaryFile(const std::string& text) {
-    static int count = 0;
-    path_ = (std::filesystem::temp_directory_path() /
-             ("geomath_cof_" + std::to_string(getpid()) + "_" + std::to_string(count++)))
-                .string();
     std::ofstream(path_, std::ios::binary) << text;
   }
-  ~TemporaryFile() { std::filesystem::remove(path_); }
-  TemporaryFile(const TemporaryFile&) = delete;
-  TemporaryFile& operator=(const TemporaryFile&) = delete;
 
   const char* Path() const { return path_.c_str(); }
 
  private:
-  std::string path_;
+  ScratchFolder folder_;
+  std::string path_ = (folder_.Path() / "model.cof").string();
 };

@@ -11,6 +11,7 @@
 
 #include "geomath/base/angle.h"
 #include "tests/shift/ntv2_bytes.h"
+#include "tests/support/scratch_folder.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -222,7 +223,8 @@ TEST(Ntv2File, RefusesHostileHeaders) {
 }
 
 TEST(Ntv2File, ReadsFiles) {
-  const auto path = std::filesystem::temp_directory_path() / "geomath_ntv2_file_test.gsb";
+  const ScratchFolder scratch;
+  const auto path = scratch.Path() / "file.gsb";
   const auto bytes = Ntv2Bytes(Nested());
   std::ofstream(path, std::ios::binary)
       .write(reinterpret_cast<const char*>(bytes.data()),

@@ -2,7 +2,6 @@
 #include <fmt/format.h>
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cfloat>
 #include <cmath>
@@ -17,9 +16,10 @@
 #include "files/site/control_file.h"
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using zel_cs::geomath::AxisRotation;
 using zel_cs::geomath::kRadPerDeg;
 using zel_cs::geomath::kTwoPi;
@@ -31,14 +31,6 @@ const std::string kExample = GEOMATH_SOURCE_DIR "/examples/site/";
 
 class Calibrate : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = fs::temp_directory_path() / (std::string("geomath_calibrate_") + info->name() +
-                                              "_" + std::to_string(::getpid()));
-    fs::create_directories(directory_);
-  }
-  void TearDown() override { fs::remove_all(directory_); }
-
   void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
   std::string Read(const char* name) { return ReadText(directory_ / name); }
   ProgramRun Run(const std::string& arguments) {
@@ -48,7 +40,8 @@ class Calibrate : public ::testing::Test {
     return Run(kExample + "control.csv --system " + kExample + arguments);
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -1,12 +1,12 @@
 // How the program finds coordinates in the files that surveyors have, and what it refuses to guess.
 #include <gtest/gtest.h>
 #include <ogrsf_frmts.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -20,13 +20,7 @@ constexpr const char* kTp03Grid = "62015.2109,250357.8185,165.6607";
 
 class Columns : public ::testing::Test {
  protected:
-  void SetUp() override {
-    directory_ = fs::temp_directory_path() / ("geomath_columns_" + std::to_string(::getpid()));
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
-    WriteText(directory_ / "system.json", BritainSystem());
-  }
-  void TearDown() override { fs::remove_all(directory_); }
+  void SetUp() override { WriteText(directory_ / "system.json", BritainSystem()); }
 
   ProgramRun Convert(const std::string& text, const std::string& options = "") {
     WriteText(directory_ / "in.csv", text);
@@ -36,7 +30,8 @@ class Columns : public ::testing::Test {
     return RunProgram(directory_, "convert --system system.json " + arguments);
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -1,5 +1,4 @@
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdlib>
@@ -7,6 +6,7 @@
 #include <fstream>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -16,14 +16,7 @@ namespace fs = std::filesystem;
 // A directory of its own with the system file, for every test.
 class Convert : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = fs::temp_directory_path() / (std::string("geomath_convert_") + info->name() + "_" +
-                                              std::to_string(::getpid()));
-    fs::create_directories(directory_);
-    Write("system.json", BritainSystem());
-  }
-  void TearDown() override { fs::remove_all(directory_); }
+  void SetUp() override { Write("system.json", BritainSystem()); }
 
   void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
   std::string Read(const char* name) { return ReadText(directory_ / name); }
@@ -31,7 +24,8 @@ class Convert : public ::testing::Test {
     return RunProgram(directory_, "convert --system system.json " + arguments);
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -1,12 +1,12 @@
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <filesystem>
 #include <string>
 
 #include "tests/support/reference_data.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -15,19 +15,12 @@ namespace fs = std::filesystem;
 
 class Declination : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = fs::temp_directory_path() / (std::string("geomath_declination_") + info->name() +
-                                              "_" + std::to_string(::getpid()));
-    fs::create_directories(directory_);
-  }
-  void TearDown() override { fs::remove_all(directory_); }
-
   ProgramRun Run(const std::string& arguments) {
     return RunProgram(directory_, "declination " + arguments);
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

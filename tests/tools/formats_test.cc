@@ -2,11 +2,11 @@
 // program.
 #include <gtest/gtest.h>
 #include <ogrsf_frmts.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -29,14 +29,9 @@ class Formats : public ::testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
     GDALAllRegister();
-    directory_ = fs::temp_directory_path() /
-                 ("geomath_formats_" + std::string(GetParam()) + "_" + std::to_string(::getpid()));
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
     WriteText(directory_ / "system.json", BritainSystem());
     WriteText(directory_ / "in.csv", kPoints);
   }
-  void TearDown() override { fs::remove_all(directory_); }
 
   ProgramRun Run(const std::string& arguments) {
     return RunProgram(directory_, "convert --system system.json " + arguments);
@@ -46,7 +41,8 @@ class Formats : public ::testing::TestWithParam<const char*> {
   }
 
   const std::string file_ = std::string("grid.") + GetParam();
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 }  // namespace

@@ -1,6 +1,5 @@
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cmath>
 #include <cstdio>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "tests/support/harmonic_model.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -30,14 +30,6 @@ double Plane(double lat, double lon) { return 40 + 2 * lat - 0.5 * lon; }
 
 class Geoid : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = fs::temp_directory_path() /
-                 (std::string("geomath_geoid_") + info->name() + "_" + std::to_string(::getpid()));
-    fs::create_directories(directory_);
-  }
-  void TearDown() override { fs::remove_all(directory_); }
-
   ProgramRun Run(const std::string& arguments) {
     return RunProgram(directory_, "geoid " + arguments);
   }
@@ -90,7 +82,8 @@ class Geoid : public ::testing::Test {
     return text.str();
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 }  // namespace

@@ -1,11 +1,11 @@
 // Layers in and out: their coordinate systems, geometry, texts and identities.
 #include <gtest/gtest.h>
 #include <ogrsf_frmts.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -24,16 +24,10 @@ class Layers : public ::testing::Test {
  protected:
   void SetUp() override {
     GDALAllRegister();
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = fs::temp_directory_path() /
-                 (std::string("geomath_layers_") + info->name() + "_" + std::to_string(::getpid()));
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
     Write("in.csv", kTp03);
     Write("pot.txt", "2 0 1e-9 0\n2 1 0 0\n2 2 2e-6 -1e-6\n");
     ASSERT_EQ(Run("system --epsg 27700 -o gb.json").status, 0);
   }
-  void TearDown() override { fs::remove_all(directory_); }
 
   void Write(const std::string& name, const std::string& text) {
     WriteText(directory_ / name, text);
@@ -70,7 +64,8 @@ class Layers : public ::testing::Test {
     return crs->IsSame(&wanted, options) != 0;
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

@@ -1,7 +1,6 @@
 // Every output of every command: whole or not at all, and never in place of what is read.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
@@ -10,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -64,12 +64,6 @@ using Snapshot = std::map<std::string, std::string>;
 class Output : public ::testing::Test {
  protected:
   void SetUp() override {
-    std::string name = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-    for (char& c : name) c = c == '/' ? '_' : c;
-    directory_ =
-        fs::temp_directory_path() / ("geomath_output_" + name + "_" + std::to_string(::getpid()));
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
     Write("system.json", BritainSystem());
     Write("pot.txt", "2 0 1e-9 0\n2 1 0 0\n2 2 2e-6 -1e-6\n");
     const fs::path site = fs::path(GEOMATH_SOURCE_DIR) / "examples/site";
@@ -79,7 +73,6 @@ class Output : public ::testing::Test {
     for (int i = 0; i < 5000; ++i) rows += "50.43885825610,-4.10864563561,215.251\n";
     Write("in.csv", rows);
   }
-  void TearDown() override { fs::remove_all(directory_); }
 
   void Write(const std::string& name, const std::string& text) {
     WriteText(directory_ / name, text);
@@ -96,7 +89,8 @@ class Output : public ::testing::Test {
     return files;
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 class EveryOutput : public Output, public ::testing::WithParamInterface<Subject> {

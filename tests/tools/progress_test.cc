@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-using geomath_tools::ProgressLine;
+using geomath_files::program::ProgressLine;
 
 TEST(Progress, ShowsShareRateAndTimeLeft) {
   EXPECT_EQ(ProgressLine(1500000, 0.25, 10, "rows"),

@@ -70,7 +70,7 @@ TEST(Projections, SuggestsANearName) {
 
 // Whatever a class does with unit codes, values in degrees reach it as angles.
 TEST(Projections, AreMadeFromDegrees) {
-  using namespace geomath_tools;
+  using namespace geomath_files;
   const auto made = MakeProjection(*FindProjection("OM"), 6378137, 298.257, {30, 1, 10, 46, 0, 0});
   EXPECT_DOUBLE_EQ(made->GetParam(0, 2), 30 * zel_cs::geomath::kRadPerDeg);
   EXPECT_DOUBLE_EQ(made->GetParam(3, 2), 46 * zel_cs::geomath::kRadPerDeg);

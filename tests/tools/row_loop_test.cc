@@ -1,10 +1,10 @@
 // What convert, geoid and declination have in common: rows in, rows and three results out.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -31,15 +31,10 @@ constexpr const char* kRow = "50.43885825610,-4.10864563561,215.251";
 class RowLoop : public ::testing::TestWithParam<Subject> {
  protected:
   void SetUp() override {
-    directory_ = fs::temp_directory_path() / ("geomath_rows_" + std::string(GetParam().name) + "_" +
-                                              std::to_string(::getpid()));
-    fs::remove_all(directory_);
-    fs::create_directories(directory_);
     Write("system.json", BritainSystem());
     Write("pot.txt", "2 0 1e-9 0\n2 1 0 0\n2 2 2e-6 -1e-6\n");
     Write("in.csv", std::string("lat,lon,h\n") + kRow + "\n");
   }
-  void TearDown() override { fs::remove_all(directory_); }
 
   void Write(const char* name, const std::string& text) { WriteText(directory_ / name, text); }
   std::string Read(const char* name) { return ReadText(directory_ / name); }
@@ -47,7 +42,8 @@ class RowLoop : public ::testing::TestWithParam<Subject> {
     return RunProgram(directory_, GetParam().command + (" " + arguments));
   }
 
-  fs::path directory_;
+  const ScratchFolder scratch_;
+  const fs::path directory_ = scratch_.Path();
 };
 
 bool Contains(const std::string& text, const std::string& part) {

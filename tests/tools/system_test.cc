@@ -6,9 +6,10 @@
 #include "files/epsg/epsg_system.h"
 #include "files/system/system_file.h"
 #include "geomath/base/angle.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using zel_cs::geomath::kRadPerDeg;
 
 namespace {
@@ -114,15 +115,8 @@ TEST(System, NamesWhatReplacesADeprecatedCode) {
 
 class SystemProgram : public testing::Test {
  protected:
-  void SetUp() override {
-    const auto* test = testing::UnitTest::GetInstance()->current_test_info();
-    directory_ = std::filesystem::temp_directory_path() / (std::string("system_") + test->name());
-    std::filesystem::remove_all(directory_);
-    std::filesystem::create_directories(directory_);
-  }
-  void TearDown() override { std::filesystem::remove_all(directory_); }
-
-  std::filesystem::path directory_;
+  const ScratchFolder scratch_;
+  const std::filesystem::path directory_ = scratch_.Path();
 };
 
 TEST_F(SystemProgram, WritesAFileThatConvertTakes) {

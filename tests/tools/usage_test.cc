@@ -1,11 +1,11 @@
 // What the program says of itself, and to arguments that it does not know.
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <string>
 
+#include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
 namespace {
@@ -55,9 +55,8 @@ TEST(Usage, UnknownNamesAreReportedWithTheNearest) {
 }
 
 TEST(Usage, BashCompletesCommandsAndOptions) {
-  const auto directory =
-      std::filesystem::temp_directory_path() / ("geomath_completion_" + std::to_string(::getpid()));
-  std::filesystem::create_directories(directory);
+  const ScratchFolder scratch;
+  const std::filesystem::path& directory = scratch.Path();
   WriteText(directory / "geomath.bash", Geomath("completion bash").out);
   WriteText(
       directory / "ask.bash",
@@ -67,7 +66,6 @@ TEST(Usage, BashCompletesCommandsAndOptions) {
   const std::string command = "cd '" + directory.string() + "' && bash ask.bash > answers.txt 2>&1";
   EXPECT_EQ(std::system(command.c_str()), 0);
   EXPECT_EQ(ReadText(directory / "answers.txt"), "projections\nsystem\n--inverse\n\n");
-  std::filesystem::remove_all(directory);
   EXPECT_TRUE(Contains(Geomath("completion zsh").out, "bashcompinit"));
   EXPECT_TRUE(
       Contains(Geomath("completion fish").out, "__fish_seen_subcommand_from convert' -l system"));

@@ -14,7 +14,7 @@
 #include "geomath/base/angle.h"
 #include "tests/support/proj_peer.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using namespace zel_cs::geomath;
 using nlohmann::json;
 

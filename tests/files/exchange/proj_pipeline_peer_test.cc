@@ -12,7 +12,7 @@
 #include "geomath/base/angle.h"
 #include "tests/support/site_points.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using nlohmann::json;
 using zel_cs::geomath::kRadPerDeg;
 using zel_cs::geomath::kTwoPi;

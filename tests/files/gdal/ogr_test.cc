@@ -10,8 +10,9 @@
 #include "files/models/geoid_file.h"
 #include "files/points/point_source.h"
 #include "files/words/user_error.h"
+#include "tests/support/scratch_folder.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 
@@ -23,17 +24,14 @@ constexpr const char* kPoint =
 
 class LocalFiles : public testing::Test {
  protected:
-  void SetUp() override { std::filesystem::create_directories(directory_); }
-  void TearDown() override { std::filesystem::remove_all(directory_); }
-
   std::string Write(const char* name, const std::string& text) const {
     const std::string path = (directory_ / name).string();
     std::ofstream(path) << text;
     return path;
   }
 
-  const std::filesystem::path directory_ =
-      std::filesystem::path(testing::TempDir()) / "geomath_local_files";
+  const ScratchFolder scratch_;
+  const std::filesystem::path directory_ = scratch_.Path();
 };
 
 template <class Open>

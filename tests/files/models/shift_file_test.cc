@@ -15,9 +15,10 @@
 #include "geomath/shift/shift_grid.h"
 #include "geomath/shift/triangulation.h"
 #include "tests/support/reference_data.h"
+#include "tests/support/scratch_folder.h"
 #include "tests/support/tolerance.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using namespace zel_cs::geomath;
 using nlohmann::json;
 using tolerance::kDegree;
@@ -45,8 +46,8 @@ struct Directory {
 
 std::string Write(const std::vector<Directory>& directories) {
   PrepareOgr();
-  const std::string test = ::testing::UnitTest::GetInstance()->current_test_info()->name();
-  const std::string path = ::testing::TempDir() + "/shift_file_" + test + ".tif";
+  static const ScratchFolder folder;
+  const std::string path = (folder.Path() / "shift.tif").string();
   std::filesystem::remove(path);
   for (const Directory& d : directories) {
     const char* append[] = {"APPEND_SUBDATASET=YES", nullptr};
@@ -223,7 +224,7 @@ TEST(ShiftFile, SaysWhatIsWrongWithATiffAndWhere) {
   for (const auto& [change, expected] : cases) {
     const std::string said = complaint(change);
     EXPECT_NE(said.find(expected), std::string::npos) << said;
-    EXPECT_NE(said.find("AndWhere.tif"), std::string::npos) << said;
+    EXPECT_NE(said.find("shift.tif"), std::string::npos) << said;
   }
 }
 

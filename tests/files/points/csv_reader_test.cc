@@ -8,7 +8,7 @@
 
 #include "files/words/user_error.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "tests/support/reference_data.h"
 #include "tests/support/tolerance.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using namespace zel_cs::geomath;
 using nlohmann::json;
 using tolerance::kDegree;

@@ -14,7 +14,7 @@
 #include "geomath/base/angle.h"
 #include "tests/support/tolerance.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 using nlohmann::json;
 using tolerance::kDegree;
 

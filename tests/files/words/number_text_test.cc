@@ -4,7 +4,7 @@
 
 #include "files/words/name_match.h"
 
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 

@@ -1,16 +1,16 @@
 #include "files/words/output_file.h"
 
 #include <gtest/gtest.h>
-#include <unistd.h>
 
 #include <fstream>
 #include <sstream>
 #include <string>
 
 #include "files/words/user_error.h"
+#include "tests/support/scratch_folder.h"
 
 namespace fs = std::filesystem;
-using namespace geomath_tools;
+using namespace geomath_files;
 
 namespace {
 
@@ -24,14 +24,8 @@ std::string Read(const fs::path& path) {
 
 class OutputFiles : public ::testing::Test {
  protected:
-  void SetUp() override {
-    folder_ = fs::temp_directory_path() / ("geomath_output_files_" + std::to_string(::getpid()));
-    fs::remove_all(folder_);
-    fs::create_directories(folder_);
-  }
-  void TearDown() override { fs::remove_all(folder_); }
-
-  fs::path folder_;
+  const ScratchFolder scratch_;
+  const fs::path folder_ = scratch_.Path();
 };
 
 }  // namespace
