@@ -960,6 +960,20 @@ TEST_P(ProjectionLaws, DerivativesAgreeWithNumericDifferences) {
   EXPECT_EQ(untouched.eastL, 4);
 }
 
+// A point that is refused has no derivatives, and one that has them a grid about it.
+TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
+  const ProjPtr proj = Make();
+  for (double phi = -1.65; phi < 1.66; phi += 0.075)
+    for (double lambda = -6; lambda < 6.1; lambda += 0.3) {
+      double n = phi, e = lambda;
+      GridDerivatives d{};
+      const bool converted = proj->ForwardPoint(n, e);
+      const bool differentiated = proj->ForwardDerivatives(phi, lambda, d);
+      EXPECT_LE(differentiated, converted) << phi << ' ' << lambda;
+      EXPECT_EQ(differentiated, d.northB != 0 || d.eastB != 0) << phi << ' ' << lambda;
+    }
+}
+
 // Whatever numbers come in, as coordinates, parameters or flattening: no crash, no endless loop, and a point
 // that is no number is not converted.
 TEST_P(ProjectionLaws, SurvivesAnyNumber) {

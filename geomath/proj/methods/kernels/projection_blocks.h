@@ -33,7 +33,8 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
 }
 
 /// The derivatives of formulas that are templates on their functions; false where `serves` does not
-/// hold, which is ServesForward unless a class says otherwise, and where they are not finite.
+/// hold, which is ServesForward unless a class says otherwise, and where they or the point, which
+/// formulas make NaN beyond their limits, are not finite.
 template <class Formulas>
 bool DerivativesOf(const Formulas& formulas, bool serves, double b, double l,
                    GridDerivatives& derivatives) {
@@ -42,6 +43,7 @@ bool DerivativesOf(const Formulas& formulas, bool serves, double b, double l,
   formulas.template Forward<simd::DualMath>(north, east);
   const GridDerivatives found{north.first, east.first, north.second, east.second};
   if (!std::isfinite(found.northB + found.eastB + found.northL + found.eastL)) return false;
+  if (!std::isfinite(north.value) || !std::isfinite(east.value)) return false;
   derivatives = found;
   return true;
 }
