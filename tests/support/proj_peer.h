@@ -9,6 +9,7 @@
 #include <memory>
 #include <string>
 
+#include "geomath/geodesic/distortion.h"
 #include "geomath/proj/geo_proj.h"
 
 /// Comparison with PROJ as an independent implementation. Sources that include this are named
@@ -37,6 +38,11 @@ class ProjPeer {
     return std::isfinite(north) && std::isfinite(east);
   }
 
+  /// What it does to lengths at a position, radians, by its own differences.
+  PJ_FACTORS Factors(double phi, double lambda) const {
+    return proj_factors(pj_, proj_coord(lambda, phi, 0, 0));
+  }
+
  private:
   PJ_CONTEXT* context_;
   PJ* pj_;
@@ -50,11 +56,27 @@ struct PeerLattice {
 
 /// The largest distance, metres, between our forward conversion and PROJ's over the lattice, and
 /// the number of points compared; points that PROJ refuses are passed over. NaN when the
-/// definition is refused or a conversion of ours fails.
+/// definition is refused or a conversion of ours fails. `factors` is the largest difference of
+/// scales and convergence times cos²φ, by which the truncation of PROJ's differences grows.
 struct PeerDifference {
   double worst = 0;
   int points = 0;
+  double factors = 0;
 };
+
+/// The largest difference between ours and PROJ's scales and convergence; half a turn of the latter
+/// is an axis that counts southward.
+inline double CompareFactors(const zel_cs::geomath::TGeoProj& proj, const ProjPeer& peer, double b,
+                             double l) {
+  zel_cs::geomath::Distortion ours;
+  if (!DistortionAt(proj, b, l, ours)) return std::nan("");
+  const PJ_FACTORS theirs = peer.Factors(b, l);
+  const double turn = ours.convergence - theirs.meridian_convergence;
+  return std::max({std::abs(theirs.meridional_scale / ours.meridianScale - 1),
+                   std::abs(theirs.parallel_scale / ours.parallelScale - 1),
+                   std::abs(theirs.areal_scale / std::abs(ours.arealScale) - 1),
+                   std::abs(std::remainder(turn, 3.14159265358979323846))});
+}
 
 inline PeerDifference CompareWithPeer(zel_cs::geomath::TGeoProj& proj,
                                       const std::string& definition, const PeerLattice& lattice) {
@@ -70,6 +92,9 @@ inline PeerDifference CompareWithPeer(zel_cs::geomath::TGeoProj& proj,
           kDegree * (lattice.west + (lattice.east - lattice.west) * j / (lattice.columns - 1));
       double north, east;
       if (!peer.Forward(b, l, north, east)) continue;
+      const double narrow = std::cos(b) * std::cos(b);
+      const double factors = CompareFactors(proj, peer, b, l) * narrow;
+      if (!(factors <= difference.factors)) difference.factors = factors;
       if (!proj.Forward(b, l)) return {std::nan(""), difference.points};
       difference.worst = std::max(difference.worst, std::hypot(b - north, l - east));
       ++difference.points;
@@ -83,7 +108,8 @@ struct PeerCase {
   std::shared_ptr<zel_cs::geomath::TGeoProj> proj;
   const char* definition;
   PeerLattice lattice;
-  double tolerance;  // metres
+  double tolerance;       // metres
+  double factors = 1e-9;  // of scales and convergence: PROJ's differences over 1e-5 radians
 };
 
 inline void PrintTo(const PeerCase& c, std::ostream* out) { *out << c.name; }
@@ -92,7 +118,8 @@ inline void PrintTo(const PeerCase& c, std::ostream* out) { *out << c.name; }
 inline void ExpectAgreesWithPeer(const PeerCase& c) {
   const PeerDifference difference = CompareWithPeer(*c.proj, c.definition, c.lattice);
   std::cout << c.name << ": worst difference from PROJ " << difference.worst << " m at "
-            << difference.points << " points\n";
+            << difference.points << " points, of its factors " << difference.factors << '\n';
   EXPECT_GE(difference.points, c.lattice.rows * c.lattice.columns * 9 / 10);
   EXPECT_LE(difference.worst, c.tolerance);
+  EXPECT_LE(difference.factors, c.factors);
 }
