@@ -1,4 +1,4 @@
-// Geodesics on WGS84 beside GeographicLib: random pairs over the whole Earth.
+// Geodesics on WGS84 beside GeographicLib, random pairs over the whole Earth, and lines in a grid.
 #include <cstddef>
 #include <utility>
 #include <vector>
@@ -82,6 +82,33 @@ void RegisterOurs() {
   });
 }
 
+// Lines of some kilometres in a zone, with everything between the ground and the grid.
+void RegisterReduction() {
+  static const TUTMProj zone(kWgs84A, kWgs84InvF, 9 * kRadPerDeg, 0.9996, 0, 500000, 0);
+  static const GridLines lines(zone);
+  static const Columns ends = SpreadPoints({5.2e6, 3e5, 0}, {5.3e6, 7e5, 3000});
+  static std::vector<GridPoint> from, to;
+  for (std::size_t i = 0; i < kBenchPoints; ++i) {
+    from.push_back({ends.first[i], ends.second[i], ends.third[i]});
+    to.push_back({from[i].n + 2000, from[i].e - 3000, from[i].h + 50});
+  }
+  benchmark::RegisterBenchmark("line reduction/scalar", [](benchmark::State& state) {
+    GridLine line;
+    for (auto _ : state)
+      for (std::size_t i = 0; i < kBenchPoints; ++i)
+        benchmark::DoNotOptimize(lines.Between(from[i], to[i], line));
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+  });
+  benchmark::RegisterBenchmark("line reduction/batch", [](benchmark::State& state) {
+    std::vector<GridLine> reduced(kBenchPoints);
+    for (auto _ : state) {
+      lines.Between(from.data(), to.data(), reduced.data(), kBenchPoints);
+      benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+  });
+}
+
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
 std::vector<double> InDegrees(std::vector<double> angles) {
   for (double& angle : angles) angle *= kDegPerRad;
@@ -113,6 +140,7 @@ void RegisterPeer() {
 
 [[maybe_unused]] const bool registered = [] {
   RegisterOurs();
+  RegisterReduction();
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
   RegisterPeer();
 #endif

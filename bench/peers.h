@@ -57,6 +57,10 @@ class ProjPeer {
     proj_trans_generic(pj_, direction, x, kStride, count, y, kStride, count, z, kStride,
                        z ? count : 0, nullptr, 0, 0);
   }
+  /// Of a projection, at a position in radians.
+  PJ_FACTORS Factors(double lambda, double phi) const {
+    return proj_factors(pj_, proj_coord(lambda, phi, 0, 0));
+  }
 
  private:
   PJ_CONTEXT* context_;

@@ -141,6 +141,34 @@ void RegisterPeer(const std::string& name, const std::shared_ptr<Columns>& geogr
 }
 #endif
 
+// Scale, convergence and the rest of a point's distortion.
+template <class Run>
+void RegisterFactors(const std::string& name, const std::shared_ptr<Columns>& points, Run run) {
+  benchmark::RegisterBenchmark(name.c_str(), [points, run](benchmark::State& state) {
+    for (auto _ : state) {
+      run(points->first.data(), points->second.data());
+      benchmark::ClobberMemory();
+    }
+    state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
+  });
+}
+
+void RegisterFactors(const Row& row, const std::shared_ptr<Columns>& geographic) {
+  const std::string name = std::string(row.name) + " factors/";
+  const auto distortions = std::make_shared<std::vector<Distortion>>(kBenchPoints);
+  const std::shared_ptr<TGeoProj> p = row.projection;
+  RegisterFactors(name + "batch", geographic, [p, distortions](const double* b, const double* l) {
+    DistortionAt(*p, b, l, distortions->data(), kBenchPoints);
+  });
+#ifdef GEOMATH_HAVE_PROJ
+  const auto peer = std::make_shared<ProjPeer>(row.peer);
+  RegisterFactors(name + "PROJ", geographic, [peer](const double* b, const double* l) {
+    for (std::size_t i = 0; i < kBenchPoints; ++i)
+      benchmark::DoNotOptimize(peer->Factors(l[i], b[i]));
+  });
+#endif
+}
+
 void RegisterRow(const Row& row) {
   const std::shared_ptr<TGeoProj> p = row.projection;
   const auto geographic = std::make_shared<Columns>(
@@ -160,6 +188,7 @@ void RegisterRow(const Row& row) {
   });
   Register(inverse + "batch", grid,
            [p](double* n, double* e) { p->InverseBatch(n, e, kBenchPoints); });
+  RegisterFactors(row, geographic);
 #ifdef GEOMATH_HAVE_PROJ
   RegisterPeer(forward + "PROJ", geographic, row.peer, PJ_FWD);
   RegisterPeer(inverse + "PROJ", geographic, row.peer, PJ_INV);

@@ -44,6 +44,7 @@ std::string Page() {
   const std::vector<Family> families = Families();
   out << kIntroduction;
   WriteProjections(out, families);
+  WriteFactors(out, families);
   WriteGeocentric(out);
   WriteDatum(out);
   WriteGeoid(out);

@@ -8,6 +8,7 @@
 
 /// The parts of the page, in its order.
 void WriteProjections(std::ostream& out, const std::vector<Family>& families);
+void WriteFactors(std::ostream& out, const std::vector<Family>& families);
 void WriteGeocentric(std::ostream& out);
 void WriteDatum(std::ostream& out);
 void WriteGeoid(std::ostream& out);
