@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "files/exchange/proj_pipeline.h"
+#include "files/points/point_source.h"
 #include "files/site/calibration.h"
 #include "files/site/calibration_report.h"
 #include "files/site/control_file.h"
@@ -20,12 +21,18 @@ namespace {
 
 struct CalibrateOptions {
   ControlSource control;
-  std::string system, output, report, placement = "centre";
-  bool fixedScale = false, pipeline = false;
+  std::string system, output, report, placement = "centre", columns;
+  bool fixedScale = false, pipeline = false, noHeader = false;
 };
 
 int Calibrate(const CalibrateOptions& options) {
-  const std::string& path = options.control.path;
+  ControlSource from = options.control;
+  if (options.noHeader) {
+    from.columns = NamesOfAllColumns(options.columns);
+  } else if (!options.columns.empty()) {
+    throw UserError("--columns: goes with --no-header; the header of a file names its columns");
+  }
+  const std::string& path = from.path;
   RefuseReadingTwice({path, options.system});
   const bool onOutput = options.output == "-" || options.report == "-";
   if (onOutput && options.pipeline)
@@ -36,7 +43,7 @@ int Calibrate(const CalibrateOptions& options) {
   std::vector<std::string> inputs = system->Files();
   inputs.insert(inputs.end(), {path, options.system});
   RefuseOverwriting(inputs, {options.output, options.report});
-  const ControlTable control = ReadControl(options.control);
+  const ControlTable control = ReadControl(from);
   if (!control.note.empty()) std::fprintf(stderr, "geomath: %s\n", control.note.c_str());
   const Calibration calibration(*system, control.points,
                                 {options.fixedScale, options.placement == "first"});
@@ -87,6 +94,10 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
                   "where a projection of the site's own stands: centre (of the extent, the "
                   "default) or first (control point)")
       ->check(CLI::IsMember({"centre", "first"}));
+  arguments.add_flag("--no-header", options->noHeader,
+                     "the CSV control file has no header; --columns names all its columns");
+  arguments.add_option("--columns", options->columns,
+                       "the columns of a control file without header, in their order");
   arguments.add_option("--layer", options->control.layer,
                        "layer of the input, when it has several");
   arguments.add_flag("--decimal-comma", options->control.decimalComma,

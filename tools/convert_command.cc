@@ -213,7 +213,9 @@ int Convert(ConvertOptions options) {
   }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
   const std::string& positions = system->GeographicCrs();
-  job.givenCrs = options.inverse ? system->GridCrs() : positions;
+  job.givenCrs = !options.inverse                             ? positions
+                 : isFile && !IsCsvName(options.points.input) ? CrsOfGrid(*system)
+                                                              : system->GridCrs();
   job.placeCrs = job.placedByResult && !options.inverse ? CrsOfGrid(*system) : positions;
   job.files = system->Files();
   job.files.push_back(options.system);

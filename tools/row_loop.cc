@@ -49,20 +49,6 @@ ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
   return choice;
 }
 
-// The columns of a file without header, for which --columns names all of them.
-std::vector<std::string> HeaderOf(const PointOptions& options) {
-  if (!options.noHeader) return {};
-  const std::vector<std::string> names = SplitNames(options.columns);
-  if (names.empty())
-    throw UserError("--no-header: name all columns of the file: --columns name,n,e,h,code");
-  for (std::size_t i = 0; i < names.size(); ++i) {
-    if (std::find(names.begin(), names.begin() + static_cast<std::ptrdiff_t>(i), names[i]) !=
-        names.begin() + static_cast<std::ptrdiff_t>(i))
-      throw UserError(fmt::format("--columns: \"{}\" stands there twice", names[i]));
-  }
-  return names;
-}
-
 using ResultNames = std::vector<std::string>;
 
 // The column that has one of the names in any letter case; null where none has.
@@ -262,7 +248,9 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
 int RunRows(const PointOptions& options, const RowJob& job) {
   const ColumnChoice choice = ChoiceOf(options, job);
   CatchInterrupts();
-  const auto source = OpenPoints(options.input, options.layer, HeaderOf(options));
+  const auto source = OpenPoints(
+      options.input, options.layer,
+      options.noHeader ? NamesOfAllColumns(options.columns) : std::vector<std::string>{});
   std::vector<std::string> inputs = job.files;
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});

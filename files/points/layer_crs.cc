@@ -3,6 +3,8 @@
 #include <fmt/format.h>
 #include <ogr_spatialref.h>
 
+#include <cmath>
+
 #include "files/gdal/ogr.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -23,6 +25,34 @@ bool IsSame(const OGRSpatialReference& a, const OGRSpatialReference& b) {
   const char* options[] = {"IGNORE_DATA_AXIS_TO_SRS_AXIS_MAPPING=YES",
                            "CRITERION=EQUIVALENT_EXCEPT_AXIS_ORDER_GEOGCRS", nullptr};
   return a.IsSame(&b, options) != 0;
+}
+
+// Latitude and longitude on the system's own datum, where the grid has this place.
+bool PositionOf(const OGRSpatialReference& grid, double& east, double& north) {
+  const std::unique_ptr<OGRSpatialReference> positions(grid.CloneGeogCS());
+  if (!positions) return false;
+  positions->SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
+  const std::unique_ptr<OGRCoordinateTransformation> change(
+      OGRCreateCoordinateTransformation(&grid, positions.get()));
+  return change && change->Transform(1, &east, &north);
+}
+
+// Whether two grids put the same positions at the same coordinates, whatever their datums are
+// called: a system that is described by its parameters alone has no name for its datum.
+bool IsSameGrid(const OGRSpatialReference& a, const OGRSpatialReference& b) {
+  constexpr double kCentimetre = 1e-7, kAside = 50000;  // degrees, metres
+  if (!a.IsProjected() || !b.IsProjected() || a.GetLinearUnits() != b.GetLinearUnits())
+    return false;
+  const double middle[] = {a.GetProjParm(SRS_PP_FALSE_EASTING),
+                           a.GetProjParm(SRS_PP_FALSE_NORTHING)};
+  for (const double aside : {-kAside, kAside}) {
+    double eastA = middle[0] + aside, northA = middle[1] + kAside;
+    double eastB = eastA, northB = northA;
+    if (!PositionOf(a, eastA, northA) || !PositionOf(b, eastB, northB)) return false;
+    if (!(std::abs(std::remainder(eastA - eastB, 360)) <= kCentimetre)) return false;
+    if (!(std::abs(northA - northB) <= kCentimetre)) return false;
+  }
+  return true;
 }
 
 }  // namespace
@@ -59,6 +89,7 @@ LayerCrs::LayerCrs(const std::string& name, const std::string& given, const Expe
   flat.DemoteTo2D(nullptr);
   if (wanted && IsSame(flat, *wanted)) return;
   if (!expected.geographic) {
+    if (wanted && IsSameGrid(flat, *wanted)) return;
     if (wanted) refuse("the system's grid is " + NameOf(*wanted));
     if (layer.IsGeographic()) refuse("grid coordinates are metres, not degrees");
     note_ = fmt::format(

@@ -2,8 +2,11 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
+
 #include "files/points/csv_source.h"
 #include "files/points/ogr_source.h"
+#include "files/words/name_match.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
@@ -25,6 +28,17 @@ std::string PointSource::Problem(const Record&) const { return {}; }
 std::vector<std::string> PointSource::ColumnNames() const {
   std::vector<std::string> names;
   for (const Column& column : columns_) names.push_back(column.name);
+  return names;
+}
+
+std::vector<std::string> NamesOfAllColumns(const std::string& list) {
+  const std::vector<std::string> names = SplitNames(list);
+  if (names.empty())
+    throw UserError("--no-header: name all columns of the file: --columns name,n,e,h,code");
+  for (auto name = names.begin(); name != names.end(); ++name) {
+    if (std::find(names.begin(), name, *name) != name)
+      throw UserError(fmt::format("--columns: \"{}\" stands there twice", *name));
+  }
   return names;
 }
 

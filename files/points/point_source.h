@@ -73,6 +73,10 @@ class PointSource {
 std::unique_ptr<PointSource> OpenPoints(const std::string& path, const std::string& layer,
                                         const std::vector<std::string>& names = {});
 
+/// What --columns says for a CSV file without header: all its columns, separated by commas. Throws
+/// UserError where there is none or one stands there twice.
+std::vector<std::string> NamesOfAllColumns(const std::string& list);
+
 /// Whether the name stands for a CSV file: "-", or one of those suffixes.
 bool IsCsvName(const std::string& path);
 

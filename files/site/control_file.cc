@@ -128,7 +128,7 @@ class ControlReader {
 }  // namespace
 
 ControlTable ReadControl(const ControlSource& from) {
-  const auto source = OpenPoints(from.path, from.layer);
+  const auto source = OpenPoints(from.path, from.layer, from.columns);
   return ControlReader(*source, from.decimalComma).Read(from.decimalComma);
 }
 

@@ -9,9 +9,10 @@ namespace geomath_files {
 
 /// Where control points are, and how they are written.
 struct ControlSource {
-  std::string path;           ///< "-" for CSV from standard input
-  std::string layer = {};     ///< empty for the only one
-  bool decimalComma = false;  ///< numbers have a decimal comma; else that is recognised
+  std::string path;                       ///< "-" for CSV from standard input
+  std::string layer = {};                 ///< empty for the only one
+  bool decimalComma = false;              ///< numbers have a decimal comma; else that is recognised
+  std::vector<std::string> columns = {};  ///< of a CSV file without header; empty with one
 };
 
 struct ControlTable {

@@ -225,6 +225,10 @@ TEST_F(Calibrate, ReadsControlAsOthersWriteIt) {
        "lat;lon;h;n;e;z\n;;;1,000;2,000;1,000\n52,5;5,25;40,5;1000,25;2000,5;1,5\n"
        "52,51;5,26;41,5;2112,25;2679,5;2,5\n",
        " --decimal-comma", ""},
+      {"bare",
+       "\xEF\xBB\xBF"
+       "A,52.5,5.25,40.5,1000.25,2000.5,1.5\nB,52.51,5.26,41.5,2112.25,2679.5,2.5\n",
+       " --no-header --columns name,lat,lon,h,n,e,z", ""},
   };
   for (const auto& file : files) {
     Write("in.csv", file.text);
@@ -233,6 +237,8 @@ TEST_F(Calibrate, ReadsControlAsOthersWriteIt) {
     EXPECT_TRUE(file.said.empty() ? run.err.empty() : Contains(run.err, file.said)) << run.err;
     EXPECT_EQ(Read("site.json"), Read("plain.json")) << file.name;
   }
+  EXPECT_TRUE(Contains(Run("plain.csv" + system + "none.json --columns lat,lon").err,
+                       "--columns: goes with --no-header"));
   const char* refused[][2] = {
       {"lat,Lat,lon,h,n,e,z\n", "\"lat\", \"Lat\" could each be meant by \"lat\""},
       {"lat,lon,h,n,northing,e,z\n", "\"n\", \"northing\" could each be meant by \"local_n\""},

@@ -199,6 +199,52 @@ TEST_F(Layers, AnotherSystemIsConvertedOrRefused) {
   EXPECT_EQ(Run("convert --system gb.json sea.gpkg --fixed-height 10 -o -").status, 0);
 }
 
+// A grid without a name is compared by its parameters; UTM by another name is the same grid.
+TEST_F(Layers, TheGridOfASystemWithoutNameIsComparedByItsParameters) {
+  Write("zone.json", R"({"global": {"ellipsoid": "WGS84"}, "projection": {"name": "TMERC",
+      "Central Meridian": -3, "Scale": 0.9996, "Lat0": 0, "East0": 500000, "North0": 0}})");
+  ASSERT_EQ(Run("convert --system zone.json in.csv -o own.gpkg").status, 0);
+  WriteLayer("utm.gpkg", 32630, 421273.1338, 5588014.0582, kH);
+  WriteLayer("national.gpkg", 27700, kEast, kNorth, 165.6607);
+  const std::string inverse = "convert --system zone.json --inverse --from-geometry -o - ";
+  for (const char* same : {"own.gpkg", "utm.gpkg"}) {
+    const ProgramRun run = Run(inverse + same);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_FALSE(Contains(run.err, " is in ")) << run.err;
+  }
+  const ProgramRun other = Run(inverse + "national.gpkg");
+  EXPECT_EQ(other.status, 2);
+  EXPECT_TRUE(Contains(other.err, "(EPSG:27700): the system's grid is")) << other.err;
+}
+
+// Options that meet: a layer of texts with decimal commas, geometry that PROJ converts, gons whose
+// place in GeoJSON is in degrees, a byte order mark where there is no header.
+TEST_F(Layers, OptionsThatMeet) {
+  Write("comma.csv", "lat;lon;h\n50,43885825610;-4,10864563561;215,251\n");
+  ASSERT_EQ(Run("convert --system gb.json comma.csv -o comma.gpkg").status, 0);
+  const ProgramRun comma =
+      Run("convert --system gb.json comma.gpkg --decimal-comma --results N,E,H -o -");
+  EXPECT_TRUE(Contains(comma.out, "\"62015,2106\"")) << comma.out << comma.err;
+
+  WriteLayer("web.gpkg", 3857, -457372.3400, 6522628.1229, kH);  // PROJ 9.1.1
+  double n = 0, e = 0;
+  const ProgramRun web = Run("convert --system gb.json web.gpkg --from-geometry -o -");
+  ASSERT_EQ(std::sscanf(Lines(web.out).at(1).c_str(), "%lf,%lf", &n, &e), 2) << web.err;
+  EXPECT_NEAR(n, kNorth, 1e-3);
+  EXPECT_NEAR(e, kEast, 1e-3);
+
+  Write("gon.csv", "lat_gon,lon_gon,h\n56.0431758,-4.5651618,215.251\n");
+  ASSERT_EQ(Run("convert --system gb.json gon.csv --angles gon -o gon.geojson").status, 0);
+  EXPECT_TRUE(Contains(Read("gon.geojson"), "[ -4.108645")) << Read("gon.geojson");
+
+  Write("mark.csv",
+        "\xEF\xBB\xBF"
+        "50.43885825610,-4.10864563561,215.251\n");
+  const ProgramRun mark =
+      Run("convert --system gb.json mark.csv --no-header --columns lat,lon,h -o -");
+  EXPECT_TRUE(Contains(mark.out, ",62015.2106,250357.81")) << mark.out << mark.err;
+}
+
 TEST_F(Layers, PointsStandAtXEastYNorthZUp) {
   for (const char* suffix : {".geojson", ".gpkg"}) {
     for (const char* command :
