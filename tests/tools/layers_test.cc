@@ -19,6 +19,7 @@ constexpr const char* kTp03 = "lat,lon,h\n50.43885825610,-4.10864563561,215.251\
 constexpr double kNorth = 62015.2109, kEast = 250357.8185;
 constexpr double kSeriesMetres = 3e-4;  // TTMProj against an exact TM
 constexpr double kDegrees = 1e-13;      // a text of 17 digits
+constexpr double kRegistrySet = 5e-3;   // the registry rounds the seven parameters otherwise
 
 class Layers : public ::testing::Test {
  protected:
@@ -223,15 +224,15 @@ TEST_F(Layers, OptionsThatMeet) {
   Write("comma.csv", "lat;lon;h\n50,43885825610;-4,10864563561;215,251\n");
   ASSERT_EQ(Run("convert --system gb.json comma.csv -o comma.gpkg").status, 0);
   const ProgramRun comma =
-      Run("convert --system gb.json comma.gpkg --decimal-comma --results N,E,H -o -");
+      Run("convert --system gb.json comma.gpkg --decimal-comma --results x,y,z -o -");
   EXPECT_TRUE(Contains(comma.out, "\"62015,2106\"")) << comma.out << comma.err;
 
   WriteLayer("web.gpkg", 3857, -457372.3400, 6522628.1229, kH);  // PROJ 9.1.1
   double n = 0, e = 0;
   const ProgramRun web = Run("convert --system gb.json web.gpkg --from-geometry -o -");
   ASSERT_EQ(std::sscanf(Lines(web.out).at(1).c_str(), "%lf,%lf", &n, &e), 2) << web.err;
-  EXPECT_NEAR(n, kNorth, 1e-3);
-  EXPECT_NEAR(e, kEast, 1e-3);
+  EXPECT_NEAR(n, kNorth, kRegistrySet);
+  EXPECT_NEAR(e, kEast, kRegistrySet);
 
   Write("gon.csv", "lat_gon,lon_gon,h\n56.0431758,-4.5651618,215.251\n");
   ASSERT_EQ(Run("convert --system gb.json gon.csv --angles gon -o gon.geojson").status, 0);
