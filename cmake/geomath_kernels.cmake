@@ -15,7 +15,7 @@ endfunction()
 # The kernels of a header of statements: a source <header>_kernel.cc is written into the build folder
 # that instantiates the loops for each of them, and compiled as above.
 #   geomath_add_column_kernel(HEADER CONVERSION...)    simd::ColumnKernel over columns of points
-#   geomath_add_projection_kernel(HEADER FORMULAS...)  the same, both directions of projections
+#   geomath_add_projection_kernel(HEADER FORMULAS...)  both directions of projections, derivatives
 #   geomath_add_grid_kernel(HEADER RULE...)            GridKernel over the nodes of a grid
 function(geomath_add_column_kernel header)
   geomath_write_kernel(${header} simd::ColumnKernel geomath/simd/column_kernel_loops.h ${ARGN})
@@ -24,7 +24,7 @@ endfunction()
 function(geomath_add_projection_kernel header)
   set(directions "")
   foreach(formulas IN LISTS ARGN)
-    list(APPEND directions "ForwardOf<${formulas}>" "InverseOf<${formulas}>")
+    list(APPEND directions "ForwardOf<${formulas}>" "InverseOf<${formulas}>" "DerivativesBy<${formulas}>")
   endforeach()
   geomath_write_kernel(${header} simd::ColumnKernel
     "geomath/proj/methods/kernels/projection_kernel.h;geomath/simd/column_kernel_loops.h" ${directions})

@@ -41,8 +41,11 @@ GEOMATH_API bool DistortionAt(const TGeoProj& proj, double b, double l, Distorti
 /// The same at a grid position (metres, internal axes).
 GEOMATH_API bool DistortionAtGrid(const TGeoProj& proj, double n, double e, Distortion& distortion);
 
-/// DistortionAt of `count` positions; all values NaN where it fails. Returns the number of the others.
+/// The same of `count` positions, with the bits of the single calls, about ten times as fast for
+/// geographic ones; all values NaN where it fails. Returns the number of the others.
 GEOMATH_API std::size_t DistortionAt(const TGeoProj& proj, const double* b, const double* l,
                                      Distortion* distortions, std::size_t count);
+GEOMATH_API std::size_t DistortionAtGrid(const TGeoProj& proj, const double* n, const double* e,
+                                         Distortion* distortions, std::size_t count);
 
 }  // namespace zel_cs::geomath

@@ -111,6 +111,11 @@ bool HasConstForm(const TGeoProj& proj, Call withAxes, Call withoutAxes, Point p
   return !hosts || HostReplaces(proj, point);
 }
 
+// A host's own map, of which a class of the library that it derives from knows nothing.
+bool HostProjects(const TGeoProj& proj) {
+  return HostReplaces(proj, &TGeoProj::_Forward) || HostReplaces(proj, &TGeoProj::ForwardPoint);
+}
+
 bool HostRotates(const TGeoProj& proj) {
   return HostReplaces(proj, &TGeoProj::RotateNE) || HostReplaces(proj, &TGeoProj::RotateBL) ||
          HostReplaces(proj, &TGeoProj::Rotate);
@@ -195,9 +200,43 @@ bool TGeoProj::InversePoint(double& n, double& e, PointFactors* factors) const {
 }
 
 bool TGeoProj::ForwardDerivatives(double b, double l, GridDerivatives& derivatives) const {
-  const bool hosts = HostReplaces(*this, &TGeoProj::_Forward) ||  //
-                     HostReplaces(*this, &TGeoProj::ForwardPoint);
-  return hosts ? TGeoProj::Differentiate(b, l, derivatives) : Differentiate(b, l, derivatives);
+  return HostProjects(*this) ? TGeoProj::Differentiate(b, l, derivatives)
+                             : Differentiate(b, l, derivatives);
+}
+
+std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* northL, double* eastL,
+                                              std::size_t count) const {
+  const bool hosts = HostProjects(*this);
+  std::size_t found = 0;
+  for (std::size_t start = 0; start < count; start += kBatchBlock) {
+    double* const columns[] = {b + start, l + start, northL + start, eastL + start};
+    const std::size_t n = std::min(kBatchBlock, count - start);
+    if (hosts)
+      for (std::size_t i = 0; i < n; ++i) {
+        GridDerivatives d{kNaN, kNaN, kNaN, kNaN};
+        TGeoProj::Differentiate(columns[0][i], columns[1][i], d);
+        columns[0][i] = d.northB, columns[1][i] = d.eastB;
+        columns[2][i] = d.northL, columns[3][i] = d.eastL;
+      }
+    else
+      DifferentiateBlock(columns, n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const bool good =
+          std::isfinite(columns[0][i] + columns[1][i] + columns[2][i] + columns[3][i]);
+      found += good;
+      for (double* const column : columns) column[i] = good ? column[i] : kNaN;
+    }
+  }
+  return found;
+}
+
+void TGeoProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  for (std::size_t i = 0; i < count; ++i) {
+    GridDerivatives d{kNaN, kNaN, kNaN, kNaN};
+    Differentiate(columns[0][i], columns[1][i], d);
+    columns[0][i] = d.northB, columns[1][i] = d.eastB;
+    columns[2][i] = d.northL, columns[3][i] = d.eastL;
+  }
 }
 
 bool TGeoProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {

@@ -120,6 +120,11 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// computes. False, the result untouched, where ForwardPoint fails, at latitudes of ±π/2, on figures
   /// flatter than 1/100, and in a class that has neither. Const and thread-safe.
   bool ForwardDerivatives(double b, double l, GridDerivatives& derivatives) const;
+  /// ForwardDerivatives of `count` positions: latitudes, longitudes and two columns that are not read
+  /// become the members of GridDerivatives, in their order; NaN in all where it fails. Returns the
+  /// number of the others. The bits are those of the single call.
+  std::size_t ForwardDerivativesBatch(double* b, double* l, double* northL, double* eastL,
+                                      std::size_t count) const;
 
   /// RotateNE and RotateBL of `count` pairs in place.
   void RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const;
@@ -176,6 +181,9 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// What ForwardDerivatives runs: the derivatives of ProjectPoint. The base takes the conformal map
   /// with the class's own scale and convergence.
   virtual bool Differentiate(double b, double l, GridDerivatives& derivatives) const;
+  /// Differentiate for a block of positions, the first two of the columns, in place; a point that
+  /// fails gets a first derivative that is not finite. The base calls Differentiate for each.
+  virtual void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const;
 
   Ellipsoid ell_;       ///< as SetEllipsoid left it
   double scale_;        ///< point scale of the last point

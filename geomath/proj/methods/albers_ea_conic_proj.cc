@@ -129,6 +129,10 @@ bool TAlbersEAConicProj::Differentiate(double b, double l, GridDerivatives& deri
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TAlbersEAConicProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TAlbersEAConicProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

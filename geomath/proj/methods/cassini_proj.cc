@@ -71,6 +71,10 @@ bool TCassiniProj::Differentiate(double b, double l, GridDerivatives& derivative
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TCassiniProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TCassiniProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

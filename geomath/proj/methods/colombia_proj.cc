@@ -81,6 +81,10 @@ bool TColombiaProj::Differentiate(double b, double l, GridDerivatives& derivativ
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TColombiaProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TColombiaProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

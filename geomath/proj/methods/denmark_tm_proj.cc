@@ -114,6 +114,10 @@ bool TDenmarkTMProj::Differentiate(double b, double l, GridDerivatives& derivati
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TDenmarkTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TDenmarkTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -83,6 +83,10 @@ bool TDoubleSter::Differentiate(double b, double l, GridDerivatives& derivatives
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TDoubleSter::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TDoubleSter::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

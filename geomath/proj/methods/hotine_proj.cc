@@ -43,8 +43,11 @@ bool HotineProj::UnprojectPoint(double& n, double& e, PointFactors* factors) con
 }
 
 bool HotineProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  const bool serves = std::abs(b) < kHalfPi && grid_.Projection().ServesForward(b, l);
-  return DerivativesOf(grid_, serves, b, l, derivatives);
+  return DerivativesOf(grid_, b, l, derivatives);
+}
+
+void HotineProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(grid_, columns, count);
 }
 
 void HotineProj::ForwardBlock(double* b, double* l, std::size_t count) const {

@@ -29,6 +29,10 @@ bool TKMSProjTM::Differentiate(double b, double l, GridDerivatives& derivatives)
   return n == ownN && e == ownE && TDenmarkTMProj::Differentiate(b, l, derivatives);
 }
 
+void TKMSProjTM::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  TGeoProj::DifferentiateBlock(columns, count);
+}
+
 void TKMSProjTM::ForwardBlock(double* b, double* l, std::size_t count) const {
   TGeoProj::ForwardBlock(b, l, count);
 }

@@ -47,6 +47,10 @@ bool TKMSTransProj::Differentiate(double b, double l, GridDerivatives& derivativ
   return n == ownN && e == ownE && TDenmarkTMProj::Differentiate(b, l, derivatives);
 }
 
+void TKMSTransProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  TGeoProj::DifferentiateBlock(columns, count);
+}
+
 void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   TGeoProj::ForwardBlock(b, l, count);
 }

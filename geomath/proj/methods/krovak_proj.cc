@@ -124,6 +124,10 @@ bool TKrovakProj::Differentiate(double b, double l, GridDerivatives& derivatives
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TKrovakProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TKrovakProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

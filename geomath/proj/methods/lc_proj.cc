@@ -121,6 +121,10 @@ bool TLCProj::Differentiate(double b, double l, GridDerivatives& derivatives) co
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TLCProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TLCProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -56,6 +56,11 @@ bool TMalaysia_CS2000Proj::Differentiate(double b, double l, GridDerivatives& de
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TMalaysia_CS2000Proj::DifferentiateBlock(double* const (&columns)[4],
+                                              std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TMalaysia_CS2000Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -88,6 +88,10 @@ bool TMercatorProj::Differentiate(double b, double l, GridDerivatives& derivativ
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TMercatorProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TMercatorProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -54,6 +54,10 @@ bool TMinnesota_LAProj::Differentiate(double b, double l, GridDerivatives& deriv
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TMinnesota_LAProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TMinnesota_LAProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

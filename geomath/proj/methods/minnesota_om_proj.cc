@@ -43,8 +43,11 @@ bool TMinnesota_OMProj::UnprojectPoint(double& n, double& e, PointFactors* facto
 }
 
 bool TMinnesota_OMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  const bool serves = std::abs(b) < kHalfPi && grid_.Projection().ServesForward(b, l);
-  return DerivativesOf(grid_, serves, b, l, derivatives);
+  return DerivativesOf(grid_, b, l, derivatives);
+}
+
+void TMinnesota_OMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(grid_, columns, count);
 }
 
 void TMinnesota_OMProj::ForwardBlock(double* b, double* l, std::size_t count) const {

@@ -47,6 +47,10 @@ bool TMinnesota_TMProj::Differentiate(double b, double l, GridDerivatives& deriv
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TMinnesota_TMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TMinnesota_TMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

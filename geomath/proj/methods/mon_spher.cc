@@ -93,6 +93,10 @@ bool TMonSpher::Differentiate(double b, double l, GridDerivatives& derivatives) 
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TMonSpher::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TMonSpher::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

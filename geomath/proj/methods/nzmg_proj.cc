@@ -69,6 +69,10 @@ bool TNZMGProj::Differentiate(double b, double l, GridDerivatives& derivatives) 
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TNZMGProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TNZMGProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

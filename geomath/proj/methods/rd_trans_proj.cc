@@ -45,6 +45,11 @@ bool TRDTransProj::Differentiate(double b, double l, GridDerivatives& derivative
   return n == ownN && e == ownE && TDoubleSter::Differentiate(b, l, derivatives);
 }
 
+void TRDTransProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  correction_ ? TGeoProj::DifferentiateBlock(columns, count)
+              : TDoubleSter::DifferentiateBlock(columns, count);
+}
+
 void TRDTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   correction_ ? TGeoProj::ForwardBlock(b, l, count) : TDoubleSter::ForwardBlock(b, l, count);
 }

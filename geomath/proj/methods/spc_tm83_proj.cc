@@ -75,6 +75,10 @@ bool TSPC_TM83Proj::Differentiate(double b, double l, GridDerivatives& derivativ
   return DerivativesOf(Formulas(), b, l, derivatives);
 }
 
+void TSPC_TM83Proj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(Formulas(), columns, count);
+}
+
 void TSPC_TM83Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(Formulas(), *this, b, l, count);
 }

@@ -116,6 +116,11 @@ bool TSterProj::Differentiate(double b, double l, GridDerivatives& derivatives) 
                 : DerivativesOf(Oblique(), b, l, derivatives);
 }
 
+void TSterProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  polar_ ? DerivativesByKernel(Polar(), columns, count)
+         : DerivativesByKernel(Oblique(), columns, count);
+}
+
 void TSterProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   polar_ ? ForwardByKernel(Polar(), *this, b, l, count)
          : ForwardByKernel(Oblique(), *this, b, l, count);

@@ -55,6 +55,7 @@ class GEOMATH_API TSterProj : public TGeoProj {
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
+  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

@@ -83,6 +83,10 @@ bool TSwissProj::Differentiate(double b, double l, GridDerivatives& derivatives)
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TSwissProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TSwissProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

@@ -47,6 +47,10 @@ bool TTTMNZ::Differentiate(double b, double l, GridDerivatives& derivatives) con
   return DerivativesOf(TmNzFormulas{TUTMProj::Formulas(), Grid()}, b, l, derivatives);
 }
 
+void TTTMNZ::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, columns, count);
+}
+
 void TTTMNZ::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, b, l, count);
 }

@@ -28,6 +28,7 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
+  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

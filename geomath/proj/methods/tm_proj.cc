@@ -121,6 +121,10 @@ bool TTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) co
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

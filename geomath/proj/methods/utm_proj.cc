@@ -116,6 +116,10 @@ bool TUTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) c
   return DerivativesOf(formulas_, b, l, derivatives);
 }
 
+void TUTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
+  DerivativesByKernel(formulas_, columns, count);
+}
+
 void TUTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   ForwardByKernel(formulas_, *this, b, l, count);
 }

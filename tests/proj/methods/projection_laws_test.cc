@@ -960,11 +960,14 @@ TEST_P(ProjectionLaws, DerivativesAgreeWithNumericDifferences) {
   EXPECT_EQ(untouched.eastL, 4);
 }
 
-// A point that is refused has no derivatives, and one that has them a grid about it.
+// A point that is refused has no derivatives, and one that has them a grid about it; a batch has the
+// bits of the single calls.
 TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
   const ProjPtr proj = Make();
+  std::vector<double> b, l;
   for (double phi = -1.65; phi < 1.66; phi += 0.075)
     for (double lambda = -6; lambda < 6.1; lambda += 0.3) {
+      b.push_back(phi), l.push_back(lambda);
       double n = phi, e = lambda;
       GridDerivatives d{};
       const bool converted = proj->ForwardPoint(n, e);
@@ -972,6 +975,24 @@ TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
       EXPECT_LE(differentiated, converted) << phi << ' ' << lambda;
       EXPECT_EQ(differentiated, d.northB != 0 || d.eastB != 0) << phi << ' ' << lambda;
     }
+  ForEachPoint([&](double phi, double lambda) { b.push_back(phi), l.push_back(lambda); });
+  std::vector<double> northB = b, eastB = l, northL(b.size()), eastL(b.size());
+  const std::size_t found = proj->ForwardDerivativesBatch(northB.data(), eastB.data(),
+                                                          northL.data(), eastL.data(), b.size());
+  std::size_t expected = 0;
+  for (std::size_t i = 0; i < b.size(); ++i) {
+    GridDerivatives d;
+    if (!proj->ForwardDerivatives(b[i], l[i], d)) {
+      EXPECT_TRUE(std::isnan(northB[i]) && std::isnan(eastL[i])) << b[i] << ' ' << l[i];
+      continue;
+    }
+    ++expected;
+    EXPECT_EQ(northB[i], d.northB) << b[i] << ' ' << l[i];
+    EXPECT_EQ(eastB[i], d.eastB) << b[i] << ' ' << l[i];
+    EXPECT_EQ(northL[i], d.northL) << b[i] << ' ' << l[i];
+    EXPECT_EQ(eastL[i], d.eastL) << b[i] << ' ' << l[i];
+  }
+  EXPECT_EQ(found, expected);
 }
 
 // Whatever numbers come in, as coordinates, parameters or flattening: no crash, no endless loop, and a point

@@ -45,6 +45,9 @@ class HotineGrid {
     const bool offMeridian = l != hotine_.lambda0;
     return offMeridian & hotine_.ServesForward(b, l);
   }
+  GEOMATH_INLINE bool ServesDerivatives(double b, double l) const {
+    return hotine_.ServesForward(b, l);
+  }
   GEOMATH_INLINE bool ServesInverse(double n, double e) const {
     return hotine_.ServesInverse(ToSkew(n, e));
   }

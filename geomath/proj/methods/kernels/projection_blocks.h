@@ -4,12 +4,10 @@
 #include <cstddef>
 #include <limits>
 
-#include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/host_replaces.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
-#include "geomath/simd/dual.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
@@ -32,26 +30,25 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
   return formulas.template Inverse<simd::Libm>(n, e);
 }
 
-/// The derivatives of formulas that are templates on their functions; false where `serves` does not
-/// hold, which is ServesForward unless a class says otherwise, and where they or the point, which
+/// Differentiate of a class whose formulas have a kernel: false where they or the point, which
 /// formulas make NaN beyond their limits, are not finite.
 template <class Formulas>
-bool DerivativesOf(const Formulas& formulas, bool serves, double b, double l,
-                   GridDerivatives& derivatives) {
-  simd::Dual north(b, 1, 0), east(l, 0, 1);
-  if (!serves) return false;
-  formulas.template Forward<simd::DualMath>(north, east);
-  const GridDerivatives found{north.first, east.first, north.second, east.second};
-  if (!std::isfinite(found.northB + found.eastB + found.northL + found.eastL)) return false;
-  if (!std::isfinite(north.value) || !std::isfinite(east.value)) return false;
-  derivatives = found;
+bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
+  const DerivativesBy<Formulas> kernel{formulas};
+  double northL, eastL;
+  if (!kernel.Serves(b, l, 0, 0)) return false;
+  kernel.template Convert<simd::Polynomial<simd::Baseline>>(b, l, northL, eastL);
+  if (!std::isfinite(b + l + northL + eastL)) return false;
+  derivatives = {b, l, northL, eastL};
   return true;
 }
 
+/// DifferentiateBlock of such a class.
 template <class Formulas>
-bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
-  const bool serves = std::abs(b) < kHalfPi && formulas.ServesForward(b, l);
-  return DerivativesOf(formulas, serves, b, l, derivatives);
+void DerivativesByKernel(const Formulas& formulas, double* const (&columns)[4], std::size_t count) {
+  constexpr double kRefused = std::numeric_limits<double>::quiet_NaN();
+  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count,
+            [](double(&point)[4]) { point[0] = kRefused; });
 }
 
 /// Runs `single`, which converts one point, over a block in place.

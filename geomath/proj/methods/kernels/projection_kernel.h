@@ -1,7 +1,10 @@
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 
+#include "geomath/base/angle.h"
+#include "geomath/simd/dual.h"
 #include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
@@ -36,6 +39,32 @@ struct InverseOf {
     formulas.template Inverse<Math>(n, e);
   }
   GEOMATH_INLINE bool Serves(double n, double e) const { return formulas.ServesInverse(n, e); }
+};
+
+/// The derivatives of Forward, by dual numbers: latitude, longitude and two columns that are not read
+/// become GridDerivatives in its order, not finite where the formulas refuse the point.
+template <class Formulas>
+struct DerivativesBy {
+  static constexpr std::size_t kColumns = 4;
+  Formulas formulas;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& b, double& l, double& third, double& fourth) const {
+    simd::Dual north(b, 1, 0), east(l, 0, 1);
+    formulas.template Forward<simd::DualMath<Math>>(north, east);
+    const double exists = 0 * (north.value + east.value);  // or NaN
+    b = north.first + exists;
+    l = east.first + exists;
+    third = north.second + exists;
+    fourth = east.second + exists;
+  }
+  GEOMATH_INLINE bool Serves(double b, double l, double, double) const {
+    const bool latitude = std::abs(b) < kHalfPi;
+    if constexpr (requires { formulas.ServesDerivatives(b, l); })
+      return latitude & formulas.ServesDerivatives(b, l);
+    else
+      return latitude & formulas.ServesForward(b, l);
+  }
 };
 
 }  // namespace zel_cs::geomath
