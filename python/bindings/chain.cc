@@ -149,7 +149,9 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
   }
   py::object results =
       ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t first, std::size_t n) {
-        (object.chain.*batch)(c[0], c[1], c[2], n, 1, to ? to + first : nullptr);
+        ChainStep* const failed = to ? to + first : nullptr;
+        (object.chain.*batch)(c[0], c[1], c[2], n, 1, failed);
+        if (batch == &CoordinateChain::ToGlobalBatch) DropBeyondTheMap(c, 3, n, failed);
         if (after != 1) Multiply(c[0], n, after), Multiply(c[1], n, after);
       });
   if (!returnSteps) return results;

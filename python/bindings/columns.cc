@@ -91,6 +91,17 @@ std::array<Argument, 2> PositionArguments(const py::object& lat, const py::objec
           AngleArgument("lon", lon, kinds[axes.northFirst], degrees)};
 }
 
+void DropBeyondTheMap(double* const* columns, std::size_t width, std::size_t count,
+                      ChainStep* steps) {
+  const double limit = LargestAngle(AngleKind::longitude) * kRadPerDeg;
+  for (std::size_t i = 0; i < count; ++i) {
+    if (!(std::abs(columns[0][i]) > limit || std::abs(columns[1][i]) > limit)) continue;
+    for (std::size_t c = 0; c < width; ++c)
+      columns[c][i] = std::numeric_limits<double>::quiet_NaN();
+    if (steps) steps[i] = ChainStep::projection;
+  }
+}
+
 void RequireAngle(const std::string& subject, double degrees, AngleKind kind) {
   const std::string problem = std::isfinite(degrees)
                                   ? geomath_files::AngleRangeProblem(degrees, kind)

@@ -14,6 +14,7 @@
 
 #include "files/system/system_sections.h"
 #include "files/words/number_text.h"
+#include "geomath/chain/coordinate_chain.h"
 
 /// How methods of the package take and give coordinates: numbers or arrays of any shape, which are
 /// broadcast against each other, and results of the common shape. Arguments are copied into the
@@ -41,6 +42,11 @@ Argument AngleArgument(const char* name, py::object value, geomath_files::AngleK
 /// A pair of latitude and longitude, in the order of its axes.
 std::array<Argument, 2> PositionArguments(const py::object& lat, const py::object& lon,
                                           geomath_files::AxisPair axes, bool degrees);
+
+/// Positions that an inverse put more than a full turn away, in radians in the first two columns of
+/// `width`, become NaN: the point lies beyond the map. `steps`, when given, names the projection.
+void DropBeyondTheMap(double* const* columns, std::size_t width, std::size_t count,
+                      zel_cs::geomath::ChainStep* steps = nullptr);
 
 /// Throws Error, which begins with the subject, for degrees that are out of range or no number.
 void RequireAngle(const std::string& subject, double degrees, geomath_files::AngleKind kind);

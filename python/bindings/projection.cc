@@ -61,6 +61,7 @@ py::object Inverse(const ProjectionObject& p, py::object north, py::object east,
   const std::array<Argument, 2> arguments = {{{"north", north}, {"east", east}}};
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     p.projection->InverseBatch(c[0], c[1], n);
+    DropBeyondTheMap(c, 2, n);
     if (degrees) Multiply(c[0], n, kDegPerRad), Multiply(c[1], n, kDegPerRad);
   });
 }
@@ -214,7 +215,7 @@ other axes both pairs stand in the order of their axes.)")
 Grid coordinates to (lat, lon): degrees, or radians with degrees=False.
 
 north, east: metres, numbers or arrays, broadcast together. out: two float64 arrays for the results.
-A point that has no position gives NaN in both.)")
+A point that has no position, or one more than a full turn away, gives NaN in both.)")
       .def("factors", &Factors, py::arg("lat"), py::arg("lon"), py::kw_only(),
            py::arg("degrees") = true, py::arg("out") = py::none(),
            R"(factors(self, lat, lon, *, degrees=True, out=None)

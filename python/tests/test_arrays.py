@@ -113,6 +113,20 @@ def test_positions_beyond_the_ranges_are_nan(britain: CoordinateChain, degrees: 
     assert np.isnan(heights.height(0, 361 * unit, degrees=degrees))
 
 
+def test_positions_beyond_the_map_are_nan() -> None:
+    # Beyond the pole of a cone that half a turn wraps 139 degrees from its axis at 170 degrees east.
+    parameters: Any = dict(south_lat=49, north_lat=52, lon0=170, lat0=50, east0=0, north0=0, scale=1)
+    cone = Projection("LC", **parameters)
+    north, east = np.array([0.0, 9e6, 2e6]), np.array([0.0, 1e6, 1e6])
+    lat, lon = cone.inverse(north, east)
+    assert np.isnan(lat).tolist() == np.isnan(lon).tolist() == [False, True, False]
+    assert np.abs(lon[[0, 2]]).max() <= 360
+    chain = CoordinateChain(projection=cone)
+    *position, steps = chain.to_global(north, east, return_steps=True)
+    assert np.isnan(position).tolist() == [[False, True, False]] * 3
+    assert steps.tolist() == [0, ChainStep.PROJECTION, 0]
+
+
 def test_masked_elements_become_nan(britain: CoordinateChain) -> None:
     lat: Any = np.ma.masked_equal([52, 53], 53)  # type: ignore[no-untyped-call]
     assert np.isnan(britain.to_local(lat, 0)).tolist() == [[False, True]] * 3
