@@ -19,6 +19,7 @@ namespace {
 
 struct SystemOptions {
   std::string code, find, output, operation, near;
+  std::vector<std::string> grids;
   bool list = false, noDatum = false;
 };
 
@@ -66,6 +67,8 @@ int MakeSystem(const SystemOptions& options) {
   if (options.code.empty()) throw UserError("give --epsg CODE; --find PLACE|NAME finds one");
   const std::string code = CodeOf("--epsg", options.code);
   DatumWish wish{options.noDatum, {}, PositionOf(options.near)};
+  wish.grids = options.grids;
+  wish.output = options.output;
   if (!options.operation.empty()) wish.operation = CodeOf("--operation", options.operation);
   if (options.list) {
     std::fputs(ListEpsgOperations(code, wish).c_str(), stdout);
@@ -87,10 +90,12 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
   const auto options = std::make_shared<SystemOptions>();
   arguments.footer(
       "Takes a projected system from the EPSG registry, in PROJ's database on this machine: its\n"
-      "projection, ellipsoid and axes, and a transformation of at most seven parameters to WGS "
-      "84:\n"
-      "the one that covers the system's area, and of these the most accurate. Standard error says\n"
-      "which. Coordinates are metres whatever unit the registry has.");
+      "projection, ellipsoid and axes, and a transformation to WGS 84 or to what the registry "
+      "takes\n"
+      "for it: the one that covers the system's area, and of these the most accurate whose files\n"
+      "are found. Standard error says which. Files of grids are looked for in --grids, in\n"
+      "GEOMATH_GRIDS (folders separated by colons), beside the output and in PROJ's folders.\n"
+      "Coordinates are metres whatever unit the registry has.");
   auto* code =
       arguments.add_option("--epsg", options->code, "code of the system: 27700 or EPSG:27700");
   arguments
@@ -102,6 +107,12 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
                        "system file, replaced if it exists; - for standard output");
   auto* operation = arguments.add_option("--operation", options->operation,
                                          "code of the transformation to WGS 84 to take");
+  arguments
+      .add_option("--grids", options->grids,
+                  "folder with files of grids (.gsb, .tif, .json), before those of GEOMATH_GRIDS; "
+                  "may be repeated")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   auto* near = arguments.add_option("--near", options->near,
                                     "LAT,LON of a place: the transformation that is best there");
   arguments

@@ -37,8 +37,7 @@ constexpr MethodRow kMethods[] = {
     {{1034, 1039, 9636}, false},  // and coordinate frame
 };
 
-// Steps that move no point: between geographic and geocentric coordinates, between orders of axes.
-constexpr int kNoMoves[] = {9602, 9843};
+// Longitudes that count from another meridian.
 constexpr int kLongitudeRotation = 9601;
 
 template <class Codes>
@@ -53,71 +52,42 @@ const MethodRow* FindMethod(int code) {
   return nullptr;
 }
 
-// A similarity as the registry publishes it, perhaps about a pivot, perhaps to be run backwards.
-struct Step {
-  SevenParameters seven;
-  Vector pivot{0, 0, 0};
-  bool inverse = false;
-
-  bool IsPlain() const { return !inverse && pivot == Vector(0, 0, 0); }
-
-  // X ↦ T + P + (1 + s)·R·(X − P), R being the exact rotation of Datum.
-  Vector Apply(const Vector& x) const {
-    const double sense = seven.positionVector ? -1 : 1;
-    const double *t = seven.shift, *r = seven.rotation;
-    const Datum datum(nullptr, t[0], t[1], t[2], sense * r[0], sense * r[1], sense * r[2],
-                      seven.ppm * 1e-6, userTypeUser, nullptr);
-    Vector p = x - pivot;
-    if (inverse)
-      datum.ToLocalDatum(p);
-    else
-      datum.ToWGS84Datum(p);
-    return p + pivot;
-  }
-};
+// X ↦ T + P + (1 + s)·R·(X − P), R being the exact rotation of Datum.
+Vector Apply(const RegisteredSimilarity& step, const Vector& x) {
+  const SevenParameters& seven = step.seven;
+  const double sense = seven.positionVector ? -1 : 1;
+  const double *t = seven.shift, *r = seven.rotation;
+  const Datum datum(nullptr, t[0], t[1], t[2], sense * r[0], sense * r[1], sense * r[2],
+                    seven.ppm * 1e-6, userTypeUser, nullptr);
+  const Vector pivot(step.pivot[0], step.pivot[1], step.pivot[2]);
+  Vector p = x - pivot;
+  if (step.inverse)
+    datum.ToLocalDatum(p);
+  else
+    datum.ToWGS84Datum(p);
+  return p + pivot;
+}
 
 // A rotation of longitude takes one prime meridian to another, which is nothing since the
 // projection's longitudes count from Greenwich. What goes beyond that turns the system about its
 // axis.
-Step ReadLongitudeRotation(const json& part) {
+RegisteredSimilarity ReadLongitudeRotation(const json& part) {
   const json* offset = FindParameter(part.at("parameters"), kLongitudeOffset);
   const double turn = (offset ? Degrees(*offset) : 0) + PrimeMeridianOf(part.at("target_crs")) -
                       PrimeMeridianOf(part.at("source_crs"));
   constexpr double kRounding = 1e-12;  // degrees
-  Step step;
+  RegisteredSimilarity step;
   step.seven.positionVector = true;
   if (std::abs(turn) > kRounding) step.seven.rotation[2] = turn * 3600;
-  return step;
-}
-
-// Nothing for a method that is no similarity.
-std::optional<Step> ReadStep(const json& part, const json& method) {
-  if (CodeIn(method) == kLongitudeRotation) return ReadLongitudeRotation(part);
-  const int inverse = CodeIn(method, "INVERSE(EPSG)");
-  const MethodRow* row = FindMethod(inverse ? inverse : CodeIn(method));
-  if (!row) return std::nullopt;
-  const auto read = [&](int code, double (*unit)(const json&)) {
-    const json* parameter = FindParameter(part.at("parameters"), code);
-    return parameter ? unit(*parameter) : 0;
-  };
-  Step step;
-  for (int i = 0; i < 3; ++i) {
-    step.seven.shift[i] = read(kTranslations[i], Metres);
-    step.seven.rotation[i] = read(kRotations[i], ArcSeconds);
-    step.pivot[i] = read(kPivots[i], Metres);
-  }
-  step.seven.ppm = read(kScaleDifference, Factor) * 1e6;
-  step.seven.positionVector = row->positionVector;
-  step.inverse = inverse != 0;
   return step;
 }
 
 // Similarities one after the other are one similarity. Its parameters, in the coordinate-frame
 // sense, follow from where the origin and a point on each axis go: T + (1 + s)·Rᵀ·X with
 // R = Rx·Ry·Rz, as in Similarity.
-SevenParameters Join(const std::vector<Step>& steps) {
+SevenParameters Join(const std::vector<RegisteredSimilarity>& steps) {
   const auto map = [&](Vector p) {
-    for (const Step& step : steps) p = step.Apply(p);
+    for (const RegisteredSimilarity& step : steps) p = Apply(step, p);
     return p;
   };
   constexpr double kFar = 1e7;  // metres: beyond it no digit is gained
@@ -168,28 +138,43 @@ ordered_json SevenParameters::Section() const {
   return section;
 }
 
-HeldOperation HoldOperation(const json& document) {
-  HeldOperation held;
-  std::vector<Step> steps;
-  bool similar = true;
-  for (const json& part : document.value("steps", json::array({document}))) {
-    const json method = part.value("method", json::object());
-    if (Contains(kNoMoves, CodeIn(method))) continue;
-    const std::optional<Step> step = ReadStep(part, method);
-    similar = similar && step;
-    if (step && step->seven.IsNull()) continue;
-    held.method += (held.method.empty() ? "" : " + ") + method.value("name", "?");
-    if (step) steps.push_back(*step);
+bool RegisteredSimilarity::IsPlain() const {
+  return !inverse &&
+         std::all_of(std::begin(pivot), std::end(pivot), [](double x) { return x == 0; });
+}
+
+ordered_json RegisteredSimilarity::Section() const {
+  ordered_json section = seven.Section();
+  if (pivot[0] != 0 || pivot[1] != 0 || pivot[2] != 0)
+    section.update({{"pivotX", pivot[0]}, {"pivotY", pivot[1]}, {"pivotZ", pivot[2]}});
+  return section;
+}
+
+std::optional<RegisteredSimilarity> ReadSimilarity(const json& part) {
+  const json method = part.value("method", json::object());
+  if (CodeIn(method) == kLongitudeRotation) return ReadLongitudeRotation(part);
+  const int inverse = CodeIn(method, "INVERSE(EPSG)");
+  const MethodRow* row = FindMethod(inverse ? inverse : CodeIn(method));
+  if (!row) return std::nullopt;
+  const auto read = [&](int code, double (*unit)(const json&)) {
+    const json* parameter = FindParameter(part.at("parameters"), code);
+    return parameter ? unit(*parameter) : 0;
+  };
+  RegisteredSimilarity step;
+  for (int i = 0; i < 3; ++i) {
+    step.seven.shift[i] = read(kTranslations[i], Metres);
+    step.seven.rotation[i] = read(kRotations[i], ArcSeconds);
+    step.pivot[i] = read(kPivots[i], Metres);
   }
-  if (held.method.empty()) held.method = "no shift";
-  if (!similar) return held;
-  if (steps.empty()) {
-    held.parameters.emplace();
-  } else {
-    const bool published = steps.size() == 1 && steps[0].IsPlain();
-    held.parameters = published ? steps[0].seven : Join(steps);
-  }
-  return held;
+  step.seven.ppm = read(kScaleDifference, Factor) * 1e6;
+  step.seven.positionVector = row->positionVector;
+  step.inverse = inverse != 0;
+  return step;
+}
+
+SevenParameters JoinSimilarities(const std::vector<RegisteredSimilarity>& steps) {
+  if (steps.empty()) return {};
+  return steps.size() == 1 && steps[0].IsPlain() ? steps[0].seven : Join(steps);
 }
 
 }  // namespace geomath_files

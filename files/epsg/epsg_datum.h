@@ -2,7 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
-#include <string>
+#include <vector>
 
 namespace geomath_files {
 
@@ -19,14 +19,23 @@ struct SevenParameters {
   nlohmann::ordered_json Section() const;
 };
 
-/// What a system file can hold of a transformation, PROJJSON.
-struct HeldOperation {
-  std::string method;                         ///< "NTv2"; those of several steps joined by " + "
-  std::optional<SevenParameters> parameters;  ///< where it is a similarity: as published, or joined
+/// A similarity as the registry publishes it, perhaps about a pivot, perhaps to be run backwards.
+struct RegisteredSimilarity {
+  SevenParameters seven;
+  double pivot[3] = {};
+  bool inverse = false;
+
+  bool IsPlain() const;
+  /// What "similarity" is in the list "shifts" of a system file, whose rotations are those of the
+  /// registry's methods.
+  nlohmann::ordered_json Section() const;
 };
 
-/// Steps between prime meridians count as nothing: the projection's longitudes count from
-/// Greenwich.
-HeldOperation HoldOperation(const nlohmann::json& document);
+/// A step of a transformation, PROJJSON, that is a similarity; nothing for one that is not. A
+/// rotation of longitudes counts as far as it goes beyond the prime meridians of its two systems.
+std::optional<RegisteredSimilarity> ReadSimilarity(const nlohmann::json& step);
+
+/// Similarities one after the other as one: as published when it is the only one.
+SevenParameters JoinSimilarities(const std::vector<RegisteredSimilarity>& steps);
 
 }  // namespace geomath_files

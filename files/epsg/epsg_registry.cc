@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sstream>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -15,7 +16,6 @@ namespace geomath_files {
 namespace {
 
 constexpr const char* kAuthority = "EPSG";
-constexpr const char* kWgs84 = "4326";
 
 // PROJ's objects with its ways to destroy them.
 struct Destroy {
@@ -68,6 +68,19 @@ struct EpsgRegistry::Context {
   Owned<PJ> Find(const std::string& code) const {
     return Owned<PJ>(
         proj_create_from_database(pj, kAuthority, code.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
+  }
+  Owned<PJ> FindOperation(const std::string& code, bool withFilesOfProj) const {
+    return Owned<PJ>(proj_create_from_database(
+        pj, kAuthority, code.c_str(), PJ_CATEGORY_COORDINATE_OPERATION, withFilesOfProj, nullptr));
+  }
+  RegisteredOperation Describe(const PJ* operation) const {
+    RegisteredOperation found;
+    found.code = CodeOf(operation);
+    found.name = proj_get_name(operation);
+    found.accuracy = proj_coordoperation_get_accuracy(pj, operation);
+    found.document = DocumentOf(pj, operation);
+    found.area = AreaOf(pj, operation, &found.areaName);
+    return found;
   }
 };
 
@@ -127,10 +140,11 @@ std::vector<ListedCrs> EpsgRegistry::ProjectedSystems() const {
   return systems;
 }
 
-std::vector<RegisteredOperation> EpsgRegistry::OperationsToWgs84(const std::string& code,
-                                                                 const GeoBox& box) const {
+std::vector<RegisteredOperation> EpsgRegistry::Operations(const std::string& from,
+                                                          const std::string& to, const GeoBox& box,
+                                                          Joining joining) const {
   PJ_CONTEXT* pj = context_->pj;
-  const Owned<PJ> source = context_->Find(code), target = context_->Find(kWgs84);
+  const Owned<PJ> source = context_->Find(from), target = context_->Find(to);
   const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
       proj_create_operation_factory_context(pj, nullptr));
   proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,
@@ -143,19 +157,53 @@ std::vector<RegisteredOperation> EpsgRegistry::OperationsToWgs84(const std::stri
   // Grids under the registry's names and methods, not those of PROJ's own files.
   proj_operation_factory_context_set_use_proj_alternative_grid_names(pj, factory.get(), 0);
   proj_operation_factory_context_set_allow_ballpark_transformations(pj, factory.get(), 0);
+  if (joining == Joining::none)
+    proj_operation_factory_context_set_allow_use_intermediate_crs(pj, factory.get(),
+                                                                  PROJ_INTERMEDIATE_CRS_USE_NEVER);
   const Owned<PJ_OBJ_LIST> list(
       proj_create_operations(pj, source.get(), target.get(), factory.get()));
   std::vector<RegisteredOperation> operations;
   for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {
     const Owned<PJ> operation(proj_list_get(pj, list.get(), i));
-    RegisteredOperation& found = operations.emplace_back();
-    found.code = CodeOf(operation.get());
-    found.name = proj_get_name(operation.get());
-    found.accuracy = proj_coordoperation_get_accuracy(pj, operation.get());
-    found.document = DocumentOf(pj, operation.get());
-    found.area = AreaOf(pj, operation.get(), &found.areaName);
+    operations.push_back(context_->Describe(operation.get()));
   }
   return operations;
+}
+
+std::optional<RegisteredOperation> EpsgRegistry::Operation(const std::string& code,
+                                                           bool turnedRound) const {
+  Owned<PJ> operation = context_->FindOperation(code, false);
+  if (operation && turnedRound)
+    operation.reset(proj_coordoperation_create_inverse(context_->pj, operation.get()));
+  if (!operation) return std::nullopt;
+  return context_->Describe(operation.get());
+}
+
+std::optional<ProjGrid> EpsgRegistry::GridOfProj(const std::string& code) const {
+  const Owned<PJ> operation = context_->FindOperation(code, true);
+  if (!operation) return std::nullopt;
+  const json document = DocumentOf(context_->pj, operation.get());
+  for (const json& parameter : document.value("parameters", json::array())) {
+    const json value = parameter.value("value", json());
+    const std::string method = document.at("method").value("name", "");
+    if (value.is_string()) return ProjGrid{value, method.starts_with("Inverse of ")};
+  }
+  return std::nullopt;
+}
+
+std::vector<std::string> EpsgRegistry::ProjFolders() {
+  const char* path = proj_info().searchpath;
+  std::istringstream stream(path ? path : "");
+  std::vector<std::string> folders;
+  for (std::string folder; std::getline(stream, folder, ':');) folders.push_back(folder);
+  return folders;
+}
+
+std::string EpsgRegistry::FindInProj(const std::string& name) const {
+  const char* path = nullptr;
+  const int known = proj_grid_get_info_from_database(context_->pj, name.c_str(), &path, nullptr,
+                                                     nullptr, nullptr, nullptr, nullptr);
+  return known && path ? path : "";
 }
 
 }  // namespace geomath_files

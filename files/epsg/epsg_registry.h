@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -25,7 +26,7 @@ struct ListedCrs {
   GeoBox area;  ///< of use
 };
 
-/// A transformation between two geographic systems as the registry has it.
+/// A transformation between two systems as the registry has it.
 struct RegisteredOperation {
   std::string code;  ///< "1314"; empty for one that is put together from several
   std::string name;
@@ -34,6 +35,15 @@ struct RegisteredOperation {
   GeoBox area;              ///< of use
   std::string areaName;
 };
+
+/// A file in which PROJ has the grid of a transformation.
+struct ProjGrid {
+  std::string name;      ///< "fr_ign_ntf_r93.tif"
+  bool inverse = false;  ///< leads the other way than the registry's transformation
+};
+
+/// Whether transformations may be put together from several where there is no direct one.
+enum class Joining { none, allowed };
 
 /// The EPSG registry in the database of PROJ. Nothing is fetched from a network.
 class EpsgRegistry {
@@ -48,10 +58,21 @@ class EpsgRegistry {
   RegisteredCrs Crs(const std::string& code) const;
   /// All projected systems that are not deprecated.
   std::vector<ListedCrs> ProjectedSystems() const;
-  /// What leads from a geographic system to WGS 84 somewhere in the box, superseded and deprecated
+  /// What leads from a system to another somewhere in the box, superseded and deprecated
   /// transformations left out, in PROJ's order of preference.
-  std::vector<RegisteredOperation> OperationsToWgs84(const std::string& code,
-                                                     const GeoBox& box) const;
+  std::vector<RegisteredOperation> Operations(const std::string& source, const std::string& target,
+                                              const GeoBox& box,
+                                              Joining joining = Joining::allowed) const;
+  /// The transformation of a code, as it is published or turned round; nothing for a code that is
+  /// none of one.
+  std::optional<RegisteredOperation> Operation(const std::string& code,
+                                               bool turnedRound = false) const;
+  /// PROJ's own file for the transformation of a code; nothing where it has none.
+  std::optional<ProjGrid> GridOfProj(const std::string& code) const;
+  /// The folders in which PROJ looks for its files.
+  static std::vector<std::string> ProjFolders();
+  /// Where PROJ has a file, perhaps under the name of an earlier version; empty when it is not there.
+  std::string FindInProj(const std::string& name) const;
 
  private:
   struct Context;

@@ -1,17 +1,22 @@
 #include "files/epsg/epsg_system.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <iterator>
 #include <sstream>
 
 #include "files/epsg/epsg_datum.h"
 #include "files/epsg/epsg_projection.h"
 #include "files/epsg/epsg_registry.h"
+#include "files/epsg/grid_folders.h"
+#include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
 #include "files/system/ellipsoid_names.h"
+#include "files/system/system_file.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
@@ -36,13 +41,6 @@ ordered_json EllipsoidSection(const Ellipsoid& ellipsoid) {
   }
   if (ellipsoid.a == ellipsoid.b) return {{"a", ellipsoid.a}, {"b", ellipsoid.b}};
   return {{"a", ellipsoid.a}, {"invF", ellipsoid.invF}};
-}
-
-// Coordinates on GRS80 and WGS 84 differ by 0.1 mm at most, which is that of their semi-minor axes.
-bool IsLikeWgs84(const Ellipsoid& ellipsoid) {
-  constexpr double kAlike = 1e-3;  // metres
-  const Ellipsoid wgs84 = MakeEllipsoid(kWgs84A, kWgs84InvF);
-  return std::abs(ellipsoid.a - wgs84.a) < kAlike && std::abs(ellipsoid.b - wgs84.b) < kAlike;
 }
 
 // ---- the system ----
@@ -82,82 +80,71 @@ Chosen Choose(const EpsgRegistry& registry, const std::string& code) {
 
 // ---- transformations ----
 
-struct Candidate {
-  RegisteredOperation operation;
-  HeldOperation held;
-  double covered;  // of the area where it is to be good, 0 to 1
-
-  std::string Title() const {
-    return operation.code.empty() ? operation.name
-                                  : fmt::format("EPSG:{} {}", operation.code, operation.name);
+// All that may be taken for a system, best first.
+std::vector<CandidateOperation> FindCandidates(const EpsgRegistry& registry,
+                                               const GridFolders& folders, const Chosen& chosen,
+                                               const DatumWish& wish) {
+  OperationPlace place{chosen.crs.area};
+  if (wish.near) {
+    const auto [latitude, longitude] = *wish.near;
+    place = {{longitude, latitude, longitude, latitude}, true};
   }
-  std::string Accuracy() const {
-    return operation.accuracy < 0 ? "accuracy unknown"
-                                  : fmt::format("accuracy {} m", operation.accuracy);
-  }
-};
-
-// Boxes of transformations are drawn more or less generously: one that leaves out less than this
-// counts as whole.
-constexpr double kAsGoodAsWhole = 0.9;
-
-// Whether the first serves better: more of the area, then better accuracy.
-bool ServesBetter(const Candidate& a, const Candidate& b) {
-  const double areaA = std::min(a.covered, kAsGoodAsWhole);
-  const double areaB = std::min(b.covered, kAsGoodAsWhole);
-  if (areaA != areaB) return areaA > areaB;
-  const auto accuracy = [](const Candidate& c) {
-    return c.operation.accuracy < 0 ? HUGE_VAL : c.operation.accuracy;
-  };
-  return accuracy(a) < accuracy(b);
-}
-
-std::vector<Candidate> FindCandidates(const EpsgRegistry& registry, const Chosen& chosen,
-                                      const DatumWish& wish) {
-  GeoBox area = chosen.crs.area;
-  if (wish.near)
-    area = {wish.near->longitude, wish.near->latitude, wish.near->longitude, wish.near->latitude};
-  const std::string code = std::to_string(CodeIn(chosen.geographic));
-  std::vector<Candidate> candidates;
-  for (RegisteredOperation& operation : registry.OperationsToWgs84(code, area)) {
-    const double covered = wish.near
-                               ? operation.area.Contains(wish.near->latitude, wish.near->longitude)
-                               : area.CoveredBy(operation.area);
-    HeldOperation held = HoldOperation(operation.document);
-    candidates.push_back({std::move(operation), std::move(held), covered});
-  }
-  std::stable_sort(candidates.begin(), candidates.end(), ServesBetter);
+  const OperationChooser chooser(registry, folders);
+  const std::string source = std::to_string(CodeIn(chosen.geographic));
+  const std::string projected = chosen.IsProjected() ? chosen.crs.code : "";
+  std::vector<CandidateOperation> candidates = chooser.ToWgs84(source, projected, place);
+  if (wish.parameters) std::erase_if(candidates, [](const auto& each) { return each.HasGrid(); });
+  const auto wished = [&](const auto& each) { return each.operation.code == wish.operation; };
+  if (!wish.operation.empty() && std::none_of(candidates.begin(), candidates.end(), wished))
+    if (auto found = chooser.OfCode(wish.operation, source, place))
+      candidates.push_back(std::move(*found));
   return candidates;
 }
 
-std::string ListText(const std::vector<Candidate>& candidates) {
+std::string Words(const std::vector<std::string>& names) {
+  return fmt::format("{}", fmt::join(names, ", "));
+}
+
+// What a candidate needs before it can be taken; empty where it can.
+std::string ObstacleOf(const CandidateOperation& candidate) {
+  if (!candidate.IsKnown()) return "no system file can hold it";
+  const std::vector<std::string> missing = candidate.Missing();
+  return missing.empty() ? "" : "needs the file " + Words(missing) + ", which is not found";
+}
+
+std::string ListText(const std::vector<CandidateOperation>& candidates) {
   std::string text;
-  for (const Candidate& each : candidates)
-    text +=
-        fmt::format("{}\n    {}; {:.0f} % of the area: {}\n    {}{}\n", each.Title(),
-                    each.Accuracy(), each.covered * 100, each.operation.areaName, each.held.method,
-                    each.held.parameters ? "" : ": no system file can hold it");
+  for (const CandidateOperation& each : candidates) {
+    std::string remark = ObstacleOf(each);
+    if (remark.empty()) remark = Words(each.Found());
+    text += fmt::format("{}\n    {}; {:.0f} % of the area: {}\n    {}{}{}\n", each.Title(),
+                        each.Accuracy(), each.covered * 100, each.operation.areaName, each.Method(),
+                        remark.empty() ? "" : ": ", remark);
+  }
   return text;
 }
 
-const Candidate& ChooseCandidate(const Chosen& chosen, const std::vector<Candidate>& candidates,
-                                 const DatumWish& wish) {
-  const auto taken = std::find_if(candidates.begin(), candidates.end(), [&](const auto& each) {
-    return wish.operation.empty() ? each.held.parameters.has_value()
-                                  : each.operation.code == wish.operation;
-  });
-  if (taken == candidates.end()) {
+const CandidateOperation& ChooseCandidate(const Chosen& chosen,
+                                          const std::vector<CandidateOperation>& candidates,
+                                          const DatumWish& wish) {
+  if (wish.operation.empty()) {
+    if (const CandidateOperation* best = BestUsable(candidates)) return *best;
     std::string problem = "the registry has no transformation to WGS 84";
-    if (!wish.operation.empty())
-      problem = fmt::format("EPSG:{} is none of its transformations to WGS 84", wish.operation);
-    else if (!candidates.empty())
-      problem = fmt::format("none of its {} transformations to WGS 84 has seven parameters or less",
-                            candidates.size());
+    if (!candidates.empty())
+      problem = fmt::format("none of its {} transformations to WGS 84 can be taken: {} by {} {}",
+                            candidates.size(), candidates[0].Title(), candidates[0].Method(),
+                            ObstacleOf(candidates[0]));
     chosen.Refuse(problem + kWaysOut);
   }
-  if (!taken->held.parameters)
-    chosen.Refuse(fmt::format("{} is by {}, which no system file can hold{}", taken->Title(),
-                              taken->held.method, kWaysOut));
+  const auto taken = std::find_if(candidates.begin(), candidates.end(), [&](const auto& each) {
+    return each.operation.code == wish.operation;
+  });
+  if (taken == candidates.end())
+    chosen.Refuse(
+        fmt::format("EPSG:{} is none of its transformations{}", wish.operation, kWaysOut));
+  if (const std::string obstacle = ObstacleOf(*taken); !obstacle.empty())
+    chosen.Refuse(fmt::format("{} by {}: {}; --grids names a folder to look into{}", taken->Title(),
+                              taken->Method(), obstacle, kWaysOut));
   return *taken;
 }
 
@@ -167,7 +154,10 @@ const Candidate& ChooseCandidate(const Chosen& chosen, const std::vector<Candida
 class SystemMaker {
  public:
   SystemMaker(const std::string& code, const DatumWish& wish)
-      : chosen_(Choose(registry_, code)), wish_(wish) {}
+      : chosen_(Choose(registry_, code)),
+        wish_(wish),
+        folders_(wish.grids, wish.output, EpsgRegistry::ProjFolders()),
+        folder_(std::filesystem::path(wish.output).parent_path().string()) {}
 
   EpsgSystem Make() {
     NoteDeprecation();
@@ -185,6 +175,9 @@ class SystemMaker {
     }
     system_.document["crs"] = crs_;
     system_.document["description"] = description_;
+    // A grid that cannot be used is found out here, not when points are converted.
+    if (system_.document.contains("shifts"))
+      ParseSystem(system_.document.dump(), wish_.output, ProjectionNeed::optional);
     return std::move(system_);
   }
 
@@ -203,7 +196,7 @@ class SystemMaker {
   void AddProjected(const EpsgProjection& projection) {
     Describe(fmt::format("{} by {}", projection.method, projection.section.value("name", "")));
     AddDatum(projection.ellipsoid, projection.ownEllipsoid);
-    system_.document["projection"] = projection.section;
+    system_.document["projection"] = plane_.is_null() ? projection.section : plane_;
     if (!projection.axes.empty()) system_.document["axes"] = {{"grid", projection.axes}};
     // A layer's x and y are east and north: others would be taken for what they are not.
     if (projection.axes.empty()) crs_["grid"] = "EPSG:" + chosen_.crs.code;
@@ -227,22 +220,49 @@ class SystemMaker {
 
   void AddDatum(const Ellipsoid& ellipsoid, bool ownEllipsoid = false) {
     if (wish_.none || CodeIn(chosen_.geographic) == kWgs84Code) return AddOwnDatum(ellipsoid, "");
-    const std::vector<Candidate> candidates = FindCandidates(registry_, chosen_, wish_);
-    const Candidate& taken = ChooseCandidate(chosen_, candidates, wish_);
-    const SevenParameters& seven = *taken.held.parameters;
-    const std::string title = fmt::format("{}, {}", taken.Title(), taken.Accuracy());
+    const std::vector<CandidateOperation> candidates =
+        FindCandidates(registry_, folders_, chosen_, wish_);
+    const CandidateOperation& taken = ChooseCandidate(chosen_, candidates, wish_);
+    for (const std::string& file : taken.Found()) Note("grid " + file);
     NoteChoice(candidates, taken);
-    if (seven.IsNull() && IsLikeWgs84(EllipsoidOf(chosen_.geographic)))
+    const std::string title = fmt::format("{}, {}", taken.Title(), taken.Accuracy());
+    const std::optional<SevenParameters> seven = taken.Parameters();
+    if (seven && seven->IsNull() && AreAlike(EllipsoidOf(chosen_.geographic), TargetOf(taken)))
       return AddOwnDatum(ellipsoid, fmt::format(" taken for WGS 84 ({}: no shift)", title));
-    if (ownEllipsoid)
+    if (ownEllipsoid && !IsGeographic(taken))
       chosen_.Refuse(
           "its projection stands on an ellipsoid of its own, beside which no datum fits" +
           kWaysOut);
-    system_.document["global"] = EllipsoidSection(MakeEllipsoid(kWgs84A, kWgs84InvF));
-    system_.document["local"] = EllipsoidSection(ellipsoid);
+    if (taken.route)
+      AddRoute(taken);
+    else if (seven)
+      AddParameters(*seven, ellipsoid, TargetOf(taken));
+    else
+      AddShifts(taken, ellipsoid);
+    crs_["geographic"] = "EPSG:" + taken.target;
+    Describe(fmt::format("positions on {} by {}", NameOf(taken.target), title));
+  }
+
+  static bool IsGeographic(const CandidateOperation& candidate) {
+    return std::all_of(candidate.steps.begin(), candidate.steps.end(),
+                       [](const auto& step) { return step.space == ShiftSpace::geographic; });
+  }
+
+  std::string NameOf(const std::string& code) const {
+    if (code == std::to_string(kWgs84Code)) return "WGS 84";
+    return fmt::format("EPSG:{} {}", code, registry_.Crs(code).name);
+  }
+
+  Ellipsoid TargetOf(const CandidateOperation& candidate) const {
+    if (candidate.target == std::to_string(kWgs84Code)) return MakeEllipsoid(kWgs84A, kWgs84InvF);
+    return EllipsoidOf(registry_.Crs(candidate.target).document);
+  }
+
+  void AddParameters(const SevenParameters& seven, const Ellipsoid& local,
+                     const Ellipsoid& global) {
+    system_.document["global"] = EllipsoidSection(global);
+    system_.document["local"] = EllipsoidSection(local);
     system_.document["datum"] = seven.Section();
-    crs_["geographic"] = fmt::format("EPSG:{}", kWgs84Code);
-    Describe(fmt::format("positions on WGS 84 by {}", title));
     if (seven.SmallAngleError() >= kNoticed)
       Note(
           fmt::format("its large rotations are taken exactly, up to {:.2f} m from the registry's "
@@ -250,28 +270,67 @@ class SystemMaker {
                       seven.SmallAngleError()));
   }
 
-  void NoteChoice(const std::vector<Candidate>& candidates, const Candidate& taken) {
+  void AddShifts(const CandidateOperation& taken, const Ellipsoid& local) {
+    const Ellipsoid global = TargetOf(taken);
+    const std::optional<ShiftEntries> entries =
+        EntriesOf(taken, EllipsoidOf(chosen_.geographic), global, folder_);
+    if (!entries)
+      chosen_.Refuse(taken.Title() + " stands on more ellipsoids than a system file has" +
+                     kWaysOut);
+    if (entries->twoEllipsoids) {
+      system_.document["global"] = EllipsoidSection(global);
+      system_.document["local"] = EllipsoidSection(local);
+      system_.document["datum"] = SevenParameters{}.Section();
+    } else {
+      system_.document["local"] = EllipsoidSection(local);
+    }
+    system_.document["shifts"] = entries->shifts;
+  }
+
+  // The projection is put into the file behind its datum.
+  void AddRoute(const CandidateOperation& taken) {
+    const PublisherRoute& route = *taken.route;
+    system_.document.update(ordered_json::parse(route.sections));
+    system_.document["shifts"][0]["file"] = NameBeside(*taken.routeFile, folder_);
+    if (!route.projection) return;
+    json projected = registry_.Crs(std::to_string(route.projection)).document;
+    const NamedEllipsoid& named = *FindEllipsoid(route.ellipsoid);
+    json& base = projected.at("base_crs");
+    base.at(base.contains("datum") ? "datum" : "datum_ensemble")["ellipsoid"] = {
+        {"semi_major_axis", named.a}, {"inverse_flattening", named.invF}};
+    plane_ = ProjectionOf(projected, chosen_.Title()).section;
+  }
+
+  void NoteChoice(const std::vector<CandidateOperation>& candidates,
+                  const CandidateOperation& taken) {
     if (taken.covered < kAsGoodAsWhole)
       Note(
           fmt::format("{} covers only {:.0f} % of the system's area ({}); --near LAT,LON finds "
                       "one for a place",
                       taken.Title(), taken.covered * 100, taken.operation.areaName));
-    for (const Candidate& each : candidates) {
+    std::vector<std::string> told;
+    for (const CandidateOperation& each : candidates) {
+      const std::string obstacle = ObstacleOf(each);
       const bool better = each.operation.accuracy >= 0 && each.covered >= taken.covered &&
                           each.operation.accuracy < taken.operation.accuracy;
-      if (better && !each.held.parameters)
-        Note(fmt::format("{}, {}, is better and cannot be held: {}", each.Title(), each.Accuracy(),
-                         each.held.method));
+      if (!better || obstacle.empty()) continue;
+      if (std::find(told.begin(), told.end(), obstacle) != told.end()) continue;
+      Note(fmt::format("{}, {}, is better and {}; without it: {}", each.Title(), each.Accuracy(),
+                       obstacle, taken.Accuracy()));
+      told.push_back(obstacle);
     }
     if (candidates.size() > 1)
-      Note(fmt::format("other transformations to WGS 84: {}; --list-operations shows them",
+      Note(fmt::format("other transformations: {}; --list-operations shows them",
                        candidates.size() - 1));
   }
 
   const EpsgRegistry registry_;
   const Chosen chosen_;
   const DatumWish& wish_;
+  const GridFolders folders_;
+  const std::string folder_;  // of the system file
   EpsgSystem system_;
+  ordered_json plane_;  // the projection behind which shifts stand, where it is not the system's
   std::string description_;
   ordered_json crs_;  // of the positions and of the grid, by which a GIS knows them
 };
@@ -284,7 +343,8 @@ EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish) {
 
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish) {
   const EpsgRegistry registry;
-  return ListText(FindCandidates(registry, Choose(registry, code), wish));
+  const GridFolders folders(wish.grids, wish.output, EpsgRegistry::ProjFolders());
+  return ListText(FindCandidates(registry, folders, Choose(registry, code), wish));
 }
 
 std::string FindEpsgSystems(const std::string& words, const std::optional<Position>& place) {

@@ -13,9 +13,12 @@ struct Position {
 
 /// Which transformation to WGS 84 a system gets.
 struct DatumWish {
-  bool none = false;             ///< positions of the system's own datum
-  std::string operation;         ///< EPSG code; empty for the best
-  std::optional<Position> near;  ///< where it is to be good, instead of all the system's area
+  bool none = false;                  ///< positions of the system's own datum
+  std::string operation = {};         ///< EPSG code; empty for the best
+  std::optional<Position> near = {};  ///< where it is to be good, instead of all the system's area
+  std::vector<std::string> grids = {};  ///< folders with grids, looked into before all others
+  std::string output = {};  ///< the system file, beside which grids are looked for; or empty
+  bool parameters = false;  ///< similarities alone, no grids
 };
 
 /// A system file, and what its reader should know.
@@ -25,7 +28,8 @@ struct EpsgSystem {
 };
 
 /// The system of an EPSG code, projected or geographic. Throws UserError where the registry has no
-/// such system, or where a system file cannot hold its projection or the transformation.
+/// such system, or where a system file cannot hold its projection or the transformation, or lacks
+/// the file of the one that is wished for.
 EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish);
 
 /// The projected systems of the registry whose name and area hold all of the words, in any letter
@@ -33,7 +37,8 @@ EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish);
 /// UserError when there is none.
 std::string FindEpsgSystems(const std::string& words, const std::optional<Position>& place);
 
-/// The transformations from the system's datum to WGS 84 as text, best first.
+/// The transformations from the system's datum to WGS 84 as text, best first, with the files of
+/// grids: GridFolders says where they are looked for.
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish);
 
 }  // namespace geomath_files

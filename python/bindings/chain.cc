@@ -117,6 +117,7 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
 std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
                                       bool datum) {
   geomath_files::DatumWish wish{!datum, {}, {}};
+  wish.parameters = true;
   if (!near.is_none()) {
     const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
     RequireAngle("near: latitude", latitude, AngleKind::latitude);

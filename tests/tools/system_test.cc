@@ -1,11 +1,14 @@
+#include <fmt/format.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
 #include "files/epsg/epsg_system.h"
 #include "files/system/system_file.h"
 #include "geomath/base/angle.h"
+#include "tests/support/reference_data.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
@@ -78,13 +81,25 @@ TEST(System, ChoosesTheTransformation) {
   const Position florida = {27, -81}, prague = {50, 14};
   const Case cases[] = {
       // The best that seven parameters can be, beside a better grid.
-      {"27700", "", nullptr, {"by EPSG:1314 ", "EPSG:7710", "is better and cannot be held: NTv2"}},
+      {"27700",
+       "",
+       nullptr,
+       {"by EPSG:1314 ",
+        "EPSG:7709 OSGB36 to ETRS89 (2), accuracy 0.03 m, is better and needs the file "
+        "OSTN15_NTv2_OSGBtoETRS.gsb or uk_os_OSTN15_NTv2_OSGBtoETRS.tif, which is not found; "
+        "without "
+        "it: accuracy 2 m",
+        "ostn15_plane_shifts.tif"}},
       {"27700", "1195", nullptr, {"by EPSG:1195 ", "accuracy 21 m"}},
       // All of the area before accuracy, unless a place is named.
       {"5514", "", nullptr, {"by EPSG:15965 "}},
       {"5514", "", &prague, {"by EPSG:5239 "}},
       {"26717", "", &florida, {"by EPSG:1173 "}},
       {"26717", "", nullptr, {"covers only", "--near"}},
+      // Grids of PROJ's folders: in its own file, and in one that leads the other way.
+      {"31467", "", nullptr, {"positions on EPSG:4258 ETRS89 by EPSG:15948 ", "/BETA2007.gsb"}},
+      {"27572", "", nullptr, {"positions on EPSG:4171 RGF93 v1 by EPSG:7811 ", "/ntf_r93.gsb"}},
+      {"31467", "1777", nullptr, {"positions on WGS 84 by EPSG:1777 ", "accuracy 3 m"}},
       // Null shifts, the second of two steps that cancel.
       {"25832", "", nullptr, {"taken for WGS 84 (EPSG:1149 "}},
       {"8908", "", nullptr, {"no shift"}},
@@ -152,9 +167,65 @@ TEST_F(SystemProgram, ListsTransformationsBestFirst) {
       RunProgram(directory_, "system --epsg 27700 --list-operations --near 51.5,-0.1");
   EXPECT_EQ(run.status, 0);
   const auto at = [&](const char* text) { return run.out.find(text); };
-  EXPECT_LT(at("NTv2: no system file can hold it\n"), at("EPSG:1314 OSGB36 to WGS 84 (6)\n"));
+  EXPECT_LT(at("NTv2: needs the file OSTN15_NTv2_OSGBtoETRS.gsb or"),
+            at("EPSG:1314 OSGB36 to WGS 84 (6)\n"));
   EXPECT_LT(at("EPSG:1314 "), at("EPSG:1196 "));
   EXPECT_EQ(at("EPSG:1198 "), std::string::npos) << "only used in Scotland";
+}
+
+// A stand-in is found by its name, in folders that come one before the other.
+TEST_F(SystemProgram, LooksForGridsInFolders) {
+  constexpr const char* kName = "ostn15_ntv2_OSGBtoETRS.GSB";  // in any letter case
+  const std::string proj = MakeEpsgSystem("31467", {}).document.at("shifts")[0].at("file");
+  const std::string program = "system --epsg 27700 --operation 7709 -o s.json";
+  const auto used = [&](const std::string& arguments) {
+    const ProgramRun run = RunProgram(directory_, program + arguments);
+    EXPECT_EQ(run.status, 0) << run.err;
+    EXPECT_NE(run.err.find("geomath: grid "), std::string::npos) << run.err;
+    return ReadSystemFile((directory_ / "s.json").string())->Files().back();
+  };
+  EXPECT_EQ(RunProgram(directory_, program).status, 2);
+  for (const char* folder : {"", "environment", "named"}) {
+    std::filesystem::create_directories(directory_ / folder);
+    std::filesystem::copy_file(proj, directory_ / folder / kName);
+  }
+  std::filesystem::create_directory(directory_ / "empty");
+  const std::filesystem::path beside = directory_ / kName;
+  EXPECT_EQ(std::filesystem::path(used("")), beside);
+  // The name alone, so that both files can be moved together.
+  EXPECT_NE(ReadText(directory_ / "s.json").find(fmt::format("\"{}\"", kName)), std::string::npos);
+  setenv("GEOMATH_GRIDS", ":nowhere:environment", 1);
+  EXPECT_EQ(std::filesystem::path(used("")), directory_ / "environment" / kName);
+  EXPECT_EQ(std::filesystem::path(used(" --grids empty --grids named")),
+            directory_ / "named" / kName);
+  unsetenv("GEOMATH_GRIDS");
+}
+
+// The routes of the publishers, where their files are: figures published for each.
+TEST_F(SystemProgram, TakesTheRouteOfThePublisher) {
+  REQUIRE_REFERENCE_FILE(grid, "grids/ostn15_plane_shifts.tif");
+  struct Route {
+    const char* code;
+    double latitude, longitude, n, e;
+    double tolerance;  // metres
+  };
+  constexpr double kDefinition = 1.1e-3;
+  const Route routes[] = {
+      // Ordnance Survey, OSTN15 developer pack, TP01.
+      {"27700", 49.92226393730, -6.29977752014, 11318.804, 91492.146, kDefinition},
+      // NSGI, self-validation of RDNAPTRANS2018, a point beyond the grid.
+      {"28992", 53.999759140, 5.144478208, 668306.0460, 139079.8850, kDefinition},
+  };
+  for (const Route& route : routes) {
+    const EpsgSystem made =
+        MakeEpsgSystem(route.code, {.grids = {grid.parent_path().string()}, .output = "s.json"});
+    const auto system = ParseSystem(made.document.dump(), "s.json");
+    double n = route.latitude * kRadPerDeg, e = route.longitude * kRadPerDeg, h = 0;
+    ASSERT_TRUE(system->Chain().ToLocal(n, e, h)) << route.code;
+    EXPECT_NEAR(n, route.n, route.tolerance) << route.code;
+    EXPECT_NEAR(e, route.e, route.tolerance) << route.code;
+    EXPECT_EQ(system->GeographicCrs(), "EPSG:4258");
+  }
 }
 
 TEST_F(SystemProgram, FindsSystemsByNameAndPlace) {
@@ -190,16 +261,21 @@ TEST_F(SystemProgram, RefusesWhatItCannotHold) {
       {"--epsg 7415", {"give the horizontal one, EPSG:28992"}},
       {"--epsg 5705", {"is a system of heights"}},
       {"--epsg 4978", {"has geocentric coordinates"}},
-      {"--epsg 5669", {"none of its 1 transformations", "--no-datum"}},
+      {"--epsg 9367", {"none of its 2 transformations", "NTv2 needs the file", "--no-datum"}},
       {"--epsg 27700 --near -33,151", {"has no transformation to WGS 84", "--no-datum"}},
       {"--epsg 27700 --near 91,0", {"--near: ", "91"}},
       {"--epsg 27700 --near 52", {"a latitude and a longitude belong there"}},
-      {"--epsg 27700 --operation 7710", {"is by NTv2"}},
+      {"--epsg 27700 --operation 7710",
+       {"by NTv2: needs the file OSTN15_NTv2_OSGBtoETRS.gsb or", "--grids"}},
       {"--epsg 27700 --operation 1133", {"EPSG:1133 is none of its transformations"}},
+      {"--epsg 27700 --grids nowhere", {"nowhere: is no folder"}},
+      {"--epsg 27700 --operation 7710 --grids broken", {"OSTN15_NTv2_OSGBtoETRS.gsb: at byte"}},
       {"--epsg 27700 --operation 1314 --no-datum", {"--no-datum"}},
       {"", {"--epsg"}},
   };
   WriteText(directory_ / "s.json", "old");
+  std::filesystem::create_directory(directory_ / "broken");
+  WriteText(directory_ / "broken" / "OSTN15_NTv2_OSGBtoETRS.gsb", "no grid at all");
   for (const auto& each : cases) {
     const ProgramRun run =
         RunProgram(directory_, std::string("system -o s.json ") + each.arguments);

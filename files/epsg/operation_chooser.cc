@@ -1,0 +1,260 @@
+#include "files/epsg/operation_chooser.h"
+
+#include <fmt/format.h>
+#include <fmt/ranges.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <span>
+#include <string_view>
+
+#include "files/epsg/projjson.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+namespace geomath_files {
+namespace {
+
+constexpr const char* kWgs84 = "4326";
+
+// Systems whose transformation to WGS 84 is null in the registry: ETRS89, NAD83 with its successors
+// HARN, CSRS and 2011, GDA94 and GDA2020, NZGD2000, SIRGAS 2000, JGD2000 and JGD2011, RGF93, ISN93
+// and ISN2016, NAD83(CSRS)v2 to v4. They are positions of their own, which no grid improves.
+constexpr std::string_view kTakenForWgs84[] = {"4258", "4269", "4152", "4617", "6318", "4283",
+                                               "7844", "4167", "4674", "4612", "6668", "4171",
+                                               "4659", "8086", "8237", "8240", "8246"};
+
+// Whether the first serves better: more of the area, then better accuracy.
+bool ServesBetter(const CandidateOperation& a, const CandidateOperation& b) {
+  const double areaA = std::min(a.covered, kAsGoodAsWhole);
+  const double areaB = std::min(b.covered, kAsGoodAsWhole);
+  if (areaA != areaB) return areaA > areaB;
+  const auto accuracy = [](const CandidateOperation& c) {
+    return c.operation.accuracy < 0 ? HUGE_VAL : c.operation.accuracy;
+  };
+  return accuracy(a) < accuracy(b);
+}
+
+void Sort(std::vector<CandidateOperation>& candidates) {
+  std::stable_sort(candidates.begin(), candidates.end(), ServesBetter);
+}
+
+}  // namespace
+
+// ---- a candidate ----
+
+std::string CandidateOperation::Title() const {
+  return operation.code.empty() ? operation.name
+                                : fmt::format("EPSG:{} {}", operation.code, operation.name);
+}
+
+std::string CandidateOperation::Accuracy() const {
+  return operation.accuracy < 0 ? "accuracy unknown"
+                                : fmt::format("accuracy {} m", operation.accuracy);
+}
+
+std::string CandidateOperation::Method() const {
+  if (route) return "the publisher's definition";
+  std::vector<std::string> methods;
+  for (const OperationStep& step : steps) methods.push_back(step.method);
+  return methods.empty() ? "no shift" : fmt::format("{}", fmt::join(methods, " + "));
+}
+
+std::optional<SevenParameters> CandidateOperation::Parameters() const {
+  if (route) return std::nullopt;
+  std::vector<RegisteredSimilarity> similarities;
+  for (const OperationStep& step : steps) {
+    if (!step.similarity) return std::nullopt;
+    similarities.push_back(*step.similarity);
+  }
+  return JoinSimilarities(similarities);
+}
+
+bool CandidateOperation::HasGrid() const {
+  return route || std::any_of(steps.begin(), steps.end(),
+                              [](const OperationStep& step) { return !step.grids.empty(); });
+}
+
+bool CandidateOperation::IsKnown() const {
+  return std::all_of(steps.begin(), steps.end(),
+                     [](const OperationStep& step) { return step.known; });
+}
+
+std::vector<std::string> CandidateOperation::Missing() const {
+  std::vector<std::string> missing;
+  if (route && !routeFile) missing.emplace_back(route->file);
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (steps[i].grids.empty() || files[i]) continue;
+    std::vector<std::string> names;
+    for (const GridName& grid : steps[i].grids) names.push_back(grid.name);
+    missing.push_back(fmt::format("{}", fmt::join(names, " or ")));
+  }
+  return missing;
+}
+
+std::vector<std::string> CandidateOperation::Found() const {
+  std::vector<std::string> found;
+  if (routeFile) found.push_back(*routeFile);
+  for (const std::optional<StepFile>& file : files)
+    if (file) found.push_back(file->path);
+  return found;
+}
+
+const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& candidates) {
+  const auto best = std::find_if(candidates.begin(), candidates.end(),
+                                 [](const auto& each) { return each.IsUsable(); });
+  return best == candidates.end() ? nullptr : &*best;
+}
+
+// ---- the choice ----
+
+std::optional<StepFile> OperationChooser::FileOf(const OperationStep& step) const {
+  std::optional<GridFolders::Found> best;
+  bool inverse = false;
+  for (const GridName& grid : step.grids) {
+    const std::optional<GridFolders::Found> found = folders_.Find(grid.name);
+    if (!found || (best && best->folder <= found->folder)) continue;
+    best = found;
+    inverse = grid.inverse;
+  }
+  if (best) return StepFile{best->path, inverse};
+  // Under the name that a file had before PROJ 7.
+  for (const GridName& grid : step.grids)
+    if (std::string path = registry_.FindInProj(grid.name); !path.empty())
+      return StepFile{std::move(path), grid.inverse};
+  return std::nullopt;
+}
+
+CandidateOperation OperationChooser::Prepare(RegisteredOperation operation,
+                                             const std::string& target,
+                                             const OperationPlace& place) const {
+  CandidateOperation candidate;
+  candidate.covered = place.point ? operation.area.Contains(place.area.south, place.area.west)
+                                  : place.area.CoveredBy(operation.area);
+  candidate.steps = ReadSteps(registry_, operation.document);
+  for (const OperationStep& step : candidate.steps) candidate.files.push_back(FileOf(step));
+  candidate.operation = std::move(operation);
+  candidate.target = target;
+  return candidate;
+}
+
+std::vector<CandidateOperation> OperationChooser::Unsorted(const std::string& source,
+                                                           const std::string& target,
+                                                           const OperationPlace& place,
+                                                           Joining joining) const {
+  std::vector<CandidateOperation> candidates;
+  for (RegisteredOperation& operation : registry_.Operations(source, target, place.area, joining))
+    candidates.push_back(Prepare(std::move(operation), target, place));
+  return candidates;
+}
+
+std::vector<CandidateOperation> OperationChooser::Between(const std::string& source,
+                                                          const std::string& target,
+                                                          const OperationPlace& place) const {
+  std::vector<CandidateOperation> candidates = Unsorted(source, target, place, Joining::allowed);
+  Sort(candidates);
+  return candidates;
+}
+
+std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& source,
+                                                          const std::string& projected,
+                                                          const OperationPlace& place) const {
+  // Routes first: of two that are equally good the publisher's is taken.
+  std::vector<CandidateOperation> candidates;
+  for (const PublisherRoute& route : PublisherRoutes()) {
+    const std::string system = std::to_string(route.system);
+    if (system != source && system != projected) continue;
+    const RegisteredCrs crs = registry_.Crs(system);
+    CandidateOperation candidate;
+    candidate.operation.name = route.title;
+    candidate.operation.accuracy = route.accuracy;
+    candidate.operation.area = crs.area;
+    candidate.operation.areaName = crs.name;
+    candidate.target = std::to_string(route.target);
+    candidate.route = &route;
+    if (const auto found = folders_.Find(route.file)) candidate.routeFile = found->path;
+    if (place.point) candidate.covered = crs.area.Contains(place.area.south, place.area.west);
+    if (candidate.covered > 0) candidates.push_back(std::move(candidate));
+  }
+  for (CandidateOperation& each : Unsorted(source, kWgs84, place, Joining::allowed))
+    candidates.push_back(std::move(each));
+  const auto frames = std::span(kTakenForWgs84);
+  if (std::find(frames.begin(), frames.end(), source) == frames.end())
+    for (const std::string_view frame : frames)
+      for (CandidateOperation& each : Unsorted(source, std::string(frame), place, Joining::none))
+        if (each.HasGrid() && !each.operation.code.empty()) candidates.push_back(std::move(each));
+  Sort(candidates);
+  return candidates;
+}
+
+std::optional<CandidateOperation> OperationChooser::OfCode(const std::string& code,
+                                                           const std::string& source,
+                                                           const OperationPlace& place) const {
+  std::optional<RegisteredOperation> published = registry_.Operation(code);
+  if (!published) return std::nullopt;
+  const auto codeOf = [&](const char* key) {
+    return std::to_string(CodeIn(published->document.value(key, json::object())));
+  };
+  const std::string from = codeOf("source_crs"), to = codeOf("target_crs");
+  if (from != source && to != source) return std::nullopt;
+  if (from == source) return Prepare(std::move(*published), to, place);
+  return Prepare(*registry_.Operation(code, true), from, place);
+}
+
+// ---- in a system file ----
+
+bool AreAlike(const Ellipsoid& a, const Ellipsoid& b) {
+  constexpr double kAlike = 1e-3;  // metres
+  return std::abs(a.a - b.a) < kAlike && std::abs(a.b - b.b) < kAlike;
+}
+
+std::string NameBeside(const std::string& path, const std::string& folder) {
+  namespace fs = std::filesystem;
+  std::error_code error;
+  const fs::path at = fs::absolute(path, error).lexically_normal();
+  const fs::path beside = fs::absolute(folder.empty() ? "." : folder, error).lexically_normal();
+  return fs::equivalent(at.parent_path(), beside, error) ? at.filename().string() : at.string();
+}
+
+std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate, const Ellipsoid& source,
+                                      const Ellipsoid& target, const std::string& folder) {
+  const std::vector<OperationStep>& steps = candidate.steps;
+  const auto geocentric = [](const OperationStep& step) {
+    return step.space == ShiftSpace::geocentric;
+  };
+  // Steps before the cut stand on the ellipsoid of the source, those behind it on that of the
+  // target; it lies beside geocentric coordinates, which have none.
+  const auto first = std::find_if(steps.begin(), steps.end(), geocentric);
+  const auto last = std::find_if(steps.rbegin(), steps.rend(), geocentric).base();
+  const auto fits = [&](auto cut) {
+    return std::all_of(steps.begin(), steps.end(), [&](const OperationStep& step) {
+      const bool before = &step < &*steps.begin() + (cut - steps.begin());
+      return geocentric(step) || AreAlike(step.source, before ? source : target);
+    });
+  };
+  ShiftEntries entries;
+  entries.twoEllipsoids = first != steps.end();
+  auto cut = steps.begin();
+  if (entries.twoEllipsoids) {
+    cut = fits(first) ? first : last;
+    if (!fits(cut)) return std::nullopt;
+  }
+  entries.shifts = ordered_json::array();
+  for (auto step = steps.end(); step-- != steps.begin();) {
+    const std::optional<StepFile>& file =
+        candidate.files[static_cast<std::size_t>(step - steps.begin())];
+    ordered_json entry;
+    if (file) entry["file"] = NameBeside(file->path, folder);
+    entry.update(step->entry);
+    entry["place"] = step < cut ? "after datum" : "before datum";
+    // A system file leads the other way.
+    if (step->inverse == (file && file->inverse)) entry["inverse"] = "yes";
+    entries.shifts.push_back(std::move(entry));
+  }
+  return entries;
+}
+
+}  // namespace geomath_files

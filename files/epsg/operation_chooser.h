@@ -1,0 +1,115 @@
+#pragma once
+
+#include <nlohmann/json.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "files/epsg/epsg_registry.h"
+#include "files/epsg/grid_folders.h"
+#include "files/epsg/operation_steps.h"
+#include "files/epsg/publisher_routes.h"
+#include "files/system/geo_box.h"
+
+namespace geomath_files {
+
+/// A file that a step of an operation uses.
+struct StepFile {
+  std::string path;
+  bool inverse = false;  ///< leads the other way than the step is published
+};
+
+/// A way from one geographic system to another: of the registry, put together from several of it, or
+/// of a publisher.
+struct CandidateOperation {
+  RegisteredOperation operation;
+  std::string target;                ///< code of the system that it leads to
+  std::vector<OperationStep> steps;  ///< from source to target; none for a publisher's route
+  std::vector<std::optional<StepFile>>
+      files;  ///< of the steps, where they need one and it is found
+  const PublisherRoute* route = nullptr;
+  std::optional<std::string> routeFile;  ///< path
+  double covered = 1;                    ///< of the area where it is to be good, 0 to 1
+
+  /// "EPSG:1314 OSGB36 to WGS 84 (6)".
+  std::string Title() const;
+  /// "accuracy 2 m".
+  std::string Accuracy() const;
+  /// Its methods, joined by " + ".
+  std::string Method() const;
+  /// Where all steps are similarities: one that is the same.
+  std::optional<SevenParameters> Parameters() const;
+  bool HasGrid() const;
+  /// Whether the library has all of its methods.
+  bool IsKnown() const;
+  /// The names of the files that are not found: "a.gsb or b.tif".
+  std::vector<std::string> Missing() const;
+  bool IsUsable() const { return IsKnown() && Missing().empty(); }
+  /// The paths of those that are found.
+  std::vector<std::string> Found() const;
+};
+
+/// Where an operation is to be good.
+struct OperationPlace {
+  GeoBox area;
+  bool point = false;  ///< a place, whose box is empty
+};
+
+/// Boxes of transformations are drawn more or less generously: one that leaves out less than this
+/// of the place counts as whole.
+inline constexpr double kAsGoodAsWhole = 0.9;
+
+/// What leads from one system of the registry to another, in which order, and with which files.
+class OperationChooser {
+ public:
+  /// Both stay alive as long as the chooser.
+  OperationChooser(const EpsgRegistry& registry, const GridFolders& folders)
+      : registry_(registry), folders_(folders) {}
+
+  /// All between two geographic systems, best first: the one that covers more of the place (nine
+  /// tenths count as all), then the more accurate one. Those that lack a file or a method stand
+  /// among them.
+  std::vector<CandidateOperation> Between(const std::string& source, const std::string& target,
+                                          const OperationPlace& place) const;
+  /// Those to WGS 84, and the grids to systems that the registry takes for WGS 84, whose own accuracy
+  /// counts. `projected`, unless it is empty, is the system for which a publisher's route may be.
+  std::vector<CandidateOperation> ToWgs84(const std::string& source, const std::string& projected,
+                                          const OperationPlace& place) const;
+  /// The operation of a code, from the source to whatever geographic system it leads to; nothing when
+  /// it is none from or to the source.
+  std::optional<CandidateOperation> OfCode(const std::string& code, const std::string& source,
+                                           const OperationPlace& place) const;
+
+ private:
+  std::vector<CandidateOperation> Unsorted(const std::string& source, const std::string& target,
+                                           const OperationPlace& place, Joining joining) const;
+  CandidateOperation Prepare(RegisteredOperation operation, const std::string& target,
+                             const OperationPlace& place) const;
+  std::optional<StepFile> FileOf(const OperationStep& step) const;
+
+  const EpsgRegistry& registry_;
+  const GridFolders& folders_;
+};
+
+/// The first that can be used; null when there is none.
+const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& candidates);
+
+/// The entries "shifts" of a system file that leads from the target of an operation to its source.
+struct ShiftEntries {
+  nlohmann::ordered_json shifts;
+  bool twoEllipsoids = false;  ///< a datum without parameters stands between them
+};
+/// Files beside the system file, in `folder`, by their names alone. Nothing where the steps stand on
+/// more ellipsoids than a system file has.
+std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate,
+                                      const zel_cs::geomath::Ellipsoid& source,
+                                      const zel_cs::geomath::Ellipsoid& target,
+                                      const std::string& folder);
+
+/// The name of a file as a system file in `folder` has it: its path, or its name when it is there.
+std::string NameBeside(const std::string& path, const std::string& folder);
+
+/// Whether positions on both are the same to 1 mm, as on GRS80 and WGS 84.
+bool AreAlike(const zel_cs::geomath::Ellipsoid& a, const zel_cs::geomath::Ellipsoid& b);
+
+}  // namespace geomath_files

@@ -1,0 +1,160 @@
+#include "files/epsg/operation_steps.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <iterator>
+
+#include "files/epsg/projjson.h"
+#include "files/words/name_match.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::json;
+using nlohmann::ordered_json;
+
+namespace geomath_files {
+namespace {
+
+// Methods by the codes of the registry.
+
+// Between geographic and geocentric coordinates, with and without height, and orders of axes.
+constexpr int kNoMoves[] = {9602, 9659, 9843, 9844};
+constexpr int kLongitudeRotation = 9601;
+// NTv1, NTv2, NADCON, and NADCON5 with and without height.
+constexpr int kGeographicGrids[] = {9614, 9615, 9613, 1074, 1075};
+// Offsets between heights: NZLVD, BEV, gtx, asc, PL, byn, VERTCON.
+constexpr int kVerticalGrids[] = {1071, 1080, 1084, 1085, 1101, 1112, 9658};
+constexpr int kGeocentricGrid = 1087;
+constexpr int kOffsets[] = {9616, 9618, 9619, 9660};
+constexpr int kVerticalSlope = 1046;
+
+// Parameters.
+constexpr int kLatitudeOffset = 8601, kLongitudeOffset = 8602, kVerticalOffset = 8603;
+constexpr int kGeoidHeight = 8604, kPointLatitude = 8617, kPointLongitude = 8618;
+constexpr int kLatitudeInclination = 8730, kLongitudeInclination = 8731;
+
+template <class Codes>
+bool Contains(const Codes& codes, int code) {
+  return std::find(std::begin(codes), std::end(codes), code) != std::end(codes);
+}
+
+// What is readable: the registry names grids in formats of their publishers too.
+bool IsReadable(const std::string& name) {
+  const std::string suffix = LowerCase(std::filesystem::path(name).extension().string());
+  return suffix == ".gsb" || suffix == ".tif" || suffix == ".json";
+}
+
+class StepReader {
+ public:
+  StepReader(const EpsgRegistry& registry, const json& part)
+      : registry_(registry), part_(part), method_(part.value("method", json::object())) {
+    const int inverse = CodeIn(method_, "INVERSE(EPSG)");
+    methodCode_ = inverse ? inverse : CodeIn(method_);
+    step_.inverse = inverse != 0;
+    step_.method = method_.value("name", "?");
+    const int code = CodeIn(part) ? CodeIn(part) : CodeIn(part, "INVERSE(EPSG)");
+    if (code) step_.code = std::to_string(code);
+  }
+
+  // Nothing for a step that moves no point.
+  std::optional<OperationStep> Read() {
+    if (Contains(kNoMoves, methodCode_)) return std::nullopt;
+    ReadEllipsoid("source_crs", step_.source);
+    ReadEllipsoid("target_crs", step_.target);
+    step_.known = true;
+    if (step_.similarity = ReadSimilarity(part_); step_.similarity) return OfSimilarity();
+    if (Contains(kGeographicGrids, methodCode_) || Contains(kVerticalGrids, methodCode_)) {
+      ReadGrids();
+    } else if (methodCode_ == kGeocentricGrid) {
+      step_.space = ShiftSpace::geocentric;
+      ReadGrids();
+      step_.entry["position"] = PositionOfGrid();
+    } else if (Contains(kOffsets, methodCode_)) {
+      ReadOffset();
+    } else if (methodCode_ == kVerticalSlope) {
+      step_.entry["slope"] = {{"latitude", In(kPointLatitude, Degrees)},
+                              {"longitude", In(kPointLongitude, Degrees)},
+                              {"offset", In(kVerticalOffset, Metres)},
+                              {"slopeLatitude", In(kLatitudeInclination, ArcSeconds)},
+                              {"slopeLongitude", In(kLongitudeInclination, ArcSeconds)}};
+    } else {
+      step_.known = false;
+    }
+    return step_;
+  }
+
+ private:
+  double In(int code, double (*unit)(const json&)) const {
+    const json* parameter = FindParameter(part_.at("parameters"), code);
+    return parameter ? unit(*parameter) : 0;
+  }
+
+  void ReadEllipsoid(const char* key, Ellipsoid& ellipsoid) const {
+    const json system = part_.value(key, json::object());
+    if (system.contains("datum") || system.contains("datum_ensemble"))
+      if (system.value("type", "") != "VerticalCRS") ellipsoid = EllipsoidOf(system);
+  }
+
+  std::optional<OperationStep> OfSimilarity() {
+    if (step_.similarity->seven.IsNull()) return std::nullopt;
+    if (methodCode_ == kLongitudeRotation) {
+      const double degrees = step_.similarity->seven.rotation[2] / 3600;
+      step_.entry["offset"] = {{"longitude", degrees}};
+    } else {
+      step_.space = ShiftSpace::geocentric;
+      step_.entry["similarity"] = step_.similarity->Section();
+    }
+    return step_;
+  }
+
+  void ReadGrids() {
+    for (const json& parameter : part_.at("parameters")) {
+      const json value = parameter.value("value", json());
+      if (!value.is_string()) continue;
+      const std::string name = value.get<std::string>();
+      if (step_.grids.empty() && IsReadable(name)) step_.grids.push_back({name, false});
+    }
+    if (const auto proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
+      if (step_.grids.empty() || step_.grids[0].name != proj->name)
+        step_.grids.push_back({proj->name, proj->inverse});
+    step_.known = !step_.grids.empty();
+  }
+
+  // The positions of a grid are those of its interpolation system.
+  const char* PositionOfGrid() const {
+    const int system = CodeIn(part_.value("interpolation_crs", json::object()));
+    const char* ahead = step_.inverse ? "source_crs" : "target_crs";
+    return system == CodeIn(part_.value(ahead, json::object())) ? "target" : "source";
+  }
+
+  void ReadOffset() {
+    ordered_json& offset = step_.entry["offset"];
+    offset = ordered_json::object();
+    const auto add = [&](const char* key, int code, double (*unit)(const json&)) {
+      if (const double value = In(code, unit); value != 0) offset[key] = value;
+    };
+    add("latitude", kLatitudeOffset, Degrees);
+    add("longitude", kLongitudeOffset, Degrees);
+    add("height", kVerticalOffset, Metres);
+    add("height", kGeoidHeight, Metres);
+    if (offset.empty()) offset["height"] = 0;
+  }
+
+  const EpsgRegistry& registry_;
+  const json& part_;
+  const json method_;
+  int methodCode_ = 0;
+  OperationStep step_;
+};
+
+}  // namespace
+
+std::vector<OperationStep> ReadSteps(const EpsgRegistry& registry, const json& document) {
+  std::vector<OperationStep> steps;
+  for (const json& part : document.value("steps", json::array({document})))
+    if (std::optional<OperationStep> step = StepReader(registry, part).Read())
+      steps.push_back(std::move(*step));
+  return steps;
+}
+
+}  // namespace geomath_files
