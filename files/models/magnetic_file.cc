@@ -8,8 +8,8 @@
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
-#include "geomath/magnetic/decimal_year.h"
 #include "geomath/magnetic/model_series.h"
+#include "geomath/platform/decimal_year.h"
 #include "geomath/platform/read_number.h"
 
 using namespace zel_cs::geomath;

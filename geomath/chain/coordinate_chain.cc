@@ -21,8 +21,10 @@ constexpr double kMaxLatitude = kHalfPi + 1e-12;  // the pole, and the rounding 
 constexpr double kHeightTolerance = 1e-6;  // metres
 constexpr int kMaxHeightRounds = 10;       // each leaves 1e-4 of the rest or less; 3 do
 
-ChainStep StepOf(ShiftSpace space) {
-  switch (space) {
+ChainStep StepOf(const CoordinateShift& shift) {
+  if (shift.Kind() == ShiftKind::frameChange) return ChainStep::frameChange;
+  if (shift.Kind() == ShiftKind::pointMotion) return ChainStep::pointMotion;
+  switch (shift.Space()) {
     case ShiftSpace::geographic:
       return ChainStep::geographicShift;
     case ShiftSpace::geocentric:
@@ -34,15 +36,16 @@ ChainStep StepOf(ShiftSpace space) {
 
 // Runs a shift over columns in place and lets `outside` decide about the points beyond it. Returns
 // the number of points converted; the others are NaN.
-std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y, double* h,
-                     std::size_t count) {
-  const bool forward = toLocal == (step.direction == ShiftDirection::forward);
-  const auto convert = forward ? &CoordinateShift::ForwardBatch : &CoordinateShift::InverseBatch;
+std::size_t RunShift(const ChainShift& step, bool toLocal, PointDates dates, double* x, double* y,
+                     double* h, std::size_t count, ShiftStatus* status) {
   double* const columns[] = {x, y, h};
   double given[3][kBatchBlock];
   for (std::size_t c = 0; c < 3; ++c) std::copy_n(columns[c], count, given[c]);
-  ShiftStatus status[kBatchBlock];
-  std::size_t converted = (step.shift->*convert)(x, y, h, count, 1, status);
+  if (!std::isnan(step.date)) dates = PointDates(step.date);
+  const CoordinateShift& shift = *step.shift;
+  const bool forward = toLocal == (step.direction == ShiftDirection::forward);
+  std::size_t converted = forward ? shift.ForwardDatedBatch(dates, x, y, h, count, 1, status)
+                                  : shift.InverseDatedBatch(dates, x, y, h, count, 1, status);
   for (std::size_t i = 0; i < count; ++i) {
     if (status[i] == ShiftStatus::outside && step.outside == ShiftOutside::unchanged) {
       for (std::size_t c = 0; c < 3; ++c) columns[c][i] = given[c][i];
@@ -57,6 +60,13 @@ std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y,
   return converted;
 }
 
+// Shifts of planes and heights have no dates.
+std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y, double* h,
+                     std::size_t count) {
+  ShiftStatus status[kBatchBlock];
+  return RunShift(step, toLocal, PointDates(), x, y, h, count, status);
+}
+
 }  // namespace
 
 // Points that go through all steps together, in place. Those that fail go on as copies of one that
@@ -65,12 +75,13 @@ struct CoordinateChain::Block {
   double* const x;
   double* const y;
   double* const h;
+  const PointDates dates;
   const std::size_t count;
   std::size_t alive;
   ChainStep failed[kBatchBlock];
 
-  Block(double* const (&columns)[3], std::size_t points)
-      : x(columns[0]), y(columns[1]), h(columns[2]), count(points), alive(points) {
+  Block(double* const (&columns)[3], PointDates years, std::size_t points)
+      : x(columns[0]), y(columns[1]), h(columns[2]), dates(years), count(points), alive(points) {
     std::fill_n(failed, count, ChainStep::none);
   }
 
@@ -137,8 +148,12 @@ const char* ChainStepName(ChainStep step) {
       "the geocentric shift",
       "the vertical shift",
       "the plane shift",
+      "a missing date",
+      "the years of the model",
+      "the change of frame",
+      "the velocity grid or deformation model",
   };
-  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::planeShift) + 1);
+  static_assert(std::size(names) == static_cast<std::size_t>(ChainStep::pointMotion) + 1);
   const auto index = static_cast<std::size_t>(step);
   return index < std::size(names) ? names[index] : "an unknown step";
 }
@@ -178,11 +193,18 @@ class CoordinateChain::Frame {
   }
 
   void Shift(const ChainShift& step, bool toLocal) {
-    const ShiftSpace space = step.shift->Space();
-    To(space);
+    To(step.shift->Space());
     if (block_.alive == 0) return;
-    block_.Check(StepOf(space),
-                 RunShift(step, toLocal, block_.x, block_.y, block_.h, block_.count));
+    ShiftStatus status[kBatchBlock];
+    const std::size_t converted =
+        RunShift(step, toLocal, block_.dates, block_.x, block_.y, block_.h, block_.count, status);
+    if (converted == block_.count) return;
+    const auto is = [&](ShiftStatus which) {
+      return [=, &status](std::size_t i) { return status[i] == which; };
+    };
+    block_.FailWhere(ChainStep::missingDate, is(ShiftStatus::noDate));
+    block_.FailWhere(ChainStep::modelYears, is(ShiftStatus::otherDate));
+    block_.Check(StepOf(*step.shift), converted);
   }
 
   void Transform(const Datum& datum, bool toLocal, const Ellipsoid* ellipsoid, ChainStep step) {
@@ -268,16 +290,17 @@ void CoordinateChain::ShiftPlane(Block& p, bool toLocal) const {
 bool CoordinateChain::AddShift(ShiftPlace place, const ChainShift& shift) {
   if (!shift.shift) return false;
   const ShiftSpace space = shift.shift->Space();
+  const bool timeless = shift.shift->Kind() == ShiftKind::timeless;
   switch (place) {
     case ShiftPlace::beforeDatum:
     case ShiftPlace::afterDatum:
       if (space == ShiftSpace::plane) return false;
       break;
     case ShiftPlace::heights:
-      if (space != ShiftSpace::geographic) return false;
+      if (space != ShiftSpace::geographic || !timeless) return false;
       break;
     case ShiftPlace::afterProjection:
-      if (space != ShiftSpace::plane) return false;
+      if (space != ShiftSpace::plane || !timeless) return false;
       break;
   }
   (this->*ListOf(place)).push_back(shift);
@@ -286,6 +309,14 @@ bool CoordinateChain::AddShift(ShiftPlace place, const ChainShift& shift) {
 
 const std::vector<ChainShift>& CoordinateChain::GetShifts(ShiftPlace place) const {
   return this->*ListOf(place);
+}
+
+bool CoordinateChain::NeedsDates() const {
+  const auto needsDate = [](const ChainShift& step) {
+    return step.shift->Kind() != ShiftKind::timeless && std::isnan(step.date);
+  };
+  return std::any_of(beforeDatum_.begin(), beforeDatum_.end(), needsDate) ||
+         std::any_of(afterDatum_.begin(), afterDatum_.end(), needsDate);
 }
 
 std::vector<ChainShift> CoordinateChain::*CoordinateChain::ListOf(ShiftPlace place) {
@@ -409,10 +440,11 @@ void CoordinateChain::ToGlobalBlock(Block& p) const {
   p.TurnGeographic(projection_, kToUser);
 }
 
-ChainResult CoordinateChain::RunPoint(BlockStep steps, double& x, double& y, double& h) const {
+ChainResult CoordinateChain::RunPoint(BlockStep steps, PointDates dates, double& x, double& y,
+                                      double& h) const {
   double px = x, py = y, ph = h;
   ChainResult result;
-  if (RunBatch(steps, &px, &py, &ph, 1, 1, &result.failedAt) == 1) {
+  if (RunBatch(steps, dates, &px, &py, &ph, 1, 1, &result.failedAt) == 1) {
     x = px;
     y = py;
     h = ph;
@@ -420,12 +452,12 @@ ChainResult CoordinateChain::RunPoint(BlockStep steps, double& x, double& y, dou
   return result;
 }
 
-std::size_t CoordinateChain::RunBatch(BlockStep steps, double* x, double* y, double* h,
-                                      std::size_t count, std::ptrdiff_t stride,
+std::size_t CoordinateChain::RunBatch(BlockStep steps, PointDates dates, double* x, double* y,
+                                      double* h, std::size_t count, std::ptrdiff_t stride,
                                       ChainStep* failedAt) const {
   std::size_t first = 0;
   const auto convert = [&](double* const(&columns)[3], std::size_t n) {
-    Block block(columns, n);
+    Block block(columns, dates.From(first), n);
     block.Check(ChainStep::input, MarkFailures(columns, n));
     if (block.alive > 0) (this->*steps)(block);
     block.MarkFailed();
@@ -436,21 +468,41 @@ std::size_t CoordinateChain::RunBatch(BlockStep steps, double* x, double* y, dou
 }
 
 ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h) const {
-  return RunPoint(&CoordinateChain::ToLocalBlock, b, l, h);
+  return RunPoint(&CoordinateChain::ToLocalBlock, PointDates(), b, l, h);
+}
+
+ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h, double date) const {
+  return RunPoint(&CoordinateChain::ToLocalBlock, PointDates(date), b, l, h);
 }
 
 ChainResult CoordinateChain::ToGlobal(double& n, double& e, double& h) const {
-  return RunPoint(&CoordinateChain::ToGlobalBlock, n, e, h);
+  return RunPoint(&CoordinateChain::ToGlobalBlock, PointDates(), n, e, h);
+}
+
+ChainResult CoordinateChain::ToGlobal(double& n, double& e, double& h, double date) const {
+  return RunPoint(&CoordinateChain::ToGlobalBlock, PointDates(date), n, e, h);
 }
 
 std::size_t CoordinateChain::ToLocalBatch(double* b, double* l, double* h, std::size_t count,
                                           std::ptrdiff_t stride, ChainStep* failedAt) const {
-  return RunBatch(&CoordinateChain::ToLocalBlock, b, l, h, count, stride, failedAt);
+  return ToLocalDatedBatch(PointDates(), b, l, h, count, stride, failedAt);
+}
+
+std::size_t CoordinateChain::ToLocalDatedBatch(PointDates dates, double* b, double* l, double* h,
+                                               std::size_t count, std::ptrdiff_t stride,
+                                               ChainStep* failedAt) const {
+  return RunBatch(&CoordinateChain::ToLocalBlock, dates, b, l, h, count, stride, failedAt);
 }
 
 std::size_t CoordinateChain::ToGlobalBatch(double* n, double* e, double* h, std::size_t count,
                                            std::ptrdiff_t stride, ChainStep* failedAt) const {
-  return RunBatch(&CoordinateChain::ToGlobalBlock, n, e, h, count, stride, failedAt);
+  return ToGlobalDatedBatch(PointDates(), n, e, h, count, stride, failedAt);
+}
+
+std::size_t CoordinateChain::ToGlobalDatedBatch(PointDates dates, double* n, double* e, double* h,
+                                                std::size_t count, std::ptrdiff_t stride,
+                                                ChainStep* failedAt) const {
+  return RunBatch(&CoordinateChain::ToGlobalBlock, dates, n, e, h, count, stride, failedAt);
 }
 
 }  // namespace zel_cs::geomath

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "geomath/base/ellipsoid.h"
+#include "geomath/base/point_dates.h"
 #include "geomath/chain/geoid_height.h"
 #include "geomath/datum/datum.h"
 #include "geomath/export.h"
@@ -29,6 +30,10 @@ enum class ChainStep : unsigned char {
   geocentricShift,  ///< a shift of geocentric coordinates
   verticalShift,    ///< a shift of heights beside the geoid
   planeShift,       ///< a shift of grid coordinates
+  missingDate,      ///< a change of frame or a motion: the point has no date
+  modelYears,       ///< a change of frame or a motion: it is not defined at the date of the point
+  frameChange,      ///< a change of the reference frame
+  pointMotion,      ///< a motion with time: outside the velocity grid or the deformation model
 };
 
 /// The step in words for a report: "the datum", "the projection", …
@@ -49,10 +54,11 @@ enum class GeoidFrame : unsigned char {
 
 /// Where in a chain a shift stands, on the way from global to local.
 enum class ShiftPlace : unsigned char {
-  beforeDatum,      ///< geographic and geocentric shifts on the global side of the seven parameters
-  afterDatum,       ///< those on the local side; without a datum the places are one
-  heights,          ///< geographic shifts of which only the height counts: behind the geoid, at
-                    ///< positions of its frame (which SetGeoid states also without a geoid)
+  beforeDatum,  ///< geographic and geocentric shifts on the global side of the seven parameters,
+                ///< changes of frame and motions
+  afterDatum,   ///< those on the local side; without a datum the places are one
+  heights,      ///< geographic shifts of which only the height counts: behind the geoid, at
+                ///< positions of its frame (which SetGeoid states also without a geoid)
   afterProjection,  ///< plane shifts of north, east and height, in these axes
 };
 
@@ -74,6 +80,9 @@ struct ChainShift {
   const CoordinateShift* shift = nullptr;              ///< not owned
   ShiftDirection direction = ShiftDirection::forward;  ///< from global to local
   ShiftOutside outside = ShiftOutside::refuse;         ///< by the definition of the system
+  /// The date, a decimal year, at which the shift is run whatever the date of the point: behind a
+  /// motion to an epoch, positions are of that epoch. kNoDate takes the date of the point.
+  double date = kNoDate;
 };
 
 /// A whole conversion as one object: global geodetic coordinates (B, L, H) to the local grid
@@ -88,7 +97,11 @@ struct ChainShift {
 /// Shifts stand between these steps (AddShift), any number in each place, run in the order in which
 /// they were added. Around the datum, geodetic coordinates become geocentric and back where the next
 /// step needs it: on the global ellipsoid before the datum and without one, on the datum's ellipsoid
-/// behind it; a Datum without parameters changes the ellipsoid alone.
+/// behind it; a Datum without parameters changes the ellipsoid alone. Changes of frame and motions
+/// (shifts of a ShiftKind other than timeless) stand there only, on either side.
+///
+/// They need the date of each point (NeedsDates). It is never assumed: a point without one fails at
+/// ChainStep::missingDate. A chain without such steps does not look at dates.
 ///
 /// The steps are pointers to objects of the host, which keeps them alive and unchanged while the
 /// chain runs; a step that is null is left out:
@@ -141,16 +154,21 @@ class GEOMATH_API CoordinateChain {
   const GridToGround* GetGround() const { return ground_; }
   void SetGround(const GridToGround* ground) { ground_ = ground; }
 
-  /// Puts a shift behind those in its place. False, nothing added, when it is null or of a space
-  /// that has no business there.
+  /// Puts a shift behind those in its place. False, nothing added, when it is null or of a space or
+  /// kind that has no business there.
   bool AddShift(ShiftPlace place, const ChainShift& shift);
   /// The shifts in a place.
   const std::vector<ChainShift>& GetShifts(ShiftPlace place) const;
+  /// Whether some step needs the date of the point.
+  bool NeedsDates() const;
 
   /// In place, global (B, L, H) to local (N, E, H). On failure the arguments are unchanged.
   ChainResult ToLocal(double& b, double& l, double& h) const;
   /// In place, local (N, E, H) to global (B, L, H). On failure the arguments are unchanged.
   ChainResult ToGlobal(double& n, double& e, double& h) const;
+  /// The same for a point at a date, a decimal year.
+  ChainResult ToLocal(double& b, double& l, double& h, double date) const;
+  ChainResult ToGlobal(double& n, double& e, double& h, double date) const;
 
   /// ToLocal of `count` points in place; the coordinates of point i stand at index i * stride of
   /// the three arrays (1 for three arrays, 3 for interleaved triples). A point that fails becomes
@@ -163,6 +181,13 @@ class GEOMATH_API CoordinateChain {
   /// ToGlobal of `count` points, likewise.
   std::size_t ToGlobalBatch(double* n, double* e, double* h, std::size_t count,
                             std::ptrdiff_t stride = 1, ChainStep* failedAt = nullptr) const;
+  /// The same for points at dates.
+  std::size_t ToLocalDatedBatch(PointDates dates, double* b, double* l, double* h,
+                                std::size_t count, std::ptrdiff_t stride = 1,
+                                ChainStep* failedAt = nullptr) const;
+  std::size_t ToGlobalDatedBatch(PointDates dates, double* n, double* e, double* h,
+                                 std::size_t count, std::ptrdiff_t stride = 1,
+                                 ChainStep* failedAt = nullptr) const;
 
  private:
   struct Block;
@@ -187,9 +212,9 @@ class GEOMATH_API CoordinateChain {
   void GridToGlobal(Block& block) const;
   void GridToSite(Block& block) const;
   void SiteToGrid(Block& block) const;
-  ChainResult RunPoint(BlockStep steps, double& x, double& y, double& h) const;
-  std::size_t RunBatch(BlockStep steps, double* x, double* y, double* h, std::size_t count,
-                       std::ptrdiff_t stride, ChainStep* failedAt) const;
+  ChainResult RunPoint(BlockStep steps, PointDates dates, double& x, double& y, double& h) const;
+  std::size_t RunBatch(BlockStep steps, PointDates dates, double* x, double* y, double* h,
+                       std::size_t count, std::ptrdiff_t stride, ChainStep* failedAt) const;
 
   const Ellipsoid* global_ = nullptr;
   const Datum* datum_ = nullptr;

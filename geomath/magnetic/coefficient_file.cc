@@ -5,8 +5,8 @@
 #include <string>
 #include <vector>
 
-#include "geomath/magnetic/decimal_year.h"
 #include "geomath/magnetic/model_text.h"
+#include "geomath/platform/decimal_year.h"
 #include "geomath/platform/read_number.h"
 
 namespace zel_cs::geomath {

@@ -6,7 +6,7 @@
 #include <new>
 
 #include "geomath/magnetic/coefficient_file.h"
-#include "geomath/magnetic/decimal_year.h"
+#include "geomath/platform/decimal_year.h"
 #include "geomath/platform/zel_logging.h"
 
 #if defined(_WIN32)

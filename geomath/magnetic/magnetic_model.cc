@@ -4,8 +4,8 @@
 #include <span>
 #include <utility>
 
-#include "geomath/magnetic/decimal_year.h"
 #include "geomath/magnetic/wmm_tables.h"
+#include "geomath/platform/decimal_year.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -38,17 +38,40 @@ const char* ShiftStatusName(ShiftStatus status) {
       "outside the grid or the triangles",
       "in a hole of the grid",
       "without a point that is shifted there",
+      "without a date",
+      "at a date outside the years of the model",
   };
-  static_assert(std::size(names) == static_cast<std::size_t>(ShiftStatus::notInvertible) + 1);
+  static_assert(std::size(names) == static_cast<std::size_t>(ShiftStatus::otherDate) + 1);
   const auto index = static_cast<std::size_t>(status);
   return index < std::size(names) ? names[index] : "of unknown status";
 }
 
-ShiftResult CoordinateShift::RunPoint(Block block, double& first, double& second,
-                                      double& third) const {
+void CoordinateShift::ForwardDatedBlock(double* const (&point)[3], const double*, std::size_t count,
+                                        ShiftStatus* status) const {
+  ForwardBlock(point, count, status);
+}
+
+void CoordinateShift::InverseDatedBlock(double* const (&point)[3], const double*, std::size_t count,
+                                        ShiftStatus* status) const {
+  InverseBlock(point, count, status);
+}
+
+void CoordinateShift::RunBlock(Direction direction, double* const (&point)[3], PointDates dates,
+                               std::size_t count, ShiftStatus* status) const {
+  const bool forward = direction == Direction::forward;
+  if (kind_ == ShiftKind::timeless)
+    return forward ? ForwardBlock(point, count, status) : InverseBlock(point, count, status);
+  double years[kBatchBlock];
+  for (std::size_t i = 0; i < count; ++i) years[i] = dates[i];
+  return forward ? ForwardDatedBlock(point, years, count, status)
+                 : InverseDatedBlock(point, years, count, status);
+}
+
+ShiftResult CoordinateShift::RunPoint(Direction direction, PointDates dates, double& first,
+                                      double& second, double& third) const {
   double x = first, y = second, z = third;
   ShiftResult result;
-  if (RunBatch(block, &x, &y, &z, 1, 1, &result.status) == 1) {
+  if (RunBatch(direction, dates, &x, &y, &z, 1, 1, &result.status) == 1) {
     first = x;
     second = y;
     third = z;
@@ -56,16 +79,18 @@ ShiftResult CoordinateShift::RunPoint(Block block, double& first, double& second
   return result;
 }
 
-std::size_t CoordinateShift::RunBatch(Block block, double* first, double* second, double* third,
-                                      std::size_t count, std::ptrdiff_t stride,
-                                      ShiftStatus* status) const {
+std::size_t CoordinateShift::RunBatch(Direction direction, PointDates dates, double* first,
+                                      double* second, double* third, std::size_t count,
+                                      std::ptrdiff_t stride, ShiftStatus* status) const {
   static_assert(kMaxPoints == kBatchBlock);
+  std::size_t start = 0;
   const auto convert = [&](double* const(&point)[3], std::size_t n) {
     ShiftStatus given[kBatchBlock], became[kBatchBlock];
     std::fill_n(given, n, ShiftStatus::converted);
     std::fill_n(became, n, ShiftStatus::converted);
     const bool finite = RefuseNonFinite(point, n, given);
-    (this->*block)(point, n, became);
+    RunBlock(direction, point, dates.From(start), n, became);
+    start += n;
     for (std::size_t i = 0; !finite && i < n; ++i)
       if (!HasResult(given[i])) became[i] = given[i];
 
@@ -80,23 +105,45 @@ std::size_t CoordinateShift::RunBatch(Block block, double* first, double* second
 }
 
 ShiftResult CoordinateShift::Forward(double& first, double& second, double& third) const {
-  return RunPoint(&CoordinateShift::ForwardBlock, first, second, third);
+  return RunPoint(Direction::forward, PointDates(), first, second, third);
 }
 
 ShiftResult CoordinateShift::Inverse(double& first, double& second, double& third) const {
-  return RunPoint(&CoordinateShift::InverseBlock, first, second, third);
+  return RunPoint(Direction::inverse, PointDates(), first, second, third);
+}
+
+ShiftResult CoordinateShift::Forward(double& first, double& second, double& third,
+                                     double date) const {
+  return RunPoint(Direction::forward, PointDates(date), first, second, third);
+}
+
+ShiftResult CoordinateShift::Inverse(double& first, double& second, double& third,
+                                     double date) const {
+  return RunPoint(Direction::inverse, PointDates(date), first, second, third);
 }
 
 std::size_t CoordinateShift::ForwardBatch(double* first, double* second, double* third,
                                           std::size_t count, std::ptrdiff_t stride,
                                           ShiftStatus* status) const {
-  return RunBatch(&CoordinateShift::ForwardBlock, first, second, third, count, stride, status);
+  return RunBatch(Direction::forward, PointDates(), first, second, third, count, stride, status);
 }
 
 std::size_t CoordinateShift::InverseBatch(double* first, double* second, double* third,
                                           std::size_t count, std::ptrdiff_t stride,
                                           ShiftStatus* status) const {
-  return RunBatch(&CoordinateShift::InverseBlock, first, second, third, count, stride, status);
+  return RunBatch(Direction::inverse, PointDates(), first, second, third, count, stride, status);
+}
+
+std::size_t CoordinateShift::ForwardDatedBatch(PointDates dates, double* first, double* second,
+                                               double* third, std::size_t count,
+                                               std::ptrdiff_t stride, ShiftStatus* status) const {
+  return RunBatch(Direction::forward, dates, first, second, third, count, stride, status);
+}
+
+std::size_t CoordinateShift::InverseDatedBatch(PointDates dates, double* first, double* second,
+                                               double* third, std::size_t count,
+                                               std::ptrdiff_t stride, ShiftStatus* status) const {
+  return RunBatch(Direction::inverse, dates, first, second, third, count, stride, status);
 }
 
 }  // namespace zel_cs::geomath

@@ -2,6 +2,7 @@
 
 #include <cstddef>
 
+#include "geomath/base/point_dates.h"
 #include "geomath/export.h"
 
 namespace zel_cs::geomath {
@@ -13,6 +14,13 @@ enum class ShiftSpace : unsigned char {
   plane,       ///< north, east, height, metres
 };
 
+/// What a shift does with time.
+enum class ShiftKind : unsigned char {
+  timeless,     ///< nothing: a date that is given is not looked at
+  frameChange,  ///< it leads from one reference frame to another, at the date of the position
+  pointMotion,  ///< it leads from the position at one date to that at another, in one frame
+};
+
 /// What became of a point; the first two are results.
 enum class ShiftStatus : unsigned char {
   converted,      ///< by the definition of the shift
@@ -21,6 +29,8 @@ enum class ShiftStatus : unsigned char {
   outside,        ///< refused: outside the grid or the triangles
   hole,           ///< refused: a node of the grid has no value
   notInvertible,  ///< refused, coming back: no point is shifted there
+  noDate,         ///< refused: the shift needs the date of the position, and none was given
+  otherDate,      ///< refused: the date lies outside the years for which the shift is defined
 };
 
 /// Whether the point has a result.
@@ -43,6 +53,9 @@ struct ShiftResult {
 /// east, height. A shift that leaves a coordinate alone keeps its bits. Longitudes may be any finite
 /// angle and keep their turn.
 ///
+/// A shift whose kind is not ShiftKind::timeless needs the date of each position, and refuses one
+/// without; the forms without a date are those with none.
+///
 /// Objects are immutable. Every conversion is const, allocates nothing, throws nothing and may run
 /// from many threads at once; one point and many give the same bits, on every instruction set.
 class GEOMATH_API CoordinateShift {
@@ -51,12 +64,17 @@ class GEOMATH_API CoordinateShift {
 
   /// The coordinates that this shift acts on.
   ShiftSpace Space() const { return space_; }
+  /// What this shift does with time.
+  ShiftKind Kind() const { return kind_; }
 
   /// In place, from the source to the target system. On failure the arguments are unchanged.
   ShiftResult Forward(double& first, double& second, double& third) const;
   /// In place, from the target to the source system: the point that Forward takes to these
   /// coordinates. On failure the arguments are unchanged.
   ShiftResult Inverse(double& first, double& second, double& third) const;
+  /// The same for a position at a date, a decimal year.
+  ShiftResult Forward(double& first, double& second, double& third, double date) const;
+  ShiftResult Inverse(double& first, double& second, double& third, double date) const;
 
   /// Forward of `count` points in place; the coordinates of point i stand at index i * stride of the
   /// three arrays (1 for three arrays, 3 for interleaved triples). A point that is refused becomes
@@ -67,13 +85,21 @@ class GEOMATH_API CoordinateShift {
   /// Inverse of `count` points, likewise.
   std::size_t InverseBatch(double* first, double* second, double* third, std::size_t count,
                            std::ptrdiff_t stride = 1, ShiftStatus* status = nullptr) const;
+  /// The same for positions at dates.
+  std::size_t ForwardDatedBatch(PointDates dates, double* first, double* second, double* third,
+                                std::size_t count, std::ptrdiff_t stride = 1,
+                                ShiftStatus* status = nullptr) const;
+  std::size_t InverseDatedBatch(PointDates dates, double* first, double* second, double* third,
+                                std::size_t count, std::ptrdiff_t stride = 1,
+                                ShiftStatus* status = nullptr) const;
 
  protected:
   /// Points that go through a block together, at most.
   static constexpr std::size_t kMaxPoints = 256;
 
   /// A shift of coordinates of this kind.
-  explicit CoordinateShift(ShiftSpace space) : space_(space) {}
+  explicit CoordinateShift(ShiftSpace space, ShiftKind kind = ShiftKind::timeless)
+      : space_(space), kind_(kind) {}
 
  private:
   /// Converts at most kMaxPoints points in place, whose status is ShiftStatus::converted so far, and
@@ -84,12 +110,23 @@ class GEOMATH_API CoordinateShift {
   virtual void InverseBlock(double* const (&point)[3], std::size_t count,
                             ShiftStatus* status) const = 0;
 
-  using Block = void (CoordinateShift::*)(double* const (&)[3], std::size_t, ShiftStatus*) const;
-  ShiftResult RunPoint(Block block, double& first, double& second, double& third) const;
-  std::size_t RunBatch(Block block, double* first, double* second, double* third, std::size_t count,
-                       std::ptrdiff_t stride, ShiftStatus* status) const;
+  /// The same for a shift that needs dates: NaN where there is none.
+  virtual void ForwardDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
+                                 ShiftStatus* status) const;
+  virtual void InverseDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
+                                 ShiftStatus* status) const;
+
+  enum class Direction : bool { forward, inverse };
+  void RunBlock(Direction direction, double* const (&point)[3], PointDates dates, std::size_t count,
+                ShiftStatus* status) const;
+  ShiftResult RunPoint(Direction direction, PointDates dates, double& first, double& second,
+                       double& third) const;
+  std::size_t RunBatch(Direction direction, PointDates dates, double* first, double* second,
+                       double* third, std::size_t count, std::ptrdiff_t stride,
+                       ShiftStatus* status) const;
 
   ShiftSpace space_;
+  ShiftKind kind_;
 };
 
 }  // namespace zel_cs::geomath

@@ -338,7 +338,7 @@ with degrees=False. out and return_steps as for to_local.)")
 
   module.def("_chain_steps", [] {
     py::dict names;
-    for (int step = 0; step <= static_cast<int>(ChainStep::planeShift); ++step)
+    for (int step = 0; step <= static_cast<int>(ChainStep::pointMotion); ++step)
       names[py::int_(step)] = ChainStepName(static_cast<ChainStep>(step));
     return names;
   });

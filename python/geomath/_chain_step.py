@@ -21,6 +21,10 @@ class ChainStep(IntEnum):
     GEOCENTRIC_SHIFT = 10
     VERTICAL_SHIFT = 11
     PLANE_SHIFT = 12
+    MISSING_DATE = 13
+    MODEL_YEARS = 14
+    FRAME_CHANGE = 15
+    POINT_MOTION = 16
 
     @property
     def text(self) -> str:

@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
-#include "geomath/magnetic/decimal_year.h"
 #include "geomath/magnetic/magnetic_field.h"
+#include "geomath/platform/decimal_year.h"
 #include "tests/magnetic/coefficient_text.h"
 #include "tests/support/harmonic_model.h"
 #include "tests/support/reference_data.h"

@@ -1,4 +1,4 @@
-#include "geomath/magnetic/decimal_year.h"
+#include "geomath/platform/decimal_year.h"
 
 namespace zel_cs::geomath {
 

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <limits>
+
+#include "geomath/export.h"
+#include "geomath/shift/coordinate_shift.h"
+
+namespace zel_cs::geomath {
+
+/// Years, both included.
+struct YearRange {
+  double first = std::numeric_limits<double>::lowest();
+  double last = std::numeric_limits<double>::max();
+};
+
+/// A shift that needs the date of each position: a change of the reference frame, or a motion in one.
+/// A position without a date is refused as ShiftStatus::noDate, one at a date outside of the years
+/// for which the shift is defined as ShiftStatus::otherDate.
+class GEOMATH_API DatedShift : public CoordinateShift {
+ public:
+  ~DatedShift() override;
+
+  /// The years for which the shift is defined.
+  const YearRange& Years() const { return years_; }
+
+ protected:
+  DatedShift(ShiftSpace space, ShiftKind kind, const YearRange& years = {})
+      : CoordinateShift(space, kind), years_(years) {}
+
+ private:
+  /// As ForwardBlock and InverseBlock, at dates within Years().
+  virtual void ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
+                         ShiftStatus* status) const = 0;
+  virtual void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
+                         ShiftStatus* status) const = 0;
+
+  void ForwardBlock(double* const (&point)[3], std::size_t count, ShiftStatus* status) const final;
+  void InverseBlock(double* const (&point)[3], std::size_t count, ShiftStatus* status) const final;
+  void ForwardDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
+                         ShiftStatus* status) const final;
+  void InverseDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
+                         ShiftStatus* status) const final;
+
+  using BlockAt = void (DatedShift::*)(double* const (&)[3], const double*, std::size_t,
+                                       ShiftStatus*) const;
+  void RunAt(BlockAt block, double* const (&point)[3], const double* dates, std::size_t count,
+             ShiftStatus* status) const;
+
+  YearRange years_;
+};
+
+}  // namespace zel_cs::geomath

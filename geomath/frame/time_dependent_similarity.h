@@ -1,0 +1,46 @@
+#pragma once
+
+#include "geomath/export.h"
+#include "geomath/frame/dated_shift.h"
+#include "geomath/frame/similarity_formulas.h"
+#include "geomath/platform/zel_math.h"
+#include "geomath/shift/small_angle_similarity.h"
+
+namespace zel_cs::geomath {
+
+/// Seven parameters, what each grows by in a year, and the date at which they hold: metres,
+/// arc-seconds, and the dimensionless difference of the scale from 1 (1e-9 is 1 ppb).
+struct TimeDependentParameters {
+  TAbstractPoint3<double> shift{0, 0, 0}, rotation{0, 0, 0};
+  double scale = 0;
+  TAbstractPoint3<double> shiftRate{0, 0, 0}, rotationRate{0, 0, 0};
+  double scaleRate = 0;
+  double epoch = 0;  ///< decimal year
+  RotationSense sense = RotationSense::positionVector;
+};
+
+/// Seven parameters that run with time, P(t) = P + P′·(t − t₀), between geocentric reference frames,
+/// with the rotation matrix of small angles by which such sets are defined (EPSG methods 1053 and
+/// 1056; Petit and Luzum 2010, IERS Conventions, section 4.2):
+///     target = T + (1 + s)·R·source,    R = I + [r]×  in the position-vector sense,
+/// all at the date of the position. Inverse solves the equations, which changed signs do not: for
+/// the rotations of NAD83 they are 0.1 µm off.
+class GEOMATH_API TimeDependentSimilarity : public DatedShift {
+ public:
+  /// From the source to the target frame.
+  explicit TimeDependentSimilarity(const TimeDependentParameters& parameters)
+      : TimeDependentSimilarity(parameters, ShiftKind::frameChange) {}
+
+ protected:
+  TimeDependentSimilarity(const TimeDependentParameters& parameters, ShiftKind kind);
+
+ private:
+  void ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
+                 ShiftStatus* status) const override;
+  void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
+                 ShiftStatus* status) const override;
+
+  RunningSimilarity similarity_;
+};
+
+}  // namespace zel_cs::geomath
