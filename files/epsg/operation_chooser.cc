@@ -206,11 +206,6 @@ std::optional<CandidateOperation> OperationChooser::OfCode(const std::string& co
 
 // ---- in a system file ----
 
-bool AreAlike(const Ellipsoid& a, const Ellipsoid& b) {
-  constexpr double kAlike = 1e-3;  // metres
-  return std::abs(a.a - b.a) < kAlike && std::abs(a.b - b.b) < kAlike;
-}
-
 std::string NameBeside(const std::string& path, const std::string& folder) {
   namespace fs = std::filesystem;
   std::error_code error;
@@ -219,39 +214,58 @@ std::string NameBeside(const std::string& path, const std::string& folder) {
   return fs::equivalent(at.parent_path(), beside, error) ? at.filename().string() : at.string();
 }
 
+namespace {
+
+// A step at which coordinates on the ellipsoid of the source become some on that of the target. Only
+// steps of geocentric coordinates depend on ellipsoids, where they begin and where they end.
+using Steps = std::vector<OperationStep>;
+
+bool IsGeocentric(const OperationStep& step) { return step.space == ShiftSpace::geocentric; }
+
+bool CanChangeAt(const Steps& steps, std::size_t change, const Ellipsoid& source,
+                 const Ellipsoid& target) {
+  for (std::size_t i = 0; i < steps.size(); ++i) {
+    if (!IsGeocentric(steps[i])) continue;
+    const bool begins = i == 0 || !IsGeocentric(steps[i - 1]);
+    const bool ends = i + 1 == steps.size() || !IsGeocentric(steps[i + 1]);
+    if (begins && !AreAlike(steps[i].source, i <= change ? source : target)) return false;
+    if (ends && !AreAlike(steps[i].target, i < change ? source : target)) return false;
+  }
+  return true;
+}
+
+// The number of steps that stand behind the datum; nothing where no place is right.
+std::optional<std::size_t> StepsBehindDatum(const Steps& steps, const Ellipsoid& source,
+                                            const Ellipsoid& target) {
+  const auto first = std::find_if(steps.begin(), steps.end(), IsGeocentric);
+  if (first == steps.end()) return 0;
+  const auto last = std::find_if(steps.rbegin(), steps.rend(), IsGeocentric);
+  const auto begin = static_cast<std::size_t>(first - steps.begin());
+  const auto end = static_cast<std::size_t>(last.base() - steps.begin());
+  if (CanChangeAt(steps, begin, source, target)) return begin;
+  if (CanChangeAt(steps, end - 1, source, target)) return end;
+  return std::nullopt;
+}
+
+}  // namespace
+
 std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate, const Ellipsoid& source,
                                       const Ellipsoid& target, const std::string& folder) {
-  const std::vector<OperationStep>& steps = candidate.steps;
-  const auto geocentric = [](const OperationStep& step) {
-    return step.space == ShiftSpace::geocentric;
-  };
-  // Steps before the cut stand on the ellipsoid of the source, those behind it on that of the
-  // target; it lies beside geocentric coordinates, which have none.
-  const auto first = std::find_if(steps.begin(), steps.end(), geocentric);
-  const auto last = std::find_if(steps.rbegin(), steps.rend(), geocentric).base();
-  const auto fits = [&](auto cut) {
-    return std::all_of(steps.begin(), steps.end(), [&](const OperationStep& step) {
-      const bool before = &step < &*steps.begin() + (cut - steps.begin());
-      return geocentric(step) || AreAlike(step.source, before ? source : target);
-    });
-  };
+  const Steps& steps = candidate.steps;
+  const std::optional<std::size_t> behind = StepsBehindDatum(steps, source, target);
+  if (!behind) return std::nullopt;
   ShiftEntries entries;
-  entries.twoEllipsoids = first != steps.end();
-  auto cut = steps.begin();
-  if (entries.twoEllipsoids) {
-    cut = fits(first) ? first : last;
-    if (!fits(cut)) return std::nullopt;
-  }
+  entries.twoEllipsoids = std::any_of(steps.begin(), steps.end(), IsGeocentric);
   entries.shifts = ordered_json::array();
-  for (auto step = steps.end(); step-- != steps.begin();) {
-    const std::optional<StepFile>& file =
-        candidate.files[static_cast<std::size_t>(step - steps.begin())];
+  for (std::size_t i = steps.size(); i-- > 0;) {
+    const OperationStep& step = steps[i];
+    const std::optional<StepFile>& file = candidate.files[i];
     ordered_json entry;
     if (file) entry["file"] = NameBeside(file->path, folder);
-    entry.update(step->entry);
-    entry["place"] = step < cut ? "after datum" : "before datum";
+    entry.update(step.entry);
+    entry["place"] = i < *behind ? "after datum" : "before datum";
     // A system file leads the other way.
-    if (step->inverse == (file && file->inverse)) entry["inverse"] = "yes";
+    if (step.inverse == (file && file->inverse)) entry["inverse"] = "yes";
     entries.shifts.push_back(std::move(entry));
   }
   return entries;

@@ -109,7 +109,4 @@ std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate,
 /// The name of a file as a system file in `folder` has it: its path, or its name when it is there.
 std::string NameBeside(const std::string& path, const std::string& folder);
 
-/// Whether positions on both are the same to 1 mm, as on GRS80 and WGS 84.
-bool AreAlike(const zel_cs::geomath::Ellipsoid& a, const zel_cs::geomath::Ellipsoid& b);
-
 }  // namespace geomath_files

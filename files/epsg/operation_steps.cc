@@ -22,6 +22,7 @@ constexpr int kNoMoves[] = {9602, 9659, 9843, 9844};
 constexpr int kLongitudeRotation = 9601;
 // NTv1, NTv2, NADCON, and NADCON5 with and without height.
 constexpr int kGeographicGrids[] = {9614, 9615, 9613, 1074, 1075};
+constexpr int kNadcon5[] = {1074, 1075};
 // Offsets between heights: NZLVD, BEV, gtx, asc, PL, byn, VERTCON.
 constexpr int kVerticalGrids[] = {1071, 1080, 1084, 1085, 1101, 1112, 9658};
 constexpr int kGeocentricGrid = 1087;
@@ -42,6 +43,14 @@ bool Contains(const Codes& codes, int code) {
 bool IsReadable(const std::string& name) {
   const std::string suffix = LowerCase(std::filesystem::path(name).extension().string());
   return suffix == ".gsb" || suffix == ".tif" || suffix == ".json";
+}
+
+// NADCON5 in the collection of PROJ: "nadcon5.nad27.nad83_1986.conus.lat.trn.20160901.b" is
+// "us_noaa_nadcon5_nad27_nad83_1986_conus.tif".
+std::string NadconName(const std::string& registered) {
+  std::string name = registered.substr(0, registered.find(".lat."));
+  std::replace(name.begin(), name.end(), '.', '_');
+  return "us_noaa_" + name + ".tif";
 }
 
 class StepReader {
@@ -96,8 +105,11 @@ class StepReader {
   }
 
   std::optional<OperationStep> OfSimilarity() {
-    if (step_.similarity->seven.IsNull()) return std::nullopt;
+    // A null one still changes the ellipsoid.
+    if (step_.similarity->seven.IsNull() && AreAlike(step_.source, step_.target))
+      return std::nullopt;
     if (methodCode_ == kLongitudeRotation) {
+      if (step_.similarity->seven.IsNull()) return std::nullopt;
       const double degrees = step_.similarity->seven.rotation[2] / 3600;
       step_.entry["offset"] = {{"longitude", degrees}};
     } else {
@@ -112,7 +124,9 @@ class StepReader {
       const json value = parameter.value("value", json());
       if (!value.is_string()) continue;
       const std::string name = value.get<std::string>();
-      if (step_.grids.empty() && IsReadable(name)) step_.grids.push_back({name, false});
+      if (!step_.grids.empty()) break;
+      if (IsReadable(name)) step_.grids.push_back({name});
+      if (Contains(kNadcon5, methodCode_)) step_.grids.push_back({NadconName(name)});
     }
     if (const auto proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
       if (step_.grids.empty() || step_.grids[0].name != proj->name)
@@ -148,6 +162,11 @@ class StepReader {
 };
 
 }  // namespace
+
+bool AreAlike(const Ellipsoid& a, const Ellipsoid& b) {
+  constexpr double kAlike = 1e-3;  // metres
+  return std::abs(a.a - b.a) < kAlike && std::abs(a.b - b.b) < kAlike;
+}
 
 std::vector<OperationStep> ReadSteps(const EpsgRegistry& registry, const json& document) {
   std::vector<OperationStep> steps;

@@ -38,4 +38,7 @@ struct OperationStep {
 /// Longitudes count from Greenwich throughout, so that a change of prime meridian moves none.
 std::vector<OperationStep> ReadSteps(const EpsgRegistry& registry, const nlohmann::json& document);
 
+/// Whether positions on both are the same to 1 mm, as on GRS80 and WGS 84.
+bool AreAlike(const zel_cs::geomath::Ellipsoid& a, const zel_cs::geomath::Ellipsoid& b);
+
 }  // namespace geomath_files
