@@ -32,6 +32,7 @@ PYBIND11_MODULE(_geomath, module) {
   BindDatum(module);
   BindProjection(module);
   BindGeoid(module);
+  BindGeodesic(module);
   BindShift(module);
   BindLocal(module);
   BindMagnetic(module);

@@ -67,6 +67,7 @@ void Join(ChainObject& object);
 void BindEllipsoid(py::module_& module);
 void BindDatum(py::module_& module);
 void BindProjection(py::module_& module);
+void BindGeodesic(py::module_& module);
 void BindShift(py::module_& module);
 void BindLocal(py::module_& module);
 void BindMagnetic(py::module_& module);

@@ -7,6 +7,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/geodesic/distortion.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/epsg.h"
 #include "python/bindings/keywords.h"
@@ -66,19 +67,69 @@ py::object Inverse(const ProjectionObject& p, py::object north, py::object east,
   });
 }
 
+// What the class computes itself, and where it does not the mean scale and the convergence of its
+// derivatives.
+PointFactors FactorsAt(const TGeoProj& projection, double b, double l) {
+  PointFactors factors{kNaN, kNaN};
+  double n = b, e = l;
+  if (!projection.ForwardPoint(n, e, &factors)) return {kNaN, kNaN};
+  Distortion distortion;
+  const bool complete = std::isfinite(factors.scale) && std::isfinite(factors.convergence);
+  if (complete || !DistortionAt(projection, b, l, distortion)) return factors;
+  if (std::isnan(factors.scale)) factors.scale = std::sqrt(std::abs(distortion.arealScale));
+  if (std::isnan(factors.convergence)) factors.convergence = distortion.convergence;
+  return factors;
+}
+
 py::object Factors(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                    const py::object& out) {
   const auto arguments = PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees);
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    p.projection->RotateBLBatch(kToInternal, c[0], c[1], n);
     for (std::size_t i = 0; i < n; ++i) {
-      PointFactors factors{kNaN, kNaN};
-      p.projection->RotateBL(kToInternal, c[0][i], c[1][i]);
-      const bool good = p.projection->ForwardPoint(c[0][i], c[1][i], &factors);
-      c[0][i] = good ? factors.scale : kNaN;
-      c[1][i] = good ? factors.convergence : kNaN;
+      const PointFactors factors = FactorsAt(*p.projection, c[0][i], c[1][i]);
+      c[0][i] = factors.scale;
+      c[1][i] = factors.convergence;
     }
     if (degrees) Multiply(c[1], n, kDegPerRad);
   });
+}
+
+// Members in the order of the class Distortion of Python.
+constexpr double Distortion::*kDistortion[] = {
+    &Distortion::meridianScale, &Distortion::parallelScale,     &Distortion::arealScale,
+    &Distortion::convergence,   &Distortion::angularDistortion, &Distortion::semiMajor,
+    &Distortion::semiMinor};
+constexpr std::size_t kDistortionCount = std::size(kDistortion);
+
+using DistortColumns = std::size_t (*)(const TGeoProj&, const double*, const double*, Distortion*,
+                                       std::size_t);
+
+py::object Distort(const ProjectionObject& p, const std::array<Argument, 2>& arguments,
+                   bool degrees, DistortColumns distort,
+                   void (TGeoProj::*rotate)(unsigned int, double*, double*, std::size_t) const) {
+  const py::object all = ConvertColumns<kDistortionCount>(
+      arguments, py::none(), [&](double* const* c, std::size_t, std::size_t n) {
+        Distortion distortions[kBlock];
+        (*p.projection.*rotate)(kToInternal, c[0], c[1], n);
+        distort(*p.projection, c[0], c[1], distortions, n);
+        for (std::size_t k = 0; k < kDistortionCount; ++k)
+          for (std::size_t i = 0; i < n; ++i) c[k][i] = distortions[i].*kDistortion[k];
+        constexpr std::size_t kConvergence = 3, kAngular = 4;
+        if (degrees) Multiply(c[kConvergence], n, kDegPerRad), Multiply(c[kAngular], n, kDegPerRad);
+      });
+  return py::module_::import("geomath").attr("Distortion")(*py::tuple(all));
+}
+
+py::object DistortionOf(const ProjectionObject& p, py::object lat, py::object lon, bool degrees) {
+  return Distort(p, PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees), degrees,
+                 &DistortionAt, &TGeoProj::RotateBLBatch);
+}
+
+py::object GridDistortionOf(const ProjectionObject& p, py::object north, py::object east,
+                            bool degrees) {
+  return Distort(p, {{{"north", north}, {"east", east}}}, degrees, &DistortionAtGrid,
+                 &TGeoProj::RotateNEBatch);
 }
 
 py::dict ParametersOf(const ProjectionObject& p) {
@@ -223,9 +274,25 @@ A point that has no position, or one more than a full turn away, gives NaN in bo
 
 Point scale factor and meridian convergence at a position: (scale, convergence).
 
-lat, lon and the convergence: degrees, or radians with degrees=False. NaN where the projection does
-not convert the point, and for a factor that the kind does not compute. The sign of the convergence
-is that of the kind.)")
+lat, lon and the convergence: degrees, or radians with degrees=False. Azimuth = bearing + convergence.
+Where scale differs with the direction, it is the root of the areal scale. NaN where the projection
+does not convert the point. distortion() gives everything else.)")
+      .def("distortion", &DistortionOf, py::arg("lat"), py::arg("lon"), py::kw_only(),
+           py::arg("degrees") = true,
+           R"(distortion(self, lat, lon, *, degrees=True)
+--
+
+What the projection does to lengths, angles and areas at a position, as Distortion.
+
+lat, lon and the angles: degrees, or radians with degrees=False; numbers or arrays, broadcast
+together. From the derivatives of the formulas themselves. NaN where the projection does not convert
+the point, and at the poles.)")
+      .def("grid_distortion", &GridDistortionOf, py::arg("north"), py::arg("east"), py::kw_only(),
+           py::arg("degrees") = true,
+           R"(grid_distortion(self, north, east, *, degrees=True)
+--
+
+The same at a position in the grid, metres, in the order of the grid's axes.)")
       .def(
           "__eq__",
           [](const ProjectionObject& a, const ProjectionObject& b) {

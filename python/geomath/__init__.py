@@ -17,8 +17,10 @@ from ._geomath import (
     Datum,
     Ellipsoid,
     Error,
+    Geodesic,
     Geoid,
     GlobalGeoid,
+    GridLines,
     GridToGround,
     LocalToGrid,
     MagneticField,
@@ -32,6 +34,7 @@ from ._geomath import (
     interpolation_names,
     projections,
 )
+from ._lines import Distortion, GridLine, TraverseResult
 from ._magnetic_elements import MagneticElements
 
 __all__ = [
@@ -40,10 +43,14 @@ __all__ = [
     "ChainStep",
     "CoordinateChain",
     "Datum",
+    "Distortion",
     "Ellipsoid",
     "Error",
+    "Geodesic",
     "Geoid",
     "GlobalGeoid",
+    "GridLine",
+    "GridLines",
     "GridToGround",
     "LocalToGrid",
     "MagneticElements",
@@ -52,6 +59,7 @@ __all__ = [
     "Projection",
     "RegionalGeoid",
     "ShiftGrid",
+    "TraverseResult",
     "Triangulation",
     "__version__",
     "ellipsoid_names",

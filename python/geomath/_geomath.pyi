@@ -1,10 +1,11 @@
-from collections.abc import Mapping
+from collections.abc import Mapping, Sequence
 from os import PathLike
 from typing import Any, ClassVar, Literal, Protocol, TypeAlias, final, overload
 
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
+from ._lines import Distortion, GridLine, TraverseResult
 from ._magnetic_elements import MagneticElements
 
 _Array: TypeAlias = NDArray[np.float64]
@@ -151,6 +152,114 @@ class Projection:
     def factors(
         self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ..., out: _Two = ...
     ) -> tuple[_Array, _Array]: ...
+
+    def distortion(self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ...) -> Distortion: ...
+    def grid_distortion(
+        self, north: ArrayLike, east: ArrayLike, *, degrees: bool = ...
+    ) -> Distortion: ...
+
+@final
+class Geodesic:
+    def __init__(self, ellipsoid: Ellipsoid | str = ...) -> None: ...
+    @property
+    def ellipsoid(self) -> Ellipsoid: ...
+    @overload
+    def inverse(  # type: ignore[misc]
+        self,
+        lat1: float,
+        lon1: float,
+        lat2: float,
+        lon2: float,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def inverse(
+        self,
+        lat1: ArrayLike,
+        lon1: ArrayLike,
+        lat2: ArrayLike,
+        lon2: ArrayLike,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+    ) -> tuple[_Array, _Array, _Array]: ...
+    @overload
+    def direct(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        azimuth: float,
+        distance: float,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+    ) -> tuple[float, float, float]: ...
+    @overload
+    def direct(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        azimuth: ArrayLike,
+        distance: ArrayLike,
+        *,
+        degrees: bool = ...,
+        out: _Three = ...,
+    ) -> tuple[_Array, _Array, _Array]: ...
+    def line(
+        self,
+        lat1: float,
+        lon1: float,
+        lat2: float,
+        lon2: float,
+        *,
+        count: int | None = ...,
+        spacing: float | None = ...,
+        degrees: bool = ...,
+    ) -> tuple[_Array, _Array]: ...
+    def area(
+        self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ...
+    ) -> tuple[float, float]: ...
+
+@final
+class GridLines:
+    def __init__(self, projection: Projection, geoid: Geoid | None = ...) -> None: ...
+    @property
+    def projection(self) -> Projection: ...
+    @property
+    def geoid(self) -> Geoid | None: ...
+    def between(
+        self,
+        north1: ArrayLike,
+        east1: ArrayLike,
+        north2: ArrayLike,
+        east2: ArrayLike,
+        h1: ArrayLike = ...,
+        h2: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+    ) -> GridLine: ...
+    def traverse(
+        self,
+        start: Sequence[float],
+        angles: ArrayLike,
+        distances: ArrayLike,
+        *,
+        heights: ArrayLike | None = ...,
+        backsight: Sequence[float] | None = ...,
+        start_azimuth: float | None = ...,
+        end: Sequence[float] | None = ...,
+        foresight: Sequence[float] | None = ...,
+        end_azimuth: float | None = ...,
+        end_angle: float | None = ...,
+        kind: Literal["slope", "ground", "geodesic", "grid"] = ...,
+        adjustment: Literal["none", "bowditch", "least-squares"] = ...,
+        sigma_seconds: float = ...,
+        sigma_distance: float = ...,
+        sigma_per_metre: float = ...,
+        degrees: bool = ...,
+    ) -> TraverseResult: ...
 
 class Geoid:
     @overload

@@ -15,7 +15,9 @@ from geomath import (
     Datum,
     Ellipsoid,
     Error,
+    Geodesic,
     GlobalGeoid,
+    GridLines,
     LocalToGrid,
     Projection,
     RegionalGeoid,
@@ -38,6 +40,8 @@ OBJECTS: list[Any] = [
     geoid(),
     GlobalGeoid(np.arange(10) * 1e-7, np.arange(10) * -1e-8),
     LocalToGrid(shift_n=1.25, rotation=0.3, shift_h=-40.1),
+    Geodesic("Airy 1830"),
+    GridLines(Projection("TMERC", "GRS80", **TMERC), geoid()),
 ]
 
 
