@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geomath/base/tangent_formulas.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -47,6 +49,26 @@ void FixedHeightDatum::InverseBlock(double* const (&point)[3], std::size_t count
     for (std::size_t i = 0; i < count; ++i) local[i] -= h[i] - height_;
   }
   Put(b, l, point, count);
+}
+
+// The horizontal part of the way through the datum at the fixed height.
+ShiftStatus FixedHeightDatum::Differentiate(const double (&source)[3],
+                                            double (&jacobian)[3][3]) const {
+  const Ellipsoid& local = *datum_.GetEllipsoid();
+  double p[] = {source[0], source[1], height_};
+  const auto from = TangentFrame::At<simd::Libm>(global_.a, global_.e2, p[0], p[1], p[2]);
+  global_.BLH_to_XYZ_Batch(&p[0], &p[1], &p[2], 1);
+  datum_.ToLocalDatumBatch(&p[0], &p[1], &p[2], 1);
+  local.XYZ_to_BLH_Batch(&p[0], &p[1], &p[2], 1);
+  const auto to = TangentFrame::At<simd::Libm>(local.a, local.e2, p[0], p[1], p[2]);
+  Matrix3 turn;
+  datum_.ToLocalDerivatives(turn.m);
+  turn = to.axes.Transposed() * (turn * from.axes);
+  jacobian[0][0] = turn.m[0][0] * from.perLatitude / to.perLatitude;
+  jacobian[0][1] = turn.m[0][1] * from.perLongitude / to.perLatitude;
+  jacobian[1][0] = turn.m[1][0] * from.perLatitude / to.perLongitude;
+  jacobian[1][1] = turn.m[1][1] * from.perLongitude / to.perLongitude;
+  return ShiftStatus::converted;
 }
 
 }  // namespace zel_cs::geomath

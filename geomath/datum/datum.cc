@@ -105,4 +105,10 @@ std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_
   return TransformBatch(similarity_.ToLocal(), X, Y, Z, count, stride);
 }
 
+void Datum::ToLocalDerivatives(double (&derivatives)[3][3]) const {
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c)
+      derivatives[r][c] = similarity_.ToLocal().m[r][c] + (r == c ? 1 : 0);
+}
+
 }  // namespace zel_cs::geomath

@@ -69,6 +69,9 @@ class GEOMATH_API Datum : public AxisRotation {
   bool XYZ_to_BLH(double& X, double& Y, double& Z) const;
   bool XYZ_to_BLH(TAbstractPoint3<double>& p) const;
 
+  /// The derivatives of ToLocalDatum, R/(1 + s), the same everywhere; rows are local coordinates.
+  void ToLocalDerivatives(double (&derivatives)[3][3]) const;
+
   /// True when all seven parameters are exactly 0.
   bool IsNull() const;
 

@@ -25,4 +25,13 @@ void AffineTransformation::InverseBlock(double* const (&point)[3], std::size_t c
   }
 }
 
+ShiftStatus AffineTransformation::Differentiate(const double (&)[3],
+                                                double (&jacobian)[3][3]) const {
+  jacobian[0][0] = p_.b2;
+  jacobian[0][1] = p_.b1;
+  jacobian[1][0] = p_.a2;
+  jacobian[1][1] = p_.a1;
+  return ShiftStatus::converted;
+}
+
 }  // namespace zel_cs::geomath

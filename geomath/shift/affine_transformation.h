@@ -26,6 +26,7 @@ class GEOMATH_API AffineTransformation : public CoordinateShift {
                     ShiftStatus* status) const override;
   void InverseBlock(double* const (&point)[3], std::size_t count,
                     ShiftStatus* status) const override;
+  ShiftStatus Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const override;
 
   Parameters p_;
 };

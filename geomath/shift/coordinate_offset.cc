@@ -14,4 +14,8 @@ void CoordinateOffset::InverseBlock(double* const (&point)[3], std::size_t count
     for (std::size_t i = 0; i < count; ++i) point[c][i] -= offset_[c];
 }
 
+ShiftStatus CoordinateOffset::Differentiate(const double (&)[3], double (&)[3][3]) const {
+  return ShiftStatus::converted;
+}
+
 }  // namespace zel_cs::geomath

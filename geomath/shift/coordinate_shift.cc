@@ -46,6 +46,42 @@ const char* ShiftStatusName(ShiftStatus status) {
   return index < std::size(names) ? names[index] : "of unknown status";
 }
 
+ShiftResult CoordinateShift::ForwardDerivatives(double first, double second, double third,
+                                                double (&jacobian)[3][3], double date) const {
+  const double source[] = {first, second, third};
+  double found[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+  const bool finite = std::isfinite(first) && std::isfinite(second) && std::isfinite(third);
+  if (!finite) return {ShiftStatus::input};
+  const ShiftStatus status = kind_ == ShiftKind::timeless ? Differentiate(source, found)
+                                                          : Differences(source, date, found);
+  if (HasResult(status)) std::copy_n(&found[0][0], 9, &jacobian[0][0]);
+  return {status};
+}
+
+ShiftStatus CoordinateShift::Differentiate(const double (&source)[3],
+                                           double (&jacobian)[3][3]) const {
+  return Differences(source, kNoDate, jacobian);
+}
+
+ShiftStatus CoordinateShift::Differences(const double (&source)[3], double date,
+                                         double (&jacobian)[3][3]) const {
+  constexpr double kHalfStep = 10;               // metres
+  constexpr double kHalfStepAngle = 10 / 6.4e6;  // the same on the Earth
+  for (int c = 0; c < 3; ++c) {
+    const double step = space_ == ShiftSpace::geographic && c < 2 ? kHalfStepAngle : kHalfStep;
+    double low[] = {source[0], source[1], source[2]}, high[] = {source[0], source[1], source[2]};
+    low[c] -= step;
+    high[c] += step;
+    const double width = high[c] - low[c];
+    const ShiftStatus below = Forward(low[0], low[1], low[2], date).status;
+    const ShiftStatus above = Forward(high[0], high[1], high[2], date).status;
+    if (!HasResult(below)) return below;
+    if (!HasResult(above)) return above;
+    for (int r = 0; r < 3; ++r) jacobian[r][c] = (high[r] - low[r]) / width;
+  }
+  return ShiftStatus::converted;
+}
+
 void CoordinateShift::ForwardDatedBlock(double* const (&point)[3], const double*, std::size_t count,
                                         ShiftStatus* status) const {
   ForwardBlock(point, count, status);

@@ -76,6 +76,14 @@ class GEOMATH_API CoordinateShift {
   ShiftResult Forward(double& first, double& second, double& third, double date) const;
   ShiftResult Inverse(double& first, double& second, double& third, double date) const;
 
+  /// The derivatives of Forward at a source position, one row for each coordinate of the target, in
+  /// the units of the space: those of the formulas to rounding, on a line between cells or triangles
+  /// those of the one that Forward takes. A class of a host's has symmetric differences of Forward.
+  /// On failure the result is unchanged. `date`, a decimal year, is for those that need one, which have
+  /// differences too.
+  ShiftResult ForwardDerivatives(double first, double second, double third,
+                                 double (&jacobian)[3][3], double date = kNoDate) const;
+
   /// Forward of `count` points in place; the coordinates of point i stand at index i * stride of the
   /// three arrays (1 for three arrays, 3 for interleaved triples). A point that is refused becomes
   /// NaN in all three slots. `status`, when given, holds `count` entries (stride 1) and receives
@@ -109,6 +117,12 @@ class GEOMATH_API CoordinateShift {
                             ShiftStatus* status) const = 0;
   virtual void InverseBlock(double* const (&point)[3], std::size_t count,
                             ShiftStatus* status) const = 0;
+
+  /// What ForwardDerivatives runs, at a position whose coordinates are finite and for a matrix that
+  /// comes as the identity, for a timeless shift. The base takes differences.
+  virtual ShiftStatus Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const;
+
+  ShiftStatus Differences(const double (&source)[3], double date, double (&jacobian)[3][3]) const;
 
   /// The same for a shift that needs dates: NaN where there is none.
   virtual void ForwardDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,

@@ -5,6 +5,7 @@
 #include <exception>
 #include <utility>
 
+#include "geomath/base/tangent_formulas.h"
 #include "geomath/shift/grid/node_grid.h"
 
 namespace zel_cs::geomath {
@@ -96,6 +97,30 @@ void GeocentricShiftGrid::InverseBlock(double* const (&point)[3], std::size_t co
     AddAtResult(-1, point, count, status);
   else
     AddAtPoint(-1, point, count, status);
+}
+
+// T depends on φ and λ, these on X, Y, Z. With S = ∂T/∂(X, Y, Z) at the position of the look-up, the
+// derivatives are I + S where that is the source, (I − S)⁻¹ where it is the target.
+ShiftStatus GeocentricShiftGrid::Differentiate(const double (&source)[3],
+                                               double (&jacobian)[3][3]) const {
+  double at[] = {source[0], source[1], source[2]};
+  const bool atTarget = position_ == GridPosition::target;
+  if (atTarget)
+    if (const ShiftResult moved = Forward(at[0], at[1], at[2]); !moved) return moved.status;
+  ellipsoid_.XYZ_to_BLH_Batch(&at[0], &at[1], &at[2], 1);
+  double slopes[3][2];
+  const ShiftStatus status = nodes_->Slopes(at[0], at[1], slopes);
+  if (!HasResult(status)) return status;
+  const auto frame = TangentFrame::At<simd::Libm>(ellipsoid_.a, ellipsoid_.e2, at[0], at[1], at[2]);
+  const double sign = atTarget ? -1 : 1;
+  Matrix3 found = Matrix3::Identity();
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c)
+      found.m[r][c] += sign * (slopes[r][0] * frame.axes.m[c][0] / frame.perLatitude +
+                               slopes[r][1] * frame.axes.m[c][1] / frame.perLongitude);
+  if (atTarget) found = found.Inverse();
+  std::copy_n(&found.m[0][0], 9, &jacobian[0][0]);
+  return ShiftStatus::converted;
 }
 
 }  // namespace zel_cs::geomath

@@ -71,4 +71,15 @@ void ShiftGrid::InverseBlock(double* const (&point)[3], std::size_t count,
   nodes_->Inverse(point, count, status);
 }
 
+ShiftStatus ShiftGrid::Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const {
+  double slopes[3][2];
+  const ShiftStatus status = nodes_->Slopes(source[0], source[1], slopes);
+  if (!HasResult(status)) return status;
+  const int first = components_ == ShiftComponents::vertical ? 2 : 0;
+  const int count = components_ == ShiftComponents::horizontal ? 2 : 3 - first;
+  for (int i = 0; i < count; ++i)
+    for (int c = 0; c < 2; ++c) jacobian[first + i][c] += slopes[i][c];
+  return status;
+}
+
 }  // namespace zel_cs::geomath

@@ -51,4 +51,11 @@ void SmallAngleSimilarity::InverseBlock(double* const (&point)[3], std::size_t c
   inverse_.Convert(point, count);
 }
 
+ShiftStatus SmallAngleSimilarity::Differentiate(const double (&)[3],
+                                                double (&jacobian)[3][3]) const {
+  for (int r = 0; r < 3; ++r)
+    for (int c = 0; c < 3; ++c) jacobian[r][c] += forward_.m[r][c];
+  return ShiftStatus::converted;
+}
+
 }  // namespace zel_cs::geomath

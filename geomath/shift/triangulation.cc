@@ -168,4 +168,27 @@ void Triangulation::InverseBlock(double* const (&point)[3], std::size_t count,
   Convert(false, point, count, status);
 }
 
+ShiftStatus Triangulation::Differentiate(const double (&source)[3],
+                                         double (&jacobian)[3][3]) const {
+  const MeshPoint p = source_->Reduced({source[0], source[1]});
+  std::uint32_t triangle;
+  ShiftStatus status = ShiftStatus::converted;
+  source_->Find(&p, 1, &triangle);
+  if (triangle == kNoTriangle) status = Extrapolate(true, p, triangle);
+  if (!HasResult(status)) return status;
+  TriangleShifts::Shift perNorth, perEast;
+  source_->Slopes(triangle, perNorth, perEast);
+  if (target_) {
+    jacobian[0][0] += perNorth.north;
+    jacobian[0][1] += perEast.north;
+    jacobian[1][0] += perNorth.east;
+    jacobian[1][1] += perEast.east;
+  }
+  if (components_ != ShiftComponents::horizontal) {
+    jacobian[2][0] = perNorth.up;
+    jacobian[2][1] = perEast.up;
+  }
+  return status;
+}
+
 }  // namespace zel_cs::geomath

@@ -15,11 +15,15 @@ VerticalSlope::VerticalSlope(const Ellipsoid& ellipsoid, const Parameters& param
   metresPerLongitude_ = p_.slopeLongitude * nu0;
 }
 
-double VerticalSlope::At(double b, double l) const {
+// The longitude from the evaluation point, within half a turn.
+double VerticalSlope::FromPoint(double l) const {
   const double turns = std::floor((l - p_.longitude0 + kPi) / kTwoPi);
-  const double fromPoint = l - p_.longitude0 - turns * kTwoPi;
+  return l - p_.longitude0 - turns * kTwoPi;
+}
+
+double VerticalSlope::At(double b, double l) const {
   return p_.offset + metresPerLatitude_ * (b - p_.latitude0) +
-         metresPerLongitude_ * fromPoint * std::cos(b);
+         metresPerLongitude_ * FromPoint(l) * std::cos(b);
 }
 
 void VerticalSlope::ForwardBlock(double* const (&point)[3], std::size_t count, ShiftStatus*) const {
@@ -28,6 +32,14 @@ void VerticalSlope::ForwardBlock(double* const (&point)[3], std::size_t count, S
 
 void VerticalSlope::InverseBlock(double* const (&point)[3], std::size_t count, ShiftStatus*) const {
   for (std::size_t i = 0; i < count; ++i) point[2][i] -= At(point[0][i], point[1][i]);
+}
+
+ShiftStatus VerticalSlope::Differentiate(const double (&source)[3],
+                                         double (&jacobian)[3][3]) const {
+  jacobian[2][0] =
+      metresPerLatitude_ - metresPerLongitude_ * FromPoint(source[1]) * std::sin(source[0]);
+  jacobian[2][1] = metresPerLongitude_ * std::cos(source[0]);
+  return ShiftStatus::converted;
 }
 
 }  // namespace zel_cs::geomath

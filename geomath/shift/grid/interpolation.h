@@ -40,6 +40,12 @@ struct BilinearShift {
     alongEast = east - west;
     return west + alongEast * v;
   }
+
+  static GEOMATH_INLINE void Slopes(const double (&z)[2][2], double u, double v, double& alongNorth,
+                                    double& alongEast) {
+    double twist;
+    At(z, u, v, alongNorth, alongEast, twist);
+  }
 };
 
 /// The biquadratic rule of NADCON 5 (Smith and Bilich 2019, NOAA Technical Memorandum NOS NGS 84):
@@ -62,7 +68,22 @@ struct BiquadraticShift {
                     Parabola(v, z[1][0], z[1][1], z[1][2]), Parabola(v, z[2][0], z[2][1], z[2][2]));
   }
 
+  /// The slopes per step.
+  static GEOMATH_INLINE void Slopes(const double (&z)[3][3], double u, double v, double& alongNorth,
+                                    double& alongEast) {
+    double row[3], slope[3];
+    for (int r = 0; r < 3; ++r) {
+      row[r] = Parabola(v, z[r][0], z[r][1], z[r][2]);
+      slope[r] = ParabolaSlope(v, z[r][0], z[r][1], z[r][2]);
+    }
+    alongNorth = ParabolaSlope(u, row[0], row[1], row[2]);
+    alongEast = Parabola(u, slope[0], slope[1], slope[2]);
+  }
+
  private:
+  static GEOMATH_INLINE double ParabolaSlope(double x, double f0, double f1, double f2) {
+    return f1 - f0 + (x - 0.5) * (f2 - 2 * f1 + f0);
+  }
   // Through f0, f1, f2 at 0, 1, 2: Newton's forward differences.
   static GEOMATH_INLINE double Parabola(double x, double f0, double f1, double f2) {
     return f0 + x * (f1 - f0) + x * (x - 1) / 2 * (f2 - 2 * f1 + f0);

@@ -32,6 +32,9 @@ class NodeGrid {
   void Forward(double* const* point, std::size_t count, ShiftStatus* status) const;
   void Inverse(double* const* point, std::size_t count, ShiftStatus* status) const;
 
+  /// The slopes of the components towards north and east at a point, per unit of the coordinates.
+  ShiftStatus Slopes(double north, double east, double (&slopes)[3][2]) const;
+
   bool HasAccuracies() const { return !accuracies_.empty(); }
   bool Accuracy(double north, double east, double* accuracies) const;
 

@@ -39,6 +39,11 @@ class TriangleShifts {
     double north, east, up;
   };
   Shift ShiftAt(std::uint32_t triangle, const MeshPoint& reduced) const;
+  /// What that changes by in a unit towards north and towards east.
+  void Slopes(std::uint32_t triangle, Shift& perNorth, Shift& perEast) const {
+    perNorth = affines_[triangle].perNorth;
+    perEast = affines_[triangle].perEast;
+  }
 
  private:
   struct Affine {

@@ -1,0 +1,121 @@
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+
+#include "geomath/base/ellipsoid.h"
+#include "geomath/base/matrix3.h"
+#include "geomath/simd/elementary.h"
+
+/// Small vectors at a position, as geographic and as geocentric coordinates see them (Rapp 1991,
+/// Geometric Geodesy I, section 3.3): d(X, Y, Z) = [n e u]·diag(M + h, (N + h)·cos B, 1)·d(B, L, h).
+namespace zel_cs::geomath {
+
+/// Metres per radian of latitude and longitude at a position, and the directions of north, east and up
+/// in geocentric axes, which are the columns of `axes`.
+struct TangentFrame {
+  double perLatitude, perLongitude;
+  Matrix3 axes;
+
+  template <class Math>
+  static GEOMATH_INLINE TangentFrame At(double a, double e2, double B, double L, double h) {
+    double sB, cB, sL, cL;
+    Math::SinCos(B, sB, cB);
+    Math::SinCos(L, sL, cL);
+    const double w2 = 1 - e2 * (sB * sB), N = a / std::sqrt(w2), M = N * (1 - e2) / w2;
+    return {
+        M + h, (N + h) * cB, {{{-sB * cL, -sL, cB * cL}, {-sB * sL, cL, cB * sL}, {cB, 0, sB}}}};
+  }
+
+  static GEOMATH_INLINE bool ServesColumns(double B, double L) {
+    const bool latitude = std::abs(B) < simd::kMaxAngle;
+    const bool longitude = std::abs(L) < simd::kMaxAngle;
+    return latitude & longitude;
+  }
+};
+
+/// The derivatives of geographic coordinates by metres at their place to the north and the east, in
+/// columns behind latitude and height, which stay.
+struct RadiansPerMetre {
+  static constexpr std::size_t kColumns = 4;
+  double a, e2;
+
+  explicit RadiansPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& h, double& north, double& east) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
+    north = 1 / frame.perLatitude;
+    east = 1 / frame.perLongitude;
+  }
+  GEOMATH_INLINE bool Serves(double B, double, double, double) const {
+    return TangentFrame::ServesColumns(B, 0);
+  }
+};
+
+/// The derivatives of geocentric coordinates by metres at their place, in the columns of
+/// TangentToGeocentric.
+struct MetresToGeocentric {
+  static constexpr std::size_t kColumns = 12;
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& B, double& L, double&, Nine&... nine) const {
+    TangentFrame::At<Math>(1, 0, B, L, 0).axes.To(nine...);
+  }
+  template <class... Nine>
+  GEOMATH_INLINE bool Serves(double B, double L, double, Nine...) const {
+    return TangentFrame::ServesColumns(B, L);
+  }
+};
+
+/// The derivatives of a position, a row for each of its coordinates, from geographic to geocentric
+/// coordinates. Columns: B, L, h of the position, which stay, and the nine derivatives.
+struct TangentToGeocentric {
+  static constexpr std::size_t kColumns = 12;
+  double a, e2;
+
+  explicit TangentToGeocentric(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& B, double& L, double& h, Nine&... nine) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, L, h);
+    Matrix3 tangent = Matrix3::Of(nine...);
+    for (int c = 0; c < 3; ++c) {
+      tangent.m[0][c] *= frame.perLatitude;
+      tangent.m[1][c] *= frame.perLongitude;
+    }
+    (frame.axes * tangent).To(nine...);
+  }
+
+  template <class... Nine>
+  GEOMATH_INLINE bool Serves(double B, double L, double, Nine...) const {
+    return TangentFrame::ServesColumns(B, L);
+  }
+};
+
+/// The way back, likewise.
+struct TangentToGeographic {
+  static constexpr std::size_t kColumns = 12;
+  double a, e2;
+
+  explicit TangentToGeographic(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& B, double& L, double& h, Nine&... nine) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, L, h);
+    Matrix3 tangent = frame.axes.Transposed() * Matrix3::Of(nine...);
+    const double north = 1 / frame.perLatitude, east = 1 / frame.perLongitude;
+    for (int c = 0; c < 3; ++c) {
+      tangent.m[0][c] *= north;
+      tangent.m[1][c] *= east;
+    }
+    tangent.To(nine...);
+  }
+
+  template <class... Nine>
+  GEOMATH_INLINE bool Serves(double B, double L, double, Nine...) const {
+    return TangentFrame::ServesColumns(B, L);
+  }
+};
+
+}  // namespace zel_cs::geomath
