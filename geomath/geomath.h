@@ -10,6 +10,7 @@
 #include "geomath/base/metric_unit.h"
 #include "geomath/base/point_dates.h"
 #include "geomath/base/rect_rgn.h"
+#include "geomath/chain/chain_uncertainty.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/chain/fixed_height_datum.h"
 #include "geomath/chain/geoid_height.h"

@@ -7,6 +7,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/chain/chain_trace.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -78,11 +79,25 @@ struct CoordinateChain::Block {
   const PointDates dates;
   const std::size_t count;
   std::size_t alive;
+  ChainTrace* const trace;  // hears of the steps to local; null where nobody listens
   ChainStep failed[kBatchBlock];
 
-  Block(double* const (&columns)[3], PointDates years, std::size_t points)
-      : x(columns[0]), y(columns[1]), h(columns[2]), dates(years), count(points), alive(points) {
+  Block(double* const (&columns)[3], PointDates years, std::size_t points,
+        ChainTrace* listener = nullptr)
+      : x(columns[0]),
+        y(columns[1]),
+        h(columns[2]),
+        dates(years),
+        count(points),
+        alive(points),
+        trace(listener) {
     std::fill_n(failed, count, ChainStep::none);
+  }
+
+  // Tells the trace, if there is one, of a step at the points.
+  template <class Step, class Object>
+  void Tell(Step step, const Object& object) const {
+    if (trace) (trace->*step)(object, {x, y, h}, count);
   }
 
   bool Alive(std::size_t i) const { return failed[i] == ChainStep::none; }
@@ -117,6 +132,23 @@ struct CoordinateChain::Block {
   void CheckLatitudes(ChainStep step) {
     if (AllWithin(x, count, kMaxLatitude)) return;
     FailWhere(step, [this](std::size_t i) { return !(std::abs(x[i]) <= kMaxLatitude); });
+  }
+
+  void Shift(const ChainShift& step, bool toLocal, ChainStep place) {
+    double before[3][kBatchBlock];
+    if (trace) std::copy_n(x, count, before[0]), std::copy_n(y, count, before[1]);
+    if (trace) std::copy_n(h, count, before[2]);
+    ShiftStatus status[kBatchBlock];
+    const std::size_t converted = RunShift(step, toLocal, dates, x, y, h, count, status);
+    if (converted < count) {
+      const auto is = [&](ShiftStatus which) {
+        return [=, &status](std::size_t i) { return status[i] == which; };
+      };
+      FailWhere(ChainStep::missingDate, is(ShiftStatus::noDate));
+      FailWhere(ChainStep::modelYears, is(ShiftStatus::otherDate));
+      Check(place, converted);
+    }
+    if (trace) trace->Shift(step, place, {before[0], before[1], before[2]}, {x, y, h}, count);
   }
 
   void MarkFailed() {
@@ -187,30 +219,23 @@ class CoordinateChain::Frame {
     if (space == space_) return;
     space_ = space;
     if (!ellipsoid_) return block_.FailAll(step_);
-    const auto convert = space == ShiftSpace::geocentric ? &Ellipsoid::BLH_to_XYZ_Batch
-                                                         : &Ellipsoid::XYZ_to_BLH_Batch;
+    const bool up = space == ShiftSpace::geocentric;
+    const auto convert = up ? &Ellipsoid::BLH_to_XYZ_Batch : &Ellipsoid::XYZ_to_BLH_Batch;
+    if (up) block_.Tell(&ChainTrace::ToGeocentric, *ellipsoid_);
     block_.Check(step_, (ellipsoid_->*convert)(block_.x, block_.y, block_.h, block_.count, 1));
+    if (!up) block_.Tell(&ChainTrace::ToGeographic, *ellipsoid_);
   }
 
   void Shift(const ChainShift& step, bool toLocal) {
     To(step.shift->Space());
-    if (block_.alive == 0) return;
-    ShiftStatus status[kBatchBlock];
-    const std::size_t converted =
-        RunShift(step, toLocal, block_.dates, block_.x, block_.y, block_.h, block_.count, status);
-    if (converted == block_.count) return;
-    const auto is = [&](ShiftStatus which) {
-      return [=, &status](std::size_t i) { return status[i] == which; };
-    };
-    block_.FailWhere(ChainStep::missingDate, is(ShiftStatus::noDate));
-    block_.FailWhere(ChainStep::modelYears, is(ShiftStatus::otherDate));
-    block_.Check(StepOf(*step.shift), converted);
+    if (block_.alive > 0) block_.Shift(step, toLocal, StepOf(*step.shift));
   }
 
   void Transform(const Datum& datum, bool toLocal, const Ellipsoid* ellipsoid, ChainStep step) {
     To(ShiftSpace::geocentric);
     const auto convert = toLocal ? &Datum::ToLocalDatumBatch : &Datum::ToWGS84DatumBatch;
     block_.Check(ChainStep::datum, (datum.*convert)(block_.x, block_.y, block_.h, block_.count, 1));
+    block_.Tell(&ChainTrace::Transform, datum);
     ellipsoid_ = ellipsoid;
     step_ = step;
   }
@@ -248,13 +273,16 @@ void CoordinateChain::LowerHeights(Block& p, double* heights) const {
     double geoidHeight[kBatchBlock];
     geoid_->Heights(p.x, p.y, geoidHeight, p.count);
     for (std::size_t i = 0; i < p.count; ++i) heights[i] = p.h[i] - geoidHeight[i];
+    p.Tell(&ChainTrace::LowerByGeoid, *geoid_);
     p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(heights[i]); });
   }
   for (const ChainShift& step : heights_) {
-    double x[kBatchBlock], y[kBatchBlock];
+    double x[kBatchBlock], y[kBatchBlock], before[kBatchBlock];
     std::copy_n(p.x, p.count, x);
     std::copy_n(p.y, p.count, y);
+    std::copy_n(heights, p.count, before);
     RunShift(step, true, x, y, heights, p.count);
+    if (p.trace) p.trace->LowerByShift(step, {p.x, p.y, before}, {x, y, heights}, p.count);
     p.FailWhere(ChainStep::verticalShift,
                 [&](std::size_t i) { return !std::isfinite(heights[i]); });
   }
@@ -278,9 +306,7 @@ void CoordinateChain::RaiseHeights(Block& p, double* heights) const {
 
 // Shifts of grid coordinates.
 void CoordinateChain::ShiftPlane(Block& p, bool toLocal) const {
-  const auto run = [&](const ChainShift& step) {
-    p.Check(ChainStep::planeShift, RunShift(step, toLocal, p.x, p.y, p.h, p.count));
-  };
+  const auto run = [&](const ChainShift& step) { p.Shift(step, toLocal, ChainStep::planeShift); };
   if (toLocal)
     std::for_each(afterProjection_.begin(), afterProjection_.end(), run);
   else
@@ -335,14 +361,17 @@ std::vector<ChainShift> CoordinateChain::*CoordinateChain::ListOf(ShiftPlace pla
 void CoordinateChain::ToLocalBlock(Block& p) const {
   p.TurnGeographic(projection_, kToInternal);
   p.CheckLatitudes(ChainStep::input);
+  if (p.trace) p.trace->Start({p.x, p.y, p.h}, p.count);
 
   const bool atGlobal = HasHeights() && geoidFrame_ == GeoidFrame::global;
   double heights[kBatchBlock];
   if (atGlobal) LowerHeights(p, heights);
   if (MovesPositions()) DatumToLocal(p);
   if (HasHeights() && !atGlobal) LowerHeights(p, heights);
+  if (p.trace) p.trace->Arrive({p.x, p.y, p.h}, p.count);
   if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
+  if (projection_) p.Tell(&ChainTrace::Project, *projection_);
   if (projection_) GlobalToGrid(p);
   ShiftPlane(p, true);
   GridToSite(p);
@@ -365,6 +394,7 @@ void CoordinateChain::GridToGlobal(Block& p) const {
 
 void CoordinateChain::GridToSite(Block& p) const {
   if (localization_) {
+    p.Tell(&ChainTrace::ToSite, *localization_);
     const auto convert = [&] {
       return localization_->ToLocalBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
     };
@@ -372,6 +402,7 @@ void CoordinateChain::GridToSite(Block& p) const {
   }
   if (ground_ && !ground_->IsDisabled()) {
     p.Check(ChainStep::ground, ground_->ToGroundBatch(p.x, p.y, p.count));
+    if (p.trace) p.trace->ToGround(*ground_, p.count);
   }
 }
 
@@ -438,6 +469,16 @@ void CoordinateChain::ToGlobalBlock(Block& p) const {
   else if (MovesPositions())
     DatumToGlobal(p);
   p.TurnGeographic(projection_, kToUser);
+}
+
+// ToLocalBlock of at most kBatchBlock points with a listener.
+void CoordinateChain::TraceToLocal(double* const (&columns)[3], PointDates dates, std::size_t count,
+                                   ChainStep* failedAt, ChainTrace& trace) const {
+  Block block(columns, dates, count, &trace);
+  block.Check(ChainStep::input, MarkFailures(columns, count));
+  if (block.alive > 0) ToLocalBlock(block);
+  block.MarkFailed();
+  std::copy_n(block.failed, count, failedAt);
 }
 
 ChainResult CoordinateChain::RunPoint(BlockStep steps, PointDates dates, double& x, double& y,

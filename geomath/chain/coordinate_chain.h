@@ -15,6 +15,8 @@
 
 namespace zel_cs::geomath {
 
+class ChainTrace;
+
 /// The steps of a CoordinateChain that can refuse a point.
 enum class ChainStep : unsigned char {
   none,             ///< no step failed: the point is converted
@@ -190,10 +192,13 @@ class GEOMATH_API CoordinateChain {
                                  ChainStep* failedAt = nullptr) const;
 
  private:
+  friend class ChainUncertainty;
   struct Block;
   class Frame;
   using BlockStep = void (CoordinateChain::*)(Block&) const;
 
+  void TraceToLocal(double* const (&columns)[3], PointDates dates, std::size_t count,
+                    ChainStep* failedAt, ChainTrace& trace) const;
   void ToLocalBlock(Block& block) const;
   void ToGlobalBlock(Block& block) const;
   static std::vector<ChainShift> CoordinateChain::*ListOf(ShiftPlace place);

@@ -32,6 +32,9 @@ class GEOMATH_API GridToGround {
   bool IsDisabled() const { return (flags & kDisabled) != 0; }
   void SetEnabled(bool on);
 
+  /// Ground over grid as the conversions apply it: derived or given.
+  double EffectiveScale() const;
+
   /// In place, grid to ground and back. `present` points to a component word (0x4 northing given,
   /// 0x8 easting given). False, arguments unchanged, when it is null, or when only one of the two
   /// is given and there is a rotation above 1e-14. Kept: a component that is not given is not
@@ -56,7 +59,6 @@ class GEOMATH_API GridToGround {
   std::uint32_t flags = kDeriveScale;  ///< the bits above
 
  private:
-  double EffectiveScale() const;
   GroundParameters Parameters(unsigned long present) const;
 };
 

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <array>
+#include <vector>
+
+#include "geomath/base/batch.h"
+#include "geomath/base/matrix3.h"
+#include "geomath/chain/chain_trace.h"
+#include "geomath/chain/chain_uncertainty.h"
+
+namespace zel_cs::geomath {
+
+/// The derivatives of a block of points on its way from global to local, and the uncertainty of the
+/// steps, carried back to the global side by the inverse of the derivatives so far.
+class ChainTangents : public ChainTrace {
+ public:
+  using Vector = std::array<double, 3>;
+  using Covariances = double[6][kBatchBlock];  // xx, xy, xz, yy, yz, zz
+
+  /// Errors of a job's extent go to `common`, a vector for each of their sources, when that is given
+  /// (for blocks of one point), else to the point's own.
+  ChainTangents(const ChainUncertainty& uncertainty, PointDates dates, CovarianceFrame global,
+                CovarianceFrame local, std::vector<Vector>* common = nullptr)
+      : uncertainty_(uncertainty),
+        dates_(dates),
+        chain_(*uncertainty.chain_),
+        global_(global),
+        local_(local),
+        common_(common) {}
+
+  void Start(Points geographic, std::size_t count) override;
+  void ToGeocentric(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) override;
+  void ToGeographic(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) override;
+  void Transform(const Datum& datum, Points local, std::size_t count) override;
+  void Shift(const ChainShift& step, ChainStep place, Points before, Points after,
+             std::size_t count) override;
+  void LowerByGeoid(const GeoidHeight& geoid, Points geographic, std::size_t count) override;
+  void LowerByShift(const ChainShift& step, Points before, Points after,
+                    std::size_t count) override;
+  void Arrive(Points geographic, std::size_t count) override;
+  void Project(const TGeoProj& projection, Points geographic, std::size_t count) override;
+  void ToSite(const LocalToGrid& site, Points grid, std::size_t count) override;
+  void ToGround(const GridToGround& ground, std::size_t count) override;
+  /// After the last step: into the local frame. Without a projection at the local positions.
+  void Finish(Points geographic, std::size_t count);
+
+  /// What refused points that the chain did not; ChainStep::none for the others.
+  ChainStep FailedAt(std::size_t i) const { return failed_[i]; }
+
+  /// Covariances of one side to those of the other, in place, with the uncertainty of the steps.
+  void ToLocal(Covariances& covariances, std::size_t count);
+  void ToGlobal(Covariances& covariances, std::size_t count);
+
+  /// The derivatives of a point.
+  Matrix3 At(std::size_t i) const;
+  /// What the steps add to the covariance of a point of its own, on the global side.
+  Matrix3 Added(std::size_t i) const;
+
+ private:
+  template <class Conversion>
+  void RunAt(const Conversion& conversion, Points geographic, std::size_t count);
+  void Set(std::size_t i, const Matrix3& tangent);
+  void Fail(std::size_t i, ChainStep step) {
+    if (failed_[i] == ChainStep::none) failed_[i] = step;
+  }
+  void FailAll(ChainStep step, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) Fail(i, step);
+  }
+  /// Derivatives of a shift of the chain, global to local; false after Fail.
+  bool ShiftDerivatives(const ChainShift& step, Points before, Points after, std::size_t i,
+                        ChainStep place, Matrix3& found);
+  /// The standard deviations of a shift at a point in the units of its space; may Fail.
+  void ShiftDeviations(const ChainUncertainty::ShiftNoise* noise, const ChainShift& step,
+                       Points before, Points after, std::size_t i, ChainStep place,
+                       double (&sigma)[3]);
+  const ChainUncertainty::ShiftNoise* NoiseOf(const ChainShift& step) const;
+  void SetIdentity(std::size_t count);
+  void Part();
+  void Settle(Points geographic, std::size_t count);
+  void StartAdding();
+  /// Adds errors whose images in the coordinates so far are these vectors, of standard deviation 1.
+  void AddNoise(std::size_t i, const Vector* images, std::size_t count, ErrorExtent extent);
+  /// The same of heights that are apart.
+  void AddHeightNoise(std::size_t i, double sigma, ErrorExtent extent);
+  const Ellipsoid* GlobalEllipsoid() const;
+  const Ellipsoid* LocalEllipsoid() const;
+  void AddDatumNoise(const Datum& datum, Points local, std::size_t count);
+  void AddSiteNoise(const LocalToGrid& site, Points grid, std::size_t count);
+
+  const ChainUncertainty& uncertainty_;
+  PointDates dates_;
+  const CoordinateChain& chain_;
+  CovarianceFrame global_, local_;
+  std::vector<Vector>* common_;
+
+  double tangent_[9][kBatchBlock];      // row by row
+  double heights_[3][kBatchBlock];      // the row of heights while they are off their positions
+  bool apart_ = false;                  // whether they are
+  bool inMetres_ = false;               // metres at geographic positions, not written so far
+  double ellipsoidal_[kBatchBlock];     // heights above the ellipsoid, as they were last
+  Covariances added_, apartAdded_;      // on the global side; those of positions that heights left
+  double heightVariance_[kBatchBlock];  // of heights that are apart
+  std::size_t firstApart_ = 0;          // of `common_`
+  bool adds_ = false;
+  const Ellipsoid* ellipsoid_ = nullptr;  // of the positions so far
+  ChainStep failed_[kBatchBlock];
+};
+
+}  // namespace zel_cs::geomath

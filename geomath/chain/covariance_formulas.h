@@ -1,0 +1,76 @@
+#pragma once
+
+#include <cstddef>
+
+#include "geomath/base/matrix3.h"
+
+/// What a CoordinateChain does to small changes of a position, for one point: the statements of
+/// column kernels. Nine columns are a matrix row by row, six the upper triangle of a symmetric one.
+namespace zel_cs::geomath {
+
+/// T ← M·T with one matrix for all points.
+struct TimesTangent {
+  static constexpr std::size_t kColumns = 9;
+  Matrix3 matrix;
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(Nine&... nine) const {
+    (matrix * Matrix3::Of(nine...)).To(nine...);
+  }
+};
+
+/// The first two rows of T through the derivatives of a projection. Columns: those of
+/// GridDerivatives, which stay, and the six of the rows.
+struct ProjectTangent {
+  static constexpr std::size_t kColumns = 10;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& northB, double& eastB, double& northL, double& eastL,
+                              double& b0, double& b1, double& b2, double& l0, double& l1,
+                              double& l2) const {
+    const double b[] = {b0, b1, b2}, l[] = {l0, l1, l2};
+    b0 = northB * b[0] + northL * l[0];
+    b1 = northB * b[1] + northL * l[1];
+    b2 = northB * b[2] + northL * l[2];
+    l0 = eastB * b[0] + eastL * l[0];
+    l1 = eastB * b[1] + eastL * l[1];
+    l2 = eastB * b[2] + eastL * l[2];
+  }
+};
+
+/// A symmetric matrix as six numbers.
+struct Symmetric3 {
+  double xx, xy, xz, yy, yz, zz;
+
+  GEOMATH_INLINE Matrix3 Full() const { return {{{xx, xy, xz}, {xy, yy, yz}, {xz, yz, zz}}}; }
+  /// J·C·Jᵀ.
+  GEOMATH_INLINE Symmetric3 Through(const Matrix3& J) const {
+    const Matrix3 half = J * Full();
+    const auto at = [&](int r, int c) {
+      return half.m[r][0] * J.m[c][0] + half.m[r][1] * J.m[c][1] + half.m[r][2] * J.m[c][2];
+    };
+    return {at(0, 0), at(0, 1), at(0, 2), at(1, 1), at(1, 2), at(2, 2)};
+  }
+};
+
+/// C ← T·C·Tᵀ, or with the inverse of T. Columns: six of C and nine of T, which stay.
+template <bool kInverse>
+struct Propagate {
+  static constexpr std::size_t kColumns = 15;
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yy, double& yz,
+                              double& zz, Nine&... nine) const {
+    const Matrix3 tangent = Matrix3::Of(nine...);
+    const Symmetric3 given{xx, xy, xz, yy, yz, zz};
+    const Symmetric3 found = given.Through(kInverse ? tangent.Inverse() : tangent);
+    xx = found.xx;
+    xy = found.xy;
+    xz = found.xz;
+    yy = found.yy;
+    yz = found.yz;
+    zz = found.zz;
+  }
+};
+
+}  // namespace zel_cs::geomath
