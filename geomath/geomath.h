@@ -3,6 +3,9 @@
 /// @file
 /// The whole library: every public header.
 
+#include "geomath/adjust/congruence.h"
+#include "geomath/adjust/quantiles.h"
+#include "geomath/adjust/site_adjustment.h"
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
 #include "geomath/base/ellipsoid.h"
