@@ -58,11 +58,11 @@ bool IsCovariance(const double* c) {
   const double xy = c[1], xz = c[2], yz = c[5];
   const auto fits = [](double upper, double lower, double product) {
     const double difference = upper - lower;
-    return difference * difference <= kRounding * kRounding * product &&
-           upper * upper <= product * (1 + kRounding);
+    const bool symmetric = difference * difference <= kRounding * kRounding * product;
+    const bool small = upper * upper <= product * (1 + kRounding);
+    return symmetric & small;
   };
-  if (!(fits(xy, c[3], xx * yy) && fits(xz, c[6], xx * zz) && fits(yz, c[7], yy * zz)))
-    return false;
+  if (!(fits(xy, c[3], xx * yy) & fits(xz, c[6], xx * zz) & fits(yz, c[7], yy * zz))) return false;
   const double determinant =
       xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
   return determinant >= -kRounding * xx * yy * zz;
