@@ -13,7 +13,7 @@ cmake --build $build
 geomath=$build/tools/geomath
 
 echo
-echo "== Great Britain: 40 published points, ETRS89 to the national grid =="
+echo "== Great Britain: 40 published points, by seven parameters and by the grid of shifts =="
 examples/great_britain/run.sh $geomath $build
 
 echo
