@@ -6,7 +6,9 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 #include <nlohmann/json.hpp>
+#include <optional>
 #include <utility>
 #include <vector>
 
@@ -23,10 +25,102 @@ using nlohmann::json;
 namespace geomath_files {
 namespace {
 
+// A list of rows, of which a file has many: numbers, NaN for what is none.
+struct NumberRows {
+  bool there = false;
+  std::optional<std::size_t> object;  // the first row that is one
+  std::vector<double> values;
+  std::vector<std::size_t> ends;  // of the rows, in the values
+
+  std::size_t Size() const { return ends.size(); }
+  // NaN where the row has no such column.
+  double At(std::size_t row, std::size_t column) const {
+    const std::size_t begin = row == 0 ? 0 : ends[row - 1];
+    return begin + column < ends[row] ? values[begin + column] : kNone;
+  }
+
+  static constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+};
+
+// The file while it is parsed: its two lists as numbers, of everything else the texts and the lists
+// of texts. Does not go on where ParseJson would complain.
+class TriangulationFile : public nlohmann::json_sax<json> {
+ public:
+  NumberRows vertices, triangles;
+  json head = json::object();
+
+  bool null() override { return Take(nullptr, NumberRows::kNone); }
+  bool boolean(bool value) override { return Take(value, NumberRows::kNone); }
+  bool number_integer(number_integer_t value) override {
+    return Take(value, list_ == &vertices ? static_cast<double>(value) : NumberRows::kNone);
+  }
+  bool number_unsigned(number_unsigned_t value) override {
+    return Take(value, static_cast<double>(value));
+  }
+  bool number_float(number_float_t value, const string_t&) override {
+    return Take(value, list_ == &vertices ? value : NumberRows::kNone);
+  }
+  bool string(string_t& value) override { return Take(value, NumberRows::kNone); }
+  bool binary(binary_t&) override { return false; }
+
+  bool start_object(std::size_t) override { return Open(json::value_t::object); }
+  bool start_array(std::size_t) override { return Open(json::value_t::array); }
+  bool end_object() override { return Close(); }
+  bool end_array() override { return Close(); }
+
+  bool key(string_t& name) override {
+    if (depth_ != 1) return true;
+    key_ = name;
+    list_ = name == "vertices" ? &vertices : name == "triangles" ? &triangles : nullptr;
+    return !head.contains(name) && head.emplace(name, nullptr).second;
+  }
+  bool parse_error(std::size_t, const std::string&, const json::exception&) override {
+    return false;
+  }
+
+ private:
+  static constexpr int kKeys = 1, kRows = 2, kColumns = 3, kDeepest = 32;  // levels of nesting
+
+  // A value of a list counts as `number`.
+  template <class Value>
+  bool Take(const Value& value, double number) {
+    if (list_ && depth_ == kColumns) {
+      list_->values.push_back(number);
+    } else if (list_ && depth_ == kRows) {
+      list_->ends.push_back(list_->values.size());
+    } else if (!list_ && depth_ == kKeys) {
+      head[key_] = value;
+    } else if (!list_ && depth_ == kRows && head[key_].is_array()) {
+      head[key_].push_back(value);
+    }
+    return true;
+  }
+
+  bool Open(json::value_t kind) {
+    const bool object = kind == json::value_t::object;
+    if (depth_ == kKeys && list_) list_->there = !object;
+    if (depth_ == kRows && list_ && object && !list_->object) list_->object = list_->Size();
+    if (depth_ == kColumns || (depth_ == kKeys && !list_)) Take(json(kind), NumberRows::kNone);
+    return ++depth_ <= kDeepest;
+  }
+
+  bool Close() {
+    if (list_ && depth_ == kColumns) list_->ends.push_back(list_->values.size());
+    --depth_;
+    return true;
+  }
+
+  int depth_ = 0;
+  std::string key_;
+  NumberRows* list_ = nullptr;
+};
+
 class TriangulationReader {
  public:
   TriangulationReader(const std::string& text, const ShiftChoice& choice)
-      : choice_(choice), root_(ParseJson(text, choice.file)) {}
+      : choice_(choice), root_(file_.head) {
+    if (!json::sax_parse(text, &file_)) ParseJson(text, choice.file);  // throws, saying why
+  }
 
   std::unique_ptr<CoordinateShift> Read() {
     if (Text("file_type") != "triangulation_file")
@@ -119,11 +213,16 @@ class TriangulationReader {
     Fail(fmt::format("{}[{}]", list, row), complaint);
   }
 
-  double Number(const json& row, int column, std::size_t i) const {
-    const auto at = static_cast<std::size_t>(column);
-    if (!row.is_array() || at >= row.size() || !row[at].is_number())
-      FailIn("vertices", i, "has not a number in each column");
-    return row[at].get<double>();
+  const NumberRows& Rows(const char* key, const NumberRows& rows) const {
+    if (!rows.there) Fail(key, "is missing: a list belongs there");
+    if (rows.object) FailIn(key, *rows.object, "is no list");
+    return rows;
+  }
+
+  double Number(std::size_t row, int column) const {
+    const double number = file_.vertices.At(row, static_cast<std::size_t>(column));
+    if (std::isnan(number)) FailIn("vertices", row, "has not a number in each column");
+    return number;
   }
 
   void ReadVertices() {
@@ -138,19 +237,18 @@ class TriangulationReader {
     const bool difference = vertical && offset < 0;
     const int z = difference ? RequiredColumn(kList, "source_z") : -1;
     const int targetZ = difference ? RequiredColumn(kList, "target_z") : -1;
-    const json& rows = List("vertices");
-    definition_.vertices.reserve(rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
-      const json& row = rows[i];
+    const NumberRows& rows = Rows("vertices", file_.vertices);
+    definition_.vertices.reserve(rows.Size());
+    for (std::size_t i = 0; i < rows.Size(); ++i) {
       TriangulationVertex vertex;
-      vertex.north = Number(row, y, i) * unit;
-      vertex.east = Number(row, x, i) * unit;
+      vertex.north = Number(i, y) * unit;
+      vertex.east = Number(i, x) * unit;
       if (horizontal) {
-        vertex.targetNorth = Number(row, targetY, i) * unit;
-        vertex.targetEast = Number(row, targetX, i) * unit;
+        vertex.targetNorth = Number(i, targetY) * unit;
+        vertex.targetEast = Number(i, targetX) * unit;
       }
-      if (difference) vertex.heightOffset = Number(row, targetZ, i) - Number(row, z, i);
-      if (offset >= 0) vertex.heightOffset = Number(row, offset, i);
+      if (difference) vertex.heightOffset = Number(i, targetZ) - Number(i, z);
+      if (offset >= 0) vertex.heightOffset = Number(i, offset);
       definition_.vertices.push_back(vertex);
     }
   }
@@ -160,16 +258,14 @@ class TriangulationReader {
     for (int k = 0; k < 3; ++k)
       columns[static_cast<std::size_t>(k)] = static_cast<std::size_t>(
           RequiredColumn("triangles_columns", fmt::format("idx_vertex{}", k + 1).c_str()));
-    const json& rows = List("triangles");
-    definition_.triangles.reserve(rows.size());
-    for (std::size_t i = 0; i < rows.size(); ++i) {
+    const NumberRows& rows = Rows("triangles", file_.triangles);
+    definition_.triangles.reserve(rows.Size());
+    for (std::size_t i = 0; i < rows.Size(); ++i) {
       std::array<std::uint32_t, 3> triangle{};
       for (std::size_t k = 0; k < 3; ++k) {
-        const json& row = rows[i];
-        if (!row.is_array() || columns[k] >= row.size() || !row[columns[k]].is_number_unsigned())
-          FailIn("triangles", i, "has not three numbers of vertices");
-        const auto vertex = row[columns[k]].get<std::uint64_t>();
-        if (vertex >= definition_.vertices.size())
+        const double vertex = rows.At(i, columns[k]);
+        if (std::isnan(vertex)) FailIn("triangles", i, "has not three numbers of vertices");
+        if (vertex >= static_cast<double>(definition_.vertices.size()))
           FailIn("triangles", i, "names a vertex that is not there");
         triangle[k] = static_cast<std::uint32_t>(vertex);
       }
@@ -178,7 +274,8 @@ class TriangulationReader {
   }
 
   const ShiftChoice& choice_;
-  json root_;
+  TriangulationFile file_;
+  const json& root_;
   TriangulationDefinition definition_;
 };
 

@@ -261,6 +261,12 @@ TEST(ShiftFile, SaysWhatIsWrongWithATriangulationAndWhere) {
       {[](json& j) { j["input_crs"] = "here"; }, "\"coordinates\""},
       {[](json& j) { j["vertices"][1][2] = "x"; }, "\"vertices[1]\""},
       {[](json& j) { j["vertices"][2].erase(4); }, "\"vertices[2]\""},
+      {[](json& j) {
+         j["vertices"][1] = {{"x", 1}, {"y", 2}};
+       },
+       "\"vertices[1]\" is no list"},
+      {[](json& j) { j["vertices"][1] = 7; }, "\"vertices[1]\""},
+      {[](json& j) { j["triangles"][0][1] = 1.5; }, "\"triangles[0]\""},
       {[](json& j) { j["triangles"][0][1] = 3; }, "\"triangles[0]\" names a vertex"},
       {[](json& j) { j["triangles"][0][1] = -1; }, "\"triangles[0]\""},
       {[](json& j) { j["vertices_columns"][0] = "z"; }, "has no column \"source_z\""},
