@@ -12,6 +12,9 @@
 
 #include "bench/measure.h"
 #include "geomath/geomath.h"
+#ifdef GEOMATH_HAVE_FILES
+#include "files/models/shift_file.h"
+#endif
 
 namespace {
 
@@ -191,27 +194,89 @@ void RegisterProj(const std::string& name, const std::string& definition, const 
 }
 #endif
 
+/// The Dutch definition (RDNAPTRANS2018, variant 1) with the grid of this program in the place of the
+/// Dutch one: the datum at a height of 43 m, the corrections, the double stereographic projection.
+class DutchChain {
+ public:
+  DutchChain()
+      : global_(MakeEllipsoid(6378137, 298.257222101)),
+        local_(MakeEllipsoid(6377397.155, 299.1528128)),
+        datum_(global_,
+               Datum(&local_, 565.7381, 50.4018, 465.2904, 0.395026, -0.330772, 1.876074,
+                     4.07244e-6, userTypeUser, nullptr),
+               43),
+        projection_(local_.a, local_.invF, 52.1561605555556 * kRadPerDeg,
+                    5.38763888888889 * kRadPerDeg, 0.9999079, 155000, 463000),
+        chain_(&global_, nullptr, &projection_) {
+    chain_.AddShift(ShiftPlace::beforeDatum, {&datum_});
+    chain_.AddShift(ShiftPlace::afterDatum, {&Grid(), ShiftDirection::inverse});
+  }
+  DutchChain(const DutchChain&) = delete;
+  DutchChain& operator=(const DutchChain&) = delete;
+
+  const CoordinateChain& Chain() const { return chain_; }
+  static std::string OfProj() {
+    return std::string(
+               "+proj=pipeline +step +proj=push +v_3 +step +proj=set +v_3=43 "
+               "+step +proj=cart +ellps=GRS80 +step +inv +proj=helmert +x=565.7381 +y=50.4018 "
+               "+z=465.2904 +rx=0.395026 +ry=-0.330772 +rz=1.876074 +s=4.07244 +exact "
+               "+convention=coordinate_frame +step +inv +proj=cart +ellps=bessel "
+               "+step +proj=pop +v_3 +step +inv +proj=hgridshift +grids=") +
+           GridFile() +
+           " +step +proj=sterea +lat_0=52.1561605555556 +lon_0=5.38763888888889 +k=0.9999079 "
+           "+x_0=155000 +y_0=463000 +ellps=bessel";
+  }
+
+ private:
+  Ellipsoid global_, local_;
+  FixedHeightDatum datum_;
+  TDoubleSter projection_;
+  CoordinateChain chain_;
+};
+
+const Columns& InNetherlands() {
+  static const Columns points = SpreadPoints({50.8 * kRadPerDeg, 5.8 * kRadPerDeg, 0.0},
+                                             {53.4 * kRadPerDeg, 7.2 * kRadPerDeg, 100.0});
+  return points;
+}
+
+void RegisterDutchChain() {
+  benchmark::RegisterBenchmark("Dutch chain/batch", [](benchmark::State& state) {
+    static const DutchChain dutch;
+    MeasureInPlace(state, InNetherlands(), [](Columns& c) {
+      dutch.Chain().ToLocalBatch(c.first.data(), c.second.data(), c.third.data(), kBenchPoints);
+    });
+  });
+#ifdef GEOMATH_HAVE_PROJ
+  RegisterProj("Dutch chain", DutchChain::OfProj(), InNetherlands(), PJ_FWD);
+#endif
+}
+
 void RegisterLoading() {
+#if defined(GEOMATH_HAVE_PROJ) && defined(GEOMATH_HAVE_FILES)
+  benchmark::RegisterBenchmark("load 51,842 triangles/batch", [](benchmark::State& state) {
+    const std::string file = NetworkFile(kNorway, "norway.json");
+    const geomath_files::ShiftChoice choice{file, "", {}, ShiftSpace::plane};
+    for (auto _ : state) benchmark::DoNotOptimize(geomath_files::OpenShift(choice));
+    state.SetItemsProcessed(state.iterations());
+  });
+  // PROJ reads its file at the first point.
+  benchmark::RegisterBenchmark("load 51,842 triangles/PROJ", [](benchmark::State& state) {
+    const std::string definition = "+proj=tinshift +file=" + NetworkFile(kNorway, "norway.json");
+    double x = 3300000, y = 6800000, z = 0;
+    for (auto _ : state) {
+      const ProjPeer peer(definition.c_str());
+      peer.Convert(PJ_FWD, &x, &y, &z, 1);
+      x = 3300000, y = 6800000;
+    }
+    state.SetItemsProcessed(state.iterations());
+  });
+#endif
   benchmark::RegisterBenchmark("set up 51,842 triangles/batch", [](benchmark::State& state) {
     const TriangulationDefinition network = Network(kNorway);
     for (auto _ : state) benchmark::DoNotOptimize(Triangulation::Make(network));
     state.SetItemsProcessed(state.iterations());
   });
-#ifdef GEOMATH_HAVE_PROJ
-  // Reading the file is part of it: PROJ has no other way.
-  benchmark::RegisterBenchmark("set up 51,842 triangles/PROJ, from its file",
-                               [](benchmark::State& state) {
-                                 const std::string definition =
-                                     "+proj=tinshift +file=" + NetworkFile(kNorway, "norway.json");
-                                 double x = 3300000, y = 6800000, z = 0;
-                                 for (auto _ : state) {
-                                   const ProjPeer peer(definition.c_str());
-                                   peer.Convert(PJ_FWD, &x, &y, &z, 1);
-                                   x = 3300000, y = 6800000;
-                                 }
-                                 state.SetItemsProcessed(state.iterations());
-                               });
-#endif
 }
 
 [[maybe_unused]] const bool registered = [] {
@@ -228,6 +293,7 @@ void RegisterLoading() {
   RegisterProj("triangulation forward", network, InNetwork(false), PJ_FWD);
   RegisterProj("triangulation inverse", network, InNetwork(true), PJ_INV);
 #endif
+  RegisterDutchChain();
   RegisterLoading();
   return true;
 }();

@@ -14,6 +14,7 @@ constexpr double kOnSide = 1e-9;
 
 constexpr double kCellsPerTriangle = 5;
 constexpr std::size_t kMaxListedPerTriangle = 40;  // on average; else the raster is made coarser
+constexpr std::size_t kUsuallyListedPerTriangle = 16;  // room that is made at once
 
 // Twice the area of a, b, p: positive when p lies to the left of the way from a to b. Every triangle
 // asks a side from its western to its eastern end, so that neighbours get the same number.
@@ -80,6 +81,11 @@ void TriangleMesh::VisitCells(std::uint32_t triangle, Visit visit) const {
               (corner.east - southWest_.east) * cellsPerUnit_.east};
   const auto [south, north] = std::minmax({p[0].north, p[1].north, p[2].north});
   const CellRange rows = CellsBetween(south, north, lastRow_);
+  double perNorth[3];  // of the sides
+  for (int k = 0; k < 3; ++k) {
+    const MeshPoint &a = p[k], &b = p[(k + 1) % 3];
+    perNorth[k] = (b.east - a.east) / (b.north - a.north);
+  }
   for (std::size_t row = rows.first; row <= rows.last; ++row) {
     // From the westernmost to the easternmost point of the three sides in this row, and beside it
     // where rows meet.
@@ -88,11 +94,10 @@ void TriangleMesh::VisitCells(std::uint32_t triangle, Visit visit) const {
     double west = p[2].east, east = p[0].east;
     for (int k = 0; k < 3; ++k) {
       const MeshPoint &a = p[k], &b = p[(k + 1) % 3];
-      const double perNorth = (b.east - a.east) / (b.north - a.north);
       for (const double line : {low, high, a.north}) {
         const double from = std::min(a.north, b.north), to = std::max(a.north, b.north);
         if (!(line >= from && line <= to && line >= low && line <= high)) continue;
-        const double at = line == a.north ? a.east : a.east + (line - a.north) * perNorth;
+        const double at = line == a.north ? a.east : a.east + (line - a.north) * perNorth[k];
         west = std::min(west, at);
         east = std::max(east, at);
       }
@@ -123,6 +128,7 @@ void TriangleMesh::MakeRaster() {
   std::vector<std::pair<std::uint32_t, std::uint32_t>> entries;  // cell, triangle
   const double count = static_cast<double>(corners_.size());
   const std::size_t limit = kMaxListedPerTriangle * corners_.size() + 16;
+  entries.reserve(std::min(limit, kUsuallyListedPerTriangle * corners_.size()));
   for (double cells = kCellsPerTriangle * count; cells >= 1; cells /= 16) {
     // Cells about as high as wide, at least one.
     const double rows = std::clamp(std::sqrt(cells * height / width), 1.0, cells);
