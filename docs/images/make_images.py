@@ -48,6 +48,34 @@ def scale_factor():
     )
 
 
+def combined_factor():
+    """A zone over a mountain of 2500 m."""
+    lat, lon = np.linspace(46, 49, 91), np.linspace(10, 14, 121)
+    zone = geomath.Projection(
+        "TMERC", central_meridian=12, scale=1, lat0=0, east0=500000, north0=0
+    )
+    terrain = 2500 * np.exp(-((lat[:, None] - 47.2) ** 2) / 0.2 - (lon - 12) ** 2 / 2)
+    return geomath.plot.combined_factor(zone, lat, lon, terrain, interval=100)
+
+
+def convergence():
+    """A conic grid of France."""
+    conic = geomath.Projection(
+        "LC", "GRS80", south_lat=44, north_lat=49, lon0=3, lat0=46.5, east0=700000, north0=6600000, scale=1
+    )
+    return geomath.plot.convergence(
+        conic, np.linspace(41, 51.5, 106), np.linspace(-5, 10, 151), interval=1
+    )
+
+
+def tissot():
+    """Albers' projection of North America, whose circles keep their areas."""
+    albers = geomath.Projection(
+        "AlbersConic", south_lat=29.5, north_lat=45.5, lon0=-96, lat0=23, east0=0, north0=0
+    )
+    return geomath.plot.tissot(albers, np.arange(10, 65, 10), np.arange(-130, -60, 10))
+
+
 def declination():
     """Magnetic declination in the middle of 2012, by the built-in model."""
     field = geomath.MagneticModel().field(2012.5)
@@ -58,7 +86,7 @@ def declination():
 
 def main():
     folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parent)
-    for draw in (residuals, geoid, scale_factor, declination):
+    for draw in (residuals, geoid, scale_factor, combined_factor, convergence, tissot, declination):
         with plt.rc_context({"figure.figsize": (6.4, 4.8), "figure.dpi": 80}):
             axes = draw()
             axes.figure.savefig(folder / f"{draw.__name__}.png", metadata={"Software": None})

@@ -18,6 +18,8 @@ from typing import TYPE_CHECKING, Any
 import matplotlib.pyplot as plt  # type: ignore[import]
 import numpy as np
 
+from . import Geodesic
+
 if TYPE_CHECKING:
     from collections.abc import Sequence
 
@@ -25,11 +27,20 @@ if TYPE_CHECKING:
 
     from . import Geoid, MagneticField, Projection
 
-__all__ = ["declination", "geoid", "residuals", "scale_factor"]
+__all__ = [
+    "combined_factor",
+    "convergence",
+    "declination",
+    "geoid",
+    "residuals",
+    "scale_factor",
+    "tissot",
+]
 
 _Array = np.ndarray[Any, np.dtype[np.float64]]
 
 _LONGEST_VECTOR = 0.15  # beside the extent of the points
+_SMALL_CIRCLE = 10.0  # metres, of which an ellipse is the image
 _POLAR_COSINE = 0.1  # the narrowest degree of longitude that is drawn to scale
 
 
@@ -123,12 +134,102 @@ def scale_factor(
     per million between contours. Raises ValueError for a projection with geographic axes other than
     north and east.
     """
-    if projection.geographic_axes != "NE":
-        raise ValueError("the projection must take latitude and longitude, not other axes")
+    _require_north_east(projection)
     rows, columns = _rows_and_columns(lat, lon)
     scale, _ = projection.factors(rows, columns)
     distortion = (np.asarray(scale) - 1) * 1e6
     return _field(axes, rows, columns, distortion, "scale factor − 1 [ppm]", interval, centred=True)
+
+
+def combined_factor(
+    projection: Projection,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    h: ArrayLike,
+    *,
+    geoid: Geoid | None = None,
+    interval: float | None = None,
+    axes: Any = None,
+) -> Any:
+    """What a length on the ground becomes in the grid: combined factor less 1, parts per million.
+
+    h: heights of the terrain, metres, one for each row and column; above the geoid that is given, else
+    above the ellipsoid. The colours are centred on 0, where grid and ground agree.
+    """
+    _require_north_east(projection)
+    rows, columns = _rows_and_columns(lat, lon)
+    heights = np.broadcast_to(np.asarray(h, dtype=float), (rows.size, columns.size))
+    if geoid is not None:
+        heights = heights + np.asarray(geoid.height(rows, columns))
+    ellipsoid = projection.ellipsoid
+    w2 = 1 - ellipsoid.e2 * np.sin(np.radians(rows)) ** 2
+    across = ellipsoid.a / np.sqrt(w2)
+    along = across * (1 - ellipsoid.e2) / w2
+    areal = np.abs(np.asarray(projection.distortion(rows, columns).areal_scale))
+    combined = np.sqrt(areal / ((1 + heights / along) * (1 + heights / across)))
+    ppm = (combined - 1) * 1e6
+    return _field(axes, rows, columns, ppm, "combined factor − 1 [ppm]", interval, centred=True)
+
+
+def convergence(
+    projection: Projection,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    interval: float | None = None,
+    axes: Any = None,
+) -> Any:
+    """Where grid north points: its azimuth, degrees, with lines of equal convergence.
+
+    interval: degrees between lines.
+    """
+    _require_north_east(projection)
+    rows, columns = _rows_and_columns(lat, lon)
+    values = np.asarray(projection.distortion(rows, columns).convergence)
+    return _field(axes, rows, columns, values, "convergence [°]", interval, centred=True)
+
+
+def tissot(
+    projection: Projection,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    exaggeration: float = 1.0,
+    axes: Any = None,
+) -> Any:
+    """Tissot's ellipses on the map itself: the images of equal small circles, with the graticule.
+
+    exaggeration: times that what an ellipse differs from its circle by is drawn. The circles that the
+    ellipses would be at scale 1 are dashed. Where there is no image, nothing is drawn.
+    """
+    _require_north_east(projection)
+    if projection.grid_axes != "NE":
+        raise ValueError("the projection must give northings and eastings, not other axes")
+    rows, columns = _rows_and_columns(lat, lon)
+    axes = _axes(axes)
+    _draw_graticule(axes, projection, rows[:, 0], columns[0, :])
+
+    b, l = (values.ravel() for values in np.broadcast_arrays(rows, columns))
+    turn = np.asarray(projection.distortion(b, l).convergence)
+    north, east = projection.forward(b, l)
+    extents = [float(np.nanmax(values) - np.nanmin(values)) for values in (north, east)]
+    size = 0.3 * min(extents[0] / (len(rows) - 1), extents[1] / (columns.size - 1))
+    azimuth = np.linspace(0, 360, 73)[:, np.newaxis]
+    around = Geodesic(projection.ellipsoid).direct(b, l, azimuth, _SMALL_CIRCLE)
+    image = projection.forward(around[0], around[1])
+    bearing = np.radians(azimuth - turn)
+    for style, colour, drawn in (("--", "grey", 0.0), ("-", "tab:red", exaggeration)):
+        outline = [
+            centre + size * (unit + drawn * ((edge - centre) / _SMALL_CIRCLE - unit))
+            for edge, centre, unit in zip(image, (north, east), (np.cos(bearing), np.sin(bearing)))
+        ]
+        axes.plot(outline[1], outline[0], style, color=colour, linewidth=0.8)
+    axes.set_aspect("equal")
+    axes.ticklabel_format(useOffset=False, style="plain")
+    axes.locator_params(axis="x", nbins=5)
+    axes.set_xlabel("east [m]")
+    axes.set_ylabel("north [m]")
+    return axes
 
 
 def declination(
@@ -148,6 +249,21 @@ def declination(
     rows, columns = _rows_and_columns(lat, lon)
     values = np.asarray(field.declination(rows, columns, h))
     return _field(axes, rows, columns, values, "declination [°]", interval, centred=True)
+
+
+def _require_north_east(projection: Projection) -> None:
+    if projection.geographic_axes != "NE":
+        raise ValueError("the projection must take latitude and longitude, not other axes")
+
+
+def _draw_graticule(axes: Any, projection: Projection, lat: _Array, lon: _Array) -> None:
+    dense = np.linspace(0, 1, 91)
+    for value in lat:
+        north, east = projection.forward(value, lon[0] + dense * (lon[-1] - lon[0]))
+        axes.plot(east, north, color="lightgrey", linewidth=0.6, zorder=1)
+    for value in lon:
+        north, east = projection.forward(lat[0] + dense * (lat[-1] - lat[0]), value)
+        axes.plot(east, north, color="lightgrey", linewidth=0.6, zorder=1)
 
 
 def _axes(axes: Any) -> Any:

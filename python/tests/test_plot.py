@@ -73,6 +73,38 @@ def test_fields_show_the_values_of_the_library(tmp_path: Path) -> None:
     save(axes, tmp_path)
 
 
+def test_distortions_are_those_of_the_projection(tmp_path: Path) -> None:
+    zone = Projection("TMERC", central_meridian=9, scale=0.9996, lat0=0, east0=500000, north0=0)
+    terrain = np.full((len(LAT), len(LON)), 1000.0)
+    axes = plot.combined_factor(zone, LAT, LON, terrain, interval=400)
+    # On the central meridian: the scale and R/(R + h), R between the radii of the axes.
+    assert np.allclose(values_of(axes)[:, 9], ((0.9996 * (1 - 1000 / 6379e3)) - 1) * 1e6, atol=0.5)
+    save(axes, tmp_path)
+    sea = RegionalGeoid(np.full((9, 9), 47.0), south=40, west=-5, lat_step=3, lon_step=4)
+    above = values_of(plot.combined_factor(zone, LAT, LON, terrain - 47, geoid=sea))
+    assert np.allclose(above, values_of(axes), atol=1e-6)
+
+    axes = plot.convergence(zone, LAT, LON, interval=2)
+    assert np.allclose(values_of(axes), zone.factors(*np.meshgrid(LAT, LON, indexing="ij"))[1])
+    save(axes, tmp_path)
+
+    conic: Any = dict(south_lat=29.5, north_lat=45.5, lon0=-96, lat0=23, east0=0, north0=0)
+    albers = Projection("AlbersConic", **conic)
+    axes = plot.tissot(albers, [20.0, 45.5, 70.0], [-110.0, -96.0], exaggeration=1)
+    circles, ellipses = axes.lines[5:11], axes.lines[11:17]  # behind the graticule
+    for at, (circle, ellipse) in enumerate(zip(circles, ellipses)):
+        (a, b), tissot = (
+            (np.ptp(circle.get_xdata()) / 2, ellipse.get_xydata() - ellipse.get_xydata()[:-1].mean(0)),
+            albers.distortion([20.0, 45.5, 70.0][at // 2], [-110.0, -96.0][at % 2]),
+        )
+        axis = np.hypot(*b.T)
+        assert axis.max() / a == pytest.approx(tissot.semi_major, abs=2e-3)
+        assert axis.min() / a == pytest.approx(tissot.semi_minor, abs=2e-3)
+    save(axes, tmp_path)
+    with pytest.raises(ValueError, match="other axes"):
+        plot.tissot(Projection("AlbersConic", grid_axes="EN", **conic), LAT, LON)
+
+
 def test_fields_are_drawn_where_they_can_be_computed() -> None:
     heights = np.linspace(40, 50, 121).reshape(11, 11)
     inside = RegionalGeoid(heights, south=46.5, west=3.5, lat_step=0.5, lon_step=1)
