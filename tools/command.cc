@@ -4,10 +4,13 @@
 #include "tools/completion_command.h"
 #include "tools/convert_command.h"
 #include "tools/declination_command.h"
+#include "tools/factors_command.h"
 #include "tools/geoid_command.h"
 #include "tools/help_command.h"
+#include "tools/measure_command.h"
 #include "tools/projections_command.h"
 #include "tools/system_command.h"
+#include "tools/traverse_command.h"
 
 namespace geomath_files::program {
 
@@ -19,10 +22,13 @@ std::span<const Command> Commands() {
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
       {"declination", "Magnetic declination and the other elements of the field",
        PrepareDeclination},
+      {"factors", "Scale, convergence and Tissot's ellipse at points", PrepareFactors},
       {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
       {"help", "Say what a command takes", PrepareHelp},
+      {"measure", "Lines between points: bearings, distances and all factors", PrepareMeasure},
       {"projections", "List the projections that a system file may name", PrepareProjections},
       {"system", "Write a system file from an EPSG code", PrepareSystem},
+      {"traverse", "Coordinates from field angles and distances, adjusted", PrepareTraverse},
   };
   return commands;
 }

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <cmath>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -18,9 +19,9 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
-#include "tools/grid_factors.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
+#include "tools/system_grid.h"
 
 using namespace zel_cs::geomath;
 
@@ -46,13 +47,13 @@ constexpr int kMoreDecimalsForSeconds = 2;  // a second is 31 m or less
 // Further columns: what they are called, and how they are written.
 struct Extra {
   ResultColumn column;
-  double unit;  // of the column, in that of GridFactors
-  const std::vector<double>& (GridFactors::*values)() const;
+  double (*value)(const PointFactorsInGrid&);
 };
 const Extra kExtras[] = {
-    {{"scale", 9, ""}, 1, &GridFactors::Scale},
-    {{"convergence", 8, "deg"}, kDegPerRad, &GridFactors::Convergence},
-    {{"combined", 9, ""}, 1, &GridFactors::Combined},
+    {{"scale", 9, ""}, [](const PointFactorsInGrid& f) { return f.scale; }},
+    {{"convergence", 8, "deg"},
+     [](const PointFactorsInGrid& f) { return f.distortion.convergence * kDegPerRad; }},
+    {{"combined", 9, ""}, [](const PointFactorsInGrid& f) { return f.combined; }},
 };
 
 const Extra& FindExtra(const std::string& name) {
@@ -78,7 +79,7 @@ class Conversion {
         geographic_(system.Geographic()),
         area_(system.Area()),
         extras_(std::move(extras)),
-        factors_(system) {}
+        grid_(system) {}
 
   void operator()(RowBlock& block) {
     const std::size_t count = block.count;
@@ -134,17 +135,11 @@ class Conversion {
   void AddExtras(const Column& latitudes, const Column& longitudes, const Column& heights,
                  RowBlock& block) {
     if (extras_.empty()) return;
-    b_.resize(block.count);
-    l_.resize(block.count);
     for (std::size_t i = 0; i < block.count; ++i) {
-      b_[i] = latitudes[i] * kRadPerDeg;
-      l_[i] = longitudes[i] * kRadPerDeg;
-    }
-    factors_.Compute(b_.data(), l_.data(), heights.data(), block.count);
-    for (std::size_t k = 0; k < extras_.size(); ++k) {
-      const Column& values = (factors_.*extras_[k]->values)();
-      for (std::size_t i = 0; i < block.count; ++i)
-        block.result[3 + k][i] = values[i] * extras_[k]->unit;
+      PointFactorsInGrid factors;
+      const bool found = grid_.Factors(latitudes[i], longitudes[i], heights[i], factors);
+      for (std::size_t k = 0; k < extras_.size(); ++k)
+        block.result[3 + k][i] = found ? extras_[k]->value(factors) : std::nan("");
     }
   }
 
@@ -164,9 +159,8 @@ class Conversion {
   AxisPair given_, results_, geographic_;
   std::optional<GeoBox> area_;
   std::vector<const Extra*> extras_;
-  GridFactors factors_;
+  SystemGrid grid_;
   std::vector<ChainStep> failed_;
-  Column b_, l_;  // radians
   long long outside_ = 0;
   std::string firstOutside_;
 };

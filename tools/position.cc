@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cstdio>
 
 #include "files/words/user_error.h"
@@ -48,10 +49,12 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
     std::fprintf(stderr, "geomath: %s: %s\n", job.failure, block.problems[0].c_str());
     return kExitSomeFailed;
   }
-  for (std::size_t i = 0; i < job.results.size(); ++i)
-    fmt::print("{:<12}{:>24}{}{}\n", job.results[i].name,
-               ResultText(block.result[i][0], job.results[i]), *job.results[i].unit ? " " : "",
-               job.results[i].unit);
+  constexpr std::size_t kWidth = 36;  // of a name and its value
+  for (std::size_t i = 0; i < job.results.size(); ++i) {
+    const auto& [name, decimals, unit, sexagesimal] = job.results[i];
+    fmt::print("{}{:>{}}{}{}\n", name, ResultText(block.result[i][0], job.results[i]),
+               kWidth - std::min(kWidth, name.size()), *unit ? " " : "", unit);
+  }
   const std::string warning = job.warning ? job.warning() : "";
   if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());
   return kExitDone;

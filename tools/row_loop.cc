@@ -117,6 +117,7 @@ class RowLoop {
     for (std::vector<double>& column : block_.given) column.resize(kBlockRows);
     block_.result.assign(job.results.size(), std::vector<double>(kBlockRows));
     block_.problems.resize(kBlockRows);
+    block_.blank.resize(kBlockRows);
     result_.resize(job.results.size());
   }
 
@@ -160,6 +161,7 @@ class RowLoop {
 
   void ReadRow(std::size_t i) {
     std::array<double, 3> point{};
+    block_.blank[i] = records_[i].IsBlank();
     std::string& problem = block_.problems[i];
     problem = source_.Problem(records_[i]);
     if (problem.empty()) problem = columns_.Read(records_[i], point);

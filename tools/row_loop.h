@@ -35,6 +35,7 @@ struct RowBlock {
   /// Latitude, longitude (degrees) or northing, easting; height. 0 where a row is unreadable.
   std::array<std::vector<double>, 3> given;
   std::vector<std::vector<double>> result;  ///< by column
+  std::vector<char> blank;                  ///< whether a row is none: empty, or a remark
   /// Why a row has no result; empty where it has one. What was unreadable has its reason already.
   std::vector<std::string> problems;
 };

@@ -133,8 +133,9 @@ ParsedNumber ParseAngle(std::string_view text, AngleKind kind) {
   }
   if (const auto hemisphere = TakeHemisphere(rest)) {
     if (hemisphere->kind != kind)
-      return noAngle(kind == AngleKind::latitude ? "is no latitude (N or S belongs to it)"
-                                                 : "is no longitude (E or W belongs to it)");
+      return noAngle(kind == AngleKind::latitude    ? "is no latitude (N or S belongs to it)"
+                     : kind == AngleKind::longitude ? "is no longitude (E or W belongs to it)"
+                                                    : "is no bearing (it has no letter)");
     if (hasSign) return noAngle("has a sign and a hemisphere letter");
     sign = hemisphere->sign;
   }
@@ -196,8 +197,9 @@ ParsedNumber NumberReader::Angle(std::string_view text, AngleKind kind) {
 }
 
 std::string SexagesimalText(double degrees, AngleKind kind, int decimals) {
-  const bool latitude = kind == AngleKind::latitude;
-  const char* letter = latitude ? (degrees < 0 ? "S" : "N") : (degrees < 0 ? "W" : "E");
+  const char* letter = kind == AngleKind::latitude    ? (degrees < 0 ? " S" : " N")
+                       : kind == AngleKind::longitude ? (degrees < 0 ? " W" : " E")
+                                                      : "";
   // Whole units of the last decimal, so that nothing is left to carry over.
   const double units = std::pow(10, decimals);
   const double seconds = std::round(std::abs(degrees) * 3600 * units) / units;
@@ -205,8 +207,9 @@ std::string SexagesimalText(double degrees, AngleKind kind, int decimals) {
   const double whole = std::floor(minutes / 60);
   const double rest = std::max(0.0, seconds - minutes * 60);
   const int width = decimals > 0 ? decimals + 3 : 2;
-  return fmt::format("{:.0f} {:02.0f} {:0{}.{}f} {}", whole, minutes - whole * 60, rest, width,
-                     decimals, letter);
+  const char* sign = kind == AngleKind::turn && degrees < 0 && seconds > 0 ? "-" : "";
+  return fmt::format("{}{:.0f} {:02.0f} {:0{}.{}f}{}", sign, whole, minutes - whole * 60, rest,
+                     width, decimals, letter);
 }
 
 }  // namespace geomath_files

@@ -15,7 +15,11 @@ struct ParsedNumber {
 /// A finite decimal number; blanks around it do not matter.
 ParsedNumber ParseNumber(std::string_view text);
 
-enum class AngleKind { latitude, longitude };
+enum class AngleKind {
+  latitude,
+  longitude,
+  turn  ///< a bearing, or what is turned between two: no hemisphere letter
+};
 
 /// How far an angle of its kind reaches from 0 either way, degrees.
 double LargestAngle(AngleKind kind);
@@ -23,7 +27,7 @@ double LargestAngle(AngleKind kind);
 /// An angle in degrees, from decimal degrees or from degrees, minutes and seconds:
 ///   52.504167   -0.1278   52 30 15.5 N   N 52 30.2583   52:30:15.5   W 0d7m40s   0°7'40"W
 /// Signs are + and −, or the capital letters N, S for latitudes and E, W for longitudes, before or
-/// after the figures. Only the last figure may have decimals; minutes and seconds are below 60.
+/// after the figures; turns have signs alone. Only the last figure may have decimals; minutes and seconds are below 60.
 /// They reach as far as LargestAngle says.
 ParsedNumber ParseAngle(std::string_view text, AngleKind kind);
 
@@ -49,7 +53,7 @@ class NumberReader {
   char mark_;
 };
 
-/// An angle as text, the inverse of ParseAngle: "52 39 28.5519 N". Seconds are rounded to
+/// An angle as text, the inverse of ParseAngle: "52 39 28.5519 N", "-0 00 20.6668". Seconds are rounded to
 /// `decimals`, 60 of them carried over.
 std::string SexagesimalText(double degrees, AngleKind kind, int decimals);
 

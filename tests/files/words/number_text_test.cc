@@ -118,6 +118,10 @@ TEST(AngleText, IsWrittenSoThatItReadsBack) {
   EXPECT_EQ(SexagesimalText(-(7 / 60.0 + 40.5 / 3600), kLon, 4), "0 07 40.5000 W");
   EXPECT_EQ(SexagesimalText(-0.99999999, kLat, 2), "1 00 00.00 S");  // 60 is carried over
   EXPECT_EQ(SexagesimalText(59.6 / 3600, kLon, 0), "0 01 00 E");
+  EXPECT_EQ(SexagesimalText(-20.6668 / 3600, AngleKind::turn, 4), "-0 00 20.6668");
+  EXPECT_EQ(SexagesimalText(305 + 1.71 / 3600, AngleKind::turn, 1), "305 00 01.7");
+  EXPECT_EQ(ParseAngle("-0 00 20.6668", AngleKind::turn).value, -20.6668 / 3600);
+  EXPECT_FALSE(ParseAngle("12 00 00 E", AngleKind::turn));
   constexpr double kHalfUnit = 0.5e-6 / 3600;  // degrees, of the last decimal
   for (double degrees = -179.98765; degrees < 180; degrees += 7.123456789) {
     const std::string text = SexagesimalText(degrees, kLon, 6);
