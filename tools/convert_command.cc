@@ -254,7 +254,8 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
           "--with", options->with,
           "further columns, separated by commas: scale, convergence, combined (the combined "
           "factor)")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   return [options] { return Convert(*options); };
 }
 

@@ -114,7 +114,8 @@ std::function<int()> PrepareFactors(CLI::App& arguments) {
   arguments
       .add_option("--at", options->at,
                   "one position, which is printed: LAT,LON[,HEIGHT], with --grid N,E[,HEIGHT]")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   arguments.add_option("-o,--output", options->points.output,
                        "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "
                        "on standard output");

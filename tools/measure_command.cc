@@ -210,7 +210,8 @@ std::function<int()> PrepareMeasure(CLI::App& arguments) {
   arguments
       .add_option("--from", options->from,
                   "all lines from a position: LAT,LON[,HEIGHT], with --grid N,E[,HEIGHT]")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   arguments
       .add_option("--decimals", options->decimals, "decimals of metres in CSV output, default 4")
       ->check(CLI::Range(0, 9));

@@ -211,7 +211,9 @@ int RunTraverse(const TraverseOptions& options) {
 }
 
 void AddDirection(CLI::App& arguments, DirectionOptions& direction, const std::string& what) {
-  arguments.add_option(direction.names[0], direction.mark, what + ": a mark, N,E")->delimiter(',');
+  arguments.add_option(direction.names[0], direction.mark, what + ": a mark, N,E")
+      ->delimiter(',')
+      ->allow_extra_args(false);
   arguments.add_option(direction.names[1], direction.bearing, what + ": a bearing in the grid");
   arguments.add_option(direction.names[2], direction.azimuth, what + ": a geodetic azimuth");
 }
@@ -238,10 +240,12 @@ std::function<int()> PrepareTraverse(CLI::App& arguments) {
                        "output file, replaced if it exists: .csv; - for standard output");
   arguments.add_option("--start", options->start, "the first station: N,E[,HEIGHT]")
       ->delimiter(',')
+      ->allow_extra_args(false)
       ->required();
   AddDirection(arguments, options->from, "where the first angle counts from");
   arguments.add_option("--end", options->end, "known position of the last station: N,E[,HEIGHT]")
-      ->delimiter(',');
+      ->delimiter(',')
+      ->allow_extra_args(false);
   AddDirection(arguments, options->to, "where the closing angle leads to");
   arguments
       .add_option("--distances", options->distances,

@@ -168,6 +168,20 @@ TEST_F(Lines, FactorsOfPointsAndOfOne) {
   EXPECT_EQ(Run("factors --system mga55.json --at 1").status, 2);
 }
 
+// Values with commas are one argument, whatever follows them.
+TEST_F(Lines, ListsEndBeforeTheNextArgument) {
+  const std::string system = " --system mga55.json";
+  Write("field.csv", "angle,distance,h\n90,100,\n");
+  for (const char* arguments :
+       {"factors marks.csv -o -", "measure -o - --from -37,144 marks.csv",
+        "convert -o - --with scale,combined marks.csv", "factors --at -37,144,3",
+        "traverse -o - --azimuth 1 --end 5800000,300100 --start 5800000,300000,100 field.csv",
+        "traverse -o - --start 5800000,300000 --backsight 5800000,300100 field.csv"}) {
+    const ProgramRun run = Run(arguments + system);
+    EXPECT_EQ(run.status, 0) << arguments << ": " << run.err;
+  }
+}
+
 // Observations of lines that `measure` gives lead back to their points, in every kind of distance.
 TEST_F(Lines, TraverseComesBackToItsMarks) {
   Write("stations.csv",
