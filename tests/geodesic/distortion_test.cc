@@ -107,6 +107,14 @@ TEST(Distortion, PublishedFactorsAxesAndPoles) {
   EXPECT_TRUE(std::isnan(many[1].semiMinor));
   EXPECT_EQ(many[2].parallelScale, d.parallelScale);
   EXPECT_FALSE(DistortionAt(TGeoProj(), 0, 0, d));
+
+  const double kNan = std::numeric_limits<double>::quiet_NaN();
+  const double ns[] = {5796489.777, kNan, 5828259.038}, es[] = {273741.297, 5e5, 228854.051};
+  EXPECT_EQ(DistortionAtGrid(mga, ns, es, many, 3), 2u);
+  ASSERT_TRUE(DistortionAtGrid(mga, ns[2], es[2], d));
+  EXPECT_EQ(many[2].semiMajor, d.semiMajor);
+  EXPECT_EQ(many[2].convergence, d.convergence);
+  EXPECT_TRUE(std::isnan(many[1].meridianScale));
 }
 
 }  // namespace
