@@ -93,7 +93,6 @@ std::vector<CandidateOperation> FindCandidates(const EpsgRegistry& registry,
   const std::string source = std::to_string(CodeIn(chosen.geographic));
   const std::string projected = chosen.IsProjected() ? chosen.crs.code : "";
   std::vector<CandidateOperation> candidates = chooser.ToWgs84(source, projected, place);
-  if (wish.parameters) std::erase_if(candidates, [](const auto& each) { return each.HasGrid(); });
   const auto wished = [&](const auto& each) { return each.operation.code == wish.operation; };
   if (!wish.operation.empty() && std::none_of(candidates.begin(), candidates.end(), wished))
     if (auto found = chooser.OfCode(wish.operation, source, place))

@@ -18,7 +18,6 @@ struct DatumWish {
   std::optional<Position> near = {};  ///< where it is to be good, instead of all the system's area
   std::vector<std::string> grids = {};  ///< folders with grids, looked into before all others
   std::string output = {};  ///< the system file, beside which grids are looked for; or empty
-  bool parameters = false;  ///< similarities alone, no grids
 };
 
 /// A system file, and what its reader should know.

@@ -147,12 +147,13 @@ ShiftChoice ChoiceOf(const JsonSection& section, const std::string& file) {
 }  // namespace
 
 SystemShift ReadShift(const std::string& file, const std::string& path, const json& object,
-                      const Ellipsoid& global) {
+                      const Ellipsoid& global, const std::string* bytes) {
   std::vector<std::string> keys = {"place", "inverse",  "outside",    "file",
                                    "unit",  "position", "coordinates"};
   for (const Kind& kind : kKinds) keys.emplace_back(kind.key);
   const JsonSection section(file, path, object, keys);
   SystemShift read;
+  read.entry = object;
   read.place = PlaceOf(section);
   read.outside = OutsideOf(section);
   read.direction = ReadWord(section, "inverse", {"yes", "no"}) == "yes" ? ShiftDirection::inverse
@@ -171,11 +172,22 @@ SystemShift ReadShift(const std::string& file, const std::string& path, const js
       if (section.Has(key)) section.Fail(key, "is said of a \"file\" only");
   } else {
     read.choice = ChoiceOf(section, file);
-    read.shift = OpenShift(read.choice);
+    read.shift = bytes ? ParseShift(*bytes, read.choice) : OpenShift(read.choice);
   }
   if (!CoordinateChain().AddShift(read.place, {read.shift.get()}))
     section.Fail("place", "is one for another kind of coordinates than this shift has");
   return read;
+}
+
+void AddShifts(CoordinateChain& chain, const std::vector<const SystemShift*>& shifts,
+               const CoordinateShift* fixedHeight) {
+  for (const Place& place : kPlaces) {
+    if (place.place == ShiftPlace::afterDatum && fixedHeight)
+      chain.AddShift(ShiftPlace::beforeDatum, {fixedHeight});
+    for (const SystemShift* shift : shifts)
+      if (shift->place == place.place)
+        chain.AddShift(place.place, {shift->shift.get(), shift->direction, shift->outside});
+  }
 }
 
 }  // namespace geomath_files

@@ -58,7 +58,9 @@ class SystemReader {
     chain.SetProjection(system->Projection());
     if (top.Has("geoid")) ReadGeoid(top, *system);
     if (top.Has("shifts")) ReadShifts(top, *system);
-    AddShifts(*system);
+    std::vector<const SystemShift*> shifts;
+    for (const SystemShift& shift : system->shifts_) shifts.push_back(&shift);
+    AddShifts(chain, shifts, system->fixedHeight_ ? &*system->fixedHeight_ : nullptr);
     if (system->localization_) chain.SetLocalization(&*system->localization_);
     if (system->ground_) chain.SetGround(&*system->ground_);
     return system;
@@ -175,19 +177,6 @@ class SystemReader {
                  "moves geocentric coordinates, which a datum with a \"fixedHeight\" has not");
       if (!read.choice.file.empty()) system.files_.push_back(read.choice.file);
       system.shifts_.push_back(std::move(read));
-    }
-  }
-
-  // A datum with a fixed height is a shift itself, between those before and behind it.
-  static void AddShifts(CoordinateSystem& system) {
-    CoordinateChain& chain = system.chain_;
-    for (const ShiftPlace place : {ShiftPlace::beforeDatum, ShiftPlace::afterDatum,
-                                   ShiftPlace::heights, ShiftPlace::afterProjection}) {
-      if (place == ShiftPlace::afterDatum && system.fixedHeight_)
-        chain.AddShift(ShiftPlace::beforeDatum, {&*system.fixedHeight_});
-      for (const SystemShift& read : system.shifts_)
-        if (read.place == place)
-          chain.AddShift(place, {read.shift.get(), read.direction, read.outside});
     }
   }
 

@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "files/models/geoid_file.h"
@@ -41,6 +42,15 @@ class CoordinateSystem {
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
   /// Those of the list "shifts", in its order.
   const std::vector<SystemShift>& Shifts() const { return shifts_; }
+  /// The same for a host that builds a chain of its own of them: this one's must not be run any more.
+  std::vector<SystemShift> ReleaseShifts() { return std::move(shifts_); }
+  /// The seven parameters, also those at a fixed height, which are no datum of the chain. Null where
+  /// there are none.
+  const zel_cs::geomath::Datum* SevenParameters() const { return datum_ ? &*datum_ : nullptr; }
+  /// The height at which positions go through them, metres.
+  std::optional<double> FixedHeight() const {
+    return fixedHeight_ ? std::optional(fixedHeight_->Height()) : std::nullopt;
+  }
   /// The coordinate systems of its positions and of its grid, an EPSG code or WKT; empty where
   /// nothing is known, and for a grid that a site or ground moves away.
   const std::string& GeographicCrs() const { return geographicCrs_; }

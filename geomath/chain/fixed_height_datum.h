@@ -20,6 +20,9 @@ class GEOMATH_API FixedHeightDatum : public CoordinateShift {
   FixedHeightDatum(const Ellipsoid& global, const Datum& datum, double height)
       : CoordinateShift(ShiftSpace::geographic), global_(global), datum_(datum), height_(height) {}
 
+  /// The fixed height, metres.
+  double Height() const { return height_; }
+
  private:
   void ForwardBlock(double* const (&point)[3], std::size_t count,
                     ShiftStatus* status) const override;

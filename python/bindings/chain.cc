@@ -2,8 +2,12 @@
 #include <pybind11/stl.h>
 
 #include <cmath>
+#include <nlohmann/json.hpp>
+#include <optional>
 
 #include "files/epsg/epsg_system.h"
+#include "files/models/shift_file.h"
+#include "files/system/json_section.h"
 #include "files/system/system_file.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -60,7 +64,8 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
                                   std::shared_ptr<ProjectionObject> projection,
                                   std::shared_ptr<GeoidObject> geoid, const std::string& frame,
                                   std::shared_ptr<LocalToGrid> localization,
-                                  std::shared_ptr<GridToGround> ground) {
+                                  std::shared_ptr<GridToGround> ground, const py::object& shifts,
+                                  std::optional<double> fixedHeight) {
   auto object = std::make_shared<ChainObject>();
   if (!global.is_none())
     object->global = EllipsoidFrom(global);
@@ -72,25 +77,38 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
   object->geoidFrame = FrameOf(frame);
   object->localization = std::move(localization);
   object->ground = std::move(ground);
+  object->fixedHeight = fixedHeight;
+  for (const py::handle& shift : shifts) object->shifts.push_back(PartOf<ChainShiftObject>(shift));
   RequireOneEllipsoid(*object);
   Join(*object);
   return object;
 }
 
+// Of an entry of a system file; `bytes` are those of its file.
+std::shared_ptr<ChainShiftObject> MakeShift(const std::string& entry, std::string bytes,
+                                            const Ellipsoid& global) {
+  auto object = std::make_shared<ChainShiftObject>();
+  const nlohmann::json parsed = geomath_files::ParseJson(entry, "shifts");
+  const bool file = parsed.is_object() && parsed.contains("file");
+  object->shift = geomath_files::ReadShift("shifts", "", parsed, global, file ? &bytes : nullptr);
+  object->entry = entry;
+  object->bytes = std::move(bytes);
+  object->global = global;
+  return object;
+}
+
 // Axes as a projection gives them back: without text they are north and east.
-std::shared_ptr<ChainObject> ChainOf(const geomath_files::CoordinateSystem& system) {
-  if (!system.Shifts().empty() || !system.Chain().GetShifts(ShiftPlace::beforeDatum).empty())
-    throw UserError(
-        "a system with \"shifts\" or a \"fixedHeight\" is one for geomath convert alone");
+std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
   auto object = std::make_shared<ChainObject>();
   const CoordinateChain& read = system.Chain();
   object->global = std::make_shared<Ellipsoid>(*read.GetGlobalEllipsoid());
-  if (const Datum* datum = read.GetDatum()) {
+  if (const Datum* datum = system.SevenParameters()) {
     const auto local = std::make_shared<Ellipsoid>(system.LocalEllipsoid());
     object->datum =
         std::make_shared<DatumObject>(local, Datum(local.get(), datum->Shift(), datum->Rotation(),
                                                    datum->Scale(), userTypeUser, false, nullptr));
   }
+  object->fixedHeight = system.FixedHeight();
   object->projection = ProjectionObjectOf(system);
   if (const geomath_files::LoadedGeoid* geoid = system.Geoid()) {
     object->geoid = GeoidObjectOf(*geoid);
@@ -100,6 +118,14 @@ std::shared_ptr<ChainObject> ChainOf(const geomath_files::CoordinateSystem& syst
     object->localization = std::make_shared<LocalToGrid>(*site);
   if (const GridToGround* ground = read.GetGround())
     object->ground = std::make_shared<GridToGround>(*ground);
+  for (geomath_files::SystemShift& shift : system.ReleaseShifts()) {
+    auto part = std::make_shared<ChainShiftObject>();
+    part->entry = shift.entry.dump();
+    if (!shift.choice.file.empty()) part->bytes = geomath_files::ReadShiftBytes(shift.choice.file);
+    part->global = *object->global;
+    part->shift = std::move(shift);
+    object->shifts.push_back(std::move(part));
+  }
   Join(*object);
   return object;
 }
@@ -115,9 +141,11 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
 }
 
 std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
-                                      bool datum) {
-  geomath_files::DatumWish wish{!datum, {}, {}};
-  wish.parameters = true;
+                                      const py::object& grids, bool datum) {
+  geomath_files::DatumWish wish;
+  wish.none = !datum;
+  for (const py::handle& folder : grids)
+    wish.grids.push_back(PathOf(py::reinterpret_borrow<py::object>(folder)));
   if (!near.is_none()) {
     const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
     RequireAngle("near: latitude", latitude, AngleKind::latitude);
@@ -195,6 +223,8 @@ py::dict StateOf(const ChainObject& c) {
   state["geoid_frame"] = NameOf(c.geoidFrame);
   state["localization"] = c.localization;
   state["ground"] = c.ground;
+  state["shifts"] = py::tuple(py::cast(c.shifts));
+  state["fixed_height"] = c.fixedHeight;
   return state;
 }
 
@@ -209,6 +239,9 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
   take("geoid", object->geoid);
   take("localization", object->localization);
   take("ground", object->ground);
+  for (const py::handle& shift : state["shifts"].cast<py::tuple>())
+    object->shifts.push_back(PartOf<ChainShiftObject>(shift));
+  if (!state["fixed_height"].is_none()) object->fixedHeight = FiniteOf(state["fixed_height"]);
   object->geoidFrame = FrameOf(state["geoid_frame"].cast<std::string>());
   if (object->datum && !object->global) throw UserError("the datum has no global ellipsoid");
   Join(*object);
@@ -225,8 +258,9 @@ py::object Replace(const py::object& self, const py::kwargs& changes) {
 std::string Repr(const ChainObject& c) {
   std::string text;
   for (const auto& [name, step] : StateOf(c)) {
-    const bool plain = step.is_none() || (std::string(py::str(name)) == "geoid_frame" &&
-                                          c.geoidFrame == GeoidFrame::global);
+    const bool plain =
+        step.is_none() || step.equal(py::tuple()) ||
+        (std::string(py::str(name)) == "geoid_frame" && c.geoidFrame == GeoidFrame::global);
     if (plain) continue;
     text += fmt::format("{}{}={}", text.empty() ? "" : ", ", std::string(py::str(name)),
                         std::string(py::repr(step)));
@@ -238,15 +272,67 @@ std::string Repr(const ChainObject& c) {
 
 void Join(ChainObject& object) {
   CoordinateChain& chain = object.chain;
+  chain = CoordinateChain();
   chain.SetGlobalEllipsoid(object.global.get());
-  if (object.datum) chain.SetDatum(&object.datum->datum);
+  if (object.fixedHeight) {
+    if (!object.datum) throw UserError("CoordinateChain: \"fixed_height\" needs a datum");
+    object.fixedHeightDatum.emplace(*object.global, object.datum->datum, *object.fixedHeight);
+  } else if (object.datum) {
+    chain.SetDatum(&object.datum->datum);
+  }
+  std::vector<const geomath_files::SystemShift*> shifts;
+  for (const auto& part : object.shifts) {
+    const ShiftPlace place = part->shift.place;
+    if (object.fixedHeight && part->shift.shift->Space() == ShiftSpace::geocentric &&
+        place != ShiftPlace::heights)
+      throw UserError(
+          "CoordinateChain: a datum with a \"fixed_height\" has no geocentric coordinates, which a "
+          "shift moves");
+    shifts.push_back(&part->shift);
+  }
+  AddShifts(chain, shifts, object.fixedHeightDatum ? &*object.fixedHeightDatum : nullptr);
   if (object.projection) chain.SetProjection(object.projection->projection.get());
   if (object.geoid) chain.SetGeoid(&object.geoid->Heights(), object.geoidFrame);
   chain.SetLocalization(object.localization.get());
   chain.SetGround(object.ground.get());
 }
 
+// What is read from the state of a pickle: the entry, the bytes of its file, the ellipsoid.
+std::shared_ptr<ChainShiftObject> ShiftFromState(const py::tuple& s) {
+  return MakeShift(s[0].cast<std::string>(), s[1].cast<std::string>(), *PartOf<Ellipsoid>(s[2]));
+}
+
+void BindChainShift(py::module_& module) {
+  py::class_<ChainShiftObject, std::shared_ptr<ChainShiftObject>> shift(module, "ChainShift", R"(
+A shift of a chain, as an entry of "shifts" in a system file describes it (docs/system-file.md).
+
+Chains from files and from the registry have them; a CoordinateChain takes them as shifts. Immutable;
+pickles carry the whole file.)");
+  shift.attr("__module__") = "geomath";
+  shift
+      .def_property_readonly(
+          "entry", [](const ChainShiftObject& s) { return TextOf(s.entry); },
+          "The entry of the system file, JSON.")
+      .def(
+          "__eq__",
+          [](const ChainShiftObject& a, const ChainShiftObject& b) {
+            return a.entry == b.entry && a.bytes == b.bytes;
+          },
+          py::is_operator())
+      .def("__hash__", [](const ChainShiftObject& s) { return py::hash(py::bytes(s.entry)); })
+      .def("__repr__",
+           [](const ChainShiftObject& s) { return TextOf("<ChainShift " + s.entry + ">"); });
+  DefinePickle(
+      shift,
+      [](const ChainShiftObject& s) {
+        return py::make_tuple(TextOf(s.entry), py::bytes(s.bytes),
+                              std::make_shared<Ellipsoid>(s.global));
+      },
+      &ShiftFromState);
+}
+
 void BindChain(py::module_& module) {
+  BindChainShift(module);
   py::class_<ChainObject, std::shared_ptr<ChainObject>> chain(module, "CoordinateChain", R"(
 A whole conversion as one object: global positions to local grid coordinates and back.
 
@@ -273,7 +359,8 @@ Raises Error when datum and projection stand on different ellipsoids.)");
       .def(py::init(&Make), py::kw_only(), py::arg("global_ellipsoid") = py::none(),
            py::arg("datum") = py::none(), py::arg("projection") = py::none(),
            py::arg("geoid") = py::none(), py::arg("geoid_frame") = "global",
-           py::arg("localization") = py::none(), py::arg("ground") = py::none())
+           py::arg("localization") = py::none(), py::arg("ground") = py::none(),
+           py::arg("shifts") = py::tuple(), py::arg("fixed_height") = py::none())
       .def_static("from_file", &FromFile, py::arg("path"), R"(from_file(path)
 --
 
@@ -282,14 +369,15 @@ The chain that a system file describes (docs/system-file.md), as `geomath conver
 Raises Error, naming the file, the key and what would be right, for everything that is wrong.)")
       .def_static("from_epsg", &FromEpsg, py::arg("code"), py::kw_only(),
                   py::arg("near") = py::none(), py::arg("operation") = py::none(),
-                  py::arg("datum") = true,
-                  R"(from_epsg(code, *, near=None, operation=None, datum=True)
+                  py::arg("grids") = py::tuple(), py::arg("datum") = true,
+                  R"(from_epsg(code, *, near=None, operation=None, grids=(), datum=True)
 --
 
 The chain of a projected system of the EPSG registry, as `geomath system --epsg` writes it, from PROJ's
-database on this machine: WGS 84 to the system by the transformation of at most seven parameters
-that is best over its area, or at near, a pair of latitude and longitude in degrees, or by the one
-whose code is operation. With datum=False positions are those of the system's own datum.
+database on this machine: WGS 84 (or what the registry takes for it) to the system by the
+transformation that is best over its area, or at near, a pair of latitude and longitude in degrees, or
+by the one whose code is operation. Grids are looked for in the folders grids, in those of GEOMATH_GRIDS
+and in PROJ's. With datum=False positions are those of the system's own datum.
 
 Raises Error for a code that the registry does not have or a system file cannot hold.)")
       .def_readonly("global_ellipsoid", &ChainObject::global,
@@ -302,6 +390,11 @@ Raises Error for a code that the registry does not have or a system file cannot 
           "To which ellipsoid the heights of the geoid belong: \"global\" or \"local\".")
       .def_readonly("localization", &ChainObject::localization, "The site calibration, or None.")
       .def_readonly("ground", &ChainObject::ground, "The ground system, or None.")
+      .def_property_readonly(
+          "shifts", [](const ChainObject& c) { return py::tuple(py::cast(c.shifts)); },
+          "The shifts, ChainShift, in the order of the system file.")
+      .def_readonly("fixed_height", &ChainObject::fixedHeight,
+                    "The height at which positions go through the datum, metres, or None.")
       .def("replace", &Replace, R"(replace(self, **steps)
 --
 

@@ -3,11 +3,14 @@
 #include <pybind11/pybind11.h>
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "files/system/shift_section.h"
 #include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "geomath/chain/fixed_height_datum.h"
 #include "python/bindings/geoid.h"
 #include "python/bindings/made.h"
 
@@ -37,15 +40,26 @@ struct ProjectionObject {
 
 inline constexpr const char* kNorthEast = "NE";  // axes that need no text
 
+/// A shift of a chain, as an entry of a system file describes it, with the bytes of its file.
+struct ChainShiftObject {
+  std::string entry;  // JSON
+  std::string bytes;  // empty for parameters
+  zel_cs::geomath::Ellipsoid global;
+  geomath_files::SystemShift shift;
+};
+
 struct ChainObject {
   std::shared_ptr<zel_cs::geomath::Ellipsoid> global;
   std::shared_ptr<DatumObject> datum;
+  std::optional<double> fixedHeight;  // at which positions go through the datum
+  std::vector<std::shared_ptr<ChainShiftObject>> shifts;
   std::shared_ptr<ProjectionObject> projection;
   std::shared_ptr<GeoidObject> geoid;
   zel_cs::geomath::GeoidFrame geoidFrame = zel_cs::geomath::GeoidFrame::global;
   std::shared_ptr<zel_cs::geomath::LocalToGrid> localization;
   std::shared_ptr<zel_cs::geomath::GridToGround> ground;
-  zel_cs::geomath::CoordinateChain chain;  // of those
+  std::optional<zel_cs::geomath::FixedHeightDatum> fixedHeightDatum;  // of datum and height
+  zel_cs::geomath::CoordinateChain chain;                             // of those
 };
 
 template <>
@@ -58,6 +72,8 @@ template <>
 inline constexpr bool kBound<zel_cs::geomath::LocalToGrid> = true;
 template <>
 inline constexpr bool kBound<zel_cs::geomath::GridToGround> = true;
+template <>
+inline constexpr bool kBound<ChainShiftObject> = true;
 template <>
 inline constexpr bool kBound<ChainObject> = true;
 

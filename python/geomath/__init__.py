@@ -13,6 +13,7 @@ from ._chain_step import ChainStep
 from ._geomath import (
     Calibration,
     CalibrationResult,
+    ChainShift,
     CoordinateChain,
     Datum,
     Ellipsoid,
@@ -40,6 +41,7 @@ from ._magnetic_elements import MagneticElements
 __all__ = [
     "Calibration",
     "CalibrationResult",
+    "ChainShift",
     "ChainStep",
     "CoordinateChain",
     "Datum",

@@ -1,4 +1,4 @@
-from collections.abc import Mapping, Sequence
+from collections.abc import Iterable, Mapping, Sequence
 from os import PathLike
 from typing import Any, ClassVar, Literal, Protocol, TypeAlias, final, overload
 
@@ -502,6 +502,11 @@ class MagneticField:
     ) -> MagneticElements: ...
 
 @final
+class ChainShift:
+    @property
+    def entry(self) -> str: ...
+
+@final
 class CoordinateChain:
     def __init__(
         self,
@@ -513,6 +518,8 @@ class CoordinateChain:
         geoid_frame: Literal["global", "local"] = ...,
         localization: LocalToGrid | None = ...,
         ground: GridToGround | None = ...,
+        shifts: Iterable[ChainShift] = ...,
+        fixed_height: float | None = ...,
     ) -> None: ...
     @staticmethod
     def from_file(path: _Path) -> CoordinateChain: ...
@@ -522,6 +529,7 @@ class CoordinateChain:
         *,
         near: tuple[float, float] | None = ...,
         operation: int | None = ...,
+        grids: Iterable[_Path] = ...,
         datum: bool = ...,
     ) -> CoordinateChain: ...
     def replace(self, **steps: Any) -> CoordinateChain: ...
@@ -539,6 +547,10 @@ class CoordinateChain:
     def localization(self) -> LocalToGrid | None: ...
     @property
     def ground(self) -> GridToGround | None: ...
+    @property
+    def shifts(self) -> tuple[ChainShift, ...]: ...
+    @property
+    def fixed_height(self) -> float | None: ...
     @overload
     def to_local(  # type: ignore[misc]
         self,

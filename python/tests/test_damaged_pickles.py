@@ -1,9 +1,12 @@
 """States of pickles, damaged at random: they give an error, or an object that works."""
 
 import contextlib
+import json
 import pickle
 import random
 import struct
+import tempfile
+from pathlib import Path
 from typing import Any
 
 import numpy as np
@@ -20,6 +23,7 @@ from geomath import (
     MagneticModel,
     Projection,
     RegionalGeoid,
+    Triangulation,
 )
 
 BRITAIN: Any = dict(central_meridian=-2, scale=0.9996012717, lat0=49, east0=4e5, north0=-1e5)
@@ -32,6 +36,34 @@ GROUND = GridToGround(height=100, grid_scale_factor=0.9996)
 CHAIN = CoordinateChain(
     datum=DATUM, projection=GRID, geoid=GEOID, localization=SITE, ground=GROUND
 )
+NETWORK = {
+    "file_type": "triangulation_file",
+    "format_version": "1.1",
+    "input_crs": "EPSG:25832",
+    "transformed_components": ["horizontal"],
+    "vertices_columns": ["source_x", "source_y", "target_x", "target_y"],
+    "triangles_columns": ["idx_vertex1", "idx_vertex2", "idx_vertex3"],
+    "vertices": [[0, 0, 1, 2], [1e6, 0, 1000001, 2], [0, 1e6, 1, 1000002]],
+    "triangles": [[0, 1, 2]],
+}
+
+
+def shifted(folder: Path) -> tuple[Triangulation, CoordinateChain]:
+    """A triangulation, and a chain with it and with parameters."""
+    (folder / "network.json").write_text(json.dumps(NETWORK))
+    (folder / "system.json").write_text(json.dumps({
+        "global": {"ellipsoid": "GRS80"},
+        "projection": {"name": "TM", "Central Meridian": -2, "Scale": 1, "Lat0": 49, "East0": 4e5,
+                       "North0": -1e5},
+        "shifts": [{"file": "network.json", "place": "after projection"},
+                   {"offset": {"height": 1}, "place": "heights"}],
+    }))
+    chain = CoordinateChain.from_file(folder / "system.json")
+    return Triangulation.from_file(folder / "network.json"), chain
+
+
+with tempfile.TemporaryDirectory() as scratch:
+    TRIANGLES, SHIFTED = shifted(Path(scratch))
 CONTROL = {
     "lat": [52.0, 52.1, 52.0, 52.1],
     "lon": [-2.0, -2.0, -1.9, -1.9],
@@ -51,6 +83,9 @@ OBJECTS: list[Any] = [
     MagneticModel(),
     MagneticModel().field(2012),
     CHAIN,
+    TRIANGLES,
+    *SHIFTED.shifts,
+    SHIFTED,
     Calibration(CONTROL, CHAIN.replace(localization=None, ground=None)),
     Calibration(CONTROL).solve(),
 ]

@@ -70,12 +70,53 @@ def test_the_german_grid() -> None:
     assert grid.inverse(52.5, 13.4)[:2] == pytest.approx((52.5014057399, 13.4017435097), abs=1e-10)
 
 
-def test_a_chain_refuses_what_it_cannot_hold(tmp_path: Path) -> None:
-    system = tmp_path / "system.json"
-    system.write_text(json.dumps({
-        "global": {"ellipsoid": "GRS80"},
-        "projection": {"name": "TMERC", "Central Meridian": 9, "Scale": 1, "Lat0": 0, "East0": 0, "North0": 0},
-        "shifts": [{"place": "after projection", "offset": {"north": 1}}],
-    }))
-    with pytest.raises(Error, match="shifts"):
-        CoordinateChain.from_file(system)
+SYSTEM: dict[str, Any] = {
+    "global": {"ellipsoid": "GRS80"},
+    "local": {"ellipsoid": "Bessel 1841"},
+    "datum": {"dX": 565.7381, "dY": 50.4018, "dZ": 465.2904, "rX": 0.395026, "rY": -0.330772,
+              "rZ": 1.876074, "ppm": 4.07244, "fixedHeight": 43},
+    "projection": {"name": "DSTER", "Lat0": 52.1561605555556, "Lon0": 5.3876388888889, "Scale": 0.9999079,
+                   "East0": 155000, "North0": 463000},
+    "shifts": [
+        {"file": "plane.json", "coordinates": "plane", "place": "after projection"},
+        {"offset": {"north": 10, "height": 3}, "place": "after projection", "inverse": "yes"},
+    ],
+}
+
+
+# Two points of RDNAPTRANS2018 beyond the grid (NSGI), where the definition is the datum alone; the
+# shifts of the system move them by 5 m and by -10 m.
+def test_chains_have_their_shifts_also_in_pickles(tmp_path: Path) -> None:
+    plane = {**NETWORK, "vertices": [[-1e6, -1e6, -1e6 + 5, -1e6], [2e6, -1e6, 2e6 + 5, -1e6], [0, 3e6, 5, 3e6]]}
+    (tmp_path / "plane.json").write_text(json.dumps(plane))
+    (tmp_path / "system.json").write_text(json.dumps(SYSTEM))
+    chain = CoordinateChain.from_file(tmp_path / "system.json")
+    n, e, h = chain.to_local(53.999759140, 5.144478208, 252.6995)
+    assert (n, e, h) == pytest.approx((668306.0460 - 10, 139079.8850 + 5, 249.6995), abs=1e-3)
+    assert chain.fixed_height == 43 and len(chain.shifts) == 2
+    assert json.loads(chain.shifts[0].entry) == SYSTEM["shifts"][0]
+    back = chain.to_global(n, e, h)
+    assert back == pytest.approx((53.999759140, 5.144478208, 252.6995), abs=1e-11)
+    (tmp_path / "plane.json").unlink()
+    again = pickle.loads(pickle.dumps(chain))
+    assert again == chain and hash(again) == hash(chain) and "shifts=" in repr(again)
+    assert again.to_local(53.999759140, 5.144478208, 252.6995) == (n, e, h)
+    bare = chain.replace(shifts=chain.shifts[1:], fixed_height=None)
+    assert bare != chain and bare.to_local(54, 5)[1] != chain.to_local(54, 5)[1]
+    with pytest.raises(Error, match="needs a datum"):
+        CoordinateChain(projection=chain.projection, fixed_height=43)
+    with pytest.raises((Error, TypeError)):
+        CoordinateChain(shifts=[None])  # type: ignore[list-item]
+
+
+# BETA2007 comes with PROJ: PROJ's value for the worked point, through the projection backward.
+def test_chains_from_the_registry_take_grids() -> None:
+    if not Path("/usr/share/proj/BETA2007.gsb").exists():
+        pytest.skip("proj-data is absent")
+    chain = CoordinateChain.from_epsg(31467)
+    assert len(chain.shifts) == 1 and chain.datum is None
+    own = CoordinateChain.from_epsg(31467, datum=False)
+    lat, lon, _ = own.to_global(*chain.to_local(52.4985944130, 13.3982568056))
+    assert (lat, lon) == pytest.approx((52.5, 13.4), abs=2e-10)
+    with pytest.raises(Error, match="nowhere"):
+        CoordinateChain.from_epsg(31467, grids=["nowhere"])
