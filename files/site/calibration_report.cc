@@ -13,6 +13,7 @@
 
 #include "files/system/projection_names.h"
 #include "geomath/base/angle.h"
+#include "geomath/local/plane_rotation.h"
 
 using namespace zel_cs::geomath;
 

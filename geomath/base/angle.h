@@ -3,7 +3,6 @@
 #include <numbers>
 
 #include "geomath/export.h"
-#include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
 
@@ -15,24 +14,6 @@ inline constexpr double kTwoPi = 2 * kPi;
 inline constexpr double kRadPerDeg = 0.017453292519943295;        // π/180
 inline constexpr double kDegPerRad = 57.29577951308232;           // 180/π
 inline constexpr double kRadPerArcSecond = 4.84813681109536e-06;  // π/(180·3600)
-
-/// Brings x into [−bound, bound] by steps of 2·bound, at most two in each direction; a value still
-/// outside after them is returned as it is. Without branches, for columns.
-template <class Real>
-GEOMATH_INLINE Real FoldAngle(Real x, double bound) {
-  const double turn = bound + bound;
-  x = x > bound ? x - turn : x;
-  x = x > bound ? x - turn : x;
-  x = x < -bound ? x + turn : x;
-  x = x < -bound ? x + turn : x;
-  return x;
-}
-
-/// SetValue(x, 1) inline: a longitude difference folded into [−π, π].
-template <class Real>
-GEOMATH_INLINE Real FoldTurn(Real x) {
-  return FoldAngle(x, kPi);
-}
 
 /// Brings an angle (radians) into range: [−π, π] when `kind` is not 0, by steps of 2π; [−π/2, π/2]
 /// when it is 0, by steps of π (shifted, not reflected). The bounds belong to the range. At most

@@ -5,6 +5,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/datum/similarity.h"
 
 namespace zel_cs::geomath {
 
@@ -19,8 +20,9 @@ Datum::Datum(Ellipsoid* e, const TAbstractPoint3<double>& shift,
       scaleChange_(scale),
       transformDisabled_(transformDisabled),
       ellipsoid_(e),
-      user_(user),
-      similarity_(shift, rotation * kRadPerArcSecond, scale) {}
+      user_(user) {
+  *similarity_ = Similarity(shift, rotation * kRadPerArcSecond, scale);
+}
 
 Datum::Datum(Ellipsoid* e, double dX, double dY, double dZ, double rX, double rY, double rZ,
              double scale, userType user, const wchar_t* axes)
@@ -36,7 +38,7 @@ unsigned char Datum::GetNEDir() const { return direction_; }
 
 bool Datum::ToWGS84Datum(TAbstractPoint3<double>& p) const {
   if (transformDisabled_) return false;
-  if (!IsNull()) p = similarity_.ToWgs84(p);
+  if (!IsNull()) p = similarity_->ToWgs84(p);
   return true;
 }
 
@@ -51,7 +53,7 @@ bool Datum::ToWGS84Datum(double& X, double& Y, double& Z) const {
 
 bool Datum::ToLocalDatum(TAbstractPoint3<double>& p) const {
   if (transformDisabled_) return false;
-  if (!IsNull()) p = similarity_.ToLocal(p);
+  if (!IsNull()) p = similarity_->ToLocal(p);
   return true;
 }
 
@@ -97,18 +99,18 @@ std::size_t Datum::TransformBatch(const Conversion& conversion, double* X, doubl
 
 std::size_t Datum::ToWGS84DatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return TransformBatch(similarity_.ToWgs84(), X, Y, Z, count, stride);
+  return TransformBatch(similarity_->ColumnsToWgs84(), X, Y, Z, count, stride);
 }
 
 std::size_t Datum::ToLocalDatumBatch(double* X, double* Y, double* Z, std::size_t count,
                                      std::ptrdiff_t stride) const {
-  return TransformBatch(similarity_.ToLocal(), X, Y, Z, count, stride);
+  return TransformBatch(similarity_->ColumnsToLocal(), X, Y, Z, count, stride);
 }
 
 void Datum::ToLocalDerivatives(double (&derivatives)[3][3]) const {
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 3; ++c)
-      derivatives[r][c] = similarity_.ToLocal().m[r][c] + (r == c ? 1 : 0);
+      derivatives[r][c] = similarity_->ColumnsToLocal().m[r][c] + (r == c ? 1 : 0);
 }
 
 }  // namespace zel_cs::geomath

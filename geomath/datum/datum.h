@@ -4,11 +4,13 @@
 
 #include "geomath/base/axis_rotation.h"
 #include "geomath/base/ellipsoid.h"
-#include "geomath/datum/similarity.h"
 #include "geomath/export.h"
+#include "geomath/platform/in_place.h"
 #include "geomath/platform/zel_math.h"
 
 namespace zel_cs::geomath {
+
+class Similarity;
 
 /// Who defined a datum. Other values are stored and returned as given.
 enum userType : unsigned char {
@@ -110,7 +112,7 @@ class GEOMATH_API Datum : public AxisRotation {
   bool transformDisabled_;
   Ellipsoid* ellipsoid_;
   unsigned char user_;
-  Similarity similarity_;  // of the seven parameters
+  InPlace<Similarity, 24> similarity_;  // of the seven parameters
 };
 
 }  // namespace zel_cs::geomath

@@ -55,8 +55,8 @@ class Similarity {
   TAbstractPoint3<double> ToWgs84(const TAbstractPoint3<double>& local) const;
 
   /// The same for columns.
-  const Wgs84ToLocal& ToLocal() const { return toLocal_; }
-  const LocalToWgs84& ToWgs84() const { return toWgs84_; }
+  const Wgs84ToLocal& ColumnsToLocal() const { return toLocal_; }
+  const LocalToWgs84& ColumnsToWgs84() const { return toWgs84_; }
 
  private:
   Wgs84ToLocal toLocal_;

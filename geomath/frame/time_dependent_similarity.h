@@ -2,11 +2,13 @@
 
 #include "geomath/export.h"
 #include "geomath/frame/dated_shift.h"
-#include "geomath/frame/similarity_formulas.h"
+#include "geomath/platform/in_place.h"
 #include "geomath/platform/zel_math.h"
 #include "geomath/shift/small_angle_similarity.h"
 
 namespace zel_cs::geomath {
+
+struct RunningSimilarity;
 
 /// Seven parameters, what each grows by in a year, and the date at which they hold: metres,
 /// arc-seconds, and the dimensionless difference of the scale from 1 (1e-9 is 1 ppb).
@@ -40,7 +42,7 @@ class GEOMATH_API TimeDependentSimilarity : public DatedShift {
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
 
-  RunningSimilarity similarity_;
+  InPlace<RunningSimilarity, 15> similarity_;
 };
 
 }  // namespace zel_cs::geomath

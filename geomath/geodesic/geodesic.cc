@@ -5,6 +5,8 @@
 #include <limits>
 
 #include "geomath/base/batch.h"
+#include "geomath/base/internal/fold_angle.h"
+#include "geomath/geodesic/geodesic_formulas.h"
 #include "geomath/geodesic/geodesic_search.h"
 
 // Equation numbers are Karney 2013.
@@ -50,27 +52,28 @@ std::size_t ConvertFour(const double* const (&from)[4], double* const (&to)[3], 
 }  // namespace
 
 GeodesicLine::GeodesicLine(const GeodesicFormulas& formulas, double b, double l, double azimuth)
-    : start_(GeodesicStart::At<Math>(formulas, b, l, azimuth)),
-      limit_(GeodesicDirectFormulas{formulas}.Serves(b, l, azimuth, 0)
+    : limit_(GeodesicDirectFormulas{formulas}.Serves(b, l, azimuth, 0)
                  ? GeodesicStart::kMaxArc * formulas.b
-                 : 0) {}
+                 : 0) {
+  *start_ = GeodesicStart::At<Math>(formulas, b, l, azimuth);
+}
 
 GeodesicEnd GeodesicLine::At(double distance) const {
   if (!(std::abs(distance) < limit_)) return {kNaN, kNaN, kNaN};
   GeodesicEnd end;
-  start_.End<Math>(distance, end.b, end.l, end.backAzimuth);
+  start_->End<Math>(distance, end.b, end.l, end.backAzimuth);
   return end;
 }
 
 Geodesic::Geodesic(const Ellipsoid& ellipsoid)
-    : formulas_{.a = ellipsoid.a,
+    : areaScale_(ellipsoid.a * ellipsoid.a * ellipsoid.e2) {
+  *formulas_ = {.a = ellipsoid.a,
                 .b = ellipsoid.b,
                 .f = ellipsoid.f,
                 .ep2 = ellipsoid.ep2,
                 .nearSphere = std::abs(ellipsoid.f) < kNearSphere,
-                .longitude = GeodesicLongitudeSeries::Of(ellipsoid.n)},
-      area_(GeodesicAreaSeries::Of(ellipsoid.n)),
-      areaScale_(ellipsoid.a * ellipsoid.a * ellipsoid.e2) {
+                .longitude = GeodesicLongitudeSeries::Of(ellipsoid.n)};
+  *area_ = GeodesicAreaSeries::Of(ellipsoid.n);
   const double a2 = ellipsoid.a * ellipsoid.a, b2 = ellipsoid.b * ellipsoid.b;
   const double e = std::sqrt(std::abs(ellipsoid.e2));
   const double arc = e == 0 ? 1 : (ellipsoid.e2 > 0 ? std::atanh(e) : std::atan(e)) / e;
@@ -79,31 +82,31 @@ Geodesic::Geodesic(const Ellipsoid& ellipsoid)
 
 GeodesicMeasure Geodesic::Inverse(double b1, double l1, double b2, double l2) const {
   double pair[4] = {b1, l1, b2, l2};
-  const GeodesicInverseFormulas columns{formulas_};
+  const GeodesicInverseFormulas columns{*formulas_};
   if (columns.Serves(b1, l1, b2, l2))
     columns.Convert<Math>(pair[0], pair[1], pair[2], pair[3]);
   else
-    SearchPair(formulas_, pair);
+    SearchPair(*formulas_, pair);
   return {pair[0], pair[1], pair[2]};
 }
 
 GeodesicEnd Geodesic::Direct(double b, double l, double azimuth, double distance) const {
-  const GeodesicDirectFormulas columns{formulas_};
+  const GeodesicDirectFormulas columns{*formulas_};
   if (!columns.Serves(b, l, azimuth, distance)) return {kNaN, kNaN, kNaN};
   columns.Convert<Math>(b, l, azimuth, distance);
   return {b, l, azimuth};
 }
 
 GeodesicLine Geodesic::Line(double b, double l, double azimuth) const {
-  return GeodesicLine(formulas_, b, l, azimuth);
+  return GeodesicLine(*formulas_, b, l, azimuth);
 }
 
 std::size_t Geodesic::InverseBatch(const double* b1, const double* l1, const double* b2,
                                    const double* l2, double* distance, double* azimuth,
                                    double* backAzimuth, std::size_t count) const {
   const auto convert = [&](double* const(&columns)[4], std::size_t n) {
-    RunKernel(GeodesicInverseFormulas{formulas_}, columns, n,
-              [&](double(&pair)[4]) { SearchPair(formulas_, pair); });
+    RunKernel(GeodesicInverseFormulas{*formulas_}, columns, n,
+              [&](double(&pair)[4]) { SearchPair(*formulas_, pair); });
   };
   return ConvertFour({b1, l1, b2, l2}, {distance, azimuth, backAzimuth}, count, convert);
 }
@@ -112,7 +115,7 @@ std::size_t Geodesic::DirectBatch(const double* b, const double* l, const double
                                   const double* distance, double* endB, double* endL,
                                   double* backAzimuth, std::size_t count) const {
   const auto convert = [&](double* const(&columns)[4], std::size_t n) {
-    RunKernel(GeodesicDirectFormulas{formulas_}, columns, n,
+    RunKernel(GeodesicDirectFormulas{*formulas_}, columns, n,
               [](double(&point)[4]) { std::fill_n(point, 4, kNaN); });
   };
   return ConvertFour({b, l, azimuth, distance}, {endB, endL, backAzimuth}, count, convert);
@@ -124,7 +127,7 @@ double Geodesic::EllipsoidArea() const { return 4 * kPi * authalicRadius2_; }
 // north.
 double Geodesic::EdgeArea(double b1, double l1, double b2, double l2, double& distance) const {
   using Unit = GeodesicFormulas::Unit;
-  const GeodesicFormulas& g = formulas_;
+  const GeodesicFormulas& g = *formulas_;
   const GeodesicArc arc = SearchGeodesic(g, b1, b2, FoldTurn(l2 - l1));
   distance = arc.distance;
   if (distance == 0) return 0;
@@ -146,7 +149,7 @@ double Geodesic::EdgeArea(double b1, double l1, double b2, double l2, double& di
   const double cosAlpha0 = std::hypot(arc.alpha1.cos, across);
   const Unit sigma1 = GeodesicFormulas::Normalised(beta1.sin, arc.alpha1.cos * beta1.cos);
   const Unit sigma2 = GeodesicFormulas::Normalised(beta2.sin, arc.alpha2.cos * beta2.cos);
-  const GeodesicTerms<6> c4 = area_.C4(g.Expansion(cosAlpha0));
+  const GeodesicTerms<6> c4 = area_->C4(g.Expansion(cosAlpha0));
   const double i4 = c4.OddCosine(sigma2.sin, sigma2.cos) - c4.OddCosine(sigma1.sin, sigma1.cos);
   return authalicRadius2_ * alpha12 + areaScale_ * cosAlpha0 * sinAlpha0 * i4;
 }

@@ -2,11 +2,16 @@
 
 #include <cstddef>
 
+#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/export.h"
-#include "geomath/geodesic/geodesic_formulas.h"
+#include "geomath/platform/in_place.h"
 
 namespace zel_cs::geomath {
+
+struct GeodesicAreaSeries;
+struct GeodesicFormulas;
+struct GeodesicStart;
 
 /// A geodesic between two points: metres, and azimuths clockwise from north in [0, 2π), at the
 /// first point towards the second and at the second back towards the first.
@@ -41,7 +46,7 @@ class GEOMATH_API GeodesicLine {
   friend class Geodesic;
   GeodesicLine(const GeodesicFormulas& formulas, double b, double l, double azimuth);
 
-  GeodesicStart start_;
+  InPlace<GeodesicStart, 31> start_;
   double limit_;  // metres; 0 where the start is not valid
 };
 
@@ -96,8 +101,8 @@ class GEOMATH_API Geodesic {
  private:
   double EdgeArea(double b1, double l1, double b2, double l2, double& distance) const;
 
-  GeodesicFormulas formulas_;
-  GeodesicAreaSeries area_;
+  InPlace<GeodesicFormulas, 26> formulas_;
+  InPlace<GeodesicAreaSeries, 36> area_;
   double authalicRadius2_;  // c², eq. 60
   double areaScale_;        // a²·e², square metres
 };

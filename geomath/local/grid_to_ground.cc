@@ -5,6 +5,7 @@
 #include "geomath/base/batch.h"
 #include "geomath/base/height_scale.h"
 #include "geomath/local/identical_point.h"
+#include "geomath/local/site_formulas.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {

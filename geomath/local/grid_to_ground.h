@@ -4,9 +4,10 @@
 #include <cstdint>
 
 #include "geomath/export.h"
-#include "geomath/local/site_formulas.h"
 
 namespace zel_cs::geomath {
+
+struct GroundParameters;
 
 /// Carries plane coordinates between a projection grid and a ground system: a rotation and a scale
 /// about a grid origin, then a shift. The parameters are public data of the caller; metres and

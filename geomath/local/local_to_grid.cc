@@ -8,6 +8,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/local/site_formulas.h"
 #include "geomath/proj/factory.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/param_table.h"
@@ -56,7 +57,10 @@ bool IsIndexOf(int index, const double (&)[N]) {
 
 }  // namespace
 
-LocalToGrid::LocalToGrid() { SetSterProj(kWgs84A, kWgs84InvF); }
+LocalToGrid::LocalToGrid() {
+  *rotation_ = PlaneRotation(0);
+  SetSterProj(kWgs84A, kWgs84InvF);
+}
 
 LocalToGrid::LocalToGrid(const LocalToGrid& other) { *this = other; }
 
@@ -126,7 +130,7 @@ void LocalToGrid::UpdateOrigin() {
 void LocalToGrid::SetPlaneParam(double value, int index, unsigned int) {
   if (!IsIndexOf(index, planeParams_)) return;
   planeParams_[index] = value;
-  if (index == kRotation) rotation_ = PlaneRotation(value);
+  if (index == kRotation) *rotation_ = PlaneRotation(value);
 }
 
 double LocalToGrid::GetPlaneParam(int index, unsigned int) const {
@@ -167,7 +171,7 @@ LocalToGrid::Outcome LocalToGrid::OutcomeToGrid(unsigned int what) const {
 SiteParameters LocalToGrid::Parameters() const {
   const auto [tN, tE, s, theta] = planeParams_;
   const auto [h0, aN, aE] = heightParams_;
-  return {rotation_, tN, tE, s, h0, aN, aE};
+  return {*rotation_, tN, tE, s, h0, aN, aE};
 }
 
 bool LocalToGrid::ToLocal(double& N, double& E, double& H, unsigned int what) const {

@@ -4,11 +4,14 @@
 #include <memory>
 
 #include "geomath/export.h"
-#include "geomath/local/site_formulas.h"
+#include "geomath/platform/in_place.h"
 #include "geomath/platform/wide_text.h"
 #include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
+
+struct PlaneRotation;
+struct SiteParameters;
 
 /// Applies a site calibration: converts between the plane coordinates of a projection (the grid)
 /// and a local site system, and, through a projection of its own, between geodetic coordinates and
@@ -111,7 +114,7 @@ class GEOMATH_API LocalToGrid {
   std::unique_ptr<TGeoProj> projection_;
   double planeParams_[4] = {0, 0, 1.0, 0};  // tN, tE, s, θ
   double heightParams_[3] = {0, 0, 0};      // h0, aN, aE
-  PlaneRotation rotation_{0};               // of θ
+  InPlace<PlaneRotation, 2> rotation_;      // of θ
   double lat0_ = 0, lon0_ = 0;
   double originN_ = 0, originE_ = 0;
   WideText geoidName_;

@@ -1,42 +1,39 @@
 #include "geomath/proj/built_in_projection_types.h"
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
-#include <iterator>
+
+#include "geomath/proj/methods/ak01_proj.h"
+#include "geomath/proj/methods/ak29_proj.h"
+#include "geomath/proj/methods/albers_ea_conic_proj.h"
+#include "geomath/proj/methods/cassini_proj.h"
+#include "geomath/proj/methods/colombia_proj.h"
+#include "geomath/proj/methods/krovak_proj.h"
+#include "geomath/proj/methods/lc27_proj.h"
+#include "geomath/proj/methods/lc_proj.h"
+#include "geomath/proj/methods/malaysia_cs2000_proj.h"
+#include "geomath/proj/methods/mercator_proj.h"
+#include "geomath/proj/methods/minnesota_la_proj.h"
+#include "geomath/proj/methods/mon_spher.h"
+#include "geomath/proj/methods/nzmg_proj.h"
+#include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/rd_proj.h"
+#include "geomath/proj/methods/rd_trans_proj.h"
+#include "geomath/proj/methods/rso_proj.h"
+#include "geomath/proj/methods/spc_lc83_proj.h"
+#include "geomath/proj/methods/spc_om83_proj.h"
+#include "geomath/proj/methods/spc_tm83_proj.h"
+#include "geomath/proj/methods/ster_proj.h"
+#include "geomath/proj/methods/swiss_proj.h"
+#include "geomath/proj/methods/tm27_proj.h"
+#include "geomath/proj/methods/utm_proj.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
-
-/// What a parameter is; the type and specification codes of every parameter follow from it.
-enum class Quantity {
-  latitude,
-  longitude,
-  azimuth,
-  angle,
-  easting,
-  northing,
-  length,
-  scale,
-  zone,
-  count,
-  coefficient
-};
-
-struct ParamDescription {
-  const char* name;
-  Quantity quantity;
-};
-
-/// One kind. `count` may exceed the parameters that are described.
-struct ProjTypeRow {
-  ProjType type;
-  int count;
-  std::span<const ParamDescription> params;
-  char** names;
-  bool convertsToUnit;
-};
-
 namespace {
 
+// The type and specification codes of a parameter follow from its quantity.
 struct QuantityCodes {
   ParamTypeCode type;
   ParamSpecCode spec;
@@ -57,128 +54,78 @@ constexpr QuantityCodes CodesOf(Quantity quantity) {
   return codes[static_cast<std::size_t>(quantity)];
 }
 
-using enum Quantity;
-
-constexpr ParamDescription kTMercParams[] = {{"Central Meridian", longitude},
-                                             {"Scale", scale},
-                                             {"Lat0", latitude},
-                                             {"East0", easting},
-                                             {"North0", northing}};
-constexpr ParamDescription kTM83Params[] = {
-    {"CentralMeridian", longitude}, {"Scale", scale},     {"Lat0", latitude}, {"East0", easting},
-    {"North0", northing},           {"Zone number", zone}};
-constexpr ParamDescription kOM83Params[] = {
-    {"AxisAzimuth", azimuth}, {"Scale", scale},     {"Lon0", longitude},  {"Lat0", latitude},
-    {"East0", easting},       {"North0", northing}, {"Zone number", zone}};
-constexpr ParamDescription kLC83Params[] = {
-    {"SouthLat", latitude}, {"NorthLat", latitude}, {"Lon0", longitude},  {"Lat0", latitude},
-    {"East0", easting},     {"North0", northing},   {"Zone number", zone}};
-constexpr ParamDescription kLCParams[] = {
-    {"SouthLat", latitude}, {"NorthLat", latitude}, {"Lon0", longitude}, {"Lat0", latitude},
-    {"East0", easting},     {"North0", northing},   {"Scale", scale}};
-constexpr ParamDescription kTM27Params[] = {{"L1", coefficient},  {"L2", coefficient},
-                                            {"L34", coefficient}, {"L5", coefficient},
-                                            {"L6", coefficient},  {"Zone number", zone}};
-constexpr ParamDescription kLC27Params[] = {
-    {"L1", coefficient},  {"L2", coefficient},  {"L3", coefficient},  {"L4", coefficient},
-    {"L5", coefficient},  {"L6", coefficient},  {"L78", coefficient}, {"L9", coefficient},
-    {"L10", coefficient}, {"L11", coefficient}, {"Zone number", zone}};
-constexpr ParamDescription kAK01Params[] = {
-    {"A", coefficient}, {"B", coefficient},       {"C", coefficient},  {"D", coefficient},
-    {"F", coefficient}, {"G", coefficient},       {"H", coefficient},  {"I", coefficient},
-    {"e", coefficient}, {"epsilon", coefficient}, {"Lon0", longitude}, {"Zone number", zone}};
-constexpr ParamDescription kAK29Params[] = {
-    {"C", coefficient}, {"CM", longitude}, {"Zone number", zone}};
-constexpr ParamDescription kSterParams[] = {{"Lat0", latitude},
-                                            {"Lon0", longitude},
-                                            {"Scale", scale},
-                                            {"East0", easting},
-                                            {"North0", northing}};
-constexpr ParamDescription kTMParams[] = {{"1-st zone central meridian", longitude},
-                                          {"Zone width", angle},
-                                          {"Scale", scale},
-                                          {"East0", easting},
-                                          {"North0", northing},
-                                          {"Number of zones", count}};
-constexpr ParamDescription kAlbersParams[] = {{"SouthLat", latitude}, {"NorthLat", latitude},
-                                              {"Lon0", longitude},    {"Lat0", latitude},
-                                              {"East0", easting},     {"North0", northing}};
-constexpr ParamDescription kMercatorParams[] = {
-    {"Lon0", longitude}, {"Lat0", latitude}, {"FEast", easting}, {"FNorth", northing}};
-constexpr ParamDescription kObliqueParams[] = {{"AxisAzimuth", azimuth}, {"Scale", scale},
-                                               {"Lon0", longitude},      {"Lat0", latitude},
-                                               {"East0", easting},       {"North0", northing}};
-constexpr ParamDescription kCassiniParams[] = {{"Lat0", latitude},
-                                               {"Lon0", longitude},
-                                               {"AxisAzimuth", azimuth},
-                                               {"East0", easting},
-                                               {"North0", northing}};
-constexpr ParamDescription kSwissParams[] = {
-    {"L0", longitude}, {"B0", latitude}, {"East0", easting}, {"North0", northing}};
-constexpr ParamDescription kTMSpherParams[] = {
-    {"Lat0", latitude}, {"Lon0", longitude}, {"LatNormal", latitude}, {"_k1", scale}};
-constexpr ParamDescription kOriginParams[] = {
-    {"Lat0", latitude}, {"Lon0", longitude}, {"East0", easting}, {"North0", northing}};
-constexpr ParamDescription kCountyParams[] = {{"LonOrigin", longitude},  {"LatOrigin", latitude},
-                                              {"NorthStdP", latitude},   {"SouthStdP", latitude},
-                                              {"Scale", scale},          {"FN", northing},
-                                              {"FE", easting},           {"DesElA", length},
-                                              {"DesElB", length},        {"ElevationShift", length},
-                                              {"ObliqueAngle", azimuth}, {"GeoidHeight", length}};
-constexpr ParamDescription kKrovakParams[] = {
-    {"Lat0", latitude}, {"Lon0", longitude}, {"dLon", longitude}, {"Uq", latitude},
-    {"S0", latitude},   {"Scale", scale},    {"East0", easting},  {"North0", northing}};
-constexpr ParamDescription kCS2000Params[] = {
-    {"AxisAzimuth", azimuth}, {"Scale", scale}, {"Lon0", longitude}, {"Lat0", latitude}};
-
-/// The names of a parameter table on their own, for the interface that takes them so.
-template <const auto& params>
-constexpr auto kNames = [] {
-  std::array<const char*, std::size(params)> names{};
-  for (std::size_t i = 0; i < std::size(params); ++i) names[i] = params[i].name;
-  return names;
-}();
-
-template <const auto& params>
-constexpr ProjTypeRow Row(ProjType type, int count = static_cast<int>(std::size(params))) {
-  // Nobody writes through the interface's plain pointers.
-  return {type, count, params, const_cast<char**>(kNames<params>.data()), true};
+bool IsPrinted(const ParamDescription& param) {
+  return param.unit == ParamUnit::arcSeconds || param.unit == ParamUnit::surveyFeet;
 }
 
-/// A kind of the grids of 1927, whose constants stay in the units of their published table.
-template <const auto& params>
-constexpr ProjTypeRow Row1927(ProjType type, int count = static_cast<int>(std::size(params))) {
-  ProjTypeRow row = Row<params>(type, count);
-  row.convertsToUnit = false;
+}  // namespace
+
+/// One kind: the parameters of its class, in the forms that the interface takes.
+struct ProjTypeRow {
+  static constexpr std::size_t kMaxParams = 16;
+
+  /// `paramCount`, when it is not 0, may exceed the parameters that are described.
+  template <class Param>
+  ProjTypeRow(ProjType kind, std::span<const Param> rows, std::size_t paramCount = 0)
+      : type(kind),
+        count(static_cast<int>(paramCount ? paramCount : rows.size())),
+        described(rows.size()) {
+    std::copy(rows.begin(), rows.end(), params.begin());
+    std::ranges::transform(rows, names.begin(), &ParamDescription::name);
+    // A table's printed constants stay in the units of the table.
+    convertsToUnit = std::ranges::none_of(rows, IsPrinted);
+  }
+
+  const ParamDescription* Find(int index) const {
+    const auto at = static_cast<std::size_t>(index);  // a negative one lies beyond all
+    return at < described ? &params[at] : nullptr;
+  }
+  // Nobody writes through the interface's plain pointers.
+  char** Names() const { return const_cast<char**>(names.data()); }
+
+  ProjType type;
+  int count;
+  std::size_t described;
+  std::array<ParamDescription, kMaxParams> params{};
+  std::array<const char*, kMaxParams> names{};
+  bool convertsToUnit;
+};
+
+namespace {
+
+/// The parameters of a class.
+template <class Proj>
+const ProjTypeRow& RowOf(ProjType type) {
+  static const ProjTypeRow row(type, Proj().Params());
   return row;
 }
 
-constexpr ProjTypeRow kTMerc = Row<kTMercParams>(ProjTypeTM);
-constexpr ProjTypeRow kTM83 = Row<kTM83Params>(ProjTypeSPC_TM83);
-constexpr ProjTypeRow kOM83 = Row<kOM83Params>(ProjTypeSPC_OM83);
-constexpr ProjTypeRow kLC83 = Row<kLC83Params>(ProjTypeSPC_LC83);
-constexpr ProjTypeRow kLC = Row<kLCParams>(ProjTypeLC);
-constexpr ProjTypeRow kTM27 = Row1927<kTM27Params>(ProjTypeTM27, 11);  // Kept: 11, six described
-constexpr ProjTypeRow kLC27 = Row1927<kLC27Params>(ProjTypeLC27);
-constexpr ProjTypeRow kAK01 = Row1927<kAK01Params>(ProjTypeAK01);
-constexpr ProjTypeRow kAK29 = Row1927<kAK29Params>(ProjTypeAK29);
-constexpr ProjTypeRow kSter = Row<kSterParams>(ProjTypeSter);
-constexpr ProjTypeRow kTM = Row<kTMParams>(ProjTypeTMZones);
-constexpr ProjTypeRow kAlbers = Row<kAlbersParams>(ProjTypeAlbersEAConic);
-constexpr ProjTypeRow kMercator = Row<kMercatorParams>(ProjTypeMercator);
-constexpr ProjTypeRow kOM = Row<kObliqueParams>(ProjTypeOMercator);
-constexpr ProjTypeRow kCassini = Row<kCassiniParams>(ProjTypeCassini);
-constexpr ProjTypeRow kSwiss = Row<kSwissParams>(ProjTypeSwiss);
-constexpr ProjTypeRow kTMSpher = Row<kTMSpherParams>(ProjTypeSwiss);  // Kept: the Swiss kind
-constexpr ProjTypeRow kRSO = Row<kObliqueParams>(ProjTypeRSO);
-constexpr ProjTypeRow kColombia = Row<kOriginParams>(ProjTypeColombia);
-constexpr ProjTypeRow kCounty = Row<kCountyParams>(ProjTypeMinnesota_LA);  // Kept: for all three
-constexpr ProjTypeRow kRD = Row<kOriginParams>(ProjTypeRD);
-constexpr ProjTypeRow kRDTrans = Row<kSterParams>(ProjTypeRDTrans);
-constexpr ProjTypeRow kDoubleSter = Row<kSterParams>(ProjTypeDoubleSter);
-constexpr ProjTypeRow kNZMG = Row<kOriginParams>(ProjTypeNZMG);
-constexpr ProjTypeRow kKrovak = Row<kKrovakParams>(ProjTypeKrovak);
-constexpr ProjTypeRow kCS2000 = Row<kCS2000Params>(ProjTypeMalaysia_CS2000);
+// Kept: 11 parameters, six described.
+const ProjTypeRow& TM27Row() {
+  static const ProjTypeRow row(ProjTypeTM27, TTM27Proj().Params(), 11);
+  return row;
+}
+
+// Kept: the Swiss kind, and the first four parameters of TMonSpher.
+const ProjTypeRow& TMSpherRow() {
+  static const ProjTypeRow row(ProjTypeSwiss, TMonSpher().Params().first(4));
+  return row;
+}
+
+// Transverse Mercator in zones, which no class of this library is.
+const ProjTypeRow& TMZonesRow() {
+  static constexpr ParamDescription params[] = {{"1-st zone central meridian", Quantity::longitude},
+                                                {"Zone width", Quantity::angle},
+                                                {"Scale", Quantity::scale},
+                                                {"East0", Quantity::easting},
+                                                {"North0", Quantity::northing},
+                                                {"Number of zones", Quantity::count}};
+  static const ProjTypeRow row(ProjTypeTMZones, std::span<const ParamDescription>(params));
+  return row;
+}
+
+// Kept: one kind for all three.
+const ProjTypeRow& CountyRow() { return RowOf<TMinnesota_LAProj>(ProjTypeMinnesota_LA); }
 
 template <class Description>
 ProjectionType* Create() {
@@ -220,27 +167,22 @@ constexpr ProjTypeKey kKeys[] = {
     {L"C_S2000", Create<TC_S2000ProjType>},
 };
 
-const ParamDescription* Find(const ProjTypeRow& row, int index) {
-  if (index < 0 || static_cast<std::size_t>(index) >= row.params.size()) return nullptr;
-  return &row.params[static_cast<std::size_t>(index)];
-}
-
 }  // namespace
 
 TabulatedProjType::TabulatedProjType(const ProjTypeRow& row)
-    : ProjectionType(static_cast<unsigned int>(row.type), row.count, row.names), row_(&row) {}
+    : ProjectionType(static_cast<unsigned int>(row.type), row.count, row.Names()), row_(&row) {}
 
 char* TabulatedProjType::GetParamName(int index) const {
-  return Find(*row_, index) ? Names()[index] : nullptr;
+  return row_->Find(index) ? Names()[index] : nullptr;
 }
 
 int TabulatedProjType::GetParamType(int index) const {
-  const ParamDescription* param = Find(*row_, index);
+  const ParamDescription* param = row_->Find(index);
   return param ? CodesOf(param->quantity).type : kParamTypeNone;
 }
 
 int TabulatedProjType::SpecifyParam(int index) const {
-  const ParamDescription* param = Find(*row_, index);
+  const ParamDescription* param = row_->Find(index);
   return param ? CodesOf(param->quantity).spec : kParamSpecNone;
 }
 
@@ -252,31 +194,39 @@ std::span<const ProjTypeKey> BuiltInProjTypes() { return kKeys; }
 
 using namespace zel_cs::geomath;
 
-TTMercProjType::TTMercProjType() : TabulatedProjType(kTMerc) {}
-TSPC_TM83ProjType::TSPC_TM83ProjType() : TabulatedProjType(kTM83) {}
-TSPC_OM83ProjType::TSPC_OM83ProjType() : TabulatedProjType(kOM83) {}
-TSPC_LC83ProjType::TSPC_LC83ProjType() : TabulatedProjType(kLC83) {}
-TLCProjType::TLCProjType() : TabulatedProjType(kLC) {}
-TTM27ProjType::TTM27ProjType() : TabulatedProjType(kTM27) {}
-TLC27ProjType::TLC27ProjType() : TabulatedProjType(kLC27) {}
-TAK01ProjType::TAK01ProjType() : TabulatedProjType(kAK01) {}
-TAK29ProjType::TAK29ProjType() : TabulatedProjType(kAK29) {}
-TSterProjType::TSterProjType() : TabulatedProjType(kSter) {}
-TTMProjType::TTMProjType() : TabulatedProjType(kTM) {}
-TAlbersEAConicProjType::TAlbersEAConicProjType() : TabulatedProjType(kAlbers) {}
-TMercatorProjType::TMercatorProjType() : TabulatedProjType(kMercator) {}
-TOMProjType::TOMProjType() : TabulatedProjType(kOM) {}
-TCassiniProjType::TCassiniProjType() : TabulatedProjType(kCassini) {}
-TSwissProjType::TSwissProjType() : TabulatedProjType(kSwiss) {}
-TTMSpherProjType::TTMSpherProjType() : TabulatedProjType(kTMSpher) {}
-TRSOProjType::TRSOProjType() : TabulatedProjType(kRSO) {}
-TColombiaProjType::TColombiaProjType() : TabulatedProjType(kColombia) {}
-TLA_MWProjType::TLA_MWProjType() : TabulatedProjType(kCounty) {}
-TOM_MWProjType::TOM_MWProjType() : TabulatedProjType(kCounty) {}
-TTM_MWProjType::TTM_MWProjType() : TabulatedProjType(kCounty) {}
-TRDProjType::TRDProjType() : TabulatedProjType(kRD) {}
-TRDTransProjType::TRDTransProjType() : TabulatedProjType(kRDTrans) {}
-TDoubleSterProjType::TDoubleSterProjType() : TabulatedProjType(kDoubleSter) {}
-TNZMGProjType::TNZMGProjType() : TabulatedProjType(kNZMG) {}
-TKROVAKProjType::TKROVAKProjType() : TabulatedProjType(kKrovak) {}
-TC_S2000ProjType::TC_S2000ProjType() : TabulatedProjType(kCS2000) {}
+TTMercProjType::TTMercProjType() : TabulatedProjType(RowOf<TUTMProj>(ProjTypeTM)) {}
+TSPC_TM83ProjType::TSPC_TM83ProjType()
+    : TabulatedProjType(RowOf<TSPC_TM83Proj>(ProjTypeSPC_TM83)) {}
+TSPC_OM83ProjType::TSPC_OM83ProjType()
+    : TabulatedProjType(RowOf<TSPC_OM83Proj>(ProjTypeSPC_OM83)) {}
+TSPC_LC83ProjType::TSPC_LC83ProjType()
+    : TabulatedProjType(RowOf<TSPC_LC83Proj>(ProjTypeSPC_LC83)) {}
+TLCProjType::TLCProjType() : TabulatedProjType(RowOf<TLCProj>(ProjTypeLC)) {}
+TTM27ProjType::TTM27ProjType() : TabulatedProjType(TM27Row()) {}
+TLC27ProjType::TLC27ProjType() : TabulatedProjType(RowOf<TLC27Proj>(ProjTypeLC27)) {}
+TAK01ProjType::TAK01ProjType() : TabulatedProjType(RowOf<TAK01Proj>(ProjTypeAK01)) {}
+TAK29ProjType::TAK29ProjType() : TabulatedProjType(RowOf<TAK29Proj>(ProjTypeAK29)) {}
+TSterProjType::TSterProjType() : TabulatedProjType(RowOf<TSterProj>(ProjTypeSter)) {}
+TTMProjType::TTMProjType() : TabulatedProjType(TMZonesRow()) {}
+TAlbersEAConicProjType::TAlbersEAConicProjType()
+    : TabulatedProjType(RowOf<TAlbersEAConicProj>(ProjTypeAlbersEAConic)) {}
+TMercatorProjType::TMercatorProjType()
+    : TabulatedProjType(RowOf<TMercatorProj>(ProjTypeMercator)) {}
+TOMProjType::TOMProjType() : TabulatedProjType(RowOf<TOMercatorProj>(ProjTypeOMercator)) {}
+TCassiniProjType::TCassiniProjType() : TabulatedProjType(RowOf<TCassiniProj>(ProjTypeCassini)) {}
+TSwissProjType::TSwissProjType() : TabulatedProjType(RowOf<TSwissProj>(ProjTypeSwiss)) {}
+TTMSpherProjType::TTMSpherProjType() : TabulatedProjType(TMSpherRow()) {}
+TRSOProjType::TRSOProjType() : TabulatedProjType(RowOf<TRSOProj>(ProjTypeRSO)) {}
+TColombiaProjType::TColombiaProjType()
+    : TabulatedProjType(RowOf<TColombiaProj>(ProjTypeColombia)) {}
+TLA_MWProjType::TLA_MWProjType() : TabulatedProjType(CountyRow()) {}
+TOM_MWProjType::TOM_MWProjType() : TabulatedProjType(CountyRow()) {}
+TTM_MWProjType::TTM_MWProjType() : TabulatedProjType(CountyRow()) {}
+TRDProjType::TRDProjType() : TabulatedProjType(RowOf<TRDProj>(ProjTypeRD)) {}
+TRDTransProjType::TRDTransProjType() : TabulatedProjType(RowOf<TRDTransProj>(ProjTypeRDTrans)) {}
+TDoubleSterProjType::TDoubleSterProjType()
+    : TabulatedProjType(RowOf<TDoubleSter>(ProjTypeDoubleSter)) {}
+TNZMGProjType::TNZMGProjType() : TabulatedProjType(RowOf<TNZMGProj>(ProjTypeNZMG)) {}
+TKROVAKProjType::TKROVAKProjType() : TabulatedProjType(RowOf<TKrovakProj>(ProjTypeKrovak)) {}
+TC_S2000ProjType::TC_S2000ProjType()
+    : TabulatedProjType(RowOf<TMalaysia_CS2000Proj>(ProjTypeMalaysia_CS2000)) {}

@@ -40,7 +40,6 @@ namespace zel_cs::geomath {
 namespace {
 
 constexpr double kDeg = kRadPerDeg;
-constexpr double kWgs84Axis = 6378137.0;  // metres; both design axes of the county rows
 
 template <class Proj, class... Args>
 TGeoProj* Make(Args... args) {
@@ -53,45 +52,36 @@ TGeoProj* MakeDefault(double, double) {
   return new Proj;
 }
 
-/// Kept: the default values put 1 into the slot of the southern parallel and 0 into the scale.
+/// The default object of a class on the ellipsoid.
 template <class Proj>
-TGeoProj* MakeCounty(double a, double f) {
-  return new Proj(a, f, 0, 0, 0, 1.0, 0, 0, 0, kWgs84Axis, kWgs84Axis, 0, 0, 0);
+TGeoProj* MakeOn(double a, double invF) {
+  Proj* proj = new Proj;
+  if (proj) proj->SetEllipsoid(a, invF);
+  return proj;
 }
 
 constexpr ProjFactoryRow kRows[] = {
-    {L"TMERC", ProjTypeTM,
-     [](double a, double f) { return Make<TUTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
-    {L"STER", ProjTypeSter,
-     [](double a, double f) { return Make<TSterProj>(a, f, 0, 0, 1.0, 0, 0); }},
-    {L"LC", ProjTypeLC,
-     [](double a, double f) { return Make<TLCProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0, 1.0); }},
+    {L"TMERC", ProjTypeTM, MakeOn<TUTMProj>},
+    {L"STER", ProjTypeSter, MakeOn<TSterProj>},
+    {L"LC", ProjTypeLC, MakeOn<TLCProj>},
     {L"AK01", ProjTypeAK01, MakeDefault<TAK01Proj>},
     {L"AK29", ProjTypeAK29, MakeDefault<TAK29Proj>},
     {L"TM27", ProjTypeTM27, MakeDefault<TTM27Proj>},
     {L"LC27", ProjTypeLC27, MakeDefault<TLC27Proj>},
-    {L"TM83", ProjTypeSPC_TM83,
-     [](double a, double f) { return Make<TSPC_TM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
-    {L"OM83", ProjTypeSPC_OM83,
-     [](double a, double f) { return Make<TSPC_OM83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
+    {L"TM83", ProjTypeSPC_TM83, MakeOn<TSPC_TM83Proj>},
+    {L"OM83", ProjTypeSPC_OM83, MakeOn<TSPC_OM83Proj>},
     // Kept: the northern parallel starts as 1 radian.
     {L"LC83", ProjTypeSPC_LC83,
      [](double a, double f) { return Make<TSPC_LC83Proj>(a, f, 0, 1.0, 0, 0, 0, 0, 0); }},
-    {L"LA_MW", ProjTypeMinnesota_LA, MakeCounty<TMinnesota_LAProj>},
-    {L"OM_MW", ProjTypeMinnesota_OM, MakeCounty<TMinnesota_OMProj>},
-    {L"TM_MW", ProjTypeMinnesota_TM, MakeCounty<TMinnesota_TMProj>},
-    {L"COLOMBIA", ProjTypeColombia,
-     [](double a, double f) { return Make<TColombiaProj>(a, f, 0, 0, 0, 0); }},
-    {L"RSO", ProjTypeRSO,
-     [](double a, double f) {
-       return Make<TRSOProj>(a, f, -36.9742095 * kDeg, 0.99984, 102.25 * kDeg, 4 * kDeg,
-                             804671.2996, 0);
-     }},
-    {L"SWISS", ProjTypeSwiss,
-     [](double a, double f) { return Make<TSwissProj>(a, f, 0, 0, 0, 0); }},
-    {L"RDPROJ", ProjTypeRD, [](double a, double f) { return Make<TRDProj>(a, f, 0, 0, 0, 0); }},
-    {L"DSTER", ProjTypeDoubleSter,
-     [](double a, double f) { return Make<TDoubleSter>(a, f, 0, 0, 1.0, 0, 0); }},
+    // Kept: the default values put 1 into the slot of the southern parallel and 0 into the scale.
+    {L"LA_MW", ProjTypeMinnesota_LA, MakeOn<TMinnesota_LAProj>},
+    {L"OM_MW", ProjTypeMinnesota_OM, MakeOn<TMinnesota_OMProj>},
+    {L"TM_MW", ProjTypeMinnesota_TM, MakeOn<TMinnesota_TMProj>},
+    {L"COLOMBIA", ProjTypeColombia, MakeOn<TColombiaProj>},
+    {L"RSO", ProjTypeRSO, MakeOn<TRSOProj>},
+    {L"SWISS", ProjTypeSwiss, MakeOn<TSwissProj>},
+    {L"RDPROJ", ProjTypeRD, MakeOn<TRDProj>},
+    {L"DSTER", ProjTypeDoubleSter, MakeOn<TDoubleSter>},
     {L"KMSTRANS", ProjTypeKMSTrans,
      [](double a, double f) {
        return Make<TKMSTransProj>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0, 115);
@@ -99,30 +89,17 @@ constexpr ProjFactoryRow kRows[] = {
     {L"NZMG", ProjTypeNZMG, [](double a, double f) { return Make<TNZMGProj>(a, f, 0, 0, 0, 0); }},
     {L"TMERC_KMS", ProjTypeKMSTM,
      [](double a, double f) { return Make<TKMSProjTM>(a, f, 9 * kDeg, 0.9996, 0, 500000.0, 0); }},
-    {L"TMERCSPHER", ProjTypeDenmarkTM,
-     [](double a, double f) { return Make<TDenmarkTMProj>(a, f, 0, 1.0, 0, 0, 0); }},
-    {L"C_S", ProjTypeMalaysia_CS,
-     [](double a, double f) {
-       return Make<TMalaysia_CSProj>(a, f, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871,
-                                     5.29886, -5.27113, -1.83579, -0.47547, -0.74017, -0.64384,
-                                     0.17978, 0.58805, -0.66614);
-     }},
-    {L"AlbersConic", ProjTypeAlbersEAConic,
-     [](double a, double f) { return Make<TAlbersEAConicProj>(a, f, 0, 30 * kDeg, 0, 0, 0, 0); }},
-    {L"OM", ProjTypeOMercator,
-     [](double a, double f) { return Make<TOMercatorProj>(a, f, 0, 1.0, 0, 0, 0, 0); }},
-    {L"CASSINI", ProjTypeCassini,
-     [](double a, double f) { return Make<TCassiniProj>(a, f, 0, 0, 0, 0, 0); }},
+    {L"TMERCSPHER", ProjTypeDenmarkTM, MakeOn<TDenmarkTMProj>},
+    {L"C_S", ProjTypeMalaysia_CS, MakeOn<TMalaysia_CSProj>},
+    {L"AlbersConic", ProjTypeAlbersEAConic, MakeOn<TAlbersEAConicProj>},
+    {L"OM", ProjTypeOMercator, MakeOn<TOMercatorProj>},
+    {L"CASSINI", ProjTypeCassini, MakeOn<TCassiniProj>},
     {L"KROVAK", ProjTypeKrovak,
      [](double a, double f) { return Make<TKrovakProj>(a, f, 0, 0, 0, 0, 0, 0.9999, 0, 0); }},
-    {L"MERCATOR", ProjTypeMercator,
-     [](double a, double f) { return Make<TMercatorProj>(a, f, 0, 0, 0, 0); }},
-    {L"TMERC_NZ", kByNameOnly,
-     [](double a, double f) { return Make<TTTMNZ>(a, f, 0, 1.0, 0, 0, 0, 0.999998261); }},
-    {L"TMSPHER", ProjTypeMonSpher,
-     [](double a, double f) { return Make<TMonSpher>(a, f, 0, 0, 0, 1.0, 1.0, 0, 0, 0); }},
-    {L"C_S2000", kByNameOnly,
-     [](double a, double f) { return Make<TMalaysia_CS2000Proj>(a, f, 0, 0, 0, 0); }},
+    {L"MERCATOR", ProjTypeMercator, MakeOn<TMercatorProj>},
+    {L"TMERC_NZ", kByNameOnly, MakeOn<TTTMNZ>},
+    {L"TMSPHER", ProjTypeMonSpher, MakeOn<TMonSpher>},
+    {L"C_S2000", kByNameOnly, MakeOn<TMalaysia_CS2000Proj>},
 };
 
 template <class Matches>

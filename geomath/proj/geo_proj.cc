@@ -7,7 +7,8 @@
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
 #include "geomath/base/height_scale.h"
-#include "geomath/proj/host_replaces.h"
+#include "geomath/proj/internal/formula_view.h"
+#include "geomath/proj/internal/host_replaces.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -21,6 +22,15 @@ constexpr double kMaxLatitude = kPi;  // deliberately loose
 constexpr double kMaxLongitude = 2 * kTwoPi;
 
 constexpr unsigned int kToUser = 0, kToInternal = 1;
+
+bool IsAngle(Quantity quantity) {
+  using enum Quantity;
+  return quantity == latitude || quantity == longitude || quantity == azimuth || quantity == angle;
+}
+
+bool InDegrees(const ParamRow& row, unsigned int unit) {
+  return unit == kUnitDegrees && row.unit == ParamUnit::internal && IsAngle(row.quantity);
+}
 
 }  // namespace
 
@@ -46,6 +56,9 @@ TGeoProj::TGeoProj(unsigned int type, int paramCount, double a, double invF, boo
     type_ = ProjTypeNone;
   }
 }
+
+TGeoProj::TGeoProj(ProjType type, std::span<const ParamRow> params, double a, double invF)
+    : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(params.size()), a, invF, true) {}
 
 TGeoProj::TGeoProj(const TGeoProj&) = default;
 
@@ -82,8 +95,36 @@ bool TGeoProj::Inverse(double& n, double& e) {
 double TGeoProj::GetScale() const { return scale_; }
 double TGeoProj::GetConvergence() const { return convergence_; }
 
-void TGeoProj::SetParam(double, int, unsigned int) {}
-double TGeoProj::GetParam(int, unsigned int) const { return 0.0; }
+std::span<const ParamRow> TGeoProj::Params() const { return {}; }
+
+const ParamRow* TGeoProj::FindParam(int index) const {
+  const std::span<const ParamRow> rows = Params();
+  const auto at = static_cast<std::size_t>(index);  // a negative one lies beyond all rows
+  return at < rows.size() ? &rows[at] : nullptr;
+}
+
+double TGeoProj::GetParam(int index, unsigned int unit) const {
+  const ParamRow* row = FindParam(index);
+  if (!row) return 0.0;
+  const double value = this->*row->field;
+  return InDegrees(*row, unit) ? value * kDegPerRad : value;
+}
+
+void TGeoProj::SetParam(double value, int index, unsigned int unit) {
+  const ParamRow* row = FindParam(index);
+  if (!row) return;
+  this->*row->field = InDegrees(*row, unit) ? value * kRadPerDeg : value;
+  if (row->refresh)
+    row->refresh(*this);
+  else
+    Prepare();
+}
+
+void TGeoProj::Set(double& field, double value) {
+  field = value;
+  Prepare();
+}
+
 bool TGeoProj::GetCentralPoint(double&, double&, double&, double&) const { return false; }
 
 void TGeoProj::SetEllipsoid(double a, double invF) {
@@ -114,6 +155,20 @@ bool HasConstForm(const TGeoProj& proj, Call withAxes, Call withoutAxes, Point p
 // A host's own map, of which a class of the library that it derives from knows nothing.
 bool HostProjects(const TGeoProj& proj) {
   return HostReplaces(proj, &TGeoProj::_Forward) || HostReplaces(proj, &TGeoProj::ForwardPoint);
+}
+
+// Fills a block with the derivatives of each position, NaN where `differentiate` leaves them.
+template <class Differentiate>
+void DifferentiateSingly(double* const (&columns)[4], std::size_t count,
+                         Differentiate differentiate) {
+  for (std::size_t i = 0; i < count; ++i) {
+    GridDerivatives d{kNaN, kNaN, kNaN, kNaN};
+    differentiate(columns[0][i], columns[1][i], d);
+    columns[0][i] = d.northB;
+    columns[1][i] = d.eastB;
+    columns[2][i] = d.northL;
+    columns[3][i] = d.eastL;
+  }
 }
 
 bool HostRotates(const TGeoProj& proj) {
@@ -200,7 +255,7 @@ bool TGeoProj::InversePoint(double& n, double& e, PointFactors* factors) const {
 }
 
 bool TGeoProj::ForwardDerivatives(double b, double l, GridDerivatives& derivatives) const {
-  return HostProjects(*this) ? TGeoProj::Differentiate(b, l, derivatives)
+  return HostProjects(*this) ? DifferentiateConformal(b, l, derivatives)
                              : Differentiate(b, l, derivatives);
 }
 
@@ -212,12 +267,9 @@ std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* nort
     double* const columns[] = {b + start, l + start, northL + start, eastL + start};
     const std::size_t n = std::min(kBatchBlock, count - start);
     if (hosts)
-      for (std::size_t i = 0; i < n; ++i) {
-        GridDerivatives d{kNaN, kNaN, kNaN, kNaN};
-        TGeoProj::Differentiate(columns[0][i], columns[1][i], d);
-        columns[0][i] = d.northB, columns[1][i] = d.eastB;
-        columns[2][i] = d.northL, columns[3][i] = d.eastL;
-      }
+      DifferentiateSingly(columns, n, [this](double phi, double lambda, GridDerivatives& d) {
+        DifferentiateConformal(phi, lambda, d);
+      });
     else
       DifferentiateBlock(columns, n);
     for (std::size_t i = 0; i < n; ++i) {
@@ -231,15 +283,19 @@ std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* nort
 }
 
 void TGeoProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  for (std::size_t i = 0; i < count; ++i) {
-    GridDerivatives d{kNaN, kNaN, kNaN, kNaN};
-    Differentiate(columns[0][i], columns[1][i], d);
-    columns[0][i] = d.northB, columns[1][i] = d.eastB;
-    columns[2][i] = d.northL, columns[3][i] = d.eastL;
-  }
+  if (const FormulaView formulas = Formulas()) return formulas.DifferentiateBlock(columns, count);
+  DifferentiateSingly(columns, count, [this](double b, double l, GridDerivatives& derivatives) {
+    Differentiate(b, l, derivatives);
+  });
 }
 
 bool TGeoProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
+  const FormulaView formulas = Formulas();
+  return formulas ? formulas.Differentiate(b, l, derivatives)
+                  : DifferentiateConformal(b, l, derivatives);
+}
+
+bool TGeoProj::DifferentiateConformal(double b, double l, GridDerivatives& derivatives) const {
   const double s = std::sin(b), c = std::cos(b), w2 = 1 - ell_.e2 * (s * s);
   const double N = ell_.a / std::sqrt(w2), M = N * (1 - ell_.e2) / w2;
   PointFactors factors{kNaN, kNaN};  // what a class does not compute stays
@@ -290,12 +346,16 @@ std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t co
   return ConvertBlocks(convert, count, stride, first, second);
 }
 
+FormulaView TGeoProj::Formulas() const { return {}; }
+
 void TGeoProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  if (const FormulaView formulas = Formulas()) return formulas.Forward(*this, b, l, count);
   for (std::size_t i = 0; i < count; ++i)
     if (!ForwardPoint(b[i], l[i])) b[i] = kNaN;
 }
 
 void TGeoProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  if (const FormulaView formulas = Formulas()) return formulas.Inverse(*this, n, e, count);
   for (std::size_t i = 0; i < count; ++i)
     if (!InversePoint(n[i], e[i])) n[i] = kNaN;
 }

@@ -1,29 +1,26 @@
 #pragma once
 
 #include <cstddef>
+#include <span>
 
+#include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/export.h"
 #include "geomath/platform/zel_memory.h"
+#include "geomath/proj/point_factors.h"
 #include "geomath/proj/projection_codes.h"
 
 namespace zel_cs::geomath {
 
-/// What a projection says about one point beside its coordinates. A class that does not compute
-/// one of the two leaves it as it was.
-struct PointFactors {
-  double scale = 1.0;        ///< point scale factor
-  double convergence = 0.0;  ///< meridian convergence, radians; a class's comment gives its sign
-};
+/// Unit code of GetParam and SetParam that exchanges angles in decimal degrees; every other code
+/// means radians. Lengths are metres and factors plain numbers whatever the code.
+inline constexpr unsigned int kUnitDegrees = 3;
+/// The code that callers use for radians and metres.
+inline constexpr unsigned int kUnitInternal = 2;
 
-/// The derivatives of northing and easting by latitude and longitude at a point, metres a radian.
-struct GridDerivatives {
-  double northB;  ///< of the northing by the latitude
-  double eastB;   ///< of the easting by the latitude
-  double northL;  ///< of the northing by the longitude
-  double eastL;   ///< of the easting by the longitude
-};
+class FormulaView;
+struct ParamRow;
 
 /// The base of every map projection: the ellipsoid, the axis descriptors of grid and geographic
 /// coordinates (the grid one is the AxisRotation base), kind and parameter count, and the scale and
@@ -63,6 +60,8 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// and factors plain numbers. An index outside reads 0.0 and writes nothing.
   virtual void SetParam(double value, int index, unsigned int unit);
   virtual double GetParam(int index, unsigned int unit) const;
+  /// The rows that the two go by (geomath/proj/param_table.h); none in the base.
+  virtual std::span<const ParamRow> Params() const;
 
   /// Centre of the domain and its half extents, radians. False, arguments untouched, where the
   /// class has none.
@@ -163,6 +162,12 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   double SecToRad(double arcSeconds) const;
 
  protected:
+  /// Scale 1, convergence 0; a class with these rows, of which the count is kept.
+  TGeoProj(ProjType type, std::span<const ParamRow> params, double a, double invF);
+
+  /// What the setter of a parameter does: everything is derived again.
+  void Set(double& field, double value);
+
   /// Derives again what a class keeps of its parameters and the ellipsoid. SetEllipsoid calls it;
   /// constructors and setters of a class with derived constants do too.
   virtual void Prepare();
@@ -172,14 +177,18 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   virtual bool ProjectPoint(double& b, double& l, PointFactors* factors) const;
   virtual bool UnprojectPoint(double& n, double& e, PointFactors* factors) const;
 
+  /// The prepared constants of a class whose formulas have a column kernel; empty in the base. It
+  /// stays valid until the object changes.
+  virtual FormulaView Formulas() const;
+
   /// ForwardPoint and InversePoint for a block of columns in place; a point that fails gets a
-  /// coordinate that is not finite. The base calls the single-point form for each; a class with a
-  /// column kernel overrides them.
+  /// coordinate that is not finite. These run the kernel of Formulas(), or the single-point form
+  /// for each point.
   virtual void ForwardBlock(double* b, double* l, std::size_t count) const;
   virtual void InverseBlock(double* n, double* e, std::size_t count) const;
 
-  /// What ForwardDerivatives runs: the derivatives of ProjectPoint. The base takes the conformal map
-  /// with the class's own scale and convergence.
+  /// What ForwardDerivatives runs: the derivatives of ProjectPoint, those of Formulas() or of the
+  /// conformal map with the class's own scale and convergence.
   virtual bool Differentiate(double b, double l, GridDerivatives& derivatives) const;
   /// Differentiate for a block of positions, the first two of the columns, in place; a point that
   /// fails gets a first derivative that is not finite. The base calls Differentiate for each.
@@ -192,6 +201,9 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   ProjType type_;       ///< its kind
 
  private:
+  const ParamRow* FindParam(int index) const;
+  bool DifferentiateConformal(double b, double l, GridDerivatives& derivatives) const;
+
   bool flag_;
   bool ellipsoidFixed_ = false;
   AxisRotation geographicAxes_;

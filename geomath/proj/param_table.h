@@ -1,52 +1,69 @@
 #pragma once
 
-#include <cstddef>
-#include <span>
-
-#include "geomath/base/angle.h"
+#include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
 
-/// Unit code of GetParam and SetParam that exchanges angles in decimal degrees; every other code
-/// means radians. Lengths are metres and factors plain numbers whatever the code.
-inline constexpr unsigned int kUnitDegrees = 3;
-/// The code that callers use for radians and metres.
-inline constexpr unsigned int kUnitInternal = 2;
-
-/// How a parameter is exchanged: only an angle honours the degree code.
-enum class ParamKind { angle, length, scale, number };
-
-/// One projection parameter, in index order: where it lives, how it is exchanged, and what must be
-/// derived again after it was set.
-template <class Proj>
-struct ParamRow {
-  double Proj::*field;                ///< radians, metres or a plain number
-  ParamKind kind;                     ///< how it is exchanged
-  void (Proj::*refresh)() = nullptr;  ///< called after a change, when given
+/// What a parameter is. An angle is a latitude, a longitude, an azimuth or a width.
+enum class Quantity {
+  latitude,
+  longitude,
+  azimuth,
+  angle,
+  easting,
+  northing,
+  length,
+  scale,
+  zone,
+  count,
+  coefficient
 };
 
-/// GetParam from a table: 0.0 outside it.
-template <class Proj>
-double ReadParam(const Proj& proj, std::span<const ParamRow<Proj>> rows, int index,
-                 unsigned int unit) {
-  if (index < 0 || static_cast<std::size_t>(index) >= rows.size()) return 0.0;
-  const ParamRow<Proj>& row = rows[static_cast<std::size_t>(index)];
-  const double value = proj.*row.field;
-  return row.kind == ParamKind::angle && unit == kUnitDegrees ? value * kDegPerRad : value;
+/// What a parameter is exchanged in.
+enum class ParamUnit {
+  internal,     ///< metres and plain numbers, angles in what the unit code says
+  radians,      ///< whatever the unit code
+  arcSeconds,   ///< of a printed table, whatever the unit code
+  surveyFeet,   ///< of a printed table
+  surveyChains  ///< of a printed table
+};
+
+/// What a parameter is called and is.
+struct ParamDescription {
+  const char* name;                      ///< ASCII, as in ProjectionType::GetParamName
+  Quantity quantity;                     ///< what it is
+  ParamUnit unit = ParamUnit::internal;  ///< what it is exchanged in
+};
+
+/// One projection parameter: its description, where it lives, and what must be derived again after
+/// it was set. Everything that names or exchanges parameters reads this row.
+struct ParamRow : ParamDescription {
+  /// A parameter after whose change everything is derived again, by TGeoProj::Prepare.
+  template <class Proj>
+  constexpr ParamRow(const char* rowName, Quantity rowQuantity, double Proj::*rowField,
+                     ParamUnit rowUnit = ParamUnit::internal)
+      : ParamDescription{rowName, rowQuantity, rowUnit},
+        field(static_cast<double TGeoProj::*>(rowField)) {}
+
+  /// One after whose change something else is done: AfterChange of a member function.
+  template <class Proj>
+  constexpr ParamRow(const char* rowName, Quantity rowQuantity, double Proj::*rowField,
+                     void (*rowRefresh)(TGeoProj&))
+      : ParamRow(rowName, rowQuantity, rowField) {
+    refresh = rowRefresh;
+  }
+
+  double TGeoProj::*field;               ///< of the row's class; radians, metres or as exchanged
+  void (*refresh)(TGeoProj&) = nullptr;  ///< called after a change in place of Prepare
+};
+
+/// What a row does by a member function of its class.
+template <class Proj, void (Proj::*kMember)()>
+void AfterChange(TGeoProj& proj) {
+  (static_cast<Proj&>(proj).*kMember)();
 }
 
-/// SetParam from a table: nothing outside it.
-template <class Proj>
-void WriteParam(Proj& proj, std::span<const ParamRow<Proj>> rows, double value, int index,
-                unsigned int unit) {
-  if (index < 0 || static_cast<std::size_t>(index) >= rows.size()) return;
-  const ParamRow<Proj>& row = rows[static_cast<std::size_t>(index)];
-  const bool degrees = row.kind == ParamKind::angle && unit == kUnitDegrees;
-  proj.*row.field = degrees ? value * kRadPerDeg : value;
-  if (row.refresh) (proj.*row.refresh)();
-}
-
-/// An integer parameter (zone number, system code), which the table keeps as a double: its whole
+/// An integer parameter (zone number, system code), which its class keeps as a double: its whole
 /// part, and 0 where that does not fit an int.
 inline int ParamAsInt(double value) {
   constexpr double kAbove = 2147483648.0;  // 2³¹

@@ -4,7 +4,7 @@
 #include <new>
 
 #include "geomath/proj/built_in_projection_types.h"
-#include "geomath/proj/loader_registry.h"
+#include "geomath/proj/internal/loader_registry.h"
 
 namespace zel_cs::geomath {
 namespace {

@@ -6,7 +6,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
-#include "geomath/proj/loader_registry.h"
+#include "geomath/proj/internal/loader_registry.h"
 
 namespace zel_cs::geomath {
 namespace {

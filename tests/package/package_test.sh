@@ -15,6 +15,18 @@ cmake -S "$source" -B "$work/library" -G Ninja -DCMAKE_BUILD_TYPE=Release \
 cmake --build "$work/library"
 cmake --install "$work/library"
 
+# The installed headers: those that geomath.h includes and itself. Each compiles alone, which it would
+# not if it included one that is not installed.
+if [ "$kind" = shared ]; then
+  cd "$work/prefix/include"
+  diff <({ echo geomath/geomath.h; sed -n 's/^#include "\(geomath\/.*\)"/\1/p' geomath/geomath.h; } | sort) \
+    <(find geomath -type f | sort)
+  find geomath -name '*.h' -print0 |
+    xargs -0 -P 2 -I {} sh -c 'echo "#include \"$1\"" | "$2" -std=c++20 -I. -fsyntax-only -x c++ -' \
+      compile {} "$compiler"
+  cd - > /dev/null
+fi
+
 cmake -S "$outside" -B "$work/by-cmake" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_PREFIX_PATH="$work/prefix"
 cmake --build "$work/by-cmake"

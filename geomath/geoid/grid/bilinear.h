@@ -1,6 +1,7 @@
 #pragma once
 
 #include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/geoid/grid/grid_stencil.h"
 #include "geomath/geoid/grid/interpolants.h"
 

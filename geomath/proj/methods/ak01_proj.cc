@@ -6,6 +6,8 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/hyperbolic.h"
 #include "geomath/proj/methods/math/latitude.h"
+#include "geomath/proj/methods/math/state_plane_1927.h"
+#include "geomath/proj/param_table.h"
 
 // Symbols are the source's; its ψ is the isometric latitude, its longitudes count west.
 namespace zel_cs::geomath {
@@ -26,18 +28,24 @@ double GeodeticLatitude(double psi) {
 
 }  // namespace
 
-std::span<const ParamRow<TAK01Proj>> TAK01Proj::Params() {
-  using P = TAK01Proj;
-  static constexpr ParamRow<P> rows[] = {
-      {&P::A_, ParamKind::number},    {&P::B_, ParamKind::number},
-      {&P::C_, ParamKind::number},    {&P::D_, ParamKind::number},
-      {&P::F_, ParamKind::number},    {&P::G_, ParamKind::number},
-      {&P::H_, ParamKind::number},    {&P::I_, ParamKind::number},
-      {&P::e_, ParamKind::number},    {&P::epsilon_, ParamKind::number},
-      {&P::lon0_, ParamKind::number}, {&P::zone_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TAK01Proj::kParams[] = {
+    {"A", Quantity::coefficient, &TAK01Proj::A_},
+    {"B", Quantity::coefficient, &TAK01Proj::B_},
+    {"C", Quantity::coefficient, &TAK01Proj::C_},
+    {"D", Quantity::coefficient, &TAK01Proj::D_},
+    {"F", Quantity::coefficient, &TAK01Proj::F_},
+    {"G", Quantity::coefficient, &TAK01Proj::G_},
+    {"H", Quantity::coefficient, &TAK01Proj::H_},
+    {"I", Quantity::coefficient, &TAK01Proj::I_},
+    {"e", Quantity::coefficient, &TAK01Proj::e_},
+    {"epsilon", Quantity::coefficient, &TAK01Proj::epsilon_},
+    {"Lon0", Quantity::longitude, &TAK01Proj::lon0_, ParamUnit::arcSeconds},
+    {"Zone number", Quantity::zone, &TAK01Proj::zone_},
+};
+
+int TAK01Proj::Zone() const { return ParamAsInt(zone_); }
+
+std::span<const ParamRow> TAK01Proj::Params() const { return kParams; }
 
 TAK01Proj::TAK01Proj()
     : TAK01Proj(6388906.015, 1.00029977273, 0.00447599131, 6386352.67013, 0.327015517176,
@@ -46,8 +54,7 @@ TAK01Proj::TAK01Proj()
 
 TAK01Proj::TAK01Proj(double A, double B, double C, double D, double F, double G, double H, double I,
                      double e, double epsilon, double lon0, int zone)
-    : TGeoProj(ProjTypeAK01, static_cast<int>(Params().size()), kClarke1866A, kClarke1866InvF,
-               true),
+    : TGeoProj(ProjTypeAK01, kParams, kClarke1866A, kClarke1866InvF),
       A_(A),
       B_(B),
       C_(C),
@@ -63,14 +70,6 @@ TAK01Proj::TAK01Proj(double A, double B, double C, double D, double F, double G,
 
 double TAK01Proj::FEast() const { return kFalseEasting; }
 double TAK01Proj::FNorth() const { return kFalseNorthing; }
-
-double TAK01Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TAK01Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
 
 bool TAK01Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ObliqueCentralPoint(kCentreLat, kCentreLon, b0, l0, db, dl);

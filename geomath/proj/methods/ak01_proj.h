@@ -1,10 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/math/state_plane_1927.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -33,16 +29,15 @@ class GEOMATH_API TAK01Proj : public TGeoProj {
 
   /// Longitude where the axis meets the equator of the aposphere, arc-seconds, west positive.
   double Lon0() const { return lon0_; }
-  void Lon0(double value) { lon0_ = value; }
+  void Lon0(double value) { Set(lon0_, value); }
   /// Only stored.
-  int Zone() const { return ParamAsInt(zone_); }
-  void Zone(int value) { zone_ = value; }
+  int Zone() const;
+  void Zone(int value) { Set(zone_, value); }
 
   double FEast() const override;
   double FNorth() const override;
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   /// The centre of the zone's definition, 57° N 133°40′ W.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
@@ -57,7 +52,7 @@ class GEOMATH_API TAK01Proj : public TGeoProj {
   };
   Aposphere At(double sinPhi, double cosPhi, double lambda) const;
   PointFactors FactorsAt(const Aposphere& at, double sinPhi, double cosPhi, double cosU) const;
-  static std::span<const ParamRow<TAK01Proj>> Params();
+  static const ParamRow kParams[];
 
   double A_, B_, C_, D_, F_, G_, H_, I_, e_, epsilon_, lon0_, zone_;
 };

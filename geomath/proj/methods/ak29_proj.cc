@@ -5,6 +5,7 @@
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
+#include "geomath/proj/param_table.h"
 
 // Constants are the source's, of Clarke 1866; its cosine powers stand for sines too, which only
 // holds in the north: here sines are sines. Symbols:
@@ -30,33 +31,22 @@ PointFactors FactorsAt(double s, double c, double T, double east) {
 
 }  // namespace
 
-std::span<const ParamRow<TAK29Proj>> TAK29Proj::Params() {
-  static constexpr ParamRow<TAK29Proj> rows[] = {
-      {&TAK29Proj::C_, ParamKind::number},
-      {&TAK29Proj::cm_, ParamKind::number},
-      {&TAK29Proj::zone_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TAK29Proj::kParams[] = {
+    {"C", Quantity::coefficient, &TAK29Proj::C_, ParamUnit::surveyFeet},
+    {"CM", Quantity::longitude, &TAK29Proj::cm_, ParamUnit::arcSeconds},
+    {"Zone number", Quantity::zone, &TAK29Proj::zone_},
+};
+
+int TAK29Proj::Zone() const { return ParamAsInt(zone_); }
+
+std::span<const ParamRow> TAK29Proj::Params() const { return kParams; }
 
 TAK29Proj::TAK29Proj() : TAK29Proj(500000, 511200, 5002) {}
 
 TAK29Proj::TAK29Proj(double C, double cm, int zone)
-    : TGeoProj(ProjTypeAK29, static_cast<int>(Params().size()), kClarke1866A, kClarke1866InvF,
-               true),
-      C_(C),
-      cm_(cm),
-      zone_(zone) {}
+    : TGeoProj(ProjTypeAK29, kParams, kClarke1866A, kClarke1866InvF), C_(C), cm_(cm), zone_(zone) {}
 
 double TAK29Proj::FEast() const { return C_ * kUsSurveyFoot; }
-
-double TAK29Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TAK29Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
 
 bool TAK29Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return TransverseCentralPoint(-cm_ / kArcSecondsPerRad, b0, l0, db, dl);

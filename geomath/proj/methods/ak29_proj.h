@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -29,15 +26,14 @@ class GEOMATH_API TAK29Proj : public TGeoProj {
 
   /// Central meridian, arc-seconds, west positive.
   double CM() const { return cm_; }
-  void CM(double value) { cm_ = value; }
+  void CM(double value) { Set(cm_, value); }
   /// Only stored.
-  int Zone() const { return ParamAsInt(zone_); }
-  void Zone(int value) { zone_ = value; }
+  int Zone() const;
+  void Zone(int value) { Set(zone_, value); }
 
   double FEast() const override;
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
@@ -45,7 +41,7 @@ class GEOMATH_API TAK29Proj : public TGeoProj {
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
 
  private:
-  static std::span<const ParamRow<TAK29Proj>> Params();
+  static const ParamRow kParams[];
 
   double C_, cm_, zone_;
 };

@@ -3,9 +3,11 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/albers_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/latitude.h"
+#include "geomath/proj/param_table.h"
 
 // Equation numbers are Snyder 1987.
 namespace zel_cs::geomath {
@@ -15,22 +17,23 @@ constexpr double kEqualParallels = 1e-10;  // radians
 
 }  // namespace
 
-std::span<const ParamRow<TAlbersEAConicProj>> TAlbersEAConicProj::Params() {
-  using T = TAlbersEAConicProj;
-  static constexpr ParamRow<T> rows[] = {
-      {&T::phiS_, ParamKind::angle, &T::Prepare},    {&T::phiN_, ParamKind::angle, &T::Prepare},
-      {&T::lambda0_, ParamKind::angle, &T::Prepare}, {&T::phi0_, ParamKind::angle, &T::Prepare},
-      {&T::fEast_, ParamKind::length, &T::Prepare},  {&T::fNorth_, ParamKind::length, &T::Prepare},
-  };
-  return rows;
-}
+constexpr ParamRow TAlbersEAConicProj::kParams[] = {
+    {"SouthLat", Quantity::latitude, &TAlbersEAConicProj::phiS_},
+    {"NorthLat", Quantity::latitude, &TAlbersEAConicProj::phiN_},
+    {"Lon0", Quantity::longitude, &TAlbersEAConicProj::lambda0_},
+    {"Lat0", Quantity::latitude, &TAlbersEAConicProj::phi0_},
+    {"East0", Quantity::easting, &TAlbersEAConicProj::fEast_},
+    {"North0", Quantity::northing, &TAlbersEAConicProj::fNorth_},
+};
+
+std::span<const ParamRow> TAlbersEAConicProj::Params() const { return kParams; }
 
 TAlbersEAConicProj::TAlbersEAConicProj()
     : TAlbersEAConicProj(kWgs84A, kWgs84InvF, 0, kPi / 6, 0, 0, 0, 0) {}
 
 TAlbersEAConicProj::TAlbersEAConicProj(double a, double invF, double southLat, double northLat,
                                        double lon0, double lat0, double fEast, double fNorth)
-    : TGeoProj(ProjTypeLC, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeLC, kParams, a, invF),
       phiS_(southLat),
       phiN_(northLat),
       lambda0_(lon0),
@@ -40,51 +43,13 @@ TAlbersEAConicProj::TAlbersEAConicProj(double a, double invF, double southLat, d
   TAlbersEAConicProj::Prepare();
 }
 
-void TAlbersEAConicProj::SouthLat(double value) {
-  phiS_ = value;
-  Prepare();
-}
-
-void TAlbersEAConicProj::NorthLat(double value) {
-  phiN_ = value;
-  Prepare();
-}
-
-void TAlbersEAConicProj::Lat0(double value) {
-  phi0_ = value;
-  Prepare();
-}
-
-void TAlbersEAConicProj::Lon0(double value) {
-  lambda0_ = value;
-  Prepare();
-}
-
-void TAlbersEAConicProj::FEast(double value) {
-  fEast_ = value;
-  Prepare();
-}
-
-void TAlbersEAConicProj::FNorth(double value) {
-  fNorth_ = value;
-  Prepare();
-}
-
-double TAlbersEAConicProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TAlbersEAConicProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 bool TAlbersEAConicProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ConicCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
 }
 
 void TAlbersEAConicProj::Prepare() {
   const double e2 = ell_.e2, e4 = e2 * e2, e6 = e4 * e2;
-  AlbersFormulas& f = formulas_;
+  AlbersFormulas& f = *formulas_;
   f = {.a = ell_.a,
        .e = ell_.e,
        .e2 = e2,
@@ -111,7 +76,7 @@ void TAlbersEAConicProj::Prepare() {
 
 bool TAlbersEAConicProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double north = b, east = l;
-  if (!ForwardOne(formulas_, north, east)) return false;
+  if (!ForwardOne(*formulas_, north, east)) return false;
   b = north;
   l = east;
   return true;
@@ -119,26 +84,12 @@ bool TAlbersEAConicProj::ProjectPoint(double& b, double& l, PointFactors*) const
 
 bool TAlbersEAConicProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   double phi = n, lambda = e;
-  if (!InverseOne(formulas_, phi, lambda)) return false;
+  if (!InverseOne(*formulas_, phi, lambda)) return false;
   n = phi;
   e = lambda;
   return true;
 }
 
-bool TAlbersEAConicProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(formulas_, b, l, derivatives);
-}
-
-void TAlbersEAConicProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(formulas_, columns, count);
-}
-
-void TAlbersEAConicProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(formulas_, *this, b, l, count);
-}
-
-void TAlbersEAConicProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(formulas_, *this, n, e, count);
-}
+FormulaView TAlbersEAConicProj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/albers_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct AlbersFormulas;
 
 /// Albers equal-area conic on the ellipsoid (Snyder 1987, pp. 101-102; EPSG method 9822).
 ///
@@ -28,36 +27,32 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double SouthLat() const { return phiS_; }
-  void SouthLat(double value);
+  void SouthLat(double value) { Set(phiS_, value); }
   double NorthLat() const { return phiN_; }
-  void NorthLat(double value);
+  void NorthLat(double value) { Set(phiN_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value);
+  void Lon0(double value) { Set(lambda0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value);
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value);
+  void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  static std::span<const ParamRow<TAlbersEAConicProj>> Params();
+  static const ParamRow kParams[];
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_;
-  AlbersFormulas formulas_;
+  InPlace<AlbersFormulas, 14> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/colombia_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct ColombiaFormulas;
 
 /// Cartesian city plane of Colombia: EPSG Guidance Note 7-2, method 1052 "Colombia Urban", with the
 /// plane at height 0; a city's plane height goes into an ellipsoid enlarged by it.
@@ -35,8 +34,7 @@ class GEOMATH_API TColombiaProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   /// The origin, half a degree to each side.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
@@ -44,17 +42,13 @@ class GEOMATH_API TColombiaProj : public TGeoProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
-  static std::span<const ParamRow<TColombiaProj>> Params();
+  static const ParamRow kParams[];
 
   double phi0_, lambda0_, fEast_, fNorth_;
-  ColombiaFormulas formulas_;
+  InPlace<ColombiaFormulas, 8> formulas_;
 };
 
 }  // namespace zel_cs::geomath

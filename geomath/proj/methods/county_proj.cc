@@ -1,6 +1,7 @@
 #include "geomath/proj/methods/county_proj.h"
 
 #include "geomath/proj/methods/math/county_ellipsoid.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -19,42 +20,42 @@ CountyParams CountyParams::NotSetUp() {
           .geoidHeight = 0};
 }
 
-std::span<const ParamRow<CountyParams>> CountyProj::Params() {
-  using P = CountyParams;
-  static constexpr ParamRow<P> rows[] = {
-      {&P::lonOrigin, ParamKind::angle},    {&P::latOrigin, ParamKind::angle},
-      {&P::northStdP, ParamKind::angle},    {&P::southStdP, ParamKind::angle},
-      {&P::scale, ParamKind::scale},        {&P::fNorth, ParamKind::length},
-      {&P::fEast, ParamKind::length},       {&P::desElA, ParamKind::length},
-      {&P::desElB, ParamKind::length},      {&P::elevationShift, ParamKind::length},
-      {&P::obliqueAngle, ParamKind::angle}, {&P::geoidHeight, ParamKind::length},
-  };
-  return rows;
-}
+constexpr ParamRow CountyProj::kParams[] = {
+    {"LonOrigin", Quantity::longitude, &CountyProj::lonOrigin_},
+    {"LatOrigin", Quantity::latitude, &CountyProj::latOrigin_},
+    {"NorthStdP", Quantity::latitude, &CountyProj::northStdP_},
+    {"SouthStdP", Quantity::latitude, &CountyProj::southStdP_},
+    {"Scale", Quantity::scale, &CountyProj::scale_},
+    {"FN", Quantity::northing, &CountyProj::fNorth_},
+    {"FE", Quantity::easting, &CountyProj::fEast_},
+    {"DesElA", Quantity::length, &CountyProj::desElA_},
+    {"DesElB", Quantity::length, &CountyProj::desElB_},
+    {"ElevationShift", Quantity::length, &CountyProj::elevationShift_},
+    {"ObliqueAngle", Quantity::azimuth, &CountyProj::obliqueAngle_},
+    {"GeoidHeight", Quantity::length, &CountyProj::geoidHeight_},
+};
+
+std::span<const ParamRow> CountyProj::Params() const { return kParams; }
 
 CountyProj::CountyProj(ProjType type, double a, double invF, const CountyParams& params)
-    : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(Params().size()), a, invF, true),
-      params_(params) {}
-
-double CountyProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(params_, Params(), index, unit);
-}
-
-void CountyProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(params_, Params(), value, index, unit);
-  Prepare();
-}
-
-void CountyProj::Set(double& field, double value) {
-  field = value;
-  Prepare();
-}
+    : TGeoProj(type, kParams, a, invF),
+      lonOrigin_(params.lonOrigin),
+      latOrigin_(params.latOrigin),
+      northStdP_(params.northStdP),
+      southStdP_(params.southStdP),
+      scale_(params.scale),
+      fNorth_(params.fNorth),
+      fEast_(params.fEast),
+      desElA_(params.desElA),
+      desElB_(params.desElB),
+      elevationShift_(params.elevationShift),
+      obliqueAngle_(params.obliqueAngle),
+      geoidHeight_(params.geoidHeight) {}
 
 Ellipsoid CountyProj::WorkingEllipsoid() const {
-  return CountyEllipsoid(ell_, params_.desElA, params_.desElB, params_.elevationShift,
-                         params_.geoidHeight);
+  return CountyEllipsoid(ell_, desElA_, desElB_, elevationShift_, geoidHeight_);
 }
 
-double CountyProj::WorkingScale() const { return CountyScale(params_.scale); }
+double CountyProj::WorkingScale() const { return CountyScale(scale_); }
 
 }  // namespace zel_cs::geomath

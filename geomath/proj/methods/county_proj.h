@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -42,25 +39,24 @@ struct CountyParams {
 class GEOMATH_API CountyProj : public TGeoProj {
  public:
   /// One parameter, in its unit; a setter takes effect at once.
-  double LonOrigin() const { return params_.lonOrigin; }
-  void LonOrigin(double value) { Set(params_.lonOrigin, value); }
-  double LatOrigin() const { return params_.latOrigin; }
-  void LatOrigin(double value) { Set(params_.latOrigin, value); }
-  double NorthStdP() const { return params_.northStdP; }
-  void NorthStdP(double value) { Set(params_.northStdP, value); }
-  double SouthStdP() const { return params_.southStdP; }
-  void SouthStdP(double value) { Set(params_.southStdP, value); }
-  double Scale() const { return params_.scale; }
-  void Scale(double value) { Set(params_.scale, value); }
-  double FNorth() const override { return params_.fNorth; }
-  void FNorth(double value) { Set(params_.fNorth, value); }
-  double FEast() const override { return params_.fEast; }
-  void FEast(double value) { Set(params_.fEast, value); }
-  double ObliqueAngle() const { return params_.obliqueAngle; }
-  void ObliqueAngle(double value) { Set(params_.obliqueAngle, value); }
+  double LonOrigin() const { return lonOrigin_; }
+  void LonOrigin(double value) { Set(lonOrigin_, value); }
+  double LatOrigin() const { return latOrigin_; }
+  void LatOrigin(double value) { Set(latOrigin_, value); }
+  double NorthStdP() const { return northStdP_; }
+  void NorthStdP(double value) { Set(northStdP_, value); }
+  double SouthStdP() const { return southStdP_; }
+  void SouthStdP(double value) { Set(southStdP_, value); }
+  double Scale() const { return scale_; }
+  void Scale(double value) { Set(scale_, value); }
+  double FNorth() const override { return fNorth_; }
+  void FNorth(double value) { Set(fNorth_, value); }
+  double FEast() const override { return fEast_; }
+  void FEast(double value) { Set(fEast_, value); }
+  double ObliqueAngle() const { return obliqueAngle_; }
+  void ObliqueAngle(double value) { Set(obliqueAngle_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  protected:
   /// A county grid of one kind.
@@ -70,11 +66,12 @@ class GEOMATH_API CountyProj : public TGeoProj {
   Ellipsoid WorkingEllipsoid() const;
   double WorkingScale() const;
 
-  CountyParams params_;  ///< as given
+  /// The parameters as given.
+  double lonOrigin_, latOrigin_, northStdP_, southStdP_, scale_, fNorth_, fEast_;
+  double desElA_, desElB_, elevationShift_, obliqueAngle_, geoidHeight_;
 
  private:
-  void Set(double& field, double value);
-  static std::span<const ParamRow<CountyParams>> Params();
+  static const ParamRow kParams[];
 };
 
 }  // namespace zel_cs::geomath

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -13,41 +15,27 @@ constexpr double kSmallFlattening = 0.0025;  // |n| up to which every sum is bel
 
 }  // namespace
 
-std::span<const ParamRow<TDenmarkTMProj>> TDenmarkTMProj::Params() {
-  static constexpr ParamRow<TDenmarkTMProj> rows[] = {
-      {&TDenmarkTMProj::lambda0_, ParamKind::angle, &TDenmarkTMProj::Prepare},
-      {&TDenmarkTMProj::k0_, ParamKind::scale, &TDenmarkTMProj::Prepare},
-      {&TDenmarkTMProj::phi0_, ParamKind::angle, &TDenmarkTMProj::Prepare},
-      {&TDenmarkTMProj::fEast_, ParamKind::length, &TDenmarkTMProj::Prepare},
-      {&TDenmarkTMProj::fNorth_, ParamKind::length, &TDenmarkTMProj::Prepare},
-  };
-  return rows;
-}
+constexpr ParamRow TDenmarkTMProj::kParams[] = {
+    {"Central Meridian", Quantity::longitude, &TDenmarkTMProj::lambda0_},
+    {"Scale", Quantity::scale, &TDenmarkTMProj::k0_},
+    {"Lat0", Quantity::latitude, &TDenmarkTMProj::phi0_},
+    {"East0", Quantity::easting, &TDenmarkTMProj::fEast_},
+    {"North0", Quantity::northing, &TDenmarkTMProj::fNorth_},
+};
+
+std::span<const ParamRow> TDenmarkTMProj::Params() const { return kParams; }
 
 TDenmarkTMProj::TDenmarkTMProj() : TDenmarkTMProj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0) {}
 
 TDenmarkTMProj::TDenmarkTMProj(double a, double invF, double cm, double scale, double lat0,
                                double fEast, double fNorth)
-    : TGeoProj(ProjTypeDenmarkTM, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeDenmarkTM, kParams, a, invF),
       lambda0_(cm),
       k0_(scale),
       phi0_(lat0),
       fEast_(fEast),
       fNorth_(fNorth) {
   Init();
-}
-
-void TDenmarkTMProj::Set(double& field, double value) {
-  field = value;
-  Prepare();
-}
-
-double TDenmarkTMProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TDenmarkTMProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
 }
 
 bool TDenmarkTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
@@ -82,7 +70,7 @@ void TDenmarkTMProj::Init() {
       -17.0 / 480 * n3 + 37.0 / 840 * n4,
       -4397.0 / 161280 * n4};
   // clang-format on
-  DenmarkTmFormulas& f = formulas_;
+  DenmarkTmFormulas& f = *formulas_;
   f.lambda0 = lambda0_;
   f.fEast = fEast_;
   f.nearSphere = std::abs(n) <= kSmallFlattening;
@@ -98,32 +86,18 @@ void TDenmarkTMProj::Init() {
 
 bool TDenmarkTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
   double n = b, e = l;
-  if (!ForwardOne(formulas_, n, e)) return false;
+  if (!ForwardOne(*formulas_, n, e)) return false;
   b = n;
   l = e;
   return true;
 }
 
 bool TDenmarkTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  if (std::abs((e - fEast_) / formulas_.Qn) > DenmarkTmFormulas::kInnerLimit) return false;
-  InverseOne(formulas_, n, e);
+  if (std::abs((e - fEast_) / formulas_->Qn) > DenmarkTmFormulas::kInnerLimit) return false;
+  InverseOne(*formulas_, n, e);
   return true;
 }
 
-bool TDenmarkTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(formulas_, b, l, derivatives);
-}
-
-void TDenmarkTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(formulas_, columns, count);
-}
-
-void TDenmarkTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(formulas_, *this, b, l, count);
-}
-
-void TDenmarkTMProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(formulas_, *this, n, e, count);
-}
+FormulaView TDenmarkTMProj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct DenmarkTmFormulas;
 
 /// Transverse Mercator by the series of Krüger 1912 in the third flattening to n⁴, through Gaussian
 /// latitude and a complex Clenshaw sum, as the Danish geodetic institute organised it (Poder and
@@ -43,8 +42,7 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
   /// As in the base; classes whose grids have directions of their own extend it.
   void SetNEAxes(const wchar_t* axes) override;
@@ -58,17 +56,13 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
 
   void Prepare() override;
 
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
-  static std::span<const ParamRow<TDenmarkTMProj>> Params();
+  static const ParamRow kParams[];
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
-  DenmarkTmFormulas formulas_;
+  InPlace<DenmarkTmFormulas, 21> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/double_ster_formulas.h"
-#include "geomath/proj/methods/math/double_stereographic.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct DoubleSterFormulas;
 
 /// Oblique stereographic ("double") projection by way of the Gaussian conformal sphere (EPSG method
 /// 9809; Snyder 1987, p. 160).
@@ -30,41 +28,35 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value);
+  void Lon0(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
-  static constexpr int kParamCount = 5;  ///< of TDoubleSter itself
-
-  /// For classes of another kind or parameter count that are this projection.
-  TDoubleSter(ProjType type, int paramCount, double a, double invF, double lat0, double lon0,
-              double scale, double fEast, double fNorth);
+  /// For classes of another kind that are this projection.
+  TDoubleSter(ProjType type, double a, double invF, double lat0, double lon0, double scale,
+              double fEast, double fNorth);
 
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
+
+  double phi0_, lambda0_, k0_, fEast_, fNorth_;  ///< the parameters
 
  private:
-  DoubleSterFormulas Formulas() const;
-  static std::span<const ParamRow<TDoubleSter>> Params();
+  static const ParamRow kParams[];
 
-  double phi0_, lambda0_, k0_, fEast_, fNorth_;
-  DoubleStereographic plane_;
+  InPlace<DoubleSterFormulas, 22> formulas_;
 };
 
 }  // namespace zel_cs::geomath

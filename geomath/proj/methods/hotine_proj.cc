@@ -2,15 +2,16 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/formulas/hotine_grid.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
 namespace zel_cs::geomath {
 
-HotineProj::HotineProj(unsigned int type, std::size_t paramCount, double a, double invF,
+HotineProj::HotineProj(ProjType type, std::span<const ParamRow> params, double a, double invF,
                        double azimuth, double scale, double lon0, double lat0, double fEast,
                        double fNorth)
-    : TGeoProj(type, static_cast<int>(paramCount), a, invF, true),
+    : TGeoProj(type, params, a, invF),
       azimuth_(azimuth),
       k0_(scale),
       lambdaC_(lon0),
@@ -20,42 +21,23 @@ HotineProj::HotineProj(unsigned int type, std::size_t paramCount, double a, doub
   HotineProj::Prepare();
 }
 
-void HotineProj::Set(double& field, double value) {
-  field = value;
-  Prepare();
-}
-
 bool HotineProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ObliqueCentralPoint(phiC_, lambdaC_, b0, l0, db, dl);
 }
 
 void HotineProj::Prepare() {
-  grid_ = HotineGrid(Hotine(ell_, CentralLine()),
-                     {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_});
+  *grid_ = {{ell_, {azimuth_, k0_, phiC_, lambdaC_}},
+            {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_}};
 }
 
 bool HotineProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  return IsLatitude(b) && grid_.ForwardPoint(b, l, factors);
+  return IsLatitude(b) && grid_->ForwardPoint(b, l, factors);
 }
 
 bool HotineProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  return grid_.InversePoint(n, e, factors);
+  return grid_->InversePoint(n, e, factors);
 }
 
-bool HotineProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(grid_, b, l, derivatives);
-}
-
-void HotineProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(grid_, columns, count);
-}
-
-void HotineProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(grid_, *this, b, l, count);
-}
-
-void HotineProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(grid_, *this, n, e, count);
-}
+FormulaView HotineProj::Formulas() const { return ViewOf(*grid_); }
 
 }  // namespace zel_cs::geomath

@@ -1,9 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/hotine_grid.h"
 
 namespace zel_cs::geomath {
+
+class HotineGrid;
 
 /// What the classes of Hotine's oblique Mercator on a centre and an azimuth share: six values, their
 /// accessors and the conversions. A class says how its parameters are exchanged and, where that is
@@ -41,26 +43,16 @@ class GEOMATH_API HotineProj : public TGeoProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
-  HotineProj(unsigned int type, std::size_t paramCount, double a, double invF, double azimuth,
+  HotineProj(ProjType type, std::span<const ParamRow> params, double a, double invF, double azimuth,
              double scale, double lon0, double lat0, double fEast, double fNorth);
 
   /// Turns by the azimuth at the centre.
   void Prepare() override;
 
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
-  /// What fixes the oblique line and its scale.
-  Hotine::Line CentralLine() const { return {azimuth_, k0_, phiC_, lambdaC_}; }
-
-  /// The parameters.
-  double azimuth_, k0_, lambdaC_, phiC_, fEast_, fNorth_;
-  HotineGrid grid_;  ///< derived of them
-
- private:
-  void Set(double& field, double value);
+  double azimuth_, k0_, lambdaC_, phiC_, fEast_, fNorth_;  ///< the parameters
+  InPlace<HotineGrid, 21> grid_;                           ///< derived of them
 };
 
 }  // namespace zel_cs::geomath

@@ -1,5 +1,6 @@
 #include "geomath/proj/methods/kms_proj_tm.h"
 
+#include "geomath/proj/internal/formula_view.h"
 #include "geomath/proj/methods/kms_conversion.h"
 
 namespace zel_cs::geomath {
@@ -26,19 +27,9 @@ bool TKMSProjTM::Differentiate(double b, double l, GridDerivatives& derivatives)
   double n = b, e = l, ownN = b, ownE = l;  // a host's part has no derivatives
   if (!ProjectPoint(n, e, nullptr) || !TDenmarkTMProj::ProjectPoint(ownN, ownE, nullptr))
     return false;
-  return n == ownN && e == ownE && TDenmarkTMProj::Differentiate(b, l, derivatives);
+  return n == ownN && e == ownE && TDenmarkTMProj::Formulas().Differentiate(b, l, derivatives);
 }
 
-void TKMSProjTM::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  TGeoProj::DifferentiateBlock(columns, count);
-}
-
-void TKMSProjTM::ForwardBlock(double* b, double* l, std::size_t count) const {
-  TGeoProj::ForwardBlock(b, l, count);
-}
-
-void TKMSProjTM::InverseBlock(double* n, double* e, std::size_t count) const {
-  TGeoProj::InverseBlock(n, e, count);
-}
+FormulaView TKMSProjTM::Formulas() const { return {}; }
 
 }  // namespace zel_cs::geomath

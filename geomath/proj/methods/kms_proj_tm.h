@@ -25,11 +25,9 @@ class GEOMATH_API TKMSProjTM : public TDenmarkTMProj {
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
-  // The host's functions take one point each.
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  // The host's functions take one point each.
+  FormulaView Formulas() const override;
 
  private:
   bool mode_ = false;

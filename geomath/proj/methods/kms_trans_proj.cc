@@ -1,5 +1,6 @@
 #include "geomath/proj/methods/kms_trans_proj.h"
 
+#include "geomath/proj/internal/formula_view.h"
 #include "geomath/proj/methods/kms_conversion.h"
 
 namespace zel_cs::geomath {
@@ -44,19 +45,9 @@ bool TKMSTransProj::Differentiate(double b, double l, GridDerivatives& derivativ
   double n = b, e = l, ownN = b, ownE = l;  // a host's part has no derivatives
   if (!ProjectPoint(n, e, nullptr) || !TDenmarkTMProj::ProjectPoint(ownN, ownE, nullptr))
     return false;
-  return n == ownN && e == ownE && TDenmarkTMProj::Differentiate(b, l, derivatives);
+  return n == ownN && e == ownE && TDenmarkTMProj::Formulas().Differentiate(b, l, derivatives);
 }
 
-void TKMSTransProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  TGeoProj::DifferentiateBlock(columns, count);
-}
-
-void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  TGeoProj::ForwardBlock(b, l, count);
-}
-
-void TKMSTransProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  TGeoProj::InverseBlock(n, e, count);
-}
+FormulaView TKMSTransProj::Formulas() const { return {}; }
 
 }  // namespace zel_cs::geomath

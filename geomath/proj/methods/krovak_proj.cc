@@ -3,8 +3,10 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/krovak_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -21,27 +23,31 @@ constexpr double kScale = 0.9999;
 
 }  // namespace
 
-std::span<const ParamRow<TKrovakProj>> TKrovakProj::Params() {
-  using T = TKrovakProj;
-  static constexpr ParamRow<T> rows[] = {
-      {&T::phi0_, ParamKind::angle, &T::Prepare},
-      {&T::lambda0_, ParamKind::angle, &T::PrepareLongitude},
-      {&T::dLon_, ParamKind::angle, &T::PrepareLongitude},
-      {&T::uq_, ParamKind::angle, &T::Prepare},
-      {&T::s0_, ParamKind::angle, &T::Prepare},
-      {&T::k0_, ParamKind::scale},  // Kept: waits for the next Prepare
-      {&T::fEast_, ParamKind::length},
-      {&T::fNorth_, ParamKind::length},
-  };
-  return rows;
-}
+constexpr ParamRow TKrovakProj::kParams[] = {
+    {"Lat0", Quantity::latitude, &TKrovakProj::phi0_},
+    {"Lon0", Quantity::longitude, &TKrovakProj::lambda0_,
+     AfterChange<TKrovakProj, &TKrovakProj::PrepareLongitude>},
+    {"dLon", Quantity::longitude, &TKrovakProj::dLon_,
+     AfterChange<TKrovakProj, &TKrovakProj::PrepareLongitude>},
+    {"Uq", Quantity::latitude, &TKrovakProj::uq_},
+    {"S0", Quantity::latitude, &TKrovakProj::s0_},
+    // Kept: the scale waits for the next Prepare, and false coordinates are only stored.
+    {"Scale", Quantity::scale, &TKrovakProj::k0_,
+     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+    {"East0", Quantity::easting, &TKrovakProj::fEast_,
+     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+    {"North0", Quantity::northing, &TKrovakProj::fNorth_,
+     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+};
+
+std::span<const ParamRow> TKrovakProj::Params() const { return kParams; }
 
 TKrovakProj::TKrovakProj()
     : TKrovakProj(kWgs84A, kWgs84InvF, kLat0, kLon0, kFerro, kPole, kPseudo, kScale, 0, 0) {}
 
 TKrovakProj::TKrovakProj(double a, double invF, double lat0, double lon0, double dLon, double Uq,
                          double S0, double scale, double fEast, double fNorth)
-    : TGeoProj(ProjTypeKrovak, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeKrovak, kParams, a, invF),
       phi0_(lat0),
       lambda0_(lon0),
       dLon_(dLon),
@@ -52,12 +58,6 @@ TKrovakProj::TKrovakProj(double a, double invF, double lat0, double lon0, double
       fNorth_(fNorth) {
   direction_ = kConstructedDirection;
   TKrovakProj::Prepare();
-  PrepareLongitude();
-}
-
-void TKrovakProj::Lat0(double value) {
-  phi0_ = value;
-  Prepare();
 }
 
 void TKrovakProj::Lon0(double value) {
@@ -70,70 +70,36 @@ void TKrovakProj::dLon(double value) {
   PrepareLongitude();
 }
 
-void TKrovakProj::Uq(double value) {
-  uq_ = value;
-  Prepare();
-}
-
-void TKrovakProj::S0(double value) {
-  s0_ = value;
-  Prepare();
-}
-
 void TKrovakProj::SetNEAxes(const wchar_t* axes) {
   TGeoProj::SetNEAxes(axes);
   direction_ = kSouthWestDirection;  // Kept: whatever the text
 }
 
-double TKrovakProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TKrovakProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 bool TKrovakProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  return ObliqueCentralPoint(phi0_, lambdaC_, b0, l0, db, dl);
+  return ObliqueCentralPoint(phi0_, formulas_->lambdaC, b0, l0, db, dl);
 }
 
 void TKrovakProj::Prepare() {
-  sphere_ = ConformalSphere(ell_, phi0_);
-  sinUq_ = std::sin(uq_);
-  cosUq_ = std::cos(uq_);
-  n_ = std::sin(s0_);
-  const double rho0 = k0_ * sphere_.R / std::tan(s0_);
-  coneFactor_ = rho0 * std::pow(std::tan(s0_ / 2 + kPi / 4), n_);
+  const ConformalSphere sphere(ell_, phi0_);
+  const double n = std::sin(s0_), rho0 = k0_ * sphere.R / std::tan(s0_);
+  *formulas_ = {.sphere = sphere,
+                .lambdaC = lambda0_ - dLon_,
+                .sinUq = std::sin(uq_),
+                .cosUq = std::cos(uq_),
+                .n = n,
+                .coneFactor = rho0 * std::pow(std::tan(s0_ / 2 + kPi / 4), n)};
 }
 
-void TKrovakProj::PrepareLongitude() { lambdaC_ = lambda0_ - dLon_; }
-
-KrovakFormulas TKrovakProj::Formulas() const {
-  return {sphere_, lambdaC_, sinUq_, cosUq_, n_, coneFactor_};
-}
+void TKrovakProj::PrepareLongitude() { formulas_->lambdaC = lambda0_ - dLon_; }
 
 bool TKrovakProj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  return ForwardOne(Formulas(), b, l);
+  return ForwardOne(*formulas_, b, l);
 }
 
 bool TKrovakProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  return InverseOne(Formulas(), n, e);
+  return InverseOne(*formulas_, n, e);
 }
 
-bool TKrovakProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(Formulas(), b, l, derivatives);
-}
-
-void TKrovakProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(Formulas(), columns, count);
-}
-
-void TKrovakProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(Formulas(), *this, b, l, count);
-}
-
-void TKrovakProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(Formulas(), *this, n, e, count);
-}
+FormulaView TKrovakProj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/krovak_formulas.h"
-#include "geomath/proj/methods/math/conformal_sphere.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct KrovakFormulas;
 
 /// Krovak's oblique conformal conic of Czechia and Slovakia (Krovak 1922; EPSG method 9819):
 /// ellipsoid, Gaussian conformal sphere, cone about a tilted axis. The first coordinate grows
@@ -37,22 +35,21 @@ class GEOMATH_API TKrovakProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
   void Lon0(double value);
   double dLon() const { return dLon_; }
   void dLon(double value);
   double Uq() const { return uq_; }
-  void Uq(double value);
+  void Uq(double value) { Set(uq_, value); }
   double S0() const { return s0_; }
-  void S0(double value);
+  void S0(double value) { Set(s0_, value); }
   double FEast() const override { return fEast_; }
   double FNorth() const override { return fNorth_; }
 
   void SetNEAxes(const wchar_t* axes) override;
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   /// The centre counted from Greenwich.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
@@ -60,23 +57,15 @@ class GEOMATH_API TKrovakProj : public TGeoProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
   void PrepareLongitude();
-  KrovakFormulas Formulas() const;
-  static std::span<const ParamRow<TKrovakProj>> Params();
+  void LeaveConstants() {}
+  static const ParamRow kParams[];
 
   double phi0_, lambda0_, dLon_, uq_, s0_, k0_, fEast_, fNorth_;
-
-  double lambdaC_;  // centre from Greenwich
-  ConformalSphere sphere_;
-  double sinUq_, cosUq_;
-  double n_;           // cone constant sin S0
-  double coneFactor_;  // ρ0·tan(S0/2 + π/4)^n, metres
+  InPlace<KrovakFormulas, 18> formulas_;
 };
 
 }  // namespace zel_cs::geomath

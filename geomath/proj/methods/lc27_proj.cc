@@ -5,6 +5,7 @@
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
+#include "geomath/proj/param_table.h"
 
 // Symbols of Claire 1968: S true distance along the meridian from a point to the central parallel,
 // feet, positive south of it; s the same on the map; R map radius, feet; θ angle at the apex;
@@ -24,23 +25,29 @@ double Versine(double theta) {
 
 }  // namespace
 
-std::span<const ParamRow<TLC27Proj>> TLC27Proj::Params() {
-  using T = TLC27Proj;
-  static constexpr ParamRow<T> rows[] = {
-      {&T::L1_, ParamKind::number},  {&T::L2_, ParamKind::number},   {&T::L3_, ParamKind::number},
-      {&T::L4_, ParamKind::number},  {&T::L5_, ParamKind::number},   {&T::L6_, ParamKind::number},
-      {&T::L78_, ParamKind::number}, {&T::L9_, ParamKind::number},   {&T::L10_, ParamKind::number},
-      {&T::L11_, ParamKind::number}, {&T::zone_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TLC27Proj::kParams[] = {
+    {"L1", Quantity::coefficient, &TLC27Proj::L1_, ParamUnit::surveyFeet},
+    {"L2", Quantity::coefficient, &TLC27Proj::L2_, ParamUnit::arcSeconds},
+    {"L3", Quantity::coefficient, &TLC27Proj::L3_, ParamUnit::surveyFeet},
+    {"L4", Quantity::coefficient, &TLC27Proj::L4_, ParamUnit::surveyFeet},
+    {"L5", Quantity::coefficient, &TLC27Proj::L5_},
+    {"L6", Quantity::coefficient, &TLC27Proj::L6_},
+    {"L78", Quantity::coefficient, &TLC27Proj::L78_, ParamUnit::arcSeconds},
+    {"L9", Quantity::coefficient, &TLC27Proj::L9_},
+    {"L10", Quantity::coefficient, &TLC27Proj::L10_},
+    {"L11", Quantity::coefficient, &TLC27Proj::L11_},
+    {"Zone number", Quantity::zone, &TLC27Proj::zone_},
+};
+
+int TLC27Proj::Zone() const { return ParamAsInt(zone_); }
+
+std::span<const ParamRow> TLC27Proj::Params() const { return kParams; }
 
 TLC27Proj::TLC27Proj() : TLC27Proj(0, 0, 0, 0, 1.0, 0, 0, 0, 0, 0, 0) {}
 
 TLC27Proj::TLC27Proj(double L1, double L2, double L3, double L4, double L5, double L6, double L78,
                      double L9, double L10, double L11, int zone)
-    : TGeoProj(ProjTypeLC27, static_cast<int>(Params().size()), kClarke1866A, kClarke1866InvF,
-               true),
+    : TGeoProj(ProjTypeLC27, kParams, kClarke1866A, kClarke1866InvF),
       L1_(L1),
       L2_(L2),
       L3_(L3),
@@ -54,14 +61,6 @@ TLC27Proj::TLC27Proj(double L1, double L2, double L3, double L4, double L5, doub
       zone_(zone) {}
 
 double TLC27Proj::FEast() const { return L1_ * kUsSurveyFoot; }
-
-double TLC27Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TLC27Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
 
 bool TLC27Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ConicCentralPoint(LatitudeFromRectifying1927(L78_), -L2_ / kArcSecondsPerRad, b0, l0, db,

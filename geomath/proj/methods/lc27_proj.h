@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -36,32 +33,31 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double L1() const { return L1_; }
-  void L1(double value) { L1_ = value; }
+  void L1(double value) { Set(L1_, value); }
   double L2() const { return L2_; }
-  void L2(double value) { L2_ = value; }
+  void L2(double value) { Set(L2_, value); }
   double L3() const { return L3_; }
-  void L3(double value) { L3_ = value; }
+  void L3(double value) { Set(L3_, value); }
   double L4() const { return L4_; }
-  void L4(double value) { L4_ = value; }
+  void L4(double value) { Set(L4_, value); }
   double L5() const { return L5_; }
-  void L5(double value) { L5_ = value; }
+  void L5(double value) { Set(L5_, value); }
   double L6() const { return L6_; }
-  void L6(double value) { L6_ = value; }
+  void L6(double value) { Set(L6_, value); }
   double L78() const { return L78_; }
-  void L78(double value) { L78_ = value; }
+  void L78(double value) { Set(L78_, value); }
   double L9() const { return L9_; }
-  void L9(double value) { L9_ = value; }
+  void L9(double value) { Set(L9_, value); }
   double L10() const { return L10_; }
-  void L10(double value) { L10_ = value; }
+  void L10(double value) { Set(L10_, value); }
   double L11() const { return L11_; }
-  void L11(double value) { L11_ = value; }
-  int Zone() const { return ParamAsInt(zone_); }
-  void Zone(int value) { zone_ = value; }
+  void L11(double value) { Set(L11_, value); }
+  int Zone() const;
+  void Zone(int value) { Set(zone_, value); }
   /// L1 in metres; the false northing is 0.
   double FEast() const override;
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   /// Around the central parallel and meridian.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
@@ -72,7 +68,7 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
  private:
   double Stretch(double S) const;
   PointFactors FactorsAt(double R, double theta, double phi) const;
-  static std::span<const ParamRow<TLC27Proj>> Params();
+  static const ParamRow kParams[];
 
   double L1_, L2_, L3_, L4_, L5_, L6_, L78_, L9_, L10_, L11_, zone_;
 };

@@ -1,13 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/lambert_formulas.h"
-#include "geomath/proj/methods/math/lambert_cone.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct LcFormulas;
 
 /// Lambert conformal conic on the ellipsoid with two standard parallels, one when they are equal,
 /// and a scale factor on top (Snyder 1987, pp. 107-109; EPSG methods 9801, 9802).
@@ -33,48 +31,40 @@ class GEOMATH_API TLCProj : public TGeoProj {
   TLCProj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
           double fEast, double fNorth, double scale);
 
-  /// One parameter, in its unit; those of the latitudes do not derive everything again, see above.
+  /// The parameters; setters of the latitudes leave sines and cosines as they were, see above.
   double SouthLat() const { return phiS_; }
-  void SouthLat(double value);
+  void SouthLat(double value) { Set(phiS_, value); }
   double NorthLat() const { return phiN_; }
-  void NorthLat(double value);
+  void NorthLat(double value) { Set(phiN_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
   void RefreshSouth();
   void RefreshNorth();
   void RefreshOrigin();
-  LcFormulas Formulas() const;
-  static std::span<const ParamRow<TLCProj>> Params();
+  static const ParamRow kParams[];
 
   double phiS_, phiN_, lambda0_, phi0_, fEast_, fNorth_, k0_;
   double sinS_, cosS_, sinN_, cosN_, sin0_;  // as of the last refresh
-
-  LambertCone cone_;
-  double forwardRho0_;  // radius of the origin latitude, metres
-  double inverseRho0_;  // the same with the sine of the last refresh
+  InPlace<LcFormulas, 20> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,72 +1,47 @@
 #include "geomath/proj/methods/malaysia_cs2000_proj.h"
 
+#include "geomath/proj/methods/formulas/cassini_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
-std::span<const ParamRow<TMalaysia_CS2000Proj>> TMalaysia_CS2000Proj::Params() {
-  using P = TMalaysia_CS2000Proj;
-  static constexpr ParamRow<P> rows[] = {
-      {&P::azimuth_, ParamKind::angle, &P::Prepare},
-      {&P::k0_, ParamKind::scale},
-      {&P::lambda0_, ParamKind::angle, &P::Prepare},
-      {&P::phi0_, ParamKind::angle, &P::Prepare},
-  };
-  return rows;
-}
+constexpr ParamRow TMalaysia_CS2000Proj::kParams[] = {
+    {"AxisAzimuth", Quantity::azimuth, &TMalaysia_CS2000Proj::azimuth_},
+    {"Scale", Quantity::scale, &TMalaysia_CS2000Proj::k0_},
+    {"Lon0", Quantity::longitude, &TMalaysia_CS2000Proj::lambda0_},
+    {"Lat0", Quantity::latitude, &TMalaysia_CS2000Proj::phi0_},
+};
+
+std::span<const ParamRow> TMalaysia_CS2000Proj::Params() const { return kParams; }
 
 TMalaysia_CS2000Proj::TMalaysia_CS2000Proj()
     : TMalaysia_CS2000Proj(kWgs84A, kWgs84InvF, 0, 0, 0, 0) {}
 
 TMalaysia_CS2000Proj::TMalaysia_CS2000Proj(double a, double invF, double axisAzimuth, double scale,
                                            double lon0, double lat0)
-    : TGeoProj(ProjTypeMalaysia_CS2000, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeMalaysia_CS2000, kParams, a, invF),
       azimuth_(axisAzimuth),
       k0_(scale),
       lambda0_(lon0),
-      phi0_(lat0),
-      cassini_(ell_, phi0_, lambda0_, azimuth_) {}
-
-void TMalaysia_CS2000Proj::Set(double& field, double value) {
-  field = value;
-  Prepare();
+      phi0_(lat0) {
+  TMalaysia_CS2000Proj::Prepare();
 }
 
-double TMalaysia_CS2000Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
+void TMalaysia_CS2000Proj::Prepare() {
+  *formulas_ = {{ell_, phi0_, lambda0_, azimuth_}, k0_ > 0 ? k0_ : 1, 0, 0};
 }
-
-void TMalaysia_CS2000Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
-void TMalaysia_CS2000Proj::Prepare() { cassini_ = CassiniSoldner(ell_, phi0_, lambda0_, azimuth_); }
 
 bool TMalaysia_CS2000Proj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  Formulas().Forward<simd::Libm>(b, l);
+  formulas_->Forward<simd::Libm>(b, l);
   return true;
 }
 
 bool TMalaysia_CS2000Proj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  Formulas().Inverse<simd::Libm>(n, e);
+  formulas_->Inverse<simd::Libm>(n, e);
   return true;
 }
 
-bool TMalaysia_CS2000Proj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(Formulas(), b, l, derivatives);
-}
-
-void TMalaysia_CS2000Proj::DifferentiateBlock(double* const (&columns)[4],
-                                              std::size_t count) const {
-  DerivativesByKernel(Formulas(), columns, count);
-}
-
-void TMalaysia_CS2000Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(Formulas(), *this, b, l, count);
-}
-
-void TMalaysia_CS2000Proj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(Formulas(), *this, n, e, count);
-}
+FormulaView TMalaysia_CS2000Proj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

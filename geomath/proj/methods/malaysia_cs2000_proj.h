@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/cassini_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct CassiniFormulas;
 
 /// Cassini-Soldner grid of a Malaysian state in the geocentric datum of 2000 (EPSG Guidance Note
 /// 7-2, method 9806), without false origin: the published one is for the caller to add.
@@ -36,26 +35,19 @@ class GEOMATH_API TMalaysia_CS2000Proj : public TGeoProj {
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
-  double WorkingScale() const { return k0_ > 0 ? k0_ : 1; }
-  CassiniFormulas Formulas() const { return {cassini_, WorkingScale(), 0, 0}; }
-  static std::span<const ParamRow<TMalaysia_CS2000Proj>> Params();
+  static const ParamRow kParams[];
 
   double azimuth_, k0_, lambda0_, phi0_;
-  CassiniSoldner cassini_;
+  InPlace<CassiniFormulas, 23> formulas_;
 };
 
 }  // namespace zel_cs::geomath

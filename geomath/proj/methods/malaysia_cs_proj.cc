@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -14,20 +15,26 @@ constexpr int kMaxRounds = 20;
 
 }  // namespace
 
-std::span<const ParamRow<TMalaysia_CSProj>> TMalaysia_CSProj::Params() {
-  using P = TMalaysia_CSProj;
-  static constexpr ParamRow<P> rows[] = {
-      {&P::lat0_, ParamKind::angle},     {&P::lon0_, ParamKind::angle},
-      {&P::originE_, ParamKind::number}, {&P::originN_, ParamKind::number},
-      {&P::e0_, ParamKind::number},      {&P::n0_, ParamKind::number},
-      {&P::ex_, ParamKind::number},      {&P::ey_, ParamKind::number},
-      {&P::nx_, ParamKind::number},      {&P::ny_, ParamKind::number},
-      {&P::exx_, ParamKind::number},     {&P::exy_, ParamKind::number},
-      {&P::eyy_, ParamKind::number},     {&P::nxx_, ParamKind::number},
-      {&P::nxy_, ParamKind::number},     {&P::nyy_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TMalaysia_CSProj::kParams[] = {
+    {"Lat0", Quantity::latitude, &TMalaysia_CSProj::lat0_},
+    {"Lon0", Quantity::longitude, &TMalaysia_CSProj::lon0_},
+    {"OriginE", Quantity::length, &TMalaysia_CSProj::originE_, ParamUnit::surveyChains},
+    {"OriginN", Quantity::length, &TMalaysia_CSProj::originN_, ParamUnit::surveyChains},
+    {"e0", Quantity::coefficient, &TMalaysia_CSProj::e0_},
+    {"n0", Quantity::coefficient, &TMalaysia_CSProj::n0_},
+    {"ex", Quantity::coefficient, &TMalaysia_CSProj::ex_},
+    {"ey", Quantity::coefficient, &TMalaysia_CSProj::ey_},
+    {"nx", Quantity::coefficient, &TMalaysia_CSProj::nx_},
+    {"ny", Quantity::coefficient, &TMalaysia_CSProj::ny_},
+    {"exx", Quantity::coefficient, &TMalaysia_CSProj::exx_},
+    {"exy", Quantity::coefficient, &TMalaysia_CSProj::exy_},
+    {"eyy", Quantity::coefficient, &TMalaysia_CSProj::eyy_},
+    {"nxx", Quantity::coefficient, &TMalaysia_CSProj::nxx_},
+    {"nxy", Quantity::coefficient, &TMalaysia_CSProj::nxy_},
+    {"nyy", Quantity::coefficient, &TMalaysia_CSProj::nyy_},
+};
+
+std::span<const ParamRow> TMalaysia_CSProj::Params() const { return kParams; }
 
 TMalaysia_CSProj::TMalaysia_CSProj()
     : TMalaysia_CSProj(kWgs84A, kWgs84InvF, 0, 0, 30745.124, 11227.927, -0.0098, 0.021, -2.0871,
@@ -38,7 +45,7 @@ TMalaysia_CSProj::TMalaysia_CSProj(double a, double invF, double lat0, double lo
                                    double originN, double e0, double n0, double ex, double ey,
                                    double nx, double ny, double exx, double exy, double eyy,
                                    double nxx, double nxy, double nyy)
-    : TGeoProj(ProjTypeMalaysia_CS, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeMalaysia_CS, kParams, a, invF),
       lat0_(lat0),
       lon0_(lon0),
       originE_(originE),
@@ -56,14 +63,6 @@ TMalaysia_CSProj::TMalaysia_CSProj(double a, double invF, double lat0, double lo
       nxy_(nxy),
       nyy_(nyy) {
   TMalaysia_CSProj::Prepare();
-}
-
-double TMalaysia_CSProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TMalaysia_CSProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
 }
 
 bool TMalaysia_CSProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {

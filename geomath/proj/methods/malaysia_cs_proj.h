@@ -1,10 +1,7 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/rso_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -38,8 +35,7 @@ class GEOMATH_API TMalaysia_CSProj : public TGeoProj {
                    double e0, double n0, double ex, double ey, double nx, double ny, double exx,
                    double exy, double eyy, double nxx, double nxy, double nyy);
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
@@ -53,7 +49,7 @@ class GEOMATH_API TMalaysia_CSProj : public TGeoProj {
     double east, north;
   };
   Chains FromCassini(Chains cassini) const;
-  static std::span<const ParamRow<TMalaysia_CSProj>> Params();
+  static const ParamRow kParams[];
 
   double lat0_, lon0_, originE_, originN_, e0_, n0_;
   double ex_, ey_, nx_, ny_, exx_, exy_, eyy_, nxx_, nxy_, nyy_;

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/mercator_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct MercatorFormulas;
 
 /// Mercator with a parallel of true scale (EPSG Guidance Note 7-2, method 9805, variant B; Snyder
 /// 1987, pp. 44-47).
@@ -36,8 +35,7 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   /// The equator at the origin; all longitudes, and all latitudes but 1e-6 at the poles.
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
@@ -45,20 +43,16 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
   PointFactors FactorsAt(double sinPhi, double cosPhi) const;
-  static std::span<const ParamRow<TMercatorProj>> Params();
+  static const ParamRow kParams[];
 
   double lambda0_, phi0_, fEast_, fNorth_;
 
   double k0_;  // scale on the equator
-  MercatorFormulas formulas_;
+  InPlace<MercatorFormulas, 13> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,10 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/methods/county_proj.h"
-#include "geomath/proj/methods/formulas/lambert_formulas.h"
-#include "geomath/proj/methods/math/lambert_cone.h"
 
 namespace zel_cs::geomath {
+
+struct LambertFormulas;
 
 /// County Lambert conformal conic (county coordinate systems of Minnesota and Wisconsin): the cone
 /// through two standard parallels, or one when they are equal, on an ellipsoid that is lifted to
@@ -33,16 +34,10 @@ class GEOMATH_API TMinnesota_LAProj : public CountyProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  LambertFormulas Formulas() const;
-
-  LambertCone cone_;
-  double rho0_;  // radius of the origin latitude, metres
+  InPlace<LambertFormulas, 19> formulas_;
 };
 
 }  // namespace zel_cs::geomath

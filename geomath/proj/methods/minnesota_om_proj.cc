@@ -2,6 +2,7 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/formulas/hotine_grid.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 
@@ -23,39 +24,22 @@ TMinnesota_OMProj::TMinnesota_OMProj(double a, double invF, double lonOrigin, do
 }
 
 bool TMinnesota_OMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
-  return ObliqueCentralPoint(params_.latOrigin, params_.lonOrigin, b0, l0, db, dl);
+  return ObliqueCentralPoint(latOrigin_, lonOrigin_, b0, l0, db, dl);
 }
 
 void TMinnesota_OMProj::Prepare() {
-  const Ellipsoid county = WorkingEllipsoid();
-  const Hotine hotine(county,
-                      {params_.obliqueAngle, WorkingScale(), params_.latOrigin, params_.lonOrigin});
-  grid_ = HotineGrid(hotine, {std::sin(params_.obliqueAngle), std::cos(params_.obliqueAngle),
-                              params_.fNorth, params_.fEast});
+  *grid_ = {{WorkingEllipsoid(), {obliqueAngle_, WorkingScale(), latOrigin_, lonOrigin_}},
+            {std::sin(obliqueAngle_), std::cos(obliqueAngle_), fNorth_, fEast_}};
 }
 
 bool TMinnesota_OMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  return IsLatitude(b) && grid_.ForwardPoint(b, l, factors);
+  return IsLatitude(b) && grid_->ForwardPoint(b, l, factors);
 }
 
 bool TMinnesota_OMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  return grid_.InversePoint(n, e, factors);
+  return grid_->InversePoint(n, e, factors);
 }
 
-bool TMinnesota_OMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(grid_, b, l, derivatives);
-}
-
-void TMinnesota_OMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(grid_, columns, count);
-}
-
-void TMinnesota_OMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(grid_, *this, b, l, count);
-}
-
-void TMinnesota_OMProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(grid_, *this, n, e, count);
-}
+FormulaView TMinnesota_OMProj::Formulas() const { return ViewOf(*grid_); }
 
 }  // namespace zel_cs::geomath

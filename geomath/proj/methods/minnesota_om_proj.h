@@ -1,9 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/methods/county_proj.h"
-#include "geomath/proj/methods/formulas/hotine_grid.h"
 
 namespace zel_cs::geomath {
+
+class HotineGrid;
 
 /// County oblique Mercator of the Minnesota and Wisconsin kind: Hotine's oblique Mercator, turned by
 /// the azimuth at the centre, on an ellipsoid lifted to the county's terrain.
@@ -30,13 +32,10 @@ class GEOMATH_API TMinnesota_OMProj : public CountyProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  HotineGrid grid_;
+  InPlace<HotineGrid, 21> grid_;
 };
 
 }  // namespace zel_cs::geomath

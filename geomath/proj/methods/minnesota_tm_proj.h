@@ -1,9 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/methods/county_proj.h"
-#include "geomath/proj/methods/formulas/stem_tm_formulas.h"
 
 namespace zel_cs::geomath {
+
+struct StemTmFormulas;
 
 /// County transverse Mercator (county coordinate systems of Minnesota and Wisconsin): the series of
 /// the 1983 state plane zones (Stem 1989) on an ellipsoid that is lifted to the county's terrain;
@@ -33,17 +35,10 @@ class GEOMATH_API TMinnesota_TMProj : public CountyProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  StemTransverseMercator CountySeries() const;
-  StemTmFormulas Formulas() const {
-    return {tm_, params_.lonOrigin, params_.fEast, params_.fNorth};
-  }
-  StemTransverseMercator tm_;
+  InPlace<StemTmFormulas, 22> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -2,30 +2,41 @@
 
 #include <cmath>
 
+#include "geomath/proj/methods/formulas/mon_spher_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+namespace {
 
-std::span<const ParamRow<TMonSpher>> TMonSpher::Params() {
-  static constexpr ParamRow<TMonSpher> rows[] = {
-      {&TMonSpher::phi0_, ParamKind::angle, &TMonSpher::Prepare},
-      {&TMonSpher::lambda0_, ParamKind::angle, &TMonSpher::Prepare},
-      {&TMonSpher::phiN_, ParamKind::angle, &TMonSpher::Prepare},
-      {&TMonSpher::k1_, ParamKind::number, &TMonSpher::Prepare},
-      {&TMonSpher::k0_, ParamKind::scale, &TMonSpher::Prepare},
-      {&TMonSpher::fEast_, ParamKind::length, &TMonSpher::Prepare},
-      {&TMonSpher::fNorth_, ParamKind::length, &TMonSpher::Prepare},
-      {&TMonSpher::theta_, ParamKind::angle, &TMonSpher::Prepare},
-  };
-  return rows;
+// Scale of the sphere on the ellipsoid, times that of its transverse Mercator (Snyder 1987, 8-4).
+double PointScale(const MonSpherFormulas& f, const Ellipsoid& ell, double sinPhi, double cosPhi,
+                  const MonSpherFormulas::Position& at) {
+  const double m = ParallelRadius(sinPhi, cosPhi, ell.e2);
+  return f.R * f.sphere.alpha * at.cosChi / (ell.a * m * at.cosSide);
 }
+
+}  // namespace
+
+constexpr ParamRow TMonSpher::kParams[] = {
+    {"Lat0", Quantity::latitude, &TMonSpher::phi0_},
+    {"Lon0", Quantity::longitude, &TMonSpher::lambda0_},
+    {"LatNormal", Quantity::latitude, &TMonSpher::phiN_},
+    {"_k1", Quantity::scale, &TMonSpher::k1_},
+    {"Scale", Quantity::scale, &TMonSpher::k0_},
+    {"East0", Quantity::easting, &TMonSpher::fEast_},
+    {"North0", Quantity::northing, &TMonSpher::fNorth_},
+    {"AxisAzimuth", Quantity::azimuth, &TMonSpher::theta_},
+};
+
+std::span<const ParamRow> TMonSpher::Params() const { return kParams; }
 
 TMonSpher::TMonSpher() : TMonSpher(kWgs84A, kWgs84InvF, 0, 0, 0, 1.0, 1.0, 0, 0, 0) {}
 
 TMonSpher::TMonSpher(double a, double invF, double lat0, double lon0, double latNormal, double k1,
                      double scale, double fEast, double fNorth, double axisAzimuth)
-    : TGeoProj(ProjTypeMonSpher, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeMonSpher, kParams, a, invF),
       phi0_(lat0),
       lambda0_(lon0),
       phiN_(latNormal),
@@ -37,72 +48,38 @@ TMonSpher::TMonSpher(double a, double invF, double lat0, double lon0, double lat
   TMonSpher::Prepare();
 }
 
-void TMonSpher::Set(double& field, double value) {
-  field = value;
-  Prepare();
-}
-
-double TMonSpher::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TMonSpher::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 bool TMonSpher::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return TransverseCentralPoint(lambda0_, b0, l0, db, dl);
 }
 
 void TMonSpher::Prepare() {
   const ConformalSphere sphere(ell_, phiN_);
-  formulas_ = {.sphere = sphere,
-               .lambda0 = lambda0_,
-               .fEast = fEast_,
-               .fNorth = fNorth_,
-               .R = k1_ * k0_ * sphere.R,
-               .chi0 = sphere.Latitude(phi0_),
-               .sinTheta = std::sin(theta_),
-               .cosTheta = std::cos(theta_)};
-}
-
-// Scale of the sphere on the ellipsoid, times that of its transverse Mercator (Snyder 1987, 8-4).
-double TMonSpher::PointScale(double sinPhi, double cosPhi,
-                             const MonSpherFormulas::Position& at) const {
-  const double m = ParallelRadius(sinPhi, cosPhi, ell_.e2);
-  return formulas_.R * formulas_.sphere.alpha * at.cosChi / (ell_.a * m * at.cosSide);
+  *formulas_ = {.sphere = sphere,
+                .lambda0 = lambda0_,
+                .fEast = fEast_,
+                .fNorth = fNorth_,
+                .R = k1_ * k0_ * sphere.R,
+                .chi0 = sphere.Latitude(phi0_),
+                .sinTheta = std::sin(theta_),
+                .cosTheta = std::cos(theta_)};
 }
 
 bool TMonSpher::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   double n = b, e = l;
-  const auto [at, sinPhi, cosPhi, exists] = ForwardOne(formulas_, n, e);
+  const auto [at, sinPhi, cosPhi, exists] = ForwardOne(*formulas_, n, e);
   if (!exists) return false;
-  if (factors) factors->scale = PointScale(sinPhi, cosPhi, at);
+  if (factors) factors->scale = PointScale(*formulas_, ell_, sinPhi, cosPhi, at);
   b = n;
   l = e;
   return true;
 }
 
 bool TMonSpher::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  const MonSpherFormulas::Position at = InverseOne(formulas_, n, e);
-  if (factors) factors->scale = PointScale(std::sin(n), std::cos(n), at);
+  const MonSpherFormulas::Position at = InverseOne(*formulas_, n, e);
+  if (factors) factors->scale = PointScale(*formulas_, ell_, std::sin(n), std::cos(n), at);
   return true;
 }
 
-bool TMonSpher::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(formulas_, b, l, derivatives);
-}
-
-void TMonSpher::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(formulas_, columns, count);
-}
-
-void TMonSpher::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(formulas_, *this, b, l, count);
-}
-
-void TMonSpher::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(formulas_, *this, n, e, count);
-}
+FormulaView TMonSpher::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/mon_spher_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct MonSpherFormulas;
 
 /// Transverse Mercator on the Gaussian sphere: the Gauss-Schreiber double projection (Gauss 1844;
 /// Laborde; EPSG Guidance Note 7-2, conformal sphere of method 9809), known from the grid of
@@ -46,26 +45,20 @@ class GEOMATH_API TMonSpher : public TGeoProj {
   double AxisAzimuth() const { return theta_; }
   void AxisAzimuth(double value) { Set(theta_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
-  double PointScale(double sinPhi, double cosPhi, const MonSpherFormulas::Position& at) const;
-  static std::span<const ParamRow<TMonSpher>> Params();
+  static const ParamRow kParams[];
 
   double phi0_, lambda0_, phiN_, k1_, k0_, fEast_, fNorth_, theta_;
-  MonSpherFormulas formulas_;
+  InPlace<MonSpherFormulas, 20> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -3,8 +3,10 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/nzmg_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -19,66 +21,47 @@ double PointScale(nzmg::Complex zeta, double phi, double e2) {
 
 }  // namespace
 
-std::span<const ParamRow<TNZMGProj>> TNZMGProj::Params() {
-  static constexpr ParamRow<TNZMGProj> rows[] = {
-      {&TNZMGProj::phi0_, ParamKind::angle},
-      {&TNZMGProj::lambda0_, ParamKind::angle},
-      {&TNZMGProj::fEast_, ParamKind::length},
-      {&TNZMGProj::fNorth_, ParamKind::length},
-  };
-  return rows;
-}
+constexpr ParamRow TNZMGProj::kParams[] = {
+    {"Lat0", Quantity::latitude, &TNZMGProj::phi0_},
+    {"Lon0", Quantity::longitude, &TNZMGProj::lambda0_},
+    {"East0", Quantity::easting, &TNZMGProj::fEast_},
+    {"North0", Quantity::northing, &TNZMGProj::fNorth_},
+};
+
+std::span<const ParamRow> TNZMGProj::Params() const { return kParams; }
 
 TNZMGProj::TNZMGProj()
     : TNZMGProj(kInternationalA, kInternationalInvF, -41 * kRadPerDeg, 173 * kRadPerDeg, 2510000,
                 6023150) {}
 
 TNZMGProj::TNZMGProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth)
-    : TGeoProj(ProjTypeNZMG, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeNZMG, kParams, a, invF),
       phi0_(lat0),
       lambda0_(lon0),
       fEast_(fEast),
-      fNorth_(fNorth) {}
-
-double TNZMGProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TNZMGProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
+      fNorth_(fNorth) {
+  TNZMGProj::Prepare();
 }
 
 bool TNZMGProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ObliqueCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
 }
 
+void TNZMGProj::Prepare() { *formulas_ = {ell_.a, phi0_, lambda0_, fEast_, fNorth_}; }
+
 bool TNZMGProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
-  const nzmg::Complex zeta = Formulas().Forward<simd::Libm>(b, l);
+  const nzmg::Complex zeta = formulas_->Forward<simd::Libm>(b, l);
   if (factors) factors->scale = PointScale(zeta, phi, ell_.e2);
   return true;
 }
 
 bool TNZMGProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  const nzmg::Complex zeta = Formulas().Inverse<simd::Libm>(n, e);
+  const nzmg::Complex zeta = formulas_->Inverse<simd::Libm>(n, e);
   if (factors) factors->scale = PointScale(zeta, n, ell_.e2);
   return true;
 }
 
-bool TNZMGProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(Formulas(), b, l, derivatives);
-}
-
-void TNZMGProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(Formulas(), columns, count);
-}
-
-void TNZMGProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(Formulas(), *this, b, l, count);
-}
-
-void TNZMGProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(Formulas(), *this, n, e, count);
-}
+FormulaView TNZMGProj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/nzmg_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct NzmgFormulas;
 
 /// New Zealand Map Grid: a conformal complex polynomial of degree 6 in isometric coordinates
 /// (Reilly 1973, "A conformal mapping projection with minimum scale error", Survey Review 22; Land
@@ -29,31 +28,28 @@ class GEOMATH_API TNZMGProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value) { phi0_ = value; }
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  void Prepare() override;
+  FormulaView Formulas() const override;
 
  private:
-  NzmgFormulas Formulas() const { return {ell_.a, phi0_, lambda0_, fEast_, fNorth_}; }
-  static std::span<const ParamRow<TNZMGProj>> Params();
+  static const ParamRow kParams[];
 
   double phi0_, lambda0_, fEast_, fNorth_;
+  InPlace<NzmgFormulas, 5> formulas_;
 };
 
 }  // namespace zel_cs::geomath

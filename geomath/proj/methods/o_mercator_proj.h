@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/methods/hotine_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -23,15 +20,14 @@ class GEOMATH_API TOMercatorProj : public HotineProj {
                  double fEast, double fNorth);
 
   /// Kept: the azimuth (index 0) is exchanged in radians whatever the unit code.
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  protected:
   /// Kept: exactly on the origin meridian u counts as 0, whatever the latitude.
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
 
  private:
-  static std::span<const ParamRow<TOMercatorProj>> Params();
+  static const ParamRow kParams[];
 };
 
 }  // namespace zel_cs::geomath

@@ -17,11 +17,13 @@ class GEOMATH_API TRDProj : public TDoubleSter {
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TRDProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
+
+ private:
+  static const ParamRow kParams[];
 };
 
 }  // namespace zel_cs::geomath

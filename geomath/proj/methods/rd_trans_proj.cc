@@ -1,5 +1,8 @@
 #include "geomath/proj/methods/rd_trans_proj.h"
 
+#include "geomath/proj/internal/formula_view.h"
+#include "geomath/proj/methods/math/latitude.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -11,7 +14,7 @@ TRDTransProj::TRDTransProj() : TRDTransProj(kWgs84A, kWgs84InvF, 0, 0, 1.0, 0, 0
 
 TRDTransProj::TRDTransProj(double a, double invF, double lat0, double lon0, double scale,
                            double fEast, double fNorth)
-    : TDoubleSter(ProjTypeRDTrans, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+    : TDoubleSter(ProjTypeRDTrans, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
 bool TRDTransProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (!IsLatitude(b) || !TDoubleSter::ProjectPoint(b, l, factors)) return false;
@@ -38,24 +41,14 @@ bool TRDTransProj::UnprojectPoint(double& n, double& e, PointFactors* factors) c
   return TDoubleSter::UnprojectPoint(n, e, factors);
 }
 
-// A correction is the host's function, which takes one point at a time.
 bool TRDTransProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
   double n = b, e = l, ownN = b, ownE = l;  // a host's part has no derivatives
   if (!ProjectPoint(n, e, nullptr) || !TDoubleSter::ProjectPoint(ownN, ownE, nullptr)) return false;
-  return n == ownN && e == ownE && TDoubleSter::Differentiate(b, l, derivatives);
+  return n == ownN && e == ownE && TDoubleSter::Formulas().Differentiate(b, l, derivatives);
 }
 
-void TRDTransProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  correction_ ? TGeoProj::DifferentiateBlock(columns, count)
-              : TDoubleSter::DifferentiateBlock(columns, count);
-}
-
-void TRDTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  correction_ ? TGeoProj::ForwardBlock(b, l, count) : TDoubleSter::ForwardBlock(b, l, count);
-}
-
-void TRDTransProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  correction_ ? TGeoProj::InverseBlock(n, e, count) : TDoubleSter::InverseBlock(n, e, count);
+FormulaView TRDTransProj::Formulas() const {
+  return correction_ ? FormulaView{} : TDoubleSter::Formulas();
 }
 
 }  // namespace zel_cs::geomath

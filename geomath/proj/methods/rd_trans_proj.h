@@ -33,9 +33,8 @@ class GEOMATH_API TRDTransProj : public TDoubleSter {
   /// leaves 1e-15 of it).
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  // A correction is the host's function, which takes one point at a time.
+  FormulaView Formulas() const override;
 
  private:
   Correction correction_ = nullptr;

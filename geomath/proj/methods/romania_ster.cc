@@ -4,6 +4,6 @@ namespace zel_cs::geomath {
 
 TRomaniaSter::TRomaniaSter(double a, double invF, double lat0, double lon0, double scale,
                            double fEast, double fNorth)
-    : TDoubleSter(ProjTypeRomaniaSter, kParamCount, a, invF, lat0, lon0, scale, fEast, fNorth) {}
+    : TDoubleSter(ProjTypeRomaniaSter, a, invF, lat0, lon0, scale, fEast, fNorth) {}
 
 }  // namespace zel_cs::geomath

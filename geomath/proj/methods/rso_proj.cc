@@ -1,5 +1,9 @@
 #include "geomath/proj/methods/rso_proj.h"
 
+#include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/hotine_grid.h"
+#include "geomath/proj/param_table.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -12,15 +16,16 @@ constexpr double kMalayanFalseEasting = 804671.2996;  // metres
 
 }  // namespace
 
-std::span<const ParamRow<TRSOProj>> TRSOProj::Params() {
-  using P = TRSOProj;
-  static constexpr ParamRow<P> rows[] = {
-      {&P::azimuth_, ParamKind::angle, &P::Prepare}, {&P::k0_, ParamKind::scale, &P::Prepare},
-      {&P::lambdaC_, ParamKind::angle, &P::Prepare}, {&P::phiC_, ParamKind::angle, &P::Prepare},
-      {&P::fEast_, ParamKind::length, &P::Prepare},  {&P::fNorth_, ParamKind::length, &P::Prepare},
-  };
-  return rows;
-}
+constexpr ParamRow TRSOProj::kParams[] = {
+    {"AxisAzimuth", Quantity::azimuth, &TRSOProj::azimuth_},
+    {"Scale", Quantity::scale, &TRSOProj::k0_},
+    {"Lon0", Quantity::longitude, &TRSOProj::lambdaC_},
+    {"Lat0", Quantity::latitude, &TRSOProj::phiC_},
+    {"East0", Quantity::easting, &TRSOProj::fEast_},
+    {"North0", Quantity::northing, &TRSOProj::fNorth_},
+};
+
+std::span<const ParamRow> TRSOProj::Params() const { return kParams; }
 
 TRSOProj::TRSOProj()
     : TRSOProj(kWgs84A, kWgs84InvF, kMalayanAzimuth, kMalayanScale, kMalayanLon0, kMalayanLat0,
@@ -28,21 +33,13 @@ TRSOProj::TRSOProj()
 
 TRSOProj::TRSOProj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
                    double fEast, double fNorth)
-    : HotineProj(ProjTypeRSO, Params().size(), a, invF, azimuth, scale, lon0, lat0, fEast, fNorth) {
+    : HotineProj(ProjTypeRSO, kParams, a, invF, azimuth, scale, lon0, lat0, fEast, fNorth) {
   TRSOProj::Prepare();
 }
 
-double TRSOProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TRSOProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 void TRSOProj::Prepare() {
-  const Hotine hotine(ell_, CentralLine());
-  grid_ = HotineGrid(hotine, {hotine.sinGamma0, hotine.cosGamma0, fNorth_, fEast_});
+  const Hotine hotine(ell_, {azimuth_, k0_, phiC_, lambdaC_});
+  *grid_ = {hotine, {hotine.sinGamma0, hotine.cosGamma0, fNorth_, fEast_}};
 }
 
 }  // namespace zel_cs::geomath

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/methods/hotine_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -23,8 +20,7 @@ class GEOMATH_API TRSOProj : public HotineProj {
   TRSOProj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
            double fEast, double fNorth);
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
   /// Derives the constants again; every setter does.
   void Init() { Prepare(); }
@@ -33,7 +29,7 @@ class GEOMATH_API TRSOProj : public HotineProj {
   void Prepare() override;
 
  private:
-  static std::span<const ParamRow<TRSOProj>> Params();
+  static const ParamRow kParams[];
 };
 
 }  // namespace zel_cs::geomath

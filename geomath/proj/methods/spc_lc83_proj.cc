@@ -3,26 +3,28 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/lambert_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 // Stem 1989 writes the cone with hyperbolic functions and finds the latitude by three Newton steps on
-// its sine; both lead to the numbers of LambertCone. His Rb is rho0_, his Nb fNorth_.
+// its sine; both lead to the numbers of LambertCone. His Rb is the rho0 of its formulas, his Nb fNorth_.
 namespace zel_cs::geomath {
 
-std::span<const ParamRow<TSPC_LC83Proj>> TSPC_LC83Proj::Params() {
-  using T = TSPC_LC83Proj;
-  static constexpr ParamRow<T> rows[] = {
-      {&T::phiS_, ParamKind::angle, &T::Prepare},
-      {&T::phiN_, ParamKind::angle, &T::Prepare},
-      {&T::lambda0_, ParamKind::angle},
-      {&T::phi0_, ParamKind::angle, &T::Prepare},
-      {&T::fEast_, ParamKind::length},
-      {&T::fNorth_, ParamKind::length},
-      {&T::zone_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TSPC_LC83Proj::kParams[] = {
+    {"SouthLat", Quantity::latitude, &TSPC_LC83Proj::phiS_},
+    {"NorthLat", Quantity::latitude, &TSPC_LC83Proj::phiN_},
+    {"Lon0", Quantity::longitude, &TSPC_LC83Proj::lambda0_},
+    {"Lat0", Quantity::latitude, &TSPC_LC83Proj::phi0_},
+    {"East0", Quantity::easting, &TSPC_LC83Proj::fEast_},
+    {"North0", Quantity::northing, &TSPC_LC83Proj::fNorth_},
+    {"Zone number", Quantity::zone, &TSPC_LC83Proj::zone_},
+};
+
+int TSPC_LC83Proj::Zone() const { return ParamAsInt(zone_); }
+
+std::span<const ParamRow> TSPC_LC83Proj::Params() const { return kParams; }
 
 TSPC_LC83Proj::TSPC_LC83Proj() : TSPC_LC83Proj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0, 0, 0) {
   type_ = ProjTypeTM;  // Kept
@@ -30,7 +32,7 @@ TSPC_LC83Proj::TSPC_LC83Proj() : TSPC_LC83Proj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0
 
 TSPC_LC83Proj::TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0,
                              double lat0, double fEast, double fNorth, int zone)
-    : TGeoProj(ProjTypeSPC_LC83, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeSPC_LC83, kParams, a, invF),
       phiS_(southLat),
       phiN_(northLat),
       lambda0_(lon0),
@@ -41,69 +43,32 @@ TSPC_LC83Proj::TSPC_LC83Proj(double a, double invF, double southLat, double nort
   TSPC_LC83Proj::Prepare();
 }
 
-void TSPC_LC83Proj::SouthLat(double value) {
-  phiS_ = value;
-  Prepare();
-}
-
-void TSPC_LC83Proj::NorthLat(double value) {
-  phiN_ = value;
-  Prepare();
-}
-
-void TSPC_LC83Proj::Lat0(double value) {
-  phi0_ = value;
-  Prepare();
-}
-
-double TSPC_LC83Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TSPC_LC83Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 bool TSPC_LC83Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return ConicCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
 }
 
 void TSPC_LC83Proj::Prepare() {
-  cone_ = LambertCone(ell_, phiS_, phiN_, 1.0);
-  rho0_ = cone_.Radius(phi0_);
-}
-
-LambertFormulas TSPC_LC83Proj::Formulas() const {
-  return {cone_, lambda0_, fEast_, fNorth_, rho0_};
+  const LambertCone cone(ell_, phiS_, phiN_, 1.0);
+  *formulas_ = {.cone = cone,
+                .lambda0 = lambda0_,
+                .fEast = fEast_,
+                .fNorth = fNorth_,
+                .rho0 = cone.Radius(phi0_)};
 }
 
 bool TSPC_LC83Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (!(std::abs(b) < kHalfPi)) return false;
-  const auto [at, sinPhi, cosPhi] = ForwardOne(Formulas(), b, l);
-  if (factors) *factors = {cone_.Scale(at.rho, sinPhi, cosPhi), at.theta};
+  const auto [at, sinPhi, cosPhi] = ForwardOne(*formulas_, b, l);
+  if (factors) *factors = {formulas_->cone.Scale(at.rho, sinPhi, cosPhi), at.theta};
   return true;
 }
 
 bool TSPC_LC83Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  const LambertCone::Polar at = InverseOne(Formulas(), n, e);
-  if (factors) *factors = {cone_.Scale(at.rho, std::sin(n), std::cos(n)), at.theta};
+  const LambertCone::Polar at = InverseOne(*formulas_, n, e);
+  if (factors) *factors = {formulas_->cone.Scale(at.rho, std::sin(n), std::cos(n)), at.theta};
   return true;
 }
 
-bool TSPC_LC83Proj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(Formulas(), b, l, derivatives);
-}
-
-void TSPC_LC83Proj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(Formulas(), columns, count);
-}
-
-void TSPC_LC83Proj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(Formulas(), *this, b, l, count);
-}
-
-void TSPC_LC83Proj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(Formulas(), *this, n, e, count);
-}
+FormulaView TSPC_LC83Proj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

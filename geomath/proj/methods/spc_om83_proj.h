@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/methods/hotine_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -23,14 +20,13 @@ class GEOMATH_API TSPC_OM83Proj : public HotineProj {
                 double fEast, double fNorth, int zone);
 
   /// One parameter, in its unit; a setter takes effect at once.
-  int Zone() const { return ParamAsInt(zone_); }
-  void Zone(int value) { zone_ = value; }
+  int Zone() const;
+  void Zone(int value) { Set(zone_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  private:
-  static std::span<const ParamRow<TSPC_OM83Proj>> Params();
+  static const ParamRow kParams[];
 
   double zone_;
 };

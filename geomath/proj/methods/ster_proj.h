@@ -1,14 +1,12 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/ster_formulas.h"
-#include "geomath/proj/methods/math/latitude.h"
-#include "geomath/proj/methods/math/meridian_series.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct SterObliqueFormulas;
+struct SterPolarFormulas;
 
 /// General stereographic projection of the ellipsoid in its polar, equatorial and oblique aspects,
 /// through the conformal latitude (Snyder 1987, pp. 160-162; EPSG method 9810 for the poles).
@@ -36,43 +34,32 @@ class GEOMATH_API TSterProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }
-  void Lon0(double value) { lambda0_ = value; }
+  void Lon0(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value) { fEast_ = value; }
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value) { fNorth_ = value; }
+  void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  SterObliqueFormulas Oblique() const;
-  SterPolarFormulas Polar() const;
-  static std::span<const ParamRow<TSterProj>> Params();
+  static const ParamRow kParams[];
 
   double phi0_, lambda0_, k0_, fEast_, fNorth_;
-
-  bool polar_ = false;
-  double sign_ = 1;  // −1 in the south polar aspect
-  ConformalLatitude latitude_;
-  CosinePowerSeries polarSeries_;
-  SinCos chi1_{0, 1};       // conformal latitude of the origin
-  double obliqueA_ = 0;     // 2·a·k0·m1/cos χ1, metres
-  double polarRadius_ = 0;  // 2·a·k0/√((1 + e)^(1 + e)·(1 − e)^(1 − e)), metres
+  bool isPolar_ = false;
+  InPlace<SterObliqueFormulas, 15> oblique_;
+  InPlace<SterPolarFormulas, 18> polar_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/swiss_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct SwissFormulas;
 
 /// Swiss oblique conformal cylinder (Rosenmund 1903; swisstopo, "Formulas and constants for the
 /// calculation of the Swiss conformal cylindrical projection", 2016, section 3): the ellipsoid onto
@@ -37,26 +36,20 @@ class GEOMATH_API TSwissProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
-  double PointScale(double phi, const SwissFormulas::Position& at) const;
-  static std::span<const ParamRow<TSwissProj>> Params();
+  static const ParamRow kParams[];
 
   double lambda0_, phi0_, fEast_, fNorth_;
-  SwissFormulas formulas_;
+  InPlace<SwissFormulas, 18> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -5,6 +5,7 @@
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
+#include "geomath/proj/param_table.h"
 
 // Symbols of Claire 1968: S1, Sm distances from the central meridian on the ellipsoid and on its
 // map of scale 1, metres; Sg the same on the grid, feet; φ1, φ2 footpoint latitudes; ω rectifying
@@ -47,20 +48,23 @@ double FootpointSeconds(double phi, double Sm) {
 
 }  // namespace
 
-std::span<const ParamRow<TTM27Proj>> TTM27Proj::Params() {
-  static constexpr ParamRow<TTM27Proj> rows[] = {
-      {&TTM27Proj::L1_, ParamKind::number},  {&TTM27Proj::L2_, ParamKind::number},
-      {&TTM27Proj::L34_, ParamKind::number}, {&TTM27Proj::L5_, ParamKind::number},
-      {&TTM27Proj::L6_, ParamKind::number},  {&TTM27Proj::zone_, ParamKind::number},
-  };
-  return rows;
-}
+constexpr ParamRow TTM27Proj::kParams[] = {
+    {"L1", Quantity::coefficient, &TTM27Proj::L1_, ParamUnit::surveyFeet},
+    {"L2", Quantity::coefficient, &TTM27Proj::L2_, ParamUnit::arcSeconds},
+    {"L34", Quantity::coefficient, &TTM27Proj::L34_, ParamUnit::arcSeconds},
+    {"L5", Quantity::coefficient, &TTM27Proj::L5_},
+    {"L6", Quantity::coefficient, &TTM27Proj::L6_},
+    {"Zone number", Quantity::zone, &TTM27Proj::zone_},
+};
+
+int TTM27Proj::Zone() const { return ParamAsInt(zone_); }
+
+std::span<const ParamRow> TTM27Proj::Params() const { return kParams; }
 
 TTM27Proj::TTM27Proj() : TTM27Proj(0, 0, 0, 1.0, 0, 0) {}
 
 TTM27Proj::TTM27Proj(double L1, double L2, double L34, double L5, double L6, int zone)
-    : TGeoProj(ProjTypeTM27, static_cast<int>(Params().size()), kClarke1866A, kClarke1866InvF,
-               true),
+    : TGeoProj(ProjTypeTM27, kParams, kClarke1866A, kClarke1866InvF),
       L1_(L1),
       L2_(L2),
       L34_(L34),
@@ -69,14 +73,6 @@ TTM27Proj::TTM27Proj(double L1, double L2, double L34, double L5, double L6, int
       zone_(zone) {}
 
 double TTM27Proj::FEast() const { return L1_ * kUsSurveyFoot; }
-
-double TTM27Proj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TTM27Proj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
 
 bool TTM27Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return TransverseCentralPoint(-L2_ / kArcSecondsPerRad, b0, l0, db, dl);

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <span>
-
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
@@ -33,22 +30,21 @@ class GEOMATH_API TTM27Proj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double L1() const { return L1_; }
-  void L1(double value) { L1_ = value; }
+  void L1(double value) { Set(L1_, value); }
   double L2() const { return L2_; }
-  void L2(double value) { L2_ = value; }
+  void L2(double value) { Set(L2_, value); }
   double L34() const { return L34_; }
-  void L34(double value) { L34_ = value; }
+  void L34(double value) { Set(L34_, value); }
   double L5() const { return L5_; }
-  void L5(double value) { L5_ = value; }
+  void L5(double value) { Set(L5_, value); }
   double L6() const { return L6_; }
-  void L6(double value) { L6_ = value; }
-  int Zone() const { return ParamAsInt(zone_); }
-  void Zone(int value) { zone_ = value; }
+  void L6(double value) { Set(L6_, value); }
+  int Zone() const;
+  void Zone(int value) { Set(zone_, value); }
   /// L1 in metres; the false northing is 0.
   double FEast() const override;
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
@@ -57,7 +53,7 @@ class GEOMATH_API TTM27Proj : public TGeoProj {
 
  private:
   PointFactors FactorsAt(double gridFeet, double delta, double phi, double foot) const;
-  static std::span<const ParamRow<TTM27Proj>> Params();
+  static const ParamRow kParams[];
 
   double L1_, L2_, L34_, L5_, L6_, zone_;
 };

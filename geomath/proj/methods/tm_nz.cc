@@ -1,62 +1,55 @@
 #include "geomath/proj/methods/tm_nz.h"
 
+#include "geomath/proj/methods/formulas/tm_nz_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr int kGridScaleIndex = 5;  // after the parameters of TUTMProj
 constexpr double kDefaultGridScale = 0.999998261;
 
 }  // namespace
+
+constexpr ParamRow TTTMNZ::kParams[] = {
+    {"Central Meridian", Quantity::longitude, &TTTMNZ::lambda0_},
+    {"Scale", Quantity::scale, &TTTMNZ::k0_},
+    {"Lat0", Quantity::latitude, &TTTMNZ::phi0_},
+    {"East0", Quantity::easting, &TTTMNZ::fEast_},
+    {"North0", Quantity::northing, &TTTMNZ::fNorth_},
+    {"Grid scale", Quantity::scale, &TTTMNZ::gridScale_},
+};
+
+std::span<const ParamRow> TTTMNZ::Params() const { return kParams; }
 
 TTTMNZ::TTTMNZ() : TTTMNZ(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0, kDefaultGridScale) {}
 
 TTTMNZ::TTTMNZ(double a, double invF, double cm, double scale, double lat0, double fEast,
                double fNorth, double gridScale)
     : TUTMProj(a, invF, cm, scale, lat0, fEast, fNorth), gridScale_(gridScale) {
-  paramCount_ = kGridScaleIndex + 1;
+  paramCount_ = static_cast<int>(std::size(kParams));
+  TTTMNZ::Prepare();
 }
 
-double TTTMNZ::GetParam(int index, unsigned int unit) const {
-  return index == kGridScaleIndex ? gridScale_ : TUTMProj::GetParam(index, unit);
-}
-
-void TTTMNZ::SetParam(double value, int index, unsigned int unit) {
-  if (index == kGridScaleIndex)
-    gridScale_ = value;
-  else
-    TUTMProj::SetParam(value, index, unit);
+void TTTMNZ::Prepare() {
+  TUTMProj::Prepare();
+  *formulas_ = {*utm_, {gridScale_, fEast_, fNorth_}};
 }
 
 bool TTTMNZ::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   if (!TUTMProj::ProjectPoint(b, l, factors)) return false;
-  Grid().Apply(b, l);
+  formulas_->grid.Apply(b, l);
   if (factors) factors->scale /= gridScale_;
   return true;
 }
 
 bool TTTMNZ::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  Grid().Undo(n, e);
+  formulas_->grid.Undo(n, e);
   if (!TUTMProj::UnprojectPoint(n, e, factors)) return false;
   if (factors) factors->scale /= gridScale_;
   return true;
 }
 
-bool TTTMNZ::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(TmNzFormulas{TUTMProj::Formulas(), Grid()}, b, l, derivatives);
-}
-
-void TTTMNZ::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, columns, count);
-}
-
-void TTTMNZ::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, b, l, count);
-}
-
-void TTTMNZ::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(TmNzFormulas{TUTMProj::Formulas(), Grid()}, *this, n, e, count);
-}
+FormulaView TTTMNZ::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

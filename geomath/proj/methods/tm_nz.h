@@ -1,9 +1,11 @@
 #pragma once
 
-#include "geomath/proj/methods/formulas/tm_nz_formulas.h"
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/methods/utm_proj.h"
 
 namespace zel_cs::geomath {
+
+struct TmNzFormulas;
 
 /// TUTMProj whose plane is divided by a grid scale about the false origin (New Zealand): N = N0 +
 /// (N′ − N0)/g, E likewise. Parameters are those of TUTMProj and the grid scale (index 5). Accuracy,
@@ -19,23 +21,21 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double GridScale() const { return gridScale_; }
-  void GridScale(double value) { gridScale_ = value; }
+  void GridScale(double value) { Set(gridScale_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  void Prepare() override;
+  FormulaView Formulas() const override;
 
  private:
-  GridScaling Grid() const { return {gridScale_, FEast(), FNorth()}; }
+  static const ParamRow kParams[];
 
   double gridScale_;
+  InPlace<TmNzFormulas, 19> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -4,8 +4,10 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/tm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -23,41 +25,27 @@ using BatchMath = simd::Polynomial<simd::Baseline>;
 
 }  // namespace
 
-std::span<const ParamRow<TTMProj>> TTMProj::Params() {
-  static constexpr ParamRow<TTMProj> rows[] = {
-      {&TTMProj::lambda0_, ParamKind::angle, &TTMProj::Prepare},
-      {&TTMProj::k0_, ParamKind::scale, &TTMProj::Prepare},
-      {&TTMProj::phi0_, ParamKind::angle, &TTMProj::Prepare},
-      {&TTMProj::fEast_, ParamKind::length, &TTMProj::Prepare},
-      {&TTMProj::fNorth_, ParamKind::length, &TTMProj::Prepare},
-  };
-  return rows;
-}
+constexpr ParamRow TTMProj::kParams[] = {
+    {"Central Meridian", Quantity::longitude, &TTMProj::lambda0_},
+    {"Scale", Quantity::scale, &TTMProj::k0_},
+    {"Lat0", Quantity::latitude, &TTMProj::phi0_},
+    {"East0", Quantity::easting, &TTMProj::fEast_},
+    {"North0", Quantity::northing, &TTMProj::fNorth_},
+};
+
+std::span<const ParamRow> TTMProj::Params() const { return kParams; }
 
 TTMProj::TTMProj() : TTMProj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0) {}
 
 TTMProj::TTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
                  double fNorth)
-    : TGeoProj(ProjTypeTM, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeTM, kParams, a, invF),
       lambda0_(cm),
       k0_(scale),
       phi0_(lat0),
       fEast_(fEast),
       fNorth_(fNorth) {
   TTMProj::Prepare();
-}
-
-void TTMProj::Set(double& field, double value) {
-  field = value;
-  Prepare();
-}
-
-double TTMProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TTMProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
 }
 
 bool TTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
@@ -70,19 +58,19 @@ void TTMProj::Prepare() {
   const double m3 = 15.0 / 8 * (n2 + n3);
   const double m4 = 35.0 / 24 * n3;
   const CosinePowerSeries arc(-m2 / 2, m3 / 2, -m4 / 2, 0);
-  formulas_ = {.lambda0 = lambda0_,
-               .phi0 = phi0_,
-               .fEast = fEast_,
-               .fNorth = fNorth_,
-               .e2 = ell_.e2,
-               .invAxes2 = 1 / (1 - ell_.e2),
-               .aK0 = ell_.a * k0_,
-               .bK0 = ell_.b * k0_,
-               .invAK0 = 1 / (ell_.a * k0_),
-               .m1 = 1 + n + 5.0 / 4 * n2 + 5.0 / 4 * n3,
-               .arc = arc,
-               .arcTerms0 = arc(0.0, std::sin(phi0_), std::cos(phi0_)),
-               .maxNorthing = MaxNorthing()};
+  *formulas_ = {.lambda0 = lambda0_,
+                .phi0 = phi0_,
+                .fEast = fEast_,
+                .fNorth = fNorth_,
+                .e2 = ell_.e2,
+                .invAxes2 = 1 / (1 - ell_.e2),
+                .aK0 = ell_.a * k0_,
+                .bK0 = ell_.b * k0_,
+                .invAK0 = 1 / (ell_.a * k0_),
+                .m1 = 1 + n + 5.0 / 4 * n2 + 5.0 / 4 * n3,
+                .arc = arc,
+                .arcTerms0 = arc(0.0, std::sin(phi0_), std::cos(phi0_)),
+                .maxNorthing = MaxNorthing()};
 }
 
 // A correction shrinks the arc that is lacking to at most e² of it, and the first guess lacks at most
@@ -94,14 +82,14 @@ double TTMProj::MaxNorthing() const {
 }
 
 bool TTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  formulas_.Forward<simd::Libm>(b, l);
+  formulas_->Forward<simd::Libm>(b, l);
   return true;
 }
 
 // Corrects the footpoint until the rest of its arc is below the tolerance, or the limit is reached.
 // Points of the batch's domain are corrected as the batch does.
 bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  const TmFormulas& f = formulas_;
+  const TmFormulas& f = *formulas_;
   const double northing = n - fNorth_;
   TmFormulas::Footpoint at;
   if (f.ServesInverse(n, e)) {
@@ -117,20 +105,6 @@ bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   return true;
 }
 
-bool TTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(formulas_, b, l, derivatives);
-}
-
-void TTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(formulas_, columns, count);
-}
-
-void TTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(formulas_, *this, b, l, count);
-}
-
-void TTMProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(formulas_, *this, n, e, count);
-}
+FormulaView TTMProj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

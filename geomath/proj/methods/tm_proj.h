@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/tm_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct TmFormulas;
 
 /// Transverse Mercator by the fixed-order series with Roman-numeral terms (Redfearn 1948; Ordnance
 /// Survey, A guide to coordinate systems in Great Britain, annexe C).
@@ -36,26 +35,21 @@ class GEOMATH_API TTMProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
  private:
-  void Set(double& field, double value);
   double MaxNorthing() const;
-  static std::span<const ParamRow<TTMProj>> Params();
+  static const ParamRow kParams[];
 
   double lambda0_, k0_, phi0_, fEast_, fNorth_;
-  TmFormulas formulas_;
+  InPlace<TmFormulas, 16> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -2,28 +2,40 @@
 
 #include <cmath>
 
+#include "geomath/base/internal/fold_angle.h"
+#include "geomath/proj/methods/formulas/utm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+namespace {
 
-std::span<const ParamRow<TUTMProj>> TUTMProj::Params() {
-  static constexpr ParamRow<TUTMProj> rows[] = {
-      {&TUTMProj::lambda0_, ParamKind::angle, &TUTMProj::Prepare},
-      {&TUTMProj::k0_, ParamKind::scale, &TUTMProj::Prepare},
-      {&TUTMProj::phi0_, ParamKind::angle, &TUTMProj::Prepare},
-      {&TUTMProj::fEast_, ParamKind::length, &TUTMProj::Prepare},
-      {&TUTMProj::fNorth_, ParamKind::length, &TUTMProj::Prepare},
-  };
-  return rows;
+// Point scale, and convergence with its sign from the longitude difference before it is folded.
+PointFactors FactorsAt(double phi, double deltaLambda, double k0, const TmLatitude& at, double L) {
+  const double size = std::abs(TmConvergence(at, L));
+  const bool east = deltaLambda >= 0, south = phi < 0;
+  return {.scale = k0 * TmScale(at, L), .convergence = east != south ? size : -size};
 }
+
+}  // namespace
+
+constexpr ParamRow TUTMProj::kParams[] = {
+    {"Central Meridian", Quantity::longitude, &TUTMProj::lambda0_},
+    {"Scale", Quantity::scale, &TUTMProj::k0_},
+    {"Lat0", Quantity::latitude, &TUTMProj::phi0_},
+    {"East0", Quantity::easting, &TUTMProj::fEast_},
+    {"North0", Quantity::northing, &TUTMProj::fNorth_},
+};
+
+std::span<const ParamRow> TUTMProj::Params() const { return kParams; }
 
 TUTMProj::TUTMProj() : TUTMProj(kWgs84A, kWgs84InvF, 0, 1.0, 0, 0, 0) {}
 
 TUTMProj::TUTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
                    double fNorth)
-    : TGeoProj(ProjTypeTM, static_cast<int>(Params().size()), a, invF, true),
+    : TGeoProj(ProjTypeTM, kParams, a, invF),
       lambda0_(cm),
       k0_(scale),
       phi0_(lat0),
@@ -32,46 +44,13 @@ TUTMProj::TUTMProj(double a, double invF, double cm, double scale, double lat0, 
   TUTMProj::Prepare();
 }
 
-void TUTMProj::CM(double value) {
-  lambda0_ = value;
-  Prepare();
-}
-
-void TUTMProj::Scale(double value) {
-  k0_ = value;
-  Prepare();
-}
-
-void TUTMProj::Lat0(double value) {
-  phi0_ = value;
-  Prepare();
-}
-
-void TUTMProj::FEast(double value) {
-  fEast_ = value;
-  Prepare();
-}
-
-void TUTMProj::FNorth(double value) {
-  fNorth_ = value;
-  Prepare();
-}
-
-double TUTMProj::GetParam(int index, unsigned int unit) const {
-  return ReadParam(*this, Params(), index, unit);
-}
-
-void TUTMProj::SetParam(double value, int index, unsigned int unit) {
-  WriteParam(*this, Params(), value, index, unit);
-}
-
 bool TUTMProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) const {
   return TransverseCentralPoint(lambda0_, b0, l0, db, dl);
 }
 
 void TUTMProj::Prepare() {
   const MeridianSeries series(ell_);
-  UtmFormulas& f = formulas_;
+  UtmFormulas& f = *utm_;
   f = {.lambda0 = lambda0_,
        .fEast = fEast_,
        .fNorth = fNorth_,
@@ -87,45 +66,24 @@ void TUTMProj::Prepare() {
   f.inverseOrigin = f.rK0 * series.arc(phi0_);
 }
 
-// Convergence, its sign taken from the longitude difference before it is folded, and point scale.
-PointFactors TUTMProj::FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const {
-  const double size = std::abs(TmConvergence(at, L));
-  const bool east = lambda - lambda0_ >= 0, south = phi < 0;
-  return {.scale = k0_ * TmScale(at, L), .convergence = east != south ? size : -size};
-}
-
 bool TUTMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, lambda = l;
-  const auto [at, L] = formulas_.Forward<simd::Libm>(b, l);
-  if (factors) *factors = FactorsAt(phi, lambda, at, L);
+  const double phi = b, deltaLambda = l - lambda0_;
+  const auto [at, L] = utm_->Forward<simd::Libm>(b, l);
+  if (factors) *factors = FactorsAt(phi, deltaLambda, k0_, at, L);
   return true;
 }
 
 bool TUTMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  formulas_.Inverse<simd::Libm>(n, e);
+  utm_->Inverse<simd::Libm>(n, e);
   if (factors) {
-    const double phi = n, lambda = e;
+    const double phi = n, deltaLambda = e - lambda0_;
     const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
-    const double L = FoldTurn(lambda - lambda0_) * cosPhi;
-    *factors = FactorsAt(phi, lambda, TmLatitude(sinPhi, cosPhi, ell_.ep2), L);
+    const double L = FoldTurn(deltaLambda) * cosPhi;
+    *factors = FactorsAt(phi, deltaLambda, k0_, TmLatitude(sinPhi, cosPhi, ell_.ep2), L);
   }
   return true;
 }
 
-bool TUTMProj::Differentiate(double b, double l, GridDerivatives& derivatives) const {
-  return DerivativesOf(formulas_, b, l, derivatives);
-}
-
-void TUTMProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  DerivativesByKernel(formulas_, columns, count);
-}
-
-void TUTMProj::ForwardBlock(double* b, double* l, std::size_t count) const {
-  ForwardByKernel(formulas_, *this, b, l, count);
-}
-
-void TUTMProj::InverseBlock(double* n, double* e, std::size_t count) const {
-  InverseByKernel(formulas_, *this, n, e, count);
-}
+FormulaView TUTMProj::Formulas() const { return ViewOf(*utm_); }
 
 }  // namespace zel_cs::geomath

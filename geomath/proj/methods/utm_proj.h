@@ -1,12 +1,11 @@
 #pragma once
 
-#include <span>
-
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/methods/formulas/utm_formulas.h"
-#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
+
+struct UtmFormulas;
 
 /// Transverse Mercator in the form of UTM and of the United States' grids: rectifying radius,
 /// footpoint latitude in closed form, longitude series to the seventh power (Stem 1989, NOAA
@@ -32,38 +31,30 @@ class GEOMATH_API TUTMProj : public TGeoProj {
 
   /// One parameter, in its unit; a setter takes effect at once.
   double CM() const { return lambda0_; }
-  void CM(double value);
+  void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }
-  void Scale(double value);
+  void Scale(double value) { Set(k0_, value); }
   double Lat0() const { return phi0_; }
-  void Lat0(double value);
+  void Lat0(double value) { Set(phi0_, value); }
   double FEast() const override { return fEast_; }
-  void FEast(double value);
+  void FEast(double value) { Set(fEast_, value); }
   double FNorth() const override { return fNorth_; }
-  void FNorth(double value);
+  void FNorth(double value) { Set(fNorth_, value); }
 
-  double GetParam(int index, unsigned int unit) const override;
-  void SetParam(double value, int index, unsigned int unit) override;
+  std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   void Prepare() override;
-  bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const override;
-  void ForwardBlock(double* b, double* l, std::size_t count) const override;
-  void InverseBlock(double* n, double* e, std::size_t count) const override;
+  FormulaView Formulas() const override;
 
-  /// The prepared constants.
-  const UtmFormulas& Formulas() const { return formulas_; }
+  double lambda0_, k0_, phi0_, fEast_, fNorth_;  ///< the parameters
+  InPlace<UtmFormulas, 16> utm_;                 ///< derived of them
 
  private:
-  PointFactors FactorsAt(double phi, double lambda, const TmLatitude& at, double L) const;
-  static std::span<const ParamRow<TUTMProj>> Params();
-
-  double lambda0_, k0_, phi0_, fEast_, fNorth_;
-  UtmFormulas formulas_;
+  static const ParamRow kParams[];
 };
 
 }  // namespace zel_cs::geomath

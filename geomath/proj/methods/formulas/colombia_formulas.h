@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/simd/elementary.h"
 

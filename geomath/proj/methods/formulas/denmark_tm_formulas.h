@@ -3,7 +3,7 @@
 #include <cmath>
 #include <limits>
 
-#include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/hyperbolic.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"

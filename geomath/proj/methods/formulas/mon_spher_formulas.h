@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
 #include "geomath/simd/elementary.h"
 

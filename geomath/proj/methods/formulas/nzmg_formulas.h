@@ -5,6 +5,7 @@
 #include <iterator>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/stem_transverse_mercator.h"
 #include "geomath/simd/elementary.h"
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"

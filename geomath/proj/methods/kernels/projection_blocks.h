@@ -6,7 +6,8 @@
 
 #include "geomath/base/batch.h"
 #include "geomath/proj/geo_proj.h"
-#include "geomath/proj/host_replaces.h"
+#include "geomath/proj/internal/formula_view.h"
+#include "geomath/proj/internal/host_replaces.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
 #include "geomath/simd/elementary.h"
 
@@ -30,8 +31,8 @@ auto InverseOne(const Formulas& formulas, double& n, double& e) {
   return formulas.template Inverse<simd::Libm>(n, e);
 }
 
-/// Differentiate of a class whose formulas have a kernel: false where they or the point, which
-/// formulas make NaN beyond their limits, are not finite.
+/// FormulaView::Differentiate: false where the derivatives or the point, which formulas make NaN
+/// beyond their limits, are not finite.
 template <class Formulas>
 bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
   const DerivativesBy<Formulas> kernel{formulas};
@@ -43,7 +44,7 @@ bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives
   return true;
 }
 
-/// DifferentiateBlock of such a class.
+/// FormulaView::DifferentiateBlock.
 template <class Formulas>
 void DerivativesByKernel(const Formulas& formulas, double* const (&columns)[4], std::size_t count) {
   constexpr double kRefused = std::numeric_limits<double>::quiet_NaN();
@@ -62,9 +63,7 @@ void RunSingly(double* const (&columns)[2], std::size_t count, Single single) {
   }
 }
 
-/// ForwardBlock and InverseBlock of a class whose formulas have a kernel. Points that the kernel
-/// does not serve go through the class's single-point form, and all points of a host's class that
-/// has a form of its own.
+/// FormulaView::Forward and Inverse.
 template <class Formulas>
 void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, double* l,
                      std::size_t count) {
@@ -83,6 +82,25 @@ void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, 
   };
   if (HostReplaces(proj, &TGeoProj::InversePoint)) return RunSingly({n, e}, count, single);
   RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, single);
+}
+
+/// A view of a record of formulas that have a kernel.
+template <class Formulas>
+FormulaView ViewOf(const Formulas& formulas) {
+  static constexpr FormulaView::Operations operations{
+      [](const void* record, double b, double l, GridDerivatives& derivatives) {
+        return DerivativesOf(*static_cast<const Formulas*>(record), b, l, derivatives);
+      },
+      [](const void* record, double* const(&columns)[4], std::size_t count) {
+        DerivativesByKernel(*static_cast<const Formulas*>(record), columns, count);
+      },
+      [](const void* record, const TGeoProj& proj, double* b, double* l, std::size_t count) {
+        ForwardByKernel(*static_cast<const Formulas*>(record), proj, b, l, count);
+      },
+      [](const void* record, const TGeoProj& proj, double* n, double* e, std::size_t count) {
+        InverseByKernel(*static_cast<const Formulas*>(record), proj, n, e, count);
+      }};
+  return {&formulas, operations};
 }
 
 }  // namespace zel_cs::geomath

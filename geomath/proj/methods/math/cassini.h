@@ -2,8 +2,8 @@
 
 #include <cmath>
 
-#include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 
 namespace zel_cs::geomath {
