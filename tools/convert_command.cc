@@ -21,6 +21,7 @@
 #include "geomath/chain/coordinate_chain.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
+#include "tools/sigma_columns.h"
 #include "tools/system_grid.h"
 
 using namespace zel_cs::geomath;
@@ -33,6 +34,7 @@ struct ConvertOptions {
   std::vector<std::string> input;  // a file, or a position as typed
   PointOptions points;
   std::vector<std::string> with;  // further columns
+  SigmaOptions sigma;
   bool inverse = false;
   int decimals = 4;
 };
@@ -70,7 +72,7 @@ const Extra& FindExtra(const std::string& name) {
 class Conversion {
  public:
   Conversion(const CoordinateSystem& system, bool inverse, double angleUnit,
-             std::vector<const Extra*> extras)
+             std::vector<const Extra*> extras, SigmaColumns* sigma)
       : chain_(system.Chain()),
         inverse_(inverse),
         angleUnit_(angleUnit),
@@ -79,6 +81,7 @@ class Conversion {
         geographic_(system.Geographic()),
         area_(system.Area()),
         extras_(std::move(extras)),
+        sigma_(sigma),
         grid_(system) {}
 
   void operator()(RowBlock& block) {
@@ -86,7 +89,9 @@ class Conversion {
     failed_.resize(count);
     auto &first = block.result[0], &second = block.result[1], &height = block.result[2];
     Copy(block.given, inverse_ ? 1 : kRadPerDeg, given_, block.result, count);
-    if (inverse_)
+    if (sigma_)
+      sigma_->Convert(block, 3 + extras_.size(), failed_);
+    else if (inverse_)
       chain_.ToGlobalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
     else
       chain_.ToLocalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
@@ -159,6 +164,7 @@ class Conversion {
   AxisPair given_, results_, geographic_;
   std::optional<GeoBox> area_;
   std::vector<const Extra*> extras_;
+  SigmaColumns* sigma_;  // null where no uncertainties are asked for
   SystemGrid grid_;
   std::vector<ChainStep> failed_;
   long long outside_ = 0;
@@ -205,6 +211,13 @@ int Convert(ConvertOptions options) {
     extras.push_back(&FindExtra(name));
     job.results.push_back(extras.back()->column);
   }
+  std::optional<SigmaColumns> sigma;
+  if (options.sigma.Asked()) {
+    sigma.emplace(options.sigma, *system, options.inverse);
+    job.also = sigma->Read();
+    for (ResultColumn& column : SigmaColumns::Results(options.decimals))
+      job.results.push_back(std::move(column));
+  }
   job.placedByResult = options.inverse || !IsGeoJsonName(options.points.output);
   const std::string& positions = system->GeographicCrs();
   job.givenCrs = !options.inverse                             ? positions
@@ -213,7 +226,8 @@ int Convert(ConvertOptions options) {
   job.placeCrs = job.placedByResult && !options.inverse ? CrsOfGrid(*system) : positions;
   job.files = system->Files();
   job.files.push_back(options.system);
-  Conversion conversion(*system, options.inverse, gon ? kGonPerDegree : 1, std::move(extras));
+  Conversion conversion(*system, options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
+                        sigma ? &*sigma : nullptr);
   job.work = std::ref(conversion);
   job.warning = [&conversion] { return conversion.Warning(); };
   return isFile ? RunRows(options.points, job) : RunPosition(options.input, options.points, job);
@@ -256,6 +270,7 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
           "factor)")
       ->delimiter(',')
       ->allow_extra_args(false);
+  AddSigmaOptions(arguments, options->sigma);
   return [options] { return Convert(*options); };
 }
 

@@ -118,6 +118,8 @@ class RowLoop {
     block_.result.assign(job.results.size(), std::vector<double>(kBlockRows));
     block_.problems.resize(kBlockRows);
     block_.blank.resize(kBlockRows);
+    block_.also.assign(job.also.size(), std::vector<double>(kBlockRows));
+    for (const std::string& name : job.also) also_.push_back(ColumnOf(name, source));
     result_.resize(job.results.size());
   }
 
@@ -165,8 +167,21 @@ class RowLoop {
     std::string& problem = block_.problems[i];
     problem = source_.Problem(records_[i]);
     if (problem.empty()) problem = columns_.Read(records_[i], point);
+    for (std::size_t k = 0; k < also_.size(); ++k) {
+      const ParsedNumber number = numbers_.Number(records_[i].Text(also_[k]));
+      if (problem.empty() && !number) problem = job_.also[k] + " " + number.problem;
+      block_.also[k][i] = number ? number.value : 0;
+    }
     for (std::size_t axis = 0; axis < 3; ++axis)
       block_.given[axis][i] = problem.empty() ? point[axis] : 0;
+  }
+
+  static std::size_t ColumnOf(const std::string& name, const PointSource& source) {
+    const std::vector<std::string> columns = source.ColumnNames();
+    const auto found = std::find(columns.begin(), columns.end(), name);
+    if (found != columns.end()) return static_cast<std::size_t>(found - columns.begin());
+    throw UserError(fmt::format("{}: there is no column \"{}\"; {}", source.Name(), Printable(name),
+                                SuggestName(name, columns)));
   }
 
   void WriteBlock() {
@@ -215,7 +230,9 @@ class RowLoop {
   PointSink& sink_;
   std::vector<Record> records_;
   RowBlock block_;
-  std::vector<double> result_;  // of a row
+  std::vector<std::size_t> also_;  // columns of the source
+  NumberReader numbers_;           // of those
+  std::vector<double> result_;     // of a row
   bool decimalComma_ = false, decimalCommaSaid_;
   Progress progress_;
   long long rows_ = 0, failures_ = 0;

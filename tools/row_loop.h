@@ -34,6 +34,7 @@ struct RowBlock {
   std::size_t count = 0;
   /// Latitude, longitude (degrees) or northing, easting; height. 0 where a row is unreadable.
   std::array<std::vector<double>, 3> given;
+  std::vector<std::vector<double>> also;    ///< by column that the job reads beside
   std::vector<std::vector<double>> result;  ///< by column
   std::vector<char> blank;                  ///< whether a row is none: empty, or a remark
   /// Why a row has no result; empty where it has one. What was unreadable has its reason already.
@@ -43,8 +44,9 @@ struct RowBlock {
 /// What a command does with the rows of a point file.
 struct RowJob {
   CoordinateKind given = CoordinateKind::geographic;
-  std::string givenCrs, placeCrs;     ///< of what is read and of the output's points, where known
-  std::vector<ResultColumn> results;  ///< with their usual names
+  std::string givenCrs, placeCrs;      ///< of what is read and of the output's points, where known
+  std::vector<std::string> also = {};  ///< names of columns of numbers that are read beside
+  std::vector<ResultColumn> results;   ///< with their usual names
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.
   bool placedByResult = false;
   std::vector<std::string> files;  ///< that the work reads beside the input

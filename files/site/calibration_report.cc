@@ -11,7 +11,10 @@
 #include <iterator>
 #include <span>
 
+#include "files/site/site_judgement.h"
+#include "files/site/uncertainty_map.h"
 #include "files/system/projection_names.h"
+#include "files/words/markup.h"
 #include "geomath/base/angle.h"
 #include "geomath/local/plane_rotation.h"
 
@@ -150,29 +153,6 @@ std::vector<std::string> Estimates(const Calibration& calibration) {
   return lines;
 }
 
-std::string Escaped(const std::string& text) {
-  std::string safe;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        safe += "&amp;";
-        break;
-      case '<':
-        safe += "&lt;";
-        break;
-      case '>':
-        safe += "&gt;";
-        break;
-      case '"':
-        safe += "&quot;";
-        break;
-      default:
-        safe += c;
-    }
-  }
-  return safe;
-}
-
 std::string Table(const char* id, std::span<const char* const> header,
                   const std::vector<std::vector<std::string>>& rows) {
   std::string table = fmt::format("<div class=\"wide\"><table id=\"{}\">\n", id);
@@ -292,6 +272,55 @@ class Map {
   int count_ = 0;
 };
 
+constexpr const char* kReliabilityHeader[] = {
+    "point",    "checked N", "checked E", "checked H", "finds N",  "finds E", "finds H",
+    "effect N", "effect E",  "effect H",  "misfit N",  "misfit E", "misfit H"};
+
+std::vector<std::vector<std::string>> ReliabilityRows(const Calibration& calibration,
+                                                      const SiteAdjustment& adjusted) {
+  std::vector<std::vector<std::string>> rows;
+  for (std::size_t i = 0; i < adjusted.Points().size(); ++i) {
+    std::vector<std::string> row = {calibration.NameOf(i)};
+    const auto cells = [&](double AdjustedCoordinate::*value, int decimals) {
+      for (int c = 0; c < 3; ++c) row.push_back(Cell(adjusted.At(i, c).*value, decimals));
+    };
+    cells(&AdjustedCoordinate::redundancy, 2);
+    cells(&AdjustedCoordinate::detectable, 3);
+    cells(&AdjustedCoordinate::effect, 3);
+    cells(&AdjustedCoordinate::predicted, 4);
+    rows.push_back(row);
+  }
+  return rows;
+}
+
+// The verdict in words, its drawings and the numbers behind it.
+std::string JudgementSection(const Calibration& calibration) {
+  const SiteJudgement judgement(calibration);
+  std::string section = "<h2>What it is worth</h2>\n";
+  for (std::size_t i = 0; i < judgement.Verdict().size(); ++i)
+    section += fmt::format("<p class=\"{}\">{}</p>\n",
+                           i > 0                ? "remark"
+                           : judgement.Usable() ? "verdict usable"
+                                                : "verdict",
+                           Escaped(judgement.Verdict()[i]));
+  if (const std::string map = UncertaintyMap(calibration, judgement); !map.empty())
+    section += map +
+               "<p>Shading: the radius within which a position is certain (95 %, the site's "
+               "own part). Ellipses: standard deviations, enlarged.</p>\n";
+  if (const std::string plan = HeightPlan(calibration, judgement); !plan.empty())
+    section +=
+        plan + "<p>Shading: what the site adds to heights. Numbers: residuals of heights.</p>\n";
+  if (!judgement.Adjusted()) return section;
+  return section +
+         "<p>From a least-squares adjustment of the same control, beside the calibration: the "
+         "share "
+         "of an error that shows (checked), the smallest error that a test finds (finds), what it "
+         "does to the site if it is not found (effect), misfit to all other points (misfit); "
+         "metres.</p>\n" +
+         Table("reliability", kReliabilityHeader,
+               ReliabilityRows(calibration, *judgement.Adjusted()));
+}
+
 constexpr const char* kStyle =
     "body{font:15px/1.5 sans-serif;margin:2em auto;max-width:60em;padding:0 1em;color:#222}"
     "table{border-collapse:collapse;margin:1em 0}td,th{padding:.2em .7em;text-align:right;"
@@ -301,6 +330,10 @@ constexpr const char* kStyle =
     "svg text{font:12px sans-serif;fill:#333}circle{fill:#1a5fb4}circle.none{fill:#999}"
     "circle.vertical{fill:#26a269}circle.rotation{fill:#c64600}"
     ".residual{stroke:#c01c28;stroke-width:1.5;fill:none}.head{fill:#c01c28}"
+    ".verdict{background:#f8d7da;border-left:4px solid #c01c28;padding:.5em 1em;font-weight:bold}"
+    ".verdict.usable{background:#d8f0dd;border-color:#26a269}ellipse.sigma{fill:none;stroke:#"
+    "813d9c;"
+    "stroke-width:1.5}svg text.value{fill:#813d9c}"
     ".bar{stroke:#333;fill:none}.bar.residual{stroke:#c01c28}";
 
 }  // namespace
@@ -326,6 +359,8 @@ std::string CalibrationText(const Calibration& calibration) {
   for (std::size_t i = 0; i < calibration.Points().size(); ++i) line(ResidualRow(calibration, i));
   text += "\n";
   for (const std::string& estimate : Estimates(calibration)) text += estimate + "\n";
+  const SiteJudgement judgement(calibration);
+  for (const std::string& sentence : judgement.Verdict()) text += sentence + "\n";
   for (const std::string& warning : calibration.Warnings()) text += "Warning: " + warning + "\n";
   return text;
 }
@@ -339,7 +374,7 @@ std::string CalibrationPage(const Calibration& calibration, const CalibrationFil
       name, kStyle);
   for (const std::string& warning : calibration.Warnings())
     page += "<p class=\"warning\">" + Escaped(warning) + "</p>\n";
-  page += "<ul>\n";
+  page += JudgementSection(calibration) + "<h2>The calibration</h2>\n<ul>\n";
   for (const std::string& estimate : Estimates(calibration))
     page += "<li>" + Escaped(estimate) + "</li>\n";
   page += "</ul>\n" + Map(calibration).Svg();

@@ -55,6 +55,8 @@ class ControlReader {
       columns_.push_back(RequireColumn(i));
     use_ = FindColumn("use", {{"use"}, {}});
     name_ = FindColumn("name", {{"name"}, {"point", "pointname", "punkt"}});
+    for (const char* name : kSigmaColumns)
+      sigmas_.push_back(FindColumn(name, {{FoldName(name)}, {}}));
   }
 
   ControlTable Read(bool decimalCommaSaid) {
@@ -109,8 +111,20 @@ class ControlReader {
       if (!number) Fail(record, std::string(kControlColumns[i]) + " " + number.problem);
       SetControl(p, i, number.value);
     }
+    for (std::size_t i = 0; i < sigmas_.size(); ++i)
+      if (sigmas_[i]) point.sigma[i] = ReadSigma(record, *sigmas_[i]);
     p.use = use_ ? ReadUse(record, record.Text(*use_)) : WholeUse(p);
     return point;
+  }
+
+  std::optional<double> ReadSigma(const Record& record, std::size_t column) {
+    const std::string text = Trimmed(record.Text(column));
+    if (text.empty()) return {};
+    const ParsedNumber number = numbers_.Number(text);
+    const std::string name = source_.ColumnNames()[column];
+    if (!number) Fail(record, name + " " + number.problem);
+    if (!(number.value > 0)) Fail(record, name + ": a standard deviation is above 0");
+    return number.value;
   }
 
   std::int32_t ReadUse(const Record& record, const std::string& text) const {
@@ -123,6 +137,7 @@ class ControlReader {
   NumberReader numbers_;
   std::vector<std::size_t> columns_;
   std::optional<std::size_t> use_, name_;
+  std::vector<std::optional<std::size_t>> sigmas_;  // north, east, up
 };
 
 }  // namespace

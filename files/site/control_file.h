@@ -20,6 +20,7 @@ struct ControlTable {
   std::string note;  ///< that a decimal comma was recognised; empty when there is nothing to say
 };
 
+/// Standard deviations, metres above 0, may stand in columns sigma_n, sigma_e and sigma_h.
 /// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name, or others
 /// that mean one of these and no other (`Latitude`, `Rechtswert`). `use` holds a code from 0 to 4 or
 /// one of none, vertical, horizontal, both, rotation; without the column every point is used for

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -19,11 +20,16 @@ namespace geomath_files {
 struct ControlPoint {
   std::string name;
   zel_cs::geomath::IdenticalPoint given;
+  /// Standard deviations of northing, easting and height, both systems together, metres; where known.
+  std::array<std::optional<double>, 3> sigma = {};
 };
 
 /// The columns of control points: the global and local coordinates, in the order of kControlFields.
 inline constexpr const char* kControlColumns[] = {"lat",     "lon",     "h",
                                                   "local_n", "local_e", "local_h"};
+
+/// The columns of their standard deviations.
+inline constexpr const char* kSigmaColumns[] = {"sigma_n", "sigma_e", "sigma_h"};
 
 /// Sets a coordinate, by the index of its column, and that the point has it.
 void SetControl(zel_cs::geomath::IdenticalPoint& point, std::size_t column, double value);

@@ -211,7 +211,7 @@ bool SiteAdjustment::Weigh(bool heights, const std::vector<double>& x, Block& bl
     block.v[r] = p.local[i] - block.at.local[i];
     for (int c = 0; c < block.size; ++c) {
       const int k = block.first + c;
-      if (weighted_) C.m[r][c] = local.m[i][k] + carried.m[i][k];
+      if (weighted_[heights]) C.m[r][c] = local.m[i][k] + carried.m[i][k];
       block.C[r][c] = C.m[r][c];
     }
   }
@@ -235,7 +235,8 @@ bool SiteAdjustment::Prepare() {
           if (!(std::abs((*C)[r][c] - (*C)[c][r]) <= kAsymmetry * size)) return false;
           if (!(std::abs((*C)[r][c]) <= size * (1 + kAsymmetry)) || !std::isfinite(size))
             return false;
-          weighted_ |= (*C)[r][c] != 0;
+          const bool ofHeight = options_.model != SiteModel::spatial && r == 2 && c == 2;
+          weighted_[ofHeight] |= (*C)[r][c] != 0;
         }
     const bool plane = p.usePlane, height = p.useHeight;
     for (int i = 0; i < 3; ++i) {

@@ -103,7 +103,7 @@ class GEOMATH_API SiteAdjustment {
  public:
   /// Nothing when the points do not determine the parameters: too few, in one place, for an affine or
   /// inclined-plane model on one line, or a coordinate or covariance that is none (an entry that is
-  /// not finite, a variance below 0; where some points have covariances, all must).
+  /// not finite, a variance below 0; where some points of a part have covariances, all of them must).
   static std::optional<SiteAdjustment> Solve(std::vector<AdjustmentPoint> points,
                                              const AdjustmentOptions& options = {});
 
@@ -180,7 +180,7 @@ class GEOMATH_API SiteAdjustment {
 
   AdjustmentOptions options_;
   std::vector<AdjustmentPoint> points_;
-  bool weighted_ = false;
+  bool weighted_[2] = {};  // whether points have covariances, positions and heights
   double pivot_[3] = {}, localPivot_[3] = {};
   AdjustmentPart parts_[2];
   System systems_[2];

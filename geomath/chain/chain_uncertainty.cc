@@ -52,20 +52,30 @@ bool Factor(const double (&C)[N][N], double (&F)[N][N]) {
   return true;
 }
 
-bool IsCovariance(const double* c) {
-  const double xx = c[0], yy = c[4], zz = c[8];
-  if (!(IsSigma(xx) && IsSigma(yy) && IsSigma(zz))) return false;
-  const double xy = c[1], xz = c[2], yz = c[5];
-  const auto fits = [](double upper, double lower, double product) {
-    const double difference = upper - lower;
-    const bool symmetric = difference * difference <= kRounding * kRounding * product;
-    const bool small = upper * upper <= product * (1 + kRounding);
-    return symmetric & small;
-  };
-  if (!(fits(xy, c[3], xx * yy) & fits(xz, c[6], xx * zz) & fits(yz, c[7], yy * zz))) return false;
-  const double determinant =
-      xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
-  return determinant >= -kRounding * xx * yy * zz;
+// Nine numbers of each point in columns.
+using Matrices = double[9][kBatchBlock];
+
+// 1 for a covariance, 0 for what is none, without branches: numbers of one width vectorise.
+void MarkCovariances(const Matrices& c, std::size_t count, double* marks) {
+  constexpr double kLargest = std::numeric_limits<double>::max();
+  for (std::size_t i = 0; i < count; ++i) {
+    const double xx = c[0][i], yy = c[4][i], zz = c[8][i];
+    const double xy = c[1][i], xz = c[2][i], yz = c[5][i];
+    const auto fits = [](double upper, double lower, double product) {
+      const double difference = upper - lower;
+      const bool symmetric = difference * difference <= kRounding * kRounding * product;
+      const bool small = upper * upper <= product * (1 + kRounding);
+      return symmetric & small;
+    };
+    const bool variances = (xx >= 0) & (yy >= 0) & (zz >= 0);
+    const bool finite = (xx <= kLargest) & (yy <= kLargest) & (zz <= kLargest);
+    const bool pairs =
+        fits(xy, c[3][i], xx * yy) & fits(xz, c[6][i], xx * zz) & fits(yz, c[7][i], yy * zz);
+    const double determinant =
+        xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
+    const bool notNegative = determinant >= -kRounding * xx * yy * zz;
+    marks[i] = variances & finite & pairs & notNegative ? 1 : 0;
+  }
 }
 
 }  // namespace
@@ -164,12 +174,17 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
   const CovarianceFrame local = toLocal ? manner.to : manner.from;
   const bool served = HasFrames(global, local);
   ChainTangents tangents(*this, manner.dates, global, local);
+  Matrices given;
+  for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t k = 0; k < 9; ++k) given[k][i] = covariances[9 * i + k];
+  double usable[kBatchBlock];
+  MarkCovariances(given, count, usable);
   ChainTangents::Covariances c;
+  for (std::size_t k = 0; k < 6; ++k) std::copy_n(given[kUpper[k]], count, c[k]);
   for (std::size_t i = 0; i < count; ++i) {
-    const double* const given = covariances + 9 * i;
-    const bool usable = served && IsCovariance(given);
-    if (!usable) points[0][i] = kNaN;  // fails as input
-    for (std::size_t k = 0; k < 6; ++k) c[k][i] = usable ? given[kUpper[k]] : 0;
+    if (served && usable[i] != 0) continue;
+    points[0][i] = kNaN;  // fails as input
+    for (auto& column : c) column[i] = 0;
   }
   if (toLocal) {
     Trace(points, manner.dates, count, failed, tangents);

@@ -177,6 +177,8 @@ TEST(SiteAdjustment, RefusesWhatDoesNotDetermineIt) {
   bad = Site(4, 0, random);
   bad[1].localCovariance[0][0] = 1e-4;  // the others have none
   EXPECT_FALSE(SiteAdjustment::Solve(bad, {}));
+  for (AdjustmentPoint& p : bad) p.localCovariance[0][0] = p.localCovariance[1][1] = 1e-4;
+  EXPECT_TRUE(SiteAdjustment::Solve(bad, {}));  // heights of equal weight beside weighted positions
   const auto two = SiteAdjustment::Solve(Site(2, 0, random), PlaneOnly());
   EXPECT_TRUE(std::isnan(two->Positions().Variance()));
   EXPECT_TRUE(std::isnan(two->Predict({5.2e6, 4e5, 0}).halfWidth[0]));

@@ -9,6 +9,7 @@
 #include <ctime>
 #include <filesystem>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <string>
 
 #include "files/site/calibration.h"
@@ -589,6 +590,56 @@ int PixelsOf(const fs::path& picture, int red, int green, int blue) {
 
 }  // namespace
 
+// The site of twelve points as it is, with a point that is 0.5 m off, and with so few that nothing
+// is checked.
+TEST_F(Calibrate, SaysWhatTheSiteIsWorth) {
+  const std::string files = " --system " + kExample + "system.json -o site.json";
+  ProgramRun run = Run(kExample + "control.csv" + files);
+  EXPECT_TRUE(Contains(run.out, "\nUsable: the control agrees with itself")) << run.out;
+  EXPECT_TRUE(Contains(run.out, "20 surplus observations")) << run.out;
+  EXPECT_TRUE(Contains(run.out, "The weakest point is point ")) << run.out;
+  EXPECT_TRUE(Contains(run.out, "Measure next near grid northing ")) << run.out;
+
+  std::string control = ReadText(kExample + "control.csv");
+  const std::string northing = "517342.5074";
+  control.replace(control.find(northing), northing.size(), "517343.0074");
+  Write("wrong.csv", control);
+  run = Run("wrong.csv --report r.html" + files);
+  EXPECT_TRUE(Contains(run.out, "Not usable as it is: point 30010378 (northing) does not fit"))
+      << run.out;
+  EXPECT_TRUE(Contains(run.out, "gives no weight to 30010378")) << run.out;
+  EXPECT_TRUE(Contains(Read("r.html"), "<p class=\"verdict\">Not usable as it is: point 30010378"));
+
+  std::size_t end = 0;
+  for (int line = 0; line < 3; ++line) end = control.find('\n', end) + 1;
+  Write("two.csv", control.substr(0, end));
+  run = Run("two.csv" + files);
+  EXPECT_TRUE(Contains(run.out, "Not to be judged: the positions are fitted exactly")) << run.out;
+}
+
+// A point of small weight may be half a metre off.
+TEST_F(Calibrate, TakesStandardDeviationsOfControl) {
+  std::string control = ReadText(kExample + "control.csv"), weighted;
+  const std::string northing = "517342.5074";
+  control.replace(control.find(northing), northing.size(), "517343.0074");
+  std::istringstream lines(control);
+  for (std::string line; std::getline(lines, line);) {
+    const bool header = weighted.empty(), off = Contains(line, "30010378");
+    weighted += line +
+                (header ? ",sigma_n,sigma_e,sigma_h"
+                 : off  ? ",1,1,1"
+                        : ",0.03,0.03,0.03") +
+                "\n";
+  }
+  Write("weighted.csv", weighted);
+  const std::string files = " --system " + kExample + "system.json -o site.json";
+  const ProgramRun run = Run("weighted.csv" + files);
+  EXPECT_TRUE(Contains(run.out, "\nUsable: ")) << run.out << run.err;
+  weighted.replace(weighted.find(",1,1,1"), 6, ",0,1,1");
+  Write("none.csv", weighted);
+  EXPECT_TRUE(Contains(Run("none.csv" + files).err, "sigma_n: a standard deviation is above 0"));
+}
+
 TEST_F(Calibrate, ReportIsOnePageThatABrowserDraws) {
   std::string control = ReadText(kExample + "control.csv");
   control.replace(control.find("30010209"), 8, "<b>&1</b>");
@@ -597,7 +648,8 @@ TEST_F(Calibrate, ReportIsOnePageThatABrowserDraws) {
       Run("control.csv --system " + kExample + "system.json -o site.json --report r.html").status,
       0);
   const std::string page = Read("r.html");
-  EXPECT_EQ(CountOf(page, "<circle"), 12);
+  EXPECT_EQ(CountOf(page, "<circle"), 3 * 12);  // residuals, uncertainty, heights
+  EXPECT_EQ(CountOf(page, "<ellipse"), 12);
   EXPECT_EQ(CountOf(page, "<line"), 12);
   EXPECT_TRUE(Contains(page, "2 km") && Contains(page, "residuals: 50 mm"));
   EXPECT_TRUE(Contains(page, "&lt;b&gt;&amp;1&lt;/b&gt;") && !Contains(page, "<b>"));
@@ -609,15 +661,18 @@ TEST_F(Calibrate, ReportIsOnePageThatABrowserDraws) {
       "cd '" + directory_.string() +
       "' && timeout 100 chromium --headless --no-sandbox --disable-gpu --disable-quic "
       "--no-first-run --disable-background-networking --disable-component-update --disable-sync "
-      "--user-data-dir=profile --window-size=900,1400 ";
+      "--user-data-dir=profile --window-size=900,4600 ";
   const std::string address = " 'file://" + (directory_ / "r.html").string() + "'";
   ASSERT_EQ(std::system((browse + "--screenshot=shot.png" + address + " 2>chromium.txt").c_str()),
             0)
       << Read("chromium.txt");
-  // Twelve discs of radius 4 (50 pixels each, less arrows over them), and the arrows.
+  // Twelve discs of radius 4 (50 pixels each, less arrows over them) and twice twelve of radius 3, and
+  // the arrows; ellipses, and the darkest shading.
   const int blue = PixelsOf(directory_ / "shot.png", 0x1a, 0x5f, 0xb4);
-  EXPECT_GT(blue, 12 * 15);
-  EXPECT_LT(blue, 12 * 60);
+  EXPECT_GT(blue, 36 * 10);
+  EXPECT_LT(blue, 36 * 60);
+  EXPECT_GT(PixelsOf(directory_ / "shot.png", 0x81, 0x3d, 0x9c), 12 * 10);
+  EXPECT_GT(PixelsOf(directory_ / "shot.png", 110, 160, 215), 500);
   EXPECT_GT(PixelsOf(directory_ / "shot.png", 0xc0, 0x1c, 0x28), 12 * 10);
   ASSERT_EQ(std::system((browse + "--dump-dom" + address + " >dom.txt 2>chromium.txt").c_str()), 0);
   EXPECT_EQ(CountOf(Read("dom.txt"), "<td>both</td>"), 12);

@@ -282,3 +282,39 @@ TEST_F(Convert, RefusesWhatLiesBeyondTheMap) {
   EXPECT_EQ(run.status, 1);
   EXPECT_TRUE(Contains(run.err, "beyond the map: its longitude would be 898")) << run.err;
 }
+
+// A datum and a transverse Mercator, whose scale there is 0.99988 and whose convergence 1.62 degrees:
+// centimetres stay, sqrt(1 + 0.03^2) m become 1.0003 m.
+TEST_F(Convert, CarriesUncertainties) {
+  Write("in.csv",
+        "name,lat,lon,h,sn,se,su\nTP03,50.43885825610,-4.10864563561,215.251,0.03,0.01,0.02\n");
+  ProgramRun run = Run("in.csv -o - --sigma sn,se,su");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(
+      Contains(run.out, "h_local,sigma_n,sigma_e,sigma_h,ellipse_a,ellipse_b,ellipse_bearing\n"))
+      << run.out;
+  EXPECT_TRUE(Contains(run.out, std::string(kTp03Grid) + ",0.0300,0.0100,0.0200,0.0300,0.0100,"))
+      << run.out;
+  run = Run("--sigma 0.0009,0,0,0.0001,0,0.0004 in.csv -o - --sigma-datum 1");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, ",1.0003,0.9999,1.0002,1.0003,0.9999,1.6")) << run.out;
+  // Geocentric variances that are equal are equal in every frame; and back.
+  run = Run("50.43885825610 -4.10864563561 215.251 --sigma 0.05,0.05,0.05 --sigma-frame xyz");
+  EXPECT_TRUE(Contains(run.out, "sigma_n                       0.0500 m")) << run.out;
+  run = Run("--inverse 250357.8185 62015.2109 165.6607 --sigma 0.03,0.01,0.02");
+  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_TRUE(Contains(run.out, "sigma_h                       0.0200 m")) << run.out;
+}
+
+TEST_F(Convert, RefusesUncertaintiesThatAreNone) {
+  Write("in.csv", "lat,lon,h,s\n50.4,-4.1,215,0.03\n50.4,-4.1,215,-0.03\n50.4,-4.1,215,x\n");
+  const ProgramRun run = Run("in.csv -o - --sigma s,s,s");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.err, "line 3")) << run.err;
+  EXPECT_TRUE(Contains(run.err, "line 4: not converted: s ")) << run.err;
+  EXPECT_TRUE(Contains(Run("in.csv -o - --sigma s,t,s").err, "there is no column \"t\""));
+  EXPECT_TRUE(Contains(Run("in.csv -o - --sigma s,s").err, "--sigma: three"));
+  EXPECT_TRUE(Contains(Run("in.csv -o - --sigma 1,s,s").err, "--sigma: give numbers"));
+  EXPECT_TRUE(Contains(Run("in.csv -o - --sigma 1,1,1 --sigma-datum -1").err, "--sigma-datum"));
+  EXPECT_TRUE(Contains(Run("--inverse 1 2 --sigma 1,1,1 --sigma-frame xyz").err, "--sigma-frame"));
+}
