@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <utility>
 #include <vector>
 
@@ -40,8 +41,13 @@ Columns SpreadPoints(const double (&low)[Axes], const double (&high)[Axes]) {
 /// A PROJ transformation in a context of its own.
 class ProjPeer {
  public:
-  explicit ProjPeer(const char* definition)
-      : context_(proj_context_create()), pj_(proj_create(context_, definition)) {}
+  /// Grids that a model names are looked for in `folder`.
+  explicit ProjPeer(const char* definition, const std::string& folder = "")
+      : context_(proj_context_create()) {
+    const char* const paths[] = {folder.c_str(), "/usr/share/proj"};
+    if (!folder.empty()) proj_context_set_search_paths(context_, 2, paths);
+    pj_ = proj_create(context_, definition);
+  }
   ~ProjPeer() {
     proj_destroy(pj_);
     proj_context_destroy(context_);
@@ -56,6 +62,13 @@ class ProjPeer {
     constexpr std::size_t kStride = sizeof(double);
     proj_trans_generic(pj_, direction, x, kStride, count, y, kStride, count, z, kStride,
                        z ? count : 0, nullptr, 0, 0);
+  }
+  /// The same for points at one date.
+  void ConvertAt(double date, PJ_DIRECTION direction, double* x, double* y, double* z,
+                 std::size_t count) const {
+    constexpr std::size_t kStride = sizeof(double);
+    proj_trans_generic(pj_, direction, x, kStride, count, y, kStride, count, z, kStride, count,
+                       &date, 0, 1);
   }
   /// Of a projection, at a position in radians.
   PJ_FACTORS Factors(double lambda, double phi) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <limits>
 
@@ -21,6 +22,13 @@ class PointDates {
 
   /// The date of point i.
   double operator[](std::size_t i) const { return each_ ? each_[i] : all_; }
+  /// The dates of the first `count` points.
+  void Copy(double* dates, std::size_t count) const {
+    if (each_)
+      std::copy_n(each_, count, dates);
+    else
+      std::fill_n(dates, count, all_);
+  }
   /// The dates of the points from `first` on.
   PointDates From(std::size_t first) const {
     PointDates rest = *this;

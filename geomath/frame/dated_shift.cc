@@ -11,8 +11,9 @@ DatedShift::~DatedShift() = default;
 void DatedShift::RunAt(BlockAt block, double* const (&point)[3], const double* dates,
                        std::size_t count, ShiftStatus* status) const {
   const auto allowed = [this](double date) { return date >= years_.first && date <= years_.last; };
-  if (std::all_of(dates, dates + count, allowed))
-    return (this->*block)(point, dates, count, status);
+  std::size_t refused = 0;
+  for (std::size_t i = 0; i < count; ++i) refused += !allowed(dates[i]);
+  if (refused == 0) return (this->*block)(point, dates, count, status);
 
   double years[kMaxPoints] = {};
   for (std::size_t i = 0; i < count; ++i)
@@ -23,13 +24,17 @@ void DatedShift::RunAt(BlockAt block, double* const (&point)[3], const double* d
       status[i] = std::isnan(dates[i]) ? ShiftStatus::noDate : ShiftStatus::otherDate;
 }
 
-// The forms without dates are not called: the kind of a dated shift is never timeless.
-void DatedShift::ForwardBlock(double* const (&)[3], std::size_t count, ShiftStatus* status) const {
-  std::fill_n(status, count, ShiftStatus::noDate);
+// Called where the kind is timeless: any date will do.
+void DatedShift::ForwardBlock(double* const (&point)[3], std::size_t count,
+                              ShiftStatus* status) const {
+  constexpr double kAnyDates[kMaxPoints] = {};
+  ForwardAt(point, kAnyDates, count, status);
 }
 
-void DatedShift::InverseBlock(double* const (&)[3], std::size_t count, ShiftStatus* status) const {
-  std::fill_n(status, count, ShiftStatus::noDate);
+void DatedShift::InverseBlock(double* const (&point)[3], std::size_t count,
+                              ShiftStatus* status) const {
+  constexpr double kAnyDates[kMaxPoints] = {};
+  InverseAt(point, kAnyDates, count, status);
 }
 
 void DatedShift::ForwardDatedBlock(double* const (&point)[3], const double* dates,

@@ -15,7 +15,8 @@ struct YearRange {
 
 /// A shift that needs the date of each position: a change of the reference frame, or a motion in one.
 /// A position without a date is refused as ShiftStatus::noDate, one at a date outside of the years
-/// for which the shift is defined as ShiftStatus::otherDate.
+/// for which the shift is defined as ShiftStatus::otherDate. A kind that is timeless says that this one
+/// does not change with the date, and needs none.
 class GEOMATH_API DatedShift : public CoordinateShift {
  public:
   ~DatedShift() override;

@@ -22,6 +22,8 @@ constexpr double kLastAngle = 2e-15, kLastHeight = 1e-8;
 // coordinates that are printed with 9 decimals of a degree.
 constexpr double kOnEdge = 1e-10;
 
+constexpr Turn kTurn{kTwoPi, 1 / kTwoPi};
+
 bool IsSound(const GeographicExtent& extent) {
   return extent.south <= extent.north && extent.west <= extent.east &&
          extent.east - extent.west <= kTwoPi + kOnEdge && std::abs(extent.west) <= 2 * kTwoPi &&
@@ -70,15 +72,16 @@ struct DeformationModel::Component {
   std::unique_ptr<const NodeGrid> nodes;
   ShiftComponents displacement;
   bool inSpace;  // the nodes hold vectors along X, Y, Z
-  double south, north, west, width;
+  double south, north;
+  double west, east;  // counted from the western edge of the model
   TimeFunction time;
 
-  double EastOfWest(double l) const { return Turn{kTwoPi, 1 / kTwoPi}.Reduce(l - west); }
+  // `l` counts from the western edge of the model to the turn.
   bool Holds(double b, double l) const {
-    const double east = EastOfWest(l);
     const bool along = (b >= south - kOnEdge) & (b <= north + kOnEdge);
-    const bool across = (east >= -kOnEdge) & (east <= width + kOnEdge);
-    return along & across;
+    const bool across = (l >= west - kOnEdge) & (l <= east + kOnEdge);
+    const bool pastTurn = l + kTwoPi <= east + kOnEdge;
+    return along & (across | pastTurn);
   }
 
   // Null with a reason.
@@ -86,7 +89,7 @@ struct DeformationModel::Component {
                                          DeformationComponent& given, std::string& reason);
 };
 
-// The points of a block, all of them in the extent of the model or refused.
+// The points of a block: latitudes, and longitudes from the western edge of the model.
 struct DeformationModel::Place {
   const double *b, *l;
   bool oneDate;
@@ -159,8 +162,8 @@ std::unique_ptr<DeformationModel::Component> DeformationModel::Component::Make(
   made->inSpace = inSpace;
   made->south = given.extent.south;
   made->north = given.extent.north;
-  made->west = given.extent.west;
-  made->width = given.extent.east - given.extent.west;
+  made->west = kTurn.Reduce(given.extent.west - model.extent.west);
+  made->east = made->west + (given.extent.east - given.extent.west);
   made->time = std::move(given.time);
   return made;
 }
@@ -214,7 +217,7 @@ void DeformationModel::AddComponent(const Component& component, const Place& pla
   double b[kBatchBlock], l[kBatchBlock], values[3][kBatchBlock], factor[kBatchBlock];
   for (std::size_t k = 0; k < reached; ++k) {
     b[k] = place.b[index[k]];
-    l[k] = component.west + component.EastOfWest(place.l[index[k]]);
+    l[k] = extent_.west + place.l[index[k]];
     factor[k] = place.oneDate ? ofAll : component.time.At(dates[index[k]]);
   }
   ShiftStatus became[kBatchBlock] = {};
@@ -261,16 +264,17 @@ void DeformationModel::Apply(double* const (&point)[3], Sums& sums, std::size_t 
 
 void DeformationModel::ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
                                  ShiftStatus* status) const {
-  const double width = extent_.east - extent_.west;
+  double east[kBatchBlock];  // of the western edge
   for (std::size_t i = 0; i < count; ++i) {
-    const double east = Turn{kTwoPi, 1 / kTwoPi}.Reduce(point[1][i] - extent_.west);
+    east[i] = kTurn.Reduce(point[1][i] - extent_.west + kOnEdge) - kOnEdge;
     const bool along =
-        point[0][i] >= extent_.south - kOnEdge && point[0][i] <= extent_.north + kOnEdge;
-    if (!along || !(east <= width + kOnEdge)) status[i] = ShiftStatus::outside;
+        (point[0][i] >= extent_.south - kOnEdge) & (point[0][i] <= extent_.north + kOnEdge);
+    const bool across = east[i] <= extent_.east - extent_.west + kOnEdge;
+    if (!(along & across)) status[i] = ShiftStatus::outside;
   }
   Sums sums;
   for (double* sum : {sums.north, sums.east, sums.up}) std::fill_n(sum, count, 0.0);
-  const Place place{point[0], point[1], IsOneDate(dates, count)};
+  const Place place{point[0], east, IsOneDate(dates, count)};
   for (const Component& component : components_)
     AddComponent(component, place, dates, sums, count, status);
   Apply(point, sums, count);

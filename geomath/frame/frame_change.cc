@@ -4,8 +4,6 @@
 #include <exception>
 #include <utility>
 
-#include "geomath/shift/small_angle_similarity.h"
-
 namespace zel_cs::geomath {
 namespace {
 
@@ -14,13 +12,6 @@ ShiftKind KindOf(const std::vector<FrameStep>& steps) {
     return step.transformation->IsTimeless();
   });
   return timeless ? ShiftKind::timeless : ShiftKind::frameChange;
-}
-
-std::unique_ptr<const CoordinateShift> ShiftOf(const FrameTransformation& transformation) {
-  const TimeDependentParameters p = transformation.Parameters();
-  if (transformation.IsTimeless())
-    return std::make_unique<SmallAngleSimilarity>(p.shift, p.rotation, p.scale, p.sense);
-  return std::make_unique<TimeDependentSimilarity>(p);
 }
 
 }  // namespace
@@ -35,47 +26,33 @@ std::unique_ptr<FrameChange> FrameChange::Make(ReferenceFrame from, ReferenceFra
 }
 
 FrameChange::FrameChange(std::vector<FrameStep> steps)
-    : CoordinateShift(ShiftSpace::geocentric, KindOf(steps)), steps_(std::move(steps)) {
-  for (const FrameStep& step : steps_) shifts_.push_back(ShiftOf(*step.transformation));
+    : DatedShift(ShiftSpace::geocentric, KindOf(steps)), steps_(std::move(steps)) {
+  for (const FrameStep& step : steps_)
+    similarities_.emplace_back(step.transformation->Parameters());
 }
 
 FrameChange::~FrameChange() = default;
 
-// A point that a step refuses is NaN in the next, which must not hide why.
-void FrameChange::RunStep(std::size_t step, bool forward, double* const (&point)[3],
-                          PointDates dates, std::size_t count, ShiftStatus* status) const {
-  const CoordinateShift& shift = *shifts_[step];
-  ShiftStatus became[kMaxPoints];
-  if (forward != steps_[step].inverse)
-    shift.ForwardDatedBatch(dates, point[0], point[1], point[2], count, 1, became);
-  else
-    shift.InverseDatedBatch(dates, point[0], point[1], point[2], count, 1, became);
-  for (std::size_t i = 0; i < count; ++i)
-    if (HasResult(status[i])) status[i] = became[i];
+void FrameChange::ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
+                            ShiftStatus* status) const {
+  for (std::size_t step = 0; step < steps_.size(); ++step) {
+    const TimeDependentSimilarity& similarity = similarities_[step];
+    if (steps_[step].inverse)
+      similarity.InverseAt(point, dates, count, status);
+    else
+      similarity.ForwardAt(point, dates, count, status);
+  }
 }
 
-void FrameChange::ForwardDatedBlock(double* const (&point)[3], const double* dates,
-                                    std::size_t count, ShiftStatus* status) const {
-  for (std::size_t step = 0; step < steps_.size(); ++step)
-    RunStep(step, true, point, PointDates(dates), count, status);
-}
-
-void FrameChange::InverseDatedBlock(double* const (&point)[3], const double* dates,
-                                    std::size_t count, ShiftStatus* status) const {
-  for (std::size_t step = steps_.size(); step-- > 0;)
-    RunStep(step, false, point, PointDates(dates), count, status);
-}
-
-void FrameChange::ForwardBlock(double* const (&point)[3], std::size_t count,
-                               ShiftStatus* status) const {
-  for (std::size_t step = 0; step < steps_.size(); ++step)
-    RunStep(step, true, point, PointDates(), count, status);
-}
-
-void FrameChange::InverseBlock(double* const (&point)[3], std::size_t count,
-                               ShiftStatus* status) const {
-  for (std::size_t step = steps_.size(); step-- > 0;)
-    RunStep(step, false, point, PointDates(), count, status);
+void FrameChange::InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
+                            ShiftStatus* status) const {
+  for (std::size_t step = steps_.size(); step-- > 0;) {
+    const TimeDependentSimilarity& similarity = similarities_[step];
+    if (steps_[step].inverse)
+      similarity.ForwardAt(point, dates, count, status);
+    else
+      similarity.InverseAt(point, dates, count, status);
+  }
 }
 
 }  // namespace zel_cs::geomath

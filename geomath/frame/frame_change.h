@@ -5,15 +5,16 @@
 #include <vector>
 
 #include "geomath/export.h"
+#include "geomath/frame/dated_shift.h"
 #include "geomath/frame/frame_table.h"
-#include "geomath/shift/coordinate_shift.h"
+#include "geomath/frame/time_dependent_similarity.h"
 
 namespace zel_cs::geomath {
 
 /// The way from one reference frame to another in published steps, at the date of the position:
-/// Forward from the first frame to the last. Geocentric; positions stay at their date, also where a
+/// Forward from the first frame to the last. Timeless when no step changes with the date. Geocentric; positions stay at their date, also where a
 /// frame is used at one epoch only.
-class GEOMATH_API FrameChange : public CoordinateShift {
+class GEOMATH_API FrameChange : public DatedShift {
  public:
   /// By FrameSteps. Null when the frames are not connected, or without memory; the way from a frame
   /// to itself leaves the coordinates as they are.
@@ -26,19 +27,13 @@ class GEOMATH_API FrameChange : public CoordinateShift {
  private:
   explicit FrameChange(std::vector<FrameStep> steps);
 
-  void ForwardBlock(double* const (&point)[3], std::size_t count,
-                    ShiftStatus* status) const override;
-  void InverseBlock(double* const (&point)[3], std::size_t count,
-                    ShiftStatus* status) const override;
-  void ForwardDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
-                         ShiftStatus* status) const override;
-  void InverseDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
-                         ShiftStatus* status) const override;
-  void RunStep(std::size_t step, bool forward, double* const (&point)[3], PointDates dates,
-               std::size_t count, ShiftStatus* status) const;
+  void ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
+                 ShiftStatus* status) const override;
+  void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
+                 ShiftStatus* status) const override;
 
   std::vector<FrameStep> steps_;
-  std::vector<std::unique_ptr<const CoordinateShift>> shifts_;  // of the steps, in their own sense
+  std::vector<TimeDependentSimilarity> similarities_;  // of the steps, from source to target
 };
 
 }  // namespace zel_cs::geomath

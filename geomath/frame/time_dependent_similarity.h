@@ -37,6 +37,8 @@ class GEOMATH_API TimeDependentSimilarity : public DatedShift {
   TimeDependentSimilarity(const TimeDependentParameters& parameters, ShiftKind kind);
 
  private:
+  friend class FrameChange;  // runs several over a block
+
   void ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,

@@ -98,7 +98,7 @@ void CoordinateShift::RunBlock(Direction direction, double* const (&point)[3], P
   if (kind_ == ShiftKind::timeless)
     return forward ? ForwardBlock(point, count, status) : InverseBlock(point, count, status);
   double years[kBatchBlock];
-  for (std::size_t i = 0; i < count; ++i) years[i] = dates[i];
+  dates.Copy(years, count);
   return forward ? ForwardDatedBlock(point, years, count, status)
                  : InverseDatedBlock(point, years, count, status);
 }

@@ -11,7 +11,7 @@
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/frame/frame_change.h"
 #include "geomath/frame/velocity_grid.h"
-#include "tests/frame/published_grids.h"
+#include "tests/support/published_grids.h"
 #include "tests/support/reference_data.h"
 
 namespace zel_cs::geomath {
