@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <utility>
 #include <vector>
 
@@ -12,6 +13,8 @@
 #include "files/exchange/proj_projection.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/shift/shift_grid.h"
+#include "geomath/shift/triangulation.h"
 
 using namespace zel_cs::geomath;
 
@@ -33,6 +36,29 @@ std::string DatumText(const Ellipsoid& global, const Datum& datum) {
       " +step +inv +proj=cart {}",
       ProjEllipsoid(global), shift[0], shift[1], shift[2], rotation[0], rotation[1], rotation[2],
       datum.Scale() * 1e6, ProjEllipsoid(*datum.GetEllipsoid()));
+}
+
+// The steps of the grids and triangulations of a place, from global to local.
+std::string ShiftsText(const CoordinateSystem& system, ShiftPlace place) {
+  std::string text;
+  for (const SystemShift& each : system.Shifts()) {
+    if (each.place != place) continue;
+    const std::string& file = each.choice.file;
+    const auto* grid = dynamic_cast<const ShiftGrid*>(each.shift.get());
+    const bool horizontal = grid && grid->Space() == ShiftSpace::geographic &&
+                            grid->Components() == ShiftComponents::horizontal &&
+                            grid->Interpolation() == ShiftInterpolation::bilinear;
+    const bool triangles = dynamic_cast<const Triangulation*>(each.shift.get()) &&
+                           each.shift->Space() == ShiftSpace::plane;
+    if (!(horizontal || triangles) || file.find_first_of(" ,\"") != std::string::npos)
+      throw UserError(fmt::format("--pipeline: the shift {} cannot be written for PROJ",
+                                  file.empty() ? each.entry.dump() : file));
+    text += each.direction == ShiftDirection::inverse ? " +step +inv" : " +step";
+    const std::string path = std::filesystem::absolute(file).lexically_normal().string();
+    text += horizontal ? " +proj=hgridshift +grids=" + path : " +proj=tinshift +file=" + path;
+    if (horizontal && each.outside == ShiftOutside::unchanged) text += ",null";
+  }
+  return text;
 }
 
 bool IsNorthEast(const AxisPair& axes) {
@@ -213,18 +239,20 @@ std::string ProjPipeline(const Calibration& calibration) {
   const CoordinateChain& chain = calibration.System().Chain();
   if (chain.GetGeoid())
     throw UserError("--pipeline: heights above a geoid cannot be written for PROJ");
-  for (const ShiftPlace place : {ShiftPlace::beforeDatum, ShiftPlace::afterDatum,
-                                 ShiftPlace::heights, ShiftPlace::afterProjection})
-    if (!chain.GetShifts(place).empty())
-      throw UserError("--pipeline: shifts cannot be written for PROJ");
-  if (!IsNorthEast(calibration.System().Grid()) || !IsNorthEast(calibration.System().Geographic()))
+  const CoordinateSystem& system = calibration.System();
+  if (system.FixedHeight() || !chain.GetShifts(ShiftPlace::heights).empty())
+    throw UserError(
+        "--pipeline: a datum at a fixed height and shifts of heights cannot be written for PROJ");
+  if (!IsNorthEast(system.Grid()) || !IsNorthEast(system.Geographic()))
     throw UserError("--pipeline: only axes \"NE\" can be written for PROJ");
   const TGeoProj& projection = calibration.Projection();
   const std::string definition = ProjectionText(projection, calibration.ProjectionName());
   const CoordinateColumns lattice = SiteLattice(calibration.Points());
-  std::string text = "+proj=pipeline";
+  std::string text = "+proj=pipeline" + ShiftsText(system, ShiftPlace::beforeDatum);
   if (const Datum* datum = chain.GetDatum()) text += DatumText(*chain.GetGlobalEllipsoid(), *datum);
+  text += ShiftsText(system, ShiftPlace::afterDatum);
   text += " +step " + definition + CorrectionText(projection, definition, lattice);
+  text += ShiftsText(system, ShiftPlace::afterProjection);
   text += SiteText(calibration.Site()) + GroundText(chain.GetGround(), lattice);
   RefuseDifference(calibration, text, lattice);
   return text;

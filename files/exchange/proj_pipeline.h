@@ -13,7 +13,8 @@ namespace geomath_files {
 /// least 20 km, PROJ agrees with the system's own conversion within 0.01 mm both ways.
 ///
 /// Throws UserError where PROJ has no equal: for a projection that it does not have or that differs
-/// by more, for axes other than NE, and for heights above a geoid.
+/// by more, for axes other than NE, for heights above a geoid, and for shifts other than horizontal
+/// grids of latitude and longitude and triangulations of the plane.
 std::string ProjPipeline(const Calibration& calibration);
 
 }  // namespace geomath_files

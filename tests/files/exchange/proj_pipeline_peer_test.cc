@@ -93,7 +93,14 @@ std::vector<Row> Rows() {
       "rY": -0.330772, "rZ": 1.876074, "ppm": 4.07244, "rotation": "position-vector"})");
   ground["ground"] = json::parse(R"({"height": 800, "gridScaleFactor": 0.9997, "rotation": 12,
       "originN": 500000, "originE": 170000, "offsetN": 1000, "offsetE": -2000})");
+  // The grid of Germany, of Debian's package proj-data, which comes with PROJ.
+  json grid =
+      On("Bessel 1841", R"({"name": "TMERCSPHER", "Central Meridian": 9, "Scale": 1, "Lat0": 0,
+      "East0": 3500000, "North0": 0})");
+  grid["shifts"] = json::parse(R"([{"file": "/usr/share/proj/BETA2007.gsb", "place": "before datum",
+      "inverse": "yes", "outside": "identity"}])");
   return {
+      {"BehindAGrid", grid, 52.5, 9.5},
       {"OwnStereographic", wgs84},
       {"OwnStereographicAfterDatum", datum},
       {"OwnStereographicToGround", ground},
