@@ -239,7 +239,7 @@ Raises Error for a grid that is not on the Earth or a scheme that does not serve
                   R"(from_file(path, interpolation="")
 --
 
-A grid in a raster format of docs/geoid.md, its nodes at the centres of the pixels.
+A grid in a raster format of docs/program/geoid.md, its nodes at the centres of the pixels.
 
 Raises Error when the file holds no grid in latitude and longitude.)")
       .def_property_readonly("grid", &NodesOf,
@@ -297,7 +297,7 @@ Raises Error for arrays whose sizes do not fit.)");
                   R"(from_file(path, *, correction=None, subtract_normal_field=False)
 --
 
-A model from a file of coefficients: lines "n m C S", or an ICGEM .gfc file (docs/geoid.md).
+A model from a file of coefficients: lines "n m C S", or an ICGEM .gfc file (docs/program/geoid.md).
 
 correction: a file of the height-anomaly correction, lines "n m C S" in centimetres.
 subtract_normal_field takes the even zonal terms of WGS84 from the coefficients; a UserWarning says
