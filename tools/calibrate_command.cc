@@ -58,19 +58,21 @@ int Calibrate(const CalibrateOptions& options) {
   return kExitDone;
 }
 
+constexpr const char* kFooter =
+    "Solves a site calibration: a similarity in the plane of the system's projection and an\n"
+    "inclined plane for the heights. A system without projection gets a stereographic one,\n"
+    "centred on the site. CONTROL has the columns lat, lon, h (global), local_n, local_e,\n"
+    "local_h and use (none, vertical, horizontal, both, rotation, or 0 to 4), and may have "
+    "name;\n"
+    "other usual names, such as Latitude or Rechtswert, are taken where one thing only is "
+    "meant.\n"
+    "The output is a system file for \"geomath convert\".";
+
 }  // namespace
 
 std::function<int()> PrepareCalibrate(CLI::App& arguments) {
   const auto options = std::make_shared<CalibrateOptions>();
-  arguments.footer(
-      "Solves a site calibration: a similarity in the plane of the system's projection and an\n"
-      "inclined plane for the heights. A system without projection gets a stereographic one,\n"
-      "centred on the site. CONTROL has the columns lat, lon, h (global), local_n, local_e,\n"
-      "local_h and use (none, vertical, horizontal, both, rotation, or 0 to 4), and may have "
-      "name;\n"
-      "other usual names, such as Latitude or Rechtswert, are taken where one thing only is "
-      "meant.\n"
-      "The output is a system file for \"geomath convert\".");
+  arguments.footer(kFooter);
   arguments
       .add_option("CONTROL", options->control.path,
                   "control points: CSV, GeoPackage, …; - for CSV from standard input")

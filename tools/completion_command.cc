@@ -1,6 +1,7 @@
 #include "tools/completion_command.h"
 
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 
 #include <cstdio>
 #include <memory>
@@ -13,7 +14,9 @@
 namespace geomath_files::program {
 namespace {
 
-std::string Joined(const std::vector<std::string>& words) { return CLI::detail::join(words, " "); }
+std::string Joined(const std::vector<std::string>& words) {
+  return fmt::format("{}", fmt::join(words, " "));
+}
 
 // Words that begin with "-" are options; for all others the shell offers its files.
 std::string BashScript(const CLI::App& program) {

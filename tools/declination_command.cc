@@ -272,21 +272,23 @@ int RunDeclination(const DeclinationOptions& options) {
   return RunFile(options);
 }
 
+constexpr const char* kFooter =
+    "Declinations are positive east of north, in degrees; heights are metres above the WGS84\n"
+    "ellipsoid. Without --model the built-in World Magnetic Model of the date is used: "
+    "WMM-2010,\n"
+    "WMM-2015v2, WMM-2020 or WMM-2025, for 2010 to 2030. A date outside the years of the model\n"
+    "gives a warning. With --years a table is written: the field at the point on the first of\n"
+    "January of each year; IGRF14.shc has those from 1900 on. With --points all columns of the\n"
+    "input travel through and declination, inclination and total_nt (degrees, nT) follow. With\n"
+    "--grid a GeoTIFF is written whose bands are declination, inclination, total intensity and\n"
+    "the yearly change of the declination.\n"
+    "Exit status: 0 all done, 1 some rows not, 2 stopped.";
+
 }  // namespace
 
 std::function<int()> PrepareDeclination(CLI::App& arguments) {
   const auto options = std::make_shared<DeclinationOptions>();
-  arguments.footer(
-      "Declinations are positive east of north, in degrees; heights are metres above the WGS84\n"
-      "ellipsoid. Without --model the built-in World Magnetic Model of the date is used: "
-      "WMM-2010,\n"
-      "WMM-2015v2, WMM-2020 or WMM-2025, for 2010 to 2030. A date outside the years of the model\n"
-      "gives a warning. With --years a table is written: the field at the point on the first of\n"
-      "January of each year; IGRF14.shc has those from 1900 on. With --points all columns of the\n"
-      "input travel through and declination, inclination and total_nt (degrees, nT) follow. With\n"
-      "--grid a GeoTIFF is written whose bands are declination, inclination, total intensity and\n"
-      "the yearly change of the declination.\n"
-      "Exit status: 0 all done, 1 some rows not, 2 stopped.");
+  arguments.footer(kFooter);
   arguments.add_option("--model", options->model,
                        "coefficient file of a magnetic model (.COF, .shc), or the name of a "
                        "built-in one");

@@ -177,17 +177,19 @@ int RunGeoid(GeoidOptions options) {
   return asGrid ? RunGrid(options, geoid->Heights()) : RunPoints(options, geoid->Heights());
 }
 
+constexpr const char* kFooter =
+    "Geoid heights are metres above the ellipsoid of the grid or model. Points get the columns\n"
+    "geoid, h_ellipsoid (their height) and h_geoid (their height above the geoid); all others\n"
+    "travel through. With --extent a grid is written: a GeoTIFF, or CSV with lat,lon,geoid.\n"
+    "A model from a .gfc file, and most lists of coefficients, hold the normal field and need\n"
+    "--subtract-normal-field. Points outside a grid or on a hole get no height.\n"
+    "Exit status: 0 all done, 1 some without height, 2 stopped.";
+
 }  // namespace
 
 std::function<int()> PrepareGeoid(CLI::App& arguments) {
   const auto options = std::make_shared<GeoidOptions>();
-  arguments.footer(
-      "Geoid heights are metres above the ellipsoid of the grid or model. Points get the columns\n"
-      "geoid, h_ellipsoid (their height) and h_geoid (their height above the geoid); all others\n"
-      "travel through. With --extent a grid is written: a GeoTIFF, or CSV with lat,lon,geoid.\n"
-      "A model from a .gfc file, and most lists of coefficients, hold the normal field and need\n"
-      "--subtract-normal-field. Points outside a grid or on a hole get no height.\n"
-      "Exit status: 0 all done, 1 some without height, 2 stopped.");
+  arguments.footer(kFooter);
   GeoidChoice& choice = options->choice;
   arguments.add_option("--grid", choice.grid,
                        "grid of geoid heights, metres unless it states a unit, in a raster format "

@@ -26,8 +26,7 @@ struct SystemOptions {
 // "27700" of "27700" and "EPSG:27700".
 std::string CodeOf(const std::string& option, const std::string& text) {
   const std::string prefix = "epsg:";
-  std::string code =
-      CLI::detail::to_lower(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
+  std::string code = LowerCase(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
   const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
   if (!digits || code.size() > 9)
     throw UserError(fmt::format("{}: \"{}\" is no EPSG code; a number such as 27700 belongs there",
@@ -35,26 +34,32 @@ std::string CodeOf(const std::string& option, const std::string& text) {
   return code;
 }
 
+// The texts beside the comma, where there is one comma.
+std::optional<std::pair<std::string, std::string>> PairIn(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos || comma != text.rfind(',')) return std::nullopt;
+  return std::pair(text.substr(0, comma), text.substr(comma + 1));
+}
+
 // "52.5,-1.7", or nothing for an empty text.
 std::optional<Position> PositionOf(const std::string& text) {
   if (text.empty()) return std::nullopt;
-  const auto parts = CLI::detail::split(text, ',');
-  if (parts.size() != 2)
-    throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
+  const auto pair = PairIn(text);
+  if (!pair) throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
   const auto read = [](const std::string& part, AngleKind kind) {
     const ParsedNumber angle = ParseAngle(part, kind);
     if (!angle) throw UserError("--near: " + angle.problem);
     return angle.value;
   };
-  return Position{read(parts[0], AngleKind::latitude), read(parts[1], AngleKind::longitude)};
+  return Position{read(pair->first, AngleKind::latitude), read(pair->second, AngleKind::longitude)};
 }
 
 // The place of --find when its text is one.
 std::optional<Position> PlaceIn(const std::string& text) {
-  const auto parts = CLI::detail::split(text, ',');
-  if (parts.size() != 2) return std::nullopt;
-  const ParsedNumber latitude = ParseAngle(parts[0], AngleKind::latitude);
-  const ParsedNumber longitude = ParseAngle(parts[1], AngleKind::longitude);
+  const auto pair = PairIn(text);
+  if (!pair) return std::nullopt;
+  const ParsedNumber latitude = ParseAngle(pair->first, AngleKind::latitude);
+  const ParsedNumber longitude = ParseAngle(pair->second, AngleKind::longitude);
   if (!latitude || !longitude) return std::nullopt;
   return Position{latitude.value, longitude.value};
 }
