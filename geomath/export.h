@@ -1,8 +1,8 @@
 #pragma once
 
 /// @file
-/// GEOMATH_API marks what the shared library exports; everything else stays hidden.
-/// A program that links the static library sees GEOMATH_STATIC from the package.
+/// @def GEOMATH_API
+/// Marks what the shared library exports; users of the static one see GEOMATH_STATIC instead.
 #if defined(GEOMATH_STATIC)
 #define GEOMATH_API
 #elif defined(_WIN32)

@@ -18,6 +18,9 @@ ensure_one_of libclang-rt-14-dev libclang-rt-dev
 ensure_one_of clang-format-14 clang-format
 ensure_one_of doxygen
 ensure_one_of chromium  # looks at the calibration report
+ensure_one_of ccache    # the package tests build the library once more
+
+if command -v ccache >/dev/null; then export CMAKE_CXX_COMPILER_LAUNCHER=ccache; fi
 
 stage() { printf '\n== %s ==\n' "$*"; }
 configure() {  # configure BUILD_DIR OPTION...

@@ -9,8 +9,8 @@ namespace zel_cs::geomath {
 
 /// Years, both included.
 struct YearRange {
-  double first = std::numeric_limits<double>::lowest();
-  double last = std::numeric_limits<double>::max();
+  double first = std::numeric_limits<double>::lowest();  ///< decimal year
+  double last = std::numeric_limits<double>::max();      ///< decimal year
 };
 
 /// A shift that needs the date of each position: a change of the reference frame, or a motion in one.
@@ -25,6 +25,7 @@ class GEOMATH_API DatedShift : public CoordinateShift {
   const YearRange& Years() const { return years_; }
 
  protected:
+  /// Of a space and kind, for the years in which it is defined.
   DatedShift(ShiftSpace space, ShiftKind kind, const YearRange& years = {})
       : CoordinateShift(space, kind), years_(years) {}
 

@@ -33,14 +33,18 @@ enum class BeyondPoints : unsigned char {
 struct TimeFunction {
   /// A point of a piecewise function.
   struct Point {
-    double date, factor;
+    double date;    ///< decimal year
+    double factor;  ///< of the displacement, there
   };
 
-  TimeFunctionKind kind = TimeFunctionKind::constant;
-  double epoch = 0;           ///< decimal year
-  std::vector<Point> points;  ///< piecewise, in the order of their dates
-  BeyondPoints before = BeyondPoints::zero, after = BeyondPoints::zero;  ///< piecewise
-  double beforeFactor = 0, initialFactor = 0, finalFactor = 0;           ///< exponential
+  TimeFunctionKind kind = TimeFunctionKind::constant;    ///< which of the values below count
+  double epoch = 0;                                      ///< decimal year
+  std::vector<Point> points;                             ///< piecewise, in the order of their dates
+  BeyondPoints before = BeyondPoints::zero;              ///< piecewise: before the first point
+  BeyondPoints after = BeyondPoints::zero;               ///< piecewise: after the last one
+  double beforeFactor = 0;                               ///< exponential: before the epoch
+  double initialFactor = 0;                              ///< exponential: at the epoch
+  double finalFactor = 0;                                ///< exponential: in the end
   double relaxation = 1;                                 ///< exponential: years to 63 % of the way
   double end = std::numeric_limits<double>::infinity();  ///< exponential: stands still from here
 
@@ -50,7 +54,10 @@ struct TimeFunction {
 
 /// Latitudes and longitudes, radians, edges included; the longitude may go past the half turn.
 struct GeographicExtent {
-  double south = 0, west = 0, north = 0, east = 0;
+  double south = 0;  ///< latitude
+  double west = 0;   ///< longitude
+  double north = 0;  ///< latitude
+  double east = 0;   ///< longitude
 };
 
 /// How a component is interpolated between its nodes.
@@ -79,14 +86,14 @@ enum class HorizontalMethod : unsigned char {
 
 /// What a DeformationModel is made of.
 struct DeformationModelDefinition {
-  Ellipsoid ellipsoid;
-  GeographicExtent extent;  ///< outside of it the model refuses points
-  YearRange years;          ///< outside of them it refuses dates
-  HorizontalMethod method = HorizontalMethod::addition;
+  Ellipsoid ellipsoid;                                   ///< of the positions
+  GeographicExtent extent;                               ///< outside of it the model refuses points
+  YearRange years;                                       ///< outside of them it refuses dates
+  HorizontalMethod method = HorizontalMethod::addition;  ///< of the sum of displacements
   bool angles = false;        ///< north and east displacements are angles, not lengths
   double horizontalUnit = 1;  ///< metres or radians in one unit of north and east displacements
   double verticalUnit = 1;    ///< metres in one unit of heights
-  std::vector<DeformationComponent> components;
+  std::vector<DeformationComponent> components;  ///< which are added
 };
 
 /// A deformation model as Land Information New Zealand publishes that of NZGD2000 (format "deformation

@@ -60,11 +60,16 @@ GEOMATH_API std::optional<ReferenceFrame> FrameNamed(std::string_view name);
 /// A published set of parameters, as printed: millimetres, milliarc-seconds, parts per billion, and
 /// what they grow by in a year; they hold at the epoch, a decimal year.
 struct FrameTransformation {
-  ReferenceFrame source, target;
-  RotationSense sense;
-  double shift[3], rotation[3], scale;
-  double shiftRate[3], rotationRate[3], scaleRate;
-  double epoch;      ///< 0 in a set that does not change with time
+  ReferenceFrame source;   ///< from which the set leads
+  ReferenceFrame target;   ///< to which it leads
+  RotationSense sense;     ///< of the rotations
+  double shift[3];         ///< mm
+  double rotation[3];      ///< mas
+  double scale;            ///< ppb
+  double shiftRate[3];     ///< mm a year
+  double rotationRate[3];  ///< mas a year
+  double scaleRate;        ///< ppb a year
+  double epoch;            ///< 0 in a set that does not change with time
   const char* code;  ///< of the set in a registry, or the publication that no registry here has
 
   /// Whether the set is the same at all dates.
@@ -94,7 +99,7 @@ enum class PlateModel : unsigned char {
 
 /// A plate of a model, by the four letters that the model gives it.
 struct TectonicPlate {
-  const char* name;
+  const char* name;    ///< four letters
   double velocity[3];  ///< milliarc-seconds a year about X, Y, Z: an AngularVelocity
 };
 

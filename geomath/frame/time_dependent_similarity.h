@@ -13,12 +13,14 @@ struct RunningSimilarity;
 /// Seven parameters, what each grows by in a year, and the date at which they hold: metres,
 /// arc-seconds, and the dimensionless difference of the scale from 1 (1e-9 is 1 ppb).
 struct TimeDependentParameters {
-  TAbstractPoint3<double> shift{0, 0, 0}, rotation{0, 0, 0};
-  double scale = 0;
-  TAbstractPoint3<double> shiftRate{0, 0, 0}, rotationRate{0, 0, 0};
-  double scaleRate = 0;
-  double epoch = 0;  ///< decimal year
-  RotationSense sense = RotationSense::positionVector;
+  TAbstractPoint3<double> shift{0, 0, 0};               ///< metres
+  TAbstractPoint3<double> rotation{0, 0, 0};            ///< arc-seconds
+  double scale = 0;                                     ///< less 1
+  TAbstractPoint3<double> shiftRate{0, 0, 0};           ///< metres a year
+  TAbstractPoint3<double> rotationRate{0, 0, 0};        ///< arc-seconds a year
+  double scaleRate = 0;                                 ///< a year
+  double epoch = 0;                                     ///< decimal year
+  RotationSense sense = RotationSense::positionVector;  ///< of the rotations
 };
 
 /// Seven parameters that run with time, P(t) = P + P′·(t − t₀), between geocentric reference frames,
@@ -34,6 +36,7 @@ class GEOMATH_API TimeDependentSimilarity : public DatedShift {
       : TimeDependentSimilarity(parameters, ShiftKind::frameChange) {}
 
  protected:
+  /// For a class that is this similarity in another role.
   TimeDependentSimilarity(const TimeDependentParameters& parameters, ShiftKind kind);
 
  private:

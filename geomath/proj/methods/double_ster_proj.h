@@ -51,7 +51,8 @@ class GEOMATH_API TDoubleSter : public TGeoProj {
   void Prepare() override;
   FormulaView Formulas() const override;
 
-  double phi0_, lambda0_, k0_, fEast_, fNorth_;  ///< the parameters
+  /// The parameters.
+  double phi0_, lambda0_, k0_, fEast_, fNorth_;
 
  private:
   static const ParamRow kParams[];

@@ -51,8 +51,9 @@ class GEOMATH_API HotineProj : public TGeoProj {
 
   FormulaView Formulas() const override;
 
-  double azimuth_, k0_, lambdaC_, phiC_, fEast_, fNorth_;  ///< the parameters
-  InPlace<HotineGrid, 21> grid_;                           ///< derived of them
+  /// The parameters, and what is derived of them.
+  double azimuth_, k0_, lambdaC_, phiC_, fEast_, fNorth_;
+  InPlace<HotineGrid, 21> grid_;
 };
 
 }  // namespace zel_cs::geomath

@@ -50,8 +50,9 @@ class GEOMATH_API TUTMProj : public TGeoProj {
   void Prepare() override;
   FormulaView Formulas() const override;
 
-  double lambda0_, k0_, phi0_, fEast_, fNorth_;  ///< the parameters
-  InPlace<UtmFormulas, 16> utm_;                 ///< derived of them
+  /// The parameters, and what is derived of them.
+  double lambda0_, k0_, phi0_, fEast_, fNorth_;
+  InPlace<UtmFormulas, 16> utm_;
 
  private:
   static const ParamRow kParams[];
