@@ -65,7 +65,7 @@ std::string YearsWarning(const MagneticModelSeries& models, double decimalYear,
                          const std::string& date) {
   const std::string& name = ModelOfYear(models, decimalYear).modelName;
   const auto hasName = [&](const WMMtype_MagneticModel& model) { return model.modelName == name; };
-  const double first = std::ranges::find_if(models, hasName)->epoch;
+  const double first = std::find_if(models.begin(), models.end(), hasName)->epoch;
   const double last = std::find_if(models.rbegin(), models.rend(), hasName)->coefficientFileEndDate;
   if (decimalYear >= first && decimalYear <= last) return "";
   return fmt::format("{} is outside the years of {}, {} to {}: the field is extrapolated", date,

@@ -120,7 +120,8 @@ void CheckComplete(const Draft& draft, int degree) {
 
 std::unique_ptr<WMMtype_MagneticModel> BuildModel(const Draft& draft) {
   if (draft.terms.empty()) throw CoefficientFault{0, "there are no coefficients"};
-  const int highest = std::ranges::max(draft.terms, {}, &GaussTerm::n).n;
+  const auto lower = [](const GaussTerm& a, const GaussTerm& b) { return a.n < b.n; };
+  const int highest = std::max_element(draft.terms.begin(), draft.terms.end(), lower)->n;
   const int degree = draft.degree.value_or(highest);
   if (degree != highest)
     throw CoefficientFault{0, "the highest degree is " + std::to_string(highest) +

@@ -5,6 +5,7 @@
 #include <bit>
 #include <cmath>
 #include <cstdint>
+#include <iterator>
 #include <memory>
 #include <new>
 #include <string_view>
@@ -44,7 +45,9 @@ constexpr MagneticErrorModel kErrorModels[] = {
 };
 
 const MagneticErrorModel* FindErrorModel(std::string_view modelName) {
-  const auto* found = std::ranges::find(kErrorModels, modelName, &MagneticErrorModel::modelName);
+  const auto* found =
+      std::find_if(std::begin(kErrorModels), std::end(kErrorModels),
+                   [&](const MagneticErrorModel& row) { return row.modelName == modelName; });
   return found == std::end(kErrorModels) ? nullptr : found;
 }
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <functional>
 #include <new>
 #include <optional>
 #include <string>
@@ -79,7 +80,8 @@ class ShcReader {
   void ReadEpochs() {
     ReadValues(Fields(NextLine().value_or("")));
     epochs_ = values_;
-    if (!std::ranges::is_sorted(epochs_, std::ranges::less_equal{})) Refuse("the epochs must rise");
+    if (std::adjacent_find(epochs_.begin(), epochs_.end(), std::greater_equal<>()) != epochs_.end())
+      Refuse("the epochs must rise");
   }
 
   void MakeModels() {
