@@ -21,7 +21,7 @@ namespace {
 
 struct CalibrateOptions {
   ControlSource control;
-  std::string system, output, report, placement = "centre", columns;
+  std::string system, output, report, placement = "centre", columns, unit;
   bool fixedScale = false, pipeline = false, noHeader = false;
 };
 
@@ -43,10 +43,11 @@ int Calibrate(const CalibrateOptions& options) {
   std::vector<std::string> inputs = system->Files();
   inputs.insert(inputs.end(), {path, options.system});
   RefuseOverwriting(inputs, {options.output, options.report});
+  from.units = options.unit.empty() ? system->Units() : ParseGridUnits(options.unit);
   const ControlTable control = ReadControl(from);
   if (!control.note.empty()) std::fprintf(stderr, "geomath: %s\n", control.note.c_str());
   const Calibration calibration(*system, control.points,
-                                {options.fixedScale, options.placement == "first"});
+                                {options.fixedScale, options.placement == "first"}, from.units);
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
@@ -100,6 +101,10 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
                      "the CSV control file has no header; --columns names all its columns");
   arguments.add_option("--columns", options->columns,
                        "the columns of a control file without header, in their order");
+  arguments.add_option(
+      "--unit", options->unit,
+      "unit of the local coordinates instead of the system's: m, ft, us-ft, …; two "
+      "for the plane and the heights: us-ft,ft");
   arguments.add_option("--layer", options->control.layer,
                        "layer of the input, when it has several");
   arguments.add_flag("--decimal-comma", options->control.decimalComma,

@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <array>
 #include <cmath>
 #include <functional>
 #include <memory>
@@ -35,6 +36,7 @@ struct ConvertOptions {
   PointOptions points;
   std::vector<std::string> with;  // further columns
   SigmaOptions sigma;
+  std::string unit;  // instead of the system's
   bool inverse = false;
   int decimals = 4;
 };
@@ -71,9 +73,10 @@ const Extra& FindExtra(const std::string& name) {
 // Converts the rows of a block together.
 class Conversion {
  public:
-  Conversion(const CoordinateSystem& system, bool inverse, double angleUnit,
+  Conversion(const CoordinateSystem& system, const GridUnits& units, bool inverse, double angleUnit,
              std::vector<const Extra*> extras, SigmaColumns* sigma)
       : chain_(system.Chain()),
+        metres_{units.plane.metres, units.plane.metres, units.height.metres},
         inverse_(inverse),
         angleUnit_(angleUnit),
         given_(inverse ? system.Grid() : system.Geographic()),
@@ -89,12 +92,15 @@ class Conversion {
     failed_.resize(count);
     auto &first = block.result[0], &second = block.result[1], &height = block.result[2];
     Copy(block.given, inverse_ ? 1 : kRadPerDeg, given_, block.result, count);
+    const auto turn = [&](auto change) { TurnUnits(block.result, count, change); };
+    if (inverse_) turn([](double value, double metres) { return value * metres; });
     if (sigma_)
       sigma_->Convert(block, 3 + extras_.size(), failed_);
     else if (inverse_)
       chain_.ToGlobalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
     else
       chain_.ToLocalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
+    if (!inverse_) turn([](double value, double metres) { return value / metres; });
     Copy(block.result, inverse_ ? kDegPerRad : 1, results_, block.result, count);
     for (std::size_t i = 0; i < count; ++i) {
       std::string& problem = block.problems[i];
@@ -137,6 +143,15 @@ class Conversion {
     }
   }
 
+  // The chain is in metres; the local coordinates of files are not always.
+  template <class Turn>
+  void TurnUnits(std::vector<Column>& local, std::size_t count, Turn turn) const {
+    for (std::size_t axis = 0; axis < metres_.size(); ++axis) {
+      if (metres_[axis] == 1) continue;
+      for (std::size_t i = 0; i < count; ++i) local[axis][i] = turn(local[axis][i], metres_[axis]);
+    }
+  }
+
   void AddExtras(const Column& latitudes, const Column& longitudes, const Column& heights,
                  RowBlock& block) {
     if (extras_.empty()) return;
@@ -159,6 +174,7 @@ class Conversion {
   }
 
   const CoordinateChain& chain_;
+  std::array<double, 3> metres_;  // of one unit of the local coordinates
   bool inverse_;
   double angleUnit_;  // of the results, in a degree
   AxisPair given_, results_, geographic_;
@@ -171,9 +187,12 @@ class Conversion {
   std::string firstOutside_;
 };
 
-std::vector<ResultColumn> ResultsOf(const ConvertOptions& options) {
+std::vector<ResultColumn> ResultsOf(const ConvertOptions& options, const GridUnits& units) {
   const int metres = options.decimals, degrees = metres + kMoreDecimalsForDegrees;
-  if (!options.inverse) return {{"n", metres}, {"e", metres}, {"h_local", metres}};
+  if (!options.inverse)
+    return {{"n", metres, units.plane.Sign()},
+            {"e", metres, units.plane.Sign()},
+            {"h_local", metres, units.height.Sign()}};
   std::vector<ResultColumn> columns = {
       {"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
   if (options.points.angles == "gon") {
@@ -194,6 +213,7 @@ std::string CrsOfGrid(const CoordinateSystem& system) {
 int Convert(ConvertOptions options) {
   RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
+  const GridUnits units = options.unit.empty() ? system->Units() : ParseGridUnits(options.unit);
   const bool gon = options.points.InGon(), isFile = options.input.size() == 1;
   if (isFile) {
     options.points.input = options.input.front();
@@ -205,7 +225,7 @@ int Convert(ConvertOptions options) {
   job.failure = "not converted";
   job.failures = "could not be converted";
   job.given = options.inverse ? CoordinateKind::grid : CoordinateKind::geographic;
-  job.results = ResultsOf(options);
+  job.results = ResultsOf(options, units);
   std::vector<const Extra*> extras;
   for (const std::string& name : options.with) {
     extras.push_back(&FindExtra(name));
@@ -224,9 +244,10 @@ int Convert(ConvertOptions options) {
                  : isFile && !IsCsvName(options.points.input) ? CrsOfGrid(*system)
                                                               : system->GridCrs();
   job.placeCrs = job.placedByResult && !options.inverse ? CrsOfGrid(*system) : positions;
+  job.unit = units.plane;
   job.files = system->Files();
   job.files.push_back(options.system);
-  Conversion conversion(*system, options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
+  Conversion conversion(*system, units, options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
                         sigma ? &*sigma : nullptr);
   job.work = std::ref(conversion);
   job.warning = [&conversion] { return conversion.Warning(); };
@@ -257,11 +278,14 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
   arguments.add_option("-o,--output", options->points.output,
                        "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "
                        "on standard output");
+  arguments.add_option("--unit", options->unit,
+                       "unit of northings, eastings and local heights instead of the system's: m, "
+                       "ft, us-ft, …; two for the plane and the heights: us-ft,ft");
   arguments.add_flag("--inverse", options->inverse, "from local to global coordinates");
   AddPointOptions(arguments, options->points, "lat,lon,h (--inverse: n,e,h_local or n,e,h)");
   arguments
       .add_option("--decimals", options->decimals,
-                  "decimals of metres in CSV output, default 4; degrees get 6 more")
+                  "decimals of lengths in CSV output, default 4; degrees get 6 more")
       ->check(CLI::Range(0, 9));
   arguments
       .add_option(

@@ -54,7 +54,7 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
   for (std::size_t i = 0; i < job.results.size(); ++i) {
     const auto& [name, decimals, unit, sexagesimal] = job.results[i];
     fmt::print("{}{:>{}}{}{}\n", name, ResultText(block.result[i][0], job.results[i]),
-               kWidth - std::min(kWidth, name.size()), *unit ? " " : "", unit);
+               kWidth - std::min(kWidth, name.size()), unit.empty() ? "" : " ", unit);
   }
   const std::string warning = job.warning ? job.warning() : "";
   if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());

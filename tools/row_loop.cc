@@ -41,6 +41,7 @@ ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
   choice.decimalComma = options.decimalComma;
   choice.gon = options.InGon();
   choice.crs = job.givenCrs;
+  choice.unit = job.unit;
   choice.ignoreCrs = options.ignoreCrs;
   if (choice.names.size() == 3 && choice.fixedHeight)
     throw UserError("--fixed-height: --columns names a height column too; give one of them");
@@ -249,13 +250,14 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
                      "the CSV input has no header; --columns names all its columns");
   arguments.add_option("--results", options.results, "names of the result columns");
   arguments.add_option("--fixed-height", options.fixedHeight,
-                       "height of all points, metres, instead of a height column");
+                       "height of all points instead of a height column, in the unit of heights "
+                       "(metres where nothing else is said)");
   arguments.add_flag("--ignore-crs", options.ignoreCrs,
                      "take the point geometry as it stands, whatever system the layer is in");
   arguments.add_flag("--decimal-comma", options.decimalComma,
                      "numbers of the input have a decimal comma, where that cannot be recognised");
   arguments
-      .add_option("--angles", options.angles,
+      .add_option("--angles,--angle", options.angles,
                   "latitudes and longitudes: degrees (the default), dms (degrees minutes seconds, "
                   "which are read anyway) or gon, in columns lat_gon and lon_gon")
       ->check(CLI::IsMember({"degrees", "dms", "gon"}));
@@ -274,7 +276,7 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});
   const bool inGrid = (job.given == CoordinateKind::grid) != job.placedByResult;
-  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid};
+  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid, job.unit};
   PointColumns columns(*source, job.given, choice);
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.

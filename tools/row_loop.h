@@ -45,6 +45,7 @@ struct RowBlock {
 struct RowJob {
   CoordinateKind given = CoordinateKind::geographic;
   std::string givenCrs, placeCrs;      ///< of what is read and of the output's points, where known
+  LengthUnit unit = {};                ///< of the grid coordinates among them
   std::vector<std::string> also = {};  ///< names of columns of numbers that are read beside
   std::vector<ResultColumn> results;   ///< with their usual names
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.

@@ -200,8 +200,9 @@ class SystemMaker {
     // A layer's x and y are east and north: others would be taken for what they are not.
     if (projection.axes.empty()) crs_["grid"] = "EPSG:" + chosen_.crs.code;
     if (projection.unit.metres == 1) return;
-    Describe(fmt::format("metres, not {}", projection.unit.name));
-    Note(fmt::format("coordinates are metres; the registry has them in units of {} m ({})",
+    system_.document["units"] = UnitsSection({projection.unit, {}});
+    Describe(fmt::format("grid coordinates in {}", projection.unit.name));
+    Note(fmt::format("grid coordinates are in units of {} m ({}), heights in metres",
                      projection.unit.metres, projection.unit.name));
   }
 

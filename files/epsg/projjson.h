@@ -3,6 +3,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "files/system/length_unit.h"
 #include "geomath/base/ellipsoid.h"
 
 namespace geomath_files {
@@ -14,11 +15,7 @@ double ArcSeconds(const nlohmann::json& quantity);
 double Metres(const nlohmann::json& quantity);
 double Factor(const nlohmann::json& quantity);
 
-/// A unit of length: its name, "metre" when the document has none, and its metres.
-struct LengthUnit {
-  std::string name;
-  double metres;
-};
+/// A unit of length; the metre when the document has none.
 LengthUnit LengthUnitOf(const nlohmann::json& unit);
 
 /// The ellipsoid of a geographic system, and its prime meridian, degrees east of Greenwich.

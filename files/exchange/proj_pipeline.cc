@@ -233,6 +233,13 @@ void RefuseDifference(const Calibration& calibration, const std::string& pipelin
   refuseBeyond(MissOnGround(peer, global), "local to global");
 }
 
+// Local coordinates in the units of the site; what was compared before is in metres.
+std::string UnitText(const GridUnits& units) {
+  if (units.AreMetres()) return "";
+  return fmt::format(" +step +proj=unitconvert +xy_in=m +xy_out={} +z_in=m +z_out={}",
+                     units.plane.metres, units.height.metres);
+}
+
 }  // namespace
 
 std::string ProjPipeline(const Calibration& calibration) {
@@ -255,7 +262,7 @@ std::string ProjPipeline(const Calibration& calibration) {
   text += ShiftsText(system, ShiftPlace::afterProjection);
   text += SiteText(calibration.Site()) + GroundText(chain.GetGround(), lattice);
   RefuseDifference(calibration, text, lattice);
-  return text;
+  return text + UnitText(calibration.Units());
 }
 
 }  // namespace geomath_files

@@ -57,15 +57,16 @@ bool IsSameGrid(const OGRSpatialReference& a, const OGRSpatialReference& b) {
 
 }  // namespace
 
-std::unique_ptr<OGRSpatialReference> CrsOf(const std::string& text) {
+std::unique_ptr<OGRSpatialReference> CrsOf(const std::string& text, const LengthUnit& unit) {
   if (text.empty()) return nullptr;
   PrepareOgr();
   auto crs = std::make_unique<OGRSpatialReference>();
   if (crs->SetFromUserInput(text.c_str()) != OGRERR_NONE)
     throw UserError(fmt::format("\"{}\" is no coordinate system that is known here{}",
                                 Printable(text), OgrComplaint()));
-  if (crs->IsProjected() && crs->GetLinearUnits() != 1)
-    crs->SetLinearUnitsAndUpdateParameters("metre", 1);
+  constexpr double kRounding = 1e-12;  // of a factor: feet differ in the sixth figure
+  if (crs->IsProjected() && std::abs(crs->GetLinearUnits() / unit.metres - 1) > kRounding)
+    crs->SetLinearUnitsAndUpdateParameters(unit.name.c_str(), unit.metres);
   crs->SetAxisMappingStrategy(OAMS_TRADITIONAL_GIS_ORDER);
   return crs;
 }
@@ -84,14 +85,14 @@ LayerCrs::LayerCrs(const std::string& name, const std::string& given, const Expe
       refuse("its heights are not above the ellipsoid (--fixed-height METRES gives others)");
     layer.StripVertical();
   }
-  const auto wanted = CrsOf(expected.text);
+  const auto wanted = CrsOf(expected.text, expected.unit);
   OGRSpatialReference flat = layer;  // GeoJSON with heights is in the system with them
   flat.DemoteTo2D(nullptr);
   if (wanted && IsSame(flat, *wanted)) return;
   if (!expected.geographic) {
     if (wanted && IsSameGrid(flat, *wanted)) return;
     if (wanted) refuse("the system's grid is " + NameOf(*wanted));
-    if (layer.IsGeographic()) refuse("grid coordinates are metres, not degrees");
+    if (layer.IsGeographic()) refuse("grid coordinates are lengths, not degrees");
     note_ = fmt::format(
         "{} is in {}, of which the system file says nothing; its coordinates are "
         "taken as they stand",

@@ -4,21 +4,24 @@
 #include <memory>
 #include <string>
 
+#include "files/system/length_unit.h"
+
 class OGRSpatialReference;
 class OGRCoordinateTransformation;
 
 namespace geomath_files {
 
 /// The coordinate system of a text, an EPSG code ("EPSG:27700") or WKT, with x to the east and y to
-/// the north as layers have them, and metres whatever unit a projected one is registered with. Null
+/// the north as layers have them, and a projected one in `unit`, whatever it is registered with. Null
 /// for an empty text. Throws UserError.
-std::unique_ptr<OGRSpatialReference> CrsOf(const std::string& text);
+std::unique_ptr<OGRSpatialReference> CrsOf(const std::string& text, const LengthUnit& unit = {});
 
 /// What is known of the coordinates that a command expects.
 struct ExpectedCrs {
   bool geographic = true;
-  std::string text;     ///< as CrsOf takes it; empty where nothing is known
-  bool heights = true;  ///< heights above the ellipsoid are read from the points
+  std::string text;      ///< as CrsOf takes it; empty where nothing is known
+  bool heights = true;   ///< heights above the ellipsoid are read from the points
+  LengthUnit unit = {};  ///< of grid coordinates
 };
 
 /// Brings the points of a layer from its coordinate system to the one that is expected.

@@ -45,8 +45,8 @@ class OgrSink : public PointSink {
     dataset_.reset(driver->Create(target.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
     if (!dataset_) Complain();
     const std::string layer = std::filesystem::path(path).stem().string();
-    auto crs =
-        checksItself && style.crs.empty() && style.inGrid ? UndefinedGrid() : CrsOf(style.crs);
+    auto crs = checksItself && style.crs.empty() && style.inGrid ? UndefinedGrid()
+                                                                 : CrsOf(style.crs, style.unit);
     isShapefile_ = std::string_view(driverName) == "ESRI Shapefile";
     if (isShapefile_ && crs && HasShift(*crs)) {
       crs.reset();

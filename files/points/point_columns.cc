@@ -139,8 +139,9 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
     if (!fromGeometry_) RefuseMissing(columns);
   }
   if (!fromGeometry_ || choice.ignoreCrs) return;
-  layerCrs_.emplace(source.Name(), source.Crs(),
-                    ExpectedCrs{kind == CoordinateKind::geographic, choice.crs, !fixedHeight_});
+  layerCrs_.emplace(
+      source.Name(), source.Crs(),
+      ExpectedCrs{kind == CoordinateKind::geographic, choice.crs, !fixedHeight_, choice.unit});
   note_ = layerCrs_->Note();
 }
 

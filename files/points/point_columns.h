@@ -17,6 +17,7 @@ struct ColumnChoice {
   std::vector<std::string> names;     ///< two or three column names; empty for the usual ones
   std::optional<double> fixedHeight;  ///< for all points, instead of a column
   std::string crs;                    ///< of the coordinates, as CrsOf takes it; may be unknown
+  LengthUnit unit = {};               ///< of grid coordinates
   bool ignoreCrs = false;             ///< that of a layer is not looked at
   bool fromGeometry = false;          ///< the geometry of features, whatever columns they have
   bool gon = false;                   ///< angles are gons, in columns lat_gon and lon_gon

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "files/points/point_source.h"
+#include "files/system/length_unit.h"
 #include "files/words/number_text.h"
 
 namespace geomath_files {
@@ -22,7 +23,7 @@ struct Converted {
 struct ResultColumn {
   std::string name;
   int decimals = 4;  ///< in text
-  const char* unit = "m";
+  std::string unit = "m";
   std::optional<AngleKind> sexagesimal = {};  ///< degrees, as text in degrees, minutes, seconds
 };
 /// A result as text; empty for NaN, which a column may have where others have a value.
@@ -32,7 +33,8 @@ std::string ResultText(double value, const ResultColumn& column);
 struct ResultStyle {
   std::vector<ResultColumn> columns;
   std::string crs;      ///< of the point geometry, as CrsOf takes it; empty for none
-  bool inGrid = false;  ///< the point geometry is in metres
+  bool inGrid = false;  ///< the point geometry is in a plane, in `unit`
+  LengthUnit unit = {};
 };
 
 /// Where converted rows go: every row of the source with all its columns, and those of the results.

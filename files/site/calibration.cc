@@ -33,8 +33,10 @@ SiteFrame FrameOf(const CoordinateSystem& system) {
 }  // namespace
 
 Calibration::Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
-                         const CalibrationOptions& options)
-    : SiteSolution(FrameOf(system), control, options), system_(system) {}
+                         const CalibrationOptions& options, std::optional<GridUnits> units)
+    : SiteSolution(FrameOf(system), control, options),
+      system_(system),
+      units_(units.value_or(system.Units())) {}
 
 std::string Calibration::ProjectionName() const {
   return system_.Projection() ? system_.ProjectionName() : kOwnProjection;
@@ -52,6 +54,11 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
     for (std::size_t i = 0; i < values.size(); ++i)
       projection[FindProjection(kOwnProjection)->parameters[i].name] = values[i];
   }
+  nlohmann::ordered_json units = UnitsSection(units_);
+  if (units.empty())
+    system.erase("units");
+  else
+    system["units"] = std::move(units);
   system["localization"] = LocalizationSection(Site());
   return system.dump(2) + "\n";
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -11,10 +12,13 @@ namespace geomath_files {
 /// The calibration of a coordinate system that was read from a file, which must outlive it.
 class Calibration : public SiteSolution {
  public:
+  /// `units` are those of the local coordinates instead of the system's: the report and the new
+  /// system file are to have them. The control is in metres.
   Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
-              const CalibrationOptions& options);
+              const CalibrationOptions& options, std::optional<GridUnits> units = {});
 
   const CoordinateSystem& System() const { return system_; }
+  const GridUnits& Units() const { return units_; }
   /// The name of the projection in use in a system file.
   std::string ProjectionName() const;
 
@@ -25,6 +29,7 @@ class Calibration : public SiteSolution {
 
  private:
   const CoordinateSystem& system_;
+  GridUnits units_;
 };
 
 }  // namespace geomath_files

@@ -25,27 +25,45 @@ namespace {
 
 constexpr const char* kUseNames[] = {"none", "vertical", "horizontal", "both", "rotation"};
 
-// A cell: empty for what is not computed (NaN, DBL_MAX).
-std::string Cell(double value, int decimals) {
+// A cell: empty for what is not computed (NaN, DBL_MAX); lengths in the unit.
+std::string Cell(double value, int decimals, const LengthUnit& unit = {}) {
   if (!std::isfinite(value) || std::abs(value) == DBL_MAX) return "";
-  return fmt::format("{:.{}f}", value, decimals);
+  return fmt::format("{:.{}f}", value / unit.metres, decimals);
+}
+
+// A length in words, to a tenth of a millimetre.
+std::string LengthIn(double metres, const LengthUnit& unit) {
+  return fmt::format("{:.4f} {}", metres / unit.metres, unit.Sign());
+}
+
+// "m", or both units where they differ: "US ft, heights ft".
+std::string SignsOf(const GridUnits& units) {
+  const std::string plane = units.plane.Sign(), height = units.height.Sign();
+  return plane == height ? plane : plane + ", heights " + height;
+}
+
+std::string UnitsInWords(const GridUnits& units) {
+  return units.AreMetres() ? "metres" : SignsOf(units);
 }
 
 struct ParameterRow {
-  const char* name;
+  std::string name;
   std::string value, deviation;
 };
 
 std::vector<ParameterRow> ParameterRows(const Calibration& calibration) {
   std::vector<ParameterRow> rows;
+  const GridUnits& in = calibration.Units();
   const CalibrationDeviations& d = calibration.Check().Deviations();
   const LocalToGrid& site = calibration.Site();
   const auto plane = [&](int i) { return site.GetPlaneParam(i, 0); };
   const auto height = [&](int i) { return site.GetHeightParam(i, 0); };
   constexpr double kPpm = 1e6, kSeconds = 3600 * kDegPerRad;
   if (site.mode & LocalToGrid::kHorizontal) {
-    rows.push_back({"Shift N, m", Cell(plane(0), 4), Cell(d.tN, 4)});
-    rows.push_back({"Shift E, m", Cell(plane(1), 4), Cell(d.tE, 4)});
+    rows.push_back(
+        {"Shift N, " + in.plane.Sign(), Cell(plane(0), 4, in.plane), Cell(d.tN, 4, in.plane)});
+    rows.push_back(
+        {"Shift E, " + in.plane.Sign(), Cell(plane(1), 4, in.plane), Cell(d.tE, 4, in.plane)});
     rows.push_back({"Scale", Cell(plane(2), 10), Cell(d.scale, 10)});
     rows.push_back({"Scale - 1, ppm", Cell((plane(2) - 1) * kPpm, 3), Cell(d.scale * kPpm, 3)});
     constexpr double kNoTurn =
@@ -58,7 +76,8 @@ std::vector<ParameterRow> ParameterRows(const Calibration& calibration) {
                     Cell(d.rotation * kSeconds, 3)});
   }
   if (site.mode & LocalToGrid::kVertical) {
-    rows.push_back({"Shift H, m", Cell(height(0), 4), Cell(d.h0, 4)});
+    rows.push_back(
+        {"Shift H, " + in.height.Sign(), Cell(height(0), 4, in.height), Cell(d.h0, 4, in.height)});
     rows.push_back({"Slope N, mm/km", Cell(height(1) * kPpm, 3), Cell(d.aN * kPpm, 3)});
     rows.push_back({"Slope E, mm/km", Cell(height(2) * kPpm, 3), Cell(d.aE * kPpm, 3)});
   }
@@ -73,11 +92,14 @@ std::vector<std::string> ResidualRow(const Calibration& calibration, std::size_t
   const IdenticalPoint& p = calibration.Points()[i];
   const PointCheck& c = calibration.Check().Points()[i];
   std::vector<std::string> row = {calibration.NameOf(i), kUseNames[p.use]};
-  for (const double metres : {p.residualN, p.residualE, p.residualH})
-    row.push_back(Cell(metres, 4));
+  const GridUnits& in = calibration.Units();
+  const auto add = [&](double north, double east, double height) {
+    for (const double metres : {north, east}) row.push_back(Cell(metres, 4, in.plane));
+    row.push_back(Cell(height, 4, in.height));
+  };
+  add(p.residualN, p.residualE, p.residualH);
   for (const double ratio : {c.standardN, c.standardE, c.standardH}) row.push_back(Cell(ratio, 2));
-  for (const double metres : {c.predictedN, c.predictedE, c.predictedH})
-    row.push_back(Cell(metres, 4));
+  add(c.predictedN, c.predictedE, c.predictedH);
   return row;
 }
 
@@ -89,16 +111,18 @@ constexpr const char* kCoordinateHeader[] = {"point",   "lat",     "lon",    "h"
 std::vector<std::string> CoordinateRow(const Calibration& calibration, std::size_t i) {
   constexpr int kMetres = 4, kDegrees = 10;
   constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
+  const GridUnits& in = calibration.Units();
   std::vector<std::string> row = {calibration.NameOf(i)};
   for (std::size_t column = 0; column < std::size(kControlColumns); ++column) {
     const auto value = GetControl(calibration.Control()[i].given, column);
-    row.push_back(value ? Cell(*value, column < 2 ? kDegrees : kMetres) : "");
+    const LengthUnit unit = UnitOfControl(column, in);
+    row.push_back(value ? Cell(*value, column < 2 ? kDegrees : kMetres, unit) : "");
   }
   const IdenticalPoint& p = calibration.Points()[i];
   const bool placed = (p.globalFlags & kPlane) == kPlane;
-  row.push_back(placed ? Cell(p.globalN, kMetres) : "");
-  row.push_back(placed ? Cell(p.globalE, kMetres) : "");
-  row.push_back(p.globalFlags & kHasHeight ? Cell(p.globalH, kMetres) : "");
+  row.push_back(placed ? Cell(p.globalN, kMetres, in.plane) : "");
+  row.push_back(placed ? Cell(p.globalE, kMetres, in.plane) : "");
+  row.push_back(p.globalFlags & kHasHeight ? Cell(p.globalH, kMetres, in.height) : "");
   return row;
 }
 
@@ -130,26 +154,30 @@ std::vector<std::vector<std::string>> OriginRows(const Calibration& calibration,
 
 std::vector<std::string> Estimates(const Calibration& calibration) {
   std::vector<std::string> lines;
+  const GridUnits& in = calibration.Units();
   const CalibrationCheck& check = calibration.Check();
   if (const auto rms = calibration.Rms())
-    lines.push_back(fmt::format("Horizontal rms {:.4f} m", *rms));
+    lines.push_back("Horizontal rms " + LengthIn(*rms, in.plane));
   if (const auto angle = calibration.RotationError())
     lines.push_back(
         fmt::format("Estimated rotation error {:.3f} arc-seconds", *angle * 3600 * kDegPerRad));
   if (std::isfinite(check.HorizontalSigma()))
-    lines.push_back(
-        fmt::format("Standard deviation of a coordinate {:.4f} m", check.HorizontalSigma()));
+    lines.push_back("Standard deviation of a coordinate " +
+                    LengthIn(check.HorizontalSigma(), in.plane));
   if (std::isfinite(check.VerticalSigma()))
-    lines.push_back(fmt::format("Standard deviation of a height {:.4f} m", check.VerticalSigma()));
-  const auto worst = [&](int point, const char* what, double misfit) {
+    lines.push_back("Standard deviation of a height " + LengthIn(check.VerticalSigma(), in.height));
+  const auto worst = [&](int point, const char* what, const std::string& misfit) {
     if (point < 0) return;
-    lines.push_back(fmt::format("Fits worst {}: {}, {:.4f} m from what the others predict", what,
+    lines.push_back(fmt::format("Fits worst {}: {}, {} from what the others predict", what,
                                 calibration.NameOf(static_cast<std::size_t>(point)), misfit));
   };
   const auto at = [&](int i) { return check.Points()[static_cast<std::size_t>(std::max(i, 0))]; };
   worst(check.WorstHorizontal(), "horizontally",
-        std::hypot(at(check.WorstHorizontal()).predictedN, at(check.WorstHorizontal()).predictedE));
-  worst(check.WorstVertical(), "in height", std::abs(at(check.WorstVertical()).predictedH));
+        LengthIn(std::hypot(at(check.WorstHorizontal()).predictedN,
+                            at(check.WorstHorizontal()).predictedE),
+                 in.plane));
+  worst(check.WorstVertical(), "in height",
+        LengthIn(std::abs(at(check.WorstVertical()).predictedH), in.height));
   return lines;
 }
 
@@ -352,9 +380,11 @@ std::string CalibrationText(const Calibration& calibration) {
       text += fmt::format(" {:>{}}", cells[i], i < 8 && i >= 5 ? 6 : 9);
     text += "\n";
   };
-  text +=
-      "\nResiduals (given minus computed, m), the same over their standard deviations, and the\n"
-      "misfit to a calibration without the point (m)\n";
+  const std::string units = SignsOf(calibration.Units());
+  text += fmt::format(
+      "\nResiduals (given minus computed, {0}), the same over their standard deviations, and the\n"
+      "misfit to a calibration without the point ({0})\n",
+      units);
   line(kResidualHeader);
   for (std::size_t i = 0; i < calibration.Points().size(); ++i) line(ResidualRow(calibration, i));
   text += "\n";
@@ -386,14 +416,18 @@ std::string CalibrationPage(const Calibration& calibration, const CalibrationFil
     residuals.push_back(ResidualRow(calibration, i));
     coordinates.push_back(CoordinateRow(calibration, i));
   }
+  const std::string units = Escaped(UnitsInWords(calibration.Units()));
   page += "<h2>Parameters</h2>\n" + Table("parameters", kParameterHeader, parameters);
+  page += fmt::format(
+              "<h2>Residuals</h2>\n<p>Given minus computed, {} (res); the same over their standard "
+              "deviations (std); misfit to a calibration without the point (without).</p>\n",
+              units) +
+          Table("residuals", kResidualHeader, residuals);
   page +=
-      "<h2>Residuals</h2>\n<p>Given minus computed, metres (res); the same over their standard "
-      "deviations (std); misfit to a calibration without the point (without).</p>\n" +
-      Table("residuals", kResidualHeader, residuals);
-  page +=
-      "<h2>Coordinates</h2>\n<p>As given, degrees and metres; and in the grid, before the site: "
-      "northing, easting, height.</p>\n" +
+      fmt::format(
+          "<h2>Coordinates</h2>\n<p>As given, degrees, metres and local ones in {0}; and in the "
+          "grid, before the site: northing, easting, height in {0}.</p>\n",
+          units) +
       Table("coordinates", kCoordinateHeader, coordinates);
   page += "<h2>Origin</h2>\n" + Table("origin", {}, OriginRows(calibration, files));
   return page + "</body></html>\n";

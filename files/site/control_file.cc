@@ -49,8 +49,8 @@ UsualNames NamesOf(std::size_t column) {
 
 class ControlReader {
  public:
-  ControlReader(PointSource& source, bool decimalComma)
-      : source_(source), numbers_(decimalComma ? ',' : '\0') {
+  ControlReader(PointSource& source, const ControlSource& from)
+      : source_(source), units_(from.units), numbers_(from.decimalComma ? ',' : '\0') {
     for (std::size_t i = 0; i < std::size(kControlColumns); ++i)
       columns_.push_back(RequireColumn(i));
     use_ = FindColumn("use", {{"use"}, {}});
@@ -109,7 +109,7 @@ class ControlReader {
       const auto angle = AngleOf(i);
       const ParsedNumber number = angle ? numbers_.Angle(text, *angle) : numbers_.Number(text);
       if (!number) Fail(record, std::string(kControlColumns[i]) + " " + number.problem);
-      SetControl(p, i, number.value);
+      SetControl(p, i, number.value * UnitOfControl(i, units_).metres);
     }
     for (std::size_t i = 0; i < sigmas_.size(); ++i)
       if (sigmas_[i]) point.sigma[i] = ReadSigma(record, *sigmas_[i]);
@@ -134,6 +134,7 @@ class ControlReader {
   }
 
   PointSource& source_;
+  GridUnits units_;
   NumberReader numbers_;
   std::vector<std::size_t> columns_;
   std::optional<std::size_t> use_, name_;
@@ -144,7 +145,7 @@ class ControlReader {
 
 ControlTable ReadControl(const ControlSource& from) {
   const auto source = OpenPoints(from.path, from.layer, from.columns);
-  return ControlReader(*source, from.decimalComma).Read(from.decimalComma);
+  return ControlReader(*source, from).Read(from.decimalComma);
 }
 
 }  // namespace geomath_files

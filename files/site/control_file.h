@@ -13,6 +13,7 @@ struct ControlSource {
   std::string layer = {};                 ///< empty for the only one
   bool decimalComma = false;              ///< numbers have a decimal comma; else that is recognised
   std::vector<std::string> columns = {};  ///< of a CSV file without header; empty with one
+  GridUnits units = {};                   ///< of the local coordinates, which become metres
 };
 
 struct ControlTable {

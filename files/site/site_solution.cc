@@ -90,6 +90,11 @@ std::optional<double> GetControl(const IdenticalPoint& point, std::size_t column
   return point.*field.value;
 }
 
+LengthUnit UnitOfControl(std::size_t column, const GridUnits& units) {
+  if (column < 3) return {};
+  return column == 5 ? units.height : units.plane;
+}
+
 IdenticalPoint NewControl() {
   IdenticalPoint point;
   for (const ControlField& field : kControlFields) point.*field.value = 0;

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "files/system/length_unit.h"
 #include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/local/calibration_check.h"
@@ -36,6 +37,10 @@ void SetControl(zel_cs::geomath::IdenticalPoint& point, std::size_t column, doub
 
 /// A coordinate, where the point has it.
 std::optional<double> GetControl(const zel_cs::geomath::IdenticalPoint& point, std::size_t column);
+
+/// The unit of a column of the control: that of the local ones, metres else (degrees are turned by
+/// nobody).
+LengthUnit UnitOfControl(std::size_t column, const GridUnits& units);
 
 /// A point without coordinates, residuals and use.
 zel_cs::geomath::IdenticalPoint NewControl();

@@ -35,7 +35,7 @@ class SystemReader {
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
     const JsonSection top(file_, "", root,
                           {"name", "description", "area", "global", "local", "datum", "projection",
-                           "axes", "crs", "geoid", "shifts", "localization", "ground"});
+                           "axes", "units", "crs", "geoid", "shifts", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -46,6 +46,9 @@ class SystemReader {
     if (top.Has("datum")) ReadDatumAt(top, *system);
     if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);
     if (top.Has("axes")) ReadAxes(top, *system);
+    if (top.Has("units"))
+      system->units_ =
+          ReadUnits(file_, JsonSection(file_, "units", top.Object("units"), kUnitsKeys));
     if (top.Has("localization"))
       system->localization_ = ReadLocalization(
           JsonSection(file_, "localization", top.Object("localization"), LocalizationKeys()));

@@ -8,6 +8,7 @@
 
 #include "files/models/geoid_file.h"
 #include "files/system/geo_box.h"
+#include "files/system/length_unit.h"
 #include "files/system/shift_section.h"
 #include "files/system/system_sections.h"
 #include "geomath/base/ellipsoid.h"
@@ -57,6 +58,8 @@ class CoordinateSystem {
   const std::string& GridCrs() const { return gridCrs_; }
   /// The files that it names and that were read, as paths.
   const std::vector<std::string>& Files() const { return files_; }
+  /// Of the local coordinates in files; those of the chain are metres.
+  const GridUnits& Units() const { return units_; }
   AxisPair Geographic() const { return geographic_; }
   AxisPair Grid() const { return grid_; }
   /// Where the system is meant to be used; nothing when the file does not say it.
@@ -77,6 +80,7 @@ class CoordinateSystem {
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
   std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;
+  GridUnits units_;
   AxisPair geographic_, grid_;
   std::optional<GeoBox> area_;
 };

@@ -309,7 +309,13 @@ SolutionObject::SolutionObject(std::shared_ptr<CalibrationObject> of) : calibrat
   CalibrationOptions options = calibration->options;
   Pace pace;
   options.onPoint = [&pace] { pace.Done(); };
-  solution.emplace(std::move(frame), calibration->control, options);
+  std::vector<ControlPoint> control = calibration->control;
+  const GridUnits units{{"", chain.unit}, {"", chain.heightUnit}};
+  for (ControlPoint& point : control)
+    for (std::size_t c = 0; c < std::size(kControlColumns); ++c)
+      if (const auto value = GetControl(point.given, c))
+        SetControl(point.given, c, *value * UnitOfControl(c, units).metres);
+  solution.emplace(std::move(frame), control, options);
 }
 
 void BindCalibration(py::module_& module) {
@@ -321,8 +327,8 @@ Control points of a site, to be solved for a LocalToGrid.
                           "local_n": n, "local_e": e, "local_h": z}, chain).solve()
 
 control: columns of equal length by name, in a dict, a data frame or a structured array. lat, lon, h:
-global position, degrees and metres; local_n, local_e, local_h: local coordinates, metres; NaN (or
-what a data frame has for missing values) is a coordinate that the point does not have, and h and
+global position, degrees and metres; local_n, local_e, local_h: local coordinates, in the units of
+the chain; NaN (or what a data frame has for missing values) is a coordinate that the point does not have, and h and
 local_h may be left out. name: a text for each
 point. use: "none", "vertical", "horizontal", "both", "rotation" or the codes 0 to 4; without it a
 point is used for what it has. chain carries the points to the grid; without one, or without a

@@ -60,12 +60,21 @@ GeoidFrame FrameOf(const std::string& name) {
   return name == kFrames[0] ? GeoidFrame::global : GeoidFrame::local;
 }
 
+void SetUnits(ChainObject& object, double unit, double heightUnit) {
+  for (const double metres : {unit, heightUnit})
+    if (!(metres > 0 && std::isfinite(metres)))
+      throw UserError("CoordinateChain: a unit is a number of metres above 0");
+  object.unit = unit;
+  object.heightUnit = heightUnit;
+}
+
 std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<DatumObject> datum,
                                   std::shared_ptr<ProjectionObject> projection,
                                   std::shared_ptr<GeoidObject> geoid, const std::string& frame,
                                   std::shared_ptr<LocalToGrid> localization,
                                   std::shared_ptr<GridToGround> ground, const py::object& shifts,
-                                  std::optional<double> fixedHeight) {
+                                  std::optional<double> fixedHeight, double unit,
+                                  double heightUnit) {
   auto object = std::make_shared<ChainObject>();
   if (!global.is_none())
     object->global = EllipsoidFrom(global);
@@ -79,6 +88,7 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
   object->ground = std::move(ground);
   object->fixedHeight = fixedHeight;
   for (const py::handle& shift : shifts) object->shifts.push_back(PartOf<ChainShiftObject>(shift));
+  SetUnits(*object, unit, heightUnit);
   RequireOneEllipsoid(*object);
   Join(*object);
   return object;
@@ -126,6 +136,7 @@ std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
     part->shift = std::move(shift);
     object->shifts.push_back(std::move(part));
   }
+  SetUnits(*object, system.Units().plane.metres, system.Units().height.metres);
   Join(*object);
   return object;
 }
@@ -159,10 +170,21 @@ std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py
 using Batch = std::size_t (CoordinateChain::*)(double*, double*, double*, std::size_t,
                                                std::ptrdiff_t, ChainStep*) const;
 
-// Runs a batch of the chain; `after` is the factor of the resulting pair's unit.
+// Factors of a pair and a height.
+struct Factors {
+  double pair = 1, height = 1;
+
+  void Apply(double* const* columns, std::size_t count) const {
+    if (pair != 1) Multiply(columns[0], count, pair), Multiply(columns[1], count, pair);
+    if (height != 1) Multiply(columns[2], count, height);
+  }
+};
+
+// Runs a batch of the chain, which works in radians and metres; `before` and `after` turn the units.
 template <Batch batch>
 py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
-                   double after, const py::object& out, bool returnSteps) {
+                   const Factors& before, const Factors& after, const py::object& out,
+                   bool returnSteps) {
   static_assert(sizeof(ChainStep) == sizeof(std::uint8_t));
   py::object steps = py::none();
   ChainStep* to = nullptr;
@@ -176,42 +198,43 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
     else
       steps = std::move(array);
   }
-  py::object results =
+  py::object converted =
       ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t first, std::size_t n) {
         ChainStep* const failed = to ? to + first : nullptr;
+        before.Apply(c, n);
         (object.chain.*batch)(c[0], c[1], c[2], n, 1, failed);
         if (batch == &CoordinateChain::ToGlobalBatch) DropBeyondTheMap(c, 3, n, failed);
-        if (after != 1) Multiply(c[0], n, after), Multiply(c[1], n, after);
+        after.Apply(c, n);
       });
-  if (!returnSteps) return results;
+  if (!returnSteps) return converted;
   if (steps.is_none()) steps = py::int_(static_cast<int>(single));
-  return py::tuple(results) + py::make_tuple(steps);
+  return py::tuple(converted) + py::make_tuple(steps);
 }
 
 AxisPair GeographicAxes(const ChainObject& chain) {
   return chain.projection ? AxisPairOf(chain.projection->geographicAxes) : AxisPair{};
 }
 
-// Without a projection the local pair is one of angles.
-bool LocalDegrees(const ChainObject& chain, bool degrees) { return degrees && !chain.projection; }
-
 py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
                    bool degrees, const py::object& out, bool returnSteps) {
-  const double after = LocalDegrees(chain, degrees) ? kDegPerRad : 1;
+  // Without a projection the local pair is one of angles.
+  const double angle = degrees ? kDegPerRad : 1;
+  const Factors local{chain.projection ? 1 / chain.unit : angle, 1 / chain.heightUnit};
   const auto [first, second] = PositionArguments(lat, lon, GeographicAxes(chain), degrees);
-  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{first, second, {"h", h}}}, after, out,
+  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{first, second, {"h", h}}}, {}, local, out,
                                                  returnSteps);
 }
 
 py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
                     bool degrees, const py::object& out, bool returnSteps) {
-  const double after = degrees ? kDegPerRad : 1;
+  const Factors local{chain.projection ? chain.unit : 1, chain.heightUnit};
   std::array<Argument, 3> arguments = {{{"north", north}, {"east", east}, {"h", h}}};
   if (!chain.projection) {
     arguments[0] = AngleArgument("north", north, AngleKind::latitude, degrees);
     arguments[1] = AngleArgument("east", east, AngleKind::longitude, degrees);
   }
-  return Convert<&CoordinateChain::ToGlobalBatch>(chain, arguments, after, out, returnSteps);
+  return Convert<&CoordinateChain::ToGlobalBatch>(chain, arguments, local,
+                                                  {degrees ? kDegPerRad : 1}, out, returnSteps);
 }
 
 py::dict StateOf(const ChainObject& c) {
@@ -225,6 +248,8 @@ py::dict StateOf(const ChainObject& c) {
   state["ground"] = c.ground;
   state["shifts"] = py::tuple(py::cast(c.shifts));
   state["fixed_height"] = c.fixedHeight;
+  state["unit"] = c.unit;
+  state["height_unit"] = c.heightUnit;
   return state;
 }
 
@@ -243,6 +268,7 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
     object->shifts.push_back(PartOf<ChainShiftObject>(shift));
   if (!state["fixed_height"].is_none()) object->fixedHeight = FiniteOf(state["fixed_height"]);
   object->geoidFrame = FrameOf(state["geoid_frame"].cast<std::string>());
+  SetUnits(*object, state["unit"].cast<double>(), state["height_unit"].cast<double>());
   if (object->datum && !object->global) throw UserError("the datum has no global ellipsoid");
   Join(*object);
   return object;
@@ -260,7 +286,8 @@ std::string Repr(const ChainObject& c) {
   for (const auto& [name, step] : StateOf(c)) {
     const bool plain =
         step.is_none() || step.equal(py::tuple()) ||
-        (std::string(py::str(name)) == "geoid_frame" && c.geoidFrame == GeoidFrame::global);
+        (std::string(py::str(name)) == "geoid_frame" && c.geoidFrame == GeoidFrame::global) ||
+        (std::string(py::str(name)).ends_with("unit") && step.cast<double>() == 1);
     if (plain) continue;
     text += fmt::format("{}{}={}", text.empty() ? "" : ", ", std::string(py::str(name)),
                         std::string(py::repr(step)));
@@ -347,7 +374,8 @@ Steps that are not given are left out: without a datum the positions stand on th
 projection already; without a projection the local pair is latitude and longitude on the ellipsoid of
 the datum. global_ellipsoid (an Ellipsoid or a name) is WGS84 when there is a datum. A geoid turns
 heights above the ellipsoid into heights above the geoid on the way out and back on the way in;
-geoid_frame says whether its heights stand on the "global" or the "local" ellipsoid.
+geoid_frame says whether its heights stand on the "global" or the "local" ellipsoid. unit and
+height_unit are metres of one unit of the local pair and of local heights, which come and go in them.
 
 A point that a step refuses becomes NaN in all three results and disturbs no other point;
 return_steps=True tells which step it was. Chains are immutable, equal when their steps are, and
@@ -360,7 +388,8 @@ Raises Error when datum and projection stand on different ellipsoids.)");
            py::arg("datum") = py::none(), py::arg("projection") = py::none(),
            py::arg("geoid") = py::none(), py::arg("geoid_frame") = "global",
            py::arg("localization") = py::none(), py::arg("ground") = py::none(),
-           py::arg("shifts") = py::tuple(), py::arg("fixed_height") = py::none())
+           py::arg("shifts") = py::tuple(), py::arg("fixed_height") = py::none(),
+           py::arg("unit") = 1.0, py::arg("height_unit") = 1.0)
       .def_static("from_file", &FromFile, py::arg("path"), R"(from_file(path)
 --
 
@@ -395,6 +424,8 @@ Raises Error for a code that the registry does not have or a system file cannot 
           "The shifts, ChainShift, in the order of the system file.")
       .def_readonly("fixed_height", &ChainObject::fixedHeight,
                     "The height at which positions go through the datum, metres, or None.")
+      .def_readonly("unit", &ChainObject::unit, "Metres of one unit of local north and east.")
+      .def_readonly("height_unit", &ChainObject::heightUnit, "Metres of one unit of local heights.")
       .def("replace", &Replace, R"(replace(self, **steps)
 --
 
@@ -404,7 +435,7 @@ A chain with some steps exchanged, added, or taken away (None); the keywords are
            R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False)
 --
 
-Global positions to local coordinates: (north, east, h), metres.
+Global positions to local coordinates: (north, east, h), in the units of the chain.
 
 lat, lon: degrees, or radians with degrees=False; h: metres above the global ellipsoid. Numbers or
 arrays, broadcast together; numbers alone give numbers. out: three float64 arrays for the results,
@@ -418,7 +449,7 @@ return_steps=True a fourth result holds the step that failed, as a ChainStep, 0 
 
 Local coordinates to global positions: (lat, lon, h), the inverse of to_local.
 
-north, east, h: metres, numbers or arrays, broadcast together. lat and lon are degrees, or radians
+north, east, h: in the units of the chain, numbers or arrays, broadcast together. lat and lon are degrees, or radians
 with degrees=False. out and return_steps as for to_local.)")
       .def(
           "__eq__",

@@ -59,7 +59,9 @@ struct ChainObject {
   std::shared_ptr<zel_cs::geomath::LocalToGrid> localization;
   std::shared_ptr<zel_cs::geomath::GridToGround> ground;
   std::optional<zel_cs::geomath::FixedHeightDatum> fixedHeightDatum;  // of datum and height
-  zel_cs::geomath::CoordinateChain chain;                             // of those
+  /// Metres of one unit of the local plane and of local heights; the chain's are metres.
+  double unit = 1, heightUnit = 1;
+  zel_cs::geomath::CoordinateChain chain;  // of those
 };
 
 template <>

@@ -520,6 +520,8 @@ class CoordinateChain:
         ground: GridToGround | None = ...,
         shifts: Iterable[ChainShift] = ...,
         fixed_height: float | None = ...,
+        unit: float = ...,
+        height_unit: float = ...,
     ) -> None: ...
     @staticmethod
     def from_file(path: _Path) -> CoordinateChain: ...
@@ -551,6 +553,10 @@ class CoordinateChain:
     def shifts(self) -> tuple[ChainShift, ...]: ...
     @property
     def fixed_height(self) -> float | None: ...
+    @property
+    def unit(self) -> float: ...
+    @property
+    def height_unit(self) -> float: ...
     @overload
     def to_local(  # type: ignore[misc]
         self,

@@ -1,5 +1,6 @@
 """Values: every class against published figures, in degrees and metres."""
 
+import pickle
 from math import radians
 from typing import Any
 
@@ -104,3 +105,16 @@ def test_systems_of_the_registry_give_the_published_example() -> None:
     assert CoordinateChain.from_epsg(27700, operation=1314).datum is not None
     with pytest.raises(Error, match="EPSG:1"):
         Projection.from_epsg(1)
+
+
+def test_chain_has_the_units_of_its_system() -> None:
+    # EPSG Guidance Note 7-2, NAD27 / Texas South Central: hundredths of US survey feet.
+    chain = CoordinateChain.from_epsg(32040, datum=False)
+    assert chain.unit == 1200 / 3937 and chain.height_unit == 1
+    assert chain.to_local(28.5, -96.0, 10.0) == pytest.approx((254759.80, 2963503.91, 10), abs=0.006)
+    assert chain.to_global(254759.80, 2963503.91, 10.0) == pytest.approx((28.5, -96, 10), abs=2e-8)
+    metres = chain.replace(unit=1.0, height_unit=0.3048)
+    assert metres.to_local(28.5, -96.0, 0.3048) == pytest.approx((77650.942, 903277.798, 1), abs=2e-3)
+    assert pickle.loads(pickle.dumps(chain)) == chain != metres
+    with pytest.raises(Error, match="unit"):
+        chain.replace(unit=0.0)

@@ -68,6 +68,32 @@ TEST_F(Calibrate, PrintsParametersResidualsAndEstimates) {
   EXPECT_FALSE(Contains(run.out, "Warning"));
 }
 
+// The same site with local coordinates in feet: the same parameters, lengths in feet.
+TEST_F(Calibrate, TakesControlInFeet) {
+  const auto control = ReadControl({kExample + "control.csv"}).points;
+  std::string feet = "name,lat,lon,h,local_n,local_e,local_h\n";
+  for (const ControlPoint& point : control) {
+    const auto& p = point.given;
+    feet += fmt::format("{},{:.12f},{:.12f},{},{:.7f},{:.7f},{:.7f}\n", point.name, p.globalN,
+                        p.globalE, p.globalH, p.localN * 3937 / 1200, p.localE * 3937 / 1200,
+                        p.localH / 0.3048);
+  }
+  Write("feet.csv", feet);
+  const std::string system = " --system " + kExample + "system.json ";
+  const ProgramRun run = Run("feet.csv" + system + "-o site.json --unit us-ft,ft --report r.html");
+  ASSERT_EQ(run.status, 0) << run.err;
+  for (const char* part : {"Shift N, US ft", "Shift H, ft", "0.9999247072", "14.333",
+                           "Horizontal rms 0.1076 US ft", "(given minus computed, US ft, heights"})
+    EXPECT_TRUE(Contains(run.out, part)) << part << "\n" << run.out;
+  EXPECT_TRUE(Contains(Read("r.html"), "local ones in US ft, heights ft"));
+  // The new system has the units, so that convert gives what the control has.
+  const auto saved = ParseSystem(Read("site.json"), "site.json");
+  EXPECT_EQ(saved->Units().plane.metres, 1200.0 / 3937);
+  EXPECT_EQ(saved->Units().height.metres, 0.3048);
+  const ProgramRun again = Run("feet.csv --system site.json -o - --report again.html");
+  EXPECT_TRUE(Contains(again.err, "Shift N, US ft")) << again.err;
+}
+
 TEST_F(Calibrate, ConvertReproducesTheResidualsDigitForDigit) {
   for (const char* system : {"system.json", "netherlands.json"}) {
     for (const char* option : {"", " --fixed-scale", " --placement first"}) {

@@ -1,9 +1,11 @@
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <sstream>
 #include <string>
 
 #include "tests/support/scratch_folder.h"
@@ -60,6 +62,40 @@ TEST_F(Convert, ReadsAnglesAsTextSeparatorsAndLineEnds) {
   EXPECT_EQ(run.out,
             "B;L;H;y;x;z\r\n50 26 19.88972196 N;W 4\xC2\xB0 6' 31.12428820\";215.251;"
             "62015.2109;250357.8185;165.6607\r\n");
+}
+
+// EPSG Guidance Note 7-2, Lambert Conic Conformal (2SP), NAD27 / Texas South Central: the note prints
+// hundredths of US survey feet.
+TEST_F(Convert, GridCoordinatesAreInTheUnitsOfTheSystem) {
+  constexpr double kPrinted = 0.0055;
+  const auto numbers = [](const ProgramRun& run) {
+    std::istringstream lines(run.out);
+    std::array<double, 3> values{};
+    std::string name, rest;
+    for (double& value : values) lines >> name >> value, std::getline(lines, rest);
+    return values;
+  };
+  const auto convert = [&](const std::string& arguments) {
+    return RunProgram(directory_, "convert --system texas.json " + arguments);
+  };
+  ASSERT_EQ(RunProgram(directory_, "system --epsg 32040 --no-datum -o texas.json").status, 0);
+  const ProgramRun run = convert("28.5 -96 100");
+  EXPECT_TRUE(Contains(run.out, " US ft\n")) << run.out << run.err;
+  const auto feet = numbers(run);
+  EXPECT_NEAR(feet[0], 254759.80, kPrinted);
+  EXPECT_NEAR(feet[1], 2963503.91, kPrinted);
+  EXPECT_EQ(feet[2], 100);
+  const auto metres = numbers(convert("28.5 -96 100 --unit m,ft --decimals 9"));
+  EXPECT_NEAR(metres[0], feet[0] * 1200 / 3937, 1e-4);
+  EXPECT_NEAR(metres[2], 100 / 0.3048, 1e-9);
+  for (const char* way : {"254759.80 2963503.91 100", "77650.9423 903277.7980 100 --unit m",
+                          "254760.3095 2963509.837 328.0839895 --unit foot"}) {
+    const auto back = numbers(convert(std::string("--inverse ") + way));
+    EXPECT_NEAR(back[0], 28.5, 2e-8) << way;
+    EXPECT_NEAR(back[1], -96, 2e-8) << way;
+    EXPECT_NEAR(back[2], 100, 1e-6) << way;
+  }
+  EXPECT_TRUE(Contains(convert("28.5 -96 0 --unit fot").err, "did you mean \"foot\""));
 }
 
 TEST_F(Convert, WorksBetweenStandardInputAndOutput) {

@@ -75,6 +75,22 @@ bool Contains(const std::string& text, const std::string& part) {
 
 }  // namespace
 
+TEST_F(Layers, AreInTheUnitsOfTheSystem) {
+  Write("ny.csv", "lat,lon,h\n40.7,-74,10\n");
+  ASSERT_EQ(Run("system --epsg 2263 -o ny.json").status, 0);
+  for (const char* suffix : {"gpkg", "shp"}) {
+    const std::string grid = std::string("ny.") + suffix;
+    ASSERT_EQ(Run("convert --system ny.json ny.csv -o " + grid).status, 0);
+    EXPECT_TRUE(IsIn(grid, 2263));
+    const ProgramRun back =
+        Run("convert --system ny.json --inverse --from-geometry " + grid + " -o - --decimals 3");
+    EXPECT_TRUE(Contains(back.out, "40.700000000,-74.000000000,10.000")) << back.out << back.err;
+  }
+  ASSERT_EQ(Run("convert --system ny.json --unit m ny.csv -o metres.gpkg").status, 0);
+  EXPECT_EQ(Open("metres.gpkg")->GetLayer(0)->GetSpatialRef()->GetLinearUnits(), 1);
+  EXPECT_EQ(Run("convert --system ny.json --inverse --from-geometry metres.gpkg -o -").status, 2);
+}
+
 TEST_F(Layers, ResultsCarryTheirSystemSoThatAGisShowsThemInPlace) {
   for (const char* suffix : {"gpkg", "shp"}) {
     const std::string grid = std::string("grid.") + suffix, back = std::string("back.") + suffix;
@@ -83,10 +99,10 @@ TEST_F(Layers, ResultsCarryTheirSystemSoThatAGisShowsThemInPlace) {
     ASSERT_EQ(Run("convert --system gb.json --inverse " + grid + " -o " + back).status, 0);
     EXPECT_TRUE(IsIn(back, 4326)) << suffix;
   }
-  // Metres whatever the registry has: 2225 counts feet.
+  // Metres where they are asked for: 2225 counts feet.
   ASSERT_EQ(Run("system --epsg 2225 --no-datum -o california.json").status, 0);
   Write("in.csv", "lat,lon,h\n40,-122,0\n");
-  ASSERT_EQ(Run("convert --system california.json in.csv -o california.gpkg").status, 0);
+  ASSERT_EQ(Run("convert --system california.json --unit m in.csv -o california.gpkg").status, 0);
   const GDALDatasetUniquePtr dataset = Open("california.gpkg");
   EXPECT_EQ(dataset->GetLayer(0)->GetSpatialRef()->GetLinearUnits(), 1);
   EXPECT_NEAR(dataset->GetLayer(0)->GetSpatialRef()->GetProjParm(SRS_PP_FALSE_EASTING), 2000000,

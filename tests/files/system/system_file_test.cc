@@ -61,6 +61,22 @@ Position ToLocal(const std::string& text) {
 }  // namespace
 
 // Grid coordinates of the seven-parameter chain by an independent evaluation, to 0.1 mm.
+TEST(SystemFile, UnitsHaveNamesOrMetres) {
+  json system = Britain();
+  system["units"] = {{"grid", "US survey foot"},
+                     {"height", {{"name", "fathom"}, {"metres", 1.8288}}}};
+  const GridUnits units = ParseSystem(system.dump(), "s")->Units();
+  EXPECT_EQ(units.plane.metres, 1200.0 / 3937);
+  EXPECT_EQ(units.height.metres, 1.8288);
+  EXPECT_EQ(json(UnitsSection(units)), system["units"]);
+  system["units"] = {{"grid", "sft"}};
+  EXPECT_NE(ComplaintAbout(system.dump()).find("\"units.grid\": \"sft\" is no unit"),
+            std::string::npos);
+  system["units"] = {{"grid", {{"name", "nothing"}, {"metres", 0}}}};
+  EXPECT_NE(ComplaintAbout(system.dump()).find("\"units.grid.metres\" must be more than 0"),
+            std::string::npos);
+}
+
 TEST(SystemFile, BuildsTheChainItDescribes) {
   constexpr double kSeriesMetres = 3e-4;  // TTMProj against an exact TM
   for (const char* name : {"TM", "tm", "TMERC"}) {
