@@ -74,7 +74,7 @@ void MarkCovariances(const Matrices& c, std::size_t count, double* marks) {
     const double determinant =
         xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
     const bool notNegative = determinant >= -kRounding * xx * yy * zz;
-    marks[i] = variances & finite & pairs & notNegative ? 1 : 0;
+    marks[i] = (variances & finite & pairs & notNegative) ? 1 : 0;
   }
 }
 

@@ -236,7 +236,8 @@ ShiftStatus NodeGrid::Slopes(double north, double east, double (&slopes)[3][2]) 
       for (int r = 0; r < Rule::kSize; ++r)
         for (int c = 0; c < Rule::kSize; ++c) {
           const double node = part.firstNode + (row.first + r) * part.columns + column.first + c;
-          z[r][c] = grid.nodes[static_cast<std::size_t>(node) * kComponents + k];
+          z[r][c] = grid.nodes[static_cast<std::size_t>(node) * kComponents +
+                               static_cast<std::size_t>(k)];
         }
       double& alongNorth = slopes[k][0];
       double& alongEast = slopes[k][1];
