@@ -382,9 +382,9 @@ TEST(ChainUncertainty, SharesTheErrorsOfAJob) {
     ASSERT_TRUE(uncertainty.SetGeoid(0.02, extent));
     ASSERT_TRUE(uncertainty.SetShift(*all.grid, 0.1, 0.2, 0.3, extent));
     double b[] = {kPoint[0], kPoint[0] + 1e-7}, l[] = {kPoint[1], kPoint[1] - 1e-7}, h[] = {1, 2};
-    std::vector<double> joint(36, 0.0);
+    double joint[36] = {};
     for (int i = 0; i < 6; ++i) joint[7 * i] = 1e-6;
-    ASSERT_TRUE(uncertainty.JointToLocal(b, l, h, joint.data(), 2));
+    ASSERT_TRUE(uncertainty.JointToLocal(b, l, h, joint, 2));
     Nine single = {{1e-6, 0, 0}, {0, 1e-6, 0}, {0, 0, 1e-6}};
     double n = kPoint[0], e = kPoint[1], u = 1;
     ASSERT_TRUE(uncertainty.ToLocal(n, e, u, single));
