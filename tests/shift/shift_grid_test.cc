@@ -307,8 +307,11 @@ TEST(ShiftGrid, RefusesDefinitionsThatAreNotSound) {
       [](auto& d) { d.northOffset = INFINITY; },
       [](auto& d) { d.parts[0].south = kNaN; },
       [](auto& d) { d.parts[0].eastStep = 0; },
-      [](auto& d) { d.parts[0].northStep = 0.5; },  // beyond the pole
-      [](auto& d) { d.parts[0].eastStep = 3; },     // more than a turn
+      [](auto& d) { d.parts[0].eastStep = 1e-320; },  // whose reciprocal is infinite
+      [](auto& d) { d.parts[0].northStep = 0.5; },    // beyond the pole
+      [](auto& d) { d.parts[0].eastStep = 3; },       // more than a turn
+      [](auto& d) { d.space = ShiftSpace::plane, d.parts[0].south = 1e300; },
+      [](auto& d) { d.space = ShiftSpace::plane, d.parts[0].west = 1e12; },  // every node the same
       [](auto& d) { d.parts[0].rows = 5; },
       [](auto& d) { d.parts[0].rows = d.parts[0].columns = -4; },
       [](auto& d) { d.parts[0].values.pop_back(); },

@@ -18,6 +18,11 @@ namespace {
 // Beyond this a number of steps is a number of turns.
 constexpr double kStepsRounding = 1e-6;
 
+// Radians or metres. Beyond the farthest edge and below the finest step (6 µm on the ground, or this
+// part of the farthest edge) differences of positions overflow or vanish.
+constexpr double kFarthestEdge = 1e12;
+constexpr double kFinestStep = 1e-12;
+
 // Why a part cannot be used; empty when it can.
 std::string FaultOf(const ShiftGridPart& part, bool turns, std::size_t components, int minNodes) {
   for (const double number : {part.south, part.west, part.northStep, part.eastStep})
@@ -26,7 +31,12 @@ std::string FaultOf(const ShiftGridPart& part, bool turns, std::size_t component
   if (part.rows < minNodes || part.columns < minNodes) return "too few rows or columns";
   const double north = part.south + part.northStep * (part.rows - 1);
   const double width = part.eastStep * (part.columns - 1);
-  if (!std::isfinite(north) || !std::isfinite(part.west + width)) return "an edge is not finite";
+  double farthest = 1;
+  for (const double edge : {part.south, north, part.west, part.west + width})
+    farthest = std::max(farthest, std::abs(edge));
+  if (farthest > kFarthestEdge) return "an edge is too far away";
+  if (std::min(part.northStep, part.eastStep) < kFinestStep * farthest)
+    return "a step is too small";
   if (turns) {
     const double pole = kHalfPi + part.northStep * kStepsRounding;
     if (part.south < -pole || north > pole) return "latitudes reach beyond a pole";
