@@ -14,3 +14,14 @@
 #else
 #define GEOMATH_API __attribute__((visibility("default")))
 #endif
+
+// The library's own sources: results are promised to the bit, which these settings break.
+#if defined(GEOMATH_BUILDING)
+#include <cfloat>
+#if defined(__FAST_MATH__)
+#error "geomath cannot be built with -ffast-math or -Ofast"
+#endif
+#if FLT_EVAL_METHOD != 0
+#error "geomath needs doubles that are computed as doubles: on 32-bit x86 build with -mfpmath=sse"
+#endif
+#endif
