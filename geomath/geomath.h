@@ -25,6 +25,7 @@
 #include "geomath/design/linear_distortion.h"
 #include "geomath/design/zone_definition.h"
 #include "geomath/design/zone_design.h"
+#include "geomath/design/zone_split.h"
 #include "geomath/export.h"
 #include "geomath/frame/dated_shift.h"
 #include "geomath/frame/deformation_model.h"

@@ -14,11 +14,9 @@ constexpr double kInfinite = std::numeric_limits<double>::infinity();
 constexpr double kFarthest = 800e3;                          // metres from the middle to an axis
 constexpr double kLeastParallel = 10.0 / 3600 * kRadPerDeg;  // a cone needs one off the equator
 constexpr double kLargestLat = 89 * kRadPerDeg;              // of an origin
-constexpr double kFine = 0.5;                                // metres that an axis is found within
-constexpr double kFineAzimuth = 1e-6;                        // radians, likewise
-constexpr std::size_t kSample = 1500;                        // points of the search over the window
+constexpr std::size_t kSample = 600;                         // points of the search over the window
 constexpr std::size_t kRanked = 50000;  // points that a percentile is refined on
-constexpr std::size_t kCells = 24;      // a side, of the sample of extremes
+constexpr std::size_t kCells = 8;       // a side, of the sample of extremes
 constexpr double kMeanRadius = 6371e3;  // metres, for sizes of windows
 
 struct Minimum {
@@ -122,43 +120,37 @@ double AxisSearch::ValueAt(const GroundPoints& points, const Axis& axis) {
 }
 
 AxisSearch::Axis AxisSearch::SearchAbout(const GroundPoints& sample, const Axis& middle,
-                                         const Axis& half, int scans) {
+                                         const Axis& half, int scans, double fine) {
+  const auto least = [&](double x, const auto& value) {
+    return ScanAndRefine(value, x, half[unknowns_ - 1u], scans, fine * half[unknowns_ - 1u]);
+  };
   if (unknowns_ == 1)
-    return {ScanAndRefine(
-                [&](double x) {
-                  return ValueAt(sample, {x, 0});
-                },
-                middle[0], half[0], scans, kFine)
-                .x,
-            0};
-  const double tolerance = family_ == ZoneFamily::obliqueMercator ? kFineAzimuth : kFine;
-  Axis best = middle;
-  double least = kInfinite;
+    return {least(middle[0], [&](double x) { return ValueAt(sample, {x, 0}); }).x, 0};
+  Minimum best{0, kInfinite};
+  Axis found = middle;
   const auto inner = [&](double x) {
-    const Minimum at = ScanAndRefine(
-        [&](double y) {
-          return ValueAt(sample, {x, y});
-        },
-        middle[1], half[1], scans, kFine);
-    if (at.value < least) least = at.value, best = {x, at.x};
+    const Minimum at = least(middle[1], [&](double y) { return ValueAt(sample, {x, y}); });
+    if (at.value < best.value) best = at, found = {x, at.x};
     watch_.Step();
     return at.value;
   };
-  ScanAndRefine(inner, middle[0], half[0],
-                family_ == ZoneFamily::obliqueMercator ? 3 * scans : scans, tolerance);
-  return best;
+  const bool oblique = family_ == ZoneFamily::obliqueMercator;
+  ScanAndRefine(inner, middle[0], half[0], oblique ? 3 * scans : scans, fine * half[0]);
+  return found;
 }
 
 AxisSearch::Axis AxisSearch::SearchWindow(const GroundPoints& sample) {
   constexpr int kScans = 7;
+  constexpr double kCoarse = 2e-3;  // of the window
   // A plane that rises by q across an axis moves it by R·q, a point by 2·R·q.
   const double length = std::max(frame_.Diagonal(), 1.0);
   double half = std::min(length + 2 * kMeanRadius * frame_.Relief() / length, kFarthest);
   const bool oblique = family_ == ZoneFamily::obliqueMercator;
   for (;;) {
-    const Axis found = SearchAbout(sample, {0, 0}, {oblique ? kHalfPi : half, half}, kScans);
+    const Axis found =
+        SearchAbout(sample, {0, 0}, {oblique ? kHalfPi : half, half}, kScans, kCoarse);
     const double away = std::max(oblique ? 0 : std::abs(found[0]), std::abs(found[1]));
-    if (away < half - 1 || half >= kFarthest || watch_.Stopped())
+    if (away < half * (1 - 2 * kCoarse) || half >= kFarthest || watch_.Stopped())
       return {oblique ? found[0] : Within(found[0], kFarthest), Within(found[1], kFarthest)};
     half = std::min(3 * half, kFarthest);
   }
@@ -232,8 +224,9 @@ AxisSearch::Axis AxisSearch::RefineSquare(Axis axis) {
 
 AxisSearch::Axis AxisSearch::RefineLargest(Axis axis, GroundPoints sample) {
   constexpr int kRounds = 25;
-  constexpr double kSame = 1e-12;  // of δ
+  constexpr double kSame = 1e-10;  // of δ: what decimetres of an axis are worth
   const bool oblique = family_ == ZoneFamily::obliqueMercator;
+  constexpr double kFine = 1e-4;  // of what is searched about the best axis: less than a metre
   const double near = std::max(frame_.Diagonal() / 20, 1000.0);
   Axis best = axis;
   double least = kInfinite;
@@ -245,7 +238,7 @@ AxisSearch::Axis AxisSearch::RefineLargest(Axis axis, GroundPoints sample) {
       const auto i = static_cast<std::size_t>(at - m_.begin());
       sample.Add(points_.b[i], points_.l[i], points_.h[i], points_.weight[i]);
     }
-    axis = SearchAbout(sample, axis, {oblique ? 0.02 : near, near}, 3);
+    axis = SearchAbout(sample, axis, {oblique ? 0.02 : near, near}, 3, kFine);
     // The sample's optimum bounds that of all points from below.
     if (least <= ValueAt(sample, axis) + kSame) break;
   }

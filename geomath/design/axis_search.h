@@ -43,7 +43,8 @@ class AxisSearch {
   double ValueAt(const GroundPoints& points, const Axis& axis);
 
   Axis SearchWindow(const GroundPoints& sample);
-  Axis SearchAbout(const GroundPoints& sample, const Axis& middle, const Axis& half, int scans);
+  Axis SearchAbout(const GroundPoints& sample, const Axis& middle, const Axis& half, int scans,
+                   double fine);
   Axis RefineSquare(Axis axis);
   Axis RefineLargest(Axis axis, GroundPoints sample);
   Axis RefinePercentile(const GroundPoints& sample, Axis axis);

@@ -40,26 +40,30 @@ GroundPoints GroundPoints::Thinned(std::size_t count) const {
 }
 
 GroundPoints GroundPoints::Extremes(std::size_t cells) const {
-  if (Size() <= 2 * cells * cells) return *this;
+  if (Size() <= cells * cells) return *this;
   const auto [south, north] = std::minmax_element(b.begin(), b.end());
   const auto [west, east] = std::minmax_element(l.begin(), l.end());
   const auto cellOf = [cells](double x, double low, double high) {
     const double share = high > low ? (x - low) / (high - low) : 0;
     return std::min(static_cast<std::size_t>(share * static_cast<double>(cells)), cells - 1);
   };
-  std::vector<std::size_t> lowest(cells * cells, Size()), highest(cells * cells, Size());
+  // In each cell the least and the greatest of each of these.
+  const std::vector<double>* const columns[] = {&h, &b, &l};
+  constexpr std::size_t kKept = 6;
+  std::vector<std::size_t> kept(cells * cells * kKept, Size());
   for (std::size_t i = 0; i < Size(); ++i) {
-    const std::size_t cell = cellOf(b[i], *south, *north) * cells + cellOf(l[i], *west, *east);
-    if (lowest[cell] == Size() || h[i] < h[lowest[cell]]) lowest[cell] = i;
-    if (highest[cell] == Size() || h[i] > h[highest[cell]]) highest[cell] = i;
-  }
-  std::vector<std::size_t> indices;
-  for (std::size_t cell = 0; cell < cells * cells; ++cell)
-    if (lowest[cell] != Size()) {
-      indices.push_back(lowest[cell]);
-      if (highest[cell] != lowest[cell]) indices.push_back(highest[cell]);
+    std::size_t at = (cellOf(b[i], *south, *north) * cells + cellOf(l[i], *west, *east)) * kKept;
+    for (const std::vector<double>* column : columns) {
+      const std::vector<double>& x = *column;
+      if (kept[at] == Size() || x[i] < x[kept[at]]) kept[at] = i;
+      if (kept[at + 1] == Size() || x[i] > x[kept[at + 1]]) kept[at + 1] = i;
+      at += 2;
     }
-  return Subset(indices);
+  }
+  std::sort(kept.begin(), kept.end());
+  kept.erase(std::unique(kept.begin(), kept.end()), kept.end());
+  if (kept.back() == Size()) kept.pop_back();
+  return Subset(kept);
 }
 
 bool GroundPoints::Factors(const TGeoProj& projection, std::vector<double>& m) const {

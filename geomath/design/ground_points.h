@@ -28,7 +28,8 @@ struct GroundPoints {
   GroundPoints Subset(std::span<const std::size_t> indices) const;
   /// About `count` of them, spread over their order.
   GroundPoints Thinned(std::size_t count) const;
-  /// The lowest and the highest of each of `cells`² cells of their extent.
+  /// Of each of `cells`² cells of their extent the lowest and the highest point, and those farthest to
+  /// the south, north, west and east.
   GroundPoints Extremes(std::size_t cells) const;
 
   /// The factors 1 + δ of a projection with scale 1. False where it fails for a point.
