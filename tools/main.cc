@@ -4,6 +4,7 @@
 #include <functional>
 #include <map>
 
+#include "files/gdal/use_gdal.h"
 #include "files/words/user_error.h"
 #include "tools/command.h"
 #include "tools/exit_status.h"
@@ -38,6 +39,7 @@ int Run(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  UseGdal();
   try {
     return Run(argc, argv);
   } catch (const UserError& error) {

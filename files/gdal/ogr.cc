@@ -7,6 +7,7 @@
 #include <cstring>
 #include <filesystem>
 
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
 namespace geomath_files {
@@ -61,11 +62,6 @@ GdalErrors::GdalErrors() {
 }
 
 GdalErrors::~GdalErrors() { CPLPopErrorHandler(); }
-
-void RequireLocalPath(const std::string& path) {
-  if (path.starts_with("/vsi"))
-    throw UserError(path + ": is no local file; addresses and archives are not opened");
-}
 
 GDALDatasetUniquePtr OpenPointFile(const std::string& path) {
   constexpr const char* kOptions[] = {"NATIVE_DATA=YES",  // with what GeoJSON has beside columns

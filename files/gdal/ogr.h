@@ -27,10 +27,6 @@ class GdalErrors {
   std::string first_;
 };
 
-/// Throws UserError for a path that GDAL/OGR would take for something else than a local file: a
-/// network address, an archive, memory.
-void RequireLocalPath(const std::string& path);
-
 /// Open a local file for reading, with the drivers of point files and of geoid grids only: no
 /// driver reaches for other files or for the network because of what a file contains. Null when no
 /// driver knows the file; throw UserError when it is not there or is none of the local files.

@@ -12,7 +12,7 @@ namespace geomath_files {
 
 /// Where geoid heights come from: a grid or a coefficient model.
 struct GeoidChoice {
-  std::string grid;           ///< a raster that OpenGridFile knows, nodes at the pixel centres
+  std::string grid;           ///< a raster, read by the RasterReader in use
   std::string interpolation;  ///< class name of the scheme; empty for the bilinear one
   std::string model;          ///< lines "n m C S", or ICGEM's .gfc
   std::string correction;     ///< lines "n m C S" in centimetres, or none
@@ -38,8 +38,7 @@ class LoadedGeoid {
   std::string warning;
 };
 
-/// Reads a grid or a model (see ReadCoefficients). No-data pixels and pixels that are not finite
-/// become holes; heights in another unit of length than the metre are converted; a grid around the
+/// Reads a grid, by the RasterReader in use, or a model (see ReadCoefficients). A grid around the
 /// whole Earth is closed at its seam. Throws UserError.
 std::unique_ptr<LoadedGeoid> OpenGeoid(const GeoidChoice& choice);
 

@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "files/gdal/ogr.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
 namespace geomath_files {

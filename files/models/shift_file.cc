@@ -9,10 +9,10 @@
 #include <span>
 #include <string_view>
 
-#include "files/gdal/ogr.h"
+#include "files/models/raster_reader.h"
 #include "files/models/shift_json.h"
-#include "files/models/shift_tiff.h"
 #include "files/words/name_match.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "geomath/shift/ntv2_file.h"
 
@@ -64,7 +64,7 @@ std::string ReadShiftBytes(const std::string& path) {
 }
 
 std::unique_ptr<CoordinateShift> ParseShift(const std::string& bytes, const ShiftChoice& choice) {
-  if (IsTiff(bytes)) return ParseShiftTiff(bytes, choice);
+  if (IsTiff(bytes)) return RequireRasterReader(choice.file).ParseShift(bytes, choice);
   if (IsJson(bytes)) return ParseShiftJson(bytes, choice);
   return OfNtv2(bytes, choice.file);
 }

@@ -1,7 +1,6 @@
 #include "files/models/shift_json.h"
 
 #include <fmt/format.h>
-#include <ogr_spatialref.h>
 
 #include <algorithm>
 #include <array>
@@ -12,7 +11,7 @@
 #include <utility>
 #include <vector>
 
-#include "files/gdal/ogr.h"
+#include "files/models/raster_reader.h"
 #include "files/system/json_section.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -181,16 +180,10 @@ class TriangulationReader {
 
   // Of the first of its systems that the registry knows.
   ShiftSpace Space() const {
-    PrepareOgr();
-    constexpr const char* kOptions[] = {"ALLOW_NETWORK_ACCESS=NO", "ALLOW_FILE_ACCESS=NO", nullptr};
-    for (const char* key : {"input_crs", "output_crs"}) {
-      OGRSpatialReference system;
-      if (!root_.contains(key) ||
-          system.SetFromUserInput(Text(key).c_str(), kOptions) != OGRERR_NONE)
-        continue;
-      if (system.IsProjected()) return ShiftSpace::plane;
-      if (system.IsGeographic()) return ShiftSpace::geographic;
-    }
+    if (const RasterReader* reader = FindRasterReader())
+      for (const char* key : {"input_crs", "output_crs"})
+        if (root_.contains(key))
+          if (const auto space = reader->SpaceOf(Text(key))) return *space;
     Fail("input_crs",
          "is no system that is known: say by \"coordinates\" whether they are \"geographic\" or "
          "\"plane\"");

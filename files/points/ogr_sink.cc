@@ -11,6 +11,7 @@
 #include "files/gdal/ogr.h"
 #include "files/points/layer_crs.h"
 #include "files/words/output_file.h"
+#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
 namespace geomath_files {

@@ -6,6 +6,7 @@
 #include <nlohmann/json.hpp>
 
 #include "files/system/projection_names.h"
+#include "files/system/system_sections.h"
 
 using namespace zel_cs::geomath;
 

@@ -8,6 +8,7 @@
 #include <limits>
 #include <utility>
 
+#include "files/system/system_sections.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"

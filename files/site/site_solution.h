@@ -7,8 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "files/system/axis_pair.h"
 #include "files/system/length_unit.h"
-#include "files/system/system_sections.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/local/calibration_check.h"
 #include "geomath/local/local_to_grid.h"

@@ -27,6 +27,13 @@ struct ProjectionKind {
   std::vector<ProjectionParameter> parameters;
 };
 
+/// A projection with its kind and the values of its parameters, in the units of the kind.
+struct NamedProjection {
+  const ProjectionKind* kind = nullptr;
+  std::vector<double> values;
+  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
+};
+
 /// All of them: every name of the library's factory, with the parameters that the library describes,
 /// and "TM".
 const std::vector<ProjectionKind>& ProjectionKinds();

@@ -153,7 +153,7 @@ SystemShift ReadShift(const std::string& file, const std::string& path, const js
   for (const Kind& kind : kKinds) keys.emplace_back(kind.key);
   const JsonSection section(file, path, object, keys);
   SystemShift read;
-  read.entry = object;
+  read.entry = object.dump();
   read.place = PlaceOf(section);
   read.outside = OutsideOf(section);
   read.direction = ReadWord(section, "inverse", {"yes", "no"}) == "yes" ? ShiftDirection::inverse

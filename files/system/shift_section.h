@@ -1,28 +1,14 @@
 #pragma once
 
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
-#include "files/models/shift_file.h"
 #include "files/system/json_section.h"
+#include "files/system/system_shift.h"
 #include "geomath/base/ellipsoid.h"
-#include "geomath/chain/coordinate_chain.h"
 
 namespace geomath_files {
-
-/// A shift of a system file with its place in the chain.
-struct SystemShift {
-  std::unique_ptr<zel_cs::geomath::CoordinateShift> shift;
-  zel_cs::geomath::ShiftPlace place;
-  zel_cs::geomath::ShiftDirection direction;
-  zel_cs::geomath::ShiftOutside outside;
-  /// What it was read from; without a file for parameters.
-  ShiftChoice choice;
-  /// As the system file has it.
-  nlohmann::json entry;
-};
 
 /// One entry of the list "shifts"; `path` stands for it in messages ("shifts[0]"). Files are looked
 /// for beside the system file; `bytes`, when given, are those of its file, which is not opened then.

@@ -13,6 +13,7 @@
 
 #include "files/system/json_section.h"
 #include "files/system/projection_names.h"
+#include "files/system/shift_section.h"
 #include "files/system/system_sections.h"
 #include "files/words/name_match.h"
 #include "files/words/text_file.h"

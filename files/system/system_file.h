@@ -7,10 +7,11 @@
 #include <vector>
 
 #include "files/models/geoid_file.h"
+#include "files/system/axis_pair.h"
 #include "files/system/geo_box.h"
 #include "files/system/length_unit.h"
-#include "files/system/shift_section.h"
-#include "files/system/system_sections.h"
+#include "files/system/projection_names.h"
+#include "files/system/system_shift.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/chain/fixed_height_datum.h"

@@ -1,10 +1,10 @@
 #pragma once
 
-#include <memory>
 #include <nlohmann/json.hpp>
 #include <string>
 #include <vector>
 
+#include "files/system/axis_pair.h"
 #include "files/system/json_section.h"
 #include "files/system/projection_names.h"
 #include "geomath/base/ellipsoid.h"
@@ -27,13 +27,6 @@ inline const std::vector<std::string> kDatumKeys = {"dX", "dY", "dZ",  "rX",
 /// The datum on `local`, which it keeps a pointer to.
 zel_cs::geomath::Datum ReadDatum(const JsonSection& section, zel_cs::geomath::Ellipsoid* local);
 
-/// A projection with its kind and the values of its parameters, in the units of the kind.
-struct NamedProjection {
-  const ProjectionKind* kind = nullptr;
-  std::vector<double> values;
-  std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
-};
-
 /// A section whose keys depend on its name: where it stands, and how its keys are matched.
 struct ProjectionSection {
   std::string file, path;
@@ -42,13 +35,6 @@ struct ProjectionSection {
 };
 /// The projection on the ellipsoid of semi-major axis `a` (metres) and inverse flattening `invF`.
 NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF);
-
-/// The axes of a pair, for what has coordinates in columns with names: which of the two stands first
-/// in a chain's pair, and the signs (1 or -1) that make a northing and an easting of the columns.
-struct AxisPair {
-  bool northFirst = true;
-  double northSign = 1, eastSign = 1;
-};
 
 /// The directions of a pair's coordinates, as AxisRotation knows them.
 struct AxisText {

@@ -25,6 +25,11 @@ InputHandle OpenInput(const std::string& path) {
   return file;
 }
 
+void RequireLocalPath(const std::string& path) {
+  if (path.starts_with("/vsi"))
+    throw UserError(path + ": is no local file; addresses and archives are not opened");
+}
+
 std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
 
 std::string SuffixOf(const std::string& path) {

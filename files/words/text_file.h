@@ -20,6 +20,10 @@ using InputHandle = std::unique_ptr<std::FILE, CloseInput>;
 /// Opens a file for reading, or standard input for "-". Throws UserError, which says why not.
 InputHandle OpenInput(const std::string& path);
 
+/// Throws UserError for a path that GDAL would take for something else than a local file: a network
+/// address, an archive, memory.
+void RequireLocalPath(const std::string& path);
+
 /// What stands for an input in messages: its path, or "standard input".
 std::string InputName(const std::string& path);
 

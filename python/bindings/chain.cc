@@ -130,7 +130,7 @@ std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
     object->ground = std::make_shared<GridToGround>(*ground);
   for (geomath_files::SystemShift& shift : system.ReleaseShifts()) {
     auto part = std::make_shared<ChainShiftObject>();
-    part->entry = shift.entry.dump();
+    part->entry = shift.entry;
     if (!shift.choice.file.empty()) part->bytes = geomath_files::ReadShiftBytes(shift.choice.file);
     part->global = *object->global;
     part->shift = std::move(shift);

@@ -1,24 +1,28 @@
 #!/usr/bin/env bash
 # package_test.sh shared|static SOURCE_DIR WORK_DIR COMPILER
-# Builds and installs the library into a folder of its own, then builds and runs a small program
-# outside the tree against the installed package, once by find_package and once by pkg-config.
+# Builds and installs the libraries into a folder of its own, moves it, then builds and runs small
+# programs outside the tree against the installed package, once by find_package and once by pkg-config.
 set -euo pipefail
 kind=$1 source=$2 work=$3 compiler=$4
 outside=$source/tests/package/outside
 shared=$([ "$kind" = shared ] && echo ON || echo OFF)
 
-rm -rf "$work/prefix" "$work/by-cmake"
+rm -rf "$work/prefix" "$work/moved" "$work/by-cmake"
 mkdir -p "$work"
 cmake -S "$source" -B "$work/library" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DBUILD_SHARED_LIBS="$shared" -DCMAKE_CXX_COMPILER="$compiler" \
+  -DBUILD_SHARED_LIBS="$shared" -DGEOMATH_BUILD_FILES=ON -DCMAKE_CXX_COMPILER="$compiler" \
   -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR=lib
 cmake --build "$work/library"
-cmake --install "$work/library"
+for component in library development; do
+  cmake --install "$work/library" --component "$component"
+done
+mv "$work/prefix" "$work/moved"  # nothing may hang on the place of the installation
+prefix=$work/moved
 
 # The installed headers: those that geomath.h includes and itself. Each compiles alone, which it would
 # not if it included one that is not installed.
 if [ "$kind" = shared ]; then
-  cd "$work/prefix/include"
+  cd "$prefix/include"
   diff <({ echo geomath/geomath.h; sed -n 's/^#include "\(geomath\/.*\)"/\1/p' geomath/geomath.h; } | sort) \
     <(find geomath -type f | sort)
   find geomath -name '*.h' -print0 |
@@ -27,19 +31,33 @@ if [ "$kind" = shared ]; then
   cd - > /dev/null
 fi
 
+cd "$work"  # the programs write here
 cmake -S "$outside" -B "$work/by-cmake" -G Ninja -DCMAKE_CXX_COMPILER="$compiler" \
-  -DCMAKE_PREFIX_PATH="$work/prefix"
+  -DCMAKE_PREFIX_PATH="$prefix"
 cmake --build "$work/by-cmake"
 "$work/by-cmake/outside"
+"$work/by-cmake/outside_files" "$source/examples"
 
-export PKG_CONFIG_PATH=$work/prefix/lib/pkgconfig
-# shellcheck disable=SC2046
-"$compiler" -std=c++20 $(pkg-config --cflags geomath) "$outside/outside.cc" -o "$work/by-pkg-config" \
-  $(pkg-config --libs geomath) -Wl,-rpath,"$work/prefix/lib"
-"$work/by-pkg-config"
-
-if [ "$kind" = shared ]; then
-  test -e "$work/prefix/lib/libgeomath.so"
-else
-  test -e "$work/prefix/lib/libgeomath.a"
+export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+build_by_pkg_config() { # PACKAGE PROGRAM
+  # shellcheck disable=SC2046
+  "$compiler" -std=c++20 $(pkg-config --cflags "$1") "$outside/$2.cc" -o "$work/$2-by-pkg-config" \
+    $(pkg-config --libs "$1") -Wl,-rpath,"$prefix/lib"
+}
+build_by_pkg_config geomath outside
+"$work/outside-by-pkg-config"
+if [ "$kind" = shared ]; then  # what the archives stand on comes as archives nowhere
+  build_by_pkg_config geomath-files outside_files
+  "$work/outside_files-by-pkg-config" "$source/examples"
 fi
+
+# Headers for users bring in none of other libraries.
+foreign=$("$compiler" -std=c++20 -M -I"$prefix/include/geomath-files" -I"$prefix/include" \
+  "$prefix/include/geomath-files/files/files.h" | grep -oE '[^ ]*/(gdal|ogr|cpl|proj|nlohmann|fmt)[^ /]*(\.h|/)[^ ]*' |
+  grep -v "^$prefix/" || true)
+[ -z "$foreign" ] || { echo "files/files.h includes $foreign" >&2; exit 1; }
+
+suffix=$([ "$kind" = shared ] && echo so || echo a)
+for library in geomath geomath_files_core geomath_files; do
+  test -e "$prefix/lib/lib$library.$suffix"
+done

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "files/models/shift_file.h"
+#include "geomath/chain/coordinate_chain.h"
+
+namespace geomath_files {
+
+/// A shift of a system file with its place in the chain.
+struct SystemShift {
+  std::unique_ptr<zel_cs::geomath::CoordinateShift> shift;
+  zel_cs::geomath::ShiftPlace place;
+  zel_cs::geomath::ShiftDirection direction;
+  zel_cs::geomath::ShiftOutside outside;
+  /// What it was read from; without a file for parameters.
+  ShiftChoice choice;
+  /// As the system file has it: text of JSON.
+  std::string entry;
+};
+
+}  // namespace geomath_files
