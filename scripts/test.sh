@@ -10,7 +10,7 @@ cd "$(dirname "$0")/.."
 source scripts/packages.sh
 
 ensure_packages "${build_packages[@]}" "${tool_packages[@]}" "${python_packages[@]}" \
-  "${python_extra_packages[@]}" libgtest-dev zlib1g-dev python3-pytest mypy
+  "${python_extra_packages[@]}" libgtest-dev zlib1g-dev python3-pytest python3-pip python3-venv mypy
 ensure_one_of libgeographiclib-dev libgeographic-dev
 ensure_one_of libbenchmark-dev
 ensure_one_of clang-14 clang

@@ -5,9 +5,9 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
-#include "files/epsg/epsg_system.h"
 #include "files/models/shift_file.h"
 #include "files/system/json_section.h"
+#include "files/system/shift_section.h"
 #include "files/system/system_file.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -153,15 +153,15 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
 
 std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
                                       const py::object& grids, bool datum) {
-  geomath_files::DatumWish wish;
-  wish.none = !datum;
+  EpsgWish wish;
+  wish.datum = datum;
   for (const py::handle& folder : grids)
     wish.grids.push_back(PathOf(py::reinterpret_borrow<py::object>(folder)));
   if (!near.is_none()) {
     const auto [latitude, longitude] = near.cast<std::pair<double, double>>();
     RequireAngle("near: latitude", latitude, AngleKind::latitude);
     RequireAngle("near: longitude", longitude, AngleKind::longitude);
-    wish.near = geomath_files::Position{latitude, longitude};
+    wish.near = {latitude, longitude};
   }
   if (!operation.is_none()) wish.operation = std::to_string(operation.cast<int>());
   return ChainOf(*SystemOfEpsg(code, wish));

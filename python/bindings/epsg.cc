@@ -1,7 +1,9 @@
 #include "python/bindings/epsg.h"
 
 #include <fmt/format.h>
-#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+
+#include "python/bindings/extra.h"
 
 namespace geomath_python {
 namespace {
@@ -13,11 +15,16 @@ std::string AxesText(const wchar_t* axes) {
 
 }  // namespace
 
-std::unique_ptr<geomath_files::CoordinateSystem> SystemOfEpsg(
-    int code, const geomath_files::DatumWish& wish) {
+std::unique_ptr<geomath_files::CoordinateSystem> SystemOfEpsg(int code, const EpsgWish& wish) {
+  using pybind11::literals::operator""_a;
+  const std::string name = fmt::format("EPSG:{}", code);
+  const auto text = ImportExtra(name)
+                        .attr("epsg_system")(std::to_string(code), "datum"_a = wish.datum,
+                                             "operation"_a = wish.operation, "near"_a = wish.near,
+                                             "grids"_a = wish.grids)
+                        .cast<std::string>();
   const pybind11::gil_scoped_release unlocked;
-  const auto made = geomath_files::MakeEpsgSystem(std::to_string(code), wish);
-  return geomath_files::ParseSystem(made.document.dump(), fmt::format("EPSG:{}", code));
+  return geomath_files::ParseSystem(text, name);
 }
 
 std::shared_ptr<ProjectionObject> ProjectionObjectOf(

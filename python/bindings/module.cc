@@ -1,6 +1,7 @@
 #include <pybind11/pybind11.h>
 
 #include "files/words/user_error.h"
+#include "python/bindings/extra.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
 
@@ -28,6 +29,7 @@ PYBIND11_MODULE(_geomath, module) {
       "is no error: it becomes NaN.";
   module.attr("__version__") = GEOMATH_VERSION;
 
+  ReadRastersByExtra();
   BindEllipsoid(module);
   BindDatum(module);
   BindProjection(module);

@@ -46,7 +46,7 @@ std::shared_ptr<ProjectionObject> Make(const py::object& name, const py::object&
 }
 
 std::shared_ptr<ProjectionObject> FromEpsg(int code) {
-  return ProjectionObjectOf(*SystemOfEpsg(code, {true, {}, {}}));
+  return ProjectionObjectOf(*SystemOfEpsg(code, {.datum = false}));
 }
 
 py::object Forward(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,

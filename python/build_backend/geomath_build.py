@@ -1,0 +1,133 @@
+"""Builds the wheel of the package with CMake (PEP 517), from the standard library alone.
+
+The wheel holds `geomath/_geomath`, which needs no other library of geomath, and, where GDAL and PROJ
+are found, `geomath/_files`, which reads rasters and the EPSG registry. Settings of the front end
+(`pip install . -C build-dir=build/wheel`):
+
+  build-dir   of CMake, kept for the next time; build/wheel without it
+  extra       yes, no, or without it: as GDAL and PROJ are found
+"""
+
+import base64
+import hashlib
+import os
+import re
+import shutil
+import subprocess
+import sys
+import sysconfig
+import tarfile
+import tempfile
+import tomllib
+import zipfile
+from pathlib import Path
+
+ROOT = Path(__file__).resolve().parents[2]
+
+
+def get_requires_for_build_wheel(config_settings=None):
+    return []
+
+
+def get_requires_for_build_sdist(config_settings=None):
+    return []
+
+
+def version():
+    """As the project says it, once."""
+    text = (ROOT / "CMakeLists.txt").read_text(encoding="utf-8")
+    return re.search(r"project\(geomath VERSION ([\d.]+)", text)[1]
+
+
+def metadata():
+    project = tomllib.loads((ROOT / "pyproject.toml").read_text(encoding="utf-8"))["project"]
+    lines = [
+        "Metadata-Version: 2.1",
+        f"Name: {project['name']}",
+        f"Version: {version()}",
+        f"Summary: {project['description']}",
+        f"Requires-Python: {project['requires-python']}",
+        *(f"Requires-Dist: {name}" for name in project["dependencies"]),
+    ]
+    for extra, names in project["optional-dependencies"].items():
+        lines.append(f"Provides-Extra: {extra}")
+        lines.extend(f'Requires-Dist: {name}; extra == "{extra}"' for name in names)
+    readme = (ROOT / project["readme"]).read_text(encoding="utf-8")
+    return "\n".join([*lines, "Description-Content-Type: text/markdown", "", readme])
+
+
+def tag():
+    python = f"cp{sys.version_info.major}{sys.version_info.minor}"
+    platform = re.sub(r"[-.]", "_", sysconfig.get_platform())
+    return f"{python}-{python}-{platform}"
+
+
+def has_gdal_and_proj():
+    command = shutil.which("pkg-config")
+    return command is not None and not subprocess.run(
+        [command, "--exists", "gdal", "proj"], check=False
+    ).returncode
+
+
+def install_package(prefix, settings):
+    """Builds the compiled modules and puts the package below prefix."""
+    build = ROOT / settings.get("build-dir", "build/wheel")
+    extra = settings.get("extra", "yes" if has_gdal_and_proj() else "no")
+    if extra not in ("yes", "no"):
+        raise SystemExit(f'extra is "{extra}"; "yes" or "no" belongs there')
+    cmake = [
+        "cmake", "-S", ROOT, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
+        "-DBUILD_SHARED_LIBS=OFF", "-DGEOMATH_BUILD_PYTHON=ON", "-DGEOMATH_PYTHON_DIR=.",
+        f"-DGEOMATH_FILES_CORE_ONLY={'ON' if extra == 'no' else 'OFF'}",
+        f"-DPython3_EXECUTABLE={sys.executable}",
+    ]  # fmt: skip
+    if not (build / "CMakeCache.txt").exists() and shutil.which("ninja"):
+        cmake += ["-G", "Ninja"]
+    jobs = str(os.cpu_count() or 1)
+    for command in (
+        cmake,
+        ["cmake", "--build", build, "--target", "geomath_python_package", "-j", jobs],
+        ["cmake", "--install", build, "--component", "python", "--prefix", prefix, "--strip"],
+    ):
+        subprocess.run(command, check=True)
+
+
+def record_line(name, content):
+    digest = base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()
+    return f"{name},sha256={digest},{len(content)}\n"
+
+
+def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
+    info = f"geomath-{version()}.dist-info"
+    name = f"geomath-{version()}-{tag()}.whl"
+    files = {
+        f"{info}/METADATA": metadata().encode(),
+        f"{info}/WHEEL": f"Wheel-Version: 1.0\nGenerator: geomath\nRoot-Is-Purelib: false\n"
+        f"Tag: {tag()}\n".encode(),
+        f"{info}/LICENSE": (ROOT / "LICENSE").read_bytes(),
+    }
+    with tempfile.TemporaryDirectory() as folder:
+        install_package(folder, config_settings or {})
+        for path in sorted(p for p in Path(folder).rglob("*") if p.is_file()):
+            files[path.relative_to(folder).as_posix()] = path.read_bytes()
+    record = "".join(record_line(*file) for file in files.items()) + f"{info}/RECORD,,\n"
+    files[f"{info}/RECORD"] = record.encode()
+    with zipfile.ZipFile(Path(wheel_directory, name), "w", zipfile.ZIP_DEFLATED) as wheel:
+        for path, content in files.items():
+            wheel.writestr(path, content)
+    return name
+
+
+def build_sdist(sdist_directory, config_settings=None):
+    base = f"geomath-{version()}"
+    listed = subprocess.run(
+        ["git", "-C", ROOT, "ls-files"], check=True, capture_output=True, text=True
+    ).stdout.splitlines()
+    with tempfile.TemporaryDirectory() as folder:
+        info = Path(folder, "PKG-INFO")
+        info.write_text(metadata(), encoding="utf-8")
+        with tarfile.open(Path(sdist_directory, f"{base}.tar.gz"), "w:gz") as archive:
+            for path in listed:
+                archive.add(ROOT / path, f"{base}/{path}")
+            archive.add(info, f"{base}/PKG-INFO")
+    return f"{base}.tar.gz"

@@ -1,0 +1,9 @@
+def raster_reader() -> object: ...
+def epsg_system(
+    code: str,
+    *,
+    datum: bool,
+    operation: str,
+    near: tuple[float, float] | None,
+    grids: list[str],
+) -> str: ...
