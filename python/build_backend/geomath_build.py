@@ -2,7 +2,7 @@
 
 The wheel holds `geomath/_geomath`, which needs no other library of geomath, and, where GDAL and PROJ
 are found, `geomath/_files`, which reads rasters and the EPSG registry. Settings of the front end
-(`pip install . -C build-dir=build/wheel`):
+(`pip install . --config-settings build-dir=build/wheel`):
 
   build-dir   of CMake, kept for the next time; build/wheel without it
   extra       yes, no, or without it: as GDAL and PROJ are found
@@ -92,20 +92,33 @@ def install_package(prefix, settings):
         subprocess.run(command, check=True)
 
 
+def dist_info():
+    """The files that describe the wheel, but its record."""
+    folder = f"geomath-{version()}.dist-info"
+    wheel = ("Wheel-Version: 1.0", "Generator: geomath", "Root-Is-Purelib: false", f"Tag: {tag()}")
+    return folder, {
+        f"{folder}/METADATA": metadata().encode(),
+        f"{folder}/WHEEL": "\n".join([*wheel, ""]).encode(),
+        f"{folder}/LICENSE": (ROOT / "LICENSE").read_bytes(),
+    }
+
+
+def prepare_metadata_for_build_wheel(metadata_directory, config_settings=None):
+    folder, files = dist_info()
+    Path(metadata_directory, folder).mkdir()
+    for path, content in files.items():
+        Path(metadata_directory, path).write_bytes(content)
+    return folder
+
+
 def record_line(name, content):
     digest = base64.urlsafe_b64encode(hashlib.sha256(content).digest()).rstrip(b"=").decode()
     return f"{name},sha256={digest},{len(content)}\n"
 
 
 def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
-    info = f"geomath-{version()}.dist-info"
+    info, files = dist_info()
     name = f"geomath-{version()}-{tag()}.whl"
-    files = {
-        f"{info}/METADATA": metadata().encode(),
-        f"{info}/WHEEL": f"Wheel-Version: 1.0\nGenerator: geomath\nRoot-Is-Purelib: false\n"
-        f"Tag: {tag()}\n".encode(),
-        f"{info}/LICENSE": (ROOT / "LICENSE").read_bytes(),
-    }
     with tempfile.TemporaryDirectory() as folder:
         install_package(folder, config_settings or {})
         for path in sorted(p for p in Path(folder).rglob("*") if p.is_file()):

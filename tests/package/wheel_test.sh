@@ -14,7 +14,7 @@ mkdir -p "$work"
 "$python" -m venv --system-site-packages "$work/venv"  # for NumPy
 export PIP_NO_INDEX=1 PIP_DISABLE_PIP_VERSION_CHECK=1
 "$work/venv/bin/pip" install --no-build-isolation --force-reinstall --no-deps \
-  -C "build-dir=$work/build" "$source"
+  --config-settings "build-dir=$work/build" "$source"
 
 cd "$work"  # not in the source, whose python/geomath has no compiled part
 unset PYTHONPATH

@@ -16,9 +16,9 @@ constexpr double kNorth = 517148.3218, kEast = 164999.3137;
 
 bool Agrees(const CoordinateSystem& system, double tolerance) {
   double north = kLat * kRadPerDeg, east = kLon * kRadPerDeg, height = kHeight;
-  const bool ok = system.Chain().ToLocal(north, east, height);
+  if (!system.Chain().ToLocal(north, east, height)) return false;
   std::printf("N %.3f  E %.3f\n", north, east);
-  return ok && std::hypot(north - kNorth, east - kEast) < tolerance;
+  return std::hypot(north - kNorth, east - kEast) < tolerance;
 }
 
 bool Run(const std::string& examples) {
