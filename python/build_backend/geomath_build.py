@@ -1,7 +1,7 @@
 """Builds the wheel of the package with CMake (PEP 517), from the standard library alone.
 
-The wheel holds `geomath/_geomath`, which needs no other library of geomath, and, where GDAL and PROJ
-are found, `geomath/_files`, which reads rasters and the EPSG registry. Settings of the front end
+The wheel holds `geomath/_geomath` and, where GDAL and PROJ are found, `geomath/_files`, which reads
+rasters and the EPSG registry, with the libraries of geomath in `geomath/lib`. Settings of the front end
 (`pip install . --config-settings build-dir=build/wheel`):
 
   build-dir   of CMake, kept for the next time; build/wheel without it
@@ -77,18 +77,17 @@ def install_package(prefix, settings):
         raise SystemExit(f'extra is "{extra}"; "yes" or "no" belongs there')
     cmake = [
         "cmake", "-S", ROOT, "-B", build, "-DCMAKE_BUILD_TYPE=Release",
-        "-DBUILD_SHARED_LIBS=OFF", "-DGEOMATH_BUILD_PYTHON=ON", "-DGEOMATH_PYTHON_DIR=.",
+        "-DBUILD_SHARED_LIBS=ON", "-DGEOMATH_BUILD_PYTHON=ON", "-DGEOMATH_PYTHON_DIR=.",
+        "-DCMAKE_INSTALL_LIBDIR=geomath/lib",
         f"-DGEOMATH_FILES_CORE_ONLY={'ON' if extra == 'no' else 'OFF'}",
         f"-DPython3_EXECUTABLE={sys.executable}",
     ]  # fmt: skip
     if not (build / "CMakeCache.txt").exists() and shutil.which("ninja"):
         cmake += ["-G", "Ninja"]
     jobs = str(os.cpu_count() or 1)
-    for command in (
-        cmake,
-        ["cmake", "--build", build, "--target", "geomath_python_package", "-j", jobs],
-        ["cmake", "--install", build, "--component", "python", "--prefix", prefix, "--strip"],
-    ):
+    make = ["cmake", "--build", build, "--target", "geomath_python_package", "-j", jobs]
+    install = ["cmake", "--install", build, "--prefix", prefix, "--strip", "--component"]
+    for command in (cmake, make, [*install, "library"], [*install, "python"]):
         subprocess.run(command, check=True)
 
 
@@ -122,7 +121,9 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     with tempfile.TemporaryDirectory() as folder:
         install_package(folder, config_settings or {})
         for path in sorted(p for p in Path(folder).rglob("*") if p.is_file()):
-            files[path.relative_to(folder).as_posix()] = path.read_bytes()
+            # A wheel has no links: libraries go by the name that is looked for, libgeomath.so.0.
+            if not re.search(r"\.so\.\d+\.", path.name):
+                files[path.relative_to(folder).as_posix()] = path.read_bytes()
     record = "".join(record_line(*file) for file in files.items()) + f"{info}/RECORD,,\n"
     files[f"{info}/RECORD"] = record.encode()
     with zipfile.ZipFile(Path(wheel_directory, name), "w", zipfile.ZIP_DEFLATED) as wheel:
