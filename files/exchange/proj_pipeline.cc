@@ -52,7 +52,7 @@ std::string ShiftsText(const CoordinateSystem& system, ShiftPlace place) {
                            each.shift->Space() == ShiftSpace::plane;
     if (!(horizontal || triangles) || file.find_first_of(" ,\"") != std::string::npos)
       throw UserError(fmt::format("--pipeline: the shift {} cannot be written for PROJ",
-                                  file.empty() ? each.entry.dump() : file));
+                                  file.empty() ? each.entry : file));
     text += each.direction == ShiftDirection::inverse ? " +step +inv" : " +step";
     const std::string path = std::filesystem::absolute(file).lexically_normal().string();
     text += horizontal ? " +proj=hgridshift +grids=" + path : " +proj=tinshift +file=" + path;
