@@ -18,6 +18,7 @@
 #include "files/site/control_file.h"
 #include "files/site/site_solution.h"
 #include "files/system/ellipsoid_names.h"
+#include "files/system/length_unit.h"
 #include "files/system/projection_names.h"
 #include "files/system/system_file.h"
 #include "files/words/text_file.h"

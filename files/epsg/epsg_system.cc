@@ -17,6 +17,7 @@
 #include "files/epsg/projjson.h"
 #include "files/system/ellipsoid_names.h"
 #include "files/system/system_file.h"
+#include "files/system/units_section.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 

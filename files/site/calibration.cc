@@ -7,6 +7,7 @@
 
 #include "files/system/projection_names.h"
 #include "files/system/system_sections.h"
+#include "files/system/units_section.h"
 
 using namespace zel_cs::geomath;
 

@@ -3,12 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cmath>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
-
-using nlohmann::ordered_json;
 
 namespace geomath_files {
 namespace {
@@ -60,24 +57,6 @@ const UnitRow* FindUnit(const std::string& name) {
   return nullptr;
 }
 
-LengthUnit ReadUnit(const std::string& file, const JsonSection& units, const std::string& key) {
-  if (!units.Has(key)) return {};
-  constexpr const char* kWhat = "the name of a unit, or an object with \"name\" and \"metres\",";
-  if (!units.Object(key).is_object())
-    return LengthUnitNamed(units.Text(key, kWhat), fmt::format("{}: \"units.{}\"", file, key));
-  const JsonSection own(file, units.PathOf(key), units.Object(key), {"name", "metres"});
-  LengthUnit unit{own.Text("name", "a name"), own.Number("metres", "metres of one unit")};
-  if (!(unit.metres > 0)) own.Fail("metres", "must be more than 0");
-  return unit;
-}
-
-ordered_json UnitValue(const LengthUnit& unit) {
-  constexpr double kRounding = 1e-13;  // of a factor, in the registry's 15 figures
-  const UnitRow* row = FindUnit(unit.name);
-  if (row && std::abs(row->metres / unit.metres - 1) < kRounding) return row->name;
-  return {{"name", unit.name}, {"metres", unit.metres}};
-}
-
 }  // namespace
 
 std::string LengthUnit::Sign() const {
@@ -85,12 +64,16 @@ std::string LengthUnit::Sign() const {
   return row && row->sign ? row->sign : name;
 }
 
-LengthUnit LengthUnitNamed(const std::string& name, const std::string& place) {
+std::optional<LengthUnit> FindLengthUnit(const std::string& name) {
   const UnitRow* row = FindUnit(name);
-  if (!row)
-    throw UserError(fmt::format("{}: \"{}\" is no unit of length that is known here; {}", place,
-                                Printable(name), SuggestName(name, UnitNames())));
-  return {row->name, row->metres};
+  if (!row) return std::nullopt;
+  return LengthUnit{row->name, row->metres};
+}
+
+LengthUnit LengthUnitNamed(const std::string& name, const std::string& place) {
+  if (const auto unit = FindLengthUnit(name)) return *unit;
+  throw UserError(fmt::format("{}: \"{}\" is no unit of length that is known here; {}", place,
+                              Printable(name), SuggestName(name, UnitNames())));
 }
 
 GridUnits ParseGridUnits(const std::string& text) {
@@ -98,17 +81,6 @@ GridUnits ParseGridUnits(const std::string& text) {
   if (names.empty() || names.size() > 2)
     throw UserError("--unit: one unit, or that of the plane and that of the heights: us-ft,ft");
   return {LengthUnitNamed(names.front(), "--unit"), LengthUnitNamed(names.back(), "--unit")};
-}
-
-GridUnits ReadUnits(const std::string& file, const JsonSection& section) {
-  return {ReadUnit(file, section, "grid"), ReadUnit(file, section, "height")};
-}
-
-ordered_json UnitsSection(const GridUnits& units) {
-  ordered_json section = ordered_json::object();
-  if (!units.plane.IsMetre()) section["grid"] = UnitValue(units.plane);
-  if (!units.height.IsMetre()) section["height"] = UnitValue(units.height);
-  return section;
 }
 
 }  // namespace geomath_files

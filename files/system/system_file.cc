@@ -15,6 +15,7 @@
 #include "files/system/projection_names.h"
 #include "files/system/shift_section.h"
 #include "files/system/system_sections.h"
+#include "files/system/units_section.h"
 #include "files/words/name_match.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
