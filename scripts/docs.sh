@@ -8,8 +8,8 @@ source scripts/packages.sh
 
 ensure_packages "${docs_packages[@]}"
 
-# The umbrella header says which headers are public.
-GEOMATH_PUBLIC_HEADERS=$(sed -n 's/^#include "\(.*\)"$/\1/p' geomath/geomath.h | tr '\n' ' ')
+# The umbrella headers say which headers are public.
+GEOMATH_PUBLIC_HEADERS=$(sed -n 's/^#include "\(.*\)"$/\1/p' geomath/geomath.h files/files.h | tr '\n' ' ')
 export GEOMATH_PUBLIC_HEADERS
 mkdir -p build/docs
 doxygen docs/Doxyfile

@@ -8,24 +8,26 @@
 
 namespace geomath_files {
 
-/// A spherical-harmonic model in memory: fully normalised coefficients in triangular order. Those of
-/// the correction, centimetres, may be absent.
+/// A spherical-harmonic model in memory: fully normalised coefficients in triangular order.
 struct GeoidCoefficients {
-  std::vector<double> C, S, correctionC, correctionS;
-  int degrees = 0;  ///< maximum degree plus 1
+  std::vector<double> C;            ///< of the cosines
+  std::vector<double> S;            ///< of the sines
+  std::vector<double> correctionC;  ///< centimetres, those of the correction; empty without one
+  std::vector<double> correctionS;  ///< the same of the sines
+  int degrees = 0;                  ///< maximum degree plus 1
 };
 
 /// Which files a model is read from, and how.
 struct CoefficientFiles {
-  std::string model;       ///< lines "n m C S", or ICGEM's .gfc
-  std::string correction;  ///< lines "n m C S" in centimetres, or none
-  bool subtractNormalField = false;
+  std::string model;                 ///< lines "n m C S", or ICGEM's .gfc
+  std::string correction;            ///< lines "n m C S" in centimetres, or none
+  bool subtractNormalField = false;  ///< of WGS84, where the model is of the whole potential
 };
 
 /// What they hold.
 struct CoefficientSet {
-  GeoidCoefficients coefficients;
-  std::string warning;  ///< what the user should know, empty when there is nothing
+  GeoidCoefficients coefficients;  ///< ready for MakeHarmonicModel
+  std::string warning;             ///< what the user should know, empty when there is nothing
 };
 
 /// Reads a model strictly. Numbers have a decimal point, whatever the locale, and an exponent after

@@ -12,10 +12,14 @@ namespace geomath_files {
 
 /// Where the nodes of a geoid grid stand, degrees.
 struct GridPlace {
-  double south = 0, west = 0;  ///< of the southwestern node
-  double latStep = 0, lonStep = 0;
-  int rows = 0, columns = 0;
+  double south = 0;    ///< latitude of the southwestern node
+  double west = 0;     ///< its longitude
+  double latStep = 0;  ///< between rows, above 0
+  double lonStep = 0;  ///< between columns, above 0
+  int rows = 0;        ///< of one latitude each
+  int columns = 0;     ///< of one longitude each
 
+  /// From the first column to the last one.
   double LonExtent() const { return (columns - 1) * lonStep; }
 };
 
@@ -24,7 +28,8 @@ std::string PlaceProblem(const GridPlace& place);
 
 /// A scheme of interpolation over plain floats, by its class name.
 struct GridScheme {
-  const char* name;
+  const char* name;  ///< that of its class
+  /// A new object of the class on nodes that must outlive it.
   std::unique_ptr<zel_cs::geomath::RegionalGeoid> (*make)(
       const zel_cs::geomath::RegionalGeoidData&);
   bool northFirst;    ///< its row order

@@ -12,9 +12,9 @@ namespace geomath_files {
 
 /// Geoid heights of a raster: metres, holes NaN.
 struct GeoidRaster {
-  GridPlace place;
-  bool northFirst = false;  ///< the order of its rows
-  std::vector<float> nodes;
+  GridPlace place;           ///< where the nodes stand
+  bool northFirst = false;   ///< the order of its rows
+  std::vector<float> nodes;  ///< row by row
 };
 
 /// What reads rasters for geoids and shifts. The part of this library that stands on GDAL has one

@@ -11,7 +11,7 @@ namespace geomath_files {
 
 /// A shift in a file, with what the caller knows where the file leaves it open.
 struct ShiftChoice {
-  std::string file;
+  std::string file;  ///< its path
   /// The unit of a grid that is no geodetic TIFF, behind its scale and offset; empty for the one that
   /// its samples state.
   std::string unit = {};

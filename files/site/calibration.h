@@ -17,7 +17,9 @@ class Calibration : public SiteSolution {
   Calibration(const CoordinateSystem& system, const std::vector<ControlPoint>& control,
               const CalibrationOptions& options, std::optional<GridUnits> units = {});
 
+  /// The system that was calibrated.
   const CoordinateSystem& System() const { return system_; }
+  /// Of the local coordinates in the report and in the new system file.
   const GridUnits& Units() const { return units_; }
   /// The name of the projection in use in a system file.
   std::string ProjectionName() const;

@@ -11,7 +11,8 @@ std::string CalibrationText(const Calibration& calibration);
 
 /// The files that a calibration was made of.
 struct CalibrationFiles {
-  std::string control, system;
+  std::string control;  ///< with the control points
+  std::string system;   ///< the system file, or the code that it stands for
 };
 
 /// The same as one self-contained HTML page, with a map of the points: residuals drawn as vectors,

@@ -16,17 +16,18 @@ struct ControlSource {
   GridUnits units = {};                   ///< of the local coordinates, which become metres
 };
 
+/// The control points of a file.
 struct ControlTable {
-  std::vector<ControlPoint> points;
+  std::vector<ControlPoint> points;  ///< in the order of the file
   std::string note;  ///< that a decimal comma was recognised; empty when there is nothing to say
 };
 
-/// Standard deviations, metres above 0, may stand in columns sigma_n, sigma_e and sigma_h.
 /// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name, or others
 /// that mean one of these and no other (`Latitude`, `Rechtswert`). `use` holds a code from 0 to 4 or
 /// one of none, vertical, horizontal, both, rotation; without the column every point is used for
-/// what it has. An empty coordinate is one that the point does not have. Throws UserError for
-/// everything that is wrong.
+/// what it has. An empty coordinate is one that the point does not have. Standard deviations, metres
+/// above 0, may stand in columns sigma_n, sigma_e and sigma_h. Throws UserError for everything that is
+/// wrong.
 ControlTable ReadControl(const ControlSource& from);
 
 }  // namespace geomath_files

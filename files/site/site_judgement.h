@@ -15,9 +15,12 @@ namespace geomath_files {
 std::optional<zel_cs::geomath::SiteAdjustment> AdjustSite(
     const SiteSolution& solution, const zel_cs::geomath::AdjustmentOptions& options = {});
 
-/// A rectangle in the grid.
+/// A rectangle in the grid, metres.
 struct GridExtent {
-  double south, north, west, east;
+  double south;  ///< smallest northing
+  double north;  ///< largest northing
+  double west;   ///< smallest easting
+  double east;   ///< largest easting
 };
 /// Of all control points that have a position, used or not.
 GridExtent ExtentOf(const SiteSolution& solution);
@@ -25,6 +28,7 @@ GridExtent ExtentOf(const SiteSolution& solution);
 /// What a least-squares adjustment says of a site beside its own solution.
 class SiteJudgement {
  public:
+  /// Judges at once; `solution` must outlive the judgement.
   explicit SiteJudgement(const SiteSolution& solution);
 
   /// Null where the points do not determine a similarity.

@@ -19,8 +19,8 @@ namespace geomath_files {
 /// A control point as a file or a caller gives it: global latitude, longitude (degrees) and height
 /// in the record's global fields, local coordinates, and its use.
 struct ControlPoint {
-  std::string name;
-  zel_cs::geomath::IdenticalPoint given;
+  std::string name;                       ///< empty for none
+  zel_cs::geomath::IdenticalPoint given;  ///< what the point does not have is not set
   /// Standard deviations of northing, easting and height, both systems together, metres; where known.
   std::array<std::optional<double>, 3> sigma = {};
 };
@@ -56,7 +56,7 @@ std::int32_t WholeUse(const zel_cs::geomath::IdenticalPoint& point);
 
 /// What a site calibration needs of a coordinate system.
 struct SiteFrame {
-  const zel_cs::geomath::CoordinateChain& chain;
+  const zel_cs::geomath::CoordinateChain& chain;  ///< carries the control to the grid
   /// That of the chain, on axes north and east, for the site alone: its factors change. Null where
   /// the chain has none.
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
@@ -64,8 +64,9 @@ struct SiteFrame {
   AxisPair geographic, grid;                    ///< of the control's columns
 };
 
+/// How a site is solved.
 struct CalibrationOptions {
-  bool fixedScale = false;
+  bool fixedScale = false;     ///< the horizontal scale is 1
   bool centreOnFirst = false;  ///< the solver's own projection stands on the first control point
   /// Called between the points, of which many take long; what it throws ends the work.
   std::function<void()> onPoint = {};
@@ -83,6 +84,7 @@ class SiteSolution {
   SiteSolution(const SiteSolution&) = delete;
   SiteSolution& operator=(const SiteSolution&) = delete;
 
+  /// The site that was solved.
   const zel_cs::geomath::LocalToGrid& Site() const { return site_; }
   /// For what does not write: its estimates, which rewrite residuals, are kept here.
   const zel_cs::geomath::TLocalizationParam& Solver() const { return *solver_; }
@@ -90,15 +92,18 @@ class SiteSolution {
   /// radians; where there are.
   std::optional<double> Rms() const { return rms_; }
   std::optional<double> RotationError() const { return rotationError_; }
+  /// What the residuals say of the points.
   const zel_cs::geomath::CalibrationCheck& Check() const { return *check_; }
   /// The projection in use: that of the system, or a stereographic one of the site's own.
   const zel_cs::geomath::TGeoProj& Projection() const { return *solver_->GetBaseProjection(); }
 
   /// In grid coordinates, with residuals.
   const std::vector<zel_cs::geomath::IdenticalPoint>& Points() const { return points_; }
+  /// Of a control point, by its index.
   const std::string& NameOf(std::size_t i) const { return control_[i].name; }
   /// The control points as they were given.
   const std::vector<ControlPoint>& Control() const { return control_; }
+  /// What the user should know of the site, in sentences.
   std::vector<std::string> Warnings() const;
 
  private:

@@ -30,6 +30,7 @@ class CoordinateSystem {
   CoordinateSystem(const CoordinateSystem&) = delete;
   CoordinateSystem& operator=(const CoordinateSystem&) = delete;
 
+  /// From global to local coordinates and back.
   const zel_cs::geomath::CoordinateChain& Chain() const { return chain_; }
   /// The ellipsoid of the projection.
   const zel_cs::geomath::Ellipsoid& LocalEllipsoid() const { return local_; }

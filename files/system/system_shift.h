@@ -10,10 +10,10 @@ namespace geomath_files {
 
 /// A shift of a system file with its place in the chain.
 struct SystemShift {
-  std::unique_ptr<zel_cs::geomath::CoordinateShift> shift;
-  zel_cs::geomath::ShiftPlace place;
-  zel_cs::geomath::ShiftDirection direction;
-  zel_cs::geomath::ShiftOutside outside;
+  std::unique_ptr<zel_cs::geomath::CoordinateShift> shift;  ///< never null
+  zel_cs::geomath::ShiftPlace place;                        ///< where in the chain it works
+  zel_cs::geomath::ShiftDirection direction;                ///< which way it works to local
+  zel_cs::geomath::ShiftOutside outside;  ///< what becomes of points outside of it
   /// What it was read from; without a file for parameters.
   ShiftChoice choice;
   /// As the system file has it: text of JSON.

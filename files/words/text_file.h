@@ -11,10 +11,12 @@
 
 namespace geomath_files {
 
+/// Closes a file that is read; standard input stays open.
 struct CloseInput {
+  /// Takes a handle of `OpenInput`.
   void operator()(std::FILE* file) const;
 };
-/// A file that is read, closed by its handle; standard input stays open.
+/// A file that is read, closed by its handle.
 using InputHandle = std::unique_ptr<std::FILE, CloseInput>;
 
 /// Opens a file for reading, or standard input for "-". Throws UserError, which says why not.
@@ -34,11 +36,13 @@ std::string SuffixOf(const std::string& path);
 /// UserError.
 class TextOutput {
  public:
+  /// Throws UserError where no file can be put.
   explicit TextOutput(const std::string& path);
   ~TextOutput();
   TextOutput(const TextOutput&) = delete;
   TextOutput& operator=(const TextOutput&) = delete;
 
+  /// Appends the text, which may be held back.
   void Write(std::string_view text);
   /// Hands on what is still held back.
   void Flush();
@@ -56,8 +60,10 @@ class TextOutput {
   std::FILE* file_;
 };
 
+/// A file that is to be written.
 struct NamedText {
-  std::string path, text;  // "-" for standard output
+  std::string path;  ///< "-" for standard output
+  std::string text;  ///< all that is to stand in it
 };
 
 /// Writes files, replacing those that exist: all of them whole, or none. Throws UserError.

@@ -19,16 +19,21 @@ done
 mv "$work/prefix" "$work/moved"  # nothing may hang on the place of the installation
 prefix=$work/moved
 
-# The installed headers: those that geomath.h includes and itself. Each compiles alone, which it would
-# not if it included one that is not installed.
-if [ "$kind" = shared ]; then
-  cd "$prefix/include"
-  diff <({ echo geomath/geomath.h; sed -n 's/^#include "\(geomath\/.*\)"/\1/p' geomath/geomath.h; } | sort) \
-    <(find geomath -type f | sort)
-  find geomath -name '*.h' -print0 |
-    xargs -0 -P 2 -I {} sh -c 'echo "#include \"$1\"" | "$2" -std=c++20 -I. -fsyntax-only -x c++ -' \
-      compile {} "$compiler"
+# The installed headers: those that the umbrella header includes and itself. Each compiles alone, which
+# it would not if it included one that is not installed.
+check_headers() { # FOLDER UMBRELLA: folder of includes, umbrella header in it
+  local tree=${2%%/*}
+  cd "$prefix/$1"
+  diff <({ echo "$2"; sed -n "s|^#include \"\($tree/.*\)\"|\1|p" "$2"; } | sort) \
+    <(find "$tree" -type f | sort)
+  find "$tree" -name '*.h' -print0 |
+    xargs -0 -P 2 -I {} sh -c 'echo "#include \"$1\"" | "$2" -std=c++20 -I. -I"$3" -fsyntax-only -x c++ -' \
+      compile {} "$compiler" "$prefix/include"
   cd - > /dev/null
+}
+if [ "$kind" = shared ]; then
+  check_headers include geomath/geomath.h
+  check_headers include/geomath-files files/files.h
 fi
 
 cd "$work"  # the programs write here
