@@ -1,20 +1,23 @@
 #!/usr/bin/env bash
-# package_test.sh shared|static SOURCE_DIR WORK_DIR COMPILER
-# Builds and installs the libraries into a folder of its own, moves it, then builds and runs small
+# package_test.sh shared|static SOURCE_DIR TREE WORK_DIR LIBDIR COMPILER
+# Installs the libraries of a build tree into a folder of its own, moves it, then builds and runs small
 # programs outside the tree against the installed package, once by find_package and once by pkg-config.
+# An empty TREE stands for one that is built here.
 set -euo pipefail
-kind=$1 source=$2 work=$3 compiler=$4
+kind=$1 source=$2 tree=$3 work=$4 libdir=$5 compiler=$6
 outside=$source/tests/package/outside
-shared=$([ "$kind" = shared ] && echo ON || echo OFF)
 
 rm -rf "$work/prefix" "$work/moved" "$work/by-cmake"
 mkdir -p "$work"
-cmake -S "$source" -B "$work/library" -G Ninja -DCMAKE_BUILD_TYPE=Release \
-  -DBUILD_SHARED_LIBS="$shared" -DGEOMATH_BUILD_FILES=ON -DCMAKE_CXX_COMPILER="$compiler" \
-  -DCMAKE_INSTALL_PREFIX="$work/prefix" -DCMAKE_INSTALL_LIBDIR=lib
-cmake --build "$work/library"
+if [ -z "$tree" ]; then
+  tree=$work/library
+  cmake -S "$source" -B "$tree" -G Ninja -DCMAKE_BUILD_TYPE=Release \
+    -DBUILD_SHARED_LIBS="$([ "$kind" = shared ] && echo ON || echo OFF)" -DGEOMATH_BUILD_FILES=ON \
+    -DCMAKE_CXX_COMPILER="$compiler" -DCMAKE_INSTALL_LIBDIR="$libdir"
+  cmake --build "$tree"
+fi
 for component in library development; do
-  cmake --install "$work/library" --component "$component"
+  cmake --install "$tree" --component "$component" --prefix "$work/prefix"
 done
 mv "$work/prefix" "$work/moved"  # nothing may hang on the place of the installation
 prefix=$work/moved
@@ -43,11 +46,11 @@ cmake --build "$work/by-cmake"
 "$work/by-cmake/outside"
 "$work/by-cmake/outside_files" "$source/examples"
 
-export PKG_CONFIG_PATH=$prefix/lib/pkgconfig
+export PKG_CONFIG_PATH=$prefix/$libdir/pkgconfig
 build_by_pkg_config() { # PACKAGE PROGRAM
   # shellcheck disable=SC2046
   "$compiler" -std=c++20 $(pkg-config --cflags "$1") "$outside/$2.cc" -o "$work/$2-by-pkg-config" \
-    $(pkg-config --libs "$1") -Wl,-rpath,"$prefix/lib"
+    $(pkg-config --libs "$1") -Wl,-rpath,"$prefix/$libdir"
 }
 build_by_pkg_config geomath outside
 "$work/outside-by-pkg-config"
@@ -64,5 +67,5 @@ foreign=$("$compiler" -std=c++20 -M -I"$prefix/include/geomath-files" -I"$prefix
 
 suffix=$([ "$kind" = shared ] && echo so || echo a)
 for library in geomath geomath_files_core geomath_files; do
-  test -e "$prefix/lib/lib$library.$suffix"
+  test -e "$prefix/$libdir/lib$library.$suffix"
 done
