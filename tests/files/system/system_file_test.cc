@@ -9,6 +9,7 @@
 
 #include "files/system/ellipsoid_names.h"
 #include "files/system/projection_names.h"
+#include "files/system/units_section.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
