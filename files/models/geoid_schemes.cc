@@ -60,9 +60,13 @@ std::string PlaceProblem(const GridPlace& place) {
   if (1.0 * place.rows * place.columns > kMostNodes)
     return fmt::format("{} by {} nodes are too many", place.rows, place.columns);
   const double north = place.south + (place.rows - 1) * place.latStep;
-  const bool onEarth = place.south >= -90 - kRounding && north <= 90 + kRounding &&
-                       std::abs(place.west) <= 540 && place.LonExtent() <= kWidest;
-  return onEarth ? "" : "the grid does not lie between the poles, in degrees";
+  if (!(place.south >= -90 - kRounding && north <= 90 + kRounding))
+    return "the grid does not lie between the poles, in degrees";
+  // Closing at the seam puts columns before the west edge, as many as go past a turn at most.
+  const double pastTurn = std::max(0.0, place.LonExtent() - 360);
+  const bool onTurn = place.west >= -360 - pastTurn - kRounding && place.west <= 360 + kRounding &&
+                      place.LonExtent() <= kWidest;
+  return onTurn ? "" : "the longitudes of the grid go beyond 360 degrees";
 }
 
 const GridScheme& ChooseScheme(const std::string& name) {

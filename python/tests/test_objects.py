@@ -216,7 +216,11 @@ def test_grids_of_any_type_and_row_order_give_one_geoid() -> None:
         ),
         (
             lambda: RegionalGeoid(np.zeros((3, 3)), south=8, west=0, lat_step=1, lon_step=1e9),
-            "RegionalGeoid: the grid does not lie between the poles",
+            "RegionalGeoid: the longitudes of the grid go beyond 360 degrees",
+        ),
+        (
+            lambda: RegionalGeoid(np.zeros((3, 3)), south=8, west=400, lat_step=1, lon_step=1),
+            "RegionalGeoid: the longitudes of the grid go beyond 360 degrees",
         ),
         (lambda: GlobalGeoid(np.zeros(5), np.zeros(5)), r"(n + 1)(n + 2)/2 coefficients"),
         (lambda: GlobalGeoid.from_file("absent.gfc"), "absent.gfc: cannot be read"),
