@@ -7,6 +7,7 @@
 #include "files/models/shift_file.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/shift/geocentric_shift_grid.h"
 #include "geomath/shift/shift_grid.h"
 #include "geomath/shift/triangulation.h"
 #include "python/bindings/columns.h"
@@ -28,6 +29,7 @@ struct ShiftObject {
   std::unique_ptr<CoordinateShift> shift;
 };
 using GridObject = ShiftObject<ShiftGrid>;
+using GeocentricGridObject = ShiftObject<GeocentricShiftGrid>;
 using TriangulationObject = ShiftObject<Triangulation>;
 
 }  // namespace
@@ -49,6 +51,7 @@ std::shared_ptr<ShiftObject<Shift>> Parse(std::string bytes, ShiftChoice choice,
 }
 
 constexpr const char* kGrid = "grid of shifts";
+constexpr const char* kGeocentricGrid = "grid of geocentric translations";
 constexpr const char* kTriangulation = "triangulation";
 
 std::shared_ptr<GridObject> GridFromFile(const py::object& path, const std::string& unit) {
@@ -57,6 +60,21 @@ std::shared_ptr<GridObject> GridFromFile(const py::object& path, const std::stri
   choice.unit = unit;
   const py::gil_scoped_release unlocked;
   return Parse<ShiftGrid>(ReadShiftBytes(choice.file), choice, kGrid);
+}
+
+std::shared_ptr<GeocentricGridObject> GeocentricGridFromFile(const py::object& path,
+                                                             const std::string& position) {
+  ShiftChoice choice;
+  choice.file = PathOf(path);
+  if (position != "source" && position != "target")
+    throw UserError("GeocentricShiftGrid: position must be \"source\" or \"target\"");
+  choice.position = position == "source" ? GridPosition::source : GridPosition::target;
+  const py::gil_scoped_release unlocked;
+  return Parse<GeocentricShiftGrid>(ReadShiftBytes(choice.file), choice, kGeocentricGrid);
+}
+
+std::string PositionOf(const GeocentricGridObject& grid) {
+  return grid.choice.position == GridPosition::source ? "source" : "target";
 }
 
 ShiftChoice ChoiceOf(const std::string& file, const std::string& coordinates) {
@@ -96,10 +114,18 @@ py::object Convert(const ShiftObject<Shift>& object, py::object north, py::objec
   });
 }
 
-// What both classes have.
+template <auto batch>
+py::object ConvertGeocentric(const GeocentricGridObject& grid, py::object x, py::object y,
+                             py::object z, const py::object& out) {
+  const std::array<Argument, 3> arguments = {{{"x", x}, {"y", y}, {"z", z}}};
+  return ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    (*grid.shift.*batch)(c[0], c[1], c[2], n, 1, nullptr);
+  });
+}
+
+// What the classes of geographic and plane shifts have.
 template <class Class, class Shift>
 void DefineConversions(Class& of, const ShiftObject<Shift>*) {
-  of.attr("__module__") = "geomath";
   of.def("forward", &Convert<Shift, &CoordinateShift::ForwardBatch>, py::arg("north"),
          py::arg("east"), py::arg("h") = 0.0, py::kw_only(), py::arg("degrees") = true,
          py::arg("out") = py::none(),
@@ -120,14 +146,19 @@ arrays for the results. A point outside, or in a hole, is NaN in all three.)")
 From the target to the source system: the point that forward takes there.)")
       .def_property_readonly(
           "coordinates", [](const ShiftObject<Shift>& s) { return CoordinatesOf(*s.shift); },
-          "What is shifted: \"geographic\" or \"plane\" coordinates.")
-      .def(
-          "__eq__",
-          [](const ShiftObject<Shift>& a, const ShiftObject<Shift>& b) {
-            return a.bytes == b.bytes && a.choice.unit == b.choice.unit &&
-                   a.choice.space == b.choice.space;
-          },
-          py::is_operator())
+          "What is shifted: \"geographic\" or \"plane\" coordinates.");
+}
+
+template <class Class, class Shift>
+void DefineIdentity(Class& of, const ShiftObject<Shift>*) {
+  of.attr("__module__") = "geomath";
+  of.def(
+        "__eq__",
+        [](const ShiftObject<Shift>& a, const ShiftObject<Shift>& b) {
+          return a.bytes == b.bytes && a.choice.unit == b.choice.unit &&
+                 a.choice.position == b.choice.position && a.choice.space == b.choice.space;
+        },
+        py::is_operator())
       .def("__hash__", [](const ShiftObject<Shift>& s) { return py::hash(py::bytes(s.bytes)); })
       .def("__repr__", [](const py::object& self) {
         const auto& s = self.cast<const ShiftObject<Shift>&>();
@@ -142,6 +173,14 @@ std::shared_ptr<GridObject> GridFromState(const py::tuple& s) {
   choice.file = PathOf(s[1]);
   choice.unit = s[2].cast<std::string>();
   return Parse<ShiftGrid>(s[0].cast<std::string>(), choice, kGrid);
+}
+
+std::shared_ptr<GeocentricGridObject> GeocentricGridFromState(const py::tuple& s) {
+  ShiftChoice choice;
+  choice.file = PathOf(s[1]);
+  choice.position =
+      s[2].cast<std::string>() == "source" ? GridPosition::source : GridPosition::target;
+  return Parse<GeocentricShiftGrid>(s[0].cast<std::string>(), choice, kGeocentricGrid);
 }
 
 std::shared_ptr<TriangulationObject> TriangulationFromState(const py::tuple& s) {
@@ -168,12 +207,58 @@ An NTv2 file (.gsb) or a geodetic TIFF grid (docs/system-file.md).
 unit: of the values behind their scale, for a TIFF that is no geodetic one. Raises Error, with the
 place in the file, for what cannot be read.)");
   DefineConversions(grid, static_cast<GridObject*>(nullptr));
+  DefineIdentity(grid, static_cast<GridObject*>(nullptr));
   DefinePickle(
       grid,
       [](const GridObject& g) {
         return py::make_tuple(py::bytes(g.bytes), TextOf(g.choice.file), g.choice.unit);
       },
       &GridFromState);
+
+  py::class_<GeocentricGridObject, std::shared_ptr<GeocentricGridObject>> geocentric(
+      module, "GeocentricShiftGrid", R"(
+A grid of geocentric translations between two systems, from a file.
+
+    grid = GeocentricShiftGrid.from_file("fr_ign_gr3df97a.tif", position="target")
+    x, y, z = grid.forward(4200000, 180000, 4780000)
+
+Immutable, and safe for any number of threads. Pickles carry the whole file.)");
+  geocentric.def_static("from_file", &GeocentricGridFromFile, py::arg("path"), py::kw_only(),
+                        py::arg("position"),
+                        R"(from_file(path, *, position)
+--
+
+A geodetic TIFF grid of translations (docs/system-file.md).
+
+position: whose latitude and longitude the translations are looked up at, "source" for the point that
+forward is given, "target" for the one that it gives (France). Raises Error, with the place in the file,
+for what cannot be read.)");
+  geocentric
+      .def("forward", &ConvertGeocentric<&CoordinateShift::ForwardBatch>, py::arg("x"),
+           py::arg("y"), py::arg("z"), py::kw_only(), py::arg("out") = py::none(),
+           R"(forward(self, x, y, z, *, out=None)
+--
+
+From the source to the target system: (x, y, z), metres.
+
+Numbers or arrays, broadcast together. out: three float64 arrays for the results. A point outside, or in
+a hole, is NaN in all three.)")
+      .def("inverse", &ConvertGeocentric<&CoordinateShift::InverseBatch>, py::arg("x"),
+           py::arg("y"), py::arg("z"), py::kw_only(), py::arg("out") = py::none(),
+           R"(inverse(self, x, y, z, *, out=None)
+--
+
+From the target to the source system: the point that forward takes there.)")
+      .def_property_readonly(
+          "position", &PositionOf,
+          "Where translations are looked up: at the \"source\" or the \"target\".");
+  DefineIdentity(geocentric, static_cast<GeocentricGridObject*>(nullptr));
+  DefinePickle(
+      geocentric,
+      [](const GeocentricGridObject& g) {
+        return py::make_tuple(py::bytes(g.bytes), TextOf(g.choice.file), PositionOf(g));
+      },
+      &GeocentricGridFromState);
 
   py::class_<TriangulationObject, std::shared_ptr<TriangulationObject>> triangulation(
       module, "Triangulation", R"(
@@ -193,6 +278,7 @@ A triangulation in JSON, format 1.0 or 1.1 (docs/system-file.md).
 coordinates: "geographic" or "plane", for systems that have no EPSG code. Raises Error, with the place
 in the file, for what cannot be read.)");
   DefineConversions(triangulation, static_cast<TriangulationObject*>(nullptr));
+  DefineIdentity(triangulation, static_cast<TriangulationObject*>(nullptr));
   DefinePickle(
       triangulation,
       [](const TriangulationObject& t) {

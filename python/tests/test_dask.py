@@ -1,18 +1,21 @@
 """geomath.dask beside the plain call: the same bits, lazily, also when a worker dies."""
 
 import importlib
+import json
 import os
 import signal
 import subprocess
 import sys
 import time
 from collections.abc import Iterator
+from pathlib import Path
 from typing import Any
 
 import numpy as np
 import pytest
 from conftest import ROOT
 from geomath import CoordinateChain
+from test_shifts import NETWORK, SYSTEM
 
 da = pytest.importorskip("dask.array")
 dd = pytest.importorskip("dask.dataframe")
@@ -114,6 +117,21 @@ def test_the_chain_travels_once_to_each_worker(client: Any, britain: CoordinateC
     counts = client.run(lambda: importlib.import_module("test_dask").CountedChain.unpickled)
     assert len(counts) == 2
     assert max(counts.values()) == 1, counts
+
+
+def test_grids_travel_with_their_chain(client: Any, tmp_path: Path) -> None:
+    network = tmp_path / "plane.json"
+    corners = [[-1e6, -1e6, -1e6 + 5, -1e6], [2e6, -1e6, 2e6 + 5, -1e6], [0, 3e6, 5, 3e6]]
+    network.write_text(json.dumps({**NETWORK, "vertices": corners}))
+    system = tmp_path / "system.json"
+    system.write_text(json.dumps(SYSTEM))
+    chain = CoordinateChain.from_file(system)
+    network.unlink()
+    points = positions(2000) + [0, 5, 0]
+    expected = plain(chain, points)
+    assert np.isfinite(expected).all(axis=1).sum() > 1900
+    lazy = convert(da.from_array(points, chunks=(500, 3)), chain)
+    assert np.array_equal(lazy.compute(), expected, equal_nan=True)
 
 
 def test_a_worker_that_dies_loses_nothing(client: Any, britain: CoordinateChain) -> None:

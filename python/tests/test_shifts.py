@@ -7,7 +7,8 @@ from typing import Any
 
 import numpy as np
 import pytest
-from geomath import CoordinateChain, Error, ShiftGrid, Triangulation
+from conftest import ROOT
+from geomath import CoordinateChain, Ellipsoid, Error, GeocentricShiftGrid, ShiftGrid, Triangulation
 
 NETWORK: dict[str, Any] = {
     "file_type": "triangulation_file",
@@ -47,6 +48,26 @@ def test_pickles_carry_the_file(network: Path) -> None:
     again = pickle.loads(kept)
     assert again == shift and hash(again) == hash(shift)
     assert again.forward(50.25, 10.5) == shift.forward(50.25, 10.5)
+
+
+# The grid is made of one translation, of 0.9 m to the north at its southern edge.
+def test_geocentric_translations_are_looked_up_where_they_are_told() -> None:
+    path = ROOT / "tests/fuzz/corpus/shift_file_fuzz/translations_tif"
+    by_source = GeocentricShiftGrid.from_file(path, position="source")
+    by_target = GeocentricShiftGrid.from_file(path, position="target")
+    just_outside = 50 - 0.4 / 111_000
+    x, y, z = Ellipsoid("WGS 84").to_geocentric([51.3, just_outside], 10.5, 0)
+    np.testing.assert_allclose(np.subtract(by_target.forward(x, y, z), [x, y, z]),
+                               [[1, 1], [2, 2], [3, 3]], atol=2e-9)
+    there = by_source.forward(x, y, z)
+    assert np.isfinite(there[0]).tolist() == [True, False]
+    np.testing.assert_allclose(by_source.inverse(*there)[2][0], z[0], rtol=0, atol=2e-9)
+    again = pickle.loads(pickle.dumps(by_target))
+    assert again == by_target != by_source and again.position == "target"
+    with pytest.raises(Error, match="position must be"):
+        GeocentricShiftGrid.from_file(path, position="here")
+    with pytest.raises(Error, match="holds no grid of shifts"):
+        ShiftGrid.from_file(path)
 
 
 def test_faults_are_told(network: Path, tmp_path: Path) -> None:

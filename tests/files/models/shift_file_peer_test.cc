@@ -1,3 +1,4 @@
+#include <gdal_priv.h>
 #include <gtest/gtest.h>
 #include <proj.h>
 
@@ -166,7 +167,92 @@ void CompareAll(const fs::path& folder) {
   }
 }
 
+// A file of NADCON 5 as GDAL reads it, interpolated as its memorandum says (Smith and Bilich 2019, NOAA
+// Technical Memorandum NOS NGS 84): parabolas in their Lagrange form and extended precision.
+class Nadcon5 {
+ public:
+  explicit Nadcon5(const fs::path& file) {
+    const std::unique_ptr<GDALDataset> raster(GDALDataset::Open(file.c_str()));
+    double t[6];
+    raster->GetGeoTransform(t);
+    columns_ = raster->GetRasterXSize();
+    rows_ = raster->GetRasterYSize();
+    north_ = t[3] + t[5] / 2, west_ = t[0] + t[1] / 2, step_ = t[1];
+    for (int k = 0; k < 2; ++k) {
+      seconds_[k].resize(static_cast<std::size_t>(columns_ * rows_));
+      EXPECT_EQ(
+          raster->GetRasterBand(k + 1)->RasterIO(GF_Read, 0, 0, columns_, rows_, seconds_[k].data(),
+                                                 columns_, rows_, GDT_Float32, 0, 0),
+          CE_None);
+    }
+  }
+
+  PJ_GRID_INFO Extent() const {
+    PJ_GRID_INFO extent{};
+    extent.lowerleft = {west_ * kRadPerDeg, (north_ - (rows_ - 1) * step_) * kRadPerDeg};
+    extent.upperright = {(west_ + (columns_ - 1) * step_) * kRadPerDeg, north_ * kRadPerDeg};
+    return extent;
+  }
+
+  // Both directions take the shift at the point that they are given.
+  Point Shifted(const Point& p, double sign) const {
+    const long double fromSouth = (p.b * kDegPerRad - north_) / step_ + rows_ - 1;
+    const long double fromWest = (p.l * kDegPerRad - west_) / step_;
+    const int row = WindowStart(fromSouth, rows_), column = WindowStart(fromWest, columns_);
+    Point q = p;
+    double* const to[] = {&q.b, &q.l};
+    for (int k = 0; k < 2; ++k) {
+      long double lines[3];
+      for (int r = 0; r < 3; ++r) {
+        const auto first = static_cast<std::size_t>((rows_ - 1 - row - r) * columns_ + column);
+        lines[r] = Parabola(fromWest - column, &seconds_[k][first]);
+      }
+      *to[k] += sign * static_cast<double>(Parabola(fromSouth - row, lines)) / 3600 * kRadPerDeg;
+    }
+    return q;
+  }
+
+ private:
+  static int WindowStart(long double x, int nodes) {
+    const int cell = std::min(static_cast<int>(x), nodes - 2);
+    return (x - cell <= 0.5L && cell > 0) || cell + 2 >= nodes ? cell - 1 : cell;
+  }
+  template <class Value>
+  static long double Parabola(long double x, const Value* f) {
+    return f[0] * (x - 1) * (x - 2) / 2 - f[1] * x * (x - 2) + f[2] * x * (x - 1) / 2;
+  }
+
+  int columns_, rows_;
+  double north_, west_, step_;  // degrees
+  std::vector<float> seconds_[2];
+};
+
 }  // namespace
+
+TEST(ShiftFiles, InterpolateNadcon5AsItsMemorandumSays) {
+  REQUIRE_REFERENCE_FILE(grids, "grids");
+  constexpr double kRounding = 1e-8;  // metres: of the positions in the grid
+  int files = 0;
+  for (const fs::path& file : GridsIn(grids)) {
+    if (file.filename().string().find("nadcon5") == std::string::npos) continue;
+    ++files;
+    const auto shift = OpenShift({.file = file.string()});
+    const Nadcon5 memorandum(file);
+    const PJ_GRID_INFO extent = memorandum.Extent();
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> b(extent.lowerleft.phi, extent.upperright.phi);
+    std::uniform_real_distribution<double> l(extent.lowerleft.lam, extent.upperright.lam);
+    for (int i = 0; i < kPoints; ++i) {
+      const Point p{b(random), l(random), 0};
+      for (const bool inverse : {false, true}) {
+        Point q = p;
+        ASSERT_TRUE(Run(*shift, inverse, q)) << file;
+        ASSERT_LE(Distance(q, memorandum.Shifted(p, inverse ? -1 : 1)), kRounding) << file;
+      }
+    }
+  }
+  EXPECT_EQ(files, 2);
+}
 
 TEST(ShiftFilesBesideProj, AgreeForFilesOfProj) { CompareAll("/usr/share/proj"); }
 
