@@ -47,8 +47,7 @@ void SortInSpace(std::vector<MeshTriangle>& triangles, std::span<const MeshPoint
   }
   const double side = std::ceil(std::sqrt(static_cast<double>(triangles.size()) / 4));
   struct Keyed {
-    double row;
-    MeshPoint corners[3];
+    double row, east;  // of the westernmost corner
     MeshTriangle triangle;
   };
   std::vector<Keyed> keyed;
@@ -56,17 +55,19 @@ void SortInSpace(std::vector<MeshTriangle>& triangles, std::span<const MeshPoint
   for (MeshTriangle& triangle : triangles) {
     std::sort(triangle.begin(), triangle.end(),
               [&](std::uint32_t a, std::uint32_t b) { return WestOf(vertices[a], vertices[b]); });
-    const MeshPoint p[] = {vertices[triangle[0]], vertices[triangle[1]], vertices[triangle[2]]};
-    const double row = std::floor((p[0].north - low.north) / (high.north - low.north) * side);
-    keyed.push_back({row >= 0 ? row : 0, {p[0], p[1], p[2]}, triangle});  // no extent: all in one
+    const MeshPoint& p = vertices[triangle[0]];
+    const double row = std::floor((p.north - low.north) / (high.north - low.north) * side);
+    keyed.push_back({row >= 0 ? row : 0, p.east, triangle});  // no extent: all in one
   }
-  const auto key = [](const Keyed& k) {
-    const auto& c = k.corners;
-    return std::tuple(k.row, c[0].east, c[0].north, c[1].east, c[1].north, c[2].east, c[2].north);
+  const auto corners = [&](const Keyed& k) {
+    const MeshPoint &a = vertices[k.triangle[0]], &b = vertices[k.triangle[1]],
+                    &c = vertices[k.triangle[2]];
+    return std::tuple(a.north, b.east, b.north, c.east, c.north);
   };
   std::sort(keyed.begin(), keyed.end(), [&](const Keyed& a, const Keyed& b) {
     if (a.row != b.row) return a.row < b.row;
-    return key(a) < key(b);
+    if (a.east != b.east) return a.east < b.east;
+    return corners(a) < corners(b);
   });
   std::transform(keyed.begin(), keyed.end(), triangles.begin(),
                  [](const Keyed& k) { return k.triangle; });

@@ -66,8 +66,6 @@ def test_geocentric_translations_are_looked_up_where_they_are_told() -> None:
     assert again == by_target != by_source and again.position == "target"
     with pytest.raises(Error, match="position must be"):
         GeocentricShiftGrid.from_file(path, position="here")
-    with pytest.raises(Error, match="holds no grid of shifts"):
-        ShiftGrid.from_file(path)
 
 
 def test_faults_are_told(network: Path, tmp_path: Path) -> None:

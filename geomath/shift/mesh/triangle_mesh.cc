@@ -12,9 +12,9 @@ namespace {
 // coordinates that went through other units.
 constexpr double kOnSide = 1e-9;
 
-constexpr double kCellsPerTriangle = 5;
+constexpr double kCellsPerTriangle = 2;
 constexpr std::size_t kMaxListedPerTriangle = 40;  // on average; else the raster is made coarser
-constexpr std::size_t kUsuallyListedPerTriangle = 16;  // room that is made at once
+constexpr std::size_t kUsualRowsPerTriangle = 4;   // room that is made at once
 
 // Twice the area of a, b, p: positive when p lies to the left of the way from a to b. Every triangle
 // asks a side from its western to its eastern end, so that neighbours get the same number.
@@ -71,42 +71,45 @@ TriangleMesh::CellRange TriangleMesh::CellsBetween(double from, double to, doubl
           static_cast<std::size_t>(IntoAxis(to + kRoom, last))};
 }
 
-// Calls visit(cell) for the cells that a triangle meets.
+// Calls visit(first, last) for the cells of each row that a triangle meets.
 template <class Visit>
-void TriangleMesh::VisitCells(std::uint32_t triangle, Visit visit) const {
+void TriangleMesh::VisitRows(std::uint32_t triangle, Visit visit) const {
   const Corners& t = corners_[triangle];
   MeshPoint p[] = {t.a, t.b, t.c};  // in cells
   for (MeshPoint& corner : p)
     corner = {(corner.north - southWest_.north) * cellsPerUnit_.north,
               (corner.east - southWest_.east) * cellsPerUnit_.east};
+  struct Rising {  // a side, from its southern end
+    double south, north, east, perNorth;
+  } sides[3];
+  int count = 0;  // one along a row has its ends on the other two
+  for (int k = 0; k < 3; ++k) {
+    const bool up = p[k].north < p[(k + 1) % 3].north;
+    const MeshPoint &a = p[up ? k : (k + 1) % 3], &b = p[up ? (k + 1) % 3 : k];
+    if (a.north < b.north)
+      sides[count++] = {a.north, b.north, a.east, (b.east - a.east) / (b.north - a.north)};
+  }
   const auto [south, north] = std::minmax({p[0].north, p[1].north, p[2].north});
   const CellRange rows = CellsBetween(south, north, lastRow_);
-  double perNorth[3];  // of the sides
-  for (int k = 0; k < 3; ++k) {
-    const MeshPoint &a = p[k], &b = p[(k + 1) % 3];
-    perNorth[k] = (b.east - a.east) / (b.north - a.north);
-  }
   for (std::size_t row = rows.first; row <= rows.last; ++row) {
-    // From the westernmost to the easternmost point of the three sides in this row, and beside it
-    // where rows meet.
+    // From the westernmost to the easternmost point of the sides in this row, and beside it where
+    // rows meet.
     constexpr double kRoom = 2e-3;
     const double low = static_cast<double>(row) - kRoom, high = low + 1 + 2 * kRoom;
     double west = p[2].east, east = p[0].east;
-    for (int k = 0; k < 3; ++k) {
-      const MeshPoint &a = p[k], &b = p[(k + 1) % 3];
-      for (const double line : {low, high, a.north}) {
-        const double from = std::min(a.north, b.north), to = std::max(a.north, b.north);
-        if (!(line >= from && line <= to && line >= low && line <= high)) continue;
-        const double at = line == a.north ? a.east : a.east + (line - a.north) * perNorth[k];
-        west = std::min(west, at);
-        east = std::max(east, at);
-      }
+    for (int k = 0; k < count; ++k) {
+      const Rising& side = sides[k];
+      const double from = std::max(low, side.south), to = std::min(high, side.north);
+      if (from > to) continue;
+      const double entry = side.east + (from - side.south) * side.perNorth;
+      const double exit = side.east + (to - side.south) * side.perNorth;
+      west = std::min(west, std::min(entry, exit));
+      east = std::max(east, std::max(entry, exit));
     }
     if (!(west <= east)) continue;
     const CellRange columns = CellsBetween(west, east, lastColumn_);
     const std::size_t start = row * (static_cast<std::size_t>(lastColumn_) + 1);
-    for (std::size_t column = columns.first; column <= columns.last; ++column)
-      visit(static_cast<std::uint32_t>(start + column));
+    visit(start + columns.first, start + columns.last);
   }
 }
 
@@ -125,30 +128,48 @@ void TriangleMesh::MakeRaster() {
   listed_.assign(1, last);
   if (!(height > 0 && width > 0)) return;  // all degenerate
 
-  std::vector<std::pair<std::uint32_t, std::uint32_t>> entries;  // cell, triangle
+  struct Cells {  // of a row
+    std::uint32_t first, last, triangle;
+  };
+  std::vector<Cells> met;
   const double count = static_cast<double>(corners_.size());
   const std::size_t limit = kMaxListedPerTriangle * corners_.size() + 16;
-  entries.reserve(std::min(limit, kUsuallyListedPerTriangle * corners_.size()));
+  met.reserve(kUsualRowsPerTriangle * corners_.size());
+  std::size_t listed = 0;
   for (double cells = kCellsPerTriangle * count; cells >= 1; cells /= 16) {
     // Cells about as high as wide, at least one.
     const double rows = std::clamp(std::sqrt(cells * height / width), 1.0, cells);
     lastRow_ = std::ceil(rows) - 1;
     lastColumn_ = std::ceil(cells / rows) - 1;
     cellsPerUnit_ = {(lastRow_ + 1) / height, (lastColumn_ + 1) / width};
-    entries.clear();
-    for (std::uint32_t number = 0; number < last && entries.size() <= limit; ++number)
+    met.clear();
+    listed = 0;
+    for (std::uint32_t number = 0; number < last && listed <= limit; ++number)
       if (Holds(number))
-        VisitCells(number, [&](std::uint32_t cell) { entries.emplace_back(cell, number); });
-    if (entries.size() <= limit) break;
+        VisitRows(number, [&](std::size_t from, std::size_t to) {
+          met.push_back({static_cast<std::uint32_t>(from), static_cast<std::uint32_t>(to), number});
+          listed += to - from + 1;
+        });
+    if (listed <= limit) break;
   }
 
   const auto cellCount = static_cast<std::size_t>((lastRow_ + 1) * (lastColumn_ + 1));
+  std::vector<std::uint32_t> next(cellCount + 2);  // how many more a cell lists than that before it
+  for (const Cells& cells : met) {
+    ++next[cells.first];
+    --next[cells.last + 1];
+  }
   starts_.assign(cellCount + 1, 0);
-  for (const auto& entry : entries) ++starts_[entry.first + 1];
-  for (std::size_t cell = 0; cell < cellCount; ++cell) starts_[cell + 1] += starts_[cell] + 1;
-  listed_.assign(entries.size() + cellCount, last);
-  std::vector<std::uint32_t> next(starts_.begin(), starts_.end() - 1);
-  for (const auto& [cell, number] : entries) listed_[next[cell]++] = number;
+  std::uint32_t inCell = 0;
+  for (std::size_t cell = 0; cell < cellCount; ++cell) {
+    inCell += next[cell];
+    next[cell] = starts_[cell];
+    starts_[cell + 1] = starts_[cell] + inCell + 1;  // one for the end of the list
+  }
+  listed_.assign(listed + cellCount, last);
+  for (const Cells& cells : met)
+    for (std::size_t cell = cells.first; cell <= cells.last; ++cell)
+      listed_[next[cell]++] = cells.triangle;
 }
 
 std::size_t TriangleMesh::CellOf(const MeshPoint& p) const {

@@ -65,7 +65,7 @@ class TriangleMesh {
   std::uint32_t FindOnSide(const MeshPoint& p) const;
   static CellRange CellsBetween(double from, double to, double last);
   template <class Visit>
-  void VisitCells(std::uint32_t triangle, Visit visit) const;
+  void VisitRows(std::uint32_t triangle, Visit visit) const;
 
   std::vector<Corners> corners_;  // and one behind the last, which ends the lists
   std::vector<Side> sides_;
