@@ -6,8 +6,11 @@
 
 #include "bench/measure.h"
 #include "geomath/geomath.h"
-#include "tests/support/published_grids.h"
 #include "tests/support/reference_data.h"
+#ifdef GEOMATH_HAVE_FILES
+#include "files/gdal/use_gdal.h"
+#include "files/models/shift_file.h"
+#endif
 
 namespace {
 
@@ -110,16 +113,11 @@ void RegisterFrames() {
 #endif
 }
 
+#ifdef GEOMATH_HAVE_FILES
 void RegisterVelocities() {
   const auto file = ReferenceFile("grids/eur_nkg_nkgrf03vel_realigned.tif");
   if (!std::filesystem::exists(file)) return;
-  static const auto grid = [&] {
-    VelocityGridDefinition definition;
-    definition.ellipsoid = Grs80();
-    definition.epoch = 2000;
-    definition.parts = ReadParts(file.string(), {"north_velocity", "east_velocity", "up_velocity"});
-    return VelocityGrid::Make(std::move(definition));
-  }();
+  static const auto grid = geomath_files::OpenShift({.file = file.string(), .epoch = 2000});
   const Columns random = SpreadPoints({0.93, 0.06, 0.0}, {1.27, 0.69, 500.0});
   const Columns spread = Geocentric(random), sorted = Geocentric(Sorted(random));
   RegisterOurs("velocity grid, random", *grid, spread, true);
@@ -137,7 +135,7 @@ void RegisterVelocities() {
 void RegisterDeformation() {
   const auto file = ReferenceFile("grids/nz_linz_nzgd2000-20180701.json");
   if (!std::filesystem::exists(file)) return;
-  static const auto model = DeformationModel::Make(ReadModel(file.string()));
+  static const auto model = geomath_files::OpenShift({.file = file.string()});
   const Columns points = SpreadPoints({-0.82, 2.91, 0.0}, {-0.61, 3.11, 500.0});
   RegisterOurs("deformation model forward", *model, points, true);
   RegisterOurs("deformation model inverse", *model, points, false);
@@ -149,11 +147,15 @@ void RegisterDeformation() {
   RegisterPeer("deformation model inverse", definition, points, false, true, folder);
 #endif
 }
+#endif
 
 [[maybe_unused]] const bool registered = [] {
   RegisterFrames();
+#ifdef GEOMATH_HAVE_FILES
+  geomath_files::UseGdal();
   RegisterVelocities();
   RegisterDeformation();
+#endif
   return true;
 }();
 

@@ -13,13 +13,16 @@
 #include "files/epsg/epsg_projection.h"
 #include "files/epsg/epsg_registry.h"
 #include "files/epsg/grid_folders.h"
+#include "files/epsg/national_frames.h"
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
 #include "files/system/ellipsoid_names.h"
 #include "files/system/system_file.h"
+#include "files/system/system_sections.h"
 #include "files/system/units_section.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
+#include "geomath/frame/frame_change.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
@@ -91,9 +94,11 @@ std::vector<CandidateOperation> FindCandidates(const EpsgRegistry& registry,
     place = {{longitude, latitude, longitude, latitude}, true};
   }
   const OperationChooser chooser(registry, folders);
+  const auto find =
+      wish.fromFrame.empty() ? &OperationChooser::ToWgs84 : &OperationChooser::ToNational;
   const std::string source = std::to_string(CodeIn(chosen.geographic));
   const std::string projected = chosen.IsProjected() ? chosen.crs.code : "";
-  std::vector<CandidateOperation> candidates = chooser.ToWgs84(source, projected, place);
+  std::vector<CandidateOperation> candidates = (chooser.*find)(source, projected, place);
   const auto wished = [&](const auto& each) { return each.operation.code == wish.operation; };
   if (!wish.operation.empty() && std::none_of(candidates.begin(), candidates.end(), wished))
     if (auto found = chooser.OfCode(wish.operation, source, place))
@@ -129,11 +134,13 @@ const CandidateOperation& ChooseCandidate(const Chosen& chosen,
                                           const DatumWish& wish) {
   if (wish.operation.empty()) {
     if (const CandidateOperation* best = BestUsable(candidates)) return *best;
-    std::string problem = "the registry has no transformation to WGS 84";
+    const char* const target =
+        wish.fromFrame.empty() ? "WGS 84" : "a system that is joined to frames";
+    std::string problem = fmt::format("the registry has no transformation to {}", target);
     if (!candidates.empty())
-      problem = fmt::format("none of its {} transformations to WGS 84 can be taken: {} by {} {}",
-                            candidates.size(), candidates[0].Title(), candidates[0].Method(),
-                            ObstacleOf(candidates[0]));
+      problem = fmt::format("none of its {} transformations to {} can be taken: {} by {} {}",
+                            candidates.size(), target, candidates[0].Title(),
+                            candidates[0].Method(), ObstacleOf(candidates[0]));
     chosen.Refuse(problem + kWaysOut);
   }
   const auto taken = std::find_if(candidates.begin(), candidates.end(), [&](const auto& each) {
@@ -176,7 +183,7 @@ class SystemMaker {
     system_.document["crs"] = crs_;
     system_.document["description"] = description_;
     // A grid that cannot be used is found out here, not when points are converted.
-    if (system_.document.contains("shifts"))
+    if (system_.document.contains("shifts") || system_.document.contains("frame"))
       ParseSystem(system_.document.dump(), wish_.output, ProjectionNeed::optional);
     return std::move(system_);
   }
@@ -220,6 +227,7 @@ class SystemMaker {
   }
 
   void AddDatum(const Ellipsoid& ellipsoid, bool ownEllipsoid = false) {
+    if (IsInNationalFrame()) return AddOwnFrame(ellipsoid);
     if (wish_.none || CodeIn(chosen_.geographic) == kWgs84Code) return AddOwnDatum(ellipsoid, "");
     const std::vector<CandidateOperation> candidates =
         FindCandidates(registry_, folders_, chosen_, wish_);
@@ -242,6 +250,69 @@ class SystemMaker {
       AddShifts(taken, ellipsoid);
     crs_["geographic"] = "EPSG:" + taken.target;
     Describe(fmt::format("positions on {} by {}", NameOf(taken.target), title));
+    if (!wish_.fromFrame.empty()) AddFrame(registry_.Crs(taken.target).name);
+  }
+
+  std::string GeographicName() const { return chosen_.geographic.value("name", "?"); }
+
+  // Whether positions on the system's own datum are to be told by their frame: where one is wished
+  // for, and where it moves.
+  bool IsInNationalFrame() const {
+    if (!wish_.operation.empty() || !NationalFrameOf(GeographicName())) return false;
+    const json datum = chosen_.geographic.value("datum", json::object());
+    return !wish_.fromFrame.empty() || datum.contains("frame_reference_epoch");
+  }
+
+  void AddOwnFrame(const Ellipsoid& ellipsoid) {
+    AddOwnDatum(ellipsoid, "");
+    AddFrame(GeographicName());
+  }
+
+  // Before the positions of a geographic system, those of the frame that is wished for.
+  void AddFrame(const std::string& system) {
+    const std::optional<NationalFrame> national = NationalFrameOf(system);
+    if (!national)
+      chosen_.Refuse(fmt::format("no published parameters lead from a frame to {}", system));
+    const ReferenceFrame to =
+        wish_.toFrame.empty() ? national->frame : FrameWished("--to-frame", wish_.toFrame);
+    const ReferenceFrame from =
+        wish_.fromFrame.empty() ? to : FrameWished("--from-frame", wish_.fromFrame);
+    const std::unique_ptr<FrameChange> change = FrameChange::Make(from, to);
+    if (!change)
+      chosen_.Refuse(fmt::format("no published parameters lead from {} to {}", FrameName(from),
+                                 FrameName(to)));
+    ordered_json& frame = system_.document["frame"];
+    frame = {{"from", FrameName(from)}, {"to", FrameName(to)}};
+    if (wish_.date) frame["date"] = *wish_.date;
+    std::string steps;
+    for (const FrameStep& step : change->Steps())
+      steps += fmt::format("{}{}{}", steps.empty() ? "" : ", ", step.inverse ? "inverse of " : "",
+                           step.transformation->code);
+    Describe(fmt::format("which come in {}{}", FrameName(from),
+                         steps.empty() ? "" : fmt::format(", to {} by {}", FrameName(to), steps)));
+    if (const std::string code = CodeOfFrame(from); !code.empty())
+      crs_["geographic"] = "EPSG:" + code;
+    if (national->remark && wish_.toFrame.empty())
+      Note(std::string(national->remark) + "; --to-frame names another");
+    if (national->model) AddModel(national->model, frame);
+    if (!wish_.date && (from != to || national->model))
+      Note("positions need their date: \"convert\" has --epoch and --epoch-column");
+  }
+
+  ReferenceFrame FrameWished(const char* option, const std::string& name) const {
+    const std::optional<ReferenceFrame> frame = FrameNamed(name);
+    if (!frame) throw UserError(fmt::format("{}: {}", option, UnknownFrame(name)));
+    return *frame;
+  }
+
+  void AddModel(const std::string& name, ordered_json& frame) {
+    const auto found = folders_.Find(name);
+    if (!found)
+      chosen_.Refuse(fmt::format(
+          "needs the file {}, which is not found; --grids names a folder to look into", name));
+    frame["motion"] = {{"file", NameBeside(found->path, folder_)}};
+    Describe("and are taken to its epoch by " + name);
+    Note("deformation model " + found->path);
   }
 
   static bool IsGeographic(const CandidateOperation& candidate) {

@@ -11,13 +11,17 @@ struct Position {
   double latitude, longitude;  // degrees
 };
 
-/// Which transformation to WGS 84 a system gets.
+/// Which transformation to WGS 84, or to a frame that moves, a system gets.
 struct DatumWish {
   bool none = false;                  ///< positions of the system's own datum
   std::string operation = {};         ///< EPSG code; empty for the best
   std::optional<Position> near = {};  ///< where it is to be good, instead of all the system's area
   std::vector<std::string> grids = {};  ///< folders with grids, looked into before all others
   std::string output = {};  ///< the system file, beside which grids are looked for; or empty
+  /// The frame that positions come in, instead of WGS 84; empty for none.
+  std::string fromFrame = {};
+  std::string toFrame = {};         ///< that of the datum, instead of the usual one
+  std::optional<double> date = {};  ///< of positions, decimal year
 };
 
 /// A system file, and what its reader should know.

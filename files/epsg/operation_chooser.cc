@@ -9,6 +9,7 @@
 #include <span>
 #include <string_view>
 
+#include "files/epsg/national_frames.h"
 #include "files/epsg/projjson.h"
 
 using namespace zel_cs::geomath;
@@ -159,10 +160,9 @@ std::vector<CandidateOperation> OperationChooser::Between(const std::string& sou
   return candidates;
 }
 
-std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& source,
-                                                          const std::string& projected,
-                                                          const OperationPlace& place) const {
-  // Routes first: of two that are equally good the publisher's is taken.
+std::vector<CandidateOperation> OperationChooser::Routes(const std::string& source,
+                                                         const std::string& projected,
+                                                         const OperationPlace& place) const {
   std::vector<CandidateOperation> candidates;
   for (const PublisherRoute& route : PublisherRoutes()) {
     const std::string system = std::to_string(route.system);
@@ -179,6 +179,25 @@ std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& sou
     if (place.point) candidate.covered = crs.area.Contains(place.area.south, place.area.west);
     if (candidate.covered > 0) candidates.push_back(std::move(candidate));
   }
+  return candidates;
+}
+
+std::vector<CandidateOperation> OperationChooser::ToNational(const std::string& source,
+                                                             const std::string& projected,
+                                                             const OperationPlace& place) const {
+  std::vector<CandidateOperation> candidates = Routes(source, projected, place);
+  for (const char* system : NationalSystems())
+    for (CandidateOperation& each : Unsorted(source, system, place, Joining::none))
+      if (!each.operation.code.empty()) candidates.push_back(std::move(each));
+  Sort(candidates);
+  return candidates;
+}
+
+std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& source,
+                                                          const std::string& projected,
+                                                          const OperationPlace& place) const {
+  // Routes first: of two that are equally good the publisher's is taken.
+  std::vector<CandidateOperation> candidates = Routes(source, projected, place);
   for (CandidateOperation& each : Unsorted(source, kWgs84, place, Joining::allowed))
     candidates.push_back(std::move(each));
   const auto frames = std::span(kTakenForWgs84);

@@ -75,12 +75,18 @@ class OperationChooser {
   /// counts. `projected`, unless it is empty, is the system for which a publisher's route may be.
   std::vector<CandidateOperation> ToWgs84(const std::string& source, const std::string& projected,
                                           const OperationPlace& place) const;
+  /// Those to systems from which published parameters lead on to frames that move (NationalSystems).
+  std::vector<CandidateOperation> ToNational(const std::string& source,
+                                             const std::string& projected,
+                                             const OperationPlace& place) const;
   /// The operation of a code, from the source to whatever geographic system it leads to; nothing when
   /// it is none from or to the source.
   std::optional<CandidateOperation> OfCode(const std::string& code, const std::string& source,
                                            const OperationPlace& place) const;
 
  private:
+  std::vector<CandidateOperation> Routes(const std::string& source, const std::string& projected,
+                                         const OperationPlace& place) const;
   std::vector<CandidateOperation> Unsorted(const std::string& source, const std::string& target,
                                            const OperationPlace& place, Joining joining) const;
   CandidateOperation Prepare(RegisteredOperation operation, const std::string& target,

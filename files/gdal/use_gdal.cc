@@ -21,14 +21,30 @@ class GdalRasterReader : public RasterReader {
     return ParseShiftTiff(bytes, choice);
   }
 
+  std::vector<ShiftGridPart> ParseDisplacements(const std::string& bytes, const std::string& file,
+                                                const DisplacementSamples& samples) const override {
+    return ParseDisplacementTiff(bytes, file, samples);
+  }
+
   std::optional<ShiftSpace> SpaceOf(const std::string& crs) const override {
-    PrepareOgr();
-    constexpr const char* kOptions[] = {"ALLOW_NETWORK_ACCESS=NO", "ALLOW_FILE_ACCESS=NO", nullptr};
     OGRSpatialReference system;
-    if (system.SetFromUserInput(crs.c_str(), kOptions) != OGRERR_NONE) return {};
+    if (!Find(crs, system)) return {};
     if (system.IsProjected()) return ShiftSpace::plane;
     if (system.IsGeographic()) return ShiftSpace::geographic;
     return {};
+  }
+
+  std::optional<Ellipsoid> EllipsoidOf(const std::string& crs) const override {
+    OGRSpatialReference system;
+    if (!Find(crs, system)) return {};
+    return MakeEllipsoid(system.GetSemiMajor(), system.GetInvFlattening());
+  }
+
+ private:
+  static bool Find(const std::string& crs, OGRSpatialReference& system) {
+    PrepareOgr();
+    constexpr const char* kOptions[] = {"ALLOW_NETWORK_ACCESS=NO", "ALLOW_FILE_ACCESS=NO", nullptr};
+    return system.SetFromUserInput(crs.c_str(), kOptions) == OGRERR_NONE;
   }
 };
 

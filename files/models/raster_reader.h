@@ -7,6 +7,8 @@
 
 #include "files/models/geoid_schemes.h"
 #include "files/models/shift_file.h"
+#include "geomath/base/ellipsoid.h"
+#include "geomath/shift/shift_grid.h"
 
 namespace geomath_files {
 
@@ -15,6 +17,12 @@ struct GeoidRaster {
   GridPlace place;           ///< where the nodes stand
   bool northFirst = false;   ///< the order of its rows
   std::vector<float> nodes;  ///< row by row
+};
+
+/// What the samples of a grid of displacements are.
+struct DisplacementSamples {
+  zel_cs::geomath::ShiftComponents components;
+  bool angles = false;  ///< those to the north and east, degrees unless they say otherwise
 };
 
 /// What reads rasters for geoids and shifts. The part of this library that stands on GDAL has one
@@ -27,9 +35,15 @@ class RasterReader {
   /// A shift from the bytes of a TIFF file, which `choice.file` stands for. Throws UserError.
   virtual std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShift(
       const std::string& bytes, const ShiftChoice& choice) const = 0;
+  /// The grids of a TIFF file of a deformation model: radians, metres. Throws UserError.
+  virtual std::vector<zel_cs::geomath::ShiftGridPart> ParseDisplacements(
+      const std::string& bytes, const std::string& file,
+      const DisplacementSamples& samples) const = 0;
   /// The space of the coordinates of a system, an EPSG code ("EPSG:3067") or WKT; nothing where it
   /// is not known.
   virtual std::optional<zel_cs::geomath::ShiftSpace> SpaceOf(const std::string& crs) const = 0;
+  /// The ellipsoid of a system, likewise.
+  virtual std::optional<zel_cs::geomath::Ellipsoid> EllipsoidOf(const std::string& crs) const = 0;
 };
 
 /// From here on, rasters are read by `reader`, which must live until the end; by none with null.

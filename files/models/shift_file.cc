@@ -9,6 +9,7 @@
 #include <span>
 #include <string_view>
 
+#include "files/models/deformation_file.h"
 #include "files/models/raster_reader.h"
 #include "files/models/shift_json.h"
 #include "files/words/name_match.h"
@@ -39,14 +40,14 @@ std::unique_ptr<CoordinateShift> OfNtv2(const std::string& bytes, const std::str
       ParseNtv2(std::as_bytes(std::span(bytes.data(), bytes.size())), &error);
   if (grid) return grid;
   if (error.fault == Ntv2Fault::notNtv2)
-    throw UserError(file +
-                    ": is no grid of shifts (NTv2, geodetic TIFF) and no triangulation (JSON)");
+    throw UserError(
+        file +
+        ": is no grid of shifts (NTv2, geodetic TIFF), no triangulation and no deformation "
+        "model (JSON)");
   throw UserError(fmt::format("{}: at byte {}: {}", file, error.offset, Printable(error.reason)));
 }
 
-}  // namespace
-
-std::string ReadShiftBytes(const std::string& path) {
+std::string ReadBytes(const std::string& path) {
   constexpr std::uintmax_t kLargestFile = std::uintmax_t{1} << 30;  // bytes
   RequireLocalPath(path);
   std::error_code error;
@@ -63,10 +64,24 @@ std::string ReadShiftBytes(const std::string& path) {
   return bytes;
 }
 
-std::unique_ptr<CoordinateShift> ParseShift(const std::string& bytes, const ShiftChoice& choice) {
-  if (IsTiff(bytes)) return RequireRasterReader(choice.file).ParseShift(bytes, choice);
-  if (IsJson(bytes)) return ParseShiftJson(bytes, choice);
-  return OfNtv2(bytes, choice.file);
+}  // namespace
+
+ShiftBytes ReadShiftBytes(const std::string& path) {
+  ShiftBytes bytes{{"", ReadBytes(path)}};
+  const std::filesystem::path folder = std::filesystem::path(path).parent_path();
+  if (const std::string& own = bytes[""]; IsJson(own) && IsDeformationModel(own))
+    for (const std::string& name : GridsOfDeformationModel(own, path))
+      bytes.emplace(name, ReadBytes((folder / name).string()));
+  return bytes;
+}
+
+std::unique_ptr<CoordinateShift> ParseShift(const ShiftBytes& bytes, const ShiftChoice& choice) {
+  const std::string& own = bytes.at("");
+  if (IsTiff(own)) return RequireRasterReader(choice.file).ParseShift(own, choice);
+  if (IsJson(own))
+    return IsDeformationModel(own) ? ParseDeformationModel(bytes, choice.file)
+                                   : ParseShiftJson(own, choice);
+  return OfNtv2(own, choice.file);
 }
 
 std::unique_ptr<CoordinateShift> OpenShift(const ShiftChoice& choice) {

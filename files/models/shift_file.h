@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -19,18 +20,25 @@ struct ShiftChoice {
   std::optional<zel_cs::geomath::GridPosition> position = {};
   /// Geographic or plane: of a triangulation whose systems have no EPSG code.
   std::optional<zel_cs::geomath::ShiftSpace> space = {};
+  /// Decimal year from whose positions velocities lead, which their file does not tell.
+  std::optional<double> epoch = {};
 };
 
+/// The bytes of the files that a shift is made of: its own under an empty name, those that it names
+/// under theirs.
+using ShiftBytes = std::map<std::string, std::string>;
+
 /// Opens a shift by what is in its file: a ShiftGrid from NTv2 (.gsb) or a geodetic TIFF, a
-/// GeocentricShiftGrid from the latter, or a Triangulation from JSON. Throws UserError with the file
-/// and the place in it.
+/// GeocentricShiftGrid or a VelocityGrid from the latter, a Triangulation from JSON, or a
+/// DeformationModel from JSON and the grids that it names, which are looked for beside it. Throws
+/// UserError with the file and the place in it.
 std::unique_ptr<zel_cs::geomath::CoordinateShift> OpenShift(const ShiftChoice& choice);
 
-/// The bytes of a file that OpenShift reads. Throws UserError.
-std::string ReadShiftBytes(const std::string& path);
+/// The bytes of the files that OpenShift reads for a path. Throws UserError.
+ShiftBytes ReadShiftBytes(const std::string& path);
 
 /// OpenShift from bytes; `choice.file` stands for the file in messages.
-std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShift(const std::string& bytes,
+std::unique_ptr<zel_cs::geomath::CoordinateShift> ParseShift(const ShiftBytes& bytes,
                                                              const ShiftChoice& choice);
 
 }  // namespace geomath_files

@@ -18,6 +18,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/frame/velocity_grid.h"
 #include "geomath/shift/shift_grid.h"
 
 using namespace zel_cs::geomath;
@@ -27,29 +28,49 @@ namespace {
 
 constexpr double kRadPerSecond = kRadPerDeg / 3600;
 
+enum class Quantity { angle, length, velocity };
+using enum Quantity;
+
+const char* NameOf(Quantity quantity) {
+  constexpr const char* kNames[] = {"angle", "length", "velocity"};
+  return kNames[static_cast<std::size_t>(quantity)];
+}
+
+// The unit of samples that name none, for each quantity.
+constexpr const char* kUsualUnits[] = {"arc-second", "metre", "millimetres per year"};
+
 struct Unit {
   const char* name;
-  bool angle;
-  double size;  // radians or metres
+  Quantity quantity;
+  double size;  // radians, metres, metres a year
 };
-constexpr Unit kUnits[] = {{"arc-second", true, kRadPerSecond},
-                           {"arcsec", true, kRadPerSecond},
-                           {"degree", true, kRadPerDeg},
-                           {"radian", true, 1},
-                           {"metre", false, 1},
-                           {"meter", false, 1},
-                           {"m", false, 1},
-                           {"decimetre", false, 0.1},
-                           {"centimetre", false, 0.01},
-                           {"cm", false, 0.01},
-                           {"millimetre", false, 0.001},
-                           {"mm", false, 0.001}};
+constexpr Unit kUnits[] = {{"arc-second", angle, kRadPerSecond},
+                           {"arcsec", angle, kRadPerSecond},
+                           {"degree", angle, kRadPerDeg},
+                           {"radian", angle, 1},
+                           {"metre", length, 1},
+                           {"meter", length, 1},
+                           {"m", length, 1},
+                           {"decimetre", length, 0.1},
+                           {"centimetre", length, 0.01},
+                           {"cm", length, 0.01},
+                           {"millimetre", length, 0.001},
+                           {"mm", length, 0.001},
+                           {"millimetres per year", velocity, 0.001},
+                           {"millimetre per year", velocity, 0.001},
+                           {"mm/year", velocity, 0.001},
+                           {"mm/yr", velocity, 0.001},
+                           {"metres per year", velocity, 1},
+                           {"metre per year", velocity, 1},
+                           {"m/year", velocity, 1},
+                           {"m/yr", velocity, 1}};
 
 // What a sample holds. Names are compared folded, so that "easting_offset" is "easting offset".
 struct Role {
   std::vector<const char*> names;
-  bool angle;
+  Quantity quantity;
   double sign = 1;
+  const char* unit = nullptr;  // of samples that name none, where it is not the usual one
 };
 
 // What a TYPE is made of: components in the order of the library.
@@ -61,8 +82,8 @@ struct Layout {
   std::vector<int> bands;  // of the roles in a file without descriptions, from 0
 };
 
-const Role kLatitude{{"latitude_offset"}, true}, kLongitude{{"longitude_offset"}, true};
-const Role kHeight{{"ellipsoidal_height_offset"}, false};
+const Role kLatitude{{"latitude_offset"}, angle}, kLongitude{{"longitude_offset"}, angle};
+const Role kHeight{{"ellipsoidal_height_offset"}, length};
 
 const Layout kLayouts[] = {
     {"HORIZONTAL_OFFSET",
@@ -73,7 +94,8 @@ const Layout kLayouts[] = {
     {"HORIZONTAL_OFFSET",
      ShiftSpace::plane,
      ShiftComponents::horizontal,
-     {{{"northing_offset", "northing_shift"}, false}, {{"easting_offset", "easting_shift"}, false}},
+     {{{"northing_offset", "northing_shift"}, length},
+      {{"easting_offset", "easting_shift"}, length}},
      {1, 0}},
     {"GEOGRAPHIC_3D_OFFSET",
      ShiftSpace::geographic,
@@ -88,19 +110,41 @@ const Layout kLayouts[] = {
     {"VERTICAL_OFFSET_GEOGRAPHIC_TO_VERTICAL",
      ShiftSpace::geographic,
      ShiftComponents::vertical,
-     {{{"geoid_undulation"}, false, -1}},
+     {{{"geoid_undulation"}, length, -1}},
      {0}},
     {"VERTICAL_OFFSET_VERTICAL_TO_VERTICAL",
      ShiftSpace::geographic,
      ShiftComponents::vertical,
-     {{{"vertical_offset"}, false}},
+     {{{"vertical_offset"}, length}},
      {0}},
     {"GEOCENTRIC_TRANSLATION",
      ShiftSpace::geocentric,
      ShiftComponents::horizontalAndVertical,
-     {{{"x_translation"}, false}, {{"y_translation"}, false}, {{"z_translation"}, false}},
+     {{{"x_translation"}, length}, {{"y_translation"}, length}, {{"z_translation"}, length}},
      {0, 1, 2}},
+    {"VELOCITY",
+     ShiftSpace::geographic,
+     ShiftComponents::horizontalAndVertical,
+     {{{"north_velocity"}, velocity}, {{"east_velocity"}, velocity}, {{"up_velocity"}, velocity}},
+     {1, 0, 2}},
 };
+
+// Of a grid of a deformation model, which a file is known to be.
+Layout LayoutOf(const DisplacementSamples& samples) {
+  const Quantity horizontal = samples.angles ? angle : length;
+  const Role north{{"north_offset"}, horizontal, 1, samples.angles ? "degree" : nullptr};
+  Role east = north;
+  east.names = {"east_offset"};
+  const Role up{{"vertical_offset"}, length};
+  Layout layout{"", ShiftSpace::geographic, samples.components, {north, east, up}, {1, 0, 2}};
+  if (samples.components == ShiftComponents::horizontal) {
+    layout.roles.pop_back();
+  } else if (samples.components == ShiftComponents::vertical) {
+    layout.roles = {up};
+    layout.bands = {0};
+  }
+  return layout;
+}
 
 // The bytes as a file that GDAL opens, without a neighbour that it could look for.
 class MemoryFile {
@@ -128,14 +172,38 @@ class MemoryFile {
 
 class TiffReader {
  public:
-  TiffReader(const std::string& bytes, const ShiftChoice& choice) : choice_(choice), file_(bytes) {}
+  // With a layout, the file is known to have it.
+  TiffReader(const std::string& bytes, const ShiftChoice& choice, const Layout* layout = nullptr)
+      : choice_(choice), file_(bytes), layout_(layout) {}
 
   std::unique_ptr<CoordinateShift> Read() {
     PrepareOgr();
     const GDALDatasetUniquePtr first = OpenPage();
     ReadHead(*first);
-    ReadPart(*first);
-    const int pages = CSLCount(first->GetMetadata("SUBDATASETS")) / 2;  // a name and a description
+    ReadParts(*first);
+    return Make(*first);
+  }
+
+  std::vector<ShiftGridPart> ReadDisplacements() {
+    PrepareOgr();
+    const GDALDatasetUniquePtr first = OpenPage();
+    type_ = TextOf(*first, "TYPE");
+    if (const OGRSpatialReference* system = first->GetSpatialRef(); system && system->IsProjected())
+      Refuse("is on a projection; displacements are at latitudes and longitudes");
+    ReadParts(*first);
+    RefuseOffsets();
+    return std::move(parts_);
+  }
+
+ private:
+  struct Nesting {
+    std::string parent;
+    double north, east;
+  };
+
+  void ReadParts(GDALDataset& first) {
+    ReadPart(first);
+    const int pages = CSLCount(first.GetMetadata("SUBDATASETS")) / 2;  // a name and a description
     if (pages > ShiftGrid::kMaxParts) Refuse("has more grids than any file of shifts");
     while (page_ < pages) {
       ++page_;
@@ -145,14 +213,7 @@ class TiffReader {
       ReadPart(*next);
     }
     Nest();
-    return Make(*first);
   }
-
- private:
-  struct Nesting {
-    std::string parent;
-    double north, east;
-  };
 
   [[noreturn]] void Refuse(const std::string& reason) const {
     throw UserError(fmt::format("{}: directory {}: {}", choice_.file, page_, reason));
@@ -327,11 +388,12 @@ class TiffReader {
                       "(\"metre\") behind the scale; the file says \"{}\"",
                       Printable(name)));
     if (type_.empty() && !choice_.unit.empty()) name = choice_.unit;
-    if (name.empty()) name = role.angle ? "arc-second" : "metre";
+    if (name.empty())
+      name = role.unit ? role.unit : kUsualUnits[static_cast<std::size_t>(role.quantity)];
     for (const Unit& unit : kUnits)
-      if (FoldName(unit.name) == FoldName(name) && unit.angle == role.angle) return unit.size;
+      if (FoldName(unit.name) == FoldName(name) && unit.quantity == role.quantity) return unit.size;
     Refuse(fmt::format("has the unit \"{}\", which is no {} that is known", Printable(name),
-                       role.angle ? "angle" : "length"));
+                       NameOf(role.quantity)));
   }
 
   // What is added to every shifted coordinate, the same in all grids.
@@ -347,6 +409,12 @@ class TiffReader {
     if (page_ > 1 && offset != offset_[component])
       Refuse("has another constant_offset than the first grid");
     offset_[component] = offset;
+  }
+
+  void RefuseOffsets() {
+    page_ = 1;
+    if (offset_ != std::array<double, 3>{})
+      Refuse("has a constant_offset, which only shifts of coordinates have");
   }
 
   void Nest() {
@@ -393,7 +461,9 @@ class TiffReader {
   std::unique_ptr<CoordinateShift> Make(GDALDataset& first) {
     std::string reason;
     std::unique_ptr<CoordinateShift> made;
-    if (space_ == ShiftSpace::geocentric) {
+    if (layout_->roles[0].quantity == velocity) {
+      made = VelocityGrid::Make(Velocities(first), &reason);
+    } else if (space_ == ShiftSpace::geocentric) {
       made = GeocentricShiftGrid::Make(Geocentric(first), &reason);
     } else {
       ShiftGridDefinition definition;
@@ -411,16 +481,34 @@ class TiffReader {
   }
 
   // The system of the file is that of the positions at which it is looked up.
-  GeocentricShiftGridDefinition Geocentric(GDALDataset& first) {
+  Ellipsoid EllipsoidIn(GDALDataset& first) {
     page_ = 1;
     const OGRSpatialReference* system = first.GetSpatialRef();
     if (!system) Refuse("does not say on which ellipsoid its positions are");
+    return MakeEllipsoid(system->GetSemiMajor(), system->GetInvFlattening());
+  }
+
+  VelocityGridDefinition Velocities(GDALDataset& first) {
+    if (!choice_.epoch)
+      throw UserError(choice_.file +
+                      ": velocities lead from the positions at one date: say it by \"epoch\"");
+    RefuseOffsets();
+    VelocityGridDefinition definition;
+    definition.ellipsoid = EllipsoidIn(first);
+    definition.unit = 1;
+    definition.epoch = *choice_.epoch;
+    definition.parts = std::move(parts_);
+    return definition;
+  }
+
+  GeocentricShiftGridDefinition Geocentric(GDALDataset& first) {
+    const Ellipsoid ellipsoid = EllipsoidIn(first);
     if (!choice_.position)
       throw UserError(choice_.file +
                       ": translations are looked up at a position: say whether it is that of the "
                       "\"source\" or of the \"target\"");
     GeocentricShiftGridDefinition definition;
-    definition.ellipsoid = MakeEllipsoid(system->GetSemiMajor(), system->GetInvFlattening());
+    definition.ellipsoid = ellipsoid;
     definition.position = *choice_.position;
     definition.parts = std::move(parts_);
     return definition;
@@ -428,9 +516,9 @@ class TiffReader {
 
   const ShiftChoice& choice_;
   MemoryFile file_;
+  const Layout* layout_;
   int page_ = 1;
   std::string type_;
-  const Layout* layout_ = nullptr;
   ShiftSpace space_ = ShiftSpace::geographic;
   bool biquadratic_ = false;
   std::array<double, 3> offset_{};
@@ -444,6 +532,12 @@ class TiffReader {
 std::unique_ptr<CoordinateShift> ParseShiftTiff(const std::string& bytes,
                                                 const ShiftChoice& choice) {
   return TiffReader(bytes, choice).Read();
+}
+
+std::vector<ShiftGridPart> ParseDisplacementTiff(const std::string& bytes, const std::string& file,
+                                                 const DisplacementSamples& samples) {
+  const Layout layout = LayoutOf(samples);
+  return TiffReader(bytes, {.file = file}, &layout).ReadDisplacements();
 }
 
 }  // namespace geomath_files

@@ -29,7 +29,8 @@ SiteFrame FrameOf(const CoordinateSystem& system) {
   const Ellipsoid& local = system.LocalEllipsoid();
   auto projection =
       named.kind ? MakeProjection(*named.kind, local.a, local.invF, named.values) : nullptr;
-  return {system.Chain(), std::move(projection), local, system.Geographic(), system.Grid()};
+  return {system.Chain(),      std::move(projection), local,
+          system.Geographic(), system.Grid(),         system.Date()};
 }
 
 }  // namespace
@@ -48,6 +49,8 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
                                     const std::string& to) const {
   nlohmann::ordered_json system = nlohmann::ordered_json::parse(text);
   if (system.contains("geoid")) MoveFileNames(system["geoid"], from, to);
+  if (system.contains("frame") && system["frame"].contains("motion"))
+    MoveFileNames(system["frame"]["motion"], from, to);
   if (system.contains("shifts"))
     for (nlohmann::ordered_json& shift : system["shifts"]) MoveFileNames(shift, from, to);
   if (!system_.Projection()) {

@@ -70,7 +70,8 @@ IdenticalPoint ToGrid(const CoordinateChain& chain, const SiteFrame& frame,
   if (!HasPosition(p)) return p;
   p.globalN *= frame.geographic.northSign * kRadPerDeg;
   p.globalE *= frame.geographic.eastSign * kRadPerDeg;
-  if (const ChainResult result = chain.ToLocal(p.globalN, p.globalE, p.globalH); !result)
+  if (const ChainResult result = chain.ToLocal(p.globalN, p.globalE, p.globalH, frame.date);
+      !result)
     throw UserError(
         fmt::format("point {}: {} cannot convert it", point.name, ChainStepName(result.failedAt)));
   return p;
@@ -128,10 +129,13 @@ std::int32_t WholeUse(const IdenticalPoint& p) {
 SiteSolution::SiteSolution(SiteFrame frame, const std::vector<ControlPoint>& control,
                            const CalibrationOptions& options)
     : projection_(std::move(frame.projection)), control_(control) {
+  if (!std::isnan(options.date)) frame.date = options.date;
   CoordinateChain chain = frame.chain;
   chain.SetProjection(projection_.get());
   chain.SetLocalization(nullptr);
   chain.SetGround(nullptr);
+  if (chain.NeedsDates() && std::isnan(frame.date))
+    throw UserError("the control needs the date of its global positions: their frame moves");
   for (const ControlPoint& point : control) {
     points_.push_back(ToGrid(chain, frame, point));
     if (options.onPoint) options.onPoint();

@@ -62,12 +62,15 @@ struct SiteFrame {
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection;
   const zel_cs::geomath::Ellipsoid& ellipsoid;  ///< of a projection of the site's own
   AxisPair geographic, grid;                    ///< of the control's columns
+  double date = zel_cs::geomath::kNoDate;       ///< of its global positions
 };
 
 /// How a site is solved.
 struct CalibrationOptions {
   bool fixedScale = false;     ///< the horizontal scale is 1
   bool centreOnFirst = false;  ///< the solver's own projection stands on the first control point
+  /// Of the global positions, a decimal year; kNoDate takes that of the system.
+  double date = zel_cs::geomath::kNoDate;
   /// Called between the points, of which many take long; what it throws ends the work.
   std::function<void()> onPoint = {};
 };

@@ -134,4 +134,8 @@ const json& JsonSection::Object(const std::string& key) const {
   return Require(key, "an object in braces");
 }
 
+JsonSection JsonSection::Section(const std::string& key, std::vector<std::string> known) const {
+  return {file_, PathOf(key), Object(key), std::move(known), spelling_};
+}
+
 }  // namespace geomath_files

@@ -25,8 +25,10 @@ class JsonSection {
   /// A finite number; `what` says what belongs there ("metres", "decimal degrees").
   double Number(const std::string& key, const std::string& what) const;
   std::string Text(const std::string& key, const std::string& what) const;
-  /// The object at `key`.
+  /// The value at `key`, which need not be an object.
   const nlohmann::json& Object(const std::string& key) const;
+  /// The object at `key`, whose keys are known.
+  JsonSection Section(const std::string& key, std::vector<std::string> known) const;
   std::string PathOf(const std::string& key) const;
   /// A key as complaints spell it.
   std::string Spelled(const std::string& key) const;

@@ -11,11 +11,11 @@
 namespace geomath_files {
 
 /// One entry of the list "shifts"; `path` stands for it in messages ("shifts[0]"). Files are looked
-/// for beside the system file; `bytes`, when given, are those of its file, which is not opened then.
+/// for beside the system file; `bytes`, when given, are those of its files, which are not opened then.
 /// Throws UserError.
 SystemShift ReadShift(const std::string& file, const std::string& path,
                       const nlohmann::json& object, const zel_cs::geomath::Ellipsoid& global,
-                      const std::string* bytes = nullptr);
+                      const ShiftBytes* bytes = nullptr);
 
 /// Puts the shifts of a system into its chain. A datum with a fixed height is a shift itself, between
 /// those before and behind it; null where there is none.

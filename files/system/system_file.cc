@@ -35,9 +35,10 @@ class SystemReader {
   explicit SystemReader(std::string file) : file_(std::move(file)) {}
 
   std::unique_ptr<CoordinateSystem> Read(const json& root, ProjectionNeed need) const {
-    const JsonSection top(file_, "", root,
-                          {"name", "description", "area", "global", "local", "datum", "projection",
-                           "axes", "units", "crs", "geoid", "shifts", "localization", "ground"});
+    const JsonSection top(
+        file_, "", root,
+        {"name", "description", "area", "global", "local", "datum", "projection", "axes", "units",
+         "crs", "geoid", "frame", "shifts", "localization", "ground"});
     for (const char* note : {"name", "description"}) {
       if (top.Has(note)) top.Text(note, "a text");
     }
@@ -62,6 +63,8 @@ class SystemReader {
     if (system->datum_ && !system->fixedHeight_) chain.SetDatum(&*system->datum_);
     chain.SetProjection(system->Projection());
     if (top.Has("geoid")) ReadGeoid(top, *system);
+    if (top.Has("frame"))
+      ReadFrame(top.Section("frame", {"from", "to", "date", "epoch", "motion"}), *system);
     if (top.Has("shifts")) ReadShifts(top, *system);
     std::vector<const SystemShift*> shifts;
     for (const SystemShift& shift : system->shifts_) shifts.push_back(&shift);
@@ -175,14 +178,47 @@ class SystemReader {
     for (std::size_t i = 0; i < list.size(); ++i) {
       const std::string path = fmt::format("shifts[{}]", i);
       SystemShift read = ReadShift(file_, path, list[i], system.global_);
-      const bool around =
-          read.place == ShiftPlace::beforeDatum || read.place == ShiftPlace::afterDatum;
-      if (system.fixedHeight_ && around && read.shift->Space() == ShiftSpace::geocentric)
+      if (system.fixedHeight_ && read.place == ShiftPlace::afterDatum &&
+          read.shift->Space() == ShiftSpace::geocentric)
         top.Fail("shifts",
-                 "moves geocentric coordinates, which a datum with a \"fixedHeight\" has not");
-      if (!read.choice.file.empty()) system.files_.push_back(read.choice.file);
-      system.shifts_.push_back(std::move(read));
+                 "moves geocentric coordinates, which there are none of behind a datum with a "
+                 "\"fixedHeight\"");
+      Keep(std::move(read), system);
     }
+  }
+
+  static void Keep(SystemShift read, CoordinateSystem& system) {
+    if (!read.choice.file.empty()) system.files_.push_back(read.choice.file);
+    system.shifts_.push_back(std::move(read));
+  }
+
+  // The change of frame and the motion to the date of the datum, as entries of "shifts".
+  void ReadFrame(const JsonSection& section, CoordinateSystem& system) const {
+    const json place = {{"place", "before datum"}};
+    if (section.Has("date")) system.date_ = ReadDate(section, "date");
+    if (section.Has("from") || section.Has("to")) {
+      const ReferenceFrame from = ReadFrameName(section, "from"), to = ReadFrameName(section, "to");
+      json entry = place;
+      entry["frame"] = {{"from", FrameName(from)}, {"to", FrameName(to)}};
+      if (from != to) Keep(ReadShift(file_, "frame", entry, system.global_), system);
+    }
+    if (!section.Has("motion")) {
+      if (section.Has("epoch"))
+        section.Fail("epoch", "needs a \"motion\", by which positions come to this date");
+      return;
+    }
+    const JsonSection motion = section.Section("motion", {"file", "plate"});
+    json entry = place;
+    entry.update(section.Object("motion"));
+    entry["inverse"] = "yes";
+    if (section.Has("epoch")) {
+      const double epoch = ReadDate(section, "epoch");
+      (motion.Has("plate") && entry["plate"].is_object() ? entry["plate"] : entry)["epoch"] = epoch;
+    }
+    SystemShift read = ReadShift(file_, section.PathOf("motion"), entry, system.global_);
+    if (read.shift->Kind() != ShiftKind::pointMotion)
+      motion.Fail("file", "has no motion: velocities or a deformation model belong there");
+    Keep(std::move(read), system);
   }
 
   std::string file_;

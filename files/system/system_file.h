@@ -43,7 +43,7 @@ class CoordinateSystem {
   const std::string& Name() const { return name_; }
   /// Null where there is none.
   const LoadedGeoid* Geoid() const { return geoid_.get(); }
-  /// Those of the list "shifts", in its order.
+  /// Those of the section "frame", then those of the list "shifts", in its order.
   const std::vector<SystemShift>& Shifts() const { return shifts_; }
   /// The same for a host that builds a chain of its own of them: this one's must not be run any more.
   std::vector<SystemShift> ReleaseShifts() { return std::move(shifts_); }
@@ -54,6 +54,9 @@ class CoordinateSystem {
   std::optional<double> FixedHeight() const {
     return fixedHeight_ ? std::optional(fixedHeight_->Height()) : std::nullopt;
   }
+  /// The date, a decimal year, of positions that come without one, before changes of frame and
+  /// motions; kNoDate where the file does not say it.
+  double Date() const { return date_; }
   /// The coordinate systems of its positions and of its grid, an EPSG code or WKT; empty where
   /// nothing is known, and for a grid that a site or ground moves away.
   const std::string& GeographicCrs() const { return geographicCrs_; }
@@ -76,6 +79,7 @@ class CoordinateSystem {
   NamedProjection named_;
   std::optional<zel_cs::geomath::FixedHeightDatum> fixedHeight_;
   std::vector<SystemShift> shifts_;
+  double date_ = zel_cs::geomath::kNoDate;
   std::unique_ptr<LoadedGeoid> geoid_;
   std::vector<std::string> files_;
   std::string geographicCrs_, gridCrs_;

@@ -4,8 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 
 #include "files/system/ellipsoid_names.h"
+#include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "geomath/base/angle.h"
 
@@ -289,6 +291,31 @@ GridToGround ReadGround(const JsonSection& section) {
   ReadPlanePair(section, "offset", ground.offsetN, ground.offsetE);
   ground.SetEnabled(ReadWord(section, "enabled", {"yes", "no"}) != "no");
   return ground;
+}
+
+double ReadDate(const JsonSection& section, const std::string& key) {
+  constexpr const char* kWhat = "a decimal year (2026.9) or a day (\"2026-11-23\")";
+  const std::string text = section.Object(key).is_string()
+                               ? section.Text(key, kWhat)
+                               : fmt::format("{}", section.Number(key, kWhat));
+  const ParsedNumber date = ParseDate(text);
+  if (!date) section.Fail(key, "must be a date: " + date.problem);
+  return date.value;
+}
+
+ReferenceFrame ReadFrameName(const JsonSection& section, const std::string& key) {
+  const std::string name = section.Text(key, "the name of a reference frame");
+  const std::optional<ReferenceFrame> frame = FrameNamed(name);
+  if (!frame) section.Fail(key, UnknownFrame(name));
+  return *frame;
+}
+
+std::string UnknownFrame(const std::string& name) {
+  std::vector<std::string> known;
+  for (std::size_t i = 0; i <= static_cast<std::size_t>(ReferenceFrame::natrf2022); ++i)
+    known.emplace_back(FrameName(static_cast<ReferenceFrame>(i)));
+  return fmt::format("is \"{}\", which is no frame that is known; {}", Printable(name),
+                     SuggestName(Printable(name), known));
 }
 
 }  // namespace geomath_files

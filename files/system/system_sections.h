@@ -9,6 +9,7 @@
 #include "files/system/projection_names.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/datum/datum.h"
+#include "geomath/frame/frame_table.h"
 #include "geomath/local/grid_to_ground.h"
 #include "geomath/local/local_to_grid.h"
 #include "geomath/proj/geo_proj.h"
@@ -67,6 +68,13 @@ inline const std::vector<std::string> kGroundKeys = {"scale",    "height",  "gri
                                                      "rotation", "originN", "originE",
                                                      "offsetN",  "offsetE", "enabled"};
 zel_cs::geomath::GridToGround ReadGround(const JsonSection& section);
+
+/// A date as a decimal year: a number, or a text that ParseDate takes.
+double ReadDate(const JsonSection& section, const std::string& key);
+/// A frame of the library's table by its name.
+zel_cs::geomath::ReferenceFrame ReadFrameName(const JsonSection& section, const std::string& key);
+/// What is said of a name that is none of a frame, and which there are.
+std::string UnknownFrame(const std::string& name);
 
 /// One of the known words at a key; empty when it is absent.
 std::string ReadWord(const JsonSection& section, const std::string& key,

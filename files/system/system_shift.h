@@ -14,6 +14,8 @@ struct SystemShift {
   zel_cs::geomath::ShiftPlace place;                        ///< where in the chain it works
   zel_cs::geomath::ShiftDirection direction;                ///< which way it works to local
   zel_cs::geomath::ShiftOutside outside;  ///< what becomes of points outside of it
+  /// Decimal year at which it is run whatever the date of the point.
+  double date = zel_cs::geomath::kNoDate;
   /// What it was read from; without a file for parameters.
   ShiftChoice choice;
   /// As the system file has it: text of JSON.

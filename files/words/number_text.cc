@@ -14,13 +14,6 @@ namespace {
 
 ParsedNumber Problem(std::string text) { return {0, std::move(text)}; }
 
-std::string_view Trim(std::string_view text) {
-  constexpr std::string_view blanks = " \t\r\n";
-  const std::size_t first = text.find_first_not_of(blanks);
-  if (first == std::string_view::npos) return {};
-  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
-
 // The marks of degrees, minutes and seconds; those of several bytes are UTF-8.
 constexpr std::string_view kUnitMarks[3][5] = {
     {"\xC2\xB0", "\xC2\xBA", "d", ":"},               // degree sign, masculine ordinal
@@ -86,6 +79,13 @@ std::optional<double> TakeFigure(std::string_view& text, bool& hasDecimals) {
 }
 
 }  // namespace
+
+std::string_view Trim(std::string_view text) {
+  constexpr std::string_view blanks = " \t\r\n";
+  const std::size_t first = text.find_first_not_of(blanks);
+  if (first == std::string_view::npos) return {};
+  return text.substr(first, text.find_last_not_of(blanks) - first + 1);
+}
 
 ParsedNumber ParseNumber(std::string_view text) {
   const std::string_view given = Trim(text);

@@ -12,6 +12,9 @@ struct ParsedNumber {
   explicit operator bool() const { return problem.empty(); }
 };
 
+/// The text without the blanks around it.
+std::string_view Trim(std::string_view text);
+
 /// A finite decimal number; blanks around it do not matter.
 ParsedNumber ParseNumber(std::string_view text);
 

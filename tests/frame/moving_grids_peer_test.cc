@@ -4,14 +4,16 @@
 
 #include <algorithm>
 #include <cmath>
-#include <cstring>
+#include <iostream>
 #include <random>
 #include <string>
 
+#include "files/models/shift_file.h"
+#include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "geomath/frame/deformation_model.h"
 #include "geomath/frame/frame_change.h"
 #include "geomath/frame/velocity_grid.h"
-#include "tests/support/published_grids.h"
 #include "tests/support/reference_data.h"
 
 namespace zel_cs::geomath {
@@ -53,12 +55,12 @@ double Distance(const PJ_COORD& a, const double (&b)[3]) {
   return std::isnan(d) ? HUGE_VAL : d;
 }
 
+// The files as the library of files reads them.
 std::unique_ptr<VelocityGrid> Velocities(const std::string& path, double epoch) {
-  VelocityGridDefinition definition;
-  definition.ellipsoid = kGrs80;
-  definition.epoch = epoch;
-  definition.parts = ReadParts(path, {"north_velocity", "east_velocity", "up_velocity"});
-  return VelocityGrid::Make(std::move(definition));
+  auto shift = geomath_files::OpenShift({.file = path, .epoch = epoch});
+  if (dynamic_cast<VelocityGrid*>(shift.get()))
+    return std::unique_ptr<VelocityGrid>(static_cast<VelocityGrid*>(shift.release()));
+  return nullptr;
 }
 
 struct Region {
@@ -217,8 +219,8 @@ TEST(NordicChain, AgreesWithThePeerInSevenCountries) {
 }
 
 const DeformationModel* NewZealand(const std::string& path) {
-  static const auto model = DeformationModel::Make(ReadModel(path));
-  return model.get();
+  static const auto model = geomath_files::OpenShift({.file = path});
+  return dynamic_cast<const DeformationModel*>(model.get());
 }
 
 struct Worked {

@@ -12,9 +12,9 @@ using namespace zel_cs::geomath;
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   const std::string bytes(reinterpret_cast<const char*>(data), size);
-  const ShiftChoice choice{"fuzz", "", GridPosition::source, ShiftSpace::geographic};
+  const ShiftChoice choice{"fuzz", "", GridPosition::source, ShiftSpace::geographic, 2000};
   try {
-    const auto shift = ParseShift(bytes, choice);
+    const auto shift = ParseShift({{"", bytes}}, choice);
     for (const double north : {0.0, 0.9, -0.9, 1.5707963267948966, 5e6, 1e300})
       for (const double east : {0.0, 0.18, -3.14159, 6.2, 5e5, 1e300}) {
         double x = north, y = east, z = 0;

@@ -14,8 +14,8 @@
 #include "files/words/user_error.h"
 #include "geomath/shift/shift_grid.h"
 #include "geomath/shift/triangulation.h"
+#include "tests/files/models/made_tiff.h"
 #include "tests/support/reference_data.h"
-#include "tests/support/scratch_folder.h"
 #include "tests/support/tolerance.h"
 
 using namespace geomath_files;
@@ -27,56 +27,6 @@ namespace {
 
 constexpr double kSecond = kDegree / 3600;
 constexpr double kNodeSeconds = 3e-7;  // arc-seconds: single precision of shifts of 4
-
-// A sample of a made-up grid: raw values from north to south, from west to east.
-struct Sample {
-  std::string description, unit;
-  std::vector<double> raw;
-  std::string positive = "", constant = "";
-  double scale = 1, offset = 0;
-};
-
-// A directory of 3 × 3 nodes.
-struct Directory {
-  double west, north, step;
-  std::vector<Sample> samples;
-  std::vector<std::pair<std::string, std::string>> metadata;
-  const char* system = "EPSG:4314";
-};
-
-std::string Write(const std::vector<Directory>& directories) {
-  PrepareOgr();
-  static const ScratchFolder folder;
-  const std::string path = (folder.Path() / "shift.tif").string();
-  std::filesystem::remove(path);
-  for (const Directory& d : directories) {
-    const char* append[] = {"APPEND_SUBDATASET=YES", nullptr};
-    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName("GTiff");
-    const GDALDatasetUniquePtr raster(
-        driver->Create(path.c_str(), 3, 3, static_cast<int>(d.samples.size()), GDT_Float32,
-                       const_cast<char**>(&d == &directories[0] ? nullptr : append)));
-    double t[] = {d.west - d.step / 2, d.step, 0, d.north + d.step / 2, 0, -d.step};
-    raster->SetGeoTransform(t);
-    OGRSpatialReference system;
-    system.SetFromUserInput(d.system);
-    raster->SetSpatialRef(&system);
-    for (const auto& [key, value] : d.metadata) raster->SetMetadataItem(key.c_str(), value.c_str());
-    int number = 0;
-    for (const Sample& s : d.samples) {
-      GDALRasterBand& band = *raster->GetRasterBand(++number);
-      band.SetDescription(s.description.c_str());
-      band.SetUnitType(s.unit.c_str());
-      if (!s.positive.empty()) band.SetMetadataItem("positive_value", s.positive.c_str());
-      if (!s.constant.empty()) band.SetMetadataItem("constant_offset", s.constant.c_str());
-      if (s.scale != 1) band.SetScale(s.scale);
-      if (s.offset != 0) band.SetOffset(s.offset);
-      band.SetNoDataValue(-9999);
-      std::vector<double> raw = s.raw.size() == 1 ? std::vector<double>(9, s.raw[0]) : s.raw;
-      EXPECT_EQ(band.RasterIO(GF_Write, 0, 0, 3, 3, raw.data(), 3, 3, GDT_Float64, 0, 0), CE_None);
-    }
-  }
-  return path;
-}
 
 std::unique_ptr<CoordinateShift> Open(const std::vector<Directory>& directories,
                                       ShiftChoice choice = {}) {
@@ -204,7 +154,7 @@ TEST(ShiftFile, SaysWhatIsWrongWithATiffAndWhere) {
   };
   using Change = std::function<void(std::vector<Directory>&)>;
   const std::pair<Change, std::string> cases[] = {
-      {[](auto& f) { f[0].metadata[0].second = "VELOCITY"; }, "VELOCITY"},
+      {[](auto& f) { f[0].metadata[0].second = "SLOPE"; }, "TYPE \"SLOPE\", which is no"},
       {[](auto& f) { f[1].samples[1].description = "rest"; },
        "directory 2: has no sample \"longit"},
       {[](auto& f) { f[1].samples[0].unit = "metre"; }, "directory 2: has the unit \"metre\""},
@@ -230,15 +180,19 @@ TEST(ShiftFile, SaysWhatIsWrongWithATiffAndWhere) {
 
 // Whatever the cut, a complaint or a grid; nothing else.
 TEST(ShiftFile, SurvivesFilesThatEndAnywhere) {
-  const std::string tiff = ReadShiftBytes(Write({Outer(), Inner()})), text = Triangle().dump();
+  const std::string tiff = ReadShiftBytes(Write({Outer(), Inner()})).at(""),
+                    text = Triangle().dump();
   for (std::size_t size = 0; size < tiff.size(); ++size)
-    Complaint([&] { ParseShift(tiff.substr(0, size), {"cut.tif"}); });
+    Complaint([&] { ParseShift({{"", tiff.substr(0, size)}}, {"cut.tif"}); });
   for (std::size_t size = 0; size < text.size(); ++size)
-    EXPECT_NE(Complaint([&] { ParseShift(text.substr(0, size), {"cut.json"}); }), "no complaint");
+    EXPECT_NE(Complaint([&] {
+                ParseShift({{"", text.substr(0, size)}}, {"cut.json"});
+              }),
+              "no complaint");
 }
 
 TEST(ShiftFile, ReadsTriangulations) {
-  const auto shift = ParseShift(Triangle().dump(), {"made.json"});
+  const auto shift = ParseShift({{"", Triangle().dump()}}, {"made.json"});
   EXPECT_EQ(shift->Space(), ShiftSpace::geographic);
   double b = 50.25 * kDegree, l = 10.5 * kDegree, h = 0;
   ASSERT_TRUE(shift->Forward(b, l, h));
@@ -251,12 +205,12 @@ TEST(ShiftFile, ReadsTriangulations) {
   plane.erase("input_crs");
   ShiftChoice choice{"made.json"};
   choice.space = ShiftSpace::plane;
-  EXPECT_EQ(ParseShift(plane.dump(), choice)->Space(), ShiftSpace::plane);
+  EXPECT_EQ(ParseShift({{"", plane.dump()}}, choice)->Space(), ShiftSpace::plane);
 }
 
 TEST(ShiftFile, SaysWhatIsWrongWithATriangulationAndWhere) {
   const std::pair<std::function<void(json&)>, std::string> cases[] = {
-      {[](json& j) { j["file_type"] = "deformation_model_master_file"; }, "\"file_type\""},
+      {[](json& j) { j["file_type"] = "triangles"; }, "\"file_type\""},
       {[](json& j) { j["format_version"] = "2.0"; }, "\"format_version\" is \"2.0\""},
       {[](json& j) { j["input_crs"] = "here"; }, "\"coordinates\""},
       {[](json& j) { j["vertices"][1][2] = "x"; }, "\"vertices[1]\""},
@@ -275,13 +229,16 @@ TEST(ShiftFile, SaysWhatIsWrongWithATriangulationAndWhere) {
   for (const auto& [change, expected] : cases) {
     json file = Triangle();
     change(file);
-    const std::string said = Complaint([&, &f = file] { ParseShift(f.dump(), {"made.json"}); });
+    const std::string said = Complaint([&, &f = file] {
+      ParseShift({{"", f.dump()}}, {"made.json"});
+    });
     EXPECT_NE(said.find("made.json: "), std::string::npos) << said;
     EXPECT_NE(said.find(expected), std::string::npos) << said;
   }
-  EXPECT_NE(
-      Complaint([] { ParseShift(std::string(500, 'x'), {"a.bin"}); }).find("a.bin: is no grid"),
-      std::string::npos);
+  EXPECT_NE(Complaint([] {
+              ParseShift({{"", std::string(500, 'x')}}, {"a.bin"});
+            }).find("a.bin: is no grid"),
+            std::string::npos);
 }
 
 // YKJ to ETRS-TM35FIN, the point that was checked against the Finnish map service, and N60 to N2000
