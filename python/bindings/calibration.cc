@@ -300,7 +300,7 @@ std::shared_ptr<ChainObject> ChainOf(const SolutionObject& object) {
 SolutionObject::SolutionObject(std::shared_ptr<CalibrationObject> of) : calibration(std::move(of)) {
   const ChainObject& chain = *calibration->chain;
   const Ellipsoid ellipsoid = EllipsoidOf(chain);
-  SiteFrame frame{chain.chain, nullptr, ellipsoid, {}, {}};
+  SiteFrame frame{chain.chain, nullptr, ellipsoid, {}, {}, chain.date};
   if (const auto& given = chain.projection) {
     frame.projection = MakeProjection(given->kind, given->a, given->invF, given->values);
     frame.geographic = AxisPairOf(given->geographicAxes);

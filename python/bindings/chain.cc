@@ -9,6 +9,7 @@
 #include "files/system/json_section.h"
 #include "files/system/shift_section.h"
 #include "files/system/system_file.h"
+#include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
@@ -68,13 +69,27 @@ void SetUnits(ChainObject& object, double unit, double heightUnit) {
   object.heightUnit = heightUnit;
 }
 
+// Numbers stay; what is a date of some kind becomes decimal years.
+py::object YearsOf(const py::object& dates) {
+  if (dates.is_none() || PyFloat_Check(dates.ptr())) return dates;
+  return py::module_::import("geomath._dates").attr("decimal_year")(dates);
+}
+
+void SetDate(ChainObject& object, const py::object& epoch) {
+  if (epoch.is_none()) return;
+  const py::object year = YearsOf(epoch);
+  object.date = PyNumber_Check(year.ptr()) ? py::float_(year).cast<double>() : kNoDate;
+  if (!std::isfinite(object.date))
+    throw UserError("CoordinateChain: \"epoch\" must be one date: a decimal year, a date, a text");
+}
+
 std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<DatumObject> datum,
                                   std::shared_ptr<ProjectionObject> projection,
                                   std::shared_ptr<GeoidObject> geoid, const std::string& frame,
                                   std::shared_ptr<LocalToGrid> localization,
                                   std::shared_ptr<GridToGround> ground, const py::object& shifts,
-                                  std::optional<double> fixedHeight, double unit,
-                                  double heightUnit) {
+                                  std::optional<double> fixedHeight, double unit, double heightUnit,
+                                  const py::object& epoch) {
   auto object = std::make_shared<ChainObject>();
   if (!global.is_none())
     object->global = EllipsoidFrom(global);
@@ -89,17 +104,20 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
   object->fixedHeight = fixedHeight;
   for (const py::handle& shift : shifts) object->shifts.push_back(PartOf<ChainShiftObject>(shift));
   SetUnits(*object, unit, heightUnit);
+  SetDate(*object, epoch);
   RequireOneEllipsoid(*object);
   Join(*object);
   return object;
 }
 
-// Of an entry of a system file; `bytes` are those of its file.
-std::shared_ptr<ChainShiftObject> MakeShift(const std::string& entry, std::string bytes,
+// Of an entry of a system file; `bytes` are those of its files.
+std::shared_ptr<ChainShiftObject> MakeShift(const std::string& entry,
+                                            geomath_files::ShiftBytes bytes,
                                             const Ellipsoid& global) {
   auto object = std::make_shared<ChainShiftObject>();
   const nlohmann::json parsed = geomath_files::ParseJson(entry, "shifts");
   const bool file = parsed.is_object() && parsed.contains("file");
+  if (file && !bytes.contains("")) throw UserError("the file of the shift is missing");
   object->shift = geomath_files::ReadShift("shifts", "", parsed, global, file ? &bytes : nullptr);
   object->entry = entry;
   object->bytes = std::move(bytes);
@@ -137,6 +155,7 @@ std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
     object->shifts.push_back(std::move(part));
   }
   SetUnits(*object, system.Units().plane.metres, system.Units().height.metres);
+  object->date = system.Date();
   Join(*object);
   return object;
 }
@@ -152,9 +171,14 @@ std::shared_ptr<ChainObject> FromFile(const py::object& path) {
 }
 
 std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py::object& operation,
-                                      const py::object& grids, bool datum) {
+                                      const py::object& grids, bool datum,
+                                      const std::string& fromFrame, const std::string& toFrame) {
   EpsgWish wish;
   wish.datum = datum;
+  wish.fromFrame = fromFrame;
+  wish.toFrame = toFrame;
+  if (fromFrame.empty() && !toFrame.empty())
+    throw UserError("CoordinateChain: \"to_frame\" needs a \"from_frame\"");
   for (const py::handle& folder : grids)
     wish.grids.push_back(PathOf(py::reinterpret_borrow<py::object>(folder)));
   if (!near.is_none()) {
@@ -167,7 +191,7 @@ std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py
   return ChainOf(*SystemOfEpsg(code, wish));
 }
 
-using Batch = std::size_t (CoordinateChain::*)(double*, double*, double*, std::size_t,
+using Batch = std::size_t (CoordinateChain::*)(PointDates, double*, double*, double*, std::size_t,
                                                std::ptrdiff_t, ChainStep*) const;
 
 // Factors of a pair and a height.
@@ -181,10 +205,11 @@ struct Factors {
 };
 
 // Runs a batch of the chain, which works in radians and metres; `before` and `after` turn the units.
-template <Batch batch>
-py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
-                   const Factors& before, const Factors& after, const py::object& out,
-                   bool returnSteps) {
+// A fourth argument has the dates of the points; else they have that of the chain.
+template <Batch batch, std::size_t In>
+py::object ConvertAt(const ChainObject& object, const std::array<Argument, In>& arguments,
+                     const Factors& before, const Factors& after, const py::object& out,
+                     bool returnSteps) {
   static_assert(sizeof(ChainStep) == sizeof(std::uint8_t));
   py::object steps = py::none();
   ChainStep* to = nullptr;
@@ -202,8 +227,9 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
       ConvertColumns<3>(arguments, out, [&](double* const* c, std::size_t first, std::size_t n) {
         ChainStep* const failed = to ? to + first : nullptr;
         before.Apply(c, n);
-        (object.chain.*batch)(c[0], c[1], c[2], n, 1, failed);
-        if (batch == &CoordinateChain::ToGlobalBatch) DropBeyondTheMap(c, 3, n, failed);
+        const PointDates dates = In == 4 ? PointDates(c[In - 1]) : PointDates(object.date);
+        (object.chain.*batch)(dates, c[0], c[1], c[2], n, 1, failed);
+        if (batch == &CoordinateChain::ToGlobalDatedBatch) DropBeyondTheMap(c, 3, n, failed);
         after.Apply(c, n);
       });
   if (!returnSteps) return converted;
@@ -211,30 +237,51 @@ py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arg
   return py::tuple(converted) + py::make_tuple(steps);
 }
 
+template <Batch batch>
+py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
+                   const Factors& before, const Factors& after, const py::object& out,
+                   bool returnSteps, const py::object& epoch) {
+  if (!epoch.is_none()) {
+    const auto& [first, second, h] = arguments;
+    return ConvertAt<batch, 4>(object, {{first, second, h, {"epoch", YearsOf(epoch)}}}, before,
+                               after, out, returnSteps);
+  }
+  if (object.chain.NeedsDates() && std::isnan(object.date))
+    throw UserError(
+        "CoordinateChain: a frame that moves needs the date of the positions: give epoch=2026.9, a "
+        "date, or an array with a date for each point");
+  return ConvertAt<batch, 3>(object, arguments, before, after, out, returnSteps);
+}
+
 AxisPair GeographicAxes(const ChainObject& chain) {
   return chain.projection ? AxisPairOf(chain.projection->geographicAxes) : AxisPair{};
 }
 
 py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
-                   bool degrees, const py::object& out, bool returnSteps) {
+                   bool degrees, const py::object& out, bool returnSteps, const py::object& epoch) {
   // Without a projection the local pair is one of angles.
   const double angle = degrees ? kDegPerRad : 1;
   const Factors local{chain.projection ? 1 / chain.unit : angle, 1 / chain.heightUnit};
   const auto [first, second] = PositionArguments(lat, lon, GeographicAxes(chain), degrees);
-  return Convert<&CoordinateChain::ToLocalBatch>(chain, {{first, second, {"h", h}}}, {}, local, out,
-                                                 returnSteps);
+  return Convert<&CoordinateChain::ToLocalDatedBatch>(chain, {{first, second, {"h", h}}}, {}, local,
+                                                      out, returnSteps, epoch);
 }
 
 py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
-                    bool degrees, const py::object& out, bool returnSteps) {
+                    bool degrees, const py::object& out, bool returnSteps,
+                    const py::object& epoch) {
   const Factors local{chain.projection ? chain.unit : 1, chain.heightUnit};
   std::array<Argument, 3> arguments = {{{"north", north}, {"east", east}, {"h", h}}};
   if (!chain.projection) {
     arguments[0] = AngleArgument("north", north, AngleKind::latitude, degrees);
     arguments[1] = AngleArgument("east", east, AngleKind::longitude, degrees);
   }
-  return Convert<&CoordinateChain::ToGlobalBatch>(chain, arguments, local,
-                                                  {degrees ? kDegPerRad : 1}, out, returnSteps);
+  return Convert<&CoordinateChain::ToGlobalDatedBatch>(
+      chain, arguments, local, {degrees ? kDegPerRad : 1}, out, returnSteps, epoch);
+}
+
+std::optional<double> DateOf(const ChainObject& c) {
+  return std::isnan(c.date) ? std::nullopt : std::optional(c.date);
 }
 
 py::dict StateOf(const ChainObject& c) {
@@ -250,6 +297,7 @@ py::dict StateOf(const ChainObject& c) {
   state["fixed_height"] = c.fixedHeight;
   state["unit"] = c.unit;
   state["height_unit"] = c.heightUnit;
+  state["epoch"] = DateOf(c);
   return state;
 }
 
@@ -269,6 +317,7 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
   if (!state["fixed_height"].is_none()) object->fixedHeight = FiniteOf(state["fixed_height"]);
   object->geoidFrame = FrameOf(state["geoid_frame"].cast<std::string>());
   SetUnits(*object, state["unit"].cast<double>(), state["height_unit"].cast<double>());
+  if (!state["epoch"].is_none()) object->date = FiniteOf(state["epoch"]);
   if (object->datum && !object->global) throw UserError("the datum has no global ellipsoid");
   Join(*object);
   return object;
@@ -311,10 +360,10 @@ void Join(ChainObject& object) {
   for (const auto& part : object.shifts) {
     const ShiftPlace place = part->shift.place;
     if (object.fixedHeight && part->shift.shift->Space() == ShiftSpace::geocentric &&
-        place != ShiftPlace::heights)
+        place == ShiftPlace::afterDatum)
       throw UserError(
-          "CoordinateChain: a datum with a \"fixed_height\" has no geocentric coordinates, which a "
-          "shift moves");
+          "CoordinateChain: behind a datum with a \"fixed_height\" there are no geocentric "
+          "coordinates, which a shift moves");
     shifts.push_back(&part->shift);
   }
   AddShifts(chain, shifts, object.fixedHeightDatum ? &*object.fixedHeightDatum : nullptr);
@@ -324,9 +373,18 @@ void Join(ChainObject& object) {
   chain.SetGround(object.ground.get());
 }
 
-// What is read from the state of a pickle: the entry, the bytes of its file, the ellipsoid.
+// What is read from the state of a pickle: the entry, the bytes of its files, the ellipsoid.
 std::shared_ptr<ChainShiftObject> ShiftFromState(const py::tuple& s) {
-  return MakeShift(s[0].cast<std::string>(), s[1].cast<std::string>(), *PartOf<Ellipsoid>(s[2]));
+  geomath_files::ShiftBytes bytes;
+  for (const auto& [name, content] : s[1].cast<py::dict>())
+    bytes.emplace(name.cast<std::string>(), content.cast<std::string>());
+  return MakeShift(s[0].cast<std::string>(), std::move(bytes), *PartOf<Ellipsoid>(s[2]));
+}
+
+py::dict BytesOf(const ChainShiftObject& shift) {
+  py::dict bytes;
+  for (const auto& [name, content] : shift.bytes) bytes[TextOf(name)] = py::bytes(content);
+  return bytes;
 }
 
 void BindChainShift(py::module_& module) {
@@ -334,7 +392,7 @@ void BindChainShift(py::module_& module) {
 A shift of a chain, as an entry of "shifts" in a system file describes it (docs/system-file.md).
 
 Chains from files and from the registry have them; a CoordinateChain takes them as shifts. Immutable;
-pickles carry the whole file.)");
+pickles carry the whole files.)");
   shift.attr("__module__") = "geomath";
   shift
       .def_property_readonly(
@@ -352,8 +410,7 @@ pickles carry the whole file.)");
   DefinePickle(
       shift,
       [](const ChainShiftObject& s) {
-        return py::make_tuple(TextOf(s.entry), py::bytes(s.bytes),
-                              std::make_shared<Ellipsoid>(s.global));
+        return py::make_tuple(TextOf(s.entry), BytesOf(s), std::make_shared<Ellipsoid>(s.global));
       },
       &ShiftFromState);
 }
@@ -376,6 +433,7 @@ the datum. global_ellipsoid (an Ellipsoid or a name) is WGS84 when there is a da
 heights above the ellipsoid into heights above the geoid on the way out and back on the way in;
 geoid_frame says whether its heights stand on the "global" or the "local" ellipsoid. unit and
 height_unit are metres of one unit of the local pair and of local heights, which come and go in them.
+epoch is the date of positions that come without one, for chains with a frame that moves.
 
 A point that a step refuses becomes NaN in all three results and disturbs no other point;
 return_steps=True tells which step it was. Chains are immutable, equal when their steps are, and
@@ -389,24 +447,27 @@ Raises Error when datum and projection stand on different ellipsoids.)");
            py::arg("geoid") = py::none(), py::arg("geoid_frame") = "global",
            py::arg("localization") = py::none(), py::arg("ground") = py::none(),
            py::arg("shifts") = py::tuple(), py::arg("fixed_height") = py::none(),
-           py::arg("unit") = 1.0, py::arg("height_unit") = 1.0)
+           py::arg("unit") = 1.0, py::arg("height_unit") = 1.0, py::arg("epoch") = py::none())
       .def_static("from_file", &FromFile, py::arg("path"), R"(from_file(path)
 --
 
 The chain that a system file describes (docs/system-file.md), as `geomath convert --system` uses it.
 
 Raises Error, naming the file, the key and what would be right, for everything that is wrong.)")
-      .def_static("from_epsg", &FromEpsg, py::arg("code"), py::kw_only(),
-                  py::arg("near") = py::none(), py::arg("operation") = py::none(),
-                  py::arg("grids") = py::tuple(), py::arg("datum") = true,
-                  R"(from_epsg(code, *, near=None, operation=None, grids=(), datum=True)
+      .def_static(
+          "from_epsg", &FromEpsg, py::arg("code"), py::kw_only(), py::arg("near") = py::none(),
+          py::arg("operation") = py::none(), py::arg("grids") = py::tuple(),
+          py::arg("datum") = true, py::arg("from_frame") = "", py::arg("to_frame") = "",
+          R"(from_epsg(code, *, near=None, operation=None, grids=(), datum=True, from_frame="", to_frame="")
 --
 
 The chain of a projected system of the EPSG registry, as `geomath system --epsg` writes it, from PROJ's
 database on this machine: WGS 84 (or what the registry takes for it) to the system by the
 transformation that is best over its area, or at near, a pair of latitude and longitude in degrees, or
 by the one whose code is operation. Grids are looked for in the folders grids, in those of GEOMATH_GRIDS
-and in PROJ's. With datum=False positions are those of the system's own datum.
+and in PROJ's. With datum=False positions are those of the system's own datum. With a from_frame, such
+as "ITRF2020", positions come in that frame at their epoch, to to_frame where the realization of the
+datum is not to be the usual one.
 
 Raises Error for a code that the registry does not have or a system file cannot hold.)")
       .def_readonly("global_ellipsoid", &ChainObject::global,
@@ -426,13 +487,20 @@ Raises Error for a code that the registry does not have or a system file cannot 
                     "The height at which positions go through the datum, metres, or None.")
       .def_readonly("unit", &ChainObject::unit, "Metres of one unit of local north and east.")
       .def_readonly("height_unit", &ChainObject::heightUnit, "Metres of one unit of local heights.")
+      .def_property_readonly(
+          "epoch", &DateOf, "The date of positions that come without one, a decimal year, or None.")
+      .def_property_readonly(
+          "needs_epoch", [](const ChainObject& c) { return c.chain.NeedsDates(); },
+          "Whether a frame moves, so that positions need a date.")
       .def("replace", &Replace, R"(replace(self, **steps)
 --
 
 A chain with some steps exchanged, added, or taken away (None); the keywords are those of the class.)")
-      .def("to_local", &ToLocal, py::arg("lat"), py::arg("lon"), py::arg("h") = 0.0, py::kw_only(),
-           py::arg("degrees") = true, py::arg("out") = py::none(), py::arg("return_steps") = false,
-           R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False)
+      .def(
+          "to_local", &ToLocal, py::arg("lat"), py::arg("lon"), py::arg("h") = 0.0, py::kw_only(),
+          py::arg("degrees") = true, py::arg("out") = py::none(), py::arg("return_steps") = false,
+          py::arg("epoch") = py::none(),
+          R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None)
 --
 
 Global positions to local coordinates: (north, east, h), in the units of the chain.
@@ -440,17 +508,22 @@ Global positions to local coordinates: (north, east, h), in the units of the cha
 lat, lon: degrees, or radians with degrees=False; h: metres above the global ellipsoid. Numbers or
 arrays, broadcast together; numbers alone give numbers. out: three float64 arrays for the results,
 which may be the arrays of the arguments. A point that fails is NaN in all three. With
-return_steps=True a fourth result holds the step that failed, as a ChainStep, 0 where none did.)")
-      .def("to_global", &ToGlobal, py::arg("north"), py::arg("east"), py::arg("h") = 0.0,
-           py::kw_only(), py::arg("degrees") = true, py::arg("out") = py::none(),
-           py::arg("return_steps") = false,
-           R"(to_global(self, north, east, h=0.0, *, degrees=True, out=None, return_steps=False)
+return_steps=True a fourth result holds the step that failed, as a ChainStep, 0 where none did.
+
+epoch: the date of the positions, for a chain with a frame that moves: a decimal year, a date or
+datetime, a numpy.datetime64, a text such as "2026-11-23", or an array with one for each point,
+broadcast with the others; instead of the epoch of the chain. Raises Error where neither is given.)")
+      .def(
+          "to_global", &ToGlobal, py::arg("north"), py::arg("east"), py::arg("h") = 0.0,
+          py::kw_only(), py::arg("degrees") = true, py::arg("out") = py::none(),
+          py::arg("return_steps") = false, py::arg("epoch") = py::none(),
+          R"(to_global(self, north, east, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None)
 --
 
 Local coordinates to global positions: (lat, lon, h), the inverse of to_local.
 
 north, east, h: in the units of the chain, numbers or arrays, broadcast together. lat and lon are degrees, or radians
-with degrees=False. out and return_steps as for to_local.)")
+with degrees=False. out, return_steps and epoch, the date of the results, as for to_local.)")
       .def(
           "__eq__",
           [](const ChainObject& a, const ChainObject& b) { return StateOf(a).equal(StateOf(b)); },
@@ -460,6 +533,11 @@ with degrees=False. out and return_steps as for to_local.)")
       .def("__repr__", &Repr);
   DefinePickle(chain, &StateOf, &FromState);
 
+  module.def("_decimal_year", [](const std::string& text) {
+    const geomath_files::ParsedNumber date = geomath_files::ParseDate(text);
+    if (!date) throw UserError("date: " + date.problem);
+    return date.value;
+  });
   module.def("_chain_steps", [] {
     py::dict names;
     for (int step = 0; step <= static_cast<int>(ChainStep::pointMotion); ++step)

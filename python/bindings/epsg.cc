@@ -18,11 +18,13 @@ std::string AxesText(const wchar_t* axes) {
 std::unique_ptr<geomath_files::CoordinateSystem> SystemOfEpsg(int code, const EpsgWish& wish) {
   using pybind11::literals::operator""_a;
   const std::string name = fmt::format("EPSG:{}", code);
-  const auto text = ImportExtra(name)
-                        .attr("epsg_system")(std::to_string(code), "datum"_a = wish.datum,
-                                             "operation"_a = wish.operation, "near"_a = wish.near,
-                                             "grids"_a = wish.grids)
-                        .cast<std::string>();
+  const auto text =
+      ImportExtra(name)
+          .attr("epsg_system")(std::to_string(code), "datum"_a = wish.datum,
+                               "operation"_a = wish.operation, "near"_a = wish.near,
+                               "grids"_a = wish.grids, "from_frame"_a = wish.fromFrame,
+                               "to_frame"_a = wish.toFrame)
+          .cast<std::string>();
   const pybind11::gil_scoped_release unlocked;
   return geomath_files::ParseSystem(text, name);
 }

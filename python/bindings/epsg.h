@@ -17,6 +17,8 @@ struct EpsgWish {
   std::string operation = {};                          ///< EPSG code
   std::optional<std::pair<double, double>> near = {};  ///< latitude and longitude, degrees
   std::vector<std::string> grids = {};  ///< folders with grids, looked into before all others
+  std::string fromFrame = {};           ///< that positions come in, instead of WGS 84
+  std::string toFrame = {};             ///< that of the datum, instead of the usual one
 };
 
 /// The system of a code of the EPSG registry. Throws UserError, or the exception of Python for it.

@@ -23,12 +23,22 @@ class ExtraRasterReader : public RasterReader {
     return Reader(choice.file).ParseShift(bytes, choice);
   }
 
+  std::vector<zel_cs::geomath::ShiftGridPart> ParseDisplacements(
+      const std::string& bytes, const std::string& file,
+      const DisplacementSamples& samples) const override {
+    return Reader(file).ParseDisplacements(bytes, file, samples);
+  }
+
   std::optional<zel_cs::geomath::ShiftSpace> SpaceOf(const std::string& crs) const override {
     try {
       return Reader(crs).SpaceOf(crs);
     } catch (const UserError&) {
       return {};  // the caller then asks for the kind of coordinates
     }
+  }
+
+  std::optional<zel_cs::geomath::Ellipsoid> EllipsoidOf(const std::string& crs) const override {
+    return Reader(crs).EllipsoidOf(crs);
   }
 
  private:

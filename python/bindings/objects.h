@@ -40,10 +40,10 @@ struct ProjectionObject {
 
 inline constexpr const char* kNorthEast = "NE";  // axes that need no text
 
-/// A shift of a chain, as an entry of a system file describes it, with the bytes of its file.
+/// A shift of a chain, as an entry of a system file describes it, with the bytes of its files.
 struct ChainShiftObject {
-  std::string entry;  // JSON
-  std::string bytes;  // empty for parameters
+  std::string entry;                // JSON
+  geomath_files::ShiftBytes bytes;  // none for parameters
   zel_cs::geomath::Ellipsoid global;
   geomath_files::SystemShift shift;
 };
@@ -55,6 +55,7 @@ struct ChainObject {
   std::vector<std::shared_ptr<ChainShiftObject>> shifts;
   std::shared_ptr<ProjectionObject> projection;
   std::shared_ptr<GeoidObject> geoid;
+  double date = zel_cs::geomath::kNoDate;  // of positions that come without one
   zel_cs::geomath::GeoidFrame geoidFrame = zel_cs::geomath::GeoidFrame::global;
   std::shared_ptr<zel_cs::geomath::LocalToGrid> localization;
   std::shared_ptr<zel_cs::geomath::GridToGround> ground;

@@ -42,7 +42,7 @@ namespace {
 template <class Shift>
 std::shared_ptr<ShiftObject<Shift>> Parse(std::string bytes, ShiftChoice choice, const char* kind) {
   auto object = std::make_shared<ShiftObject<Shift>>();
-  object->shift = ParseShift(bytes, choice);
+  object->shift = ParseShift({{"", bytes}}, choice);
   if (!dynamic_cast<const Shift*>(object->shift.get()))
     throw UserError(fmt::format("{}: holds no {}", choice.file, kind));
   object->bytes = std::move(bytes);
@@ -59,7 +59,7 @@ std::shared_ptr<GridObject> GridFromFile(const py::object& path, const std::stri
   choice.file = PathOf(path);
   choice.unit = unit;
   const py::gil_scoped_release unlocked;
-  return Parse<ShiftGrid>(ReadShiftBytes(choice.file), choice, kGrid);
+  return Parse<ShiftGrid>(ReadShiftBytes(choice.file).at(""), choice, kGrid);
 }
 
 std::shared_ptr<GeocentricGridObject> GeocentricGridFromFile(const py::object& path,
@@ -91,7 +91,7 @@ std::shared_ptr<TriangulationObject> TriangulationFromFile(const py::object& pat
                                                            const std::string& coordinates) {
   const ShiftChoice choice = ChoiceOf(PathOf(path), coordinates);
   const py::gil_scoped_release unlocked;
-  return Parse<Triangulation>(ReadShiftBytes(choice.file), choice, kTriangulation);
+  return Parse<Triangulation>(ReadShiftBytes(choice.file).at(""), choice, kTriangulation);
 }
 
 std::string CoordinatesOf(const CoordinateShift& shift) {

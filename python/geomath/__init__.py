@@ -10,6 +10,7 @@ lock; objects are immutable and may be used from many threads.
 """
 
 from ._chain_step import ChainStep
+from ._dates import decimal_year
 from ._geomath import (
     Calibration,
     CalibrationResult,
@@ -66,6 +67,7 @@ __all__ = [
     "TraverseResult",
     "Triangulation",
     "__version__",
+    "decimal_year",
     "ellipsoid_names",
     "interpolation_names",
     "projections",

@@ -6,4 +6,6 @@ def epsg_system(
     operation: str,
     near: tuple[float, float] | None,
     grids: list[str],
+    from_frame: str,
+    to_frame: str,
 ) -> str: ...

@@ -13,6 +13,7 @@ _One: TypeAlias = _Array | None
 _Two: TypeAlias = tuple[_Array, _Array] | None
 _Three: TypeAlias = tuple[_Array, _Array, _Array] | None
 _Path: TypeAlias = str | PathLike[str]
+_Epoch: TypeAlias = "_Date | np.datetime64 | str | float"
 
 __version__: str
 
@@ -545,6 +546,7 @@ class CoordinateChain:
         fixed_height: float | None = ...,
         unit: float = ...,
         height_unit: float = ...,
+        epoch: _Epoch | None = ...,
     ) -> None: ...
     @staticmethod
     def from_file(path: _Path) -> CoordinateChain: ...
@@ -556,6 +558,8 @@ class CoordinateChain:
         operation: int | None = ...,
         grids: Iterable[_Path] = ...,
         datum: bool = ...,
+        from_frame: str = ...,
+        to_frame: str = ...,
     ) -> CoordinateChain: ...
     def replace(self, **steps: Any) -> CoordinateChain: ...
     @property
@@ -580,6 +584,10 @@ class CoordinateChain:
     def unit(self) -> float: ...
     @property
     def height_unit(self) -> float: ...
+    @property
+    def epoch(self) -> float | None: ...
+    @property
+    def needs_epoch(self) -> bool: ...
     @overload
     def to_local(  # type: ignore[misc]
         self,
@@ -590,6 +598,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: None = ...,
         return_steps: Literal[False] = ...,
+        epoch: _Epoch | None = ...,
     ) -> tuple[float, float, float]: ...
     @overload
     def to_local(  # type: ignore[misc]
@@ -601,6 +610,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: None = ...,
         return_steps: Literal[True],
+        epoch: _Epoch | None = ...,
     ) -> tuple[float, float, float, int]: ...
     @overload
     def to_local(
@@ -612,6 +622,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: _Three = ...,
         return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
     ) -> tuple[_Array, _Array, _Array]: ...
     @overload
     def to_local(
@@ -623,6 +634,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: _Three = ...,
         return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
     ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
     @overload
     def to_global(  # type: ignore[misc]
@@ -634,6 +646,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: None = ...,
         return_steps: Literal[False] = ...,
+        epoch: _Epoch | None = ...,
     ) -> tuple[float, float, float]: ...
     @overload
     def to_global(  # type: ignore[misc]
@@ -645,6 +658,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: None = ...,
         return_steps: Literal[True],
+        epoch: _Epoch | None = ...,
     ) -> tuple[float, float, float, int]: ...
     @overload
     def to_global(
@@ -656,6 +670,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: _Three = ...,
         return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
     ) -> tuple[_Array, _Array, _Array]: ...
     @overload
     def to_global(
@@ -667,6 +682,7 @@ class CoordinateChain:
         degrees: bool = ...,
         out: _Three = ...,
         return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
     ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
 
 @final
@@ -718,3 +734,4 @@ def ellipsoid_names() -> list[str]: ...
 def interpolation_names() -> list[str]: ...
 def projections() -> Mapping[str, Mapping[str, str]]: ...
 def _chain_steps() -> dict[int, str]: ...
+def _decimal_year(text: str) -> float: ...
