@@ -14,6 +14,7 @@
 #include "files/words/output_file.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
+#include "tools/epoch_option.h"
 #include "tools/exit_status.h"
 
 namespace geomath_files::program {
@@ -23,6 +24,7 @@ struct CalibrateOptions {
   ControlSource control;
   std::string system, output, report, placement = "centre", columns, unit;
   bool fixedScale = false, pipeline = false, noHeader = false;
+  EpochOption epoch;
 };
 
 int Calibrate(const CalibrateOptions& options) {
@@ -47,7 +49,9 @@ int Calibrate(const CalibrateOptions& options) {
   const ControlTable control = ReadControl(from);
   if (!control.note.empty()) std::fprintf(stderr, "geomath: %s\n", control.note.c_str());
   const Calibration calibration(*system, control.points,
-                                {options.fixedScale, options.placement == "first"}, from.units);
+                                {options.fixedScale, options.placement == "first",
+                                 DateOf(options.epoch, *system, options.system)},
+                                from.units);
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
@@ -109,6 +113,7 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
                        "layer of the input, when it has several");
   arguments.add_flag("--decimal-comma", options->control.decimalComma,
                      "numbers of the input have a decimal comma, where that cannot be recognised");
+  AddEpoch(arguments, options->epoch);
   return [options] { return Calibrate(*options); };
 }
 

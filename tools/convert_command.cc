@@ -20,6 +20,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "tools/epoch_option.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
 #include "tools/sigma_columns.h"
@@ -36,6 +37,7 @@ struct ConvertOptions {
   PointOptions points;
   std::vector<std::string> with;  // further columns
   SigmaOptions sigma;
+  EpochOption epoch;
   std::string unit;  // instead of the system's
   bool inverse = false;
   int decimals = 4;
@@ -70,13 +72,21 @@ const Extra& FindExtra(const std::string& name) {
                               SuggestName(name, known)));
 }
 
+std::string FailureOf(ChainStep step) {
+  if (step == ChainStep::missingDate) return "it has no date";
+  if (step == ChainStep::modelYears)
+    return "its date is outside of the years for which the change of frame or the motion is made";
+  return fmt::format("{} cannot convert this point", ChainStepName(step));
+}
+
 // Converts the rows of a block together.
 class Conversion {
  public:
-  Conversion(const CoordinateSystem& system, const GridUnits& units, bool inverse, double angleUnit,
-             std::vector<const Extra*> extras, SigmaColumns* sigma)
+  Conversion(const CoordinateSystem& system, const GridUnits& units, double date, bool inverse,
+             double angleUnit, std::vector<const Extra*> extras, SigmaColumns* sigma)
       : chain_(system.Chain()),
         metres_{units.plane.metres, units.plane.metres, units.height.metres},
+        date_(date),
         inverse_(inverse),
         angleUnit_(angleUnit),
         given_(inverse ? system.Grid() : system.Geographic()),
@@ -85,7 +95,7 @@ class Conversion {
         area_(system.Area()),
         extras_(std::move(extras)),
         sigma_(sigma),
-        grid_(system) {}
+        grid_(system, date) {}
 
   void operator()(RowBlock& block) {
     const std::size_t count = block.count;
@@ -94,18 +104,21 @@ class Conversion {
     Copy(block.given, inverse_ ? 1 : kRadPerDeg, given_, block.result, count);
     const auto turn = [&](auto change) { TurnUnits(block.result, count, change); };
     if (inverse_) turn([](double value, double metres) { return value * metres; });
+    const PointDates dates =
+        block.dates.empty() ? PointDates(date_) : PointDates(block.dates.data());
     if (sigma_)
-      sigma_->Convert(block, 3 + extras_.size(), failed_);
+      sigma_->Convert(block, 3 + extras_.size(), dates, failed_);
     else if (inverse_)
-      chain_.ToGlobalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
+      chain_.ToGlobalDatedBatch(dates, first.data(), second.data(), height.data(), count, 1,
+                                failed_.data());
     else
-      chain_.ToLocalBatch(first.data(), second.data(), height.data(), count, 1, failed_.data());
+      chain_.ToLocalDatedBatch(dates, first.data(), second.data(), height.data(), count, 1,
+                               failed_.data());
     if (!inverse_) turn([](double value, double metres) { return value / metres; });
     Copy(block.result, inverse_ ? kDegPerRad : 1, results_, block.result, count);
     for (std::size_t i = 0; i < count; ++i) {
       std::string& problem = block.problems[i];
-      if (problem.empty() && failed_[i] != ChainStep::none)
-        problem = fmt::format("{} cannot convert this point", ChainStepName(failed_[i]));
+      if (problem.empty() && failed_[i] != ChainStep::none) problem = FailureOf(failed_[i]);
       if (problem.empty() && inverse_ &&
           !AngleRangeProblem(second[i], AngleKind::longitude).empty())
         problem =
@@ -113,7 +126,7 @@ class Conversion {
     }
     const auto latitudes = inverse_ ? first : block.given[0];
     const auto longitudes = inverse_ ? second : block.given[1];
-    AddExtras(latitudes, longitudes, inverse_ ? height : block.given[2], block);
+    AddExtras(latitudes, longitudes, inverse_ ? height : block.given[2], dates, block);
     CheckArea(latitudes, longitudes, block);
     if (inverse_ && angleUnit_ != 1) {
       for (std::size_t i = 0; i < count; ++i) first[i] *= angleUnit_, second[i] *= angleUnit_;
@@ -153,11 +166,11 @@ class Conversion {
   }
 
   void AddExtras(const Column& latitudes, const Column& longitudes, const Column& heights,
-                 RowBlock& block) {
+                 PointDates dates, RowBlock& block) {
     if (extras_.empty()) return;
     for (std::size_t i = 0; i < block.count; ++i) {
       PointFactorsInGrid factors;
-      const bool found = grid_.Factors(latitudes[i], longitudes[i], heights[i], factors);
+      const bool found = grid_.Factors(latitudes[i], longitudes[i], heights[i], dates[i], factors);
       for (std::size_t k = 0; k < extras_.size(); ++k)
         block.result[3 + k][i] = found ? extras_[k]->value(factors) : std::nan("");
     }
@@ -175,6 +188,7 @@ class Conversion {
 
   const CoordinateChain& chain_;
   std::array<double, 3> metres_;  // of one unit of the local coordinates
+  double date_;                   // of positions without one of their own
   bool inverse_;
   double angleUnit_;  // of the results, in a degree
   AxisPair given_, results_, geographic_;
@@ -247,7 +261,9 @@ int Convert(ConvertOptions options) {
   job.unit = units.plane;
   job.files = system->Files();
   job.files.push_back(options.system);
-  Conversion conversion(*system, units, options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
+  job.dates = options.epoch.column;
+  Conversion conversion(*system, units, DateOf(options.epoch, *system, options.system),
+                        options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
                         sigma ? &*sigma : nullptr);
   job.work = std::ref(conversion);
   job.warning = [&conversion] { return conversion.Warning(); };
@@ -294,6 +310,7 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
           "factor)")
       ->delimiter(',')
       ->allow_extra_args(false);
+  AddEpochAndColumn(arguments, options->epoch);
   AddSigmaOptions(arguments, options->sigma);
   return [options] { return Convert(*options); };
 }

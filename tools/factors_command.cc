@@ -9,6 +9,7 @@
 #include "files/words/output_file.h"
 #include "files/words/user_error.h"
 #include "tools/angle_column.h"
+#include "tools/epoch_option.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
 #include "tools/system_grid.h"
@@ -23,6 +24,7 @@ struct FactorsOptions {
   std::vector<std::string> at;  // a position as typed
   bool grid = false;
   PointOptions points;
+  EpochOption epoch;
 };
 
 constexpr int kFactorDecimals = 10;
@@ -58,7 +60,7 @@ int RunFactors(FactorsOptions options) {
     throw UserError("name the output with --output FILE");
   RefuseReadingTwice({options.system, options.points.input});
   const auto system = ReadSystemFile(options.system);
-  const SystemGrid grid(*system);
+  const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   const AngleColumns angles(options.points.angles);
 
   RowJob job;
@@ -121,6 +123,7 @@ std::function<int()> PrepareFactors(CLI::App& arguments) {
                        "on standard output");
   arguments.add_flag("--grid", options->grid, "the points are given in the grid");
   AddPointOptions(arguments, options->points, "lat,lon,h (--grid: n,e,h_local or n,e,h)");
+  AddEpoch(arguments, options->epoch);
   return [options] { return RunFactors(*options); };
 }
 

@@ -11,6 +11,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "tools/angle_column.h"
+#include "tools/epoch_option.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
 #include "tools/system_grid.h"
@@ -26,6 +27,7 @@ struct MeasureOptions {
   bool grid = false, pairs = false, fromFirst = false;
   int decimals = 4;
   PointOptions points;
+  EpochOption epoch;
 };
 
 constexpr int kFactorDecimals = 10;
@@ -163,7 +165,7 @@ int RunMeasure(const MeasureOptions& options) {
     throw UserError("--from: must be LAT,LON or LAT,LON,H, with --grid N,E or N,E,H");
   RefuseReadingTwice({options.system, options.points.input});
   const auto system = ReadSystemFile(options.system);
-  const SystemGrid grid(*system);
+  const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   Measurement measurement(options, grid);
 
   RowJob job;
@@ -216,6 +218,7 @@ std::function<int()> PrepareMeasure(CLI::App& arguments) {
       .add_option("--decimals", options->decimals, "decimals of metres in CSV output, default 4")
       ->check(CLI::Range(0, 9));
   AddPointOptions(arguments, options->points, "lat,lon,h (--grid: n,e,h_local or n,e,h)");
+  AddEpoch(arguments, options->epoch);
   return [options] { return RunMeasure(*options); };
 }
 

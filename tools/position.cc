@@ -37,7 +37,8 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
     throw UserError("--output: one position is printed; only a file of points has an output");
   if (texts.size() == 3 && options.fixedHeight)
     throw UserError("--fixed-height: the position has a height too; give one of them");
-  if (!job.also.empty()) throw UserError("one position has no columns; give numbers");
+  if (!job.also.empty() || !job.dates.empty())
+    throw UserError("one position has no columns; give numbers");
   std::array<double, 3> position = ReadPosition(texts, job.given, options.InGon());
   if (options.fixedHeight) position[2] = *options.fixedHeight;
   RowBlock block;

@@ -8,12 +8,16 @@
 
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
+#include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "files/words/output_file.h"
 #include "files/words/user_error.h"
+#include "geomath/base/point_dates.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
 #include "tools/progress.h"
+
+using zel_cs::geomath::kNoDate;
 
 namespace geomath_files::program {
 namespace {
@@ -121,6 +125,10 @@ class RowLoop {
     block_.blank.resize(kBlockRows);
     block_.also.assign(job.also.size(), std::vector<double>(kBlockRows));
     for (const std::string& name : job.also) also_.push_back(ColumnOf(name, source));
+    if (!job.dates.empty()) {
+      dates_ = ColumnOf(job.dates, source);
+      block_.dates.resize(kBlockRows);
+    }
     result_.resize(job.results.size());
   }
 
@@ -173,8 +181,22 @@ class RowLoop {
       if (problem.empty() && !number) problem = job_.also[k] + " " + number.problem;
       block_.also[k][i] = number ? number.value : 0;
     }
+    if (dates_) {
+      const ParsedNumber date = DateIn(records_[i].Text(*dates_));
+      if (problem.empty() && !date) problem = job_.dates + " " + date.problem;
+      block_.dates[i] = date ? date.value : kNoDate;
+    }
     for (std::size_t axis = 0; axis < 3; ++axis)
       block_.given[axis][i] = problem.empty() ? point[axis] : 0;
+  }
+
+  // A decimal year may have a decimal comma, as the other numbers of the file.
+  static ParsedNumber DateIn(std::string_view text) {
+    const std::size_t comma = text.find(',');
+    if (comma == std::string_view::npos) return ParseDate(text);
+    std::string written(text);
+    written[comma] = '.';
+    return ParseDate(written);
   }
 
   static std::size_t ColumnOf(const std::string& name, const PointSource& source) {
@@ -231,9 +253,10 @@ class RowLoop {
   PointSink& sink_;
   std::vector<Record> records_;
   RowBlock block_;
-  std::vector<std::size_t> also_;  // columns of the source
-  NumberReader numbers_;           // of those
-  std::vector<double> result_;     // of a row
+  std::vector<std::size_t> also_;     // columns of the source
+  std::optional<std::size_t> dates_;  // likewise
+  NumberReader numbers_;              // of those
+  std::vector<double> result_;        // of a row
   bool decimalComma_ = false, decimalCommaSaid_;
   Progress progress_;
   long long rows_ = 0, failures_ = 0;

@@ -35,6 +35,7 @@ struct RowBlock {
   /// Latitude, longitude (degrees) or northing, easting; height. 0 where a row is unreadable.
   std::array<std::vector<double>, 3> given;
   std::vector<std::vector<double>> also;    ///< by column that the job reads beside
+  std::vector<double> dates;                ///< decimal years, where the job reads them
   std::vector<std::vector<double>> result;  ///< by column
   std::vector<char> blank;                  ///< whether a row is none: empty, or a remark
   /// Why a row has no result; empty where it has one. What was unreadable has its reason already.
@@ -47,6 +48,7 @@ struct RowJob {
   std::string givenCrs, placeCrs;      ///< of what is read and of the output's points, where known
   LengthUnit unit = {};                ///< of the grid coordinates among them
   std::vector<std::string> also = {};  ///< names of columns of numbers that are read beside
+  std::string dates = {};              ///< name of a column of dates; empty for none
   std::vector<ResultColumn> results;   ///< with their usual names
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.
   bool placedByResult = false;

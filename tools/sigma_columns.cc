@@ -80,7 +80,8 @@ std::vector<ResultColumn> SigmaColumns::Results(int decimals) {
           {"ellipse_a", decimals}, {"ellipse_b", decimals}, {"ellipse_bearing", 1, "deg"}};
 }
 
-void SigmaColumns::Convert(RowBlock& block, std::size_t column, std::vector<ChainStep>& failed) {
+void SigmaColumns::Convert(RowBlock& block, std::size_t column, PointDates dates,
+                           std::vector<ChainStep>& failed) {
   const std::size_t count = block.count;
   covariances_.assign(9 * count, 0.0);
   for (std::size_t i = 0; i < count; ++i) {
@@ -99,10 +100,11 @@ void SigmaColumns::Convert(RowBlock& block, std::size_t column, std::vector<Chai
   using enum CovarianceFrame;
   if (inverse_)
     uncertainty_.ToGlobalBatch(x.data(), y.data(), h.data(), covariances_.data(), count, 1,
-                               failed.data());
+                               failed.data(), northEastUp, northEastUp, dates);
   else
     uncertainty_.ToLocalBatch(x.data(), y.data(), h.data(), covariances_.data(), count, 1,
-                              failed.data(), geocentric_ ? geocentric : northEastUp);
+                              failed.data(), geocentric_ ? geocentric : northEastUp, northEastUp,
+                              dates);
   for (std::size_t i = 0; i < count; ++i) {
     const double* const c = &covariances_[9 * i];
     const ErrorEllipse ellipse = EllipseOf(c[0], c[1], c[4]);

@@ -36,7 +36,7 @@ class SigmaColumns {
 
   /// Converts the positions of a block, radians and metres in the chain's axes, with what the block
   /// has read, and puts the columns into its results from `column` on.
-  void Convert(RowBlock& block, std::size_t column,
+  void Convert(RowBlock& block, std::size_t column, zel_cs::geomath::PointDates dates,
                std::vector<zel_cs::geomath::ChainStep>& failed);
 
  private:

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "files/epsg/epsg_system.h"
+#include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "files/words/number_text.h"
 #include "files/words/text_file.h"
@@ -18,7 +19,7 @@ namespace geomath_files::program {
 namespace {
 
 struct SystemOptions {
-  std::string code, find, output, operation, near;
+  std::string code, find, output, operation, near, fromFrame, toFrame, epoch;
   std::vector<std::string> grids;
   bool list = false, noDatum = false;
 };
@@ -74,6 +75,13 @@ int MakeSystem(const SystemOptions& options) {
   DatumWish wish{options.noDatum, {}, PositionOf(options.near)};
   wish.grids = options.grids;
   wish.output = options.output;
+  wish.fromFrame = options.fromFrame;
+  wish.toFrame = options.toFrame;
+  if (!options.epoch.empty()) {
+    const ParsedNumber date = ParseDate(options.epoch);
+    if (!date) throw UserError("--epoch: " + date.problem);
+    wish.date = date.value;
+  }
   if (!options.operation.empty()) wish.operation = CodeOf("--operation", options.operation);
   if (options.list) {
     std::fputs(ListEpsgOperations(code, wish).c_str(), stdout);
@@ -81,6 +89,8 @@ int MakeSystem(const SystemOptions& options) {
   }
   if (options.output.empty()) throw UserError("name the system file with --output FILE");
   const EpsgSystem system = MakeEpsgSystem(code, wish);
+  if (wish.date && !system.document.contains("frame"))
+    throw UserError("--epoch: no frame of the system moves; --from-frame names one that does");
   const std::string text = system.document.dump(2) + "\n";
   WriteTextFiles({{options.output, text}});
   const std::string description = system.document.value("description", "");
@@ -120,11 +130,23 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
       ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
   auto* near = arguments.add_option("--near", options->near,
                                     "LAT,LON of a place: the transformation that is best there");
+  auto* noDatum = arguments
+                      .add_flag("--no-datum", options->noDatum,
+                                "no transformation: positions are those of the system's own datum")
+                      ->excludes(operation)
+                      ->excludes(near);
+  auto* from = arguments.add_option(
+      "--from-frame", options->fromFrame,
+      "the frame that positions come in, instead of WGS 84: ITRF2020, ITRF2014, …; for systems on "
+      "ETRS89, NAD83(2011), NAD83(CSRS), GDA94, GDA2020, NZGD2000, or reached from these");
+  from->excludes(noDatum);
   arguments
-      .add_flag("--no-datum", options->noDatum,
-                "no transformation: positions are those of the system's own datum")
-      ->excludes(operation)
-      ->excludes(near);
+      .add_option("--to-frame", options->toFrame,
+                  "with --from-frame: the realization of the system's datum, such as ETRF2014")
+      ->needs(from);
+  arguments.add_option("--epoch", options->epoch,
+                       "date of all positions, which is written into the file: 2026.9 or "
+                       "2026-11-23");
   arguments.add_flag("--list-operations", options->list,
                      "only list the transformations to WGS 84, best first");
   return [options] { return MakeSystem(*options); };

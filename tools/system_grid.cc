@@ -86,8 +86,9 @@ bool SystemMap::Differentiate(double b, double l, GridDerivatives& derivatives) 
   return true;
 }
 
-SystemGrid::SystemGrid(const CoordinateSystem& system)
+SystemGrid::SystemGrid(const CoordinateSystem& system, double date)
     : system_(system),
+      date_(date),
       toEllipsoid_(system.Chain().GetGlobalEllipsoid(), system.Chain().GetDatum(), nullptr),
       map_(system),
       geographic_(system.Geographic()),
@@ -100,11 +101,12 @@ SystemGrid::SystemGrid(const CoordinateSystem& system)
     grid_.northSign = -grid_.northSign, grid_.eastSign = -grid_.eastSign;
 }
 
-bool SystemGrid::Factors(double latitude, double longitude, double height,
+bool SystemGrid::Factors(double latitude, double longitude, double height, double date,
                          PointFactorsInGrid& factors) const {
   double b = geographic_.northSign * latitude * kRadPerDeg;
   double l = geographic_.eastSign * longitude * kRadPerDeg, h = height;
-  if (!toEllipsoid_.ToLocal(b, l, h) || !DistortionAt(map_, b, l, factors.distortion)) return false;
+  if (!toEllipsoid_.ToLocal(b, l, h, date) || !DistortionAt(map_, b, l, factors.distortion))
+    return false;
   const Ellipsoid& ellipsoid = map_.GetEllipsoid();
   const double M = RadiusInAzimuth(ellipsoid, b, 0), N = RadiusInAzimuth(ellipsoid, b, kHalfPi);
   factors.scale = std::sqrt(std::abs(factors.distortion.arealScale));
@@ -116,7 +118,7 @@ bool SystemGrid::Factors(double latitude, double longitude, double height,
 bool SystemGrid::ToLocal(double& latitude, double& longitude, double& height) const {
   double& first = geographic_.northFirst ? latitude : longitude;
   double& second = geographic_.northFirst ? longitude : latitude;
-  if (!system_.Chain().ToLocal(first, second, height)) return false;
+  if (!system_.Chain().ToLocal(first, second, height, date_)) return false;
   // The first of the pair stands where the first was.
   if (grid_.northFirst != geographic_.northFirst) std::swap(latitude, longitude);
   return true;
@@ -132,7 +134,7 @@ bool SystemGrid::ToPosition(double north, double east, double height, double (&p
   first = grid_.northFirst ? north : east;
   second = grid_.northFirst ? east : north;
   h = height;
-  if (!system_.Chain().ToGlobal(first, second, h)) return false;
+  if (!system_.Chain().ToGlobal(first, second, h, date_)) return false;
   if (!geographic_.northFirst) std::swap(first, second);
   first *= kDegPerRad, second *= kDegPerRad;
   return true;
@@ -140,7 +142,7 @@ bool SystemGrid::ToPosition(double north, double east, double height, double (&p
 
 bool SystemGrid::Height(double b, double l, double& height) const {
   double h = 0;
-  if (!toEllipsoid_.ToGlobal(b, l, h)) return false;
+  if (!toEllipsoid_.ToGlobal(b, l, h, date_)) return false;
   b *= geographic_.northSign, l *= geographic_.eastSign;
   if (!ToLocal(b, l, h)) return false;
   height = -h;

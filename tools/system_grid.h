@@ -44,11 +44,17 @@ struct PointFactorsInGrid {
 /// those of files: latitude and longitude in degrees, northing and easting with the signs of the axes.
 class SystemGrid : private zel_cs::geomath::GeoidHeight {
  public:
-  /// Of a system with a projection, which is kept by the caller.
-  explicit SystemGrid(const CoordinateSystem& system);
+  /// Of a system with a projection, which is kept by the caller, and positions at a date.
+  SystemGrid(const CoordinateSystem& system, double date);
 
   /// At a position. False where the chain or the projection refuses it.
-  bool Factors(double latitude, double longitude, double height, PointFactorsInGrid& factors) const;
+  bool Factors(double latitude, double longitude, double height,
+               PointFactorsInGrid& factors) const {
+    return Factors(latitude, longitude, height, date_, factors);
+  }
+  /// The same at a date of its own.
+  bool Factors(double latitude, double longitude, double height, double date,
+               PointFactorsInGrid& factors) const;
 
   /// The same point in the grid, and a position of the grid; false where the chain refuses it.
   bool ToGrid(double latitude, double longitude, double height, double (&grid)[3]) const;
@@ -68,6 +74,7 @@ class SystemGrid : private zel_cs::geomath::GeoidHeight {
   bool ToLocal(double& latitude, double& longitude, double& height) const;
 
   const CoordinateSystem& system_;
+  double date_;
   zel_cs::geomath::CoordinateChain toEllipsoid_;  // of the projection; positions north and east
   SystemMap map_;
   AxisPair geographic_, grid_;

@@ -19,6 +19,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/geodesic/traverse.h"
+#include "tools/epoch_option.h"
 #include "tools/exit_status.h"
 #include "tools/position.h"
 #include "tools/system_grid.h"
@@ -39,6 +40,7 @@ struct DirectionOptions {
 };
 
 struct TraverseOptions {
+  EpochOption epoch;
   std::string system, input, output, distances = "ground", adjust = "none", angles = "degrees";
   Texts start, end;
   DirectionOptions from{{}, "", "", {"--backsight", "--bearing", "--azimuth"}};
@@ -190,7 +192,7 @@ int RunTraverse(const TraverseOptions& options) {
     throw UserError("--output: stations are written as CSV: .csv, .tsv, .txt or -");
   RefuseReadingTwice({options.system, options.input});
   const auto system = ReadSystemFile(options.system);
-  const SystemGrid grid(*system);
+  const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   const GridPoint start = StationOf("--start", options.start, grid);
   const auto source = OpenPoints(options.input, "");
   std::vector<std::string> inputs = system->Files();
@@ -272,6 +274,7 @@ std::function<int()> PrepareTraverse(CLI::App& arguments) {
       .add_option("--sigma-ppm", options->sigmaPpm,
                   "what that grows by with the distance, parts per million, default 2")
       ->check(CLI::NonNegativeNumber);
+  AddEpoch(arguments, options->epoch);
   return [options] { return RunTraverse(*options); };
 }
 
