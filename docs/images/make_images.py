@@ -5,8 +5,10 @@
 """
 
 import csv
+import json
 import pathlib
 import sys
+import tempfile
 
 import geomath
 import geomath.plot
@@ -84,9 +86,45 @@ def declination():
     )
 
 
+PLACES = {
+    "Berlin, ETRF2000": ("ETRF2000", 52.52, 13.40),
+    "Helsinki, ETRF2000": ("ETRF2000", 60.17, 24.94),
+    "Denver, NAD83(2011)": ("NAD83(2011)", 39.74, -104.99),
+    "Ottawa, NAD83(CSRS)v7": ("NAD83(CSRS)v7", 45.42, -75.70),
+    "Sydney, GDA2020": ("GDA2020", -33.87, 151.21),
+    "Alice Springs, GDA2020": ("GDA2020", -23.67, 133.89),
+}
+
+
+def frames():
+    """What positions in ITRF2020 are off when they are taken for national ones."""
+    years = np.arange(2000, 2035.5, 0.5)
+    axes = plt.gca()
+    for name, (frame, lat, lon) in PLACES.items():
+        system = {
+            "global": {"ellipsoid": "GRS80"},
+            "frame": {"from": "ITRF2020", "to": frame},
+            "projection": {
+                "name": "TMERC_KMS", "Central Meridian": lon, "Scale": 1, "Lat0": 0, "East0": 0, "North0": 0
+            },
+        }
+        with tempfile.TemporaryDirectory() as folder:
+            path = pathlib.Path(folder) / "system.json"
+            path.write_text(json.dumps(system))
+            chain = geomath.CoordinateChain.from_file(path)
+        right = chain.to_local(lat, lon, epoch=years)
+        wrong = chain.replace(shifts=()).to_local(lat, lon)
+        off = np.sqrt(sum((r - w) ** 2 for r, w in zip(right, wrong)))
+        axes.plot(years, off, label=name)
+    axes.set(xlabel="date of the positions", ylabel="mistake, metres", ylim=(0, 2.4), xlim=(2000, 2035))
+    axes.grid(alpha=0.3)
+    axes.legend(fontsize=8, ncols=2)
+    return axes
+
+
 def main():
     folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parent)
-    for draw in (residuals, geoid, scale_factor, combined_factor, convergence, tissot, declination):
+    for draw in (residuals, geoid, scale_factor, combined_factor, convergence, tissot, declination, frames):
         with plt.rc_context({"figure.figsize": (6.4, 4.8), "figure.dpi": 80}):
             axes = draw()
             axes.figure.savefig(folder / f"{draw.__name__}.png", metadata={"Software": None})
