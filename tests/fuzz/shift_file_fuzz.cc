@@ -1,5 +1,5 @@
-// libFuzzer: any bytes as a file of shifts (geodetic TIFF with its metadata, triangulation in JSON,
-// NTv2), and points shifted by what is read from them.
+// libFuzzer: any bytes as a file of shifts (geodetic TIFF with its metadata, triangulation or the
+// master file of a deformation model in JSON, NTv2), and points shifted by what is read from them.
 #include <cstddef>
 #include <cstdint>
 #include <string>
@@ -18,7 +18,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (const double north : {0.0, 0.9, -0.9, 1.5707963267948966, 5e6, 1e300})
       for (const double east : {0.0, 0.18, -3.14159, 6.2, 5e5, 1e300}) {
         double x = north, y = east, z = 0;
-        if (shift->Forward(x, y, z)) shift->Inverse(x, y, z);
+        if (shift->Forward(x, y, z, 2001)) shift->Inverse(x, y, z, 2001);
       }
   } catch (const UserError&) {
   }

@@ -18,9 +18,10 @@ void ConvertPoints(const zel_cs::geomath::CoordinateChain& chain) {
          l[] = {0, 0.2, 2.5, 0.3, 3.2, -3.1, 6.2, -1.5}, h[] = {0, 50, -30, 8000, 1e300, 0, 1, 2};
   double n[] = {0, 5e6, -3e6, 1e7, 1e300, 2e5, 4e5, -1e-300},
          e[] = {0, 5e5, 4e6, -1e7, 1e300, 6e5, -2e5, 9}, z[] = {0, 50, -30, 8000, 0, 1, 2, 3};
-  chain.ToLocalBatch(b, l, h, std::size(b));
-  chain.ToGlobalBatch(b, l, h, std::size(b));
-  chain.ToGlobalBatch(n, e, z, std::size(n));
+  const zel_cs::geomath::PointDates dates(2026.9);
+  chain.ToLocalDatedBatch(dates, b, l, h, std::size(b));
+  chain.ToGlobalDatedBatch(dates, b, l, h, std::size(b));
+  chain.ToGlobalDatedBatch(dates, n, e, z, std::size(n));
 }
 
 }  // namespace
