@@ -4,7 +4,9 @@
 
 #include <filesystem>
 #include <string>
+#include <vector>
 
+#include "tests/files/models/made_tiff.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
@@ -95,6 +97,30 @@ TEST_F(Epoch, OfOtherYearsIsABadRow) {
   EXPECT_TRUE(Contains(run.out, "2016,,,\n")) << run.out;
   EXPECT_TRUE(Contains(run.err, "line 3: not converted: its date is outside of the years"))
       << run.err;
+}
+
+// 3 × 3 nodes at 48 to 50 degrees north, 10 to 12 east, whose southern row has no values.
+TEST_F(Epoch, PlacesWithoutVelocityAreBadRows) {
+  const std::vector<double> holes = {1, 1, 1, 1, 1, 1, -9999, -9999, -9999};
+  geomath_files::Write(
+      {{10,
+        50,
+        1,
+        {{"east_velocity", "", holes}, {"north_velocity", "", holes}, {"up_velocity", "", holes}},
+        {{"TYPE", "VELOCITY"}},
+        "EPSG:4258"}},
+      (directory_ / "velocities.tif").string());
+  WriteSystem(R"({"epoch": 2000, "motion": {"file": "velocities.tif"}})");
+  Write("in.csv", "lat,lon,h\n49.5,11,0\n51,11,0\n48.5,11,0\n");
+  const ProgramRun run = Run("in.csv -o - --epoch 2026.9 --decimals 0");
+  EXPECT_EQ(run.status, 1);
+  EXPECT_TRUE(Contains(run.out, "\n51,11,0,,,\n48.5,11,0,,,\n")) << run.out;
+  for (const char* row : {"line 3: ", "line 4: "})
+    EXPECT_TRUE(Contains(run.err, std::string(row) +
+                                      "not converted: the velocity grid or deformation model "
+                                      "cannot convert this point"))
+        << run.err;
+  EXPECT_FALSE(Contains(run.err, "line 2")) << run.err;
 }
 
 TEST_F(Epoch, ChangesNothingWhereNoFrameMoves) {
