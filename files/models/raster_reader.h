@@ -21,7 +21,7 @@ struct GeoidRaster {
 
 /// What the samples of a grid of displacements are.
 struct DisplacementSamples {
-  zel_cs::geomath::ShiftComponents components;
+  zel_cs::geomath::ShiftComponents components;  ///< which there are
   bool angles = false;  ///< those to the north and east, degrees unless they say otherwise
 };
 
