@@ -103,7 +103,10 @@ std::string GridWkt(const CoordinateSystem& system) {
   const bool moved = chain.GetLocalization() || chain.GetGround();
   const bool turned = axes.northSign < 0 || axes.eastSign < 0;
   if (!named.kind || moved || turned) return {};
-  if (chain.GetDatum() && positions != kWgs84) return {};
+  // Shifts lead from the system of the positions to another one, which has no name here.
+  const bool shifted = !chain.GetShifts(ShiftPlace::beforeDatum).empty() ||
+                       !chain.GetShifts(ShiftPlace::afterDatum).empty();
+  if (chain.GetDatum() && (positions != kWgs84 || shifted)) return {};
 
   const Ellipsoid& on = system.LocalEllipsoid();
   const auto projection = MakeProjection(*named.kind, on.a, on.invF, named.values);
@@ -117,7 +120,7 @@ std::string GridWkt(const CoordinateSystem& system) {
   if (!system.Name().empty()) projected.SetProjCS(system.Name().c_str());
   if (const Datum* datum = chain.GetDatum())
     AddDatum(*datum, projected);
-  else if (!positions.empty())
+  else if (!positions.empty() && !shifted)
     projected.CopyGeogCSFrom(CrsOf(positions).get());
   return WktOf(projected);
 }

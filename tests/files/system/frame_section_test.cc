@@ -5,6 +5,7 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
+#include "files/exchange/grid_wkt.h"
 #include "files/system/system_file.h"
 #include "files/words/user_error.h"
 #include "tests/support/reference_data.h"
@@ -179,6 +180,16 @@ TEST(FrameSection, StandsBeforeADatumAtAFixedHeight) {
   const json frame = {{"from", "ITRF2014"}, {"to", "ETRF2014"}};
   ExpectBothWays({{"local", {{"ellipsoid", "GRS80"}}}, {"datum", datum}, {"frame", frame}}, 2015,
                  kBudd, {3513638.5233, 778956.1497, 5248216.2980});
+}
+
+// The grid is in the frame of the datum, whatever the positions come in.
+TEST(FrameSection, GridsAreNotInTheFrameOfThePositions) {
+  json system = json::parse(R"({"crs": {"geographic": "EPSG:9990"}, "projection": {"name": "TMERC",
+    "Central Meridian": 9, "Scale": 0.9996, "Lat0": 0, "East0": 500000, "North0": 0}})");
+  EXPECT_NE(GridWkt(*Parse(system)).find("ITRF2020"), std::string::npos);
+  system["frame"] = {{"from", "ITRF2020"}, {"to", "ETRF2000"}};
+  EXPECT_EQ(GridWkt(*Parse(system)).find("ITRF2020"), std::string::npos);
+  EXPECT_NE(GridWkt(*Parse(system)).find("GRS"), std::string::npos);
 }
 
 TEST(FrameSection, SaysWhatIsWrong) {
