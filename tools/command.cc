@@ -4,6 +4,7 @@
 #include "tools/completion_command.h"
 #include "tools/convert_command.h"
 #include "tools/declination_command.h"
+#include "tools/design_command.h"
 #include "tools/factors_command.h"
 #include "tools/geoid_command.h"
 #include "tools/help_command.h"
@@ -22,6 +23,7 @@ std::span<const Command> Commands() {
       {"convert", "Convert points between global and local coordinates", PrepareConvert},
       {"declination", "Magnetic declination and the other elements of the field",
        PrepareDeclination},
+      {"design", "A projection made for a terrain: grid distances as on the ground", PrepareDesign},
       {"factors", "Scale, convergence and Tissot's ellipse at points", PrepareFactors},
       {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
       {"help", "Say what a command takes", PrepareHelp},

@@ -20,6 +20,9 @@ constexpr const char* kPointDrivers[] = {"GeoJSON",    "GeoJSONSeq",   "GPKG", "
                                          "KML",        "XLSX",         "ODS",  nullptr};
 constexpr const char* kGridDrivers[] = {"GTiff", "GTX",  "BYN",   "ISG",  "NGSGEOID", "AAIGrid",
                                         "GSAG",  "GSBG", "GS7BG", "EHdr", "XYZ",      nullptr};
+constexpr const char* kHeightDrivers[] = {"GTiff",   "AAIGrid", "SRTMHGT", "DTED",
+                                          "USGSDEM", "EHdr",    "ENVI",    "GSAG",
+                                          "GSBG",    "GS7BG",   "XYZ",     nullptr};
 
 GDALDatasetUniquePtr Open(const std::string& path, unsigned int kind, const char* const* drivers,
                           const char* const* options = nullptr) {
@@ -71,6 +74,10 @@ GDALDatasetUniquePtr OpenPointFile(const std::string& path) {
 
 GDALDatasetUniquePtr OpenGridFile(const std::string& path) {
   return Open(path, GDAL_OF_RASTER, kGridDrivers);
+}
+
+GDALDatasetUniquePtr OpenHeightFile(const std::string& path) {
+  return Open(path, GDAL_OF_RASTER, kHeightDrivers);
 }
 
 }  // namespace geomath_files

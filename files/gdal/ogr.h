@@ -32,5 +32,7 @@ class GdalErrors {
 /// driver knows the file; throw UserError when it is not there or is none of the local files.
 GDALDatasetUniquePtr OpenPointFile(const std::string& path);
 GDALDatasetUniquePtr OpenGridFile(const std::string& path);
+/// The same for rasters of terrain.
+GDALDatasetUniquePtr OpenHeightFile(const std::string& path);
 
 }  // namespace geomath_files

@@ -84,9 +84,9 @@ std::vector<ParameterRow> ParameterRows(const Calibration& calibration) {
   return rows;
 }
 
-constexpr const char* kResidualHeader[] = {"point",     "use",       "res N",    "res E",
-                                           "res H",     "std N",     "std E",    "std H",
-                                           "without N", "without E", "without H"};
+const std::vector<std::string> kResidualHeader = {"point",     "use",       "res N",    "res E",
+                                                  "res H",     "std N",     "std E",    "std H",
+                                                  "without N", "without E", "without H"};
 
 std::vector<std::string> ResidualRow(const Calibration& calibration, std::size_t i) {
   const IdenticalPoint& p = calibration.Points()[i];
@@ -103,10 +103,10 @@ std::vector<std::string> ResidualRow(const Calibration& calibration, std::size_t
   return row;
 }
 
-constexpr const char* kParameterHeader[] = {"parameter", "value", "deviation"};
+const std::vector<std::string> kParameterHeader = {"parameter", "value", "deviation"};
 
-constexpr const char* kCoordinateHeader[] = {"point",   "lat",     "lon",    "h",      "local_n",
-                                             "local_e", "local_h", "grid N", "grid E", "H"};
+const std::vector<std::string> kCoordinateHeader = {
+    "point", "lat", "lon", "h", "local_n", "local_e", "local_h", "grid N", "grid E", "H"};
 
 std::vector<std::string> CoordinateRow(const Calibration& calibration, std::size_t i) {
   constexpr int kMetres = 4, kDegrees = 10;
@@ -179,22 +179,6 @@ std::vector<std::string> Estimates(const Calibration& calibration) {
   worst(check.WorstVertical(), "in height",
         LengthIn(std::abs(at(check.WorstVertical()).predictedH), in.height));
   return lines;
-}
-
-std::string Table(const char* id, std::span<const char* const> header,
-                  const std::vector<std::vector<std::string>>& rows) {
-  std::string table = fmt::format("<div class=\"wide\"><table id=\"{}\">\n", id);
-  if (!header.empty()) {
-    table += "<tr>";
-    for (const char* cell : header) table += fmt::format("<th>{}</th>", cell);
-    table += "</tr>\n";
-  }
-  for (const std::vector<std::string>& row : rows) {
-    table += "<tr>";
-    for (const std::string& cell : row) table += "<td>" + Escaped(cell) + "</td>";
-    table += "</tr>\n";
-  }
-  return table + "</table></div>\n";
 }
 
 // The largest of 1, 2, 5 times a power of ten that is not above `value`.
@@ -300,7 +284,7 @@ class Map {
   int count_ = 0;
 };
 
-constexpr const char* kReliabilityHeader[] = {
+const std::vector<std::string> kReliabilityHeader = {
     "point",    "checked N", "checked E", "checked H", "finds N",  "finds E", "finds H",
     "effect N", "effect E",  "effect H",  "misfit N",  "misfit E", "misfit H"};
 
@@ -349,20 +333,11 @@ std::string JudgementSection(const Calibration& calibration) {
                ReliabilityRows(calibration, *judgement.Adjusted()));
 }
 
-constexpr const char* kStyle =
-    "body{font:15px/1.5 sans-serif;margin:2em auto;max-width:60em;padding:0 1em;color:#222}"
-    "table{border-collapse:collapse;margin:1em 0}td,th{padding:.2em .7em;text-align:right;"
-    "border-bottom:1px solid #ddd}td:first-child,th:first-child{text-align:left}"
-    ".wide{overflow-x:auto}.warning{background:#fff3cd;border-left:4px solid #c90;padding:.5em 1em}"
-    "svg{max-width:100%;height:auto;background:#fafafa;border:1px solid #ddd}"
-    "svg text{font:12px sans-serif;fill:#333}circle{fill:#1a5fb4}circle.none{fill:#999}"
-    "circle.vertical{fill:#26a269}circle.rotation{fill:#c64600}"
-    ".residual{stroke:#c01c28;stroke-width:1.5;fill:none}.head{fill:#c01c28}"
-    ".verdict{background:#f8d7da;border-left:4px solid #c01c28;padding:.5em 1em;font-weight:bold}"
-    ".verdict.usable{background:#d8f0dd;border-color:#26a269}ellipse.sigma{fill:none;stroke:#"
-    "813d9c;"
-    "stroke-width:1.5}svg text.value{fill:#813d9c}"
-    ".bar{stroke:#333;fill:none}.bar.residual{stroke:#c01c28}";
+constexpr const char* kMapStyle =
+    "circle{fill:#1a5fb4}circle.none{fill:#999}circle.vertical{fill:#26a269}"
+    "circle.rotation{fill:#c64600}.residual{stroke:#c01c28;stroke-width:1.5;fill:none}"
+    ".head{fill:#c01c28}ellipse.sigma{fill:none;stroke:#813d9c;stroke-width:1.5}"
+    "svg text.value{fill:#813d9c}.bar{stroke:#333;fill:none}.bar.residual{stroke:#c01c28}";
 
 }  // namespace
 
@@ -396,12 +371,7 @@ std::string CalibrationText(const Calibration& calibration) {
 }
 
 std::string CalibrationPage(const Calibration& calibration, const CalibrationFiles& files) {
-  const std::string name = Escaped("Site calibration: " + FileNameOf(files.control));
-  std::string page = fmt::format(
-      "<!DOCTYPE html>\n<html lang=\"en\"><head><meta charset=\"utf-8\">\n<meta name=\"viewport\" "
-      "content=\"width=device-width\">\n<title>{0}</title>\n<style>{1}</style></head><body>\n"
-      "<h1>{0}</h1>\n",
-      name, kStyle);
+  std::string page = PageHead("Site calibration: " + FileNameOf(files.control), kMapStyle);
   for (const std::string& warning : calibration.Warnings())
     page += "<p class=\"warning\">" + Escaped(warning) + "</p>\n";
   page += JudgementSection(calibration) + "<h2>The calibration</h2>\n<ul>\n";
