@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "files/design/design_problem.h"
 #include "files/design/design_report.h"
 #include "files/design/designed_zone.h"
 #include "files/epsg/epsg_system.h"
@@ -80,32 +81,10 @@ GridBeside BesideOf(const std::string& code) {
   return {system->Name(), std::shared_ptr<const TGeoProj>(system, system->Projection())};
 }
 
-[[noreturn]] void Refuse(DesignStatus status, const DesignArguments& options) {
-  const std::string& file = options.ground.heights;
-  switch (status) {
-    case DesignStatus::noPoints:
-      throw UserError(file + ": no point has a height and a weight");
-    case DesignStatus::onePlace:
-      throw UserError(file + ": all heights are at one place; a zone needs an area");
-    case DesignStatus::atPole:
-      throw UserError(file +
-                      ": the area reaches a pole, where no zone of these families belongs; "
-                      "a polar stereographic projection does");
-    case DesignStatus::tooLarge:
-      throw UserError(file +
-                      ": the area is more than 2000 km across; no zone is right there. "
-                      "Choose a part with --area");
-    case DesignStatus::acrossDateLine:
-      throw UserError(file +
-                      ": the area lies across the date line, where only the families tm and "
-                      "lambert serve");
-    case DesignStatus::stopped:
-      throw UserError("interrupted; nothing is written");
-    case DesignStatus::badValue:
-      throw UserError(file + ": a latitude is beyond a pole, or a height or weight is none");
-    default:
-      throw UserError(file + ": no projection of these families serves all of the area");
-  }
+void RequireDone(DesignStatus status, const DesignArguments& options) {
+  if (status == DesignStatus::stopped) throw UserError("interrupted; nothing is written");
+  if (status != DesignStatus::done)
+    throw UserError(options.ground.heights + ": " + DesignProblem(status));
 }
 
 int Design(const DesignArguments& options) {
@@ -134,12 +113,12 @@ int Design(const DesignArguments& options) {
     return !Interrupted();
   };
   zone.design = DesignZone(ground.Points(), design);
-  if (zone.design.status != DesignStatus::done) Refuse(zone.design.status, options);
+  RequireDone(zone.design.status, options);
   const DistortionFigures figures(DistortionsOf(*zone.Zone().Projection(ground.ellipsoid), ground),
                                   ground.weight);
   if (!zone.Meets(figures)) {
     zone.split = SplitZones(ground.Points(), design, *zone.limit);
-    if (zone.split->status != DesignStatus::done) Refuse(zone.split->status, options);
+    RequireDone(zone.split->status, options);
   }
 
   std::vector<NamedText> files;

@@ -37,12 +37,7 @@ std::string CriterionInWords(const DesignCriterion& criterion) {
   }
 }
 
-// A row of figures: the same of the zone and of every grid beside it.
-struct FigureRow {
-  std::string name;
-  std::vector<std::string> values;
-};
-
+// The same figures of the zone and of every grid beside it.
 struct FigureTable {
   std::vector<std::string> header = {"ppm"};
   std::vector<std::vector<std::string>> rows;
@@ -93,7 +88,9 @@ bool AxisIsOutside(const DesignedZone& zone) {
   };
   const ZoneDefinition& z = zone.Zone();
   const Ground& ground = *zone.ground;
-  const bool lon = outside(ground.l, z.lon0), lat = outside(ground.b, z.lat0);
+  const double near = ground.l.front();
+  const bool lon = outside(ground.l, near + std::remainder(z.lon0 - near, kTwoPi));
+  const bool lat = outside(ground.b, z.lat0);
   switch (z.family) {
     case ZoneFamily::transverseMercator:
       return lon;
@@ -102,6 +99,21 @@ bool AxisIsOutside(const DesignedZone& zone) {
     default:
       return lon || lat;
   }
+}
+
+// A transverse Mercator or Lambert zone that is nearly as good as an oblique one.
+const FamilyDesign* SimplerFamily(const DesignedZone& zone) {
+  constexpr double kNearly = 1.05;
+  const auto isSimple = [](const FamilyDesign& family) {
+    return family.rounded.family == ZoneFamily::transverseMercator ||
+           family.rounded.family == ZoneFamily::lambert;
+  };
+  const std::vector<FamilyDesign>& families = zone.design.families;
+  if (isSimple(families.front())) return nullptr;
+  const auto simple = std::find_if(families.begin(), families.end(), isSimple);
+  if (simple == families.end() || simple->roundedValue > kNearly * families.front().roundedValue)
+    return nullptr;
+  return &*simple;
 }
 
 std::string SplitInWords(const DesignedZone& zone) {
@@ -142,12 +154,11 @@ std::string SplitSection(const DesignedZone& zone) {
   std::vector<std::vector<std::string>> rows;
   for (std::size_t i = 0; i < zone.split->zones.size(); ++i) {
     const SplitZone& part = zone.split->zones[i];
-    rows.push_back({std::to_string(i + 1), ZoneInWords(part.zone), Ppm(part.value),
+    rows.push_back({fmt::format("{}. {}", i + 1, ZoneInWords(part.zone)), Ppm(part.value),
                     std::to_string(part.points.size())});
   }
   return "<h2>Zones that would meet the limit</h2>\n" +
-         Table("zones", std::vector<std::string>{"zone", "definition", "within, ppm", "points"},
-               rows);
+         Table("zones", std::vector<std::string>{"zone", "within, ppm", "points"}, rows);
 }
 
 constexpr const char* kMapStyle =
@@ -158,7 +169,7 @@ constexpr const char* kMapStyle =
 
 GridBeside UtmBeside(const Ground& ground) {
   const auto [west, east] = std::minmax_element(ground.l.begin(), ground.l.end());
-  const double middle = (*west + *east) / 2 * kDegPerRad;
+  const double middle = std::remainder((*west + *east) / 2, kTwoPi) * kDegPerRad;
   const int zone = std::clamp(static_cast<int>(std::floor((middle + 180) / 6)), 0, 59) + 1;
   const bool south = ground.b.front() < 0;
   return {fmt::format("UTM {}{}", zone, south ? "S" : "N"),
@@ -188,6 +199,12 @@ std::vector<std::string> DesignWarnings(const DesignedZone& zone) {
     warnings.push_back(
         "The axis lies outside of the ground, which slopes: whoever checks the zone "
         "should know that this is meant.");
+  if (const FamilyDesign* simple = SimplerFamily(zone))
+    warnings.push_back(
+        fmt::format("A {} zone, which is simpler, is only {} ppm worse ({} instead of {}).",
+                    FamilyName(simple->rounded.family),
+                    Ppm(simple->roundedValue - zone.design.families.front().roundedValue),
+                    Ppm(simple->roundedValue), Ppm(zone.design.families.front().roundedValue)));
   warnings.insert(warnings.end(), zone.ground->notes.begin(), zone.ground->notes.end());
   return warnings;
 }

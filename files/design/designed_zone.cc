@@ -62,11 +62,12 @@ nlohmann::ordered_json AreaSection(const Ground& ground) {
   const auto out = [](double radians, double (*round)(double)) {
     return round(radians * kDegPerRad * 100) / 100;
   };
+  const auto longitude = [](double degrees) { return std::remainder(degrees, 360); };
   double (*const down)(double) = std::floor;
   double (*const up)(double) = std::ceil;
-  return {{"west", out(*west, down)},
+  return {{"west", longitude(out(*west, down))},
           {"south", out(*south, down)},
-          {"east", out(*east, up)},
+          {"east", longitude(out(*east, up))},
           {"north", out(*north, up)}};
 }
 

@@ -242,7 +242,9 @@ class GroundReader {
   void Add(double latitude, double longitude, double height, double weight) {
     if (!region_->Holds(longitude, latitude)) return;
     ground_.b.push_back(latitude * kRadPerDeg);
-    ground_.l.push_back(longitude * kRadPerDeg);
+    // Within half a turn of each other, across the date line too.
+    const double l = longitude * kRadPerDeg, first = ground_.l.empty() ? l : ground_.l.front();
+    ground_.l.push_back(first + std::remainder(l - first, kTwoPi));
     ground_.h.push_back(height);
     ground_.weight.push_back(weight);
   }

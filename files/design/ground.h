@@ -24,9 +24,10 @@ struct GroundChoice {
 struct Ground {
   zel_cs::geomath::Ellipsoid ellipsoid;  ///< of the positions
   std::string crs;                       ///< their system: an EPSG code or WKT
-  std::vector<double> b, l, h, weight;   ///< radians and metres above the ellipsoid
-  std::vector<std::string> notes;        ///< what the user should know
-  std::vector<std::string> files;        ///< that were read
+  std::vector<double> b, l, h,
+      weight;  ///< radians and metres above the ellipsoid; longitudes within half a turn of each other
+  std::vector<std::string> notes;  ///< what the user should know
+  std::vector<std::string> files;  ///< that were read
 
   /// All of them for a design.
   zel_cs::geomath::HeightPoints Points() const { return {b, l, h, weight}; }

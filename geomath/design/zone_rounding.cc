@@ -65,8 +65,8 @@ double FalseCoordinate(const Extent& extent, const std::vector<Extent>& others) 
   for (double shift = least; extent.high + shift < kMostFalse; shift += kFalseStep)
     if (std::none_of(others.begin(), others.end(),
                      [&](const Extent& other) { return extent.Overlaps(other, shift); }))
-      return shift;
-  return least;
+      return shift + 0.0;  // no zero with a sign
+  return least + 0.0;
 }
 
 }  // namespace

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 #include <numeric>
 #include <optional>
@@ -82,7 +81,7 @@ class StripSearch {
     return starts;
   }
 
-  // The best rounded zone of some points.
+  // The rounded zone of some points: of the first family that is good enough, else the best.
   ZoneFit Design(const GroundPoints& points, double enough) {
     ZoneFit best{{}, kInfinite};
     for (const ZoneFamily family : families_) {
@@ -183,18 +182,18 @@ ZoneSplit SplitZones(const HeightPoints& points, const DesignOptions& asked, dou
   if (options.criterion.measure != DesignMeasure::percentile)
     options.criterion.measure = DesignMeasure::largest;
   DesignPoints examined = ExaminePoints(points, options);
-  const std::vector<ZoneFamily> families = FamiliesFor(examined, options);
+  std::vector<ZoneFamily> families = FamiliesFor(examined, options);
   split.status = examined.status;
   if (split.status == DesignStatus::done && !(limit > 0 && most > 0))
     split.status = DesignStatus::badValue;
   if (split.status != DesignStatus::done) return split;
 
-  // Those of one unknown are sought a hundred times as fast.
-  std::vector<ZoneFamily> quick;
-  std::copy_if(families.begin(), families.end(), std::back_inserter(quick), [](ZoneFamily family) {
+  // Those of one unknown are the simplest, and sought a hundred times as fast.
+  const auto rest = std::stable_partition(families.begin(), families.end(), [](ZoneFamily family) {
     return family == ZoneFamily::transverseMercator || family == ZoneFamily::lambert;
   });
-  if (quick.empty()) quick = families;
+  const std::vector<ZoneFamily> quick(families.begin(),
+                                      rest == families.begin() ? families.end() : rest);
 
   const GroundPoints& ground = examined.ground;
   const GroundFrame frame(ground);
@@ -213,7 +212,7 @@ ZoneSplit SplitZones(const HeightPoints& points, const DesignOptions& asked, dou
     if (!cuts.starts.empty())
       for (const Indices& strip : Strips(ground, search, cuts.starts)) {
         const GroundPoints own = ground.Subset(strip);
-        ZoneFit fit = search.Design(own, 0);
+        ZoneFit fit = search.Design(own, limit);
         SetFalseOrigin(own, options, fit.zone);
         fit.zone.lon0 = std::remainder(fit.zone.lon0, kTwoPi);
         worst = std::max(worst, fit.value);

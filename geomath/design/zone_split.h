@@ -28,8 +28,8 @@ struct ZoneSplit {
 /// meet a limit: the largest |δ| of each, or the percentile where that is the criterion, is at most
 /// `limit` in a rounded zone. Strips are as long as the limit lets them be and then made equally good; a
 /// longer one never fits better, so that no fewer would do in that direction. They are sought with the
-/// transverse Mercator and Lambert zones among the families asked for, if any; the zones given are the
-/// best of all families. The same answer every time; options and failures as of DesignZone.
+/// transverse Mercator and Lambert zones among the families asked for, if any; a zone is of
+/// the first of them that meets the limit. The same answer every time; options and failures as of DesignZone.
 GEOMATH_API ZoneSplit SplitZones(const HeightPoints& points, const DesignOptions& options,
                                  double limit, int most = 40);
 
