@@ -2,7 +2,6 @@
 
 #include <cmath>
 #include <memory>
-#include <mutex>
 #include <new>
 
 #include "geomath/magnetic/coefficient_file.h"
@@ -31,8 +30,6 @@ constexpr const char* kNoMemoryText = "\nError allocating in WMM_AllocateModelMe
 
 constexpr int kLastYear = 2015;  // of the built-in model
 
-std::mutex initialization;
-
 void Log(int line, const char* text = "") { zel_logging::zel_err_log(kLogFile, line, text); }
 
 double YearOf(const SYSTEMTIME& date) {
@@ -48,17 +45,18 @@ zel_vector<zel_vector<double>> TMagneticDeclination::defaultMagModel_;
 bool TMagneticDeclination::defaultMagModelInitialized_ = false;
 
 TMagneticDeclination::TMagneticDeclination(const char* path) : path_(path) {
-  const std::lock_guard lock(initialization);
-  if (!defaultMagModelInitialized_) initDefaultMagneticModelVector();
+  initDefaultMagneticModelVector();
 }
 
 void TMagneticDeclination::initDefaultMagneticModelVector() {
   try {
-    zel_vector<zel_vector<double>> rows;
-    for (const GaussTerm& t : Wmm2010Terms())
-      rows.push_back({double(t.n), double(t.m), t.g, t.h, t.gDot, t.hDot});
-    defaultMagModel_ = std::move(rows);
-    defaultMagModelInitialized_ = true;
+    [[maybe_unused]] static const bool once = [] {
+      zel_vector<zel_vector<double>> rows;
+      for (const GaussTerm& t : Wmm2010Terms())
+        rows.push_back({double(t.n), double(t.m), t.g, t.h, t.gDot, t.hDot});
+      defaultMagModel_ = std::move(rows);
+      return defaultMagModelInitialized_ = true;
+    }();
   } catch (const std::bad_alloc&) {
     // The table stays empty and the next object tries again.
   }

@@ -2,9 +2,8 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <filesystem>
-#include <fstream>
-#include <system_error>
+
+#include "geomath/platform/file_text.h"
 
 namespace zel_cs::geomath::magnetic {
 namespace {
@@ -48,18 +47,16 @@ std::string_view Fields::Next() {
 bool Fields::AtEnd() const { return Trimmed(rest_).empty(); }
 
 std::string TextOfFile(const char* path) {
-  namespace fs = std::filesystem;
-  std::error_code error;
-  if (!path || !fs::is_regular_file(path, error)) throw CoefficientFault{0, "is no file"};
-  const std::uintmax_t size = fs::file_size(path, error);
-  if (error || size > kMostBytes) throw CoefficientFault{0, "is too large for a magnetic model"};
-
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw CoefficientFault{0, "cannot be read"};
-  std::string text(static_cast<std::size_t>(size), '\0');
-  file.read(text.data(), static_cast<std::streamsize>(text.size()));
-  text.resize(static_cast<std::size_t>(file.gcount()));
-  return text;
+  FileFault fault;
+  if (auto text = geomath::TextOfFile(path, kMostBytes, fault)) return *std::move(text);
+  switch (fault.kind) {
+    case FileFault::noFile:
+      throw CoefficientFault{0, "is no file"};
+    case FileFault::tooLarge:
+      throw CoefficientFault{0, "is too large for a magnetic model"};
+    default:
+      throw CoefficientFault{0, "cannot be read"};
+  }
 }
 
 }  // namespace zel_cs::geomath::magnetic

@@ -6,15 +6,14 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
-#include <filesystem>
-#include <fstream>
+#include <limits>
 #include <optional>
 #include <string_view>
-#include <system_error>
 #include <utility>
 #include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/platform/file_text.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -223,19 +222,19 @@ class Reader {
   std::vector<SubGrid> grids_;
 };
 
-std::vector<std::byte> ReadBytes(const char* path) {
-  std::error_code code;
-  const bool regular = path && std::filesystem::is_regular_file(path, code);
-  if (!regular)
-    Fail(Ntv2Fault::unreadable, 0, code ? code.message() : std::string("is not a regular file"));
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
-  const std::streamoff size = file.tellg();
-  if (size < 0) Fail(Ntv2Fault::unreadable, 0, "cannot be opened");
-  std::vector<std::byte> bytes(static_cast<std::size_t>(size));
-  file.seekg(0);
-  if (!file.read(reinterpret_cast<char*>(bytes.data()), size))
-    Fail(Ntv2Fault::unreadable, 0, "cannot be read");
-  return bytes;
+std::string ReadBytes(const char* path) {
+  FileFault fault;
+  if (auto text = TextOfFile(path, std::numeric_limits<std::uintmax_t>::max(), fault))
+    return *std::move(text);
+  switch (fault.kind) {
+    case FileFault::notOpened:
+      Fail(Ntv2Fault::unreadable, 0, "cannot be opened");
+    case FileFault::notRead:
+      Fail(Ntv2Fault::unreadable, 0, "cannot be read");
+    default:
+      Fail(Ntv2Fault::unreadable, 0,
+           fault.system.empty() ? "is not a regular file" : std::move(fault.system));
+  }
 }
 
 /// Runs `read`, which gives a grid, and turns what it throws into an error.
@@ -267,7 +266,10 @@ std::unique_ptr<ShiftGrid> Parse(std::span<const std::byte> file, Ntv2Overview* 
 
 std::unique_ptr<ShiftGrid> ReadNtv2File(const char* path, Ntv2Error* error,
                                         Ntv2Overview* overview) noexcept {
-  return Guarded(error, [&] { return Parse(ReadBytes(path), overview); });
+  return Guarded(error, [&] {
+    const std::string bytes = ReadBytes(path);
+    return Parse(std::as_bytes(std::span(bytes)), overview);
+  });
 }
 
 std::unique_ptr<ShiftGrid> ParseNtv2(std::span<const std::byte> file, Ntv2Error* error,

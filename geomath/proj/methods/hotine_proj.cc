@@ -5,6 +5,7 @@
 #include "geomath/proj/methods/formulas/hotine_grid.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
 
