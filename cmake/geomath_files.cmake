@@ -18,8 +18,8 @@ function(geomath_make_files_library target name)
     VISIBILITY_INLINES_HIDDEN ON
     WINDOWS_EXPORT_ALL_SYMBOLS ON
     VERSION ${PROJECT_VERSION}
-    SOVERSION ${PROJECT_VERSION_MAJOR}
-    INSTALL_RPATH $ORIGIN)
+    SOVERSION ${GEOMATH_SOVERSION}
+    INSTALL_RPATH ${GEOMATH_ORIGIN})
   if(BUILD_SHARED_LIBS AND UNIX AND NOT APPLE)
     set(symbols ${PROJECT_SOURCE_DIR}/cmake/geomath_files.map)
     target_link_options(${target} PRIVATE LINKER:--version-script=${symbols})
@@ -31,7 +31,7 @@ endfunction()
 function(geomath_install_files_headers)
   foreach(header IN LISTS ARGN)
     get_filename_component(room ${header} DIRECTORY)
-    install(FILES ${header} DESTINATION ${GEOMATH_FILES_INCLUDEDIR}/files/${room}
+    geomath_install(FILES ${header} DESTINATION ${GEOMATH_FILES_INCLUDEDIR}/files/${room}
       COMPONENT development)
   endforeach()
 endfunction()

@@ -29,9 +29,10 @@ struct CoefficientFault {
 /// that is not whole and of numbers, a term that is missing or given twice, a COF file without its
 /// line of nines, an SHDF file that does not reach its highest degree.
 ///
-/// Null when there is nothing to use: the file is damaged; the path is null, not a regular file,
-/// cannot be opened or is larger than 4 MiB; the epoch is no number; a degree is above
-/// kMaxMagneticDegree; there is no memory. `fault`, unless null, then says why. Writes no message.
+/// The path is UTF-8 on Windows, bytes elsewhere. Null when there is nothing to use: the file is
+/// damaged; the path is null, not a regular file, cannot be opened or is larger than 4 MiB; the epoch is
+/// no number; a degree is above kMaxMagneticDegree; there is no memory. `fault`, unless null, then says
+/// why. Writes no message.
 GEOMATH_API std::unique_ptr<WMMtype_MagneticModel> ReadCoefficientFile(
     const char* path, CoefficientFault* fault = nullptr) noexcept;
 

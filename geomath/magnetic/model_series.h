@@ -15,7 +15,7 @@ namespace zel_cs::geomath {
 /// of the epochs; then lines "n m" with g (m from 0) or h (m below 0) of each epoch, nT, every term
 /// once.
 ///
-/// Empty when there is nothing to use; `fault`, unless null, then says why.
+/// The path is as that of ReadCoefficientFile. Empty when there is nothing to use; `fault`, unless null, then says why.
 GEOMATH_API MagneticModelSeries ReadModelSeries(const char* path,
                                                 CoefficientFault* fault = nullptr) noexcept;
 

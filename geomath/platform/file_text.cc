@@ -5,6 +5,18 @@
 #include <system_error>
 
 namespace zel_cs::geomath {
+namespace {
+
+// Windows would take a narrow path in the code page of the user; elsewhere its bytes stand as they are.
+std::filesystem::path PathOf(const char* path) {
+#if defined(_WIN32)
+  return reinterpret_cast<const char8_t*>(path);
+#else
+  return path;
+#endif
+}
+
+}  // namespace
 
 std::optional<std::string> TextOfFile(const char* path, std::uintmax_t most, FileFault& fault) {
   const auto fails = [&fault](FileFault::Kind kind, const std::error_code& code = {}) {
@@ -12,8 +24,9 @@ std::optional<std::string> TextOfFile(const char* path, std::uintmax_t most, Fil
     return std::nullopt;
   };
   std::error_code code;
-  if (!path || !std::filesystem::is_regular_file(path, code)) return fails(FileFault::noFile, code);
-  std::ifstream file(path, std::ios::binary | std::ios::ate);
+  if (!path || !std::filesystem::is_regular_file(PathOf(path), code))
+    return fails(FileFault::noFile, code);
+  std::ifstream file(PathOf(path), std::ios::binary | std::ios::ate);
   const std::streamoff size = file.tellg();
   if (size < 0) return fails(FileFault::notOpened);
   if (static_cast<std::uintmax_t>(size) > most) return fails(FileFault::tooLarge);

@@ -44,8 +44,9 @@ struct Ntv2Overview {
 /// from the limits and increments, whatever GS_COUNT says; the record END may be missing, and
 /// anything may follow it. Node accuracies are kept as stated, in the unit that the publisher chose.
 ///
-/// Null on a fault, which `error`, when given, describes; nothing outside the file is read, and no
-/// more memory taken than its size accounts for. `overview`, when given, is filled on success.
+/// The path is UTF-8 on Windows, bytes elsewhere. Null on a fault, which `error`, when given, describes;
+/// nothing outside the file is read, and no more memory taken than its size accounts for. `overview`,
+/// when given, is filled on success.
 GEOMATH_API std::unique_ptr<ShiftGrid> ReadNtv2File(const char* path, Ntv2Error* error = nullptr,
                                                     Ntv2Overview* overview = nullptr) noexcept;
 
