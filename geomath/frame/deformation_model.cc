@@ -283,10 +283,9 @@ void DeformationModel::ForwardAt(double* const (&point)[3], const double* dates,
 void DeformationModel::InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                                  ShiftStatus* status) const {
   constexpr double kLastChange[] = {kLastAngle, kLastAngle, kLastHeight};
-  SearchBack(point, count, status, kLastChange,
-             [&](double* const(&columns)[3], ShiftStatus* became) {
-               ForwardAt(columns, dates, count, became);
-             });
+  SearchBack(point, dates, count, status, kLastChange,
+             [this](double* const(&columns)[3], const double* at, std::size_t open,
+                    ShiftStatus* became) { ForwardAt(columns, at, open, became); });
 }
 
 }  // namespace zel_cs::geomath
