@@ -1,20 +1,23 @@
 #include "geomath/geoid/reg_geoid_2x2_sw.h"
 
 #include "geomath/geoid/grid/bilinear.h"
-#include "geomath/geoid/grid/grid_query.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
+namespace {
+
+using Ruled = RuledGeoid<BilinearSouth>;
+
+}  // namespace
 
 int RegGeoid2x2SW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
                           double& height) const {
-  height = HeightAt(BilinearSouth{{data_.grid, NY, NX}}, GridNodes(data, rowStride, NX, NY), point,
-                    height);
+  height = Ruled(data_.grid, data, rowStride, NY, NX).HeightAt(point, height);
   return 0;
 }
 
 bool RegGeoid2x2SW::RunColumns(GridQuery& query) const {
-  return RunByKernel(*this, BilinearSouth{{data_.grid, data_.NY, data_.NX}},
-                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY), query);
+  return Ruled(data_, rowStride_).Run(*this, query);
 }
 
 }  // namespace zel_cs::geomath

@@ -1,12 +1,14 @@
 #include "geomath/geoid/reg_geoid_95_interpalation3.h"
 
 #include "geomath/geoid/grid/biquadratic.h"
-#include "geomath/geoid/grid/grid_query.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 constexpr int kRowHeader = 4;  // bytes
+
+using Ruled = RuledGeoid<Biquadratic, RowLayout{.header = kRowHeader}>;
 
 }  // namespace
 
@@ -29,15 +31,12 @@ void RegGeoid95Interpalation3::InitData() {
 
 int RegGeoid95Interpalation3::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
                                      double* point, double& height) const {
-  height = HeightAt(Biquadratic{{data_.grid, NY, NX}},
-                    GridNodes(data, rowStride, NX, NY, {.header = kRowHeader}), point, height);
+  height = Ruled(data_.grid, data, rowStride, NY, NX).HeightAt(point, height);
   return 0;
 }
 
 bool RegGeoid95Interpalation3::RunColumns(GridQuery& query) const {
-  return RunByKernel(*this, Biquadratic{{data_.grid, data_.NY, data_.NX}},
-                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY, {.header = kRowHeader}),
-                     query);
+  return Ruled(data_, rowStride_).Run(*this, query);
 }
 
 }  // namespace zel_cs::geomath

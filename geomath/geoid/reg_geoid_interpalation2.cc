@@ -12,10 +12,7 @@ int RegGeoidInterpalation2::INTRP3(const void* data, int, TGridRgn&, int NY, int
                                   49 * kRadPerDeg, 400000, -100000);
   static constexpr int kRowLength = 701;
   const KilometreGrid grid{&projection, kRowLength, 0, 0};
-  height = kNoHeight;
-  const std::int64_t count = NX > 0 && NY > 0 ? std::int64_t{NX} * NY : 0;
-  const KilometreResult result = Interpolate(grid, data, count, point, height);
-  return result == KilometreResult::projectionFailed ? 1 : 0;
+  return Interpolate(grid, data, NX, NY, point, height);
 }
 
 }  // namespace zel_cs::geomath

@@ -1,21 +1,23 @@
 #include "geomath/geoid/reg_geoid_interpalation4.h"
 
 #include "geomath/geoid/grid/cubic.h"
-#include "geomath/geoid/grid/grid_query.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
+namespace {
 
-int RegGeoidInterpalation4::INTRP3(const void* data, int, TGridRgn&, int NY, int NX, double* point,
-                                   double& height) const {
-  height = HeightAt(ConvolutionByNearest{{data_.grid, NY, NX}},
-                    GridNodes(data, RowStride(0, NX, sizeof(float)), NX, NY), point, height);
+using Ruled = RuledGeoid<ConvolutionByNearest, RowLayout{.packed = true}>;
+
+}  // namespace
+
+int RegGeoidInterpalation4::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
+                                   double* point, double& height) const {
+  height = Ruled(data_.grid, data, rowStride, NY, NX).HeightAt(point, height);
   return 0;
 }
 
 bool RegGeoidInterpalation4::RunColumns(GridQuery& query) const {
-  return RunByKernel(
-      *this, ConvolutionByNearest{{data_.grid, data_.NY, data_.NX}},
-      GridNodes(data_.data, RowStride(0, data_.NX, sizeof(float)), data_.NX, data_.NY), query);
+  return Ruled(data_, rowStride_).Run(*this, query);
 }
 
 }  // namespace zel_cs::geomath

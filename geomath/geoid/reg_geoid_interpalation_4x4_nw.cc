@@ -3,14 +3,16 @@
 #include <cstdint>
 
 #include "geomath/geoid/grid/cubic.h"
-#include "geomath/geoid/grid/grid_query.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
 namespace {
 
+using Ruled = RuledGeoid<ConvolutionNorth, RowLayout{.packed = true}>;
+
 /// The height from integers, in metres when multiplied with `scale`.
-double HeightFromIntegers(const ConvolutionNorth& rule, const GridNodes& nodes, double scale,
-                          const double* point) {
+double HeightFromIntegers(const Ruled& ruled, double scale, const double* point) {
+  const auto& [rule, nodes] = ruled;
   const Stencil at = rule.Place(point[0], point[1]);
   if (!at.inside || !nodes.HoldStencils<std::int32_t, 4>()) return kNoHeight;
   std::int32_t stored[4][4];
@@ -23,19 +25,16 @@ double HeightFromIntegers(const ConvolutionNorth& rule, const GridNodes& nodes, 
 
 }  // namespace
 
-int RegGeoidInterpalation4x4NW::INTRP3(const void* data, int, TGridRgn&, int NY, int NX,
+int RegGeoidInterpalation4x4NW::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
                                        double* point, double& height) const {
-  const ConvolutionNorth rule{{data_.grid, NY, NX}};
-  const GridNodes nodes(data, RowStride(0, NX, sizeof(float)), NX, NY);
-  height = data_.scale == 1.0 ? HeightAt(rule, nodes, point, height)
-                              : HeightFromIntegers(rule, nodes, data_.scale, point);
+  const Ruled ruled(data_.grid, data, rowStride, NY, NX);
+  height = data_.scale == 1.0 ? ruled.HeightAt(point, height)
+                              : HeightFromIntegers(ruled, data_.scale, point);
   return 0;
 }
 
 bool RegGeoidInterpalation4x4NW::RunColumns(GridQuery& query) const {
-  const GridNodes nodes(data_.data, RowStride(0, data_.NX, sizeof(float)), data_.NX, data_.NY);
-  return data_.scale == 1.0 &&
-         RunByKernel(*this, ConvolutionNorth{{data_.grid, data_.NY, data_.NX}}, nodes, query);
+  return data_.scale == 1.0 && Ruled(data_, rowStride_).Run(*this, query);
 }
 
 }  // namespace zel_cs::geomath

@@ -91,7 +91,7 @@ bool RegGeoidInterpalation_GG2008SW::BILIN_INTRP(int window, double lat, double 
   }
   if (i < 0 || i >= NY + window || j < 0 || j >= NX + window) return false;
 
-  const GridNodes nodes(source.data, RowStride(0, source.NX, sizeof(float)), source.NX, source.NY);
+  const GridNodes nodes(source.data, source.rowStride, source.NX, source.NY, {.packed = true});
   SplineRow acrossRows;
   for (std::size_t r = 0; r < kSplineNodes; ++r) {
     NodeIndex row = i - kBefore + static_cast<NodeIndex>(r);

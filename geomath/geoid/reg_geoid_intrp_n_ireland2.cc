@@ -12,10 +12,7 @@ int RegGeoidIntrpNIreland2::INTRP3(const void* data, int, TGridRgn&, int NY, int
                                   53.5 * kRadPerDeg, 600000, 750000);
   static constexpr int kRowLength = 251;
   const KilometreGrid grid{&projection, kRowLength, 550, 800};
-  height = kNoHeight;
-  const std::int64_t count = NX > 0 && NY > 0 ? std::int64_t{NX} * NY : 0;
-  const KilometreResult result = Interpolate(grid, data, count, point, height);
-  return result == KilometreResult::projectionFailed ? 1 : 0;
+  return Interpolate(grid, data, NX, NY, point, height);
 }
 
 }  // namespace zel_cs::geomath

@@ -27,7 +27,7 @@ double VariogramOfNeighbours(const std::array<double, OrdinaryKriging::kNodes>& 
 }  // namespace
 
 /// The nodes that a point is estimated from, and its position among them in steps.
-struct RegGeoidKrigingIntrp::Stencil {
+struct RegGeoidKrigingIntrp::NodesAround {
   std::array<double, OrdinaryKriging::kNodes> z;
   double x, y;
 };
@@ -52,8 +52,8 @@ RegGeoidKrigingIntrp& RegGeoidKrigingIntrp::operator=(const RegGeoidKrigingIntrp
 
 RegGeoidKrigingIntrp::~RegGeoidKrigingIntrp() = default;
 
-bool RegGeoidKrigingIntrp::StencilAt(double lat, double lon, const void* data, int rowStride,
-                                     int NY, int NX, Stencil& stencil) const {
+bool RegGeoidKrigingIntrp::FindNodes(double lat, double lon, const void* data, int rowStride,
+                                     int NY, int NX, NodesAround& around) const {
   const TGridRgn& grid = data_.grid;
   const double x = (lat - grid.B0) / grid.latStep, y = (lon - grid.L0) / grid.lonStep;
   const AxisCell row = CellOf(x, NY), column = CellOf(y, NX);
@@ -66,36 +66,36 @@ bool RegGeoidKrigingIntrp::StencilAt(double lat, double lon, const void* data, i
     const auto node = nodes.Read<float>(firstRow + static_cast<NodeIndex>(p / 4),
                                         firstColumn + static_cast<NodeIndex>(p % 4));
     if (!node || *node == static_cast<float>(kNoHeight)) return false;
-    stencil.z[p] = *node;
+    around.z[p] = *node;
   }
-  stencil.x = x - static_cast<double>(firstRow);
-  stencil.y = y - static_cast<double>(firstColumn);
+  around.x = x - static_cast<double>(firstRow);
+  around.y = y - static_cast<double>(firstColumn);
   return true;
 }
 
 int RegGeoidKrigingIntrp::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
                                  double* point, double& height) const {
   height = kNoHeight;
-  Stencil stencil;
-  if (!StencilAt(point[0], point[1], data, rowStride, NY, NX, stencil)) return 0;
-  const auto estimate = kriging_->At(stencil.x, stencil.y);
+  NodesAround around;
+  if (!FindNodes(point[0], point[1], data, rowStride, NY, NX, around)) return 0;
+  const auto estimate = kriging_->At(around.x, around.y);
   height = 0;
   for (std::size_t p = 0; p < OrdinaryKriging::kNodes; ++p)
-    height += estimate.weights[p] * stencil.z[p];
+    height += estimate.weights[p] * around.z[p];
   return 0;
 }
 
 bool RegGeoidKrigingIntrp::Variogram(double lat, double lon, KrigingVariogram& variogram) const {
-  Stencil stencil;
-  if (!StencilAt(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, stencil)) return false;
-  variogram = {VariogramOfNeighbours(stencil.z), kExponent};
+  NodesAround around;
+  if (!FindNodes(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, around)) return false;
+  variogram = {VariogramOfNeighbours(around.z), kExponent};
   return true;
 }
 
 bool RegGeoidKrigingIntrp::EstimationVariance(double lat, double lon, double& variance) const {
-  Stencil stencil;
-  if (!StencilAt(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, stencil)) return false;
-  variance = VariogramOfNeighbours(stencil.z) * kriging_->At(stencil.x, stencil.y).unitVariance;
+  NodesAround around;
+  if (!FindNodes(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, around)) return false;
+  variance = VariogramOfNeighbours(around.z) * kriging_->At(around.x, around.y).unitVariance;
   return true;
 }
 

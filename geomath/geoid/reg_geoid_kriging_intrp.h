@@ -42,9 +42,9 @@ class GEOMATH_API RegGeoidKrigingIntrp : public RegionalGeoid {
   bool EstimationVariance(double lat, double lon, double& variance) const;
 
  private:
-  struct Stencil;
-  bool StencilAt(double lat, double lon, const void* data, int rowStride, int NY, int NX,
-                 Stencil& stencil) const;
+  struct NodesAround;
+  bool FindNodes(double lat, double lon, const void* data, int rowStride, int NY, int NX,
+                 NodesAround& around) const;
 
   std::unique_ptr<const OrdinaryKriging> kriging_;
 };

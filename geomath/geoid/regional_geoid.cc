@@ -8,7 +8,7 @@
 #include "geomath/geoid/grid/biquadratic.h"
 #include "geomath/geoid/grid/grid_location.h"
 #include "geomath/geoid/grid/grid_nodes.h"
-#include "geomath/geoid/grid/grid_query.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -91,6 +91,8 @@ NodeIndex TurnedColumn(NodeIndex column, NodeIndex columns, double lonStep) {
   return column;
 }
 
+using Ruled = RuledGeoid<Biquadratic>;
+
 }  // namespace
 
 RegionalGeoid::RegionalGeoid(const RegionalGeoidData& data) : data_(data) {
@@ -125,14 +127,12 @@ TRectRgn RegionalGeoid::GetRegion(bool cellEdges) const {
 
 int RegionalGeoid::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX, double* point,
                           double& height) const {
-  height = HeightAt(Biquadratic{{data_.grid, NY, NX}}, GridNodes(data, rowStride, NX, NY), point,
-                    height);
+  height = Ruled(data_.grid, data, rowStride, NY, NX).HeightAt(point, height);
   return 0;
 }
 
 bool RegionalGeoid::RunColumns(GridQuery& query) const {
-  return RunByKernel(*this, Biquadratic{{data_.grid, data_.NY, data_.NX}},
-                     GridNodes(data_.data, rowStride_, data_.NX, data_.NY), query);
+  return Ruled(data_, rowStride_).Run(*this, query);
 }
 
 long RegionalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* heights,

@@ -167,16 +167,25 @@ double KrigingRule(const Surface& z, double x, double y) { return KrigingAt(z, x
 enum class Hole { none, marked, above };
 enum class Edge { extrapolates, noHeight };
 
-struct Scheme {
-  const char* name;
-  std::unique_ptr<RegionalGeoid> (*make)(const RegionalGeoidData&);
+struct Method {
   Rule rule;
   int degree;       // of the polynomials, in each axis, that the rule reproduces
   bool continuous;  // across cells
   double metres;    // agreement with the rule
-  Hole hole;
-  double holeValue;  // metres
+};
+struct Edges {
   Edge south, north, west, east;
+};
+
+struct Scheme {
+  const char* name;
+  std::unique_ptr<RegionalGeoid> (*make)(const RegionalGeoidData&);
+  Method method;
+  struct {
+    Hole kind;
+    double metres;  // a node that is one
+  } hole;
+  Edges edges;
   int margin;  // cells along the edges that follow another rule or have none
   Storage storage = {};
   double scale = 1;  // of the record
@@ -192,198 +201,104 @@ std::unique_ptr<RegionalGeoid> Make(const RegionalGeoidData& data) {
 constexpr double kDouble = 1e-8, kSingle = 2e-5;
 using enum Edge;
 
+constexpr Method kBiquadratic{BiquadraticRule, 2, false, kSingle};
+constexpr Method kBilinear{BilinearRule, 1, true, kDouble};
+constexpr Method kConvolution{ConvolutionRule, 2, true, kDouble};
+constexpr Method kLagrange{LagrangeRule, 3, true, kDouble};
+constexpr Method kSpline4{Spline4Rule, 1, true, kDouble};
+constexpr Method kSpline6{Spline6Rule, 1, true, kSingle};
+constexpr Method kKriging{KrigingRule, 0, false, kDouble};
+constexpr Edges kOpen{extrapolates, extrapolates, extrapolates, extrapolates},
+    kOpenNorthEast{noHeight, extrapolates, noHeight, extrapolates},
+    kOpenSouthEast{extrapolates, noHeight, noHeight, extrapolates},
+    kClosed{noHeight, noHeight, noHeight, noHeight},
+    kOpenSouth{extrapolates, noHeight, noHeight, noHeight};
+
 const Scheme kSchemes[] = {
-    {"Base",
-     Make<RegionalGeoid>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     20000,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     0,
-     {.padding = 12}},
-    {"2x2SW",
-     Make<RegGeoid2x2SW>,
-     BilinearRule,
-     1,
-     true,
-     kDouble,
-     Hole::none,
-     0,
-     noHeight,
-     extrapolates,
-     noHeight,
-     extrapolates,
-     0,
-     {.padding = 3}},
+    {"Base", Make<RegionalGeoid>, kBiquadratic, {Hole::marked, 20000}, kOpen, 0, {.padding = 12}},
+    {"2x2SW", Make<RegGeoid2x2SW>, kBilinear, {Hole::none, 0}, kOpenNorthEast, 0, {.padding = 3}},
     {"2x2NW",
      Make<RegGeoid2x2NW>,
-     BilinearRule,
-     1,
-     true,
-     kDouble,
-     Hole::none,
-     0,
-     extrapolates,
-     noHeight,
-     noHeight,
-     extrapolates,
+     kBilinear,
+     {Hole::none, 0},
+     kOpenSouthEast,
      0,
      {.northFirst = true}},
     {"2x2Denmark",
      Make<RegGeoid2x2Denmark>,
-     BilinearRule,
-     1,
-     true,
-     kDouble,
-     Hole::none,
-     0,
-     extrapolates,
-     noHeight,
-     noHeight,
-     extrapolates,
+     kBilinear,
+     {Hole::none, 0},
+     kOpenSouthEast,
      0,
      {.northFirst = true, .padding = 4}},
     {"3MACStyle",
      Make<RegGeoidInterpalation3MACStyle>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     20000,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
+     kBiquadratic,
+     {Hole::marked, 20000},
+     kOpen,
      0,
      {.value = Storage::Value::swappedReal}},
     {"95",
      Make<RegGeoid95Interpalation3>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     20000,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
+     kBiquadratic,
+     {Hole::marked, 20000},
+     kOpen,
      0,
      {.header = 4}},
     {"Swedish",
      Make<RegGeoidSwedishInterpalation3>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     20000,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
+     kBiquadratic,
+     {Hole::marked, 20000},
+     kOpen,
      0,
      {.northFirst = true, .padding = 8}},
     {"3x3NWWord",
      Make<RegGeoid3x3NWInterpalation>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     32766 / 64.0,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
+     kBiquadratic,
+     {Hole::marked, 32766 / 64.0},
+     kOpen,
      0,
      {.value = Storage::Value::word, .northFirst = true, .padding = 2, .perMetre = 64},
      64},
     {"3x3NWInteger",
      Make<RegGeoid3x3NWInterpalation>,
-     BiquadraticRule,
-     2,
-     false,
-     kSingle,
-     Hole::marked,
-     9991,
-     extrapolates,
-     extrapolates,
-     extrapolates,
-     extrapolates,
+     kBiquadratic,
+     {Hole::marked, 9991},
+     kOpen,
      0,
      {.value = Storage::Value::integer, .northFirst = true, .perMetre = 64},
      64},
-    {"4", Make<RegGeoidInterpalation4>, ConvolutionRule, 2, true, kDouble, Hole::above, 151,
-     noHeight, noHeight, noHeight, noHeight, 2},
-    {"4x4SW", Make<RegGeoidInterpalation4x4SW>, ConvolutionRule, 2, true, kDouble, Hole::above, 151,
-     noHeight, noHeight, noHeight, noHeight, 1},
+    {"4", Make<RegGeoidInterpalation4>, kConvolution, {Hole::above, 151}, kClosed, 2},
+    {"4x4SW", Make<RegGeoidInterpalation4x4SW>, kConvolution, {Hole::above, 151}, kClosed, 1},
     {"4x4NW",
      Make<RegGeoidInterpalation4x4NW>,
-     ConvolutionRule,
-     2,
-     true,
-     kDouble,
-     Hole::above,
-     151,
-     noHeight,
-     noHeight,
-     noHeight,
-     noHeight,
+     kConvolution,
+     {Hole::above, 151},
+     kClosed,
      2,
      {.northFirst = true}},
     {"4x4NWInteger",
      Make<RegGeoidInterpalation4x4NW>,
-     ConvolutionRule,
-     2,
-     true,
-     kDouble,
-     Hole::above,
-     151,
-     noHeight,
-     noHeight,
-     noHeight,
-     noHeight,
+     kConvolution,
+     {Hole::above, 151},
+     kClosed,
      2,
      {.value = Storage::Value::integer, .northFirst = true, .perMetre = 64},
      1.0 / 64},
-    {"Lagrange", Make<RegGeoidIntrp_Lagrange4x4SW>, LagrangeRule, 3, true, kDouble, Hole::above,
-     151, extrapolates, noHeight, noHeight, noHeight, 1},
+    {"Lagrange", Make<RegGeoidIntrp_Lagrange4x4SW>, kLagrange, {Hole::above, 151}, kOpenSouth, 1},
     {"Spline",
      Make<RegGeoidIntrp_Spline4x4SW>,
-     Spline4Rule,
-     1,
-     true,
-     kDouble,
-     Hole::above,
-     501,
-     noHeight,
-     extrapolates,
-     noHeight,
-     extrapolates,
+     kSpline4,
+     {Hole::above, 501},
+     kOpenNorthEast,
      1,
      {.padding = 5}},
-    {"GG2008", Make<RegGeoidInterpalation_GG2008SW>, Spline6Rule, 1, true, kSingle, Hole::none, 0,
-     extrapolates, extrapolates, extrapolates, extrapolates, 4},
+    {"GG2008", Make<RegGeoidInterpalation_GG2008SW>, kSpline6, {Hole::none, 0}, kOpen, 4},
     {"Kriging",
      Make<RegGeoidKrigingIntrp>,
-     KrigingRule,
-     0,
-     false,
-     kDouble,
-     Hole::marked,
-     20000,
-     noHeight,
-     extrapolates,
-     noHeight,
-     extrapolates,
+     kKriging,
+     {Hole::marked, 20000},
+     kOpenNorthEast,
      1,
      {.padding = 1}},
 };
@@ -414,17 +329,17 @@ TEST_P(Interpolator, FollowsItsRule) {
   ForInteriorPoints(std::max(s.margin, 1), [&](double x, double y) {
     const Answer answer = HeightAt(*model, x, y);
     ASSERT_EQ(answer.code, 0) << x << ' ' << y;
-    ASSERT_NEAR(answer.height, s.rule(Hills, x, y), s.metres) << x << ' ' << y;
+    ASSERT_NEAR(answer.height, s.method.rule(Hills, x, y), s.method.metres) << x << ' ' << y;
   });
 }
 
 TEST_P(Interpolator, ReproducesPolynomialsOfItsDegree) {
   const Scheme& s = GetParam();
   // Stored integers are 64ths of a metre, which the mixed terms of higher degree are not.
-  const int mixed = s.storage.perMetre != 1 ? 1 : s.degree;
+  const int mixed = s.storage.perMetre != 1 ? 1 : s.method.degree;
   const auto polynomial = [&s, mixed](double x, double y) {
     double z = -7.25, xk = 1, yk = 1;
-    for (int k = 1; k <= s.degree; ++k) {
+    for (int k = 1; k <= s.method.degree; ++k) {
       xk *= x / 8 - 0.5;
       yk *= y / 8 - 0.5;
       z += 3 * xk - 2 * yk + (k <= mixed ? xk * yk : 0);
@@ -450,13 +365,13 @@ TEST_P(Interpolator, PassesThroughItsNodesContinuously) {
     for (int j = margin + 1; j < kColumns - 2 - margin; ++j) {
       for (const double sign : {-1.0, 1.0})
         EXPECT_NEAR(HeightAt(*model, i + sign * kAside, j + sign * kAside).height, Hills(i, j),
-                    s.metres + kSlope);
-      if (!s.continuous) continue;
+                    s.method.metres + kSlope);
+      if (!s.method.continuous) continue;
       for (const double t : kFractions) {
         EXPECT_NEAR(HeightAt(*model, i - kAside, j + t).height,
-                    HeightAt(*model, i + kAside, j + t).height, s.metres + kSlope);
+                    HeightAt(*model, i + kAside, j + t).height, s.method.metres + kSlope);
         EXPECT_NEAR(HeightAt(*model, i + t, j - kAside).height,
-                    HeightAt(*model, i + t, j + kAside).height, s.metres + kSlope);
+                    HeightAt(*model, i + t, j + kAside).height, s.method.metres + kSlope);
       }
     }
   }
@@ -470,10 +385,10 @@ TEST_P(Interpolator, TreatsEdgesAndOutsideAsItSays) {
   const struct {
     double x, y;
     Edge edge;
-  } halfCells[] = {{-0.25, middleY, s.south},
-                   {kRows - 0.75, middleY, s.north},
-                   {middleX, -0.25, s.west},
-                   {middleX, kColumns - 0.75, s.east}};
+  } halfCells[] = {{-0.25, middleY, s.edges.south},
+                   {kRows - 0.75, middleY, s.edges.north},
+                   {middleX, -0.25, s.edges.west},
+                   {middleX, kColumns - 0.75, s.edges.east}};
   for (const auto& at : halfCells) {
     const Answer answer = HeightAt(*model, at.x, at.y);
     const bool found = at.edge == extrapolates;
@@ -495,11 +410,11 @@ TEST_P(Interpolator, GivesNoHeightOnAHole) {
   StoredGrid grid(kColumns, kRows, Hills, s.storage);
   const auto model = s.make(grid.Record(s.scale));
   const double expected = HeightAt(*model, 5.25, 6.25).height;
-  const bool three = s.rule == BiquadraticRule;
+  const bool three = s.method.rule == BiquadraticRule;
   for (int i = 3; i <= 8; ++i) {
     for (int j = 4; j <= 9; ++j) {
-      if (s.hole == Hole::none) continue;
-      grid.Set(i, j, s.holeValue);
+      if (s.hole.kind == Hole::none) continue;
+      grid.Set(i, j, s.hole.metres);
       const bool touched = i >= 4 && j >= 5 && i <= (three ? 6 : 7) && j <= (three ? 7 : 8);
       const Answer answer = HeightAt(*model, 5.25, 6.25);
       EXPECT_EQ(answer.code, touched ? kSomeWithoutHeight : 0) << i << ' ' << j;
@@ -592,12 +507,12 @@ void ExpectArraysEqualSinglePoints(const RegionalGeoid& model,
 
 TEST_P(Interpolator, GivesArraysTheBitsOfSinglePoints) {
   const Scheme& s = GetParam();
-  if (s.rule == Spline6Rule) return;  // its failure at one point ends a query
+  if (s.method.rule == Spline6Rule) return;  // its failure at one point ends a query
   constexpr double kNan = std::numeric_limits<double>::quiet_NaN(), kHuge = 1e300;
   for (const auto& [columns, rows] :
        {std::pair(kColumns, kRows), std::pair(4, 3), std::pair(1, 2)}) {
     StoredGrid grid(columns, rows, Hills, s.storage);
-    if (s.hole != Hole::none && columns == kColumns) grid.Set(6, 7, s.holeValue);
+    if (s.hole.kind != Hole::none && columns == kColumns) grid.Set(6, 7, s.hole.metres);
     RegionalGeoidData record = grid.Record(s.scale);
     ExpectArraysEqualSinglePoints(*s.make(record), PointsAround(record.grid, columns, rows));
     // Steps that are no powers of two, across the half turn; then a field without meaning.

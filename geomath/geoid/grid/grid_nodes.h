@@ -42,6 +42,7 @@ struct RowLayout {
   int header = 0;           // bytes before each row
   bool northFirst = false;  // the last row comes first
   bool swapped = false;     // floats in the opposite byte order
+  bool packed = false;      // rows of four-byte values without padding, whatever stride is given
 };
 
 /// `rows` rows of `columns` values, `rowStride` bytes apart. Rows and columns are counted from 0.
@@ -49,9 +50,9 @@ class GridNodes {
  public:
   GridNodes(const void* data, int rowStride, int columns, int rows, RowLayout layout = {})
       : bytes_(static_cast<const unsigned char*>(data)),
-        stride_(rowStride),
+        stride_(layout.packed ? RowStride(0, columns, sizeof(float)) : rowStride),
         columns_(columns),
-        rows_(data && rowStride > 0 ? rows : 0),
+        rows_(data && stride_ > 0 ? rows : 0),
         layout_(layout) {}
 
   /// Where `count` values of `size` bytes from a row and column on stand; null when one of them is

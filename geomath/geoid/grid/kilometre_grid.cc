@@ -2,6 +2,8 @@
 
 #include <cstring>
 
+#include "geomath/geoid/geoid_status.h"
+#include "geomath/geoid/grid/grid_nodes.h"
 #include "geomath/geoid/grid/interpolants.h"
 
 namespace zel_cs::geomath {
@@ -11,15 +13,17 @@ constexpr double kKilometre = 1000.0;  // metres
 
 }  // namespace
 
-KilometreResult Interpolate(const KilometreGrid& grid, const void* data, std::int64_t count,
-                            const double* point, double& height) {
+int Interpolate(const KilometreGrid& grid, const void* data, int NX, int NY, const double* point,
+                double& height) {
+  height = kNoHeight;
   double north = point[0], east = point[1];
-  if (!grid.projection->ForwardPoint(north, east)) return KilometreResult::projectionFailed;
+  if (!grid.projection->ForwardPoint(north, east)) return 1;
   const NodeIndex column = TruncIndex(east / kKilometre - grid.firstEast);
   const NodeIndex row = TruncIndex(north / kKilometre - grid.firstNorth);
-  if (column < 0 || column + 1 >= grid.rowLength || row < 0) return KilometreResult::noNode;
+  if (column < 0 || column + 1 >= grid.rowLength || row < 0) return 0;
+  const NodeIndex count = NX > 0 && NY > 0 ? NodeIndex{NX} * NY : 0;
   const NodeIndex first = column + grid.rowLength * row;
-  if (!data || first + grid.rowLength + 1 >= count) return KilometreResult::noNode;
+  if (!data || first + grid.rowLength + 1 >= count) return 0;
 
   float south[2], northern[2];
   const auto* z = static_cast<const unsigned char*>(data) + first * NodeIndex{sizeof(float)};
@@ -29,7 +33,7 @@ KilometreResult Interpolate(const KilometreGrid& grid, const void* data, std::in
   const double southEdge = kKilometre * (static_cast<double>(row) + grid.firstNorth);
   height = Bilinear((north - southEdge) / kKilometre, (east - westEdge) / kKilometre, south[0],
                     south[1], northern[0], northern[1]);
-  return KilometreResult::done;
+  return 0;
 }
 
 }  // namespace zel_cs::geomath
