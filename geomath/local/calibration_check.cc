@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdio>
 #include <limits>
+#include <utility>
 
 #include "geomath/base/angle.h"
 #include "geomath/local/packed_symmetric.h"
@@ -70,6 +71,99 @@ struct UnitWeight {
   double Sigma() const {
     return redundancy > kNoRedundancy ? std::sqrt(squares / redundancy) : kNaN;
   }
+};
+
+/// Cofactors of a solved similarity in the plane, linearised. Quantities: mean local N and E, s, θ.
+/// With the rotated global vector g from the centroid, its length d and direction (c, s) = g/d, an
+/// error (eN, eE) of a local position against the mean error changes the distance ratio by
+/// (c·eN + s·eE)/d and the direction by (c·eE − s·eN)/(s·d); scale and rotation are the means of the
+/// two.
+class LinearPlane {
+ public:
+  /// `reduced` are the rotated vectors: the first `horizontal` are those of points that give position
+  /// and scale, the others of points that give the rotation only.
+  LinearPlane(std::vector<PlaneVector> reduced, std::size_t horizontal, double scale,
+              bool fixedScale)
+      : reduced_(std::move(reduced)),
+        horizontal_(horizontal),
+        count_(static_cast<double>(horizontal)),
+        scale_(scale),
+        fixedScale_(fixedScale || horizontal < 2),
+        fixedRotation_(reduced_.size() < 2) {
+    for (std::size_t k = 0; k < reduced_.size(); ++k) {
+      const double d = std::hypot(reduced_[k].n, reduced_[k].e);
+      angles_ += d > 0;
+      ratios_ += k < horizontal_ && d >= kSmallestDistance;
+    }
+    for (std::size_t k = 0; k < reduced_.size(); ++k) {
+      const Rows l = Direct(k);
+      for (std::size_t j = 2; j < 4; ++j) {
+        sum_.n[j] += l.n[j];
+        sum_.e[j] += l.e[j];
+      }
+    }
+    for (std::size_t k = 0; k < reduced_.size(); ++k) {
+      const Rows l = InfluenceOf(k);
+      cofactors_.Add(l.n);
+      cofactors_.Add(l.e);
+    }
+  }
+
+  double OfScale() const { return cofactors_.q[2][2]; }
+  double OfRotation() const { return cofactors_.q[3][3]; }
+  /// Of northing and easting computed at a reduced position.
+  PlaneVector OfPosition(PlaneVector at) const {
+    const Rows w = DesignAt(at);
+    return {cofactors_.Of(w.n), cofactors_.Of(w.e)};
+  }
+  /// Of the residuals of a horizontal point.
+  PlaneVector OfResiduals(std::size_t k) const {
+    const Rows w = DesignAt(reduced_[k]), l = InfluenceOf(k);
+    return {cofactors_.OfResidual(w.n, l.n), cofactors_.OfResidual(w.e, l.e)};
+  }
+
+ private:
+  /// For a northing and an easting.
+  struct Rows {
+    Influence<4> n = {}, e = {};
+  };
+
+  Rows DesignAt(PlaneVector at) const {
+    return {{1, 0, at.n, -scale_ * at.e}, {0, 1, at.e, scale_ * at.n}};
+  }
+  Rows InfluenceOf(std::size_t k) const {
+    Rows l = Direct(k);
+    if (k >= horizontal_) return l;  // rotation-only points do not enter the mean
+    l.n[0] = l.e[1] = 1 / count_;
+    for (std::size_t j = 2; j < 4; ++j) {
+      l.n[j] -= sum_.n[j] / count_;
+      l.e[j] -= sum_.e[j] / count_;
+    }
+    return l;
+  }
+  /// Without the share of the mean.
+  Rows Direct(std::size_t k) const {
+    Rows l;
+    const auto [n, e] = reduced_[k];
+    const double d2 = n * n + e * e;
+    if (!fixedScale_ && k < horizontal_ && std::sqrt(d2) >= kSmallestDistance) {
+      l.n[2] = n / (d2 * ratios_);
+      l.e[2] = e / (d2 * ratios_);
+    }
+    if (!fixedRotation_ && d2 > 0) {
+      l.n[3] = -e / (scale_ * d2 * angles_);
+      l.e[3] = n / (scale_ * d2 * angles_);
+    }
+    return l;
+  }
+
+  std::vector<PlaneVector> reduced_;
+  std::size_t horizontal_;
+  double count_, scale_;
+  bool fixedScale_, fixedRotation_;
+  double ratios_ = 0, angles_ = 0;  // how many points give one
+  Rows sum_;                        // of Direct
+  Cofactors<4> cofactors_;
 };
 
 std::vector<IdenticalPoint> CopiesOf(const IdenticalPoint* const* points, int count) {
@@ -154,8 +248,8 @@ std::vector<int> CalibrationCheck::Where(bool (TLocalizationParam::*used)(int) c
   return which;
 }
 
-CalibrationCheck::Position CalibrationCheck::Mean(const std::vector<int>& which) const {
-  Position mean{0, 0};
+PlaneVector CalibrationCheck::Mean(const std::vector<int>& which) const {
+  PlaneVector mean{0, 0};
   for (int i : which) {
     mean.n += At(i).globalN / static_cast<double>(which.size());
     mean.e += At(i).globalE / static_cast<double>(which.size());
@@ -165,7 +259,7 @@ CalibrationCheck::Position CalibrationCheck::Mean(const std::vector<int>& which)
 
 // Ratio of the axes of inertia.
 double CalibrationCheck::WidthOverLength(const std::vector<int>& which) const {
-  const Position mean = Mean(which);
+  const PlaneVector mean = Mean(which);
   double nn = 0, ne = 0, ee = 0;
   for (int i : which) {
     const double n = At(i).globalN - mean.n, e = At(i).globalE - mean.e;
@@ -178,88 +272,38 @@ double CalibrationCheck::WidthOverLength(const std::vector<int>& which) const {
   return length2 > 0 ? std::sqrt(std::max(0.0, width2) / length2) : 0;
 }
 
-// Quantities: mean local N and E, s, θ. With the rotated global vector g from the centroid, its
-// length d and direction (c, s) = g/d, an error (eN, eE) of a local position against the mean error
-// changes the distance ratio by (c·eN + s·eE)/d and the direction by (c·eE − s·eN)/(s·d); scale and
-// rotation are the means of the two.
 void CalibrationCheck::CheckPlane() {
   double tN, tE, scale, theta;
   if (horizontal_.empty() || !solved_->GetPlaneParameters(tN, tE, scale, theta)) return;
-  const bool fixedScale = solved_->IsScaleFixed() || horizontal_.size() < 2;
-  const bool fixedRotation = directions_.size() < 2;
-  const double count = static_cast<double>(horizontal_.size());
-  const Position centre = Mean(horizontal_);
+  const PlaneVector centre = Mean(horizontal_);
   const PlaneRotation rotation(theta);
-  const auto reduced = [&](int i) {
-    return rotation.Turn(At(i).globalN - centre.n, At(i).globalE - centre.e);
-  };
+  std::vector<PlaneVector> reduced;
+  for (int i : directions_)
+    reduced.push_back(rotation.Turn(At(i).globalN - centre.n, At(i).globalE - centre.e));
+  const LinearPlane plane(std::move(reduced), horizontal_.size(), scale, solved_->IsScaleFixed());
 
-  double ratios = 0, angles = 0;  // how many points give one
-  for (std::size_t k = 0; k < directions_.size(); ++k) {
-    const auto [n, e] = reduced(directions_[k]);
-    angles += std::hypot(n, e) > 0;
-    ratios += k < horizontal_.size() && std::hypot(n, e) >= kSmallestDistance;
-  }
-  struct Pair {
-    Influence<4> n, e;
-  };
-  // Without the share of the mean, which follows below.
-  const auto direct = [&](std::size_t k) {
-    Pair l{};
-    const auto [n, e] = reduced(directions_[k]);
-    const double d2 = n * n + e * e;
-    const bool ofScale =
-        !fixedScale && k < horizontal_.size() && std::sqrt(d2) >= kSmallestDistance;
-    const bool ofRotation = !fixedRotation && d2 > 0;
-    if (ofScale) l.n[2] = n / (d2 * ratios), l.e[2] = e / (d2 * ratios);
-    if (ofRotation) l.n[3] = -e / (scale * d2 * angles), l.e[3] = n / (scale * d2 * angles);
-    return l;
-  };
-  Pair sum{};
-  for (std::size_t k = 0; k < directions_.size(); ++k) {
-    const Pair l = direct(k);
-    for (std::size_t j = 2; j < 4; ++j) sum.n[j] += l.n[j], sum.e[j] += l.e[j];
-  }
-  const auto influence = [&](std::size_t k) {
-    Pair l = direct(k);
-    if (k >= horizontal_.size()) return l;  // rotation-only points do not enter the mean
-    l.n[0] = l.e[1] = 1 / count;
-    for (std::size_t j = 2; j < 4; ++j) l.n[j] -= sum.n[j] / count, l.e[j] -= sum.e[j] / count;
-    return l;
-  };
-  Cofactors<4> cofactors;
-  for (std::size_t k = 0; k < directions_.size(); ++k) {
-    const Pair l = influence(k);
-    cofactors.Add(l.n);
-    cofactors.Add(l.e);
-  }
-
-  const auto design = [&](double n, double e) {
-    return Pair{{1, 0, n, -scale * e}, {0, 1, e, scale * n}};
-  };
   UnitWeight unit;
-  std::vector<Position> residualCofactors;
+  std::vector<PlaneVector> cofactors;
   for (std::size_t k = 0; k < horizontal_.size(); ++k) {
-    const auto [n, e] = reduced(horizontal_[k]);
-    const Pair w = design(n, e), l = influence(k);
-    residualCofactors.push_back({cofactors.OfResidual(w.n, l.n), cofactors.OfResidual(w.e, l.e)});
-    unit.Add(At(horizontal_[k]).residualN, residualCofactors.back().n);
-    unit.Add(At(horizontal_[k]).residualE, residualCofactors.back().e);
+    const IdenticalPoint& p = At(horizontal_[k]);
+    cofactors.push_back(plane.OfResiduals(k));
+    unit.Add(p.residualN, cofactors[k].n);
+    unit.Add(p.residualE, cofactors[k].e);
   }
   horizontalSigma_ = unit.Sigma();
   for (std::size_t k = 0; k < horizontal_.size(); ++k) {
     const IdenticalPoint& p = At(horizontal_[k]);
     PointCheck& check = checks_[static_cast<std::size_t>(horizontal_[k])];
-    check.standardN = Standardised(p.residualN, horizontalSigma_, residualCofactors[k].n);
-    check.standardE = Standardised(p.residualE, horizontalSigma_, residualCofactors[k].e);
+    check.standardN = Standardised(p.residualN, horizontalSigma_, cofactors[k].n);
+    check.standardE = Standardised(p.residualE, horizontalSigma_, cofactors[k].e);
   }
 
   const auto [centreN, centreE] = rotation.Turn(centre.n, centre.e);
-  const Pair atOrigin = design(-centreN, -centreE);
-  deviations_.tN = horizontalSigma_ * std::sqrt(cofactors.Of(atOrigin.n));
-  deviations_.tE = horizontalSigma_ * std::sqrt(cofactors.Of(atOrigin.e));
-  deviations_.scale = horizontalSigma_ * std::sqrt(cofactors.q[2][2]);
-  deviations_.rotation = horizontalSigma_ * std::sqrt(cofactors.q[3][3]);
+  const PlaneVector shifts = plane.OfPosition({-centreN, -centreE});
+  deviations_.tN = horizontalSigma_ * std::sqrt(shifts.n);
+  deviations_.tE = horizontalSigma_ * std::sqrt(shifts.e);
+  deviations_.scale = horizontalSigma_ * std::sqrt(plane.OfScale());
+  deviations_.rotation = horizontalSigma_ * std::sqrt(plane.OfRotation());
 }
 
 // Quantities: height shift at the centroid, aN, aE. Of three and more heights a least-squares plane,
@@ -268,7 +312,7 @@ void CalibrationCheck::CheckHeights() {
   double h0, aN, aE;
   const bool shifted = HeightsAreShifted();
   if (vertical_.empty() || !(shifted || solved_->GetHeightParameters(h0, aN, aE))) return;
-  const Position centre = Mean(vertical_);
+  const PlaneVector centre = Mean(vertical_);
   const bool plane = !shifted && vertical_.size() >= 3;
   double normal[6] = {0, 0, 0, 0, 0, 0};
   const auto design = [&](double n, double e) -> Influence<3> {
@@ -342,7 +386,7 @@ void CalibrationCheck::FindPointsNearCentroid() {
     int point;
   };
   std::vector<Ray> rays;
-  const Position centre = Mean(horizontal_);
+  const PlaneVector centre = Mean(horizontal_);
   for (int i : directions_) {
     const double d = std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e);
     if (d > 0) rays.push_back({d, i});
@@ -358,7 +402,10 @@ void CalibrationCheck::FindPointsNearCentroid() {
     weakness += 1 / (rays[k].distance * rays[k].distance);
     cofactor = weakness / (left * left);
     horizontalLeft += solved_->UseForHorParams(rays[k].point);
-    if (horizontalLeft >= kLeastLeft && cofactor < best) best = cofactor, near = k;
+    if (horizontalLeft >= kLeastLeft && cofactor < best) {
+      best = cofactor;
+      near = k;
+    }
   }
   if (near == 0 || cofactor < kSpoils * kSpoils * best) return;
 
@@ -426,9 +473,9 @@ void CalibrationCheck::PredictMeanHeights() {
 // The rms of the similarity with a reflection that fits best. With positions from the centroids as
 // complex numbers g = N + iE and l, the fit l = c·conj(g) leaves Σ|l|² − |Σ g·l|²/Σ|g|².
 double CalibrationCheck::MirroredRms() const {
-  const Position centre = Mean(horizontal_);
+  const PlaneVector centre = Mean(horizontal_);
   const double count = static_cast<double>(horizontal_.size());
-  Position localCentre{0, 0};
+  PlaneVector localCentre{0, 0};
   for (int i : horizontal_) {
     localCentre.n += At(i).localN / count;
     localCentre.e += At(i).localE / count;
@@ -458,7 +505,7 @@ void CalibrationCheck::WarnOfMisfit() {
   using enum CalibrationWarning::Kind;
   constexpr std::size_t kLeast = 2;
   if (horizontal_.size() < kLeast) return;
-  const Position centre = Mean(horizontal_);
+  const PlaneVector centre = Mean(horizontal_);
   double distance = 0;
   for (int i : horizontal_)
     distance += std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e) /
@@ -475,18 +522,18 @@ void CalibrationCheck::WarnOfMisfit() {
 
 // Counter-clockwise, by the two monotone chains of Andrew (1979).
 void CalibrationCheck::FindHull(const std::vector<int>& control) {
-  std::vector<Position> sorted;
+  std::vector<PlaneVector> sorted;
   for (int i : control)
     if (std::isfinite(At(i).globalN) && std::isfinite(At(i).globalE))
       sorted.push_back({At(i).globalN, At(i).globalE});
-  std::sort(sorted.begin(), sorted.end(), [](const Position& a, const Position& b) {
+  std::sort(sorted.begin(), sorted.end(), [](const PlaneVector& a, const PlaneVector& b) {
     return a.n < b.n || (a.n == b.n && a.e < b.e);
   });
   const auto addChain = [&](auto first, auto last) {
     const std::size_t start = hull_.size();
     for (; first != last; ++first) {
       while (hull_.size() >= start + 2) {
-        const Position &a = hull_[hull_.size() - 2], &b = hull_.back();
+        const PlaneVector &a = hull_[hull_.size() - 2], &b = hull_.back();
         if ((b.n - a.n) * (first->e - a.e) - (b.e - a.e) * (first->n - a.n) > 0) break;
         hull_.pop_back();
       }
@@ -503,7 +550,7 @@ double CalibrationCheck::DistanceOutside(double gridN, double gridE) const {
   bool inside = hull_.size() >= 3;
   double nearest = std::numeric_limits<double>::infinity();
   for (std::size_t i = 0; i < hull_.size(); ++i) {
-    const Position &a = hull_[i], &b = hull_[(i + 1) % hull_.size()];
+    const PlaneVector &a = hull_[i], &b = hull_[(i + 1) % hull_.size()];
     const double bn = b.n - a.n, be = b.e - a.e, pn = gridN - a.n, pe = gridE - a.e;
     inside = inside && bn * pe - be * pn >= 0;
     const double length2 = bn * bn + be * be;
@@ -536,8 +583,9 @@ void CalibrationCheck::Warn() {
     warn(heightsInLine, WidthOverLength(vertical_));
 
   double diameter = 0;
-  for (const Position& a : hull_)
-    for (const Position& b : hull_) diameter = std::max(diameter, std::hypot(a.n - b.n, a.e - b.e));
+  for (const PlaneVector& a : hull_)
+    for (const PlaneVector& b : hull_)
+      diameter = std::max(diameter, std::hypot(a.n - b.n, a.e - b.e));
   for (int i = 0; i < count_; ++i) {
     const PointCheck& check = checks_[static_cast<std::size_t>(i)];
     double largest = 0;

@@ -118,13 +118,9 @@ class GEOMATH_API CalibrationCheck {
   const std::vector<CalibrationWarning>& Warnings() const { return warnings_; }
 
  private:
-  struct Position {
-    double n, e;
-  };
-
   const IdenticalPoint& At(int i) const { return *points_[i]; }
   std::vector<int> Where(bool (TLocalizationParam::*used)(int) const) const;
-  Position Mean(const std::vector<int>& which) const;
+  PlaneVector Mean(const std::vector<int>& which) const;
   double WidthOverLength(const std::vector<int>& which) const;
   void CheckPlane();
   void CheckHeights();
@@ -148,7 +144,7 @@ class GEOMATH_API CalibrationCheck {
   CalibrationDeviations deviations_;
   double horizontalSigma_, verticalSigma_;
   int worstHorizontal_ = -1, worstVertical_ = -1;
-  std::vector<Position> hull_;
+  std::vector<PlaneVector> hull_;
   std::vector<CalibrationWarning> warnings_;
 };
 

@@ -18,6 +18,12 @@ enum PointUse : std::int32_t {
   PointUseRotation = 4,
 };
 
+/// A position or a direction in a plane.
+struct PlaneVector {
+  double n = 0;  ///< northing
+  double e = 0;  ///< easting
+};
+
 /// One control point of a site calibration, in the global and in the local system. A plain record
 /// of the caller; TLocalizationParam changes it in place. Metres, or radians where stated.
 struct IdenticalPoint {

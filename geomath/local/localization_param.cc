@@ -21,7 +21,6 @@ constexpr double kOnAxis = 0.001;                  // metres from the centroid's
 constexpr double kWeakRotation = 0.8;              // rotation precision factor
 constexpr double kInLine = 1e-8;  // width over length below which points count as one line
 constexpr char kOwnProjection = 1, kGivenProjection = 5;
-constexpr unsigned kHorizontalMode = 1, kVerticalMode = 2;
 
 bool Has(std::uint32_t flags, std::uint32_t components) {
   return (flags & components) == components;
@@ -47,14 +46,10 @@ class Extent {
   bool hasMin_ = false, hasMax_ = false;
 };
 
-struct Direction {
-  double n, e;
-};
-
 // The unit vector along (n, e); a vector no longer than `rounding` is zero, and stays so.
-Direction UnitVector(double n, double e, double rounding) {
+PlaneVector UnitVector(double n, double e, double rounding) {
   const double length = std::sqrt(n * n + e * e);
-  return length <= rounding ? Direction{0, 0} : Direction{n / length, e / length};
+  return length <= rounding ? PlaneVector{0, 0} : PlaneVector{n / length, e / length};
 }
 
 // How far the mean of `count` equal points can lie from them, by its rounding alone.
@@ -227,8 +222,8 @@ void TLocalizationParam::ProjectPoints() {
 }
 
 // The mean global position of points of which there is one at least.
-TLocalizationParam::Pair TLocalizationParam::CentreOf(Test usable) const {
-  Pair sum;
+PlaneVector TLocalizationParam::CentreOf(Test usable) const {
+  PlaneVector sum;
   double count = 0;
   ForEach(usable, [&](const IdenticalPoint& p) {
     sum.n += p.globalN;
@@ -239,7 +234,7 @@ TLocalizationParam::Pair TLocalizationParam::CentreOf(Test usable) const {
 }
 
 bool TLocalizationParam::AvgCenter() {
-  Pair local, global;
+  PlaneVector local, global;
   int count = 0;
   ForEach(&TLocalizationParam::UseForHorParams, [&](const IdenticalPoint& p) {
     local.n += p.localN;
@@ -326,12 +321,12 @@ bool TLocalizationParam::CalculateHorRotation(double& theta) {
   double normal[3] = {0, 0, 0};  // packed 2 × 2
   double right[2] = {0, 0};
   bool anyDirection = false;
-  const auto direction = [&](double n, double e, Pair centroid) {
+  const auto direction = [&](double n, double e, PlaneVector centroid) {
     return UnitVector(n - centroid.n, e - centroid.e, RoundingOfMean(n, e, horizontalCount_));
   };
   const auto observe = [&](const IdenticalPoint& point) {
-    const Direction g = direction(point.globalN, point.globalE, globalCentroid_);
-    const Direction u = direction(point.localN, point.localE, localCentroid_);
+    const PlaneVector g = direction(point.globalN, point.globalE, globalCentroid_);
+    const PlaneVector u = direction(point.localN, point.localE, localCentroid_);
     anyDirection = anyDirection || u.n != 0 || u.e != 0;
     normal[0] += g.n * g.n + g.e * g.e;
     normal[1] += g.e * g.n - g.n * g.e;
@@ -395,7 +390,7 @@ void TLocalizationParam::CalculateScaleBy1Point(double& s) {
 
 // Points in one line leave the slope across it undetermined, which rounding can hide from the
 // factorisation of the normal matrix.
-bool TLocalizationParam::VerticalPointsInLine(Pair centre) const {
+bool TLocalizationParam::VerticalPointsInLine(PlaneVector centre) const {
   double nn = 0, ne = 0, ee = 0;
   const auto forEachReduced = [&](auto visit) {
     ForEach(&TLocalizationParam::UseForVertParams,
@@ -421,7 +416,7 @@ bool TLocalizationParam::VerticalPointsInLine(Pair centre) const {
 // carried back: in the coordinates as they are, of 5e6 m, the normal matrix of a site of 200 m by 6 m
 // leaves 69 mm.
 bool TLocalizationParam::Calculate3Params() {
-  const Pair centre = CentreOf(&TLocalizationParam::UseForVertParams);
+  const PlaneVector centre = CentreOf(&TLocalizationParam::UseForVertParams);
   double normal[6] = {0, 0, 0, 0, 0, 0};  // packed: Σx², Σxy, Σy², Σx, Σy, n
   double dx = 0, dy = 0, d = 0;
   ForEach(&TLocalizationParam::UseForVertParams, [&](const IdenticalPoint& p) {
@@ -476,7 +471,8 @@ bool TLocalizationParam::CalcResiduals(bool horizontal, bool vertical) const {
     const double height[] = {h0, aN, aE};
     for (int i = 0; i < 3; ++i) site.SetHeightParam(height[i], i, kUnitInternal);
   }
-  const unsigned mode = (horizontal ? kHorizontalMode : 0) + (vertical ? kVerticalMode : 0);
+  const unsigned mode =
+      (horizontal ? LocalToGrid::kHorizontal : 0) + (vertical ? LocalToGrid::kVertical : 0);
   site.mode = static_cast<unsigned char>(mode);
 
   for (int i = 0; i < Count(); ++i) {
@@ -484,10 +480,10 @@ bool TLocalizationParam::CalcResiduals(bool horizontal, bool vertical) const {
     IdenticalPoint& p = *points_[i];
     p.residualN = p.residualE = p.residualH = DBL_MAX;
     const bool hasHeight = Has(p.globalFlags, kHasHeight);
-    if (!Has(p.globalFlags, kHasPlane) || (!hasHeight && mode == kVerticalMode)) continue;
+    if (!Has(p.globalFlags, kHasPlane) || (!hasHeight && mode == LocalToGrid::kVertical)) continue;
 
     double n = p.globalN, e = p.globalE, h = hasHeight ? p.globalH : 0;
-    if (!site.ToLocal(n, e, h, hasHeight ? mode : kHorizontalMode)) continue;
+    if (!site.ToLocal(n, e, h, hasHeight ? mode : LocalToGrid::kHorizontal)) continue;
     if (horizontal && Has(p.localFlags, kHasNorth)) p.residualN = p.localN - n;
     if (horizontal && Has(p.localFlags, kHasEast)) p.residualE = p.localE - e;
     if (vertical && hasHeight && Has(p.localFlags, kHasHeight)) p.residualH = p.localH - h;

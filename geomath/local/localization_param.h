@@ -111,10 +111,6 @@ class GEOMATH_API TLocalizationParam {
   double GetFNorth() const;
 
  private:
-  struct Pair {
-    double n = 0, e = 0;
-  };
-
   using Test = bool (TLocalizationParam::*)(int) const;
 
   int Count() const { return points_ && count_ > 0 ? count_ : 0; }
@@ -127,9 +123,9 @@ class GEOMATH_API TLocalizationParam {
   void PlaceProjection();
   void ProjectPoints();
   bool AvgCenter();
-  Pair CentreOf(Test usable) const;
+  PlaneVector CentreOf(Test usable) const;
   int CountOf(Test usable) const;
-  bool VerticalPointsInLine(Pair centre) const;
+  bool VerticalPointsInLine(PlaneVector centre) const;
 
   IdenticalPoint** points_;
   int count_;
@@ -146,7 +142,7 @@ class GEOMATH_API TLocalizationParam {
 
   double originLat_ = 0, originLon_ = 0, originH_ = 0;
   double localOriginN_ = 0, localOriginE_ = 0, localOriginH_ = 0;
-  Pair localCentroid_, globalCentroid_;
+  PlaneVector localCentroid_, globalCentroid_;
   double scale_ = 1.0, theta_ = 0, tN_ = 0, tE_ = 0;
   double h0_ = 0, aN_ = 0, aE_ = 0;
 };

@@ -2,22 +2,19 @@
 
 #include <cmath>
 
+#include "geomath/local/identical_point.h"
 #include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
 
 /// Rotation of a (north, east) pair by θ: N' = cos θ·N − sin θ·E, E' = sin θ·N + cos θ·E.
 struct PlaneRotation {
-  struct Pair {
-    double n, e;
-  };
-
   explicit PlaneRotation(double theta) : cos(std::cos(theta)), sin(std::sin(theta)) {}
 
-  GEOMATH_INLINE Pair Turn(double n, double e) const {
+  GEOMATH_INLINE PlaneVector Turn(double n, double e) const {
     return {cos * n - sin * e, sin * n + cos * e};
   }
-  GEOMATH_INLINE Pair TurnBack(double n, double e) const {
+  GEOMATH_INLINE PlaneVector TurnBack(double n, double e) const {
     return {cos * n + sin * e, cos * e - sin * n};
   }
 

@@ -13,9 +13,13 @@ namespace {
 
 GridToGround Site() {
   GridToGround site;
-  site.offsetN = 10, site.offsetE = 20;
-  site.height = 1000, site.gridScaleFactor = 0.9996, site.rotation = 0.3;
-  site.originN = 5e6, site.originE = 4e5;
+  site.offsetN = 10;
+  site.offsetE = 20;
+  site.height = 1000;
+  site.gridScaleFactor = 0.9996;
+  site.rotation = 0.3;
+  site.originN = 5e6;
+  site.originE = 4e5;
   site.flags = GridToGround::kDeriveScale | GridToGround::kHasOrigin;
   return site;
 }
@@ -47,7 +51,8 @@ TEST(GridToGround, FlagsChooseScaleOriginAndState) {
   EXPECT_EQ(site.flags, 2u);
 
   site.scale = 2;  // not used while the scale is derived
-  site.originN = 100, site.originE = 200;
+  site.originN = 100;
+  site.originE = 200;
   unsigned long present = 0xC;
   double n = 7, e = 8, h = 0;
   ASSERT_TRUE(site.ToGround(n, e, h, &present));
@@ -96,7 +101,8 @@ TEST(GridToGround, KeepsAnAbsentComponentInTheRotationAndUnwritten) {
   EXPECT_NEAR(n, 5e6 + (100 - 1e9 * 1e-15) * k + 10, tolerance::kBatchMetres);
   EXPECT_EQ(e, 1e9);
   present = 0x8;
-  n = 1e9, e = 400200;
+  n = 1e9;
+  e = 400200;
   ASSERT_TRUE(site.ToGrid(n, e, h, &present));
   EXPECT_EQ(n, 1e9);
   EXPECT_NEAR(e, 4e5 + (200 - 20 - 1e9 * 1e-15) / k, tolerance::kBatchMetres);

@@ -188,7 +188,8 @@ TEST(LocalToGrid, KeepsTheKindOfAProjectionNotItsClass) {
 
   TGeoProj unknown;
   site.SetProj(&unknown);
-  n = 0.76, e = 0.12;
+  n = 0.76;
+  e = 0.12;
   EXPECT_FALSE(site.Forward(n, e, h, 1));
 }
 

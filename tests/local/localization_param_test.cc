@@ -58,7 +58,9 @@ class Site : public testing::TestWithParam<site::Configuration> {};
 site::Statistics StatisticsOf(const std::vector<site::Residual>& residuals) {
   site::Statistics s{};
   for (const site::Residual& r : residuals) {
-    s.rmsN += r.n * r.n, s.rmsE += r.e * r.e, s.rmsH += r.h * r.h;
+    s.rmsN += r.n * r.n;
+    s.rmsE += r.e * r.e;
+    s.rmsH += r.h * r.h;
     s.max = std::max(s.max, std::hypot(r.n, r.e));
     s.maxH = std::max(s.maxH, std::abs(r.h));
   }
@@ -256,7 +258,9 @@ TEST(LocalizationParam, UseAndFlagsSelectPoints) {
   for (int use = -1; use <= 5; ++use)
     for (std::uint32_t global = 0; global < 0x20; global += 4)
       for (std::uint32_t local = 0; local < 0x20; local += 4) {
-        p.use = use, p.globalFlags = global | 1, p.localFlags = local;
+        p.use = use;
+        p.globalFlags = global | 1;
+        p.localFlags = local;
         const bool plane = (global & 0xC) == 0xC && (local & 0xC) == 0xC;
         const bool height = (global & 0x1C) == 0x1C && (local & 0x10);
         ASSERT_EQ(solver.UseForHorParams(0), plane && (use == 2 || use == 3));

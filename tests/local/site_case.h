@@ -33,8 +33,12 @@ class ControlPoints {
 inline IdenticalPoint PointOf(double gN, double gE, double gH, double lN, double lE, double lH,
                               int use) {
   IdenticalPoint p;
-  p.globalN = gN, p.globalE = gE, p.globalH = gH;
-  p.localN = lN, p.localE = lE, p.localH = lH;
+  p.globalN = gN;
+  p.globalE = gE;
+  p.globalH = gH;
+  p.localN = lN;
+  p.localE = lE;
+  p.localH = lH;
   p.use = use;
   p.globalFlags = p.localFlags = kHasNorth | kHasEast | kHasHeight;
   return p;
