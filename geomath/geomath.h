@@ -8,6 +8,7 @@
 #include "geomath/adjust/site_adjustment.h"
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
+#include "geomath/base/curvature.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/base/grid_rgn.h"
 #include "geomath/base/metric_unit.h"

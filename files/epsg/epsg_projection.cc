@@ -10,7 +10,10 @@
 #include "files/system/projection_names.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/base/curvature.h"
 #include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/lc_proj.h"
+#include "geomath/proj/methods/rso_proj.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
@@ -138,18 +141,10 @@ bool StartsAtEquator(const Conversion& given) { return given.Angle(kOriginLat) =
 // meridian by the angle over the cone constant n.
 void TurnBelgianCone(const Conversion& given, Draft& draft) {
   constexpr double kTurn = 29.2985 / 3600;  // degrees
-  const double e = given.ellipsoid.e;
-  const auto logM = [&](double phi) {
-    const double eSin = e * std::sin(phi);
-    return std::log(std::cos(phi) / std::sqrt(1 - eSin * eSin));
-  };
-  const auto logT = [&](double phi) {
-    return std::log(std::tan(kPi / 4 - phi / 2)) + e * std::atanh(e * std::sin(phi));
-  };
-  const double phi1 = given.Angle(kFirstParallel) * kRadPerDeg;
-  const double phi2 = given.Angle(kSecondParallel) * kRadPerDeg;
-  const double n = (logM(phi1) - logM(phi2)) / (logT(phi1) - logT(phi2));
-  draft.values["Lon0"] += kTurn / n;
+  const TLCProj cone(given.ellipsoid.a, given.ellipsoid.invF,
+                     given.Angle(kFirstParallel) * kRadPerDeg,
+                     given.Angle(kSecondParallel) * kRadPerDeg, 0, 0, 0, 0, 1);
+  draft.values["Lon0"] += kTurn / cone.ConeConstant();
 }
 
 // Method 9829 has the parallel where the scale is 1, the class the scale at the pole.
@@ -174,10 +169,10 @@ void FindPoleScaleAndOrigin(const Conversion& given, Draft& draft) {
 // are those of the ellipsoid whose radii of curvature at the origin are ρ0 + H and ν0 + H. What
 // they leave, ρ varying over the city, is below 0.1 mm.
 void LiftEllipsoid(const Conversion& given, Draft& draft) {
-  const double sin0 = std::sin(given.Angle(kOriginLat) * kRadPerDeg), s2 = sin0 * sin0;
-  const double w = 1 - given.ellipsoid.e2 * s2, H = given.Length(kPlaneHeight);
-  const double nu = given.ellipsoid.a / std::sqrt(w) + H;
-  const double rho = given.ellipsoid.a * (1 - given.ellipsoid.e2) / (w * std::sqrt(w)) + H;
+  const double phi0 = given.Angle(kOriginLat) * kRadPerDeg, H = given.Length(kPlaneHeight);
+  const double s2 = std::sin(phi0) * std::sin(phi0);
+  const double nu = PrimeVerticalRadius(given.ellipsoid, phi0) + H;
+  const double rho = MeridianRadius(given.ellipsoid, phi0) + H;
   const double q = rho / nu;  // (1 − e²)/(1 − e²·sin²φ0)
   const double e2 = (1 - q) / (1 - q * s2);
   draft.ellipsoid.a = nu * std::sqrt(1 - e2 * s2);
@@ -198,12 +193,10 @@ bool TurnsByAzimuth(const Conversion& given) {
 // registry rounds angles from a sine of 0.6 or 0.8 to 0.0001″.
 bool TurnsByEquatorAzimuth(const Conversion& given) {
   constexpr double kRounded = 0.5e-3 / 3600;  // degrees
-  const double phi = given.Angle(kCentreLat) * kRadPerDeg, e2 = given.ellipsoid.e2;
-  const double cos2 = std::cos(phi) * std::cos(phi);
-  const double B = std::sqrt(1 + e2 * cos2 * cos2 / (1 - e2));
-  const double D = B * std::sqrt((1 - e2) / (cos2 * (1 - e2 * (1 - cos2))));
-  const double gamma0 =
-      std::asin(std::sin(HalfTurn(given.Angle(kAzimuth)) * kRadPerDeg) / D) * kDegPerRad;
+  const TRSOProj line(given.ellipsoid.a, given.ellipsoid.invF,
+                      HalfTurn(given.Angle(kAzimuth)) * kRadPerDeg, 1, 0,
+                      given.Angle(kCentreLat) * kRadPerDeg, 0, 0);
+  const double gamma0 = line.EquatorAzimuth() * kDegPerRad;
   return std::abs(HalfTurn(given.Angle(kSkewAngle)) - gamma0) < kRounded;
 }
 

@@ -11,6 +11,7 @@
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
+#include "geomath/base/ellipsoid.h"
 #include "geomath/platform/read_number.h"
 
 using namespace zel_cs::geomath;
@@ -22,7 +23,6 @@ namespace {
 // program of EGM96, Lemoine et al. 1998), n = 2, 4, 6, 8, 10.
 constexpr double kNormalJ[] = {0.108262982131e-2, -0.237091120053e-5, 0.608346498882e-8,
                                -0.142681087920e-10, 0.121439275882e-13};
-constexpr double kModelGM = 3.986004418e14, kModelRadius = 6378137.0;  // what GlobalGeoid uses
 constexpr int kHighestDegree = 5000;
 
 constexpr std::string_view kBlanks = " \t\r";
@@ -152,7 +152,7 @@ class CoefficientReader {
     if (head_.norm == "unnormalized" || head_.norm == "unnormalize")
       throw UserError(file_ + ": the coefficients are not normalised, which they must be");
     result_.gm = ConstantOf(head_.gm, "earth_gravity_constant", kModelGM, "m3/s2");
-    result_.radius = ConstantOf(head_.radius, "radius", kModelRadius, "m");
+    result_.radius = ConstantOf(head_.radius, "radius", kWgs84A, "m");
   }
 
   void ReadTerm(std::string_view fields, bool mayRepeat) {
@@ -207,7 +207,7 @@ void Rescale(Coefficients& potential) {
       potential.C[k] *= factor;
       potential.S[k] *= factor;
     }
-    factor *= potential.radius / kModelRadius;
+    factor *= potential.radius / kWgs84A;
   }
 }
 

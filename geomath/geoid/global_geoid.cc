@@ -5,16 +5,15 @@
 #include <new>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/ellipsoid.h"
 #include "geomath/geoid/harmonic_kernel.h"
 #include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kA = 6378137.0;          // WGS84 semi-major axis, metres
 constexpr double kE2 = 0.00669437999013;  // WGS84 first eccentricity squared
 constexpr double kOneLessE2 = 0.99330562000987;
-constexpr double kGM = 3.986004418e14;            // WGS84, m³/s²
 constexpr double kEquatorGravity = 9.7803253359;  // Somigliana, m/s²
 constexpr double kSomigliana = 0.00193185265246;  // Somigliana's constant
 
@@ -24,14 +23,14 @@ constexpr std::size_t kWorthGrouping = 4;
 /// RADGRA: geocentric radius re, geocentric latitude and normal gravity gr of a latitude.
 Station RADGRA(double lat) {
   const double sinPhi = std::sin(lat), t = sinPhi * sinPhi;
-  const double W = std::sqrt(1 - kE2 * t), N = kA / W;
+  const double W = std::sqrt(1 - kE2 * t), N = kWgs84A / W;
   const double p = std::abs(N * std::cos(lat)), Z = N * kOneLessE2 * sinPhi;
   const double theta = kHalfPi - std::atan(Z / p);
   const double gr = kEquatorGravity * (1 + kSomigliana * t) / W, re = std::sqrt(p * p + Z * Z);
   return {.cosTheta = std::cos(theta),
           .sinTheta = std::sin(theta),
-          .ar = kA / re,
-          .metres = kGM / (gr * re)};
+          .ar = kWgs84A / re,
+          .metres = kModelGM / (gr * re)};
 }
 
 /// The kernels of the instruction set in force.

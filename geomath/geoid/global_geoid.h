@@ -13,6 +13,9 @@ namespace zel_cs::geomath {
 
 struct HarmonicSeries;
 
+/// The GM, m³/s², and with kWgs84A the radius that the coefficients of a model belong to: WGS84.
+inline constexpr double kModelGM = 3.986004418e14;
+
 /// A spherical-harmonic model as its reader hands it over. The coefficient arrays are fully
 /// normalised, in triangular order (degree n, order m at n·(n + 1)/2 + m), not owned, and must
 /// outlive every model made of the record.

@@ -21,7 +21,7 @@ struct Block {
   Column x, y, z, xDot, yDot, zDot;
 };
 
-GEOMATH_INLINE GeodeticLatitude SinCosOf(double latitude) {
+GEOMATH_INLINE GeodeticLatitude GeodeticLatitudeOf(double latitude) {
   GeodeticLatitude result;
   Math::SinCos(latitude * kDegree, result.sinPhi, result.cosPhi);
   return result;
@@ -80,7 +80,7 @@ void MagneticKernel<Target>::PrepareRow(const Series& series, double latitude, d
                                         Row& row) {
   using Four = simd::Pack<Target, 4>;
   row.degrees = latitude;
-  row.latitude = SinCosOf(latitude);
+  row.latitude = GeodeticLatitudeOf(latitude);
   row.degree = series.degree;
   row.years = series.years;
   const Parallel<double> at = ToGeocentric(row.latitude, height);
@@ -122,7 +122,7 @@ std::size_t MagneticKernel<Target>::Points(const Series& series, const double* l
   Block block;
   Column s, c, rho, sinPsi, cosPsi;
   for (std::size_t i = 0; i < count; ++i) {
-    const GeodeticLatitude latitude = SinCosOf(latitudes[i]);
+    const GeodeticLatitude latitude = GeodeticLatitudeOf(latitudes[i]);
     const Parallel<double> at = ToGeocentric(latitude, heights[i]);
     s[i] = at.s;
     c[i] = at.c;

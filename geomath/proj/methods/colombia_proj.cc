@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/curvature.h"
 #include "geomath/proj/methods/formulas/colombia_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/param_table.h"
@@ -43,8 +44,7 @@ bool TColombiaProj::GetCentralPoint(double& b0, double& l0, double& db, double& 
 }
 
 void TColombiaProj::Prepare() {
-  const double sin0 = std::sin(phi0_);
-  const double rho0 = MeridianRadius(sin0, ell_);
+  const double rho0 = MeridianRadius(ell_, phi0_);
   *formulas_ = {.a = ell_.a,
                 .e2 = ell_.e2,
                 .phi0 = phi0_,
@@ -52,7 +52,7 @@ void TColombiaProj::Prepare() {
                 .fEast = fEast_,
                 .fNorth = fNorth_,
                 .rho0 = rho0,
-                .B = std::tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(sin0, ell_))};
+                .B = std::tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(ell_, phi0_))};
 }
 
 bool TColombiaProj::ProjectPoint(double& b, double& l, PointFactors*) const {

@@ -26,6 +26,10 @@ bool HotineProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl)
   return ObliqueCentralPoint(phiC_, lambdaC_, b0, l0, db, dl);
 }
 
+double HotineProj::EquatorAzimuth() const {
+  return std::atan2(grid_->Projection().sinGamma0, grid_->Projection().cosGamma0);
+}
+
 void HotineProj::Prepare() {
   *grid_ = {{ell_, {azimuth_, k0_, phiC_, lambdaC_}},
             {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_}};

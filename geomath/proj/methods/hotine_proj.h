@@ -37,6 +37,10 @@ class GEOMATH_API HotineProj : public TGeoProj {
   double FNorth() const override { return fNorth_; }
   void FNorth(double value) { Set(fNorth_, value); }
 
+  /// γ0, the azimuth at which the central line crosses the equator of the aposphere (Snyder 1987,
+  /// eq. 9-37), within a quarter turn of north.
+  double EquatorAzimuth() const;
+
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 
  protected:

@@ -49,6 +49,8 @@ bool TLCProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) co
   return ConicCentralPoint(phi0_, lambda0_, b0, l0, db, dl);
 }
 
+double TLCProj::ConeConstant() const { return formulas_->cone.n(); }
+
 void TLCProj::RefreshSouth() {
   sinS_ = std::sin(phiS_);
   cosS_ = std::cos(phiS_);

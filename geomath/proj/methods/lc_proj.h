@@ -47,6 +47,9 @@ class GEOMATH_API TLCProj : public TGeoProj {
   double Scale() const { return k0_; }
   void Scale(double value) { Set(k0_, value); }
 
+  /// The cone constant n: longitude differences are n times as large on the cone.
+  double ConeConstant() const;
+
   std::span<const ParamRow> Params() const override;
   bool GetCentralPoint(double& b0, double& l0, double& db, double& dl) const override;
 

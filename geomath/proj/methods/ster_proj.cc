@@ -48,7 +48,7 @@ void TSterProj::Prepare() {
   const ConformalLatitude latitude(ell_);
   const double sin0 = std::sin(phi0_), cos0 = std::cos(phi0_), e = ell_.e,
                diameter = 2 * ell_.a * k0_;
-  const SinCos chi1 = latitude.FromGeodetic(sin0, cos0);
+  const SineCosine chi1 = latitude.FromGeodetic(sin0, cos0);
   *oblique_ = {.latitude = latitude,
                .chi1 = chi1,
                .obliqueA = diameter * ParallelRadius(sin0, cos0, ell_.e2) / chi1.cos,

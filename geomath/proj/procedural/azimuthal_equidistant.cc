@@ -3,7 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
-#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/base/curvature.h"
 
 // Symbols of EPSG method 9832: ν nu, ψ psi latitude on the sphere about the foot of the normal of
 // the origin, α alpha azimuth there, s arc on it, c length of the normal section.
@@ -22,7 +22,7 @@ AzimuthalEquidistant::AzimuthalEquidistant(const Ellipsoid& ell, double phi0,
       phi0_(phi0),
       sin0_(std::sin(phi0)),
       cos0_(std::cos(phi0)),
-      nu0_(PrimeVerticalRadius(sin0_, ell)) {}
+      nu0_(PrimeVerticalRadius(ell, phi0)) {}
 
 bool AzimuthalEquidistant::ForwardPoint(double& b, double& l) const {
   const double sinPhi = std::sin(b), cosPhi = std::cos(b);

@@ -4,7 +4,7 @@
 
 #include <cmath>
 
-#include "geomath/proj/methods/math/latitude.h"
+#include "geomath/base/curvature.h"
 #include "tests/proj/methods/worked_example.h"
 
 namespace zel_cs::geomath {
@@ -32,8 +32,8 @@ TEST(Colombia, BogotaExampleAtPlaneHeight) {
   const double phi = 4.8 * kDegree;
   double n = phi, e = -74.25 * kDegree;
   ASSERT_TRUE(bogota.Forward(n, e));
-  const double nu0 = PrimeVerticalRadius(std::sin(kPhi0), ell);
-  const double rhoM = MeridianRadius(std::sin((phi + kPhi0) / 2), ell);
+  const double nu0 = PrimeVerticalRadius(ell, kPhi0);
+  const double rhoM = MeridianRadius(ell, (phi + kPhi0) / 2);
   EXPECT_NEAR(kNorth0 + (n - kNorth0) * (1 + kHeight / rhoM), 122543.174, kPrinted);
   EXPECT_NEAR(kEast0 + (e - kEast0) * (1 + kHeight / nu0), 80859.033, kPrinted);
 }

@@ -26,6 +26,7 @@ TEST(LCProj, SnyderAppendixA) {
   double b = kSnyderB, l = kSnyderL;
   ASSERT_TRUE(proj.Forward(b, l));
   EXPECT_NEAR(proj.GetScale(), 0.9970171, 5e-8);
+  EXPECT_NEAR(proj.ConeConstant(), 0.6304965, 5e-8);
 }
 
 TEST(LCProj, PublishedGrids) {

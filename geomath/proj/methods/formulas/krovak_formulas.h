@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/math/column_range.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
 #include "geomath/simd/elementary.h"
 
@@ -29,7 +30,7 @@ struct KrovakFormulas {
     Real sinPhi, cosPhi, sinV, cosV, sinTheta, cosTheta;
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(sphere.alpha * (lambdaC - l), sinV, cosV);
-    const SinCosOf<Real> U = sphere.Latitude<Math>(sinPhi, cosPhi);
+    const SineCosineOf<Real> U = sphere.Latitude<Math>(sinPhi, cosPhi);
     const Real sinS = sinUq * U.sin + cosUq * U.cos * cosV, cosS = CosFromSin(sinS);
     const Real D = Asin<Math>(U.cos * sinV / cosS);
     Math::SinCos(n * D, sinTheta, cosTheta);
@@ -50,7 +51,7 @@ struct KrovakFormulas {
     const double cosS = 2 / sum, sinS = (tanS - cotS) / sum;
 
     const double sinU = sinUq * sinS - cosUq * cosS * cosD;
-    const SinCos U{sinU, CosFromSin(sinU)};
+    const SineCosine U{sinU, CosFromSin(sinU)};
     const double V = Asin<Math>(cosS * sinD / U.cos);
     // Kept: the sphere's equator itself is taken for the ellipsoid's.
     const bool equator = std::abs(sinU) <= kLatitudeTolerance;
@@ -72,9 +73,9 @@ struct KrovakFormulas {
     return latitude & longitude & ServesCone();
   }
   GEOMATH_INLINE bool ServesInverse(double x, double y) const {
-    constexpr double kLeast = 1e-6, kLargest = 1e40;  // square metres
+    constexpr double kLeast = 1e-6;  // square metres
     const double rho2 = x * x + y * y;
-    const bool offApex = rho2 > kLeast, moderate = rho2 < kLargest;
+    const bool offApex = rho2 > kLeast, moderate = rho2 < kLargestSquaredRadius;
     return offApex & moderate & ServesCone();
   }
 

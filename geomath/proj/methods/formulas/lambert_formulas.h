@@ -4,6 +4,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/internal/fold_angle.h"
+#include "geomath/proj/methods/math/column_range.h"
 #include "geomath/proj/methods/math/lambert_cone.h"
 #include "geomath/simd/elementary.h"
 
@@ -56,9 +57,9 @@ struct LambertFormulas {
   }
 
   GEOMATH_INLINE bool ServesPlane(double fromApex, double east) const {
-    constexpr double kLeast = 1e-12, kLargest = 1e40;  // square metres
+    constexpr double kLeast = 1e-12;  // square metres
     const double rho2 = fromApex * fromApex + east * east;
-    const bool offApex = rho2 > kLeast, moderate = rho2 < kLargest;
+    const bool offApex = rho2 > kLeast, moderate = rho2 < kLargestSquaredRadius;
     return offApex & moderate & cone.ServesColumns();
   }
 };

@@ -4,6 +4,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/internal/fold_angle.h"
+#include "geomath/proj/methods/math/column_range.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/simd/elementary.h"
 
@@ -12,12 +13,9 @@
 //   ρ     rho       distance from the pole on the map
 namespace zel_cs::geomath {
 
-/// Coordinates, metres, that columns of the stereographic projection take.
-inline constexpr double kLargestSterCoordinate = 1e50;
-
 struct SterObliqueFormulas {
   ConformalLatitude latitude;
-  SinCos chi1;
+  SineCosine chi1;
   double obliqueA;  // 2·a·k0·m1/cos χ1, metres
   double lambda0, fEast, fNorth;
 
@@ -36,7 +34,7 @@ struct SterObliqueFormulas {
     Math::SinCos(b, sinPhi, cosPhi);
     Math::SinCos(FoldTurn(l - lambda0), sinDelta, cosDelta);
     // Kept: a latitude beyond a pole counts by its sine, as its supplement.
-    const SinCosOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, Math::Abs(cosPhi));
+    const SineCosineOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, Math::Abs(cosPhi));
     const Real A = AtCosines(chi, chi.cos * cosDelta);
     b = fNorth + A * (chi1.cos * chi.sin - chi1.sin * chi.cos * cosDelta);  // 21-25
     l = fEast + A * chi.cos * sinDelta;                                     // 21-24
@@ -53,8 +51,8 @@ struct SterObliqueFormulas {
     const double cosCe = (1 - q2) / (1 + q2), unit = 2 / (1 + q2);
     const double across = unit * x;
     const double along = chi1.cos * cosCe - chi1.sin * unit * y;
-    const SinCos chi{cosCe * chi1.sin + unit * y * chi1.cos,  // 20-14
-                     std::sqrt(along * along + across * across)};
+    const SineCosine chi{cosCe * chi1.sin + unit * y * chi1.cos,  // 20-14
+                         std::sqrt(along * along + across * across)};
     n = latitude.ToGeodetic<Math>(chi);
     const double angle = Math::Atan(across / along);  // 20-15, Kept: not atan2
     e = lambda0 + (across == 0 ? 0.0 : angle);
@@ -68,14 +66,14 @@ struct SterObliqueFormulas {
     return inside & longitude & latitude.ServesColumns();
   }
   GEOMATH_INLINE bool ServesInverse(double n, double e) const {
-    const bool northing = std::abs(n - fNorth) < kLargestSterCoordinate;
-    const bool easting = std::abs(e - fEast) < kLargestSterCoordinate;
+    const bool northing = std::abs(n - fNorth) < kLargestCoordinate;
+    const bool easting = std::abs(e - fEast) < kLargestCoordinate;
     return northing & easting & latitude.ServesColumns();
   }
 
  private:
   template <class Real>
-  GEOMATH_INLINE Real AtCosines(const SinCosOf<Real>& chi, Real along) const {
+  GEOMATH_INLINE Real AtCosines(const SineCosineOf<Real>& chi, Real along) const {
     return obliqueA / (1 + chi1.sin * chi.sin + chi1.cos * along);  // 21-27
   }
 };
@@ -104,7 +102,7 @@ struct SterPolarFormulas {
     Real sinPhi, cosPhi, sinDelta, cosDelta;
     Math::SinCos(sign * b, sinPhi, cosPhi);
     Math::SinCos(sign * FoldTurn(l - lambda0), sinDelta, cosDelta);
-    const SinCosOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, cosPhi);
+    const SineCosineOf<Real> chi = latitude.FromGeodetic<Math>(sinPhi, cosPhi);
     const bool north = chi.sin > 0, pole = cosPhi <= kPolarCosine;
     const Real numerator = north ? chi.cos : 1 - chi.sin;
     const Real denominator = north ? 1 + chi.sin : chi.cos;
@@ -134,8 +132,8 @@ struct SterPolarFormulas {
     return inside & longitude & latitude.ServesColumns();
   }
   GEOMATH_INLINE bool ServesInverse(double n, double e) const {
-    const bool northing = std::abs(n - fNorth) < kLargestSterCoordinate;
-    const bool easting = std::abs(e - fEast) < kLargestSterCoordinate;
+    const bool northing = std::abs(n - fNorth) < kLargestCoordinate;
+    const bool easting = std::abs(e - fEast) < kLargestCoordinate;
     return northing & easting & latitude.ServesColumns();
   }
 };

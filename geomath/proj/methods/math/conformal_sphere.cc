@@ -24,7 +24,7 @@ double ConformalSphere::Geodetic(double chi) const {
   return Geodetic({std::sin(chi), std::cos(chi)});
 }
 
-bool ConformalSphere::Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const {
+bool ConformalSphere::Geodetic(SineCosine chi, double tolerance, int maxSteps, double& phi) const {
   return latitude_.FromIsometric(Isometric<simd::Libm>(chi), tolerance, maxSteps, phi);
 }
 

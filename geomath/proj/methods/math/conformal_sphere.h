@@ -19,8 +19,8 @@ class ConformalSphere {
 
   /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE SinCosOf<typename Math::Real> Latitude(typename Math::Real sinPhi,
-                                                        typename Math::Real cosPhi) const {
+  GEOMATH_INLINE SineCosineOf<typename Math::Real> Latitude(typename Math::Real sinPhi,
+                                                            typename Math::Real cosPhi) const {
     return Gudermannian<Math>(alpha * latitude_.Isometric<Math>(sinPhi, cosPhi) + K);
   }
   /// The spherical latitude χ, radians.
@@ -29,12 +29,12 @@ class ConformalSphere {
   double Geodetic(double chi) const;
   /// The same from sine and cosine, which may carry a common positive rounding factor.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE double Geodetic(SinCos chi) const {
+  GEOMATH_INLINE double Geodetic(SineCosine chi) const {
     return latitude_.FromIsometric<Math>(Isometric<Math>(chi));
   }
 
   /// The geodetic latitude, with the stop rule of ConformalLatitude::FromIsometric.
-  bool Geodetic(SinCos chi, double tolerance, int maxSteps, double& phi) const;
+  bool Geodetic(SineCosine chi, double tolerance, int maxSteps, double& phi) const;
 
   double R = 0;      ///< Gaussian radius at the normal latitude, metres
   double alpha = 1;  ///< ratio of spherical to geodetic longitudes
@@ -44,7 +44,7 @@ class ConformalSphere {
  private:
   // The isometric latitude on the ellipsoid of a spherical latitude.
   template <class Math>
-  GEOMATH_INLINE double Isometric(SinCos chi) const {
+  GEOMATH_INLINE double Isometric(SineCosine chi) const {
     return (SphericalIsometric<Math>(chi) - K) / alpha;
   }
 

@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/base/curvature.h"
+
 // Symbols of EPSG Guidance Note 7-2, method 9809:
 //   χ Λ  chi Lambda  latitude and longitude on the conformal sphere, Λ = n·(λ − λ0)
 //   R n  sphere_.R sphere_.alpha     B  Denominator     ν0  prime-vertical radius at the origin
@@ -15,11 +17,11 @@ DoubleStereographic::DoubleStereographic(const Ellipsoid& ell, double lat0, doub
       sinChi0_(std::sin(sphere_.chi0)),
       cosChi0_(std::cos(sphere_.chi0)),
       diameter_(2 * scale * sphere_.R),
-      scaleAtOrigin_(diameter_ * sphere_.alpha / PrimeVerticalRadius(std::sin(lat0), ell)) {
-  constexpr double kLeast = 1, kLargest = 1e50;  // metres
+      scaleAtOrigin_(diameter_ * sphere_.alpha / PrimeVerticalRadius(ell, lat0)) {
+  constexpr double kLeast = 1;  // metres
   const double size = std::abs(diameter_);
-  servesColumns_ =
-      sphere_.ServesColumns() && std::isfinite(sphere_.K) && size > kLeast && size < kLargest;
+  servesColumns_ = sphere_.ServesColumns() && std::isfinite(sphere_.K) && size > kLeast &&
+                   size < kLargestCoordinate;
 }
 
 PointFactors DoubleStereographic::Factors(const SpherePoint& at, double cosPhi) const {
@@ -35,7 +37,8 @@ PointFactors DoubleStereographic::Factors(const Image& image) const {
 
 PointFactors DoubleStereographic::Factors(const Vector& v, double phi) const {
   const double cosChi = v.chi.cos;
-  const SinCos Lambda = cosChi > 0 ? SinCos{v.across / cosChi, v.along / cosChi} : SinCos{0, 1};
+  const SineCosine Lambda =
+      cosChi > 0 ? SineCosine{v.across / cosChi, v.along / cosChi} : SineCosine{0, 1};
   return Factors({v.chi, Lambda}, std::cos(phi));
 }
 

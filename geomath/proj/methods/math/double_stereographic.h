@@ -4,8 +4,9 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/ellipsoid.h"
-#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/methods/math/column_range.h"
 #include "geomath/proj/methods/math/conformal_sphere.h"
+#include "geomath/proj/point_factors.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
@@ -21,8 +22,8 @@ class DoubleStereographic {
   /// A point on the sphere: latitude χ, and longitude Λ from the meridian of origin.
   template <class Real>
   struct SpherePointOf {
-    SinCosOf<Real> chi;
-    SinCosOf<Real> Lambda;
+    SineCosineOf<Real> chi;
+    SineCosineOf<Real> Lambda;
   };
   using SpherePoint = SpherePointOf<double>;
   /// Northing and easting, metres, of a point; not finite at the antipode of the origin.
@@ -51,7 +52,7 @@ class DoubleStereographic {
   /// A point on the sphere as a vector: its height over the sphere's equator, and its parts along
   /// and across the meridian of origin.
   struct Vector {
-    SinCos chi;
+    SineCosine chi;
     double along, across;
     bool origin;
   };
@@ -88,8 +89,8 @@ class DoubleStereographic {
     return latitude & longitude & servesColumns_;
   }
   GEOMATH_INLINE bool ServesInverse(double north, double east) const {
-    constexpr double kLargest = 1e50;  // metres
-    const bool northing = std::abs(north) < kLargest, easting = std::abs(east) < kLargest;
+    const bool northing = std::abs(north) < kLargestCoordinate;
+    const bool easting = std::abs(east) < kLargestCoordinate;
     return northing & easting & servesColumns_;
   }
 

@@ -44,28 +44,28 @@ double ConformalLatitude::Isometric(double phi) const {
 }
 
 // tan(π/4 + φ/2) ← tan(π/4 + χ/2)·exp(e·artanh(e·sin φ)), the addition theorem once more.
-SinCos ConformalLatitude::FixedPointStep(SinCos chi, double sinPhi) const {
+SineCosine ConformalLatitude::FixedPointStep(SineCosine chi, double sinPhi) const {
   const double T = TanhExcess<simd::Libm>(sinPhi);
   const double divisor = 1 + T * chi.sin;
   return {(chi.sin + T) / divisor, chi.cos * std::sqrt(1 - T * T) / divisor};
 }
 
-double ConformalLatitude::FlatToGeodetic(SinCos chi) const {
-  SinCos phi = chi;
+double ConformalLatitude::FlatToGeodetic(SineCosine chi) const {
+  SineCosine phi = chi;
   for (int i = 0; i < kLatitudeSteps; ++i) phi = FixedPointStep(chi, phi.sin);
   return std::atan2(phi.sin, phi.cos);
 }
 
 bool ConformalLatitude::FromIsometric(double psi, double tolerance, int maxSteps,
                                       double& phi) const {
-  const SinCos chi = Gudermannian<simd::Libm>(psi);
+  const SineCosine chi = Gudermannian<simd::Libm>(psi);
   if (nearSphere_) {
     phi = ToGeodetic(chi);
     return true;
   }
   phi = std::atan2(chi.sin, chi.cos);
   for (int i = 0; i < maxSteps; ++i) {
-    const SinCos next = FixedPointStep(chi, std::sin(phi));
+    const SineCosine next = FixedPointStep(chi, std::sin(phi));
     const double previous = phi;
     phi = std::atan2(next.sin, next.cos);
     const double change = phi - previous;
@@ -79,15 +79,6 @@ CosinePowerSeries ConformalSeries(double e2) {
   return CosinePowerSeries(e2 / 2 + 5.0 / 24 * e4 + e6 / 12 + 13.0 / 360 * e8,
                            7.0 / 48 * e4 + 29.0 / 240 * e6 + 811.0 / 11520 * e8,
                            7.0 / 120 * e6 + 81.0 / 1120 * e8, 4279.0 / 161280 * e8);
-}
-
-double PrimeVerticalRadius(double sinPhi, const Ellipsoid& ell) {
-  return ell.a / std::sqrt(1 - ell.e2 * (sinPhi * sinPhi));
-}
-
-double MeridianRadius(double sinPhi, const Ellipsoid& ell) {
-  const double w2 = 1 - ell.e2 * (sinPhi * sinPhi);
-  return ell.a * (1 - ell.e2) / (w2 * std::sqrt(w2));
 }
 
 }  // namespace zel_cs::geomath

@@ -21,22 +21,22 @@ inline bool IsLatitude(double phi) { return std::abs(phi) <= kHalfPi; }
 
 /// Sine and cosine of one angle.
 template <class Real>
-struct SinCosOf {
+struct SineCosineOf {
   Real sin, cos;
 };
-using SinCos = SinCosOf<double>;
+using SineCosine = SineCosineOf<double>;
 
 /// Isometric latitude on the sphere, ψ = artanh(sin χ), of a latitude χ in [−π/2, π/2]. Sine and
 /// cosine may carry a common rounding factor. Absolute accuracy near the equator is that of one.
 template <class Math>
-GEOMATH_INLINE typename Math::Real SphericalIsometric(SinCosOf<typename Math::Real> chi) {
+GEOMATH_INLINE typename Math::Real SphericalIsometric(SineCosineOf<typename Math::Real> chi) {
   return Math::CopySign(Math::Log((1 + Math::Abs(chi.sin)) / chi.cos), chi.sin);
 }
 
 /// The angle whose isometric latitude on the sphere is ψ: sin = tanh ψ, cos = 1/cosh ψ. In columns
 /// |ψ| counts as 700 beyond that, where their exponential function ends and cos χ is 2e-304.
 template <class Math>
-GEOMATH_INLINE SinCosOf<typename Math::Real> Gudermannian(typename Math::Real psi) {
+GEOMATH_INLINE SineCosineOf<typename Math::Real> Gudermannian(typename Math::Real psi) {
   using Real = typename Math::Real;
   constexpr double kLargest = 700;
   Real size = Math::Abs(psi);
@@ -81,8 +81,8 @@ class ConformalLatitude {
 
   /// Conformal latitude of a geodetic one.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE SinCosOf<typename Math::Real> FromGeodetic(typename Math::Real sinPhi,
-                                                            typename Math::Real cosPhi) const {
+  GEOMATH_INLINE SineCosineOf<typename Math::Real> FromGeodetic(typename Math::Real sinPhi,
+                                                                typename Math::Real cosPhi) const {
     using Real = typename Math::Real;
     const Real T = TanhExcess<Math>(sinPhi);
     const Real divisor = 1 - T * sinPhi;
@@ -100,7 +100,7 @@ class ConformalLatitude {
   /// k steps from φ = χ the error is below e²·(e²/(1 − e²))^k. On flatter figures those 20 steps
   /// are made.
   template <class Math = simd::Libm>
-  GEOMATH_INLINE double ToGeodetic(SinCos chi) const {
+  GEOMATH_INLINE double ToGeodetic(SineCosine chi) const {
     if constexpr (!Math::kColumns)
       if (!nearSphere_) return FlatToGeodetic(chi);
     const double sin2 = 2 * chi.sin * chi.cos, cos2 = (chi.cos - chi.sin) * (chi.cos + chi.sin);
@@ -140,8 +140,8 @@ class ConformalLatitude {
   }
 
   double FlatExcess(double sinPhi) const;
-  double FlatToGeodetic(SinCos chi) const;
-  SinCos FixedPointStep(SinCos chi, double sinPhi) const;
+  double FlatToGeodetic(SineCosine chi) const;
+  SineCosine FixedPointStep(SineCosine chi, double sinPhi) const;
 
   double e_ = 0, e2_ = 0;
   bool nearSphere_ = true;  // the series hold
@@ -158,11 +158,5 @@ GEOMATH_INLINE Real ParallelRadius(Real sinPhi, Real cosPhi, double e2) {
   using std::sqrt;
   return cosPhi / sqrt(1 - e2 * (sinPhi * sinPhi));
 }
-
-/// Radius of curvature in the prime vertical ν, metres.
-double PrimeVerticalRadius(double sinPhi, const Ellipsoid& ell);
-
-/// Radius of curvature in the meridian ρ, metres.
-double MeridianRadius(double sinPhi, const Ellipsoid& ell);
 
 }  // namespace zel_cs::geomath

@@ -1,6 +1,6 @@
 #include "geomath/proj/methods/math/stem_transverse_mercator.h"
 
-#include "geomath/proj/geo_proj.h"
+#include "geomath/proj/point_factors.h"
 
 namespace zel_cs::geomath {
 

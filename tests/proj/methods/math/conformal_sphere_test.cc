@@ -70,7 +70,7 @@ TEST(ConformalSphere, TouchesAtItsNormalLatitude) {
     EXPECT_NEAR(sphere.Latitude(c.normal), c.chi0, kRounding);
     for (const Row& row : c.rows) {
       EXPECT_NEAR(sphere.Latitude(row.phi), row.chi, kRounding);
-      const SinCos chi = sphere.Latitude(std::sin(row.phi), std::cos(row.phi));
+      const SineCosine chi = sphere.Latitude(std::sin(row.phi), std::cos(row.phi));
       EXPECT_NEAR(chi.sin, std::sin(row.chi), kRounding);
       EXPECT_NEAR(chi.cos, std::cos(row.chi), kRounding);
       EXPECT_NEAR(sphere.Geodetic(row.chi), row.phi, kRounding);
@@ -84,7 +84,7 @@ TEST(ConformalSphere, CarriesPoleToPole) {
   for (const double sign : {1.0, -1.0}) {
     EXPECT_EQ(sphere.Geodetic(sign * kHalfPi), sign * kHalfPi);
     EXPECT_NEAR(sphere.Latitude(sign * kHalfPi), sign * kHalfPi, kRounding);
-    const SinCos chi = sphere.Latitude(sign, 0.0);
+    const SineCosine chi = sphere.Latitude(sign, 0.0);
     EXPECT_EQ(chi.sin, sign);
     EXPECT_EQ(chi.cos, 0);
     EXPECT_EQ(sphere.Geodetic(chi), sign * kHalfPi);

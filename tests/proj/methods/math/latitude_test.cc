@@ -51,7 +51,7 @@ TEST(ConformalLatitude, AgreesWithHighPrecisionBothWays) {
     const ConformalLatitude latitude(MakeEllipsoid(6378137, row.invF));
     const double s = std::sin(row.phi), c = std::cos(row.phi);
     EXPECT_NEAR(latitude.Isometric(s, c), row.psi, kRounding * (1 + std::abs(row.psi)));
-    const SinCos chi = latitude.FromGeodetic(s, c);
+    const SineCosine chi = latitude.FromGeodetic(s, c);
     EXPECT_NEAR(chi.sin, row.sinChi, kRounding);
     EXPECT_NEAR(chi.cos, row.cosChi, kRounding * row.cosChi * 2);
     EXPECT_NEAR(latitude.ToGeodetic({row.sinChi, row.cosChi}), row.phi, kRounding);
