@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 
+#include "geomath/proj/internal/kind.h"
 #include "geomath/proj/methods/ak01_proj.h"
 #include "geomath/proj/methods/ak29_proj.h"
 #include "geomath/proj/methods/albers_ea_conic_proj.h"
@@ -62,8 +63,6 @@ bool IsPrinted(const ParamDescription& param) {
 
 /// One kind: the parameters of its class, in the forms that the interface takes.
 struct ProjTypeRow {
-  static constexpr std::size_t kMaxParams = 16;
-
   /// `paramCount`, when it is not 0, may exceed the parameters that are described.
   template <class Param>
   ProjTypeRow(ProjType kind, std::span<const Param> rows, std::size_t paramCount = 0)

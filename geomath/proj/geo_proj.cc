@@ -7,8 +7,10 @@
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
 #include "geomath/base/height_scale.h"
+#include "geomath/proj/internal/angle_bounds.h"
 #include "geomath/proj/internal/formula_view.h"
 #include "geomath/proj/internal/host_replaces.h"
+#include "geomath/proj/internal/kind.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
@@ -16,10 +18,7 @@ namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kNotComputed = 2147483647.0;
-constexpr int kMaxParams = 16;
 constexpr double kSmallestScale = 1e-20;
-constexpr double kMaxLatitude = kPi;  // deliberately loose
-constexpr double kMaxLongitude = 2 * kTwoPi;
 
 constexpr unsigned int kToUser = 0, kToInternal = 1;
 
@@ -46,16 +45,9 @@ TGeoProj::TGeoProj(unsigned int type, int paramCount, double a, double invF, boo
     : ell_(MakeEllipsoid(a, invF)),
       scale_(1.0),
       convergence_(0.0),
-      paramCount_(paramCount),
-      type_(static_cast<ProjType>(type)),
-      flag_(flag) {
-  if (type > static_cast<unsigned int>(ProjTypeNone) || paramCount > kMaxParams) {
-    paramCount_ = 0;
-    type_ = ProjTypeNone;
-  } else if (paramCount <= 0) {
-    type_ = ProjTypeNone;
-  }
-}
+      paramCount_(KindOf(type, paramCount).paramCount),
+      type_(KindOf(type, paramCount).type),
+      flag_(flag) {}
 
 TGeoProj::TGeoProj(ProjType type, std::span<const ParamRow> params, double a, double invF)
     : TGeoProj(static_cast<unsigned int>(type), static_cast<int>(params.size()), a, invF, true) {}
@@ -136,9 +128,7 @@ void TGeoProj::SetEllipsoid(double a, double invF) {
 double TGeoProj::FNorth() const { return 0.0; }
 double TGeoProj::FEast() const { return 0.0; }
 
-bool TGeoProj::IsAngleCoordValid(double b, double l) {
-  return std::abs(b) <= kMaxLatitude && std::abs(l) <= kMaxLongitude;
-}
+bool TGeoProj::IsAngleCoordValid(double b, double l) { return IsLooselyValid(b, l); }
 
 double TGeoProj::GetHScale(double h) { return HeightScale(h); }
 

@@ -4,12 +4,11 @@
 #include <new>
 
 #include "geomath/proj/built_in_projection_types.h"
+#include "geomath/proj/internal/kind.h"
 #include "geomath/proj/internal/loader_registry.h"
 
 namespace zel_cs::geomath {
 namespace {
-
-constexpr int kMaxParams = 16;
 
 /// Loader of one of this library's own kinds.
 class BuiltInLoader final : public TProjectionTypeLoader {
@@ -37,14 +36,7 @@ class Registry : public LoaderRegistry<TProjectionTypeLoader> {
 }  // namespace
 
 ProjectionType::ProjectionType(unsigned int type, int count, char** names)
-    : count_(count), names_(names), type_(static_cast<ProjType>(type)) {
-  if (type > static_cast<unsigned int>(ProjTypeNone) || count > kMaxParams) {
-    count_ = 0;
-    type_ = ProjTypeNone;
-  } else if (count <= 0) {
-    type_ = ProjTypeNone;
-  }
-}
+    : count_(KindOf(type, count).paramCount), names_(names), type_(KindOf(type, count).type) {}
 
 ProjectionType::~ProjectionType() = default;
 

@@ -1,11 +1,10 @@
 #include "geomath/proj/table_proj.h"
 
-#include <cmath>
 #include <cstddef>
 #include <stdexcept>
 
-#include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
+#include "geomath/proj/internal/angle_bounds.h"
 #include "geomath/proj/internal/loader_registry.h"
 
 namespace zel_cs::geomath {
@@ -31,9 +30,7 @@ TTableProj::~TTableProj() = default;
 bool TTableProj::Forward(double& b, double& l) { return math_ && math_->Forward(b, l); }
 bool TTableProj::Inverse(double& n, double& e) { return math_ && math_->Inverse(n, e); }
 
-bool TTableProj::IsAngleCoordValid(double lat, double lon) {
-  return std::abs(lat) <= kPi && std::abs(lon) <= 2 * kTwoPi;
-}
+bool TTableProj::IsAngleCoordValid(double lat, double lon) { return IsLooselyValid(lat, lon); }
 
 bool TTableProj::IsGridCoordValid(double, double) { return false; }
 unsigned char TTableProj::GetNEDir() { return kNorthEastDirection; }

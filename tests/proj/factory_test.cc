@@ -184,7 +184,7 @@ bool HonoursDegrees(TGeoProj& proj, int index) {
 
 // The description of a kind and the class that its key builds are two statements about one
 // parameter list. Where they differ on purpose:
-TEST(Factory, ParametersAreOfTheKindsThatTheDescriptionsSay) {
+TEST(Factory, ParametersHaveTheNamesAndKindsThatTheDescriptionsSay) {
   // The azimuth of the central line is exchanged in radians under every code.
   const std::set<std::pair<std::wstring, int>> radians = {{L"OM", 0}};
   // Descriptions that leave out parameters of their class, or declare more.
@@ -208,6 +208,7 @@ TEST(Factory, ParametersAreOfTheKindsThatTheDescriptionsSay) {
     const auto count = counts.find(key);
     EXPECT_EQ(proj->GetQParam(), count != counts.end() ? count->second : kind.GetQParam());
     for (int i = 0; i < std::min(proj->GetQParam(), kind.GetQParam()); ++i) {
+      EXPECT_STREQ(proj->Params()[static_cast<std::size_t>(i)].name, kind.GetParamName(i));
       const bool described = kind.GetParamType(i) == kParamTypeAngle && kind.DoConvertToUnit(i);
       EXPECT_EQ(HonoursDegrees(*proj, i), described && radians.count({key, i}) == 0) << i;
     }

@@ -25,7 +25,7 @@ class GEOMATH_API TAlbersEAConicProj : public TGeoProj {
   TAlbersEAConicProj(double a, double invF, double southLat, double northLat, double lon0,
                      double lat0, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Standard parallels, and the origin with its false coordinates.
   double SouthLat() const { return phiS_; }
   void SouthLat(double value) { Set(phiS_, value); }
   double NorthLat() const { return phiN_; }

@@ -26,7 +26,7 @@ class GEOMATH_API TCassiniProj : public TGeoProj {
   TCassiniProj(double a, double invF, double lat0, double lon0, double axisAzimuth, double fEast,
                double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Origin, the grid azimuth of its north axis, and its false coordinates.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

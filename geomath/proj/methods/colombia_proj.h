@@ -24,7 +24,7 @@ class GEOMATH_API TColombiaProj : public TGeoProj {
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TColombiaProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Origin and its false coordinates.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

@@ -38,7 +38,7 @@ struct CountyParams {
 /// only counts them twice.
 class GEOMATH_API CountyProj : public TGeoProj {
  public:
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Those of CountyParams but for the ellipsoid, which SetParam alone sets.
   double LonOrigin() const { return lonOrigin_; }
   void LonOrigin(double value) { Set(lonOrigin_, value); }
   double LatOrigin() const { return latOrigin_; }

@@ -6,14 +6,10 @@
 #include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/param_table.h"
 
 namespace zel_cs::geomath {
-namespace {
-
-constexpr double kSmallFlattening = 0.0025;  // |n| up to which every sum is below 0.03
-
-}  // namespace
 
 constexpr ParamRow TDenmarkTMProj::kParams[] = {
     {"Central Meridian", Quantity::longitude, &TDenmarkTMProj::lambda0_},
@@ -73,7 +69,7 @@ void TDenmarkTMProj::Init() {
   DenmarkTmFormulas& f = *formulas_;
   f.lambda0 = lambda0_;
   f.fEast = fEast_;
-  f.nearSphere = std::abs(n) <= kSmallFlattening;
+  f.nearSphere = ConformalLatitude(ell_).ServesColumns();  // every sum is then below 0.03
   std::ranges::copy(cbg, f.cbg);
   std::ranges::copy(cgb, f.cgb);
   std::ranges::copy(gtu, f.gtu);

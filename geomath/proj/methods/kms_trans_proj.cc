@@ -1,12 +1,12 @@
 #include "geomath/proj/methods/kms_trans_proj.h"
 
+#include "geomath/proj/internal/direction_codes.h"
 #include "geomath/proj/internal/formula_view.h"
 #include "geomath/proj/methods/kms_conversion.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr unsigned char kNorthWest = 0x81;
 constexpr int kDefaultSystem = 115;
 
 }  // namespace
@@ -17,12 +17,12 @@ TKMSTransProj::TKMSTransProj()
 TKMSTransProj::TKMSTransProj(double a, double invF, double cm, double scale, double lat0,
                              double fEast, double fNorth, int systemCode)
     : TDenmarkTMProj(a, invF, cm, scale, lat0, fEast, fNorth), systemCode_(systemCode) {
-  direction_ = kNorthWest;
+  direction_ = kNorthWestDirection;
 }
 
 void TKMSTransProj::SetNEAxes(const wchar_t* axes) {
   TDenmarkTMProj::SetNEAxes(axes);
-  direction_ = kNorthWest;
+  direction_ = kNorthWestDirection;
 }
 
 bool TKMSTransProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {

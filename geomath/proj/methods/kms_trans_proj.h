@@ -22,7 +22,7 @@ class GEOMATH_API TKMSTransProj : public TDenmarkTMProj {
   TKMSTransProj(double a, double invF, double cm, double scale, double lat0, double fEast,
                 double fNorth, int systemCode);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// The number of the grid system, which the conversions behind the projection go by.
   int SystemCode() const { return systemCode_; }
   void SystemCode(int value) { systemCode_ = value; }
 

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/proj/internal/direction_codes.h"
 #include "geomath/proj/methods/formulas/krovak_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
@@ -10,9 +11,6 @@
 
 namespace zel_cs::geomath {
 namespace {
-
-constexpr unsigned char kConstructedDirection = 0x81;
-constexpr unsigned char kSouthWestDirection = 0x84;
 
 constexpr double kLat0 = 0.8639379797371931;    // 49°30′
 constexpr double kLon0 = 0.7417649320975901;    // 42°30′ east of Ferro
@@ -56,7 +54,7 @@ TKrovakProj::TKrovakProj(double a, double invF, double lat0, double lon0, double
       k0_(scale),
       fEast_(fEast),
       fNorth_(fNorth) {
-  direction_ = kConstructedDirection;
+  direction_ = kNorthWestDirection;
   TKrovakProj::Prepare();
 }
 

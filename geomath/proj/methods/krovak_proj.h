@@ -33,7 +33,8 @@ class GEOMATH_API TKrovakProj : public TGeoProj {
   TKrovakProj(double a, double invF, double lat0, double lon0, double dLon, double Uq, double S0,
               double scale, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Centre and the offset of its meridian, the pole of the cone's axis, the pseudo-standard parallel.
+  /// False coordinates are reported, never added.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

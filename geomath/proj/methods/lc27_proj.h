@@ -31,7 +31,7 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
   TLC27Proj(double L1, double L2, double L3, double L4, double L5, double L6, double L78, double L9,
             double L10, double L11, int zone);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// The constants of a zone, in the units of the published table. The zone number is only stored.
   double L1() const { return L1_; }
   void L1(double value) { Set(L1_, value); }
   double L2() const { return L2_; }

@@ -25,7 +25,7 @@ class GEOMATH_API TMalaysia_CS2000Proj : public TGeoProj {
   TMalaysia_CS2000Proj(double a, double invF, double axisAzimuth, double scale, double lon0,
                        double lat0);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Grid azimuth of the north axis, what both coordinates are multiplied by, and the origin.
   double AxisAzimuth() const { return azimuth_; }
   void AxisAzimuth(double value) { Set(azimuth_, value); }
   double Scale() const { return k0_; }

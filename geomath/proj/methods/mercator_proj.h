@@ -25,7 +25,7 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TMercatorProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Meridian of origin, latitude of true scale, and the false coordinates of the origin on the equator.
   double Lon0() const { return lambda0_; }
   void Lon0(double value) { Set(lambda0_, value); }
   double Lat0() const { return phi0_; }

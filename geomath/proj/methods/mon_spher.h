@@ -27,7 +27,8 @@ class GEOMATH_API TMonSpher : public TGeoProj {
   TMonSpher(double a, double invF, double lat0, double lon0, double latNormal, double k1,
             double scale, double fEast, double fNorth, double axisAzimuth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Origin, normal latitude, the factor of the radius, the scale, false coordinates, and the grid azimuth
+  /// of the north axis.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

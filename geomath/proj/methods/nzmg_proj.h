@@ -26,7 +26,7 @@ class GEOMATH_API TNZMGProj : public TGeoProj {
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TNZMGProj(double a, double invF, double lat0, double lon0, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Origin and its false coordinates.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

@@ -27,7 +27,7 @@ class GEOMATH_API TSPC_LC83Proj : public TGeoProj {
   TSPC_LC83Proj(double a, double invF, double southLat, double northLat, double lon0, double lat0,
                 double fEast, double fNorth, int zone);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Standard parallels, and the origin with its false coordinates. The zone number is only stored.
   double SouthLat() const { return phiS_; }
   void SouthLat(double value) { Set(phiS_, value); }
   double NorthLat() const { return phiN_; }

@@ -19,7 +19,7 @@ class GEOMATH_API TSPC_OM83Proj : public HotineProj {
   TSPC_OM83Proj(double a, double invF, double azimuth, double scale, double lon0, double lat0,
                 double fEast, double fNorth, int zone);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Only stored.
   int Zone() const;
   void Zone(int value) { Set(zone_, value); }
 

@@ -26,7 +26,8 @@ class GEOMATH_API TSPC_TM83Proj : public TGeoProj {
   TSPC_TM83Proj(double a, double invF, double cm, double scale, double lat0, double fEast,
                 double fNorth, int zone);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Central meridian, the scale on it, and the origin with its false coordinates. The zone number is
+  /// only stored.
   double CM() const { return lambda0_; }
   void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }

@@ -32,7 +32,7 @@ class GEOMATH_API TSterProj : public TGeoProj {
   TSterProj(double a, double invF, double lat0, double lon0, double scale, double fEast,
             double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Centre, the scale there, and its false coordinates.
   double Lat0() const { return phi0_; }
   void Lat0(double value) { Set(phi0_, value); }
   double Lon0() const { return lambda0_; }

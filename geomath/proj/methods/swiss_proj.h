@@ -26,7 +26,7 @@ class GEOMATH_API TSwissProj : public TGeoProj {
   /// Semi-major axis (metres) and inverse flattening, then the parameters in their order.
   TSwissProj(double a, double invF, double lon0, double lat0, double fEast, double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Central point and its false coordinates.
   double L0() const { return lambda0_; }
   void L0(double value) { Set(lambda0_, value); }
   double B0() const { return phi0_; }

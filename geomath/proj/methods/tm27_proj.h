@@ -28,7 +28,7 @@ class GEOMATH_API TTM27Proj : public TGeoProj {
   /// The parameters in their order.
   TTM27Proj(double L1, double L2, double L34, double L5, double L6, int zone);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// The constants of a zone, in the units of the published table. The zone number is only stored.
   double L1() const { return L1_; }
   void L1(double value) { Set(L1_, value); }
   double L2() const { return L2_; }

@@ -19,7 +19,7 @@ class GEOMATH_API TTTMNZ : public TUTMProj {
   TTTMNZ(double a, double invF, double cm, double scale, double lat0, double fEast, double fNorth,
          double gridScale);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// By which distances from the false origin are divided.
   double GridScale() const { return gridScale_; }
   void GridScale(double value) { Set(gridScale_, value); }
 

@@ -29,7 +29,7 @@ class GEOMATH_API TUTMProj : public TGeoProj {
   TUTMProj(double a, double invF, double cm, double scale, double lat0, double fEast,
            double fNorth);
 
-  /// One parameter, in its unit; a setter takes effect at once.
+  /// Central meridian, the scale on it, and the origin with its false coordinates.
   double CM() const { return lambda0_; }
   void CM(double value) { Set(lambda0_, value); }
   double Scale() const { return k0_; }

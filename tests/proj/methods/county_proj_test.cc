@@ -54,7 +54,8 @@ TEST(CountyProj, TransverseMercatorGivesPublishedPoints) {
   constexpr double kSeries = 4e-5;  // metres, of the sin 6φ arc
   for (const TmControlPoint& p : kTmControlPoints)
     ExpectPublishedUnderEveryLift<TMinnesota_TMProj>(
-        p.a, p.invF, Grid(p.lon0Deg, p.lat0Deg, p.k0, p.fNorth, p.fEast),
+        p.grid.a, p.grid.invF,
+        Grid(p.grid.lon0Deg, p.grid.lat0Deg, p.grid.k0, p.grid.fNorth, p.grid.fEast),
         {p.name, p.phiDeg, p.lambdaDeg, p.north, p.east, p.printed + kSeries});
 }
 

@@ -9,6 +9,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 #include <type_traits>
 #include <typeindex>
@@ -695,6 +696,14 @@ TEST_P(ProjectionLaws, InverseUndoesForward) {
   std::cout << laws().name << ": worst round trip " << worst << " rad\n";
 }
 
+TEST_P(ProjectionLaws, EveryParameterHasARowWithANameOfItsOwn) {
+  const ProjPtr proj = GetParam().makeDefault();
+  std::set<std::string> names;
+  for (const ParamRow& row : proj->Params()) names.insert(row.name);
+  EXPECT_EQ(proj->Params().size(), static_cast<std::size_t>(proj->GetQParam()));
+  EXPECT_EQ(names.size(), proj->Params().size());
+}
+
 TEST_P(ProjectionLaws, ParametersComeBackInBothUnits) {
   const ProjPtr proj = Make();
   const std::string kinds = laws().kinds;
@@ -1007,7 +1016,8 @@ TEST_P(ProjectionLaws, SurvivesAnyNumber) {
         double b = first, l = second, n = first, e = second;
         proj.Forward(b, l);
         proj.Inverse(n, e);
-        b = n = first, l = e = second;
+        b = n = first;
+        l = e = second;
         const bool number = !std::isnan(first) && !std::isnan(second);
         EXPECT_LE(proj.ForwardBatch(&b, &l, 1), number ? 1u : 0u) << first << ' ' << second;
         EXPECT_LE(proj.InverseBatch(&n, &e, 1), number ? 1u : 0u) << first << ' ' << second;

@@ -19,19 +19,40 @@ constexpr double kGrs80A = 6378137, kGrs80InvF = 298.257222101;
 // program, and the rigorous projection of PROJ, in metres.
 struct Zone1927 {
   const char* name;
-  double L1, L2, L3, L4, L5, L6, L78, L9, L10, L11;
-  double latDeg, lonDeg, north, east, rigorousNorth, rigorousEast;
+  double constants[10];  // L1, L2, L3, L4, L5, L6, L78, L9, L10, L11
+  struct {
+    double latDeg, lonDeg;
+  } at;
+  struct {
+    double north, east;
+  } tabular, rigorous;
+
+  TLC27Proj Make() const {
+    TLC27Proj proj;
+    for (int i = 0; i < 10; ++i) proj.SetParam(constants[i], i, kUnitInternal);
+    proj.Zone(401);
+    return proj;
+  }
 };
 constexpr Zone1927 kZones1927[] = {
-    {"California I", 2000000, 439200, 24245358.05, 24792436.23, 0.9998946358, 0.6538843192,
-     146486.75847, 3.80992, 3.93575, 0, 40.5, -122.8, 129850.8227, 541792.1389, 129850.8276,
-     541792.1389},
-    {"Minnesota North", 2000000, 335160, 18984319.62, 19471398.75, 0.9999028166, 0.7412196637,
-     171684.63011, 3.80362, 5.01609, 0, 47.7, -94.5, 134358.6449, 504533.8352, 134358.6486,
-     504533.8351},
-    {"Texas South Central", 2000000, 356400, 37261509.20, 37807440.38, 0.9998632433, 0.4899126408,
-     105157.19059, 3.81962, 2.56899, 0, 29.0, -98.1, 129630.6412, 697286.5877, 129630.6483,
-     697286.5876},
+    {"California I",
+     {2000000, 439200, 24245358.05, 24792436.23, 0.9998946358, 0.6538843192, 146486.75847, 3.80992,
+      3.93575, 0},
+     {40.5, -122.8},
+     {129850.8227, 541792.1389},
+     {129850.8276, 541792.1389}},
+    {"Minnesota North",
+     {2000000, 335160, 18984319.62, 19471398.75, 0.9999028166, 0.7412196637, 171684.63011, 3.80362,
+      5.01609, 0},
+     {47.7, -94.5},
+     {134358.6449, 504533.8352},
+     {134358.6486, 504533.8351}},
+    {"Texas South Central",
+     {2000000, 356400, 37261509.20, 37807440.38, 0.9998632433, 0.4899126408, 105157.19059, 3.81962,
+      2.56899, 0},
+     {29.0, -98.1},
+     {129630.6412, 697286.5877},
+     {129630.6483, 697286.5876}},
 };
 
 TEST(LC27Proj, TabularZones) {
@@ -39,32 +60,32 @@ TEST(LC27Proj, TabularZones) {
   constexpr double kMethod = 0.03;  // metres from a rigorous Lambert inside a zone, mostly 0.01
   for (const Zone1927& z : kZones1927) {
     SCOPED_TRACE(z.name);
-    TLC27Proj proj(z.L1, z.L2, z.L3, z.L4, z.L5, z.L6, z.L78, z.L9, z.L10, z.L11, 401);
-    double b = z.latDeg * kDeg, l = z.lonDeg * kDeg;
+    TLC27Proj proj = z.Make();
+    double b = z.at.latDeg * kDeg, l = z.at.lonDeg * kDeg;
     ASSERT_TRUE(proj.Forward(b, l));
-    EXPECT_NEAR(b, z.north, kPrinted);
-    EXPECT_NEAR(l, z.east, kPrinted);
-    EXPECT_NEAR(std::hypot(b - z.rigorousNorth, l - z.rigorousEast), 0, kMethod);
+    EXPECT_NEAR(b, z.tabular.north, kPrinted);
+    EXPECT_NEAR(l, z.tabular.east, kPrinted);
+    EXPECT_NEAR(std::hypot(b - z.rigorous.north, l - z.rigorous.east), 0, kMethod);
     ASSERT_TRUE(proj.Inverse(b, l));
     constexpr double kClosure = 1e-3 / 6.3e6;  // 1 mm
-    EXPECT_NEAR(b, z.latDeg * kDeg, kClosure);
-    EXPECT_NEAR(l, z.lonDeg * kDeg, kClosure);
+    EXPECT_NEAR(b, z.at.latDeg * kDeg, kClosure);
+    EXPECT_NEAR(l, z.at.lonDeg * kDeg, kClosure);
   }
 }
 
 TEST(LC27Proj, KeepsItsOwnEllipsoid) {
   const Zone1927& z = kZones1927[0];
-  TLC27Proj proj(z.L1, z.L2, z.L3, z.L4, z.L5, z.L6, z.L78, z.L9, z.L10, z.L11, 401);
+  TLC27Proj proj = z.Make();
   EXPECT_EQ(proj.GetEllipsoid().a, 6378206.4);
   EXPECT_NEAR(proj.GetEllipsoid().b, 6356583.8, 1e-8);
   proj.SetEllipsoid(kGrs80A, kGrs80InvF);
-  double b = z.latDeg * kDeg, l = z.lonDeg * kDeg;
+  double b = z.at.latDeg * kDeg, l = z.at.lonDeg * kDeg;
   ASSERT_TRUE(proj.Forward(b, l));
-  EXPECT_NEAR(b, z.north, 1e-4);
+  EXPECT_NEAR(b, z.tabular.north, 1e-4);
 
   double b0, l0, db, dl;
   ASSERT_TRUE(proj.GetCentralPoint(b0, l0, db, dl));
-  EXPECT_NEAR(std::sin(b0), z.L6, 1e-9);
+  EXPECT_NEAR(std::sin(b0), z.constants[5], 1e-9);
   EXPECT_NEAR(l0, -122 * kDeg, 1e-15);
   EXPECT_EQ(proj.Zone(), 401);
 }

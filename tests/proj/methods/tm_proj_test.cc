@@ -6,8 +6,8 @@
 #include <limits>
 
 #include "geomath/proj/methods/utm_proj.h"
-#include "tests/proj/methods/exact_tm_rows.h"
 #include "tests/proj/methods/tm_control_points.h"
+#include "tests/proj/methods/tm_series.h"
 #include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
@@ -47,31 +47,6 @@ TYPED_TEST(TransverseMercator, HasFiveParametersInOrder) {
   EXPECT_TRUE(b0 == 0 && l0 == proj.CM() && db == kHalfPi && dl == kPi / 20);
 }
 
-TYPED_TEST(TransverseMercator, FollowsEveryWayToSetItUp) {
-  const TypeParam wanted(6377563.396, 299.3249646, 0.1, 0.9996, 0.2, 400000, -100000);
-  TypeParam byIndex, byName, copied;
-  byIndex.SetEllipsoid(6377563.396, 299.3249646);
-  for (int i = 0; i < 5; ++i) byIndex.SetParam(wanted.GetParam(i, 2), i, 2);
-  byName.CM(0.1);
-  byName.Scale(0.9996);
-  byName.Lat0(0.2);
-  byName.FEast(400000);
-  byName.FNorth(-100000);
-  byName.SetEllipsoid(6377563.396, 299.3249646);
-  copied = wanted;
-  double b = 0.9, l = 0.12;
-  wanted.ForwardPoint(b, l);
-  for (const TypeParam* proj : {&byIndex, &byName, &copied}) {
-    double n = 0.9, e = 0.12;
-    proj->ForwardPoint(n, e);
-    EXPECT_TRUE(n == b && e == l);
-    double backB = b, backL = l, refB = b, refL = l;
-    wanted.InversePoint(refB, refL);
-    proj->InversePoint(backB, backL);
-    EXPECT_TRUE(backB == refB && backL == refL);
-  }
-}
-
 // Metres on the ground within 3° that the inverse may be off: TTMProj stops its footpoint
 // iteration at 1 mm, TUTMProj has it in closed form.
 template <class Proj>
@@ -91,7 +66,7 @@ TYPED_TEST(TransverseMercator, ReproducesPublishedGrids) {
 
     double b = point.north, l = point.east;
     EXPECT_TRUE(proj.Inverse(b, l));
-    const double metresToRad = (point.printed + kFootpoint<TypeParam>) / point.a;
+    const double metresToRad = (point.printed + kFootpoint<TypeParam>) / point.grid.a;
     EXPECT_NEAR(b, point.phiDeg * kRadPerDeg, metresToRad);
     EXPECT_NEAR(l, point.lambdaDeg * kRadPerDeg, 2 * metresToRad);
   }
@@ -146,82 +121,65 @@ TYPED_TEST(TransverseMercator, NeverFails) {
       EXPECT_TRUE(proj.Forward(b, l));
       EXPECT_TRUE(proj.Inverse(n, e));
       proj.GetBLScale(k, x, y);
-      n = x, e = y;
+      n = x;
+      e = y;
       EXPECT_EQ(proj.ForwardBatch(&n, &e, 1), std::isfinite(b) && std::isfinite(l) ? 1u : 0u);
     }
 }
 
 TEST(TTMProj, StaysWithinItsTruncation) {
-  const TTMProj proj;
   constexpr Truncation kStated[] = {{3, 1.5e-4, 1e-3}, {6, 12e-3, 28e-3}};
-  for (const Truncation& stated : kStated) {
-    const Truncation worst = WorstTruncation(proj, stated.lambdaDeg);
-    EXPECT_LT(worst.forward, stated.forward);
-    EXPECT_LT(worst.inverse, stated.inverse);
-    EXPECT_GT(worst.forward, stated.forward / 10) << "a longer series than the one described";
-  }
+  ExpectTruncation(TTMProj(), kStated);
 }
-
-struct SeriesRow {
-  const TTMProj& proj;
-  double phiDeg, lambdaDeg, north, east;    // forward
-  double fromNorth, fromEast, phi, lambda;  // inverse, of the rounded grid position
-};
-
-const TTMProj kAiry(6377563.396, 299.3249646, -2 * kRadPerDeg, 0.9996012717, 49 * kRadPerDeg,
-                    400000, -100000);
-const TTMProj kHayford(6378388, 297, -81 * kRadPerDeg, 0.9999, 24.25 * kRadPerDeg, 200000, 0);
-const TTMProj kSouth(6378137, 298.257223563, 153 * kRadPerDeg, 0.9996, 0, 500000, 10000000);
 
 // The same series with the same footpoint rule, evaluated with 50 digits (mpmath) term by term as
 // the Ordnance Survey guide prints them.
-const SeriesRow kSeries[] = {
-    {kAiry, 49.9, -6.3, 8917.2069180000319915, 91271.642805144191398, 8917.207, 91271.643,
-     8.7091929671527524143e-1, -1.0995574271302713358e-1},
-    {kAiry, 52.65757, 1.71792, 313177.23083780434326, 651409.797685037668, 313177.231, 651409.798,
-     9.1904797260599969227e-1, 2.9983360316680854605e-2},
-    {kAiry, 57, -2.00001, 789852.22499999643324, 399999.39258021231435, 789852.225, 399999.393,
-     9.9483767363126601251e-1, -3.4906759452192129916e-2},
-    {kAiry, 60.8, -0.8, 1213535.5446539489277, 465301.7819770168114, 1213535.545, 465301.782,
-     1.0611601852682596135, -1.3962634006595057612e-2},
-    {kAiry, 50, 4, 28434.624094235231706, 829824.37066290985827, 28434.624, 829824.371,
-     8.7266462559261124728e-1, 6.9813169744024990697e-2},
-    {kHayford, 25.3, -80.2, 116538.90953258263866, 280559.86691223001608, 116538.91, 280559.867,
-     4.4156830081746723131e-1, -1.3997540600839546265},
-    {kHayford, 31, -87, 763436.64602455836109, -373488.02479694092549, 763436.646, -373488.025,
-     5.410520673423179986e-1, -1.5184364477136314174},
-    {kHayford, 28, -81, 415429.48255955664786, 200000.0, 415429.483, 200000.0,
-     4.8869219059908753967e-1, -1.4137166941154069022},
-    {kHayford, -12, -76.5, -4013723.9393998505045, 690496.47378467583576, -4013723.939, 690496.474,
-     -2.0943951006587366312e-1, -1.3351768788247484213},
-    {kSouth, -27.5, 153.02, 6958183.0247080955697, 501975.4522813313696, 6958183.025, 501975.452,
-     -4.7996554425120830204e-1, 2.6707028213520031571},
-    {kSouth, -43.6, 147.2, 5156182.8068726735271, 31838.147669839614912, 5156182.807, 31838.148,
-     -7.6096355345825236329e-1, 2.5691246594648490275},
-    {kSouth, -0.001, 156, 9999889.3172440267559, 833978.55677004611234, 9999889.317, 833978.557,
-     -1.7453325762985219498e-5, 2.7227136329993738572},
-    {kSouth, -79, 158.9, 1223678.5343728369585, 625470.46415494158185, 1223678.534, 625470.464,
-     -1.378810109125581687, 2.7733281811126179592},
-    {kSouth, -10, 150.1, 8893189.3429801200136, 182044.57235976824077, 8893189.343, 182044.572,
-     -1.7453292518796546326e-1, 2.6197392073011612264},
+const TmSeriesRow<TTMProj> kSeries[] = {
+    {kTmAiry<TTMProj>,
+     {49.9, -6.3, 8917.2069180000319915, 91271.642805144191398},
+     {8917.207, 91271.643, 8.7091929671527524143e-1, -1.0995574271302713358e-1}},
+    {kTmAiry<TTMProj>,
+     {52.65757, 1.71792, 313177.23083780434326, 651409.797685037668},
+     {313177.231, 651409.798, 9.1904797260599969227e-1, 2.9983360316680854605e-2}},
+    {kTmAiry<TTMProj>,
+     {57, -2.00001, 789852.22499999643324, 399999.39258021231435},
+     {789852.225, 399999.393, 9.9483767363126601251e-1, -3.4906759452192129916e-2}},
+    {kTmAiry<TTMProj>,
+     {60.8, -0.8, 1213535.5446539489277, 465301.7819770168114},
+     {1213535.545, 465301.782, 1.0611601852682596135, -1.3962634006595057612e-2}},
+    {kTmAiry<TTMProj>,
+     {50, 4, 28434.624094235231706, 829824.37066290985827},
+     {28434.624, 829824.371, 8.7266462559261124728e-1, 6.9813169744024990697e-2}},
+    {kTmHayford<TTMProj>,
+     {25.3, -80.2, 116538.90953258263866, 280559.86691223001608},
+     {116538.91, 280559.867, 4.4156830081746723131e-1, -1.3997540600839546265}},
+    {kTmHayford<TTMProj>,
+     {31, -87, 763436.64602455836109, -373488.02479694092549},
+     {763436.646, -373488.025, 5.410520673423179986e-1, -1.5184364477136314174}},
+    {kTmHayford<TTMProj>,
+     {28, -81, 415429.48255955664786, 200000.0},
+     {415429.483, 200000.0, 4.8869219059908753967e-1, -1.4137166941154069022}},
+    {kTmHayford<TTMProj>,
+     {-12, -76.5, -4013723.9393998505045, 690496.47378467583576},
+     {-4013723.939, 690496.474, -2.0943951006587366312e-1, -1.3351768788247484213}},
+    {kTmSouth<TTMProj>,
+     {-27.5, 153.02, 6958183.0247080955697, 501975.4522813313696},
+     {6958183.025, 501975.452, -4.7996554425120830204e-1, 2.6707028213520031571}},
+    {kTmSouth<TTMProj>,
+     {-43.6, 147.2, 5156182.8068726735271, 31838.147669839614912},
+     {5156182.807, 31838.148, -7.6096355345825236329e-1, 2.5691246594648490275}},
+    {kTmSouth<TTMProj>,
+     {-0.001, 156, 9999889.3172440267559, 833978.55677004611234},
+     {9999889.317, 833978.557, -1.7453325762985219498e-5, 2.7227136329993738572}},
+    {kTmSouth<TTMProj>,
+     {-79, 158.9, 1223678.5343728369585, 625470.46415494158185},
+     {1223678.534, 625470.464, -1.378810109125581687, 2.7733281811126179592}},
+    {kTmSouth<TTMProj>,
+     {-10, 150.1, 8893189.3429801200136, 182044.57235976824077},
+     {8893189.343, 182044.572, -1.7453292518796546326e-1, 2.6197392073011612264}},
 };
 
-constexpr double kSeriesMetres = 4e-9;    // two units in the last place of 1e7; worst 1.9e-9
-constexpr double kSeriesRadians = 1e-15;  // 6 nm on the ground; worst 4.4e-16
-
-TEST(TTMProj, EvaluatesItsSeries) {
-  for (const SeriesRow& row : kSeries) {
-    SCOPED_TRACE(testing::Message() << row.phiDeg << ' ' << row.lambdaDeg);
-    double n = row.phiDeg * kRadPerDeg, e = row.lambdaDeg * kRadPerDeg;
-    row.proj.ForwardPoint(n, e);
-    EXPECT_NEAR(n, row.north, kSeriesMetres);
-    EXPECT_NEAR(e, row.east, kSeriesMetres);
-    double b = row.fromNorth, l = row.fromEast;
-    row.proj.InversePoint(b, l);
-    EXPECT_NEAR(b, row.phi, kSeriesRadians);
-    EXPECT_NEAR(l, row.lambda, kSeriesRadians);
-  }
-}
+TEST(TTMProj, EvaluatesItsSeries) { ExpectTmSeries<TTMProj>(kSeries); }
 
 TEST(TTMProj, KeepsScaleAndConvergenceUncomputed) {
   TTMProj proj(kWgs84A, kWgs84InvF, 0, 0.9996, 0, 500000, 0);
