@@ -136,13 +136,17 @@ void RegisterEllipsoid() {
            OneByOne([](double& b, double& l, double& h) {
              double x, y, z;
              GeographicLib::Geocentric::WGS84().Forward(b, l, h, x, y, z);
-             b = x, l = y, h = z;
+             b = x;
+             l = y;
+             h = z;
            }));
   Register("geocentric to geodetic/GeographicLib", Geocentric(),
            OneByOne([](double& x, double& y, double& z) {
              double b, l, h;
              GeographicLib::Geocentric::WGS84().Reverse(x, y, z, b, l, h);
-             x = b, y = l, z = h;
+             x = b;
+             y = l;
+             z = h;
            }));
 #endif
 }
@@ -192,12 +196,14 @@ void RegisterUtm() {
   Register("UTM forward/GeographicLib", degrees, OneByOne([](double& b, double& l) {
              double x, y;
              GeographicLib::TransverseMercator::UTM().Forward(9, b, l, x, y);
-             b = y, l = x + 500000;
+             b = y;
+             l = x + 500000;
            }));
   Register("UTM inverse/GeographicLib", GridInZone(), OneByOne([](double& n, double& e) {
              double b, l;
              GeographicLib::TransverseMercator::UTM().Reverse(9, e - 500000, n, b, l);
-             n = b, e = l;
+             n = b;
+             e = l;
            }));
 #endif
 }
@@ -233,9 +239,12 @@ const GridToGround& Ground() {
   static const GridToGround ground = [] {
     GridToGround result;
     result.flags = GridToGround::kHasOrigin;
-    result.scale = 1.0002, result.rotation = 0.1;
-    result.originN = 5e5, result.originE = 4e5;
-    result.offsetN = 70, result.offsetE = -20;
+    result.scale = 1.0002;
+    result.rotation = 0.1;
+    result.originN = 5e5;
+    result.originE = 4e5;
+    result.offsetN = 70;
+    result.offsetE = -20;
     return result;
   }();
   return ground;

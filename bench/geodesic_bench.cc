@@ -62,7 +62,9 @@ void RegisterOurs() {
     for (std::size_t i = 0; i < kBenchPoints; ++i) {
       const GeodesicMeasure line =
           Wgs84().Inverse(l.from.first[i], l.from.second[i], l.to.first[i], l.to.second[i]);
-      a[i] = line.distance, b[i] = line.azimuth, c[i] = line.backAzimuth;
+      a[i] = line.distance;
+      b[i] = line.azimuth;
+      c[i] = line.backAzimuth;
     }
   });
   Register("geodesic inverse/batch", [](const Lines& l, double* a, double* b, double* c) {
@@ -73,7 +75,9 @@ void RegisterOurs() {
     for (std::size_t i = 0; i < kBenchPoints; ++i) {
       const GeodesicEnd end =
           Wgs84().Direct(l.from.first[i], l.from.second[i], l.azimuth[i], l.distance[i]);
-      a[i] = end.b, b[i] = end.l, c[i] = end.backAzimuth;
+      a[i] = end.b;
+      b[i] = end.l;
+      c[i] = end.backAzimuth;
     }
   });
   Register("geodesic direct/batch", [](const Lines& l, double* a, double* b, double* c) {

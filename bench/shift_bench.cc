@@ -267,7 +267,8 @@ void RegisterLoading() {
     for (auto _ : state) {
       const ProjPeer peer(definition.c_str());
       peer.Convert(PJ_FWD, &x, &y, &z, 1);
-      x = 3300000, y = 6800000;
+      x = 3300000;
+      y = 6800000;
     }
     state.SetItemsProcessed(state.iterations());
   });

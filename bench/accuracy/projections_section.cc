@@ -88,13 +88,15 @@ Real MeasureBatch(const Subject& subject, const Band& band) {
         scalar[0][i] = scalar[1][i] = std::numeric_limits<double>::quiet_NaN();
   };
 
-  scalar[0] = batch[0], scalar[1] = batch[1];
+  scalar[0] = batch[0];
+  scalar[1] = batch[1];
   oneByOne(&TGeoProj::Forward);
   projection.ForwardBatch(batch[0].data(), batch[1].data(), count);
   const Real forward =
       Deviation(batch, scalar, [](std::size_t, Real dN, Real dE) { return std::hypot(dN, dE); });
 
-  batch[0] = scalar[0], batch[1] = scalar[1];
+  batch[0] = scalar[0];
+  batch[1] = scalar[1];
   oneByOne(&TGeoProj::Inverse);
   projection.InverseBatch(batch[0].data(), batch[1].data(), count);
   const Real inverse = Deviation(batch, scalar, [&](std::size_t i, Real dPhi, Real dLambda) {

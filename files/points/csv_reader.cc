@@ -58,7 +58,10 @@ char SeparatorOf(std::string_view row, std::size_t fields) {
     const bool asKnown = fields > 1 && static_cast<std::size_t>(count) + 1 == fields;
     // With blanks as many as commas, the commas are decimal.
     if (asKnown && !(c == ',' && gaps + 1 == fields)) return c;
-    if (count > mostCount) most = c, mostCount = count;
+    if (count > mostCount) {
+      most = c;
+      mostCount = count;
+    }
   }
   const bool byBlanks = fields > 1 ? gaps + 1 == fields : mostCount == 0 && gaps > 0;
   return byBlanks ? ' ' : most;

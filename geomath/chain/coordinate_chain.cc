@@ -113,7 +113,11 @@ struct CoordinateChain::Block {
     if (alive == count || alive == 0) return;
     const auto living = std::find(failed, failed + count, ChainStep::none) - failed;
     for (std::size_t i = 0; i < count; ++i)
-      if (!Alive(i)) x[i] = x[living], y[i] = y[living], h[i] = h[living];
+      if (!Alive(i)) {
+        x[i] = x[living];
+        y[i] = y[living];
+        h[i] = h[living];
+      }
   }
 
   void FailAll(ChainStep step) {
@@ -203,7 +207,10 @@ std::size_t CoordinateChain::KeepUncalibrated(Block& p, unsigned char mode, Conv
   for (std::size_t i = 0; i < p.count; ++i) {
     if (!std::isfinite(p.x[i])) continue;
     if (mode == LocalToGrid::kHorizontal) p.h[i] = h[i];
-    if (mode == LocalToGrid::kVertical) p.x[i] = x[i], p.y[i] = y[i];
+    if (mode == LocalToGrid::kVertical) {
+      p.x[i] = x[i];
+      p.y[i] = y[i];
+    }
   }
   return converted;
 }

@@ -74,7 +74,8 @@ std::size_t DistortionAtGrid(const TGeoProj& proj, const double* n, const double
     const std::size_t size = std::min(kBatchBlock, count - start);
     double b[kBatchBlock], l[kBatchBlock];
     for (std::size_t i = 0; i < size; ++i) {
-      b[i] = n[start + i], l[i] = e[start + i];
+      b[i] = n[start + i];
+      l[i] = e[start + i];
       if (!proj.InversePoint(b[i], l[i])) b[i] = kNaN;
     }
     found += DistortBlock(proj, b, l, distortions + start, size);

@@ -22,8 +22,10 @@ struct DistortionFormulas {
     Math::SinCos(b, s, c);
     const double w2 = 1 - e2 * (s * s), w = std::sqrt(w2);
     const double perN = w / a, perM = perN * w2 / (1 - e2), perParallel = perN / c;
-    northN *= perM, northE *= perM;
-    eastN *= perParallel, eastE *= perParallel;
+    northN *= perM;
+    northE *= perM;
+    eastN *= perParallel;
+    eastE *= perParallel;
   }
 
   template <class Math>

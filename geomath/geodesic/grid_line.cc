@@ -56,14 +56,16 @@ GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
 bool GridLines::Locate(const GridPoint& at, End& end) const {
   constexpr double kRounding = 1e-8, kUnrelated = 1;  // metres
   end.at = at;
-  end.b = at.n, end.l = at.e;
+  end.b = at.n;
+  end.l = at.e;
   if (!proj_->InversePoint(end.b, end.l)) return false;
   double n = end.b, e = end.l;
   if (!proj_->ForwardPoint(n, e)) return false;
   const double restN = at.n - n, restE = at.e - e, rest = std::hypot(restN, restE);
   if (!(rest < kUnrelated)) return false;
   if (rest > kRounding) {
-    end.b = at.n + restN, end.l = at.e + restE;
+    end.b = at.n + restN;
+    end.l = at.e + restE;
     if (!proj_->InversePoint(end.b, end.l)) return false;
   }
   GridDerivatives derivatives = {kNaN, kNaN, kNaN, kNaN};
@@ -72,7 +74,9 @@ bool GridLines::Locate(const GridPoint& at, End& end) const {
   double undulation = 0;
   if (geoid_ && !geoid_->Height(end.b, end.l, undulation)) return false;
   end.height = at.h + undulation;
-  end.x = end.b, end.y = end.l, end.z = end.height;
+  end.x = end.b;
+  end.y = end.l;
+  end.z = end.height;
   return proj_->GetEllipsoid().BLH_to_XYZ(end.x, end.y, end.z);
 }
 
@@ -133,8 +137,10 @@ std::size_t GridLines::Between(const GridPoint* from, const GridPoint* to, GridL
     const std::size_t n = std::min(kBlock, count - start);
     for (std::size_t i = 0; i < n; ++i) {
       const bool located = Locate(from[start + i], first[i]) && Locate(to[start + i], second[i]);
-      b1[i] = located ? first[i].b : kNaN, l1[i] = first[i].l;
-      b2[i] = second[i].b, l2[i] = second[i].l;
+      b1[i] = located ? first[i].b : kNaN;
+      l1[i] = first[i].l;
+      b2[i] = second[i].b;
+      l2[i] = second[i].l;
     }
     geodesic_.InverseBatch(b1, l1, b2, l2, distance, azimuth, back, n);
     for (std::size_t i = 0; i < n; ++i) {

@@ -73,7 +73,8 @@ bool Traverse::Leg(const GridPoint& from, double azimuth, double distance, Trave
   double length = distance;
   for (int i = 0; i < kMaxLegSteps; ++i) {
     const GeodesicEnd end = geodesic.At(length);
-    to.n = end.b, to.e = end.l;
+    to.n = end.b;
+    to.e = end.l;
     backAzimuth = end.backAzimuth;
     if (!(std::isfinite(end.b) && proj.ForwardPoint(to.n, to.e))) return false;
     if (kind == TraverseDistance::geodesic) return true;
@@ -122,7 +123,8 @@ bool Traverse::Compute(const TraverseField& field, TraverseAdjustment adjustment
   result = {};
   const double endAngle = field.endAngle.value_or(kNaN);
   const Conditions misclosure = path.Misclosure(field, endAngle);
-  result.misclosureN = misclosure[0], result.misclosureE = misclosure[1];
+  result.misclosureN = misclosure[0];
+  result.misclosureE = misclosure[1];
   result.misclosureAngle = misclosure[2];
   for (std::size_t i = 0; i < legs; ++i)
     result.length += std::hypot(path.stations[i + 1].n - path.stations[i].n,

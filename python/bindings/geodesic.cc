@@ -137,9 +137,11 @@ py::tuple Line(const GeodesicObject& g, double lat1, double lon1, double lat2, d
   for (std::size_t i = 1; i < parts; ++i) {
     const double share = static_cast<double>(i) / static_cast<double>(parts);
     const GeodesicEnd at = line.At(measured.distance * share);
-    lat[i] = at.b / unit, lon[i] = at.l / unit;
+    lat[i] = at.b / unit;
+    lon[i] = at.l / unit;
   }
-  lat.back() = lat2, lon.back() = lon2;
+  lat.back() = lat2;
+  lon.back() = lon2;
   return py::make_tuple(ArrayOf(lat), ArrayOf(lon));
 }
 

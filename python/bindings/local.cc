@@ -67,7 +67,10 @@ py::object ConvertSite(const LocalToGrid& site, py::object north, py::object eas
     for (std::size_t i = 0; i < n; ++i) {  // a part that was not calibrated passes unchanged
       if (!std::isfinite(c[0][i])) continue;
       if (site.mode == LocalToGrid::kHorizontal) c[2][i] = given[2][i];
-      if (site.mode == LocalToGrid::kVertical) c[0][i] = given[0][i], c[1][i] = given[1][i];
+      if (site.mode == LocalToGrid::kVertical) {
+        c[0][i] = given[0][i];
+        c[1][i] = given[1][i];
+      }
     }
   });
 }

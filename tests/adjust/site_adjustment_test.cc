@@ -16,8 +16,12 @@ namespace {
 
 AdjustmentPoint PointAt(double n, double e, double h, double localN, double localE, double localH) {
   AdjustmentPoint p;
-  p.grid[0] = n, p.grid[1] = e, p.grid[2] = h;
-  p.local[0] = localN, p.local[1] = localE, p.local[2] = localH;
+  p.grid[0] = n;
+  p.grid[1] = e;
+  p.grid[2] = h;
+  p.local[0] = localN;
+  p.local[1] = localE;
+  p.local[2] = localH;
   return p;
 }
 
@@ -101,7 +105,9 @@ TEST(SiteAdjustment, LeavesOutAndFindsErrorsAsItSays) {
     auto points = Site(9, 0.02, random);
     for (std::size_t i = 0; i < points.size(); ++i) {
       auto& C = points[i].localCovariance;
-      C[0][0] = 4e-4, C[1][1] = 9e-4, C[2][2] = 1e-3 * (1 + static_cast<double>(i));
+      C[0][0] = 4e-4;
+      C[1][1] = 9e-4;
+      C[2][2] = 1e-3 * (1 + static_cast<double>(i));
       C[0][1] = C[1][0] = 2e-4;
       points[i].gridCovariance[0][0] = points[i].gridCovariance[2][2] = 1e-4;
     }

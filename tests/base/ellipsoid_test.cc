@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/curvature.h"
 #include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
@@ -121,11 +122,17 @@ TEST(Ellipsoid, OfInfiniteInverseFlatteningIsASphere) {
   EXPECT_NEAR(z, 10, 2e-9);
 }
 
-TEST(Ellipsoid, GivesTheGaussianRadius) {
-  // √(ρν) at 0°, 46°57′08.66″ and 90°, 50 digits (mpmath).
+TEST(Ellipsoid, GivesTheRadiiOfCurvature) {
+  // √(ρν), ρ and ν at 0°, 46°57′08.66″ and 90°, 50 digits (mpmath).
   EXPECT_NEAR(kWgs84.GetGaussianRadius(0), 6356752.3142451794994, 2e-9);
   EXPECT_NEAR(kWgs84.GetGaussianRadius(0.81947406867611), 6379560.0740838960175, 3e-9);
   EXPECT_NEAR(kWgs84.GetGaussianRadius(-kHalfPi), 6399593.6257584930717, 3e-9);
+  EXPECT_NEAR(MeridianRadius(kWgs84, 0), 6335439.3272928200308, 2e-9);
+  EXPECT_NEAR(MeridianRadius(kWgs84, 0.81947406867611), 6369566.8282271278849, 3e-9);
+  EXPECT_NEAR(MeridianRadius(kWgs84, -kHalfPi), 6399593.6257584930735, 3e-9);
+  EXPECT_EQ(PrimeVerticalRadius(kWgs84, 0), kWgs84A);
+  EXPECT_NEAR(PrimeVerticalRadius(kWgs84, 0.81947406867611), 6389568.9983950154392, 3e-9);
+  EXPECT_NEAR(PrimeVerticalRadius(kWgs84, -kHalfPi), 6399593.6257584930735, 3e-9);
 }
 
 // Half a unit in the last place for each of the roundings of B, L, N + H and the products.
@@ -182,7 +189,9 @@ TEST(Ellipsoid, ConvertsTheAxisAndTheCentre) {
     EXPECT_EQ(y, 0);
     EXPECT_NEAR(z, c.H, 2e-9);
 
-    x = c.X, y = c.Y, z = c.Z;
+    x = c.X;
+    y = c.Y;
+    z = c.Z;
     EXPECT_EQ(kWgs84.XYZ_to_BLH_Batch(&x, &y, &z, 1), 1u);
     EXPECT_NEAR(x, c.B, 2e-16);
     EXPECT_EQ(y, 0);
@@ -345,7 +354,9 @@ TEST(EllipsoidBatch, TakesPointsWhereverTheyStand) {
   std::vector<double> B(kCount), L(kCount), H(kCount);
   for (std::size_t i = 0; i < kCount; ++i) {
     const double t = static_cast<double>(i) / kCount;
-    B[i] = 1.5 * t, L[i] = 3 - 6 * t, H[i] = 8000 * t;
+    B[i] = 1.5 * t;
+    L[i] = 3 - 6 * t;
+    H[i] = 8000 * t;
   }
   std::vector<double> x = B, y = L, z = H;
   kWgs84.BLH_to_XYZ_Batch(x.data(), y.data(), z.data(), kCount);
@@ -354,8 +365,11 @@ TEST(EllipsoidBatch, TakesPointsWhereverTheyStand) {
     const std::size_t step = static_cast<std::size_t>(std::abs(stride));
     std::vector<double> points(step * kCount, kUntouched);
     const auto at = [&](std::size_t i) { return step * (stride < 0 ? kCount - 1 - i : i); };
-    for (std::size_t i = 0; i < kCount; ++i)
-      points[at(i)] = B[i], points[at(i) + 1] = L[i], points[at(i) + 2] = H[i];
+    for (std::size_t i = 0; i < kCount; ++i) {
+      points[at(i)] = B[i];
+      points[at(i) + 1] = L[i];
+      points[at(i) + 2] = H[i];
+    }
     double* first = &points[at(0)];
     EXPECT_EQ(kWgs84.BLH_to_XYZ_Batch(first, first + 1, first + 2, kCount, stride), kCount);
     for (std::size_t i = 0; i < kCount; ++i) {
@@ -378,9 +392,13 @@ TEST(Ellipsoid, SurvivesAnyNumbers) {
         for (const double w : values) {
           double x = v, y = w, z = v;
           EXPECT_TRUE(ell.BLH_to_XYZ(x, y, z));
-          x = v, y = v, z = w;
+          x = v;
+          y = v;
+          z = w;
           ell.XYZ_to_BLH(x, y, z);
-          x = w, y = v, z = v;
+          x = w;
+          y = v;
+          z = v;
           const bool converted = ell.XYZ_to_BLH_Batch(&x, &y, &z, 1) == 1;
           EXPECT_EQ(std::isfinite(x) && std::isfinite(y) && std::isfinite(z), converted);
         }

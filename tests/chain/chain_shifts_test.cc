@@ -85,7 +85,9 @@ TEST(ChainShifts, RunInTheirPlaces) {
     Point p = kGiven, local = kGiven;
     double undulation, unused1 = kGiven.b, unused2 = kGiven.l, height = kGiven.h;
     const auto lower = [&] {
-      unused1 = p.b, unused2 = p.l, height = p.h;
+      unused1 = p.b;
+      unused2 = p.l;
+      height = p.h;
       ASSERT_TRUE(geoid.Height(p.b, p.l, undulation));
       height -= undulation;
       ASSERT_TRUE(levels->Forward(unused1, unused2, height));

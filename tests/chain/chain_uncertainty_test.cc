@@ -61,7 +61,11 @@ std::unique_ptr<ShiftGrid> Grid(ShiftComponents components, ShiftInterpolation i
   definition.interpolation = interpolation;
   definition.horizontalUnit = plane ? 1 : kRadPerArcSecond;
   ShiftGridPart part{"", 0, 0.78, 0.12, 0.013, 0.011, 9, 9, {}, {}};
-  if (plane) part.south = 4.9e6, part.west = 2e5, part.northStep = part.eastStep = 7e4;
+  if (plane) {
+    part.south = 4.9e6;
+    part.west = 2e5;
+    part.northStep = part.eastStep = 7e4;
+  }
   for (int i = 0; i < 81; ++i) {
     const auto x = static_cast<float>(i / 9), y = static_cast<float>(i % 9);
     if (components != ShiftComponents::vertical)
@@ -479,7 +483,9 @@ TEST(ChainUncertainty, BatchesAreItsPoints) {
     for (std::size_t i = 0; i < kCount; ++i) {
       const auto x = static_cast<double>(i);
       double* const p = &points[3 * i];
-      p[0] = 0.8 + 1e-4 * x, p[1] = 0.13 + 0.9e-4 * x, p[2] = x;
+      p[0] = 0.8 + 1e-4 * x;
+      p[1] = 0.13 + 0.9e-4 * x;
+      p[2] = x;
       if (!toLocal && i % 7 != 0) all.chain.ToLocal(p[0], p[1], p[2]);
       if (i % 7 == 0) p[0] = i % 2 == 0 ? 4e9 : NAN;
       std::copy_n(&kGiven[0][0], 9, &covariances[9 * i]);

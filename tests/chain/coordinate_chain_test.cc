@@ -139,7 +139,9 @@ TEST(CoordinateChain, EveryAbsentStepIsLeftOut) {
   gb.wgs84.BLH_to_XYZ(b, l, up);
   gb.datum.ToLocalDatum(b, l, up);
   gb.airy.XYZ_to_BLH(b, l, up);
-  x = 0.9, y = -0.03, h = 12;
+  x = 0.9;
+  y = -0.03;
+  h = 12;
   ASSERT_TRUE(shift.ToLocal(x, y, h));
   EXPECT_NEAR(x, b, 1e-14);  // two methods for the latitude, both good to a few ulp
   EXPECT_NEAR(y, l, 1e-14);
@@ -328,8 +330,12 @@ TEST(CoordinateChain, AxesTurnTheAnswerOfNorthAndEastAfterSiteAndGround) {
   site.mode = LocalToGrid::kBoth;
   GridToGround ground;
   ground.flags |= GridToGround::kHasOrigin;
-  ground.height = 500, ground.rotation = 0.1, ground.offsetN = 7, ground.offsetE = -3000;
-  ground.originN = 2e4, ground.originE = 6e4;
+  ground.height = 500;
+  ground.rotation = 0.1;
+  ground.offsetN = 7;
+  ground.offsetE = -3000;
+  ground.originN = 2e4;
+  ground.originE = 6e4;
   gb.chain.SetLocalization(&site);
   gb.chain.SetGround(&ground);
   const double lat = 0.95, lon = -0.1, up = 300;
@@ -358,7 +364,8 @@ TEST(CoordinateChain, AxesTurnTheAnswerOfNorthAndEastAfterSiteAndGround) {
         EXPECT_EQ(z[i], h);
       }
       ASSERT_TRUE(gb.chain.ToGlobal(x[0], y[0], z[0]));
-      first = backLat, second = backLon;
+      first = backLat;
+      second = backLon;
       ofGlobal.Rotate(0, first, second);
       EXPECT_EQ(x[0], first);
       EXPECT_EQ(y[0], second);
@@ -376,7 +383,9 @@ TEST(CoordinateChain, SiteAndGroundFollowTheGrid) {
   for (int i = 0; i < 3; ++i) site.SetHeightParam(heights[i], i, 2);
   site.mode = LocalToGrid::kBoth;
   GridToGround ground;
-  ground.height = 500, ground.rotation = 0.1, ground.offsetN = 7;
+  ground.height = 500;
+  ground.rotation = 0.1;
+  ground.offsetN = 7;
   const TiltedGeoid geoid;
   gb.chain.SetGeoid(&geoid);
 

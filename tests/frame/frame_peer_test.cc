@@ -185,8 +185,12 @@ TEST(FramePeer, TableIsThatOfTheItrfFiles) {
     const std::vector<FrameStep> steps = FrameSteps(row.of, row.to);
     ASSERT_EQ(steps.size(), 1U);
     TimeDependentParameters p = steps[0].transformation->Parameters();
-    p.shift = -p.shift, p.rotation = -p.rotation, p.scale = -p.scale;
-    p.shiftRate = -p.shiftRate, p.rotationRate = -p.rotationRate, p.scaleRate = -p.scaleRate;
+    p.shift = -p.shift;
+    p.rotation = -p.rotation;
+    p.scale = -p.scale;
+    p.shiftRate = -p.shiftRate;
+    p.rotationRate = -p.rotationRate;
+    p.scaleRate = -p.scaleRate;
     EXPECT_LE(peer.Difference(TimeDependentSimilarity(p)), kSameMetres) << FrameName(row.to);
   }
 }

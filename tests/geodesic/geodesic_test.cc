@@ -203,7 +203,8 @@ TEST(Geodesic, BatchesGiveTheBitsOfSingleCallsOnEverySet) {
   std::uniform_real_distribution<double> unit(-1, 1);
   std::vector<double> b1(kCount), l1(kCount), b2(kCount), l2(kCount);
   for (std::size_t i = 0; i < kCount; ++i) {
-    b1[i] = std::asin(unit(random)), l1[i] = kPi * unit(random);
+    b1[i] = std::asin(unit(random));
+    l1[i] = kPi * unit(random);
     const bool antipodal = i % 50 == 0;
     b2[i] = antipodal ? -b1[i] + 1e-3 * unit(random) : std::asin(unit(random));
     l2[i] = antipodal ? l1[i] + kPi + 1e-3 * unit(random) : kPi * unit(random);

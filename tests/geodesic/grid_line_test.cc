@@ -126,7 +126,8 @@ TEST(GridLines, ManyLinesGiveTheSameAsOne) {
     to.push_back({5.7e6 - 30 * i * i, 2e5 + 900 * i, 5.0 * i});
   }
   to[70] = from[70];
-  from[80].n = kNan, to[81].e = kNan;
+  from[80].n = kNan;
+  to[81].e = kNan;
   std::vector<GridLine> reduced(from.size());
   EXPECT_EQ(lines.Between(from.data(), to.data(), reduced.data(), from.size()), from.size() - 2);
   for (std::size_t i = 0; i < from.size(); ++i) {

@@ -90,8 +90,11 @@ TEST(Traverse, AdjustsAStraightTraverseInClosedForm) {
   for (int i = 0; i < 4; ++i) stations.push_back({5.8e6, 499400 + kLeg * i, 0});
   TraverseField field = Observed(lines, stations, TraverseDistance::grid);
   field.endAzimuth.reset();
-  field.end->e += kAlong, field.end->n += kAcross;
-  field.sigmaAngle = 1e-5, field.sigmaDistance = 0.002, field.sigmaPerMetre = 0;
+  field.end->e += kAlong;
+  field.end->n += kAcross;
+  field.sigmaAngle = 1e-5;
+  field.sigmaDistance = 0.002;
+  field.sigmaPerMetre = 0;
   constexpr double kSecondOrder = 2e-6;  // metres, squares of the misclosures over the legs
 
   TraverseResult result;

@@ -129,7 +129,8 @@ TEST(GeoProj, TurnsAxesBeforeAndAfterTheProjection) {
   EXPECT_EQ(first, -2);
   EXPECT_EQ(second, 1);
 
-  first = 3, second = 81;  // fails: the pair has been turned to internal axes and shifted
+  first = 3;
+  second = 81;  // fails: the pair has been turned to internal axes and shifted
   EXPECT_FALSE(proj.Forward(first, second));
   EXPECT_EQ(first, 81);
   EXPECT_EQ(second, 97);
@@ -416,10 +417,12 @@ void ExpectNothingConverted(bool pointToo) {
   EXPECT_GT(b, kHostShift + 5e6);
   EXPECT_EQ(host.ForwardBatch(&n, &e, 1), 0u);
   EXPECT_TRUE(std::isnan(n) && std::isnan(e));
-  n = b, e = l;
+  n = b;
+  e = l;
   EXPECT_EQ(host.InverseBatch(&n, &e, 1), 0u);
   EXPECT_TRUE(std::isnan(n) && std::isnan(e));
-  n = 0.9, e = 0.07;
+  n = 0.9;
+  e = 0.07;
   EXPECT_EQ(host.ForwardPoint(n, e), !pointToo);
   EXPECT_EQ(host.InversePoint(b, l), !pointToo);
 }

@@ -89,7 +89,10 @@ TEST(Triangulation, InterpolatesBetweenVertices) {
     std::uniform_real_distribution<> metres(0, 100000);
     for (std::size_t i = 0; i < 3000; ++i) {
       double n = 6700000 + metres(random), e = 3200000 + metres(random), h = 55;
-      if (i < 225) n = definition.vertices[i].north, e = definition.vertices[i].east;
+      if (i < 225) {
+        n = definition.vertices[i].north;
+        e = definition.vertices[i].east;
+      }
       const double given[] = {n, e};
       double expected[3];
       ASSERT_TRUE(Barycentric(definition, n, e, expected));

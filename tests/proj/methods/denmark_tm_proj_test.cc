@@ -68,7 +68,8 @@ TEST(DenmarkTM, FailsBeyondTheInnerLimit) {
   const double Qn = 6378137 / 1.0016792203946287 * 1.00000070495;  // a/(1 + n)·(1 + n²/4 + n⁴/64)
   double n = 1e6, e = Qn * 0.834996;
   EXPECT_TRUE(proj.InversePoint(n, e));
-  n = 1e6, e = -Qn * 0.834998;
+  n = 1e6;
+  e = -Qn * 0.834998;
   EXPECT_FALSE(proj.InversePoint(n, e));
   EXPECT_EQ(n, 1e6);
   EXPECT_EQ(e, -Qn * 0.834998);
