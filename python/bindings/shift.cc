@@ -70,7 +70,7 @@ std::shared_ptr<GeocentricGridObject> GeocentricGridFromFile(const py::object& p
     throw UserError("GeocentricShiftGrid: position must be \"source\" or \"target\"");
   choice.position = position == "source" ? GridPosition::source : GridPosition::target;
   const py::gil_scoped_release unlocked;
-  return Parse<GeocentricShiftGrid>(ReadShiftBytes(choice.file), choice, kGeocentricGrid);
+  return Parse<GeocentricShiftGrid>(ReadShiftBytes(choice.file).at(""), choice, kGeocentricGrid);
 }
 
 std::string PositionOf(const GeocentricGridObject& grid) {
