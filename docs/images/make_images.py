@@ -13,6 +13,7 @@ import tempfile
 import geomath
 import geomath.plot
 import matplotlib
+import matplotlib.cbook
 import matplotlib.pyplot as plt
 import numpy as np
 
@@ -122,9 +123,28 @@ def frames():
     return axes
 
 
+def distortion():
+    """A zone for the terrain of the Jacksboro fault."""
+    file = matplotlib.cbook.get_sample_data("jacksboro_fault_dem.npz", asfileobj=False)
+    with np.load(file) as dem:
+        height = dem["elevation"] - 30.0
+        lat = np.linspace(float(dem["ymin"]), float(dem["ymax"]), height.shape[0])
+        lon = np.linspace(float(dem["xmin"]), float(dem["xmax"]), height.shape[1])
+    design = geomath.design(
+        lat[::8, None], lon[::8], height[::8, ::8], ellipsoid="GRS80", families=["tm", "lambert"],
+        criterion="percentile", percentile=90, limit=50,
+    )
+    axes = geomath.plot.distortion(design, lat[::8], lon[::8])
+    axes.set_title("A zone for the Jacksboro fault")
+    return axes
+
+
 def main():
     folder = pathlib.Path(sys.argv[1] if len(sys.argv) > 1 else pathlib.Path(__file__).parent)
-    for draw in (residuals, geoid, scale_factor, combined_factor, convergence, tissot, declination, frames):
+    pictures = (
+        residuals, geoid, scale_factor, combined_factor, convergence, tissot, declination, frames, distortion
+    )
+    for draw in pictures:
         with plt.rc_context({"figure.figsize": (6.4, 4.8), "figure.dpi": 80}):
             axes = draw()
             axes.figure.savefig(folder / f"{draw.__name__}.png", metadata={"Software": None})

@@ -40,4 +40,5 @@ PYBIND11_MODULE(_geomath, module) {
   BindMagnetic(module);
   BindChain(module);
   BindCalibration(module);
+  BindDesign(module);
 }

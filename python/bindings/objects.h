@@ -92,5 +92,6 @@ void BindLocal(py::module_& module);
 void BindMagnetic(py::module_& module);
 void BindChain(py::module_& module);
 void BindCalibration(py::module_& module);
+void BindDesign(py::module_& module);
 
 }  // namespace geomath_python

@@ -11,6 +11,7 @@ lock; objects are immutable and may be used from many threads.
 
 from ._chain_step import ChainStep
 from ._dates import decimal_year
+from ._design import FamilyDesign, Zone, ZoneDesign
 from ._geomath import (
     Calibration,
     CalibrationResult,
@@ -33,8 +34,10 @@ from ._geomath import (
     ShiftGrid,
     Triangulation,
     __version__,
+    design,
     ellipsoid_names,
     interpolation_names,
+    linear_distortion,
     projections,
 )
 from ._lines import Distortion, GridLine, TraverseResult
@@ -50,6 +53,7 @@ __all__ = [
     "Distortion",
     "Ellipsoid",
     "Error",
+    "FamilyDesign",
     "GeocentricShiftGrid",
     "Geodesic",
     "Geoid",
@@ -66,9 +70,13 @@ __all__ = [
     "ShiftGrid",
     "TraverseResult",
     "Triangulation",
+    "Zone",
+    "ZoneDesign",
     "__version__",
     "decimal_year",
+    "design",
     "ellipsoid_names",
     "interpolation_names",
+    "linear_distortion",
     "projections",
 ]

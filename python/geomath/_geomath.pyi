@@ -5,6 +5,7 @@ from typing import Any, ClassVar, Literal, Protocol, TypeAlias, final, overload
 import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
+from ._design import ZoneDesign
 from ._lines import Distortion, GridLine, TraverseResult
 from ._magnetic_elements import MagneticElements
 
@@ -730,6 +731,40 @@ class CalibrationResult:
     @property
     def warnings(self) -> list[str]: ...
 
+def design(
+    lat: ArrayLike,
+    lon: ArrayLike,
+    h: ArrayLike,
+    *,
+    weights: ArrayLike | None = ...,
+    ellipsoid: Ellipsoid | str = ...,
+    families: Sequence[str] | None = ...,
+    criterion: str = ...,
+    percentile: float = ...,
+    limit: float | None = ...,
+    beside: Sequence[Projection] = ...,
+    degrees: bool = ...,
+) -> ZoneDesign: ...
+@overload
+def linear_distortion(  # type: ignore[misc]
+    projection: Projection,
+    lat: float,
+    lon: float,
+    h: float,
+    *,
+    degrees: bool = ...,
+    out: None = ...,
+) -> float: ...
+@overload
+def linear_distortion(
+    projection: Projection,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    h: ArrayLike,
+    *,
+    degrees: bool = ...,
+    out: NDArray[np.float64] | None = ...,
+) -> NDArray[np.float64]: ...
 def ellipsoid_names() -> list[str]: ...
 def interpolation_names() -> list[str]: ...
 def projections() -> Mapping[str, Mapping[str, str]]: ...

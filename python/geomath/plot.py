@@ -25,12 +25,13 @@ if TYPE_CHECKING:
 
     from numpy.typing import ArrayLike
 
-    from . import Geoid, MagneticField, Projection
+    from . import Geoid, MagneticField, Projection, ZoneDesign
 
 __all__ = [
     "combined_factor",
     "convergence",
     "declination",
+    "distortion",
     "geoid",
     "residuals",
     "scale_factor",
@@ -230,6 +231,25 @@ def tissot(
     axes.set_xlabel("east [m]")
     axes.set_ylabel("north [m]")
     return axes
+
+
+def distortion(
+    design: ZoneDesign,
+    lat: ArrayLike,
+    lon: ArrayLike,
+    *,
+    axes: Any = None,
+) -> Any:
+    """The distortion of a designed zone over a terrain of rows and columns, parts per million.
+
+    design: of geomath.design, for heights of one row for each of lat and one column for each of lon.
+    The contours are multiples of the limit, where it has one.
+    """
+    rows, columns = _rows_and_columns(lat, lon)
+    values = np.asarray(design.distortion)
+    if values.shape != (len(rows), columns.size):
+        raise ValueError("the design must be for one row of each of lat, one column of each of lon")
+    return _field(axes, rows, columns, values, "distortion [ppm]", design.limit, centred=True)
 
 
 def declination(
