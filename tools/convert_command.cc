@@ -10,6 +10,8 @@
 #include <string>
 #include <vector>
 
+#include "files/conversion/layer_conversion.h"
+#include "files/conversion/system_conversion.h"
 #include "files/exchange/grid_wkt.h"
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
@@ -21,7 +23,10 @@
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "tools/epoch_option.h"
+#include "tools/exit_status.h"
+#include "tools/interrupt.h"
 #include "tools/position.h"
+#include "tools/progress.h"
 #include "tools/row_loop.h"
 #include "tools/sigma_columns.h"
 #include "tools/system_grid.h"
@@ -38,7 +43,8 @@ struct ConvertOptions {
   std::vector<std::string> with;  // further columns
   SigmaOptions sigma;
   EpochOption epoch;
-  std::string unit;  // instead of the system's
+  std::string unit;    // instead of the system's
+  double densify = 0;  // metres
   bool inverse = false;
   int decimals = 4;
 };
@@ -224,6 +230,54 @@ std::string CrsOfGrid(const CoordinateSystem& system) {
   return system.GridCrs().empty() ? GridWkt(system) : system.GridCrs();
 }
 
+void RefuseForShapes(const ConvertOptions& options) {
+  const auto refuse = [](bool given, const char* option) {
+    if (given)
+      throw UserError(
+          fmt::format("{}: belongs to points; lines and polygons are converted "
+                      "vertex by vertex and keep their columns",
+                      option));
+  };
+  refuse(!options.points.columns.empty(), "--columns");
+  refuse(!options.points.results.empty(), "--results");
+  refuse(!options.with.empty(), "--with");
+  refuse(options.sigma.Asked(), "--sigma");
+}
+
+// Layers whose geometry is converted, vertex by vertex.
+int ConvertShapes(const ConvertOptions& options, const CoordinateSystem& system,
+                  const GridUnits& units) {
+  RefuseForShapes(options);
+  const SystemConversion conversion(system, units, options.inverse,
+                                    DateOf(options.epoch, system, options.system));
+  CatchInterrupts();
+  Progress progress("features");
+  const std::string grid = CrsOfGrid(system), &positions = system.GeographicCrs();
+  LayerJob job;
+  job.input = options.points.input;
+  job.output = options.points.output;
+  job.layer = options.points.layer;
+  job.given = {!options.inverse, options.inverse ? system.GridCrs() : positions, true, units.plane};
+  job.ignoreCrs = options.points.ignoreCrs;
+  job.crs = options.inverse ? positions : grid;
+  job.unit = units.plane;
+  job.geographic = options.inverse;
+  job.height = options.points.fixedHeight.value_or(0);
+  job.densify = options.densify;
+  job.distance = options.inverse ? DistanceInPlane(units.plane.metres) : DistanceOnSphere();
+  job.convert = [&conversion, height = job.height](VertexColumns& v) {
+    conversion.ConvertVertices(v, height);
+  };
+  job.tell = [&](const std::string& text) { progress.Print("geomath: " + text); };
+  job.progress = [&](long long features) { progress.Update(features, -1); };
+  job.interrupted = [] { return Interrupted(); };
+  const LayerResult result = ConvertLayers(job);
+  if (result.failures == 0) return kExitDone;
+  job.tell(fmt::format("{} of {} features could not be converted; they have no geometry",
+                       result.failures, result.features));
+  return kExitSomeFailed;
+}
+
 int Convert(ConvertOptions options) {
   RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
@@ -235,6 +289,15 @@ int Convert(ConvertOptions options) {
     if (gon && options.inverse && !IsCsvName(options.points.output))
       throw UserError("--angles gon: only CSV holds gons; other formats hold degrees");
   }
+  if (isFile && !IsCsvName(options.points.input) &&
+      HasShapes(options.points.input, options.points.layer)) {
+    std::vector<std::string> inputs = system->Files();
+    inputs.insert(inputs.end(), {options.system, options.points.input});
+    RefuseOverwriting(inputs, {options.points.output});
+    return ConvertShapes(options, *system, units);
+  }
+  if (options.densify > 0)
+    throw UserError("--densify: belongs to lines and polygons; the input has points");
   RowJob job;
   job.failure = "not converted";
   job.failures = "could not be converted";
@@ -287,7 +350,8 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
   arguments
       .add_option(
           "INPUT", options->input,
-          "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input. Or a "
+          "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input. Or layers "
+          "of lines and polygons. Or a "
           "position: LAT LON [HEIGHT], with --inverse N E [HEIGHT]")
       ->required()
       ->expected(1, 3);
@@ -297,6 +361,11 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
   arguments.add_option("--unit", options->unit,
                        "unit of northings, eastings and local heights instead of the system's: m, "
                        "ft, us-ft, …; two for the plane and the heights: us-ft,ft");
+  arguments
+      .add_option("--densify", options->densify,
+                  "straight segments of lines and polygons get vertices, so that none is longer "
+                  "than so many metres")
+      ->check(CLI::PositiveNumber);
   arguments.add_flag("--inverse", options->inverse, "from local to global coordinates");
   AddPointOptions(arguments, options->points, "lat,lon,h (--inverse: n,e,h_local or n,e,h)");
   arguments

@@ -1,6 +1,5 @@
 #include "files/exchange/grid_wkt.h"
 
-#include <cpl_conv.h>
 #include <ogr_spatialref.h>
 
 #include <algorithm>
@@ -82,15 +81,6 @@ void AddDatum(const Datum& datum, OGRSpatialReference& projected) {
   const TAbstractPoint3<double>&shift = datum.Shift(), &rotation = datum.Rotation();
   projected.SetTOWGS84(shift[0], shift[1], shift[2], -rotation[0], -rotation[1], -rotation[2],
                        datum.Scale() * 1e6);
-}
-
-std::string WktOf(const OGRSpatialReference& crs) {
-  const char* options[] = {"FORMAT=WKT2_2019", nullptr};
-  char* text = nullptr;
-  const bool made = crs.exportToWkt(&text, options) == OGRERR_NONE;
-  std::string wkt = made && text ? text : "";
-  CPLFree(text);
-  return wkt;
 }
 
 }  // namespace

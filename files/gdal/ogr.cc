@@ -6,6 +6,7 @@
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
@@ -53,6 +54,20 @@ void PrepareOgr() {
 std::string OgrComplaint() {
   const std::string text = CPLGetLastErrorMsg();
   return text.empty() ? text : ": " + text;
+}
+
+bool IsUndefined(const OGRSpatialReference& crs) {
+  const char* name = crs.GetName();
+  return name && std::string_view(name).starts_with("Undefined ");
+}
+
+std::string WktOf(const OGRSpatialReference& crs) {
+  const char* options[] = {"FORMAT=WKT2_2019", nullptr};
+  char* text = nullptr;
+  const bool made = crs.exportToWkt(&text, options) == OGRERR_NONE;
+  std::string wkt = made && text ? text : "";
+  CPLFree(text);
+  return wkt;
 }
 
 GdalErrors::GdalErrors() {

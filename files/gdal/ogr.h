@@ -12,6 +12,12 @@ void PrepareOgr();
 /// The last complaint of GDAL/OGR as the end of a message: ": text", or nothing.
 std::string OgrComplaint();
 
+/// Whether it says of itself that nothing is known, as those of a GeoPackage numbered -1 and 0.
+bool IsUndefined(const OGRSpatialReference& crs);
+
+/// As WKT 2 (ISO 19162); empty when it cannot be written so.
+std::string WktOf(const OGRSpatialReference& crs);
+
 /// While it lives, hears the failures that GDAL tells in this thread.
 class GdalErrors {
  public:

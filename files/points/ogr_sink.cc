@@ -5,13 +5,10 @@
 #include <cmath>
 #include <filesystem>
 #include <string_view>
-#include <utility>
 
-#include "files/gdal/checked_files.h"
 #include "files/gdal/ogr.h"
+#include "files/gdal/ogr_output.h"
 #include "files/points/layer_crs.h"
-#include "files/words/output_file.h"
-#include "files/words/text_file.h"
 #include "files/words/user_error.h"
 
 namespace geomath_files {
@@ -35,44 +32,27 @@ class OgrSink : public PointSink {
  public:
   OgrSink(const std::string& path, const char* driverName, const PointSource& source,
           const ResultStyle& style)
-      : file_(path), results_(style.columns) {
-    PrepareOgr();
-    RequireLocalPath(path);
-    GDALDriver* driver = GetGDALDriverManager()->GetDriverByName(driverName);
-    if (!driver) throw UserError(fmt::format("{}: this GDAL has no {}", path, driverName));
-    // SQLite looks at every write itself, and wants the locks of a file of the system.
-    const bool checksItself = std::string_view(driverName) == "GPKG";
-    const std::string target = checksItself ? file_.Path() : written_.NameFor(file_.Path());
-    dataset_.reset(driver->Create(target.c_str(), 0, 0, 0, GDT_Unknown, nullptr));
-    if (!dataset_) Complain();
+      : output_(path, driverName), results_(style.columns) {
+    const bool checksItself = ChecksItself(driverName);
     const std::string layer = std::filesystem::path(path).stem().string();
     auto crs = checksItself && style.crs.empty() && style.inGrid ? UndefinedGrid()
                                                                  : CrsOf(style.crs, style.unit);
     isShapefile_ = std::string_view(driverName) == "ESRI Shapefile";
     if (isShapefile_ && crs && HasShift(*crs)) {
       crs.reset();
-      notes_.push_back(file_.Name() +
+      notes_.push_back(output_.Name() +
                        ": a Shapefile has no place for the datum of the coordinate system; it is "
                        "written without one (.gpkg has it)");
     }
     keepsIds_ = !isShapefile_ && (checksItself || source.HasIds());
     const char* utf8[] = {"ENCODING=UTF-8", nullptr};
-    layer_ = dataset_->CreateLayer(layer.c_str(), crs.get(), wkbPoint25D,
-                                   isShapefile_ ? const_cast<char**>(utf8) : nullptr);
-    if (!layer_) Complain();
+    layer_ = &output_.CreateLayer(layer, crs.get(), wkbPoint25D, isShapefile_ ? utf8 : nullptr);
     for (const Column& column : source.Columns()) AddField(column);
     for (const ResultColumn& column : results_)
       AddField({column.name, column.sexagesimal ? OFTString : OFTReal});
     columns_ = static_cast<int>(source.Columns().size());
     names_ = source.ColumnNames();
     cut_.resize(source.Columns().size());
-    StartTransaction();
-  }
-
-  ~OgrSink() override {
-    if (dataset_ && inTransaction_) dataset_->RollbackTransaction();
-    const GdalErrors unheard;
-    dataset_.reset();
   }
 
   void Write(const Record& record, const Converted& converted) override {
@@ -86,52 +66,33 @@ class OgrSink : public PointSink {
       OGRPoint point(converted.x, converted.y, converted.z);
       feature->SetGeometry(&point);
     }
-    if (layer_->CreateFeature(feature.get()) != OGRERR_NONE || !written_.Failure().empty())
-      Complain();
-    if (++inBlock_ == kTransactionSize) {
-      Commit();
-      StartTransaction();
-    }
+    output_.CreateFeature(*layer_, *feature);
   }
 
   void Close() override {
-    Commit();
-    const GdalErrors errors;
-    dataset_.reset();
-    if (!written_.Failure().empty()) Complain();
-    if (!errors.First().empty()) Complain(errors.First());
     for (std::size_t i = 0; i < cut_.size(); ++i) {
       if (cut_[i] > 0)
         notes_.push_back(fmt::format("{}: {} text{} of the column \"{}\" {} cut at 254 bytes",
-                                     file_.Name(), cut_[i], cut_[i] == 1 ? "" : "s", names_[i],
+                                     output_.Name(), cut_[i], cut_[i] == 1 ? "" : "s", names_[i],
                                      cut_[i] == 1 ? "is" : "are"));
     }
-    file_.Place();
+    output_.Close();
   }
 
   std::vector<std::string> Notes() const override { return notes_; }
 
  private:
-  static constexpr int kTransactionSize = 10000;  // features
-
-  // With what the system said, or GDAL where it said nothing.
-  [[noreturn]] void Complain(const std::string& gdal = CPLGetLastErrorMsg()) const {
-    const std::string system = written_.Failure();
-    const std::string& why = system.empty() ? gdal : system;
-    throw UserError(file_.Name() + ": cannot be written" + (why.empty() ? "" : ": " + why));
-  }
-
   void AddField(const Column& column) {
     OGRFieldDefn field(column.name.c_str(), column.type);
     if (column.subtype == OFSTBoolean) field.SetSubType(OFSTBoolean);
     if (layer_->CreateField(&field) != OGRERR_NONE)
-      throw UserError(fmt::format("{}: has no room for the column \"{}\"{}", file_.Name(),
+      throw UserError(fmt::format("{}: has no room for the column \"{}\"{}", output_.Name(),
                                   column.name, OgrComplaint()));
     const OGRFeatureDefn* made = layer_->GetLayerDefn();
     const std::string name = made->GetFieldDefn(made->GetFieldCount() - 1)->GetNameRef();
     if (name != column.name)
       notes_.push_back(
-          fmt::format("{}: the column \"{}\" is \"{}\" there", file_.Name(), column.name, name));
+          fmt::format("{}: the column \"{}\" is \"{}\" there", output_.Name(), column.name, name));
   }
 
   static void SetResult(OGRFeature& to, int field, const ResultColumn& column, double value) {
@@ -145,7 +106,8 @@ class OgrSink : public PointSink {
   void CopyIdentity(const OGRFeature& from, OGRFeature& to) {
     if (keepsIds_ && from.GetFID() <= lastId_) {
       keepsIds_ = false;  // a GeoPackage is read in their order, and that of the rows counts
-      notes_.push_back(file_.Name() + ": the features have new numbers, since the old do not rise");
+      notes_.push_back(output_.Name() +
+                       ": the features have new numbers, since the old do not rise");
     }
     lastId_ = from.GetFID();
     if (keepsIds_) to.SetFID(lastId_);
@@ -170,24 +132,11 @@ class OgrSink : public PointSink {
       ++cut_[static_cast<std::size_t>(column)];
   }
 
-  void StartTransaction() {
-    inBlock_ = 0;
-    inTransaction_ =
-        dataset_->TestCapability(ODsCTransactions) && dataset_->StartTransaction() == OGRERR_NONE;
-  }
-
-  void Commit() {
-    if (!std::exchange(inTransaction_, false)) return;
-    if (dataset_->CommitTransaction() != OGRERR_NONE) Complain();
-  }
-
-  OutputFile file_;
-  CheckedFiles written_;
-  GDALDatasetUniquePtr dataset_;
+  OgrOutput output_;
   OGRLayer* layer_ = nullptr;
   std::vector<ResultColumn> results_;
-  int columns_ = 0, inBlock_ = 0;
-  bool inTransaction_ = false, isShapefile_ = false, keepsIds_ = false;
+  int columns_ = 0;
+  bool isShapefile_ = false, keepsIds_ = false;
   GIntBig lastId_ = -1;
   std::vector<std::string> names_, notes_;
   std::vector<long long> cut_;  // texts of each column

@@ -13,18 +13,6 @@
 namespace geomath_files {
 namespace {
 
-// Empty where a GeoPackage says that the system is undefined.
-std::string WktOf(const OGRSpatialReference& crs) {
-  const char* name = crs.GetName();
-  if (name && std::string_view(name).starts_with("Undefined ")) return {};
-  const char* options[] = {"FORMAT=WKT2_2019", nullptr};
-  char* text = nullptr;
-  const bool done = crs.exportToWkt(&text, options) == OGRERR_NONE;
-  const std::string wkt = done && text ? text : "";
-  CPLFree(text);
-  return wkt;
-}
-
 class OgrSource : public PointSource {
  public:
   OgrSource(const std::string& path, const std::string& layer) {
@@ -45,7 +33,8 @@ class OgrSource : public PointSource {
     }
     hasIds_ = *layer_->GetFIDColumn() != '\0';
     hasGeometry_ = definition->GetGeomFieldCount() > 0;
-    if (const OGRSpatialReference* crs = layer_->GetSpatialRef()) crs_ = WktOf(*crs);
+    const OGRSpatialReference* crs = layer_->GetSpatialRef();
+    if (crs && !IsUndefined(*crs)) crs_ = WktOf(*crs);
     count_ = static_cast<double>(layer_->GetFeatureCount(FALSE));
     layer_->ResetReading();
   }
