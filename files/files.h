@@ -1,8 +1,10 @@
 #pragma once
 
 /// Everything of the library of files, `geomath::files`: coordinate systems from files and from the
-/// EPSG registry, geoids and shifts, control points, site calibrations with their reports, and PROJ
-/// pipelines. What is wrong with a file throws `geomath_files::UserError`.
+/// EPSG registry, conversions between any two, geoids and shifts, control points, site calibrations
+/// with their reports, and PROJ pipelines. What is wrong with a file throws
+/// `geomath_files::UserError`.
+#include "files/conversion/conversion.h"
 #include "files/epsg/load_system.h"
 #include "files/exchange/grid_wkt.h"
 #include "files/exchange/proj_pipeline.h"

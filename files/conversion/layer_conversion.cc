@@ -287,6 +287,46 @@ bool HasShapes(const std::string& input, const std::string& layer) {
   return layers.size() > 1 || !HasOnlyPoints(*layers.front());
 }
 
+std::string LayerCrsText(const std::string& input, const std::string& layer) {
+  const GDALDatasetUniquePtr dataset = OpenLayers(input);
+  OGRLayer& first = *ChooseLayers(*dataset, input, layer).front();
+  const OGRSpatialReference* crs = first.GetSpatialRef();
+  if (!crs || IsUndefined(*crs))
+    throw UserError(fmt::format("{}, layer \"{}\": has no coordinate system; name it with --from",
+                                input, Printable(first.GetName())));
+  return WktOf(*crs);
+}
+
+bool HasLayers(const std::string& path) {
+  std::error_code ignored;
+  if (!std::filesystem::is_regular_file(path, ignored)) return false;
+  const GDALDatasetUniquePtr dataset = OpenPointFile(path);
+  return dataset && dataset->GetLayerCount() > 0;
+}
+
+std::string DescribeLayers(const std::string& path) {
+  const GDALDatasetUniquePtr dataset = OpenLayers(path);
+  std::string text;
+  for (OGRLayer* layer : ChooseLayers(*dataset, path, "")) {
+    const OGRSpatialReference* crs = layer->GetSpatialRef();
+    std::vector<std::string> columns;
+    const OGRFeatureDefn* row = layer->GetLayerDefn();
+    for (int i = 0; i < row->GetFieldCount(); ++i)
+      columns.emplace_back(row->GetFieldDefn(i)->GetNameRef());
+    std::string system = "none";
+    if (crs && !IsUndefined(*crs)) {
+      const char* code = crs->GetAuthorityCode(nullptr);
+      system = code ? fmt::format("{}:{} {}", crs->GetAuthorityName(nullptr), code, crs->GetName())
+                    : crs->GetName();
+    }
+    text += fmt::format(
+        "{}, layer \"{}\"\n  features     {} ({})\n  system       {}\n  columns      {}\n", path,
+        Printable(layer->GetName()), layer->GetFeatureCount(),
+        OGRGeometryTypeToName(layer->GetGeomType()), system, fmt::join(columns, ", "));
+  }
+  return text;
+}
+
 LayerResult ConvertLayers(const LayerJob& job) {
   const Format& format = FormatOf(job.output);
   RefusePositions(format, job);

@@ -19,7 +19,7 @@ struct LayerJob {
   std::string crs;          ///< of the results, as CrsOf takes it; empty for none
   LengthUnit unit = {};     ///< of the results in a plane
   bool geographic = false;  ///< the results are degrees
-  double height = 0;        ///< of vertices without z, which stay so
+  double height = 0;        ///< given to `convert` for flat vertices, which stay so
   double densify = 0;       ///< longest straight segment, metres; 0 leaves them
   VertexDistance distance;  ///< for that
   /// Converts in place; NaN in x for a vertex that cannot be converted.
@@ -39,6 +39,14 @@ struct LayerResult {
 /// Whether a file is one of layers that are more than points: several of them, or one with lines,
 /// polygons, collections. False for a file that nobody knows.
 bool HasShapes(const std::string& input, const std::string& layer);
+
+/// The coordinate system of the layer, or of the first one, as WKT. Throws UserError where it has none.
+std::string LayerCrsText(const std::string& input, const std::string& layer);
+
+/// Whether a path is that of a file with layers, and not of a system.
+bool HasLayers(const std::string& path);
+/// Its layers in words: features, geometry, columns and coordinate system. Throws UserError.
+std::string DescribeLayers(const std::string& path);
 
 /// Converts layers vertex by vertex, with all attributes: points, lines, polygons, collections of them,
 /// with or without z and m; a curve keeps its kind, by the vertices that define it, where the format of

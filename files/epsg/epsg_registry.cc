@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 #include <proj.h>
+#include <proj_experimental.h>
 
 #include <algorithm>
 #include <cstring>
@@ -28,8 +29,21 @@ struct Destroy {
 template <class T>
 using Owned = std::unique_ptr<T, Destroy>;
 
+// All systems of the registry.
+struct CrsList {
+  explicit CrsList(PJ_CONTEXT* pj)
+      : rows(proj_get_crs_info_list_from_database(pj, kAuthority, nullptr, &count)) {}
+  CrsList(const CrsList&) = delete;
+  CrsList& operator=(const CrsList&) = delete;
+  ~CrsList() { proj_crs_info_list_destroy(rows); }
+
+  int count = 0;
+  PROJ_CRS_INFO** rows;
+};
+
 // "INVERSE(EPSG)" is the authority of a transformation that PROJ has turned round.
 std::string CodeOf(const PJ* object) {
+  if (!object) return "";
   const char* authority = proj_get_id_auth_name(object, 0);
   const char* code = proj_get_id_code(object, 0);
   const bool registered = authority && code && std::strstr(authority, kAuthority);
@@ -69,6 +83,49 @@ struct EpsgRegistry::Context {
     return Owned<PJ>(
         proj_create_from_database(pj, kAuthority, code.c_str(), PJ_CATEGORY_CRS, 0, nullptr));
   }
+  // The system whose code was probably meant, as the end of a message.
+  std::string SimilarTo(const std::string& code) const {
+    const CrsList list(pj);
+    std::vector<std::string> codes;
+    for (int i = 0; i < list.count; ++i) codes.emplace_back(list.rows[i]->code);
+    const std::string nearest = NearestName(code, codes);
+    for (int i = 0; i < list.count; ++i)
+      if (list.rows[i]->code == nearest)
+        return fmt::format("; did you mean EPSG:{} {}?", nearest, list.rows[i]->name);
+    return "";
+  }
+  // With heights, as Operations() takes it.
+  Owned<PJ> FindWithHeights(const std::string& system) const {
+    const std::size_t plus = system.find('+');
+    if (plus == std::string::npos) return Find(system);
+    const std::string code = system.substr(0, plus), heights = system.substr(plus + 1);
+    if (heights != "h")
+      return Owned<PJ>(proj_create(pj, fmt::format("EPSG:{}+{}", code, heights).c_str()));
+    return Owned<PJ>(proj_crs_promote_to_3D(pj, nullptr, Find(code).get()));
+  }
+  // The code of the geographic system with two axes on the datum of one with any.
+  std::string GeographicCode(const PJ* crs) const {
+    const Owned<PJ> geodetic(proj_crs_get_geodetic_crs(pj, crs));
+    if (!geodetic) return "";
+    if (proj_get_type(geodetic.get()) == PJ_TYPE_GEOGRAPHIC_2D_CRS)
+      if (std::string code = CodeOf(geodetic.get()); !code.empty()) return code;
+    const Owned<PJ> datum(proj_crs_get_datum_forced(pj, geodetic.get()));
+    if (const std::string code = CodeOf(datum.get()); !code.empty()) return OnDatum(code);
+    return Identified(geodetic.get());
+  }
+  RegisteredCrs Describe(const PJ* crs, const std::string& code) const {
+    RegisteredCrs found;
+    found.code = code;
+    found.name = proj_get_name(crs);
+    found.document = DocumentOf(pj, crs);
+    found.area = AreaOf(pj, crs);
+    found.deprecated = proj_is_deprecated(crs) != 0;
+    found.geographic = GeographicCode(crs);
+    if (proj_get_type(crs) != PJ_TYPE_COMPOUND_CRS) return found;
+    found.horizontal = CodeOf(Owned<PJ>(proj_crs_get_sub_crs(pj, crs, 0)).get());
+    found.vertical = CodeOf(Owned<PJ>(proj_crs_get_sub_crs(pj, crs, 1)).get());
+    return found;
+  }
   Owned<PJ> FindOperation(const std::string& code, bool withFilesOfProj) const {
     return Owned<PJ>(proj_create_from_database(
         pj, kAuthority, code.c_str(), PJ_CATEGORY_COORDINATE_OPERATION, withFilesOfProj, nullptr));
@@ -81,6 +138,31 @@ struct EpsgRegistry::Context {
     found.document = DocumentOf(pj, operation);
     found.area = AreaOf(pj, operation, &found.areaName);
     return found;
+  }
+
+ private:
+  std::string OnDatum(const std::string& code) const {
+    const Owned<PJ_OBJ_LIST> systems(proj_query_geodetic_crs_from_datum(
+        pj, kAuthority, kAuthority, code.c_str(), "geographic 2D"));
+    for (int i = 0; systems && i < proj_list_get_count(systems.get()); ++i) {
+      const Owned<PJ> system(proj_list_get(pj, systems.get(), i));
+      if (!proj_is_deprecated(system.get())) return CodeOf(system.get());
+    }
+    return "";
+  }
+  // By its datum's name and its ellipsoid.
+  std::string Identified(const PJ* geodetic) const {
+    constexpr int kSameButForNames = 70;  // percent, as PROJ counts
+    int* confidence = nullptr;
+    const Owned<PJ_OBJ_LIST> systems(proj_identify(pj, geodetic, kAuthority, nullptr, &confidence));
+    std::string code;
+    if (systems && proj_list_get_count(systems.get()) > 0 && confidence[0] >= kSameButForNames)
+      if (const Owned<PJ> best(proj_list_get(pj, systems.get(), 0));
+          !proj_is_deprecated(best.get()))
+        code = proj_get_type(best.get()) == PJ_TYPE_GEOGRAPHIC_2D_CRS ? CodeOf(best.get())
+                                                                      : GeographicCode(best.get());
+    proj_int_list_destroy(confidence);
+    return code;
   }
 };
 
@@ -99,16 +181,9 @@ std::string EpsgRegistry::Version() const {
 RegisteredCrs EpsgRegistry::Crs(const std::string& code) const {
   const Owned<PJ> crs = context_->Find(code);
   if (!crs)
-    throw UserError(fmt::format("EPSG:{}: no coordinate reference system of the registry ({})",
-                                Printable(code), Version()));
-  RegisteredCrs found;
-  found.code = code;
-  found.name = proj_get_name(crs.get());
-  found.document = DocumentOf(context_->pj, crs.get());
-  found.area = AreaOf(context_->pj, crs.get());
-  found.deprecated = proj_is_deprecated(crs.get()) != 0;
-  if (proj_get_type(crs.get()) == PJ_TYPE_COMPOUND_CRS)
-    found.horizontal = CodeOf(Owned<PJ>(proj_crs_get_sub_crs(context_->pj, crs.get(), 0)).get());
+    throw UserError(fmt::format("EPSG:{}: no coordinate reference system of the registry ({}){}",
+                                Printable(code), Version(), context_->SimilarTo(code)));
+  RegisteredCrs found = context_->Describe(crs.get(), code);
   if (!found.deprecated) return found;
   const Owned<PJ_OBJ_LIST> successors(proj_get_non_deprecated(context_->pj, crs.get()));
   for (int i = 0; successors && i < proj_list_get_count(successors.get()); ++i) {
@@ -118,16 +193,35 @@ RegisteredCrs EpsgRegistry::Crs(const std::string& code) const {
   return found;
 }
 
+RegisteredCrs EpsgRegistry::CrsOfText(const std::string& text, const std::string& name) const {
+  const Owned<PJ> crs(proj_create(context_->pj, text.c_str()));
+  if (!crs || !proj_is_crs(crs.get()))
+    throw UserError(name + ": is no coordinate reference system that PROJ can read");
+  return context_->Describe(crs.get(), CodeOf(crs.get()));
+}
+
+std::string EpsgRegistry::Write(const std::string& definition, SystemNotation notation) const {
+  PJ_CONTEXT* pj = context_->pj;
+  const Owned<PJ> crs(proj_create(pj, definition.c_str()));
+  const char* const lines[] = {"MULTILINE=YES", nullptr};
+  const char* text = nullptr;
+  if (crs && notation == SystemNotation::wkt)
+    text = proj_as_wkt(pj, crs.get(), PJ_WKT2_2019, lines);
+  else if (crs && notation == SystemNotation::projjson)
+    text = proj_as_projjson(pj, crs.get(), lines);
+  else if (crs)
+    text = proj_as_proj_string(pj, crs.get(), PJ_PROJ_5, nullptr);
+  if (!text)
+    throw UserError(definition.substr(0, definition.find('[')) +
+                    ": PROJ has no such notation of it");
+  return text;
+}
+
 std::vector<ListedCrs> EpsgRegistry::ProjectedSystems() const {
-  struct DestroyList {
-    void operator()(PROJ_CRS_INFO** list) const { proj_crs_info_list_destroy(list); }
-  };
-  int count = 0;
-  const std::unique_ptr<PROJ_CRS_INFO*, DestroyList> list(
-      proj_get_crs_info_list_from_database(context_->pj, kAuthority, nullptr, &count));
+  const CrsList list(context_->pj);
   std::vector<ListedCrs> systems;
-  for (int i = 0; i < count; ++i) {
-    const PROJ_CRS_INFO& row = *list.get()[i];
+  for (int i = 0; i < list.count; ++i) {
+    const PROJ_CRS_INFO& row = *list.rows[i];
     if (row.type != PJ_TYPE_PROJECTED_CRS || row.deprecated) continue;
     ListedCrs& system = systems.emplace_back();
     system.code = row.code;
@@ -144,7 +238,7 @@ std::vector<RegisteredOperation> EpsgRegistry::Operations(const std::string& fro
                                                           const std::string& to, const GeoBox& box,
                                                           Joining joining) const {
   PJ_CONTEXT* pj = context_->pj;
-  const Owned<PJ> source = context_->Find(from), target = context_->Find(to);
+  const Owned<PJ> source = context_->FindWithHeights(from), target = context_->FindWithHeights(to);
   const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
       proj_create_operation_factory_context(pj, nullptr));
   proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "files/epsg/system_description.h"
 #include "files/system/geo_box.h"
 
 namespace geomath_files {
@@ -17,7 +18,8 @@ struct RegisteredCrs {
   GeoBox area;              ///< of use
   bool deprecated = false;
   std::vector<std::string> successors;  ///< codes, of a deprecated one
-  std::string horizontal;               ///< code, of the first part of a compound one
+  std::string horizontal, vertical;     ///< codes, of the parts of a compound one
+  std::string geographic;  ///< code, of the system of latitude and longitude on its datum
 };
 
 /// A line of the registry's list of systems.
@@ -56,10 +58,17 @@ class EpsgRegistry {
   std::string Version() const;
   /// Throws UserError for a code that is none of a coordinate reference system.
   RegisteredCrs Crs(const std::string& code) const;
+  /// The system of a text of WKT or PROJJSON, which need not be one of the registry. Throws UserError,
+  /// which begins with `name`.
+  RegisteredCrs CrsOfText(const std::string& text, const std::string& name) const;
+  /// A system of a code ("EPSG:31467", "EPSG:25832+7837") or of a text in another notation than a
+  /// system file. Throws UserError where it has none.
+  std::string Write(const std::string& definition, SystemNotation notation) const;
   /// All projected systems that are not deprecated.
   std::vector<ListedCrs> ProjectedSystems() const;
   /// What leads from a system to another somewhere in the box, superseded and deprecated
-  /// transformations left out, in PROJ's order of preference.
+  /// transformations left out, in PROJ's order of preference. A system is a code; "4258+7837" is one
+  /// with a system of heights beside it, "4258+h" one with heights above its ellipsoid.
   std::vector<RegisteredOperation> Operations(const std::string& source, const std::string& target,
                                               const GeoBox& box,
                                               Joining joining = Joining::allowed) const;

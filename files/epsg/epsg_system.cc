@@ -1,7 +1,6 @@
 #include "files/epsg/epsg_system.h"
 
 #include <fmt/format.h>
-#include <fmt/ranges.h>
 
 #include <algorithm>
 #include <cmath>
@@ -106,29 +105,6 @@ std::vector<CandidateOperation> FindCandidates(const EpsgRegistry& registry,
   return candidates;
 }
 
-std::string Words(const std::vector<std::string>& names) {
-  return fmt::format("{}", fmt::join(names, ", "));
-}
-
-// What a candidate needs before it can be taken; empty where it can.
-std::string ObstacleOf(const CandidateOperation& candidate) {
-  if (!candidate.IsKnown()) return "no system file can hold it";
-  const std::vector<std::string> missing = candidate.Missing();
-  return missing.empty() ? "" : "needs the file " + Words(missing) + ", which is not found";
-}
-
-std::string ListText(const std::vector<CandidateOperation>& candidates) {
-  std::string text;
-  for (const CandidateOperation& each : candidates) {
-    std::string remark = ObstacleOf(each);
-    if (remark.empty()) remark = Words(each.Found());
-    text += fmt::format("{}\n    {}; {:.0f} % of the area: {}\n    {}{}{}\n", each.Title(),
-                        each.Accuracy(), each.covered * 100, each.operation.areaName, each.Method(),
-                        remark.empty() ? "" : ": ", remark);
-  }
-  return text;
-}
-
 const CandidateOperation& ChooseCandidate(const Chosen& chosen,
                                           const std::vector<CandidateOperation>& candidates,
                                           const DatumWish& wish) {
@@ -140,7 +116,7 @@ const CandidateOperation& ChooseCandidate(const Chosen& chosen,
     if (!candidates.empty())
       problem = fmt::format("none of its {} transformations to {} can be taken: {} by {} {}",
                             candidates.size(), target, candidates[0].Title(),
-                            candidates[0].Method(), ObstacleOf(candidates[0]));
+                            candidates[0].Method(), candidates[0].Obstacle());
     chosen.Refuse(problem + kWaysOut);
   }
   const auto taken = std::find_if(candidates.begin(), candidates.end(), [&](const auto& each) {
@@ -149,7 +125,7 @@ const CandidateOperation& ChooseCandidate(const Chosen& chosen,
   if (taken == candidates.end())
     chosen.Refuse(
         fmt::format("EPSG:{} is none of its transformations{}", wish.operation, kWaysOut));
-  if (const std::string obstacle = ObstacleOf(*taken); !obstacle.empty())
+  if (const std::string obstacle = taken->Obstacle(); !obstacle.empty())
     chosen.Refuse(fmt::format("{} by {}: {}; --grids names a folder to look into{}", taken->Title(),
                               taken->Method(), obstacle, kWaysOut));
   return *taken;
@@ -382,7 +358,7 @@ class SystemMaker {
                       taken.Title(), taken.covered * 100, taken.operation.areaName));
     std::vector<std::string> told;
     for (const CandidateOperation& each : candidates) {
-      const std::string obstacle = ObstacleOf(each);
+      const std::string obstacle = each.Obstacle();
       const bool better = each.operation.accuracy >= 0 && each.covered >= taken.covered &&
                           each.operation.accuracy < taken.operation.accuracy;
       if (!better || obstacle.empty()) continue;
@@ -416,7 +392,7 @@ EpsgSystem MakeEpsgSystem(const std::string& code, const DatumWish& wish) {
 std::string ListEpsgOperations(const std::string& code, const DatumWish& wish) {
   const EpsgRegistry registry;
   const GridFolders folders(wish.grids, wish.output, EpsgRegistry::ProjFolders());
-  return ListText(FindCandidates(registry, folders, Choose(registry, code), wish));
+  return ListOperations(FindCandidates(registry, folders, Choose(registry, code), wish));
 }
 
 std::string FindEpsgSystems(const std::string& words, const std::optional<Position>& place) {

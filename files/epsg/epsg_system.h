@@ -5,11 +5,9 @@
 #include <string>
 #include <vector>
 
-namespace geomath_files {
+#include "files/system/geo_box.h"
 
-struct Position {
-  double latitude, longitude;  // degrees
-};
+namespace geomath_files {
 
 /// Which transformation to WGS 84, or to a frame that moves, a system gets.
 struct DatumWish {

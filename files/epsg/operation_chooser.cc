@@ -104,6 +104,25 @@ std::vector<std::string> CandidateOperation::Found() const {
   return found;
 }
 
+std::string CandidateOperation::Obstacle() const {
+  if (!IsKnown()) return "no system file can hold it";
+  const std::vector<std::string> missing = Missing();
+  if (missing.empty()) return "";
+  return fmt::format("needs the file {}, which is not found", fmt::join(missing, ", "));
+}
+
+std::string ListOperations(const std::vector<CandidateOperation>& candidates) {
+  std::string text;
+  for (const CandidateOperation& each : candidates) {
+    std::string remark = each.Obstacle();
+    if (remark.empty()) remark = fmt::format("{}", fmt::join(each.Found(), ", "));
+    text += fmt::format("{}\n    {}; {:.0f} % of the area: {}\n    {}{}{}\n", each.Title(),
+                        each.Accuracy(), each.covered * 100, each.operation.areaName, each.Method(),
+                        remark.empty() ? "" : ": ", remark);
+  }
+  return text;
+}
+
 const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& candidates) {
   const auto best = std::find_if(candidates.begin(), candidates.end(),
                                  [](const auto& each) { return each.IsUsable(); });
@@ -154,8 +173,9 @@ std::vector<CandidateOperation> OperationChooser::Unsorted(const std::string& so
 
 std::vector<CandidateOperation> OperationChooser::Between(const std::string& source,
                                                           const std::string& target,
-                                                          const OperationPlace& place) const {
-  std::vector<CandidateOperation> candidates = Unsorted(source, target, place, Joining::allowed);
+                                                          const OperationPlace& place,
+                                                          Joining joining) const {
+  std::vector<CandidateOperation> candidates = Unsorted(source, target, place, joining);
   Sort(candidates);
   return candidates;
 }

@@ -45,6 +45,8 @@ struct CandidateOperation {
   /// The names of the files that are not found: "a.gsb or b.tif".
   std::vector<std::string> Missing() const;
   bool IsUsable() const { return IsKnown() && Missing().empty(); }
+  /// What it needs before it can be taken; empty where it can.
+  std::string Obstacle() const;
   /// The paths of those that are found.
   std::vector<std::string> Found() const;
 };
@@ -70,7 +72,8 @@ class OperationChooser {
   /// tenths count as all), then the more accurate one. Those that lack a file or a method stand
   /// among them.
   std::vector<CandidateOperation> Between(const std::string& source, const std::string& target,
-                                          const OperationPlace& place) const;
+                                          const OperationPlace& place,
+                                          Joining joining = Joining::allowed) const;
   /// Those to WGS 84, and the grids to systems that the registry takes for WGS 84, whose own accuracy
   /// counts. `projected`, unless it is empty, is the system for which a publisher's route may be.
   std::vector<CandidateOperation> ToWgs84(const std::string& source, const std::string& projected,
@@ -99,6 +102,9 @@ class OperationChooser {
 
 /// The first that can be used; null when there is none.
 const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& candidates);
+
+/// They as text, with their methods and files, and what they lack.
+std::string ListOperations(const std::vector<CandidateOperation>& candidates);
 
 /// The entries "shifts" of a system file that leads from the target of an operation to its source.
 struct ShiftEntries {

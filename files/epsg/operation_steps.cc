@@ -17,14 +17,20 @@ namespace {
 
 // Methods by the codes of the registry.
 
-// Between geographic and geocentric coordinates, with and without height, and orders of axes.
-constexpr int kNoMoves[] = {9602, 9659, 9843, 9844};
+// Between geographic and geocentric coordinates, with and without height, orders of axes, and units of
+// heights, which are metres here.
+constexpr int kNoMoves[] = {9602, 9659, 9843, 9844, 1069, 1104};
 constexpr int kLongitudeRotation = 9601;
 // NTv1, NTv2, NADCON, and NADCON5 with and without height.
 constexpr int kGeographicGrids[] = {9614, 9615, 9613, 1074, 1075};
 constexpr int kNadcon5[] = {1074, 1075};
 // Offsets between heights: NZLVD, BEV, gtx, asc, PL, byn, VERTCON.
 constexpr int kVerticalGrids[] = {1071, 1080, 1084, 1085, 1101, 1112, 9658};
+// Geoids: from heights above the ellipsoid to those of EGM2008, NZgeoid, OSGM02-Ire, Gravsoft, AUSGeoid
+// v2, CI, PNG, byn, OSGM15-Ire, IGN2009, BEV, txt, PL, ITAL2005, EGM, AUSGeoid98, OSGM-GB, IGN1997 and gtx.
+constexpr int kGeoids[] = {1025, 1030, 1045, 1047, 1048, 1050, 1059, 1060, 1072, 1073, 1081, 1082,
+                           1083, 1088, 1089, 1090, 1091, 1092, 1093, 1094, 1095, 1096, 1097, 1098,
+                           1099, 1100, 1103, 1105, 1106, 9661, 9662, 9663, 9664, 9665};
 constexpr int kGeocentricGrid = 1087;
 constexpr int kOffsets[] = {9616, 9618, 9619, 9660};
 constexpr int kVerticalSlope = 1046;
@@ -72,7 +78,8 @@ class StepReader {
     ReadEllipsoid("target_crs", step_.target);
     step_.known = true;
     if (step_.similarity = ReadSimilarity(part_); step_.similarity) return OfSimilarity();
-    if (Contains(kGeographicGrids, methodCode_) || Contains(kVerticalGrids, methodCode_)) {
+    if (Contains(kGeographicGrids, methodCode_) || Contains(kVerticalGrids, methodCode_) ||
+        Contains(kGeoids, methodCode_)) {
       ReadGrids();
     } else if (methodCode_ == kGeocentricGrid) {
       step_.space = ShiftSpace::geocentric;

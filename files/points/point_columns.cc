@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <set>
 #include <utility>
 
@@ -32,6 +33,7 @@ std::pair<std::string, int> WithoutNumber(const std::string& name) {
 }
 
 constexpr double kDegreesPerGon = 0.9;
+constexpr double kNoHeightGiven = std::numeric_limits<double>::quiet_NaN();
 
 // Beyond the Moon: a slip, not a coordinate.
 constexpr double kFarthest = 1e9;  // metres
@@ -125,6 +127,7 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
     : kind_(kind),
       fixedHeight_(choice.fixedHeight),
       gon_(choice.gon && kind == CoordinateKind::geographic),
+      heightOptional_(choice.heightOptional),
       source_(source),
       numbers_(choice.decimalComma ? ',' : '\0') {
   const std::vector<std::string> columns = source.ColumnNames();
@@ -134,7 +137,7 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
     fromGeometry_ = true;
   else if (!choice.names.empty())
     TakeChosen(columns, choice.names);
-  else if (!TakeUsual(columns)) {
+  else if (!TakeUsual(columns) && !TakeUsualWithoutHeight(columns)) {
     fromGeometry_ = source.HasGeometry();
     if (!fromGeometry_) RefuseMissing(columns);
   }
@@ -163,6 +166,8 @@ void PointColumns::TakeChosen(const std::vector<std::string>& columns,
   if (names.size() >= Needed()) return;
   // Two names: the height is a usual one.
   const CoordinateSet usual = FindSet(columns, NamesOf(kind_, gon_), 1);
+  withoutHeight_ = usual.columns[2].empty() && heightOptional_;
+  if (withoutHeight_) return;
   if (usual.columns[2].empty()) RefuseMissing(columns);
   RefuseSeveral(source_, columns, usual.columns[2]);
   Take(2, usual.columns[2].front());
@@ -191,24 +196,38 @@ bool PointColumns::TakeUsual(const std::vector<std::string>& columns) {
   return true;
 }
 
+bool PointColumns::TakeUsualWithoutHeight(const std::vector<std::string>& columns) {
+  if (!heightOptional_) return false;
+  withoutHeight_ = true;
+  return TakeUsual(columns);
+}
+
+// Of a column, as messages and --columns call it.
+const char* PointColumns::TitleOf(std::size_t axis) const {
+  constexpr const char* titles[][3] = {{"lat", "lon", "h"}, {"n", "e", "h"}, {"x", "y", "z"}};
+  return titles[static_cast<std::size_t>(kind_)][axis];
+}
+
 void PointColumns::RefuseMissing(const std::vector<std::string>& columns) const {
   const bool geographic = kind_ == CoordinateKind::geographic;
   const AxisNames& usual = NamesOf(kind_, gon_);
   const auto set = FindSet(columns, usual, 1);
   const auto x = FindColumns(columns, "x"), y = FindColumns(columns, "y");
-  if (!geographic && x.size() == 1 && y.size() == 1 && set.columns[0].empty())
+  if (kind_ == CoordinateKind::grid && x.size() == 1 && y.size() == 1 && set.columns[0].empty())
     throw UserError(fmt::format(
         "{0}: \"{1}\" is north in some countries and east in others; say --columns {1},{2},H when "
         "{1} is north, --columns {2},{1},H when {2} is (without header: call them n and e)",
         source_.Name(), columns[x.front()], columns[y.front()]));
-  constexpr const char* titles[2][3] = {{"n", "e", "h"}, {"lat", "lon", "h"}};
   std::size_t axis = 0;
   while (axis < 2 && !set.columns[axis].empty()) ++axis;
   const std::string missing =
-      gon_ && axis < 2 ? fmt::format("{}_gon", titles[1][axis]) : titles[geographic][axis];
+      gon_ && axis < 2 ? fmt::format("{}_gon", TitleOf(axis)) : TitleOf(axis);
   throw UserError(fmt::format(
       "{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}", source_.Name(),
-      missing, SuggestName(missing, columns), geographic ? "LAT,LON,H" : "N,E,H",
+      missing, SuggestName(missing, columns),
+      geographic                      ? "LAT,LON,H"
+      : kind_ == CoordinateKind::grid ? "N,E,H"
+                                      : "X,Y,Z",
       columns.size() > 1 ? ", or give all points one height with --fixed-height METRES" : ""));
 }
 
@@ -240,8 +259,10 @@ std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, dou
 
 std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 3>& point) const {
   const OGRPoint* given = PointOf(record);
+  if (kind_ == CoordinateKind::geocentric) return "a point geometry is not geocentric";
   if (!given) return "the feature has no point geometry";
-  if (!fixedHeight_ && !given->Is3D())
+  const bool hasHeight = fixedHeight_ || given->Is3D();
+  if (!hasHeight && !heightOptional_)
     return "the point has no height (--fixed-height METRES gives all points one)";
   point = {given->getY(), given->getX(), fixedHeight_.value_or(given->getZ())};
   if (layerCrs_ && !layerCrs_->Convert(point))
@@ -251,18 +272,19 @@ std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 
     if (const std::string problem = CheckRange(axis, point[axis]); !problem.empty())
       return fmt::format("{} of the point {}", names[axis], problem);
   }
+  if (!hasHeight) point[2] = kNoHeightGiven;
   return {};
 }
 
 void PointColumns::CompareGeometry(const Record& record, const std::array<double, 3>& point) {
   const OGRPoint* drawn = PointOf(record);
-  if (!drawn || !IsOfKind(*drawn, kind_)) return;
+  if (!drawn || kind_ == CoordinateKind::geocentric || !IsOfKind(*drawn, kind_)) return;
   const double rounded = IsAngle(0) ? kRoundedDegrees : kRoundedMetres;
   const double turns = IsAngle(0) ? 360 : HUGE_VAL;
-  const bool same =
-      std::abs(drawn->getY() - point[0]) <= rounded &&
-      std::abs(std::remainder(drawn->getX() - point[1], turns)) <= rounded &&
-      (fixedHeight_ || !drawn->Is3D() || std::abs(drawn->getZ() - point[2]) <= kRoundedMetres);
+  const bool same = std::abs(drawn->getY() - point[0]) <= rounded &&
+                    std::abs(std::remainder(drawn->getX() - point[1], turns)) <= rounded &&
+                    (fixedHeight_ || withoutHeight_ || !drawn->Is3D() ||
+                     std::abs(drawn->getZ() - point[2]) <= kRoundedMetres);
   if (!same && stale_++ == 0) firstStale_ = source_.Place(record);
 }
 
@@ -280,6 +302,10 @@ std::string PointColumns::Read(const Record& record, std::array<double, 3>& poin
   for (std::size_t axis = 0; axis < 3; ++axis) {
     if (axis == 2 && fixedHeight_) {
       point[2] = *fixedHeight_;
+      continue;
+    }
+    if (axis == 2 && withoutHeight_) {
+      point[2] = kNoHeightGiven;
       continue;
     }
     const std::string problem = ReadColumn(record, axis, point[axis]);

@@ -16,6 +16,7 @@ namespace geomath_files {
 struct ColumnChoice {
   std::vector<std::string> names;     ///< two or three column names; empty for the usual ones
   std::optional<double> fixedHeight;  ///< for all points, instead of a column
+  bool heightOptional = false;        ///< points need no height
   std::string crs;                    ///< of the coordinates, as CrsOf takes it; may be unknown
   LengthUnit unit = {};               ///< of grid coordinates
   bool ignoreCrs = false;             ///< that of a layer is not looked at
@@ -25,14 +26,14 @@ struct ColumnChoice {
 };
 
 /// Finds the coordinates of a row: latitude, longitude, height, or northing, easting, height, in
-/// degrees and metres, from columns by name or from the point geometry of a feature.
+/// degrees and metres, or X, Y, Z, from columns by name or from the point geometry of a feature.
 class PointColumns {
  public:
   /// Throws UserError when a column is missing, naming those that are there, and when several could
   /// be meant, naming these.
   PointColumns(const PointSource& source, CoordinateKind kind, const ColumnChoice& choice);
 
-  /// Reads a row. Returns what is wrong with it, empty when `point` holds its coordinates.
+  /// Reads a row; a height that may be missing, and is, is NaN. Returns what is wrong with it, empty when `point` holds its coordinates.
   std::string Read(const Record& record, std::array<double, 3>& point);
 
   /// What the user should hear: that columns with a number behind their names were taken, or what
@@ -47,9 +48,11 @@ class PointColumns {
  private:
   void TakeChosen(const std::vector<std::string>& columns, const std::vector<std::string>& names);
   bool TakeUsual(const std::vector<std::string>& columns);
+  bool TakeUsualWithoutHeight(const std::vector<std::string>& columns);
   void Take(std::size_t axis, std::size_t column);
   [[noreturn]] void RefuseMissing(const std::vector<std::string>& columns) const;
-  std::size_t Needed() const { return fixedHeight_ ? 2 : 3; }
+  std::size_t Needed() const { return fixedHeight_ || withoutHeight_ ? 2 : 3; }
+  const char* TitleOf(std::size_t axis) const;
 
   std::string ReadColumn(const Record& record, std::size_t axis, double& value);
   std::string ReadGeometry(const Record& record, std::array<double, 3>& point) const;
@@ -61,6 +64,7 @@ class PointColumns {
   std::optional<double> fixedHeight_;
   std::optional<LayerCrs> layerCrs_;
   bool gon_, fromGeometry_ = false;
+  bool heightOptional_, withoutHeight_ = false;
   const PointSource& source_;
   NumberReader numbers_;
   std::array<std::size_t, 3> columns_{};

@@ -17,6 +17,8 @@ const AxisNames& UsualAxisNames(CoordinateKind kind) {
       {{"e"}, {"east", "easting", "ost", "rechtswert"}},
       {{"hlocal"}, {"h", "height", "h\xC3\xB6he", "hoehe", "elevation", "z"}},
   }};
+  static const AxisNames geocentric = {{{{"x"}, {}}, {{"y"}, {}}, {{"z"}, {}}}};
+  if (kind == CoordinateKind::geocentric) return geocentric;
   return kind == CoordinateKind::grid ? grid : geographic;
 }
 

@@ -7,7 +7,7 @@
 namespace geomath_files {
 
 /// Which coordinates the points of a file have.
-enum class CoordinateKind { geographic, grid };
+enum class CoordinateKind { geographic, grid, geocentric };
 
 /// Names of columns that mean one thing, as FoldName makes them: those that the program itself
 /// writes or asks for, and, when there is none of them, those that instruments and other programs
@@ -16,7 +16,7 @@ struct UsualNames {
   std::vector<std::string> own, others;
 };
 
-/// Those of latitude, longitude, height, or northing, easting, height.
+/// Those of latitude, longitude, height; northing, easting, height; or X, Y, Z.
 using AxisNames = std::array<UsualNames, 3>;
 const AxisNames& UsualAxisNames(CoordinateKind kind);
 /// Those of angles in gons, which have names of their own.

@@ -2,6 +2,12 @@
 
 namespace geomath_files {
 
+/// A place, degrees.
+struct Position {
+  double latitude;   ///< to the north
+  double longitude;  ///< to the east
+};
+
 /// A box of latitudes and longitudes, degrees; `west` above `east` where it crosses the date line.
 struct GeoBox {
   double west = -180;  ///< longitude of the western edge

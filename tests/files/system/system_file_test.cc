@@ -47,14 +47,14 @@ std::function<void(json&)> Ground(json ground) {
   };
 }
 
-struct Position {
+struct LocalPosition {
   double x, y, h;
 };
 
 // TP03 of the published points of Great Britain.
-Position ToLocal(const std::string& text) {
+LocalPosition ToLocal(const std::string& text) {
   const auto system = ParseSystem(text, "site.json");
-  Position p{50.43885825610 * kDegree, -4.10864563561 * kDegree, 215.251};
+  LocalPosition p{50.43885825610 * kDegree, -4.10864563561 * kDegree, 215.251};
   EXPECT_TRUE(system->Chain().ToLocal(p.x, p.y, p.h));
   return p;
 }
@@ -83,7 +83,7 @@ TEST(SystemFile, BuildsTheChainItDescribes) {
   for (const char* name : {"TM", "tm", "TMERC"}) {
     json system = Britain();
     system["projection"]["name"] = name;
-    const Position p = ToLocal(system.dump());
+    const LocalPosition p = ToLocal(system.dump());
     EXPECT_NEAR(p.x, 62015.2109, kSeriesMetres) << name;
     EXPECT_NEAR(p.y, 250357.8185, kSeriesMetres) << name;
     EXPECT_NEAR(p.h, 165.6607, kSeriesMetres) << name;
@@ -91,7 +91,7 @@ TEST(SystemFile, BuildsTheChainItDescribes) {
 }
 
 TEST(SystemFile, EquivalentNotationsGiveEqualResults) {
-  const Position expected = ToLocal(Britain().dump());
+  const LocalPosition expected = ToLocal(Britain().dump());
   const std::function<void(json&)> changes[] = {
       [](json& s) {
         s["local"] = {{"ellipsoid", "airy 1830"}};
@@ -115,7 +115,7 @@ TEST(SystemFile, EquivalentNotationsGiveEqualResults) {
   for (const auto& change : changes) {
     json system = Britain();
     change(system);
-    const Position p = ToLocal(system.dump());
+    const LocalPosition p = ToLocal(system.dump());
     EXPECT_EQ(p.x, expected.x) << system;
     EXPECT_EQ(p.y, expected.y) << system;
     EXPECT_EQ(p.h, expected.h) << system;
@@ -126,7 +126,7 @@ TEST(SystemFile, OneEllipsoidIsEnoughWithoutADatum) {
   json plain = Britain();
   plain.erase("datum");
   plain.erase("global");
-  const Position local = ToLocal(plain.dump());
+  const LocalPosition local = ToLocal(plain.dump());
   plain["global"] = plain["local"];
   EXPECT_EQ(ToLocal(plain.dump()).x, local.x);
   plain.erase("local");
@@ -136,11 +136,11 @@ TEST(SystemFile, OneEllipsoidIsEnoughWithoutADatum) {
 }
 
 TEST(SystemFile, AxesTurnTheCoordinates) {
-  const Position expected = ToLocal(Britain().dump());
+  const LocalPosition expected = ToLocal(Britain().dump());
   json system = Britain();
   system["axes"] = {{"grid", "WS"}};
   EXPECT_FALSE(ParseSystem(system.dump(), "s")->Grid().northFirst);
-  const Position p = ToLocal(system.dump());
+  const LocalPosition p = ToLocal(system.dump());
   EXPECT_EQ(p.x, -expected.y);
   EXPECT_EQ(p.y, -expected.x);
 }
@@ -161,7 +161,7 @@ TEST(SystemFile, SaysWhyAFileCannotBeRead) {
 // Scales and turns whose products are plain: k = 1.001/0.5 from 6371 m of height, a quarter turn,
 // and 30 degrees with the sine 1/2.
 TEST(SystemFile, GroundScalesTurnsAndShiftsBothWays) {
-  const Position grid = ToLocal(Britain().dump());
+  const LocalPosition grid = ToLocal(Britain().dump());
   const double n = grid.x, e = grid.y, cos30 = std::sqrt(3) / 2;
   const double dn = n - 62000, de = e - 250000;
   struct Row {
@@ -190,11 +190,11 @@ TEST(SystemFile, GroundScalesTurnsAndShiftsBothWays) {
     json system = Britain();
     system["ground"] = row.ground;
     if (!row.axes.empty()) system["axes"] = row.axes;
-    Position p = ToLocal(system.dump());
+    LocalPosition p = ToLocal(system.dump());
     EXPECT_NEAR(p.x, row.first, 1e-8) << row.ground;
     EXPECT_NEAR(p.y, row.second, 1e-8) << row.ground;
     EXPECT_EQ(p.h, grid.h) << row.ground;
-    Position q = grid;
+    LocalPosition q = grid;
     ASSERT_TRUE(ParseSystem(system.dump(), "s")->Chain().ToGlobal(p.x, p.y, p.h));
     ASSERT_TRUE(ParseSystem(Britain().dump(), "s")->Chain().ToGlobal(q.x, q.y, q.h));
     EXPECT_NEAR(p.x, q.x, 1e-13) << row.ground;

@@ -1,0 +1,111 @@
+#include "files/conversion/operation_leg.h"
+
+#include <fmt/format.h>
+
+#include <algorithm>
+#include <array>
+#include <nlohmann/json.hpp>
+
+#include "files/epsg/operation_chooser.h"
+#include "files/words/user_error.h"
+
+using namespace zel_cs::geomath;
+using nlohmann::ordered_json;
+
+namespace geomath_files {
+namespace {
+
+bool IsGeocentric(const OperationStep& step) { return step.space == ShiftSpace::geocentric; }
+
+// A chain has two ellipsoids, and so one row of geocentric steps: the end of the part that begins with
+// a step.
+std::size_t EndOfPart(const std::vector<OperationStep>& steps, std::size_t begin) {
+  const auto from = steps.begin() + static_cast<std::ptrdiff_t>(begin);
+  const auto first = std::find_if(from, steps.end(), IsGeocentric);
+  const auto behind = std::find_if_not(first, steps.end(), IsGeocentric);
+  const bool last = std::none_of(behind, steps.end(), IsGeocentric);
+  return static_cast<std::size_t>((last ? steps.end() : behind) - steps.begin());
+}
+
+ordered_json Figures(const Ellipsoid& e) { return {{"a", e.a}, {"b", e.b}}; }
+
+// The steps from `begin` to `end` as a system file that leads the other way.
+std::unique_ptr<CoordinateSystem> PartOf(const CandidateOperation& candidate, std::size_t begin,
+                                         std::size_t end) {
+  CandidateOperation part;
+  const auto at = [](const auto& list, std::size_t i) {
+    return list.begin() + static_cast<std::ptrdiff_t>(i);
+  };
+  part.steps.assign(at(candidate.steps, begin), at(candidate.steps, end));
+  part.files.assign(at(candidate.files, begin), at(candidate.files, end));
+  // Steps of latitude and longitude do not look at the ellipsoid.
+  const auto first = std::find_if(part.steps.begin(), part.steps.end(), IsGeocentric);
+  const auto last = std::find_if(part.steps.rbegin(), part.steps.rend(), IsGeocentric);
+  const bool any = first != part.steps.end();
+  const Ellipsoid source = any ? first->source : MakeEllipsoid(kWgs84A, kWgs84InvF);
+  const Ellipsoid target = any ? last->target : source;
+  const auto entries = EntriesOf(part, source, target, "");
+  if (!entries) throw UserError(candidate.Title() + ": its steps stand on too many ellipsoids");
+  ordered_json document = {{"local", Figures(source)}, {"shifts", entries->shifts}};
+  if (entries->twoEllipsoids) {
+    document["global"] = Figures(target);
+    document["datum"] = SevenParameters{}.Section();
+  }
+  return ParseSystem(document.dump(), candidate.Title(), ProjectionNeed::optional);
+}
+
+// Runs parts one after the other; the first step that fails counts.
+template <class Run>
+void RunParts(std::size_t parts, double* l, std::size_t count, ChainStep* failed, Run run) {
+  if (parts == 0) {
+    for (std::size_t i = 0; i < count; ++i)
+      failed[i] = l[i] - l[i] == 0 ? ChainStep::none : ChainStep::input;
+    return;
+  }
+  run(0, failed);
+  if (parts == 1) return;
+  std::array<ChainStep, OperationLeg::kMostPoints> later;
+  for (std::size_t part = 1; part < parts; ++part) {
+    run(part, later.data());
+    for (std::size_t i = 0; i < count; ++i)
+      if (failed[i] == ChainStep::none) failed[i] = later[i];
+  }
+}
+
+}  // namespace
+
+OperationLeg::OperationLeg(const CandidateOperation& candidate)
+    : title_(fmt::format("{}, {}", candidate.Title(), candidate.Accuracy())),
+      accuracy_(candidate.operation.accuracy),
+      area_(candidate.operation.area),
+      hasGrid_(candidate.HasGrid()),
+      changesHeights_(std::any_of(candidate.steps.begin(), candidate.steps.end(), IsGeocentric)),
+      files_(candidate.Found()) {
+  for (std::size_t begin = 0; begin < candidate.steps.size();) {
+    const std::size_t end = EndOfPart(candidate.steps, begin);
+    parts_.push_back(PartOf(candidate, begin, end));
+    begin = end;
+  }
+}
+
+bool OperationLeg::NeedsDates() const {
+  return std::any_of(parts_.begin(), parts_.end(),
+                     [](const auto& part) { return part->Chain().NeedsDates(); });
+}
+
+void OperationLeg::Forward(double* b, double* l, double* h, std::size_t count, PointDates dates,
+                           ChainStep* failed) const {
+  RunParts(parts_.size(), l, count, failed, [&](std::size_t i, ChainStep* to) {
+    parts_[i]->Chain().ToGlobalDatedBatch(dates, b, l, h, count, 1, to);
+  });
+}
+
+void OperationLeg::Inverse(double* b, double* l, double* h, std::size_t count, PointDates dates,
+                           ChainStep* failed) const {
+  const std::size_t parts = parts_.size();
+  RunParts(parts, l, count, failed, [&](std::size_t i, ChainStep* to) {
+    parts_[parts - 1 - i]->Chain().ToLocalDatedBatch(dates, b, l, h, count, 1, to);
+  });
+}
+
+}  // namespace geomath_files
