@@ -8,6 +8,7 @@
 #include "tools/factors_command.h"
 #include "tools/geoid_command.h"
 #include "tools/help_command.h"
+#include "tools/info_command.h"
 #include "tools/measure_command.h"
 #include "tools/projections_command.h"
 #include "tools/system_command.h"
@@ -27,6 +28,7 @@ std::span<const Command> Commands() {
       {"factors", "Scale, convergence and Tissot's ellipse at points", PrepareFactors},
       {"geoid", "Geoid heights of points or as a grid", PrepareGeoid},
       {"help", "Say what a command takes", PrepareHelp},
+      {"info", "Say what a coordinate system is, or the layers of a file", PrepareInfo},
       {"measure", "Lines between points: bearings, distances and all factors", PrepareMeasure},
       {"projections", "List the projections that a system file may name", PrepareProjections},
       {"system", "Write a system file from an EPSG code", PrepareSystem},

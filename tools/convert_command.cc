@@ -22,11 +22,12 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
+#include "tools/between_run.h"
 #include "tools/epoch_option.h"
-#include "tools/exit_status.h"
-#include "tools/interrupt.h"
+#include "tools/layer_run.h"
+#include "tools/operation_options.h"
 #include "tools/position.h"
-#include "tools/progress.h"
+#include "tools/result_columns.h"
 #include "tools/row_loop.h"
 #include "tools/sigma_columns.h"
 #include "tools/system_grid.h"
@@ -38,6 +39,9 @@ namespace {
 
 struct ConvertOptions {
   std::string system;
+  std::string from, to;  // instead of it
+  OperationOptions operation;
+  bool one = false;                // operation for all points
   std::vector<std::string> input;  // a file, or a position as typed
   PointOptions points;
   std::vector<std::string> with;  // further columns
@@ -48,13 +52,6 @@ struct ConvertOptions {
   bool inverse = false;
   int decimals = 4;
 };
-
-constexpr double kGonPerDegree = 10.0 / 9;
-
-// Of an angle in degrees: 1e-6 of a degree is 0.1 m or less, so that these figures show at least
-// what the chosen decimals of a metre show.
-constexpr int kMoreDecimalsForDegrees = 6;
-constexpr int kMoreDecimalsForSeconds = 2;  // a second is 31 m or less
 
 // Further columns: what they are called, and how they are written.
 struct Extra {
@@ -208,20 +205,13 @@ class Conversion {
 };
 
 std::vector<ResultColumn> ResultsOf(const ConvertOptions& options, const GridUnits& units) {
-  const int metres = options.decimals, degrees = metres + kMoreDecimalsForDegrees;
+  const int metres = options.decimals;
   if (!options.inverse)
     return {{"n", metres, units.plane.Sign()},
             {"e", metres, units.plane.Sign()},
             {"h_local", metres, units.height.Sign()}};
-  std::vector<ResultColumn> columns = {
-      {"lat", degrees, "deg"}, {"lon", degrees, "deg"}, {"h_global", metres}};
-  if (options.points.angles == "gon") {
-    columns[0] = {"lat_gon", degrees, "gon"};
-    columns[1] = {"lon_gon", degrees, "gon"};
-  } else if (options.points.angles == "dms") {
-    columns[0] = {"lat", metres + kMoreDecimalsForSeconds, "", AngleKind::latitude};
-    columns[1] = {"lon", metres + kMoreDecimalsForSeconds, "", AngleKind::longitude};
-  }
+  std::vector<ResultColumn> columns = PositionColumns(options.points.angles, metres);
+  columns.push_back({"h_global", metres});
   return columns;
 }
 
@@ -230,55 +220,62 @@ std::string CrsOfGrid(const CoordinateSystem& system) {
   return system.GridCrs().empty() ? GridWkt(system) : system.GridCrs();
 }
 
-void RefuseForShapes(const ConvertOptions& options) {
-  const auto refuse = [](bool given, const char* option) {
-    if (given)
-      throw UserError(
-          fmt::format("{}: belongs to points; lines and polygons are converted "
-                      "vertex by vertex and keep their columns",
-                      option));
-  };
-  refuse(!options.points.columns.empty(), "--columns");
-  refuse(!options.points.results.empty(), "--results");
-  refuse(!options.with.empty(), "--with");
-  refuse(options.sigma.Asked(), "--sigma");
-}
-
 // Layers whose geometry is converted, vertex by vertex.
 int ConvertShapes(const ConvertOptions& options, const CoordinateSystem& system,
                   const GridUnits& units) {
-  RefuseForShapes(options);
+  RefuseForShapes(options.points);
+  for (const auto& [given, option] :
+       {std::pair(!options.with.empty(), "--with"), std::pair(options.sigma.Asked(), "--sigma"),
+        std::pair(!options.epoch.column.empty(), "--epoch-column")})
+    if (given) throw UserError(fmt::format("{}: belongs to points", option));
   const SystemConversion conversion(system, units, options.inverse,
                                     DateOf(options.epoch, system, options.system));
-  CatchInterrupts();
-  Progress progress("features");
   const std::string grid = CrsOfGrid(system), &positions = system.GeographicCrs();
-  LayerJob job;
-  job.input = options.points.input;
-  job.output = options.points.output;
-  job.layer = options.points.layer;
+  LayerJob job = LayerJobOf(options.points);
   job.given = {!options.inverse, options.inverse ? system.GridCrs() : positions, true, units.plane};
-  job.ignoreCrs = options.points.ignoreCrs;
   job.crs = options.inverse ? positions : grid;
   job.unit = units.plane;
   job.geographic = options.inverse;
-  job.height = options.points.fixedHeight.value_or(0);
   job.densify = options.densify;
   job.distance = options.inverse ? DistanceInPlane(units.plane.metres) : DistanceOnSphere();
   job.convert = [&conversion, height = job.height](VertexColumns& v) {
     conversion.ConvertVertices(v, height);
   };
-  job.tell = [&](const std::string& text) { progress.Print("geomath: " + text); };
-  job.progress = [&](long long features) { progress.Update(features, -1); };
-  job.interrupted = [] { return Interrupted(); };
-  const LayerResult result = ConvertLayers(job);
-  if (result.failures == 0) return kExitDone;
-  job.tell(fmt::format("{} of {} features could not be converted; they have no geometry",
-                       result.failures, result.features));
-  return kExitSomeFailed;
+  return RunLayers(std::move(job));
+}
+
+// Options that belong to one of the two ways.
+void CheckWay(const ConvertOptions& options) {
+  const bool between = !options.from.empty() || !options.to.empty();
+  const auto refuse = [](bool given, const char* option, const char* why) {
+    if (given) throw UserError(fmt::format("{}: {}", option, why));
+  };
+  const OperationOptions& operation = options.operation;
+  if (!between) {
+    if (options.system.empty()) throw UserError("give --system FILE, or --from and --to");
+    constexpr const char* why = "is of a conversion --from one system --to another";
+    refuse(!operation.operation.empty(), "--operation", why);
+    refuse(!operation.near.empty(), "--near", why);
+    refuse(!operation.grids.empty(), "--grids", why);
+    refuse(operation.list, "--list-operations", why);
+    refuse(options.one, "--one-operation", why);
+    if (options.input.empty()) throw UserError("name the points, or type a position");
+    return;
+  }
+  if (options.from.empty() || options.to.empty()) throw UserError("give both --from and --to");
+  constexpr const char* why = "is of a conversion by --system";
+  refuse(!options.system.empty(), "--system", "stands instead of --from and --to");
+  refuse(options.inverse, "--inverse", "exchange --from and --to");
+  refuse(!options.with.empty(), "--with", why);
+  refuse(options.sigma.Asked(), "--sigma", why);
 }
 
 int Convert(ConvertOptions options) {
+  CheckWay(options);
+  if (!options.from.empty())
+    return RunBetween({options.from, options.to, options.input, options.points, options.operation,
+                       options.epoch, options.unit, options.densify, options.one,
+                       options.decimals});
   RefuseReadingTwice({options.system, options.input.front()});
   const auto system = ReadSystemFile(options.system);
   const GridUnits units = options.unit.empty() ? system->Units() : ParseGridUnits(options.unit);
@@ -343,17 +340,24 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       "way (columns lat, lon, h_global). All columns of the input travel through unchanged.\n"
       "A row that cannot be converted keeps its place with empty results and is reported.\n"
       "Exit status: 0 all rows converted, 1 some rows not, 2 stopped.");
-  arguments
-      .add_option("--system", options->system,
-                  "JSON file that describes the coordinate system; - for standard input")
-      ->required();
+  arguments.add_option("--system", options->system,
+                       "JSON file that describes the coordinate system; - for standard input");
+  arguments.add_option(
+      "--from", options->from,
+      "instead of --system: the system of the input, an EPSG code (EPSG:31467, "
+      "EPSG:25832+7837), a file (system file, WKT, PROJJSON), or input for that of "
+      "its layer");
+  arguments.add_option("--to", options->to, "with --from: the system of the results");
+  AddOperationOptions(arguments, options->operation, "the operation between --from and --to");
+  arguments.add_flag("--one-operation", options->one,
+                     "all points by one operation, where each would take the best for it");
   arguments
       .add_option(
           "INPUT", options->input,
           "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input. Or layers "
           "of lines and polygons. Or a "
-          "position: LAT LON [HEIGHT], with --inverse N E [HEIGHT]")
-      ->required()
+          "position: LAT LON [HEIGHT], with --inverse N E [HEIGHT], with --from in the order of "
+          "that system")
       ->expected(1, 3);
   arguments.add_option("-o,--output", options->points.output,
                        "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "

@@ -3,7 +3,9 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
+#include <limits>
 
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
@@ -13,7 +15,8 @@ namespace geomath_files::program {
 std::array<double, 3> ReadPosition(const std::vector<std::string>& texts, CoordinateKind kind,
                                    bool gon) {
   constexpr double kDegreesPerGon = 0.9;
-  constexpr const char* names[2][3] = {{"N", "E", "HEIGHT"}, {"LAT", "LON", "HEIGHT"}};
+  constexpr const char* names[][3] = {
+      {"LAT", "LON", "HEIGHT"}, {"N", "E", "HEIGHT"}, {"X", "Y", "Z"}};
   const bool geographic = kind == CoordinateKind::geographic;
   std::array<double, 3> position{};
   for (std::size_t axis = 0; axis < texts.size() && axis < position.size(); ++axis) {
@@ -25,7 +28,9 @@ std::array<double, 3> ReadPosition(const std::vector<std::string>& texts, Coordi
       number.value *= kDegreesPerGon;
       number.problem = AngleRangeProblem(number.value, angle);
     }
-    if (!number) throw UserError(fmt::format("{}: {}", names[geographic][axis], number.problem));
+    if (!number)
+      throw UserError(
+          fmt::format("{}: {}", names[static_cast<std::size_t>(kind)][axis], number.problem));
     position[axis] = number.value;
   }
   return position;
@@ -44,6 +49,8 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
   RowBlock block;
   block.count = 1;
   for (std::size_t axis = 0; axis < 3; ++axis) block.given[axis] = {position[axis]};
+  if (texts.size() < 3 && !options.fixedHeight && job.heightOptional)
+    block.given[2][0] = std::numeric_limits<double>::quiet_NaN();
   block.result.assign(job.results.size(), {0});
   block.problems.resize(1);
   job.work(block);
@@ -54,9 +61,13 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
   constexpr std::size_t kWidth = 36;  // of a name and its value
   for (std::size_t i = 0; i < job.results.size(); ++i) {
     const auto& [name, decimals, unit, sexagesimal] = job.results[i];
+    if (std::isnan(block.result[i][0])) continue;
     fmt::print("{}{:>{}}{}{}\n", name, ResultText(block.result[i][0], job.results[i]),
                kWidth - std::min(kWidth, name.size()), unit.empty() ? "" : " ", unit);
   }
+  if (job.summary)
+    for (const std::string& line : job.summary())
+      std::fprintf(stderr, "geomath: %s\n", line.c_str());
   const std::string warning = job.warning ? job.warning() : "";
   if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());
   return kExitDone;

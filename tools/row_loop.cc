@@ -3,6 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <memory>
 
@@ -40,6 +41,7 @@ std::vector<std::string> NamesIn(const std::string& option, const std::string& l
 ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
   ColumnChoice choice;
   if (!options.noHeader) choice.names = NamesIn("--columns", options.columns, 2, 3);
+  choice.heightOptional = job.heightOptional;
   choice.fixedHeight = options.fixedHeight;
   choice.fromGeometry = options.fromGeometry;
   choice.decimalComma = options.decimalComma;
@@ -147,6 +149,8 @@ class RowLoop {
       progress_.Print(fmt::format("geomath: {} of {} rows {}; their results are empty", failures_,
                                   rows_, job_.failures));
     Warn(columns_.StaleNote());
+    if (job_.summary)
+      for (const std::string& line : job_.summary()) progress_.Print("geomath: " + line);
     if (job_.warning) Warn(job_.warning());
     if (Interrupted()) throw UserError(fmt::format("interrupted after {} rows", rows_));
     if (!trouble_.empty()) throw UserError(trouble_);
@@ -223,9 +227,11 @@ class RowLoop {
 
   Converted Result(std::size_t i) {
     for (std::size_t k = 0; k < result_.size(); ++k) result_[k] = block_.result[k][i];
-    if (job_.placedByResult) return {true, result_, result_[1], result_[0], result_[2]};
     const auto& given = block_.given;
-    return {true, result_, given[1][i], given[0][i], given[2][i]};
+    const double y = job_.placedByResult ? result_[0] : given[0][i];
+    const double x = job_.placedByResult ? result_[1] : given[1][i];
+    const double z = job_.placedByResult ? result_[2] : given[2][i];
+    return {true, result_, x, y, std::isnan(z) ? 0 : z};
   }
 
   void FollowDecimalComma() {
@@ -298,8 +304,11 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   std::vector<std::string> inputs = job.files;
   inputs.push_back(options.input);
   RefuseOverwriting(inputs, {options.output});
-  const bool inGrid = (job.given == CoordinateKind::grid) != job.placedByResult;
-  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid, job.unit};
+  const bool fromGrid = job.given == CoordinateKind::grid;
+  const bool toGrid = job.made ? *job.made == CoordinateKind::grid : !fromGrid;
+  const bool inGrid = job.placedByResult ? toGrid : fromGrid;
+  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid,
+                          job.placeUnit.value_or(job.unit)};
   PointColumns columns(*source, job.given, choice);
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.

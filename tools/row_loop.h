@@ -50,6 +50,10 @@ struct RowJob {
   std::vector<std::string> also = {};  ///< names of columns of numbers that are read beside
   std::string dates = {};              ///< name of a column of dates; empty for none
   std::vector<ResultColumn> results;   ///< with their usual names
+  /// Of the results; the other kind of the two that a system has where it is not said.
+  std::optional<CoordinateKind> made = {};
+  bool heightOptional = false;               ///< points need no height; NaN where they have none
+  std::optional<LengthUnit> placeUnit = {};  ///< of the output's points, where it is another
   /// The points of the output stand where the results say, which are y, x, z; else where they stood.
   bool placedByResult = false;
   std::vector<std::string> files;  ///< that the work reads beside the input
@@ -57,6 +61,8 @@ struct RowJob {
   const char* failures;            ///< of many: "could not be converted"
   /// Fills `result` for the rows without a problem, or gives them one.
   std::function<void(RowBlock&)> work;
+  /// Lines for the user when all is done. May be left out.
+  std::function<std::vector<std::string>()> summary = {};
   /// A warning when all is done; empty for none. May be left out.
   std::function<std::string()> warning = {};
 };

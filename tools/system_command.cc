@@ -9,51 +9,20 @@
 
 #include "files/epsg/epsg_system.h"
 #include "files/words/date_text.h"
-#include "files/words/name_match.h"
 #include "files/words/number_text.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
+#include "tools/operation_options.h"
 
 namespace geomath_files::program {
 namespace {
 
 struct SystemOptions {
-  std::string code, find, output, operation, near, fromFrame, toFrame, epoch;
-  std::vector<std::string> grids;
-  bool list = false, noDatum = false;
+  std::string code, find, output, fromFrame, toFrame, epoch;
+  OperationOptions operation;
+  bool noDatum = false;
 };
-
-// "27700" of "27700" and "EPSG:27700".
-std::string CodeOf(const std::string& option, const std::string& text) {
-  const std::string prefix = "epsg:";
-  std::string code = LowerCase(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
-  const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
-  if (!digits || code.size() > 9)
-    throw UserError(fmt::format("{}: \"{}\" is no EPSG code; a number such as 27700 belongs there",
-                                option, Printable(text)));
-  return code;
-}
-
-// The texts beside the comma, where there is one comma.
-std::optional<std::pair<std::string, std::string>> PairIn(const std::string& text) {
-  const std::size_t comma = text.find(',');
-  if (comma == std::string::npos || comma != text.rfind(',')) return std::nullopt;
-  return std::pair(text.substr(0, comma), text.substr(comma + 1));
-}
-
-// "52.5,-1.7", or nothing for an empty text.
-std::optional<Position> PositionOf(const std::string& text) {
-  if (text.empty()) return std::nullopt;
-  const auto pair = PairIn(text);
-  if (!pair) throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
-  const auto read = [](const std::string& part, AngleKind kind) {
-    const ParsedNumber angle = ParseAngle(part, kind);
-    if (!angle) throw UserError("--near: " + angle.problem);
-    return angle.value;
-  };
-  return Position{read(pair->first, AngleKind::latitude), read(pair->second, AngleKind::longitude)};
-}
 
 // The place of --find when its text is one.
 std::optional<Position> PlaceIn(const std::string& text) {
@@ -72,8 +41,8 @@ int MakeSystem(const SystemOptions& options) {
   }
   if (options.code.empty()) throw UserError("give --epsg CODE; --find PLACE|NAME finds one");
   const std::string code = CodeOf("--epsg", options.code);
-  DatumWish wish{options.noDatum, {}, PositionOf(options.near)};
-  wish.grids = options.grids;
+  DatumWish wish{options.noDatum, {}, NearOf(options.operation.near)};
+  wish.grids = options.operation.grids;
   wish.output = options.output;
   wish.fromFrame = options.fromFrame;
   wish.toFrame = options.toFrame;
@@ -82,8 +51,9 @@ int MakeSystem(const SystemOptions& options) {
     if (!date) throw UserError("--epoch: " + date.problem);
     wish.date = date.value;
   }
-  if (!options.operation.empty()) wish.operation = CodeOf("--operation", options.operation);
-  if (options.list) {
+  if (!options.operation.operation.empty())
+    wish.operation = CodeOf("--operation", options.operation.operation);
+  if (options.operation.list) {
     std::fputs(ListEpsgOperations(code, wish).c_str(), stdout);
     return kExitDone;
   }
@@ -120,16 +90,8 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
       ->excludes(code);
   arguments.add_option("-o,--output", options->output,
                        "system file, replaced if it exists; - for standard output");
-  auto* operation = arguments.add_option("--operation", options->operation,
-                                         "code of the transformation to WGS 84 to take");
-  arguments
-      .add_option("--grids", options->grids,
-                  "folder with files of grids (.gsb, .tif, .json), before those of GEOMATH_GRIDS; "
-                  "may be repeated")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
-  auto* near = arguments.add_option("--near", options->near,
-                                    "LAT,LON of a place: the transformation that is best there");
+  const auto [operation, near] =
+      AddOperationOptions(arguments, options->operation, "the transformation to WGS 84");
   auto* noDatum = arguments
                       .add_flag("--no-datum", options->noDatum,
                                 "no transformation: positions are those of the system's own datum")
@@ -147,8 +109,6 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
   arguments.add_option("--epoch", options->epoch,
                        "date of all positions, which is written into the file: 2026.9 or "
                        "2026-11-23");
-  arguments.add_flag("--list-operations", options->list,
-                     "only list the transformations to WGS 84, best first");
   return [options] { return MakeSystem(*options); };
 }
 

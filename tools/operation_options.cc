@@ -1,0 +1,57 @@
+#include "tools/operation_options.h"
+
+#include <fmt/format.h>
+
+#include "files/words/name_match.h"
+#include "files/words/number_text.h"
+#include "files/words/user_error.h"
+
+namespace geomath_files::program {
+
+std::pair<CLI::Option*, CLI::Option*> AddOperationOptions(CLI::App& arguments,
+                                                          OperationOptions& options,
+                                                          const std::string& between) {
+  auto* operation =
+      arguments.add_option("--operation", options.operation, "code of " + between + " to take");
+  arguments
+      .add_option("--grids", options.grids,
+                  "folder with files of grids (.gsb, .tif, .json), before those of GEOMATH_GRIDS; "
+                  "may be repeated")
+      ->expected(1)
+      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+  auto* near = arguments.add_option("--near", options.near,
+                                    "LAT,LON of a place: " + between + " that is best there");
+  arguments.add_flag("--list-operations", options.list,
+                     "only list what could be " + between + ", best first");
+  return {operation, near};
+}
+
+std::string CodeOf(const std::string& option, const std::string& text) {
+  const std::string prefix = "epsg:";
+  std::string code = LowerCase(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
+  const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
+  if (!digits || code.size() > 9)
+    throw UserError(fmt::format("{}: \"{}\" is no EPSG code; a number such as 27700 belongs there",
+                                option, Printable(text)));
+  return code;
+}
+
+std::optional<std::pair<std::string, std::string>> PairIn(const std::string& text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string::npos || comma != text.rfind(',')) return std::nullopt;
+  return std::pair(text.substr(0, comma), text.substr(comma + 1));
+}
+
+std::optional<Position> NearOf(const std::string& text) {
+  if (text.empty()) return std::nullopt;
+  const auto pair = PairIn(text);
+  if (!pair) throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
+  const auto read = [](const std::string& part, AngleKind kind) {
+    const ParsedNumber angle = ParseAngle(part, kind);
+    if (!angle) throw UserError("--near: " + angle.problem);
+    return angle.value;
+  };
+  return Position{read(pair->first, AngleKind::latitude), read(pair->second, AngleKind::longitude)};
+}
+
+}  // namespace geomath_files::program
