@@ -121,8 +121,9 @@ double AxisSearch::ValueAt(const GroundPoints& points, const Axis& axis) {
 
 AxisSearch::Axis AxisSearch::SearchAbout(const GroundPoints& sample, const Axis& middle,
                                          const Axis& half, int scans, double fine) {
+  const double reach = unknowns_ == 1 ? half[0] : half[1];  // of the inner unknown
   const auto least = [&](double x, const auto& value) {
-    return ScanAndRefine(value, x, half[unknowns_ - 1u], scans, fine * half[unknowns_ - 1u]);
+    return ScanAndRefine(value, x, reach, scans, fine * reach);
   };
   if (unknowns_ == 1)
     return {least(middle[0], [&](double x) { return ValueAt(sample, {x, 0}); }).x, 0};
