@@ -87,7 +87,14 @@ std::string JsonSection::PathOf(const std::string& key) const {
 }
 
 std::string JsonSection::Spelled(const std::string& key) const {
-  return spelling_ == KeySpelling::snake ? SnakeName(key) : key;
+  switch (spelling_) {
+    case KeySpelling::snake:
+      return SnakeName(key);
+    case KeySpelling::camel:
+      return CamelName(key);
+    default:
+      return key;
+  }
 }
 
 std::vector<std::string> JsonSection::SpelledAll(std::vector<std::string> keys) const {

@@ -11,6 +11,7 @@ enum class KeySpelling {
   exact,   ///< letter for letter
   folded,  ///< keys that differ only in letter case, blanks, underscores and hyphens are the same
   snake,   ///< folded, and complaints spell them as names of a program: "central_meridian"
+  camel,   ///< folded, and complaints spell them as JavaScript does: "centralMeridian"
 };
 
 /// One object of a JSON file whose keys are known beforehand. Every complaint is a UserError that

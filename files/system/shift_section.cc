@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 #include "files/system/system_sections.h"
 #include "files/words/name_match.h"
+#include "files/words/sibling_path.h"
 #include "geomath/base/angle.h"
 #include "geomath/frame/frame_change.h"
 #include "geomath/frame/plate_motion.h"
@@ -206,7 +206,7 @@ ShiftOutside OutsideOf(const JsonSection& section) {
 ShiftChoice ChoiceOf(const JsonSection& section, const std::string& file) {
   ShiftChoice choice;
   const std::string name = section.Text("file", "the name of a file");
-  choice.file = (std::filesystem::path(file).parent_path() / name).string();
+  choice.file = SiblingPath(file, name);
   if (section.Has("unit")) choice.unit = section.Text("unit", "a unit (\"metre\")");
   const std::string position = ReadWord(section, "position", {"source", "target"});
   if (!position.empty())

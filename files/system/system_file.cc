@@ -3,11 +3,7 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <cmath>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <string_view>
 #include <vector>
 
@@ -17,7 +13,7 @@
 #include "files/system/system_sections.h"
 #include "files/system/units_section.h"
 #include "files/words/name_match.h"
-#include "files/words/text_file.h"
+#include "files/words/sibling_path.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -160,7 +156,7 @@ class SystemReader {
     };
     const auto path = [&](const char* key) {
       const std::string name = text(key, "the name of a file");
-      return name.empty() ? name : (std::filesystem::path(file_).parent_path() / name).string();
+      return name.empty() ? name : SiblingPath(file_, name);
     };
     GeoidChoice choice{path("grid"), text("interpolation", "the name of a scheme"), path("model"),
                        path("correction"), false};
@@ -227,28 +223,6 @@ class SystemReader {
 std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
                                               ProjectionNeed need) {
   return SystemReader(name).Read(ParseJson(text, name), need);
-}
-
-std::unique_ptr<CoordinateSystem> ReadSystemFile(const std::string& path) {
-  return ParseSystem(ReadSystemText(path), InputName(path));
-}
-
-std::string ReadSystemText(const std::string& path) {
-  constexpr std::size_t kLargestFile = 1 << 20;  // bytes; a description takes a few hundred
-  const InputHandle file = OpenInput(path);
-  std::string text;
-  char part[4096];
-  while (text.size() <= kLargestFile) {
-    const std::size_t count = std::fread(part, 1, sizeof part, file.get());
-    if (count == 0) break;
-    text.append(part, count);
-  }
-  const std::string name = InputName(path);
-  if (text.size() > kLargestFile)
-    throw UserError(fmt::format("{}: too large for a system file (1 MiB)", name));
-  if (std::ferror(file.get()))
-    throw UserError(fmt::format("{}: cannot be read: {}", name, std::strerror(errno)));
-  return text;
 }
 
 }  // namespace geomath_files

@@ -64,6 +64,16 @@ std::string SnakeName(std::string_view name) {
   return snake;
 }
 
+std::string CamelName(std::string_view name) {
+  std::string camel;
+  bool capital = false;
+  for (const char c : SnakeName(name)) {
+    if (c != '_') camel += capital && IsLower(c) ? static_cast<char>(c - 'a' + 'A') : c;
+    capital = c == '_';
+  }
+  return camel;
+}
+
 std::string NearestName(std::string_view name, std::span<const std::string> candidates) {
   constexpr std::size_t kLongestName = 64;  // nothing longer is a slip of the keyboard
   const std::string wanted = FoldName(name);

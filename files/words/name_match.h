@@ -18,6 +18,9 @@ std::string FoldName(std::string_view name);
 /// become "central_meridian", "FEast" "f_east", "dX" "dx".
 std::string SnakeName(std::string_view name);
 
+/// The same as JavaScript spells it: "Central Meridian" becomes "centralMeridian", "dX" "dx".
+std::string CamelName(std::string_view name);
+
 /// The candidate that `name` was probably meant to be, or an empty text when none is near.
 std::string NearestName(std::string_view name, std::span<const std::string> candidates);
 

@@ -104,8 +104,6 @@ ParsedNumber ParseNumber(std::string_view text) {
   return {value, {}};
 }
 
-double LargestAngle(AngleKind kind) { return kind == AngleKind::latitude ? 90 : 360; }
-
 std::string AngleRangeProblem(double degrees, AngleKind kind) {
   const double limit = LargestAngle(kind);
   if (std::abs(degrees) <= limit) return {};

@@ -25,7 +25,7 @@ enum class AngleKind {
 };
 
 /// How far an angle of its kind reaches from 0 either way, degrees.
-double LargestAngle(AngleKind kind);
+constexpr double LargestAngle(AngleKind kind) { return kind == AngleKind::latitude ? 90 : 360; }
 
 /// An angle in degrees, from decimal degrees or from degrees, minutes and seconds:
 ///   52.504167   -0.1278   52 30 15.5 N   N 52 30.2583   52:30:15.5   W 0d7m40s   0°7'40"W
