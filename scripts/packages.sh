@@ -54,3 +54,6 @@ docs_packages=(doxygen)
 python_packages=(pybind11-dev python3-dev python3-numpy)
 # What geomath.dask and geomath.plot stand on; the package itself does without.
 python_extra_packages=(python3-dask python3-distributed python3-pandas python3-matplotlib)
+# The compiler and the libraries of the JavaScript package, and what makes its modules smaller.
+js_packages=(cmake ninja-build clang-16 lld-16 wasi-libc libc++-16-dev-wasm32 libc++abi-16-dev-wasm32
+  libclang-rt-16-dev-wasm32 libfmt-dev nlohmann-json3-dev binaryen)

@@ -12,9 +12,10 @@ Languages of the fences, in the order in which the blocks stand:
   python  run in one namespace, with the built package on the path
   json    parsed; one with a projection must be a system file that the program accepts
   usage   a synopsis of the program: each option must be one that its --help names
-  text    behind sh, cpp or python: the output; "..." stands for the rest of a line, and on a line
+  text    behind sh, cpp, python or js: the output; "..." stands for the rest of a line, and on a line
           of its own for any lines
   csv, cmake, formula  not run
+  js      not run here: the tests of the JavaScript package run them
 
 Attributes behind the language:
 
@@ -40,7 +41,7 @@ import traceback
 from pathlib import Path
 
 RUN = ("sh", "cpp", "python")
-KNOWN = RUN + ("json", "usage", "text", "csv", "cmake", "formula")
+KNOWN = RUN + ("js", "json", "usage", "text", "csv", "cmake", "formula")
 TIMEOUT = 240  # seconds for one block
 
 
@@ -81,7 +82,7 @@ def read_page(path, root):
                 if awaiting is None:
                     raise Failure(block.line - 1, "output of which block?")
                 awaiting.output = block
-            awaiting = block if block.language in RUN else None
+            awaiting = block if block.language in RUN + ("js",) else None
             blocks.append(block)
             block = None
         elif block is not None:

@@ -1,0 +1,1 @@
+set(CMAKE_EXECUTABLE_SUFFIX ".wasm")
