@@ -70,6 +70,7 @@
 #include "geomath/local/identical_point.h"
 #include "geomath/local/local_to_grid.h"
 #include "geomath/local/localization_param.h"
+#include "geomath/local/site_covariance.h"
 #include "geomath/magnetic/coefficient_file.h"
 #include "geomath/magnetic/magnetic_declination.h"
 #include "geomath/magnetic/magnetic_field.h"

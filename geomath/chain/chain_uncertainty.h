@@ -6,6 +6,7 @@
 
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/export.h"
+#include "geomath/local/site_covariance.h"
 #include "geomath/shift/shift_grid.h"
 
 namespace zel_cs::geomath {
@@ -30,16 +31,6 @@ enum class ErrorExtent : unsigned char {
 /// shift (metres), rotation (arc-seconds), scale (dimensionless).
 struct DatumCovariance {
   double of[7][7] = {};  ///< symmetric
-};
-
-/// The covariance of the parameters of a LocalToGrid about a pivot in the grid: the shifts of the
-/// pivot's local northing and easting, the scale, the rotation; the height shift at the pivot and the
-/// two slopes. The plane part and the heights are independent.
-struct SiteCovariance {
-  double pivotN = 0;           ///< grid northing of the pivot, metres
-  double pivotE = 0;           ///< grid easting
-  double ofPlane[4][4] = {};   ///< metres, metres, dimensionless, radians
-  double ofHeight[3][3] = {};  ///< metres, metres per metre
 };
 
 /// Carries the covariance of a position through a CoordinateChain, with the derivatives of every step
@@ -75,7 +66,8 @@ class GEOMATH_API ChainUncertainty {
   bool SetShift(const CoordinateShift& shift, double first, double second, double third,
                 ErrorExtent extent = ErrorExtent::point);
   /// Those that the nodes of a shift grid have, in these units (metres in one unit of the file). False
-  /// without accuracies, or with a unit that is not positive. A point without a value there fails.
+  /// without accuracies, or with a unit that is not positive. A point without a value there, or with a
+  /// negative one, fails.
   bool SetShiftNodes(const ShiftGrid& grid, double horizontalUnit, double verticalUnit,
                      ErrorExtent extent = ErrorExtent::point);
 

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "geomath/base/angle.h"
+#include "geomath/local/local_to_grid.h"
 #include "geomath/local/packed_symmetric.h"
 #include "geomath/local/plane_rotation.h"
 
@@ -109,6 +110,8 @@ class LinearPlane {
     }
   }
 
+  /// Of all four quantities.
+  const Cofactors<4>& All() const { return cofactors_; }
   double OfScale() const { return cofactors_.q[2][2]; }
   double OfRotation() const { return cofactors_.q[3][3]; }
   /// Of northing and easting computed at a reduced position.
@@ -300,6 +303,7 @@ void CalibrationCheck::CheckPlane() {
 
   const auto [centreN, centreE] = rotation.Turn(centre.n, centre.e);
   const PlaneVector shifts = plane.OfPosition({-centreN, -centreE});
+  std::copy_n(&plane.All().q[0][0], 16, &planeCofactors_[0][0]);
   deviations_.tN = horizontalSigma_ * std::sqrt(shifts.n);
   deviations_.tE = horizontalSigma_ * std::sqrt(shifts.e);
   deviations_.scale = horizontalSigma_ * std::sqrt(plane.OfScale());
@@ -345,9 +349,41 @@ void CalibrationCheck::CheckHeights() {
   for (std::size_t k = 0; k < vertical_.size(); ++k)
     checks_[static_cast<std::size_t>(vertical_[k])].standardH =
         Standardised(At(vertical_[k]).residualH, verticalSigma_, residualCofactors[k]);
+  std::copy_n(&cofactors.q[0][0], 9, &heightCofactors_[0][0]);
   deviations_.h0 = verticalSigma_ * std::sqrt(cofactors.Of(design(0, 0)));
   deviations_.aN = verticalSigma_ * std::sqrt(cofactors.q[1][1]);
   deviations_.aE = verticalSigma_ * std::sqrt(cofactors.q[2][2]);
+}
+
+// Heights about another pivot: h0 + aN·(n − n0) + aE·(e − e0).
+unsigned char CalibrationCheck::Covariance(SiteCovariance& covariance) const {
+  covariance = {};
+  const PlaneVector heights = Mean(vertical_);
+  const PlaneVector pivot = horizontal_.empty() ? heights : Mean(horizontal_);
+  covariance.pivotN = pivot.n;
+  covariance.pivotE = pivot.e;
+  unsigned char parts = LocalToGrid::kNotSetUp;
+  if (std::isfinite(horizontalSigma_)) {
+    parts |= LocalToGrid::kHorizontal;
+    const double variance = horizontalSigma_ * horizontalSigma_;
+    for (int r = 0; r < 4; ++r)
+      for (int c = 0; c < 4; ++c) covariance.ofPlane[r][c] = variance * planeCofactors_[r][c];
+  }
+  if (std::isfinite(verticalSigma_)) {
+    parts |= LocalToGrid::kVertical;
+    const double toPivot[] = {1, pivot.n - heights.n, pivot.e - heights.e};
+    const double variance = verticalSigma_ * verticalSigma_;
+    double shift[3] = {};  // cofactors of the height at the pivot with the three about the centroid
+    for (int c = 0; c < 3; ++c)
+      for (int k = 0; k < 3; ++k) shift[c] += toPivot[k] * heightCofactors_[k][c];
+    for (int r = 0; r < 3; ++r)
+      for (int c = 0; c < 3; ++c) covariance.ofHeight[r][c] = variance * heightCofactors_[r][c];
+    covariance.ofHeight[0][0] = 0;
+    for (int c = 0; c < 3; ++c) covariance.ofHeight[0][0] += variance * toPivot[c] * shift[c];
+    for (int c = 1; c < 3; ++c)
+      covariance.ofHeight[0][c] = covariance.ofHeight[c][0] = variance * shift[c];
+  }
+  return parts;
 }
 
 // Only a caller's own mean shift leaves residuals whose sum is zero where the solver has no heights

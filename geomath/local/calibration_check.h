@@ -9,6 +9,7 @@
 #include "geomath/export.h"
 #include "geomath/local/identical_point.h"
 #include "geomath/local/localization_param.h"
+#include "geomath/local/site_covariance.h"
 
 namespace zel_cs::geomath {
 
@@ -101,6 +102,10 @@ class GEOMATH_API CalibrationCheck {
   const std::vector<PointCheck>& Points() const { return checks_; }
   /// How precise the parameters are.
   const CalibrationDeviations& Deviations() const { return deviations_; }
+  /// The same with their correlations, about the centroid of the horizontal control (or of the
+  /// heights where there is none). Returns the parts that have redundancy, as LocalToGrid::mode
+  /// counts them; the others are zeros.
+  unsigned char Covariance(SiteCovariance& covariance) const;
   /// Standard deviation of one local coordinate, metres; NaN without redundancy.
   double HorizontalSigma() const { return horizontalSigma_; }
   double VerticalSigma() const { return verticalSigma_; }
@@ -143,6 +148,7 @@ class GEOMATH_API CalibrationCheck {
   std::vector<PointCheck> checks_;
   CalibrationDeviations deviations_;
   double horizontalSigma_, verticalSigma_;
+  double planeCofactors_[4][4] = {}, heightCofactors_[3][3] = {};  // about the centroids
   int worstHorizontal_ = -1, worstVertical_ = -1;
   std::vector<PlaneVector> hull_;
   std::vector<CalibrationWarning> warnings_;

@@ -3,9 +3,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <string>
 
+#include "geomath/local/local_to_grid.h"
 #include "geomath/proj/methods/ster_proj.h"
 #include "tests/local/site_case.h"
 
@@ -30,6 +32,15 @@ struct Solved {
 bool Warns(const CalibrationCheck& check, Kind kind) {
   const auto& all = check.Warnings();
   return std::any_of(all.begin(), all.end(), [&](const auto& w) { return w.kind == kind; });
+}
+
+// The standard deviation of the combination w of quantities with these covariances.
+template <std::size_t N>
+double SigmaOf(const double (&covariance)[N][N], const std::array<double, N>& w) {
+  double variance = 0;
+  for (std::size_t r = 0; r < N; ++r)
+    for (std::size_t c = 0; c < N; ++c) variance += w[r] * covariance[r][c] * w[c];
+  return std::sqrt(variance);
 }
 
 // Six points around the origin, exact: local = global + (1000, 2000), heights + 3.
@@ -85,6 +96,16 @@ TEST(CalibrationCheck, PropagatesVariancesThroughTheEstimators) {
     EXPECT_NEAR(check.Deviations().tE / row.tE, 1, kLinear);
     EXPECT_NEAR(check.Deviations().rotation / row.rotation, 1, kLinear);
     EXPECT_NEAR(check.Deviations().scale, row.scale, kLinear * row.scale);
+    // About the pivot, carried to the grid's origin.
+    SiteCovariance about;
+    ASSERT_EQ(check.Covariance(about), LocalToGrid::kBoth);
+    double tN, tE, scale, theta;
+    ASSERT_TRUE(solved.solver.GetPlaneParameters(tN, tE, scale, theta));
+    const double n = -(about.pivotN * std::cos(theta) - about.pivotE * std::sin(theta));
+    const double e = -(about.pivotN * std::sin(theta) + about.pivotE * std::cos(theta));
+    EXPECT_NEAR(SigmaOf(about.ofPlane, {1, 0, n, -scale * e}) / row.tN, 1, kLinear);
+    EXPECT_NEAR(SigmaOf(about.ofPlane, {0, 1, e, scale * n}) / row.tE, 1, kLinear);
+    EXPECT_NEAR(SigmaOf(about.ofPlane, {0, 0, 0, 1}) / row.rotation, 1, kLinear);
     for (std::size_t i = 0; i < 5; ++i) {
       EXPECT_NEAR(check.Points()[i].standardN, row.standard[i][0], kLinear) << i;
       EXPECT_NEAR(check.Points()[i].standardE, row.standard[i][1], kLinear) << i;
@@ -99,6 +120,11 @@ TEST(CalibrationCheck, PropagatesVariancesThroughTheEstimators) {
   EXPECT_NEAR(check.Deviations().aN / 2.6339047056978131e-5, 1, kPrinted);
   EXPECT_NEAR(check.Deviations().aE / 1.4760127461749012e-5, 1, kPrinted);
   EXPECT_NEAR(check.Deviations().h0 / 135.71203660429908, 1, kPrinted);
+  SiteCovariance about;
+  ASSERT_EQ(check.Covariance(about), LocalToGrid::kBoth);
+  EXPECT_NEAR(SigmaOf(about.ofHeight, {1, -about.pivotN, -about.pivotE}) / 135.71203660429908, 1,
+              kPrinted);
+  EXPECT_NEAR(SigmaOf(about.ofHeight, {0, 1, 0}) / 2.6339047056978131e-5, 1, kPrinted);
   const double standardH[] = {1.4128482, 0.041868649, -1.2680319, NAN, -1.2100247, -0.057615978};
   const double predictedH[] = {0.03932258, 0.001596192,  -0.073246972,
                                NAN,        -0.052185857, -0.0017915105};
