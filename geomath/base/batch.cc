@@ -37,9 +37,12 @@ void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::si
 
 template std::size_t MarkFailures(double* const (&)[2], std::size_t);
 template std::size_t MarkFailures(double* const (&)[3], std::size_t);
+template std::size_t MarkFailures(double* const (&)[4], std::size_t);
 template void Separate(const double*, double (&)[2][kBatchBlock], std::size_t);
 template void Separate(const double*, double (&)[3][kBatchBlock], std::size_t);
+template void Separate(const double*, double (&)[9][kBatchBlock], std::size_t);
 template void Interleave(const double (&)[2][kBatchBlock], double*, std::size_t);
 template void Interleave(const double (&)[3][kBatchBlock], double*, std::size_t);
+template void Interleave(const double (&)[9][kBatchBlock], double*, std::size_t);
 
 }  // namespace zel_cs::geomath

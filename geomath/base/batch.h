@@ -17,7 +17,7 @@ namespace zel_cs::geomath {
 /// Whether all values lie between ±bound, a bound that is not negative; false with any NaN.
 bool AllWithin(const double* values, std::size_t count, double bound);
 
-/// Pairs or triples that stand side by side to columns, and back.
+/// Points of two, three or nine numbers that stand side by side to columns, and back.
 template <std::size_t N>
 void Separate(const double* points, double (&columns)[N][kBatchBlock], std::size_t count);
 template <std::size_t N>

@@ -57,9 +57,12 @@ using Kernel = BatchKernel<simd::GEOMATH_KERNEL_TARGET>;
 template struct BatchKernel<simd::GEOMATH_KERNEL_TARGET>;
 template std::size_t Kernel::MarkFailures(double* const (&)[2], std::size_t);
 template std::size_t Kernel::MarkFailures(double* const (&)[3], std::size_t);
+template std::size_t Kernel::MarkFailures(double* const (&)[4], std::size_t);
 template void Kernel::Separate<2>(const double*, double (*)[kBatchBlock], std::size_t);
 template void Kernel::Separate<3>(const double*, double (*)[kBatchBlock], std::size_t);
+template void Kernel::Separate<9>(const double*, double (*)[kBatchBlock], std::size_t);
 template void Kernel::Interleave<2>(const double (*)[kBatchBlock], double*, std::size_t);
 template void Kernel::Interleave<3>(const double (*)[kBatchBlock], double*, std::size_t);
+template void Kernel::Interleave<9>(const double (*)[kBatchBlock], double*, std::size_t);
 
 }  // namespace zel_cs::geomath

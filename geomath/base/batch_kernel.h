@@ -16,7 +16,7 @@ struct BatchKernel {
   template <std::size_t N>
   static std::size_t MarkFailures(double* const (&columns)[N], std::size_t count);
 
-  /// Points of N coordinates that stand side by side to columns, and back.
+  /// Points of N numbers that stand side by side to columns, and back.
   template <std::size_t N>
   static void Separate(const double* points, double (*columns)[kBatchBlock], std::size_t count);
   template <std::size_t N>

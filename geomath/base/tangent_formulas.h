@@ -53,6 +53,27 @@ struct RadiansPerMetre {
   }
 };
 
+/// The derivatives of geographic coordinates, of latitudes and of longitudes three each, to those of
+/// metres at their place. Columns: latitude and height, which stay, and the six derivatives.
+struct TangentToMetres {
+  static constexpr std::size_t kColumns = 8;
+  double a, e2;
+
+  explicit TangentToMetres(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& b2, double& l0,
+                              double& l1, double& l2) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
+    b0 *= frame.perLatitude, b1 *= frame.perLatitude, b2 *= frame.perLatitude;
+    l0 *= frame.perLongitude, l1 *= frame.perLongitude, l2 *= frame.perLongitude;
+  }
+  template <class... Six>
+  GEOMATH_INLINE bool Serves(double B, double, Six...) const {
+    return TangentFrame::ServesColumns(B, 0);
+  }
+};
+
 /// The derivatives of geocentric coordinates by metres at their place, in the columns of
 /// TangentToGeocentric.
 struct MetresToGeocentric {

@@ -19,27 +19,43 @@ TangentFrame FrameAt(const Ellipsoid& ell, double b, double l, double h) {
 }
 
 // The slopes of a geoid, metres per radian, by symmetric differences over the four corners of a small
-// square: two latitudes, on each of which a harmonic model gives the second height for a fraction. At
-// an edge the square stands beside the point.
+// square: two latitudes, on each of which a harmonic model gives the second height for a fraction.
+// False where a point has none, which is NaN then.
+bool DifferenceHeights(const GeoidHeight& geoid, const double* b, const double* l,
+                       std::size_t count, double* perLatitude, double* perLongitude) {
+  constexpr double kHalf = 1e-6;  // radians, 6 m; heights are computed to 1e-10 m
+  double latitudes[4 * kBatchBlock], longitudes[4 * kBatchBlock], heights[4 * kBatchBlock];
+  for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t k = 0; k < 4; ++k) {
+      latitudes[4 * i + k] = b[i] + (k < 2 ? -kHalf : kHalf);
+      longitudes[4 * i + k] = l[i] + (k % 2 == 0 ? -kHalf : kHalf);
+    }
+  geoid.Heights(latitudes, longitudes, heights, 4 * count);
+  bool all = true;
+  for (std::size_t i = 0; i < count; ++i) {
+    const double *const N = heights + 4 * i, *const B = latitudes + 4 * i;
+    const double* const L = longitudes + 4 * i;
+    perLatitude[i] = (N[2] + N[3] - N[0] - N[1]) / (2 * (B[2] - B[0]));
+    perLongitude[i] = (N[1] + N[3] - N[0] - N[2]) / (2 * (L[1] - L[0]));
+    all &= std::isfinite(perLatitude[i] + perLongitude[i]);
+  }
+  return all;
+}
+
+// At an edge the square stands beside the point.
 bool GeoidSlopes(const GeoidHeight& geoid, const double* b, const double* l, std::size_t count,
                  double* perLatitude, double* perLongitude) {
-  constexpr double kHalf = 1e-6;  // radians, 6 m; heights are computed to 1e-10 m
-  const auto differences = [&](double b0, double l0, double& toNorth, double& toEast) {
-    const double latitudes[] = {b0 - kHalf, b0 - kHalf, b0 + kHalf, b0 + kHalf};
-    const double longitudes[] = {l0 - kHalf, l0 + kHalf, l0 - kHalf, l0 + kHalf};
-    double N[4];
-    geoid.Heights(latitudes, longitudes, N, 4);
-    toNorth = (N[2] + N[3] - N[0] - N[1]) / (2 * (latitudes[2] - latitudes[0]));
-    toEast = (N[1] + N[3] - N[0] - N[2]) / (2 * (longitudes[1] - longitudes[0]));
-    return std::isfinite(toNorth) && std::isfinite(toEast);
-  };
-  constexpr double kSteps[][2] = {{0, 0}, {1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
+  if (DifferenceHeights(geoid, b, l, count, perLatitude, perLongitude)) return true;
+  constexpr double kSide = 1e-6;  // radians
+  constexpr double kSteps[][2] = {{1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
   bool all = true;
-  for (std::size_t i = 0; i < count; ++i)
+  for (std::size_t i = 0; i < count; ++i) {
+    if (std::isfinite(perLatitude[i] + perLongitude[i])) continue;
     all &= std::any_of(std::begin(kSteps), std::end(kSteps), [&](const auto& step) {
-      return differences(b[i] + step[0] * kHalf, l[i] + step[1] * kHalf, perLatitude[i],
-                         perLongitude[i]);
+      const double besideB = b[i] + step[0] * kSide, besideL = l[i] + step[1] * kSide;
+      return DifferenceHeights(geoid, &besideB, &besideL, 1, perLatitude + i, perLongitude + i);
     });
+  }
   return all;
 }
 
@@ -211,6 +227,8 @@ void ChainTangents::ShiftDeviations(const ChainUncertainty::ShiftNoise* noise,
     sigma[0] = vertical ? 0 : found[0] * noise->units[0];
     sigma[1] = vertical ? 0 : found[1] * noise->units[0];
     sigma[2] = found[vertical ? 0 : 2] * noise->units[1];
+    // Files state −1 where an accuracy is not known.
+    if (!(sigma[0] >= 0 && sigma[1] >= 0 && sigma[2] >= 0)) return Fail(i, place);
   }
   if (step.shift->Space() == ShiftSpace::geographic && (sigma[0] != 0 || sigma[1] != 0)) {
     if (!ellipsoid_) return Fail(i, ChainStep::globalEllipsoid);
@@ -336,13 +354,10 @@ void ChainTangents::Arrive(Points geographic, std::size_t count) {
 
 void ChainTangents::Project(const TGeoProj& projection, Points geographic, std::size_t count) {
   double d[4][kBatchBlock];
-  for (int c = 0; c < 2; ++c) {
-    std::copy_n(geographic[c], count, d[c]);
-    std::fill_n(d[2 + c], count, 0.0);
-  }
-  projection.ForwardDerivativesBatch(d[0], d[1], d[2], d[3], count);
-  for (std::size_t i = 0; i < count; ++i)
-    if (!std::isfinite(d[0][i] + d[1][i] + d[2][i] + d[3][i])) Fail(i, ChainStep::projection);
+  for (int c = 0; c < 2; ++c) std::copy_n(geographic[c], count, d[c]);
+  if (projection.ForwardDerivativesBatch(d[0], d[1], d[2], d[3], count) < count)
+    for (std::size_t i = 0; i < count; ++i)
+      if (std::isnan(d[0][i])) Fail(i, ChainStep::projection);
   auto& t = tangent_;
   RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]}, count);
 }
@@ -414,14 +429,15 @@ void ChainTangents::Finish(Points geographic, std::size_t count) {
   if (!ellipsoid) return FailAll(ChainStep::globalEllipsoid, count);
   if (local_ == CovarianceFrame::geocentric)
     return RunAt(TangentToGeocentric(*ellipsoid), geographic, count);
-  for (std::size_t i = 0; i < count; ++i) {
-    const TangentFrame frame =
-        FrameAt(*ellipsoid, geographic[0][i], geographic[1][i], ellipsoidal_[i]);
-    for (int c = 0; c < 3; ++c) {
-      tangent_[c][i] *= frame.perLatitude;
-      tangent_[3 + c][i] *= frame.perLongitude;
-    }
-  }
+  double at[2][kBatchBlock];
+  std::copy_n(geographic[0], count, at[0]);
+  std::copy_n(ellipsoidal_, count, at[1]);
+  auto& t = tangent_;
+  const TangentToMetres conversion(*ellipsoid);
+  RunKernel(conversion, {at[0], at[1], t[0], t[1], t[2], t[3], t[4], t[5]}, count,
+            [&](double(&p)[8]) {
+              conversion.Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
+            });
 }
 
 void ChainTangents::AddNoise(std::size_t i, const Vector* images, std::size_t count,
@@ -461,7 +477,7 @@ void ChainTangents::StartAdding() {
   adds_ = true;
 }
 
-void ChainTangents::ToLocal(Covariances& c, std::size_t count) {
+void ChainTangents::ToLocal(const Symmetric& c, std::size_t count) {
   if (adds_)
     for (int k = 0; k < 6; ++k)
       for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];
@@ -472,7 +488,7 @@ void ChainTangents::ToLocal(Covariances& c, std::size_t count) {
       count);
 }
 
-void ChainTangents::ToGlobal(Covariances& c, std::size_t count) {
+void ChainTangents::ToGlobal(const Symmetric& c, std::size_t count) {
   auto& t = tangent_;
   RunKernel(
       Propagate<true>(),

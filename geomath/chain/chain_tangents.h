@@ -16,6 +16,7 @@ class ChainTangents : public ChainTrace {
  public:
   using Vector = std::array<double, 3>;
   using Covariances = double[6][kBatchBlock];  // xx, xy, xz, yy, yz, zz
+  using Symmetric = double* [6];               // columns of a caller, likewise
 
   /// Errors of a job's extent go to `common`, a vector for each of their sources, when that is given
   /// (for blocks of one point), else to the point's own.
@@ -48,8 +49,8 @@ class ChainTangents : public ChainTrace {
   ChainStep FailedAt(std::size_t i) const { return failed_[i]; }
 
   /// Covariances of one side to those of the other, in place, with the uncertainty of the steps.
-  void ToLocal(Covariances& covariances, std::size_t count);
-  void ToGlobal(Covariances& covariances, std::size_t count);
+  void ToLocal(const Symmetric& covariances, std::size_t count);
+  void ToGlobal(const Symmetric& covariances, std::size_t count);
 
   /// The derivatives of a point.
   Matrix3 At(std::size_t i) const;

@@ -6,15 +6,13 @@
 
 #include "geomath/base/batch.h"
 #include "geomath/chain/chain_tangents.h"
+#include "geomath/chain/covariance_formulas.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kRounding = 1e-9;  // of a covariance, relative to its variances
-// Of nine numbers the six of the upper triangle, and of those the places of the nine.
-constexpr std::size_t kUpper[] = {0, 1, 2, 4, 5, 8};
-constexpr std::size_t kPlace[] = {0, 1, 2, 1, 3, 4, 2, 4, 5};
+constexpr double kRounding = MarkCovariance::kRounding;
 
 bool IsSigma(double sigma) { return sigma >= 0 && std::isfinite(sigma); }
 
@@ -50,32 +48,6 @@ bool Factor(const double (&C)[N][N], double (&F)[N][N]) {
   for (int r = 0; r < N; ++r)
     for (int c = 0; c <= r; ++c) F[r][c] *= deviation[r];
   return true;
-}
-
-// Nine numbers of each point in columns.
-using Matrices = double[9][kBatchBlock];
-
-// 1 for a covariance, 0 for what is none, without branches: numbers of one width vectorise.
-void MarkCovariances(const Matrices& c, std::size_t count, double* marks) {
-  constexpr double kLargest = std::numeric_limits<double>::max();
-  for (std::size_t i = 0; i < count; ++i) {
-    const double xx = c[0][i], yy = c[4][i], zz = c[8][i];
-    const double xy = c[1][i], xz = c[2][i], yz = c[5][i];
-    const auto fits = [](double upper, double lower, double product) {
-      const double difference = upper - lower;
-      const bool symmetric = difference * difference <= kRounding * kRounding * product;
-      const bool small = upper * upper <= product * (1 + kRounding);
-      return symmetric & small;
-    };
-    const bool variances = (xx >= 0) & (yy >= 0) & (zz >= 0);
-    const bool finite = (xx <= kLargest) & (yy <= kLargest) & (zz <= kLargest);
-    const bool pairs =
-        fits(xy, c[3][i], xx * yy) & fits(xz, c[6][i], xx * zz) & fits(yz, c[7][i], yy * zz);
-    const double determinant =
-        xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
-    const bool notNegative = determinant >= -kRounding * xx * yy * zz;
-    marks[i] = (variances & finite & pairs & notNegative) ? 1 : 0;
-  }
 }
 
 }  // namespace
@@ -174,17 +146,15 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
   const CovarianceFrame local = toLocal ? manner.to : manner.from;
   const bool served = HasFrames(global, local);
   ChainTangents tangents(*this, manner.dates, global, local);
-  Matrices given;
-  for (std::size_t i = 0; i < count; ++i)
-    for (std::size_t k = 0; k < 9; ++k) given[k][i] = covariances[9 * i + k];
-  double usable[kBatchBlock];
-  MarkCovariances(given, count, usable);
-  ChainTangents::Covariances c;
-  for (std::size_t k = 0; k < 6; ++k) std::copy_n(given[kUpper[k]], count, c[k]);
+  double m[9][kBatchBlock], usable[kBatchBlock];
+  Separate(covariances, m, count);
+  RunKernel(MarkCovariance(), {m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], usable},
+            count);
+  const ChainTangents::Symmetric c = {m[0], m[1], m[2], m[4], m[5], m[8]};
   for (std::size_t i = 0; i < count; ++i) {
     if (served && usable[i] != 0) continue;
     points[0][i] = kNaN;  // fails as input
-    for (auto& column : c) column[i] = 0;
+    for (double* const column : c) column[i] = 0;
   }
   if (toLocal) {
     Trace(points, manner.dates, count, failed, tangents);
@@ -199,11 +169,14 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
     for (std::size_t i = 0; i < count; ++i)
       if (failed[i] == ChainStep::none) failed[i] = traced[i];
   }
+  for (const auto& [upper, lower] : {std::pair{1, 3}, {2, 6}, {5, 7}})
+    std::copy_n(m[upper], count, m[lower]);
   for (std::size_t i = 0; i < count; ++i) {
-    const bool converted = failed[i] == ChainStep::none;
-    for (std::size_t k = 0; k < 9; ++k) covariances[9 * i + k] = converted ? c[kPlace[k]][i] : kNaN;
-    if (!converted) points[0][i] = kNaN;
+    if (failed[i] == ChainStep::none) continue;
+    points[0][i] = kNaN;
+    for (auto& column : m) column[i] = kNaN;
   }
+  Interleave(m, covariances, count);
 }
 
 std::size_t ChainUncertainty::RunBatch(bool toLocal, double* x, double* y, double* h,

@@ -1,12 +1,41 @@
 #pragma once
 
 #include <cstddef>
+#include <limits>
 
 #include "geomath/base/matrix3.h"
 
 /// What a CoordinateChain does to small changes of a position, for one point: the statements of
 /// column kernels. Nine columns are a matrix row by row, six the upper triangle of a symmetric one.
 namespace zel_cs::geomath {
+
+/// Whether a matrix is a covariance: symmetric, and no variance negative in any direction, but for
+/// rounding; not where a number is not finite. Columns: the nine of the matrix, which stay, and the
+/// mark, 1 or 0. Without branches, and in numbers of one width, so that it vectorises.
+struct MarkCovariance {
+  static constexpr std::size_t kColumns = 10;
+  static constexpr double kRounding = 1e-9;  ///< relative to the variances
+
+  static GEOMATH_INLINE bool Pair(double upper, double lower, double product) {
+    const double difference = upper - lower;
+    const bool symmetric = difference * difference <= kRounding * kRounding * product;
+    const bool small = upper * upper <= product * (1 + kRounding);
+    return symmetric & small;
+  }
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yx, double& yy,
+                              double& yz, double& zx, double& zy, double& zz, double& mark) const {
+    constexpr double kLargest = std::numeric_limits<double>::max();
+    const bool variances = (xx >= 0) & (yy >= 0) & (zz >= 0);
+    const bool finite = (xx <= kLargest) & (yy <= kLargest) & (zz <= kLargest);
+    const bool pairs = Pair(xy, yx, xx * yy) & Pair(xz, zx, xx * zz) & Pair(yz, zy, yy * zz);
+    const double determinant =
+        xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
+    const bool notNegative = determinant >= -kRounding * xx * yy * zz;
+    mark = (variances & finite & pairs & notNegative) ? 1 : 0;
+  }
+};
 
 /// T ← M·T with one matrix for all points.
 struct TimesTangent {

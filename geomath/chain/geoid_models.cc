@@ -14,6 +14,8 @@ GlobalGeoidScratch& ScratchOfThread() {
   return scratch;
 }
 
+constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+
 bool IsHeight(double height) { return std::isfinite(height) && height != kNoHeight; }
 
 /// A longitude in the turn around `centre`; itself when it lies there.
@@ -31,17 +33,61 @@ double OntoEdge(double angle, double edge) {
   return (std::ceil(edge * kUnits + kRounding) + 0.5) / kUnits;
 }
 
+/// A position as the queries of a grid take it.
+TAbstractPoint3<double> OnGrid(const TRectRgn& grid, double b, double l) {
+  const double turned = InTurnAround(grid.L0 + grid.dL / 2, l);
+  return {OntoEdge(b, grid.B0), OntoEdge(turned, grid.L0), 0};
+}
+
+void DropMissing(double* heights, std::size_t count) {
+  std::replace_if(
+      heights, heights + count, [](double height) { return !IsHeight(height); }, kNone);
+}
+
+/// Points of a query, so many at a time.
+struct Chunk {
+  static constexpr std::size_t kSize = 256;
+  std::size_t first = 0, size = 0;
+  TAbstractPoint3<double> points[kSize];
+
+  explicit Chunk(std::size_t count) : count_(count) {}
+  bool Next() {
+    first += size;
+    size = std::min(kSize, count_ - first);
+    return size > 0;
+  }
+
+ private:
+  std::size_t count_;
+};
+
 }  // namespace
 
 // The slot starts at zero: one scheme adds to what it holds.
 bool RegionalGeoidHeight::Height(double b, double l, double& height) const {
-  const TRectRgn grid = model_->GetRegion(false);
-  const double turned = InTurnAround(grid.L0 + grid.dL / 2, l);
-  const TAbstractPoint3<double> point(OntoEdge(b, grid.B0), OntoEdge(turned, grid.L0), 0);
+  const TAbstractPoint3<double> point = OnGrid(model_->GetRegion(false), b, l);
   double found = 0;
   if (model_->CountHeight(&point, &found, 1) != 0 || !IsHeight(found)) return false;
   height = found;
   return true;
+}
+
+// A scheme that fails ends its query, which is told apart from missing heights only for single points:
+// where one height is missing, each is asked for by itself.
+void RegionalGeoidHeight::Heights(const double* b, const double* l, double* heights,
+                                  std::size_t count) const {
+  const TRectRgn grid = model_->GetRegion(false);
+  for (Chunk chunk(count); chunk.Next();) {
+    const double *const latitudes = b + chunk.first, *const longitudes = l + chunk.first;
+    double* const found = heights + chunk.first;
+    for (std::size_t i = 0; i < chunk.size; ++i)
+      chunk.points[i] = OnGrid(grid, latitudes[i], longitudes[i]);
+    std::fill_n(found, chunk.size, 0.0);
+    if (model_->CountHeight(chunk.points, found, static_cast<int>(chunk.size)) == 0)
+      DropMissing(found, chunk.size);
+    else
+      GeoidHeight::Heights(latitudes, longitudes, found, chunk.size);
+  }
 }
 
 bool GlobalGeoidHeight::Height(double b, double l, double& height) const {
@@ -54,18 +100,15 @@ bool GlobalGeoidHeight::Height(double b, double l, double& height) const {
 
 void GlobalGeoidHeight::Heights(const double* b, const double* l, double* heights,
                                 std::size_t count) const {
-  constexpr std::size_t kChunk = 256;
-  constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-  TAbstractPoint3<double> points[kChunk];
-  for (std::size_t first = 0; first < count; first += kChunk) {
-    const std::size_t n = std::min(kChunk, count - first);
-    for (std::size_t i = 0; i < n; ++i)
-      points[i] = TAbstractPoint3<double>(b[first + i], l[first + i], 0);
-    double* chunk = heights + first;
-    if (model_->CountHeight(points, chunk, static_cast<int>(n), ScratchOfThread()) != 0)
-      std::fill_n(chunk, n, kNone);
-    std::replace_if(
-        chunk, chunk + n, [](double height) { return !IsHeight(height); }, kNone);
+  for (Chunk chunk(count); chunk.Next();) {
+    double* const found = heights + chunk.first;
+    for (std::size_t i = 0; i < chunk.size; ++i)
+      chunk.points[i] = TAbstractPoint3<double>(b[chunk.first + i], l[chunk.first + i], 0);
+    const int n = static_cast<int>(chunk.size);
+    if (model_->CountHeight(chunk.points, found, n, ScratchOfThread()) != 0)
+      std::fill_n(found, chunk.size, kNone);
+    else
+      DropMissing(found, chunk.size);
   }
 }
 

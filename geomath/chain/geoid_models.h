@@ -17,6 +17,7 @@ class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
   explicit RegionalGeoidHeight(const RegionalGeoid& model) : model_(&model) {}
 
   bool Height(double b, double l, double& height) const override;
+  void Heights(const double* b, const double* l, double* heights, std::size_t count) const override;
 
  private:
   const RegionalGeoid* model_;

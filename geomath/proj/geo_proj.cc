@@ -262,12 +262,7 @@ std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* nort
       });
     else
       DifferentiateBlock(columns, n);
-    for (std::size_t i = 0; i < n; ++i) {
-      const bool good =
-          std::isfinite(columns[0][i] + columns[1][i] + columns[2][i] + columns[3][i]);
-      found += good;
-      for (double* const column : columns) column[i] = good ? column[i] : kNaN;
-    }
+    found += MarkFailures(columns, n);
   }
   return found;
 }

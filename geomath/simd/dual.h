@@ -33,8 +33,35 @@ struct Dual {
             x.second * y.value + x.value * y.second};
   }
   friend GEOMATH_INLINE Dual operator/(const Dual& x, const Dual& y) {
-    const double q = x.value / y.value;
-    return {q, (x.first - q * y.first) / y.value, (x.second - q * y.second) / y.value};
+    const double q = x.value / y.value, r = 1 / y.value;
+    return {q, (x.first - q * y.first) * r, (x.second - q * y.second) * r};
+  }
+  // With constants, whose derivatives the compiler may not leave out: 0·y is not 0 for every y.
+  friend GEOMATH_INLINE Dual operator+(const Dual& x, double c) {
+    return {x.value + c, x.first, x.second};
+  }
+  friend GEOMATH_INLINE Dual operator+(double c, const Dual& x) {
+    return {c + x.value, x.first, x.second};
+  }
+  friend GEOMATH_INLINE Dual operator-(const Dual& x, double c) {
+    return {x.value - c, x.first, x.second};
+  }
+  friend GEOMATH_INLINE Dual operator-(double c, const Dual& x) {
+    return {c - x.value, -x.first, -x.second};
+  }
+  friend GEOMATH_INLINE Dual operator*(const Dual& x, double c) {
+    return {x.value * c, x.first * c, x.second * c};
+  }
+  friend GEOMATH_INLINE Dual operator*(double c, const Dual& x) {
+    return {c * x.value, c * x.first, c * x.second};
+  }
+  friend GEOMATH_INLINE Dual operator/(const Dual& x, double c) {
+    const double r = 1 / c;
+    return {x.value / c, x.first * r, x.second * r};
+  }
+  friend GEOMATH_INLINE Dual operator/(double c, const Dual& y) {
+    const double q = c / y.value, slope = -q / y.value;
+    return y.Chain(q, slope);
   }
   friend GEOMATH_INLINE Dual sqrt(const Dual& x) {
     const double root = std::sqrt(x.value);

@@ -47,6 +47,50 @@ TEST(GeoidModels, ARegionalGridServesAChainBothWays) {
   EXPECT_EQ(height, 7);
 }
 
+// A scheme that fails east of a meridian, which ends a query of the class.
+class Failing : public RegGeoid2x2SW {
+ public:
+  using RegGeoid2x2SW::RegGeoid2x2SW;
+  int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,
+             double& height) const override {
+    if (point[1] > 0.25) return 1;
+    return RegGeoid2x2SW::INTRP3(data, rowStride, region, NY, NX, point, height);
+  }
+};
+
+TEST(GeoidModels, ManyHeightsAreThoseOfEach) {
+  std::vector<float> z(100);
+  for (std::size_t i = 0; i < z.size(); ++i) z[i] = 40 + 0.37F * static_cast<float>(i * i % 11);
+  z[57] = 20000;
+  const RegionalGeoid biquadratic(kGrid, 10, 10, z.data(), 0, L"", L"");
+  const RegGeoid2x2SW bilinear(kGrid, 10, 10, z.data(), 0, L"", L"");
+  const Failing failing(kGrid, 10, 10, z.data(), 0, L"", L"");
+  // Inside, on nodes and edges, on the hole, beyond, full turns away, and nowhere.
+  std::vector<double> b, l;
+  for (int i = -3; i < 25; ++i)
+    for (int k = -3; k < 25; ++k) {
+      b.push_back(0.5 + 0.005 * i);
+      l.push_back(0.2 + 0.005 * k + kTwoPi * (k % 3));
+    }
+  b[300] = NAN;
+  for (const RegionalGeoid* model :
+       std::initializer_list<const RegionalGeoid*>{&biquadratic, &bilinear, &failing}) {
+    const RegionalGeoidHeight geoid(*model);
+    std::vector<double> heights(b.size());
+    geoid.Heights(b.data(), l.data(), heights.data(), b.size());
+    int found = 0;
+    for (std::size_t i = 0; i < b.size(); ++i) {
+      double height = NAN;
+      found += geoid.Height(b[i], l[i], height);
+      EXPECT_EQ(std::isnan(height), std::isnan(heights[i])) << i;
+      if (!std::isnan(height)) {
+        EXPECT_EQ(height, heights[i]) << i;
+      }
+    }
+    EXPECT_GT(found, 100);
+  }
+}
+
 // The corner of a national grid in degrees, as files state it; its class cuts it off.
 TEST(GeoidModels, TheSouthernAndWesternEdgeBelongToTheGrid) {
   const float z[] = {40, 41, 42, 45, 47, 49, 50, 53, 57};
