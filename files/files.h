@@ -25,6 +25,7 @@
 #include "files/system/geo_box.h"
 #include "files/system/length_unit.h"
 #include "files/system/projection_names.h"
+#include "files/system/site_errors.h"
 #include "files/system/system_file.h"
 #include "files/system/system_shift.h"
 #include "files/words/output_file.h"

@@ -1,5 +1,6 @@
 #include "tools/calibrate_command.h"
 
+#include <cmath>
 #include <cstdio>
 #include <memory>
 #include <string>
@@ -23,9 +24,22 @@ namespace {
 struct CalibrateOptions {
   ControlSource control;
   std::string system, output, report, placement = "centre", columns, unit;
-  bool fixedScale = false, pipeline = false, noHeader = false;
+  bool fixedScale = false, pipeline = false, noHeader = false, sigmaKnown = false;
+  std::vector<double> common;
   EpochOption epoch;
 };
+
+zel_cs::geomath::AdjustmentOptions AdjustmentOf(const CalibrateOptions& options) {
+  zel_cs::geomath::AdjustmentOptions adjustment;
+  if (options.fixedScale) adjustment.model = zel_cs::geomath::SiteModel::rigid;
+  adjustment.sigmaKnown = options.sigmaKnown;
+  for (std::size_t k = 0; k < options.common.size(); ++k) {
+    if (!(options.common[k] >= 0 && std::isfinite(options.common[k])))
+      throw UserError("--sigma-common: a standard deviation is not negative");
+    adjustment.common[k] = options.common[k];
+  }
+  return adjustment;
+}
 
 int Calibrate(const CalibrateOptions& options) {
   ControlSource from = options.control;
@@ -48,10 +62,11 @@ int Calibrate(const CalibrateOptions& options) {
   from.units = options.unit.empty() ? system->Units() : ParseGridUnits(options.unit);
   const ControlTable control = ReadControl(from);
   if (!control.note.empty()) std::fprintf(stderr, "geomath: %s\n", control.note.c_str());
-  const Calibration calibration(*system, control.points,
-                                {options.fixedScale, options.placement == "first",
-                                 DateOf(options.epoch, *system, options.system)},
-                                from.units);
+  const Calibration calibration(
+      *system, control.points,
+      {options.fixedScale, options.placement == "first",
+       DateOf(options.epoch, *system, options.system), AdjustmentOf(options)},
+      from.units);
   const std::string pipeline = options.pipeline ? ProjPipeline(calibration) + "\n" : "";
   std::vector<NamedText> files = {
       {options.output, calibration.SystemText(text, options.system, options.output)}};
@@ -96,6 +111,16 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
   arguments.add_flag("--pipeline", options->pipeline,
                      "also print the site as a PROJ pipeline, on the last line");
   arguments.add_flag("--fixed-scale", options->fixedScale, "keep the scale at 1");
+  arguments.add_flag("--sigma-known", options->sigmaKnown,
+                     "the standard deviations of the control are what they say, and are tested; "
+                     "else they are weights, and their size is estimated");
+  arguments
+      .add_option("--sigma-common", options->common,
+                  "standard deviations north, east and up, metres, of an error that all points "
+                  "share, such as the base station's")
+      ->delimiter(',')
+      ->expected(3)
+      ->allow_extra_args(false);
   arguments
       .add_option("--placement", options->placement,
                   "where a projection of the site's own stands: centre (of the extent, the "

@@ -4,6 +4,7 @@
 
 #include <array>
 #include <cmath>
+#include <cstdio>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -308,6 +309,7 @@ int Convert(ConvertOptions options) {
   std::optional<SigmaColumns> sigma;
   if (options.sigma.Asked()) {
     sigma.emplace(options.sigma, *system, options.inverse);
+    if (!sigma->Note().empty()) std::fprintf(stderr, "geomath: %s\n", sigma->Note().c_str());
     job.also = sigma->Read();
     for (ResultColumn& column : SigmaColumns::Results(options.decimals))
       job.results.push_back(std::move(column));

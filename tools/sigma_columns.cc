@@ -50,6 +50,9 @@ void AddSigmaOptions(CLI::App& arguments, SigmaOptions& options) {
                        "standard deviation of the datum in every direction, metres");
   arguments.add_option("--sigma-geoid", options.geoid,
                        "standard deviation of geoid heights, metres");
+  arguments.add_option("--sigma-nodes", options.nodes,
+                       "shift grids take part with the accuracies of their nodes, which are in "
+                       "this unit: m, ft, us-ft, …");
 }
 
 SigmaColumns::SigmaColumns(const SigmaOptions& options, const CoordinateSystem& system,
@@ -73,6 +76,31 @@ SigmaColumns::SigmaColumns(const SigmaOptions& options, const CoordinateSystem& 
     throw UserError("--sigma-datum: a standard deviation is not negative");
   if (!uncertainty_.SetGeoid(options.geoid))
     throw UserError("--sigma-geoid: a standard deviation is not negative");
+  TakeSite(system);
+  if (!options.nodes.empty()) TakeNodes(options.nodes, system);
+}
+
+void SigmaColumns::TakeSite(const CoordinateSystem& system) {
+  const LocalToGrid* const site = system.Chain().GetLocalization();
+  if (!site) return;
+  const SiteErrors errors = system.SiteUncertainty().value_or(SiteErrors());
+  uncertainty_.SetSite(errors.covariance);
+  const int exact = site->mode & ~errors.parts;
+  if (exact == LocalToGrid::kNotSetUp) return;
+  note_ = fmt::format("--sigma: the site has no covariance {}, which counts as exact",
+                      exact == LocalToGrid::kBoth         ? "of its parameters"
+                      : exact == LocalToGrid::kHorizontal ? "of positions"
+                                                          : "of heights");
+}
+
+void SigmaColumns::TakeNodes(const std::string& unit, const CoordinateSystem& system) {
+  const double metres = LengthUnitNamed(unit, "--sigma-nodes").metres;
+  bool any = false;
+  for (const SystemShift& shift : system.Shifts())
+    if (const auto* grid = dynamic_cast<const ShiftGrid*>(shift.shift.get()))
+      any |= uncertainty_.SetShiftNodes(*grid, metres, metres);
+  if (!any)
+    throw UserError("--sigma-nodes: no shift grid of the system has accuracies in its nodes");
 }
 
 std::vector<ResultColumn> SigmaColumns::Results(int decimals) {

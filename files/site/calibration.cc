@@ -65,6 +65,13 @@ std::string Calibration::SystemText(const std::string& text, const std::string& 
   else
     system["units"] = std::move(units);
   system["localization"] = LocalizationSection(Site());
+  SiteErrors errors;
+  errors.parts = Check().Covariance(errors.covariance);
+  const auto common = [&](int k) { return Adjustment().common[k] * Adjustment().common[k]; };
+  for (int k = 0; k < 2; ++k) errors.covariance.ofPlane[k][k] += common(k);
+  errors.covariance.ofHeight[0][0] += common(2);
+  if (errors.parts != LocalToGrid::kNotSetUp)
+    system["localization"][kSiteErrorsKey] = SiteErrorsSection(errors);
   return system.dump(2) + "\n";
 }
 

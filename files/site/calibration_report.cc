@@ -126,6 +126,19 @@ std::vector<std::string> CoordinateRow(const Calibration& calibration, std::size
   return row;
 }
 
+std::vector<std::vector<std::string>> AccuracyRows(const Calibration& calibration) {
+  std::vector<std::vector<std::string>> rows;
+  bool any = false;
+  for (std::size_t i = 0; i < calibration.Control().size(); ++i) {
+    rows.push_back({calibration.NameOf(i)});
+    for (const auto& value : calibration.Control()[i].accuracy) {
+      rows.back().push_back(value ? Cell(*value, 4) : "");
+      any |= value.has_value();
+    }
+  }
+  return any ? rows : std::vector<std::vector<std::string>>();
+}
+
 std::string FileNameOf(const std::string& path) {
   return std::filesystem::path(path).filename().string();
 }
@@ -399,6 +412,12 @@ std::string CalibrationPage(const Calibration& calibration, const CalibrationFil
           "grid, before the site: northing, easting, height in {0}.</p>\n",
           units) +
       Table("coordinates", kCoordinateHeader, coordinates);
+  if (const auto accuracies = AccuracyRows(calibration); !accuracies.empty()) {
+    std::vector<const char*> header = {"point"};
+    header.insert(header.end(), std::begin(kAccuracyColumns), std::end(kAccuracyColumns));
+    page +=
+        "<h2>Accuracies</h2>\n<p>As given, metres.</p>\n" + Table("accuracies", header, accuracies);
+  }
   page += "<h2>Origin</h2>\n" + Table("origin", {}, OriginRows(calibration, files));
   return page + "</body></html>\n";
 }

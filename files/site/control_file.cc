@@ -55,8 +55,8 @@ class ControlReader {
       columns_.push_back(RequireColumn(i));
     use_ = FindColumn("use", {{"use"}, {}});
     name_ = FindColumn("name", {{"name"}, {"point", "pointname", "punkt"}});
-    for (const char* name : kSigmaColumns)
-      sigmas_.push_back(FindColumn(name, {{FoldName(name)}, {}}));
+    for (const char* name : kAccuracyColumns)
+      accuracies_.push_back(FindColumn(name, {{FoldName(name)}, {}}));
   }
 
   ControlTable Read(bool decimalCommaSaid) {
@@ -111,19 +111,18 @@ class ControlReader {
       if (!number) Fail(record, std::string(kControlColumns[i]) + " " + number.problem);
       SetControl(p, i, number.value * UnitOfControl(i, units_).metres);
     }
-    for (std::size_t i = 0; i < sigmas_.size(); ++i)
-      if (sigmas_[i]) point.sigma[i] = ReadSigma(record, *sigmas_[i]);
+    for (std::size_t i = 0; i < accuracies_.size(); ++i)
+      if (accuracies_[i]) point.accuracy[i] = ReadAccuracy(record, *accuracies_[i]);
+    if (const std::string problem = AccuracyProblem(point); !problem.empty()) Fail(record, problem);
     p.use = use_ ? ReadUse(record, record.Text(*use_)) : WholeUse(p);
     return point;
   }
 
-  std::optional<double> ReadSigma(const Record& record, std::size_t column) {
+  std::optional<double> ReadAccuracy(const Record& record, std::size_t column) {
     const std::string text = Trimmed(record.Text(column));
     if (text.empty()) return {};
     const ParsedNumber number = numbers_.Number(text);
-    const std::string name = source_.ColumnNames()[column];
-    if (!number) Fail(record, name + " " + number.problem);
-    if (!(number.value > 0)) Fail(record, name + ": a standard deviation is above 0");
+    if (!number) Fail(record, source_.ColumnNames()[column] + " " + number.problem);
     return number.value;
   }
 
@@ -138,7 +137,7 @@ class ControlReader {
   NumberReader numbers_;
   std::vector<std::size_t> columns_;
   std::optional<std::size_t> use_, name_;
-  std::vector<std::optional<std::size_t>> sigmas_;  // north, east, up
+  std::vector<std::optional<std::size_t>> accuracies_;
 };
 
 }  // namespace

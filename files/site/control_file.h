@@ -25,9 +25,8 @@ struct ControlTable {
 /// Reads control points: columns lat, lon, h, local_n, local_e, local_h, use and name, or others
 /// that mean one of these and no other (`Latitude`, `Rechtswert`). `use` holds a code from 0 to 4 or
 /// one of none, vertical, horizontal, both, rotation; without the column every point is used for
-/// what it has. An empty coordinate is one that the point does not have. Standard deviations, metres
-/// above 0, may stand in columns sigma_n, sigma_e and sigma_h. Throws UserError for everything that is
-/// wrong.
+/// what it has. An empty coordinate is one that the point does not have. Accuracies may stand in the
+/// columns kAccuracyColumns. Throws UserError for everything that is wrong.
 ControlTable ReadControl(const ControlSource& from);
 
 }  // namespace geomath_files

@@ -40,9 +40,9 @@ std::optional<SiteAdjustment> AdjustSite(const SiteSolution& solution,
     point.usePlane = solution.Solver().UseForHorParams(index);
     point.useHeight = solution.Solver().UseForVertParams(index);
     heights |= point.useHeight;
-    const auto& sigma = solution.Control()[i].sigma;
-    for (std::size_t c = 0; c < sigma.size(); ++c)
-      if (sigma[c]) point.localCovariance[c][c] = *sigma[c] * *sigma[c];
+    const PointCovariance local = CovarianceOf(solution.Control()[i], false);
+    std::copy_n(&local.of[0][0], 9, &point.localCovariance[0][0]);
+    std::copy_n(&solution.GridCovariances()[i].of[0][0], 9, &point.gridCovariance[0][0]);
     points.push_back(point);
   }
   AdjustmentOptions asked = options;
@@ -66,7 +66,7 @@ GridExtent ExtentOf(const SiteSolution& solution) {
 }
 
 SiteJudgement::SiteJudgement(const SiteSolution& solution)
-    : solution_(solution), adjusted_(AdjustSite(solution)) {
+    : solution_(solution), adjusted_(AdjustSite(solution, solution.Adjustment())) {
   if (!adjusted_) {
     verdict_.push_back(
         "Not to be judged: an adjustment wants two points with positions or more, and standard "
@@ -74,6 +74,7 @@ SiteJudgement::SiteJudgement(const SiteSolution& solution)
     return;
   }
   JudgePoints();
+  JudgeAccuracies();
   JudgeWeakest();
   JudgePlace();
   JudgeModel();
@@ -97,7 +98,9 @@ void SiteJudgement::JudgePoints() {
   for (std::size_t i = 0; i < adjusted_->Points().size(); ++i)
     for (int c = 0; c < 3; ++c) {
       const bool height = c == 2;
-      const double size = std::abs(adjusted_->At(i, c).standardised);
+      const AdjustedCoordinate& at = adjusted_->At(i, c);
+      const double size =
+          std::abs(adjusted_->Options().sigmaKnown ? at.normalised : at.standardised);
       const double ratio = size / adjusted_->Critical(kLevel, height);
       if (!(ratio > worst)) continue;
       worst = ratio;
@@ -115,6 +118,25 @@ void SiteJudgement::JudgePoints() {
   else
     verdict_.push_back(
         fmt::format("Not usable as it is: {}. Check it, measure it again, or leave it out.", who));
+}
+
+// What was said of the control, held against its residuals.
+void SiteJudgement::JudgeAccuracies() {
+  const AdjustmentOptions& options = adjusted_->Options();
+  for (const bool heights : {false, true}) {
+    const double probability = adjusted_->FitProbability(heights);
+    if (std::isfinite(probability) && probability < kLevel)
+      verdict_.push_back(fmt::format(
+          "The residuals of {} are larger than the standard deviations of the control allow (by "
+          "chance in {:.1f} of 100 cases): these are too good, or a point is wrong.",
+          heights ? "heights" : "positions", 100 * probability));
+  }
+  const double common = std::hypot(options.common[0], options.common[1]);
+  if (common > 0 || options.common[2] > 0)
+    verdict_.push_back(fmt::format(
+        "An error that all points share, {} in position and {} in height, is part of every "
+        "uncertainty here; no residual shows it.",
+        Length(common), Length(options.common[2])));
 }
 
 // The error that would do most harm without being found.

@@ -42,6 +42,7 @@ class SiteJudgement {
 
  private:
   void JudgePoints();
+  void JudgeAccuracies();
   void JudgeWeakest();
   void JudgePlace();
   void JudgeModel();

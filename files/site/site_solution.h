@@ -9,6 +9,7 @@
 
 #include "files/system/axis_pair.h"
 #include "files/system/length_unit.h"
+#include "geomath/adjust/site_adjustment.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/local/calibration_check.h"
 #include "geomath/local/local_to_grid.h"
@@ -21,16 +22,30 @@ namespace geomath_files {
 struct ControlPoint {
   std::string name;                       ///< empty for none
   zel_cs::geomath::IdenticalPoint given;  ///< what the point does not have is not set
-  /// Standard deviations of northing, easting and height, both systems together, metres; where known.
-  std::array<std::optional<double>, 3> sigma = {};
+  /// In the order of kAccuracyColumns, where known: of the local coordinates (of both systems together
+  /// where the global ones have none), then of the global ones.
+  std::array<std::optional<double>, 12> accuracy = {};
 };
 
 /// The columns of control points: the global and local coordinates, in the order of kControlFields.
 inline constexpr const char* kControlColumns[] = {"lat",     "lon",     "h",
                                                   "local_n", "local_e", "local_h"};
 
-/// The columns of their standard deviations.
-inline constexpr const char* kSigmaColumns[] = {"sigma_n", "sigma_e", "sigma_h"};
+/// The columns of how good they are: standard deviations of northing, easting and height, metres, and
+/// the correlations between these; those of global positions are to the north, to the east and up.
+inline constexpr const char* kAccuracyColumns[] = {
+    "sigma_n",        "sigma_e",        "sigma_h",         //
+    "corr_ne",        "corr_nh",        "corr_eh",         //
+    "global_sigma_n", "global_sigma_e", "global_sigma_h",  //
+    "global_corr_ne", "global_corr_nh", "global_corr_eh"};
+/// What is wrong with those of a point, for its message; empty for nothing.
+std::string AccuracyProblem(const ControlPoint& point);
+/// The covariance of a point, metres squared; zeros where nothing is known.
+struct PointCovariance {
+  double of[3][3] = {};  ///< northing, easting, height; symmetric
+};
+/// That of its local coordinates, or of its global ones.
+PointCovariance CovarianceOf(const ControlPoint& point, bool global);
 
 /// Sets a coordinate, by the index of its column, and that the point has it.
 void SetControl(zel_cs::geomath::IdenticalPoint& point, std::size_t column, double value);
@@ -71,6 +86,8 @@ struct CalibrationOptions {
   bool centreOnFirst = false;  ///< the solver's own projection stands on the first control point
   /// Of the global positions, a decimal year; kNoDate takes that of the system.
   double date = zel_cs::geomath::kNoDate;
+  /// How the adjustment beside the site takes the accuracies of the control.
+  zel_cs::geomath::AdjustmentOptions adjustment = {};
   /// Called between the points, of which many take long; what it throws ends the work.
   std::function<void()> onPoint = {};
 };
@@ -106,12 +123,19 @@ class SiteSolution {
   const std::string& NameOf(std::size_t i) const { return control_[i].name; }
   /// The control points as they were given.
   const std::vector<ControlPoint>& Control() const { return control_; }
+  /// The covariances of the points' coordinates in the grid, from those of their positions.
+  const std::vector<PointCovariance>& GridCovariances() const { return gridCovariances_; }
+  /// How the adjustment beside the site takes the accuracies of the control.
+  const zel_cs::geomath::AdjustmentOptions& Adjustment() const { return adjustment_; }
   /// What the user should know of the site, in sentences.
   std::vector<std::string> Warnings() const;
 
  private:
   /// Throws UserError when there is horizontal control and no horizontal site.
   void RefuseOnePlace() const;
+  /// Through the chain to the grid, which is of the site's own projection where there is no other.
+  void TakeCovariances(zel_cs::geomath::CoordinateChain& chain, const AxisPair& geographic,
+                       double date);
   void TakeParameters();
   void TakeEstimates();
   bool ShiftHeightsInLine();
@@ -119,6 +143,8 @@ class SiteSolution {
 
   std::unique_ptr<zel_cs::geomath::TGeoProj> projection_;
   std::vector<ControlPoint> control_;
+  std::vector<PointCovariance> gridCovariances_;
+  zel_cs::geomath::AdjustmentOptions adjustment_;
   std::vector<zel_cs::geomath::IdenticalPoint> points_;
   std::vector<zel_cs::geomath::IdenticalPoint*> pointers_;
   std::optional<zel_cs::geomath::TLocalizationParam> solver_;

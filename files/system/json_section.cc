@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <set>
 
@@ -129,6 +130,17 @@ double JsonSection::Number(const std::string& key, const std::string& what) cons
   const double number = value.get<double>();
   if (!std::isfinite(number)) Fail(key, "must be a finite number");
   return number;
+}
+
+std::vector<double> JsonSection::Numbers(const std::string& key, std::size_t count,
+                                         const std::string& what) const {
+  const json& list = Require(key, what);
+  const auto finite = [](const json& value) {
+    return value.is_number() && std::isfinite(value.get<double>());
+  };
+  if (!list.is_array() || list.size() != count || !std::all_of(list.begin(), list.end(), finite))
+    Fail(key, fmt::format("must be a list of {} numbers: {}", count, what));
+  return list.get<std::vector<double>>();
 }
 
 std::string JsonSection::Text(const std::string& key, const std::string& what) const {

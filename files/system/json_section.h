@@ -25,6 +25,9 @@ class JsonSection {
   bool Has(const std::string& key) const { return Find(key) != nullptr; }
   /// A finite number; `what` says what belongs there ("metres", "decimal degrees").
   double Number(const std::string& key, const std::string& what) const;
+  /// A list of `count` finite numbers.
+  std::vector<double> Numbers(const std::string& key, std::size_t count,
+                              const std::string& what) const;
   std::string Text(const std::string& key, const std::string& what) const;
   /// The value at `key`, which need not be an object.
   const nlohmann::json& Object(const std::string& key) const;

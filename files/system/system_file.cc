@@ -48,9 +48,7 @@ class SystemReader {
     if (top.Has("units"))
       system->units_ =
           ReadUnits(file_, JsonSection(file_, "units", top.Object("units"), kUnitsKeys));
-    if (top.Has("localization"))
-      system->localization_ = ReadLocalization(
-          JsonSection(file_, "localization", top.Object("localization"), LocalizationKeys()));
+    if (top.Has("localization")) ReadSite(top, *system);
     if (top.Has("ground"))
       system->ground_ = ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys));
     ReadCrs(top, *system);
@@ -71,6 +69,15 @@ class SystemReader {
   }
 
  private:
+  void ReadSite(const JsonSection& top, CoordinateSystem& system) const {
+    const JsonSection section(file_, "localization", top.Object("localization"),
+                              LocalizationKeys());
+    system.localization_ = ReadLocalization(section);
+    if (section.Has(kSiteErrorsKey))
+      system.siteErrors_ = ReadSiteErrors(JsonSection(
+          file_, section.PathOf(kSiteErrorsKey), section.Object(kSiteErrorsKey), kSiteErrorsKeys));
+  }
+
   Ellipsoid ReadEllipsoidAt(const JsonSection& top, const std::string& key) const {
     return ReadEllipsoid(JsonSection(file_, key, top.Object(key), kEllipsoidKeys));
   }

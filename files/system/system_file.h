@@ -11,6 +11,7 @@
 #include "files/system/geo_box.h"
 #include "files/system/length_unit.h"
 #include "files/system/projection_names.h"
+#include "files/system/site_errors.h"
 #include "files/system/system_shift.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/chain/coordinate_chain.h"
@@ -61,6 +62,8 @@ class CoordinateSystem {
   /// nothing is known, and for a grid that a site or ground moves away.
   const std::string& GeographicCrs() const { return geographicCrs_; }
   const std::string& GridCrs() const { return gridCrs_; }
+  /// The uncertainty of its site's parameters; nothing where the file does not state it.
+  const std::optional<SiteErrors>& SiteUncertainty() const { return siteErrors_; }
   /// The files that it names and that were read, as paths.
   const std::vector<std::string>& Files() const { return files_; }
   /// Of the local coordinates in files; those of the chain are metres.
@@ -84,6 +87,7 @@ class CoordinateSystem {
   std::vector<std::string> files_;
   std::string geographicCrs_, gridCrs_;
   std::optional<zel_cs::geomath::LocalToGrid> localization_;
+  std::optional<SiteErrors> siteErrors_;
   std::optional<zel_cs::geomath::GridToGround> ground_;
   zel_cs::geomath::CoordinateChain chain_;
   GridUnits units_;

@@ -10,6 +10,7 @@
 #include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "geomath/base/angle.h"
+#include "geomath/chain/chain_uncertainty.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
@@ -227,6 +228,7 @@ AxisPair AxisPairOf(const std::string& text) {
 std::vector<std::string> LocalizationKeys() {
   std::vector<std::string> keys(std::begin(kLocalizationKeys), std::end(kLocalizationKeys));
   keys.push_back(kRotationDegrees);
+  keys.push_back(kSiteErrorsKey);
   return keys;
 }
 
@@ -262,6 +264,52 @@ LocalToGrid ReadLocalization(const JsonSection& section) {
   if (site.mode & LocalToGrid::kHorizontal && !(site.GetPlaneParam(2, 0) > 0))
     section.Fail(keys[2], "must be above 0");
   return site;
+}
+
+namespace {
+
+// The upper triangle of a symmetric matrix, row by row.
+template <std::size_t N>
+void TakeUpper(const std::vector<double>& numbers, double (&matrix)[N][N]) {
+  auto at = numbers.begin();
+  for (std::size_t r = 0; r < N; ++r)
+    for (std::size_t c = r; c < N; ++c) matrix[r][c] = matrix[c][r] = *at++;
+}
+
+template <std::size_t N>
+std::vector<double> UpperOf(const double (&matrix)[N][N]) {
+  std::vector<double> numbers;
+  for (std::size_t r = 0; r < N; ++r) numbers.insert(numbers.end(), matrix[r] + r, matrix[r] + N);
+  return numbers;
+}
+
+}  // namespace
+
+SiteErrors ReadSiteErrors(const JsonSection& section) {
+  constexpr const char* kWhat = "the upper triangle of a covariance, row by row";
+  SiteErrors errors;
+  SiteCovariance& covariance = errors.covariance;
+  covariance.pivotN = section.Number("pivotN", "the grid northing that the parameters are about");
+  covariance.pivotE = section.Number("pivotE", "the grid easting that the parameters are about");
+  const auto take = [&](const char* key, std::size_t count, unsigned char part, auto& matrix) {
+    if (!section.Has(key)) return;
+    TakeUpper(section.Numbers(key, count, kWhat), matrix);
+    errors.parts = static_cast<unsigned char>(errors.parts | part);
+    const CoordinateChain chain;
+    if (!ChainUncertainty(chain).SetSite(covariance))
+      section.Fail(key, "is no covariance: a variance is negative in some direction");
+  };
+  take("plane", 10, LocalToGrid::kHorizontal, covariance.ofPlane);
+  take("height", 6, LocalToGrid::kVertical, covariance.ofHeight);
+  return errors;
+}
+
+nlohmann::ordered_json SiteErrorsSection(const SiteErrors& errors) {
+  const SiteCovariance& covariance = errors.covariance;
+  nlohmann::ordered_json section = {{"pivotN", covariance.pivotN}, {"pivotE", covariance.pivotE}};
+  if (errors.parts & LocalToGrid::kHorizontal) section["plane"] = UpperOf(covariance.ofPlane);
+  if (errors.parts & LocalToGrid::kVertical) section["height"] = UpperOf(covariance.ofHeight);
+  return section;
 }
 
 nlohmann::ordered_json LocalizationSection(const LocalToGrid& site) {

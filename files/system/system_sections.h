@@ -7,6 +7,7 @@
 #include "files/system/axis_pair.h"
 #include "files/system/json_section.h"
 #include "files/system/projection_names.h"
+#include "files/system/site_errors.h"
 #include "geomath/base/ellipsoid.h"
 #include "geomath/datum/datum.h"
 #include "geomath/frame/frame_table.h"
@@ -60,6 +61,13 @@ inline const std::string kRotationDegrees = "rotationDegrees";
 zel_cs::geomath::LocalToGrid ReadLocalization(const JsonSection& section);
 /// The section of a site calibration, with its rotation in degrees.
 nlohmann::ordered_json LocalizationSection(const zel_cs::geomath::LocalToGrid& site);
+
+/// The uncertainty of a site calibration, in its section.
+inline const std::string kSiteErrorsKey = "covariance";
+inline const std::vector<std::string> kSiteErrorsKeys = {"pivotN", "pivotE", "plane", "height"};
+/// The section of that name, and what writes it.
+SiteErrors ReadSiteErrors(const JsonSection& section);
+nlohmann::ordered_json SiteErrorsSection(const SiteErrors& errors);
 /// All keys that the section may have.
 std::vector<std::string> LocalizationKeys();
 

@@ -3,8 +3,10 @@
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
 
+#include <array>
 #include <cfloat>
 #include <cmath>
+#include <cstdio>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -15,6 +17,7 @@
 #include "files/site/calibration.h"
 #include "files/site/calibration_report.h"
 #include "files/site/control_file.h"
+#include "files/site/site_judgement.h"
 #include "geomath/base/angle.h"
 #include "geomath/base/axis_rotation.h"
 #include "tests/support/scratch_folder.h"
@@ -22,8 +25,11 @@
 
 using namespace geomath_files;
 using zel_cs::geomath::AxisRotation;
+using zel_cs::geomath::CoordinateChain;
+using zel_cs::geomath::kDegPerRad;
 using zel_cs::geomath::kRadPerDeg;
 using zel_cs::geomath::kTwoPi;
+using zel_cs::geomath::SiteCovariance;
 
 namespace {
 
@@ -139,6 +145,51 @@ TEST_F(Calibrate, SavedSystemIsTheSolvedOne) {
     EXPECT_NEAR(n, given.globalN * kRadPerDeg, 1e-11);
     EXPECT_NEAR(h, given.globalH, 1e-8);
   }
+}
+
+// At the pivot the shifts' standard deviations, three times as far from the control much more; and what
+// was not checked by surplus control counts as exact, which is said.
+TEST_F(Calibrate, ConvertTakesTheUncertaintyOfTheSite) {
+  ASSERT_EQ(RunExample("netherlands.json -o site.json").status, 0);
+  const auto saved = ParseSystem(Read("site.json"), "site.json");
+  ASSERT_TRUE(saved->SiteUncertainty());
+  const SiteCovariance& covariance = saved->SiteUncertainty()->covariance;
+  const auto sigmasAt = [&](double awayN, double awayE) {
+    CoordinateChain grid = saved->Chain();
+    grid.SetLocalization(nullptr);
+    double b = covariance.pivotN + awayN, l = covariance.pivotE + awayE, h = 0;
+    EXPECT_TRUE(grid.ToGlobal(b, l, h));
+    char arguments[160];
+    std::snprintf(arguments, sizeof arguments,
+                  "convert --system site.json %.12f %.12f %.4f --sigma 0,0,0 --decimals 9",
+                  b * kDegPerRad, l * kDegPerRad, h);
+    const ProgramRun run = RunProgram(directory_, arguments);
+    EXPECT_EQ(run.err, "");
+    std::array<double, 3> sigmas;
+    const auto lines = Lines(run.out);
+    for (std::size_t k = 0; k < 3; ++k)
+      sigmas[k] = std::stod(lines.at(3 + k).substr(lines.at(3 + k).find_first_of(' ')));
+    return sigmas;
+  };
+  constexpr double kPrinted = 1e-9;
+  const auto here = sigmasAt(0, 0), there = sigmasAt(30000, 0);
+  EXPECT_NEAR(here[0], std::sqrt(covariance.ofPlane[0][0]), kPrinted);
+  EXPECT_NEAR(here[2], std::sqrt(covariance.ofHeight[0][0]), kPrinted);
+  // The shifts of the centroid, and scale and rotation over the distance, are independent.
+  const auto& plane = covariance.ofPlane;
+  const double turned = 30000 * std::sqrt(plane[2][2] + plane[3][3]);  // the scale is nearly 1
+  EXPECT_NEAR(std::hypot(there[0], there[1]),
+              std::hypot(std::sqrt(plane[0][0] + plane[1][1]), turned), 1e-4 * turned);
+
+  std::string control = ReadText(kExample + "control.csv");
+  std::size_t end = 0;
+  for (int line = 0; line < 4; ++line) end = control.find('\n', end) + 1;
+  Write("three.csv", control.substr(0, end));
+  ASSERT_EQ(Run("three.csv --system " + kExample + "netherlands.json -o three.json").status, 0);
+  const ProgramRun run =
+      RunProgram(directory_, "convert --system three.json 52.6 5.5 50 --sigma 0.01,0.01,0.01");
+  EXPECT_TRUE(Contains(run.err, "the site has no covariance of heights, which counts as exact"))
+      << run.err;
 }
 
 TEST_F(Calibrate, WarnsAndSavesWhatThePointsAllow) {
@@ -577,6 +628,17 @@ TEST_F(Calibrate, SystemFileRefusesHalfALocalization) {
                        "scale\" must be above 0"));
   EXPECT_TRUE(Contains(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slope", 0}}), "slope"));
   EXPECT_EQ(complaint({{"shiftH", 1}, {"slopeN", 0}, {"slopeE", 0}}), "");
+  json errors = {{"pivotN", 0}, {"pivotE", 0}, {"height", {1, 0, 0, 1, 0}}};
+  const auto uncertain = [&] {
+    return complaint({{"shiftH", 1}, {"slopeN", 0}, {"slopeE", 0}, {"covariance", errors}});
+  };
+  EXPECT_TRUE(Contains(uncertain(), "\"localization.covariance.height\" must be a list of 6"));
+  errors["height"] = {1, 0, 2, 1, 0, 1};
+  EXPECT_TRUE(Contains(uncertain(), "covariance.height\" is no covariance"));
+  errors["height"] = {1, 0, 0, 1, 0, 1};
+  EXPECT_EQ(uncertain(), "");
+  errors.erase("pivotE");
+  EXPECT_TRUE(Contains(uncertain(), "pivotE\" is missing"));
 
   json plane = {{"shiftN", 1}, {"shiftE", 1}, {"scale", 1}, {"rotationDegrees", 30}};
   const auto rotation = [&] {
@@ -664,6 +726,62 @@ TEST_F(Calibrate, TakesStandardDeviationsOfControl) {
   weighted.replace(weighted.find(",1,1,1"), 6, ",0,1,1");
   Write("none.csv", weighted);
   EXPECT_TRUE(Contains(Run("none.csv" + files).err, "sigma_n: a standard deviation is above 0"));
+
+  // What is said is tested: of the millimetres that are stated here the residuals make nothing.
+  std::string small = weighted;
+  for (auto at = small.find("0.03,0.03"); at != std::string::npos; at = small.find("0.03,0.03"))
+    small.replace(at, 4, "0.001");
+  small.replace(small.find(",0,1,1"), 6, ",1,1,1");
+  Write("small.csv", small);
+  const ProgramRun known = Run("small.csv --sigma-known --sigma-common 0.3,0.4,0.02" + files);
+  EXPECT_TRUE(Contains(known.out, "The residuals of positions are larger than the standard"))
+      << known.out << known.err;
+  EXPECT_TRUE(Contains(known.out, "share, 500 mm in position and 20 mm in height")) << known.out;
+  const double shift =
+      ParseSystem(Read("site.json"), "s")->SiteUncertainty()->covariance.ofPlane[1][1];
+  EXPECT_GT(shift, 0.16);
+  EXPECT_LT(shift, 0.17);
+  EXPECT_TRUE(Contains(Run("small.csv --sigma-common 1,1,-1" + files).err, "--sigma-common"));
+}
+
+// A receiver's covariances are those of the grid, but for the convergence of the meridian (0.3 degrees)
+// and the scale; with and without a projection in the system.
+TEST_F(Calibrate, CarriesCovariancesOfPositionsToTheGrid) {
+  std::istringstream lines(ReadText(kExample + "control.csv"));
+  std::string control;
+  for (std::string line; std::getline(lines, line);)
+    control += line +
+               (control.empty() ? ",global_sigma_n,global_sigma_e,global_sigma_h,global_corr_ne"
+                                : ",0.01,0.05,0.03,0.3") +
+               "\n";
+  Write("control.csv", control);
+  const auto points = ReadControl({(directory_ / "control.csv").string()}).points;
+  for (const char* name : {"netherlands.json", "system.json"}) {
+    const auto system = ParseSystem(ReadText(kExample + name), name, ProjectionNeed::optional);
+    const Calibration calibration(*system, points, {});
+    for (const PointCovariance& covariance : calibration.GridCovariances()) {
+      EXPECT_NEAR(std::sqrt(covariance.of[0][0]), 0.01, 2e-4) << name;
+      EXPECT_NEAR(std::sqrt(covariance.of[1][1]), 0.05, 2e-4) << name;
+      EXPECT_NEAR(std::sqrt(covariance.of[2][2]), 0.03, 2e-4) << name;
+      EXPECT_NEAR(covariance.of[0][1] / (0.01 * 0.05), 0.3, 0.04) << name;
+    }
+    const auto adjusted = AdjustSite(calibration);
+    ASSERT_TRUE(adjusted);
+    // A northing is five times as good as an easting, and checks itself better.
+    EXPECT_LT(adjusted->At(0, 0).detectable, adjusted->At(0, 1).detectable) << name;
+  }
+  const auto complaint = [&](const char* columns, const char* values) {
+    Write("wrong.csv", std::string("name,lat,lon,h,local_n,local_e,local_h,") + columns +
+                           "\nA,52,5,0,1,1,1," + values + "\n");
+    return Run("wrong.csv --system " + kExample + "system.json -o s.json").err;
+  };
+  EXPECT_TRUE(Contains(complaint("sigma_n", "0.1"), "sigma_n and sigma_e go together"));
+  EXPECT_TRUE(Contains(complaint("corr_ne", "0.1"), "corr_ne wants sigma_n and sigma_e"));
+  EXPECT_TRUE(Contains(complaint("sigma_n,sigma_e,corr_ne", "1,1,1.5"), "between -1 and 1"));
+  EXPECT_TRUE(Contains(complaint("global_sigma_n,global_sigma_e,global_sigma_h,global_corr_ne,"
+                                 "global_corr_nh,global_corr_eh",
+                                 "1,1,1,0.9,0.9,-0.9"),
+                       "contradict each other"));
 }
 
 TEST_F(Calibrate, ReportIsOnePageThatABrowserDraws) {

@@ -8,6 +8,7 @@
 #include <sstream>
 #include <string>
 
+#include "tests/shift/ntv2_bytes.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/tools/program.h"
 
@@ -340,6 +341,24 @@ TEST_F(Convert, CarriesUncertainties) {
   run = Run("--inverse 250357.8185 62015.2109 165.6607 --sigma 0.03,0.01,0.02");
   EXPECT_EQ(run.status, 0) << run.err;
   EXPECT_TRUE(Contains(run.out, "sigma_h                       0.0200 m")) << run.out;
+}
+
+// Nodes that state 0.25 in latitude, and in longitude the number of their row.
+TEST_F(Convert, TakesTheAccuraciesOfNodes) {
+  const auto none = [](double, double) { return 0.0; };
+  const Ntv2SubGrid grid{"ALL", "NONE", 180000, 183600, -3600, 3600, 900, 900, none, none};
+  std::vector<std::byte> bytes = Ntv2Bytes({{grid}});
+  Write("grid.gsb", {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  Write("shifted.json", R"({"global": {"ellipsoid": "GRS80"}, "local": {"ellipsoid": "GRS80"},
+      "projection": {"name": "TMERC", "Central Meridian": 0, "Scale": 1, "Lat0": 0, "East0": 0,
+      "North0": 0}, "shifts": [{"file": "grid.gsb", "place": "before datum"}]})");
+  // The third row, 0.25 ft and 2 ft.
+  ProgramRun run = RunProgram(
+      directory_, "convert --system shifted.json 50.5 0 0 --sigma 0,0,0.01 --sigma-nodes ft");
+  EXPECT_TRUE(Contains(run.out, "sigma_n                       0.0762 m")) << run.out << run.err;
+  EXPECT_TRUE(Contains(run.out, "sigma_e                       0.6096 m")) << run.out;
+  EXPECT_TRUE(Contains(Run("50 -4 0 --sigma 1,1,1 --sigma-nodes m").err, "no shift grid"));
+  EXPECT_TRUE(Contains(Run("50 -4 0 --sigma 1,1,1 --sigma-nodes x").err, "--sigma-nodes"));
 }
 
 TEST_F(Convert, RefusesUncertaintiesThatAreNone) {
