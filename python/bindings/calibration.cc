@@ -13,6 +13,7 @@
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "python/bindings/adjustment.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
@@ -84,6 +85,7 @@ class ControlReader {
     for (std::size_t c = 0; c < std::size(kControlColumns); ++c)
       if (Has(kControlColumns[c])) TakeCoordinate(c);
     TakeNames();
+    TakeAccuracies();
     TakeUses();
     CheckPositions();
     return std::move(points_);
@@ -147,6 +149,21 @@ class ControlReader {
                        kAngles[c]);
   }
 
+  void TakeAccuracies() {
+    for (std::size_t c = 0; c < std::size(kAccuracyColumns); ++c) {
+      const char* const name = kAccuracyColumns[c];
+      if (!Has(name)) continue;
+      const std::vector<double> column = Column(name);
+      RequireLength(name, column.size());
+      for (std::size_t i = 0; i < column.size(); ++i) {
+        if (!std::isnan(column[i])) points_[i].accuracy[c] = column[i];
+      }
+    }
+    for (const ControlPoint& point : points_)
+      if (const std::string problem = AccuracyProblem(point); !problem.empty())
+        throw UserError(fmt::format("point {}: {}", point.name, problem));
+  }
+
   void TakeNames() {
     for (std::size_t i = 0; i < points_.size(); ++i) points_[i].name = std::to_string(i + 1);
     if (!Has("name")) return;
@@ -196,6 +213,12 @@ py::tuple StateOf(const CalibrationObject& object) {
     columns[name] =
         column([&](const IdenticalPoint& p) { return GetControl(p, index).value_or(kNaN); });
     ++index;
+  }
+  for (std::size_t c = 0; c < std::size(kAccuracyColumns); ++c) {
+    std::vector<double> values;
+    for (const ControlPoint& point : object.control)
+      values.push_back(point.accuracy[c].value_or(kNaN));
+    columns[kAccuracyColumns[c]] = ArrayOf(values);
   }
   py::list names, uses;
   for (const ControlPoint& point : object.control) {
@@ -284,6 +307,8 @@ std::vector<std::string> Warnings(const SolutionObject& object) {
 // The chain of the calibration with the site at its end.
 std::shared_ptr<ChainObject> ChainOf(const SolutionObject& object) {
   auto chain = std::make_shared<ChainObject>(*object.calibration->chain);
+  const SiteSolution& solution = *object.solution;
+  chain->siteErrors.parts = solution.Check().Covariance(chain->siteErrors.covariance);
   chain->localization = std::make_shared<LocalToGrid>(object.solution->Site());
   if (!chain->projection) {
     const Ellipsoid on = EllipsoidOf(*chain);
@@ -330,7 +355,7 @@ control: columns of equal length by name, in a dict, a data frame or a structure
 global position, degrees and metres; local_n, local_e, local_h: local coordinates, in the units of
 the chain; NaN (or what a data frame has for missing values) is a coordinate that the point does not have, and h and
 local_h may be left out. name: a text for each
-point. use: "none", "vertical", "horizontal", "both", "rotation" or the codes 0 to 4; without it a
+point. sigma_n, sigma_e, sigma_h: standard deviations, metres, for CalibrationResult.adjust. use: "none", "vertical", "horizontal", "both", "rotation" or the codes 0 to 4; without it a
 point is used for what it has. chain carries the points to the grid; without one, or without a
 projection in it, the site gets a stereographic projection of its own, at the centre of the control's
 extent (centre_on_first: at the first control point). fixed_scale keeps the scale at 1.
@@ -374,6 +399,27 @@ nothing to say. Immutable; a pickle holds the control and solves it again.)");
           "localization",
           [](const SolutionObject& r) { return std::make_shared<LocalToGrid>(r.solution->Site()); },
           "The parameters of the site, as a LocalToGrid.")
+      .def(
+          "adjust",
+          [](const SolutionObject& r, const std::string& model, const std::string& heights,
+             bool sigmaKnown, const std::array<double, 3>& common, bool robust) {
+            const py::gil_scoped_release unlocked;
+            return Adjust(*r.solution, model, heights, sigmaKnown, common, robust);
+          },
+          py::kw_only(), py::arg("model") = "similarity", py::arg("heights") = "plane",
+          py::arg("sigma_known") = false, py::arg("common") = std::array<double, 3>{0, 0, 0},
+          py::arg("robust") = false,
+          R"(adjust(self, *, model="similarity", heights="plane", sigma_known=False, common=(0, 0, 0), robust=False)
+--
+
+The same control solved by least squares and judged, a SiteAdjustment.
+
+model: "rigid" (3 parameters), "similarity" (4), "affine" (6), "spatial" (7, with the heights) or
+"none"; heights: "plane", "shift" or "none". Standard deviations of the control (columns sigma_n,
+sigma_e, sigma_h, metres) are weights; sigma_known takes them at their word. common: standard deviations
+north, east and up of an error that all points share, metres. robust gives outliers less weight.
+
+Raises Error when the points do not determine the model.)")
       .def_property_readonly("chain", &ChainOf, "The whole conversion, with the site at its end.")
       .def_property_readonly(
           "names",

@@ -14,6 +14,7 @@
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "python/bindings/columns.h"
+#include "python/bindings/covariance.h"
 #include "python/bindings/epsg.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
@@ -83,13 +84,29 @@ void SetDate(ChainObject& object, const py::object& epoch) {
     throw UserError("CoordinateChain: \"epoch\" must be one date: a decimal year, a date, a text");
 }
 
+// A mapping as the section of a system file has it; None for nothing.
+geomath_files::SiteErrors SiteErrorsFrom(const py::object& mapping) {
+  if (mapping.is_none()) return {};
+  const py::module_ json = py::module_::import("json");
+  const std::string text = py::str(json.attr("dumps")(py::dict(mapping)));
+  const nlohmann::json parsed = geomath_files::ParseJson(text, "site_covariance");
+  return geomath_files::ReadSiteErrors(geomath_files::JsonSection(
+      "CoordinateChain", "site_covariance", parsed, geomath_files::kSiteErrorsKeys));
+}
+
+py::object MappingOf(const geomath_files::SiteErrors& errors) {
+  if (errors.parts == LocalToGrid::kNotSetUp) return py::none();
+  const std::string text = geomath_files::SiteErrorsSection(errors).dump();
+  return py::module_::import("json").attr("loads")(text);
+}
+
 std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<DatumObject> datum,
                                   std::shared_ptr<ProjectionObject> projection,
                                   std::shared_ptr<GeoidObject> geoid, const std::string& frame,
                                   std::shared_ptr<LocalToGrid> localization,
                                   std::shared_ptr<GridToGround> ground, const py::object& shifts,
                                   std::optional<double> fixedHeight, double unit, double heightUnit,
-                                  const py::object& epoch) {
+                                  const py::object& epoch, const py::object& siteCovariance) {
   auto object = std::make_shared<ChainObject>();
   if (!global.is_none())
     object->global = EllipsoidFrom(global);
@@ -100,6 +117,7 @@ std::shared_ptr<ChainObject> Make(const py::object& global, std::shared_ptr<Datu
   object->geoid = std::move(geoid);
   object->geoidFrame = FrameOf(frame);
   object->localization = std::move(localization);
+  object->siteErrors = SiteErrorsFrom(siteCovariance);
   object->ground = std::move(ground);
   object->fixedHeight = fixedHeight;
   for (const py::handle& shift : shifts) object->shifts.push_back(PartOf<ChainShiftObject>(shift));
@@ -144,6 +162,7 @@ std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
   }
   if (const LocalToGrid* site = read.GetLocalization())
     object->localization = std::make_shared<LocalToGrid>(*site);
+  if (const auto& errors = system.SiteUncertainty()) object->siteErrors = *errors;
   if (const GridToGround* ground = read.GetGround())
     object->ground = std::make_shared<GridToGround>(*ground);
   for (geomath_files::SystemShift& shift : system.ReleaseShifts()) {
@@ -194,16 +213,6 @@ std::shared_ptr<ChainObject> FromEpsg(int code, const py::object& near, const py
 using Batch = std::size_t (CoordinateChain::*)(PointDates, double*, double*, double*, std::size_t,
                                                std::ptrdiff_t, ChainStep*) const;
 
-// Factors of a pair and a height.
-struct Factors {
-  double pair = 1, height = 1;
-
-  void Apply(double* const* columns, std::size_t count) const {
-    if (pair != 1) Multiply(columns[0], count, pair), Multiply(columns[1], count, pair);
-    if (height != 1) Multiply(columns[2], count, height);
-  }
-};
-
 // Runs a batch of the chain, which works in radians and metres; `before` and `after` turn the units.
 // A fourth argument has the dates of the points; else they have that of the chain.
 template <Batch batch, std::size_t In>
@@ -237,19 +246,27 @@ py::object ConvertAt(const ChainObject& object, const std::array<Argument, In>& 
   return py::tuple(converted) + py::make_tuple(steps);
 }
 
+// The arguments, and where an epoch is given, the dates of the points as a fourth.
+std::vector<Argument> WithDates(const ChainObject& object, const std::array<Argument, 3>& arguments,
+                                const py::object& epoch) {
+  std::vector<Argument> all(arguments.begin(), arguments.end());
+  if (!epoch.is_none())
+    all.push_back({"epoch", YearsOf(epoch)});
+  else if (object.chain.NeedsDates() && std::isnan(object.date))
+    throw UserError(
+        "CoordinateChain: a frame that moves needs the date of the positions: give epoch=2026.9, a "
+        "date, or an array with a date for each point");
+  return all;
+}
+
 template <Batch batch>
 py::object Convert(const ChainObject& object, const std::array<Argument, 3>& arguments,
                    const Factors& before, const Factors& after, const py::object& out,
                    bool returnSteps, const py::object& epoch) {
-  if (!epoch.is_none()) {
-    const auto& [first, second, h] = arguments;
-    return ConvertAt<batch, 4>(object, {{first, second, h, {"epoch", YearsOf(epoch)}}}, before,
-                               after, out, returnSteps);
-  }
-  if (object.chain.NeedsDates() && std::isnan(object.date))
-    throw UserError(
-        "CoordinateChain: a frame that moves needs the date of the positions: give epoch=2026.9, a "
-        "date, or an array with a date for each point");
+  const std::vector<Argument> all = WithDates(object, arguments, epoch);
+  if (all.size() == 4)
+    return ConvertAt<batch, 4>(object, {{all[0], all[1], all[2], all[3]}}, before, after, out,
+                               returnSteps);
   return ConvertAt<batch, 3>(object, arguments, before, after, out, returnSteps);
 }
 
@@ -257,27 +274,47 @@ AxisPair GeographicAxes(const ChainObject& chain) {
   return chain.projection ? AxisPairOf(chain.projection->geographicAxes) : AxisPair{};
 }
 
+bool HasCovariance(const py::object& covariance, const py::object& errors, const py::object& out) {
+  if (covariance.is_none()) {
+    if (!errors.is_none()) throw UserError("errors: they go with a covariance");
+    return false;
+  }
+  if (!out.is_none()) throw UserError("out: a conversion with covariances has new arrays");
+  return true;
+}
+
 py::object ToLocal(const ChainObject& chain, py::object lat, py::object lon, py::object h,
-                   bool degrees, const py::object& out, bool returnSteps, const py::object& epoch) {
+                   bool degrees, const py::object& out, bool returnSteps, const py::object& epoch,
+                   const py::object& covariance, const std::string& frame,
+                   const py::object& errors) {
   // Without a projection the local pair is one of angles.
   const double angle = degrees ? kDegPerRad : 1;
   const Factors local{chain.projection ? 1 / chain.unit : angle, 1 / chain.heightUnit};
   const auto [first, second] = PositionArguments(lat, lon, GeographicAxes(chain), degrees);
-  return Convert<&CoordinateChain::ToLocalDatedBatch>(chain, {{first, second, {"h", h}}}, {}, local,
-                                                      out, returnSteps, epoch);
+  const std::array<Argument, 3> arguments = {{first, second, {"h", h}}};
+  if (HasCovariance(covariance, errors, out))
+    return ConvertWithCovariance(chain, true, WithDates(chain, arguments, epoch), {}, local,
+                                 {covariance, frame, errors}, returnSteps);
+  return Convert<&CoordinateChain::ToLocalDatedBatch>(chain, arguments, {}, local, out, returnSteps,
+                                                      epoch);
 }
 
 py::object ToGlobal(const ChainObject& chain, py::object north, py::object east, py::object h,
-                    bool degrees, const py::object& out, bool returnSteps,
-                    const py::object& epoch) {
+                    bool degrees, const py::object& out, bool returnSteps, const py::object& epoch,
+                    const py::object& covariance, const std::string& frame,
+                    const py::object& errors) {
   const Factors local{chain.projection ? chain.unit : 1, chain.heightUnit};
+  const Factors global{degrees ? kDegPerRad : 1};
   std::array<Argument, 3> arguments = {{{"north", north}, {"east", east}, {"h", h}}};
   if (!chain.projection) {
     arguments[0] = AngleArgument("north", north, AngleKind::latitude, degrees);
     arguments[1] = AngleArgument("east", east, AngleKind::longitude, degrees);
   }
-  return Convert<&CoordinateChain::ToGlobalDatedBatch>(
-      chain, arguments, local, {degrees ? kDegPerRad : 1}, out, returnSteps, epoch);
+  if (HasCovariance(covariance, errors, out))
+    return ConvertWithCovariance(chain, false, WithDates(chain, arguments, epoch), local, global,
+                                 {covariance, frame, errors}, returnSteps);
+  return Convert<&CoordinateChain::ToGlobalDatedBatch>(chain, arguments, local, global, out,
+                                                       returnSteps, epoch);
 }
 
 std::optional<double> DateOf(const ChainObject& c) {
@@ -298,6 +335,7 @@ py::dict StateOf(const ChainObject& c) {
   state["unit"] = c.unit;
   state["height_unit"] = c.heightUnit;
   state["epoch"] = DateOf(c);
+  state["site_covariance"] = MappingOf(c.siteErrors);
   return state;
 }
 
@@ -312,6 +350,7 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
   take("geoid", object->geoid);
   take("localization", object->localization);
   take("ground", object->ground);
+  object->siteErrors = SiteErrorsFrom(state["site_covariance"]);
   for (const py::handle& shift : state["shifts"].cast<py::tuple>())
     object->shifts.push_back(PartOf<ChainShiftObject>(shift));
   if (!state["fixed_height"].is_none()) object->fixedHeight = FiniteOf(state["fixed_height"]);
@@ -323,9 +362,11 @@ std::shared_ptr<ChainObject> FromState(const py::dict& state) {
   return object;
 }
 
-// The same chain with some steps exchanged, taken away (None) or added.
+// The same chain with some steps exchanged, taken away (None) or added. Another site has another
+// uncertainty.
 py::object Replace(const py::object& self, const py::kwargs& changes) {
   py::dict steps = StateOf(self.cast<const ChainObject&>());
+  if (changes.contains("localization")) steps["site_covariance"] = py::none();
   for (const auto& [name, step] : changes) steps[name] = step;
   return py::type::of(self)(**steps);
 }
@@ -447,7 +488,8 @@ Raises Error when datum and projection stand on different ellipsoids.)");
            py::arg("geoid") = py::none(), py::arg("geoid_frame") = "global",
            py::arg("localization") = py::none(), py::arg("ground") = py::none(),
            py::arg("shifts") = py::tuple(), py::arg("fixed_height") = py::none(),
-           py::arg("unit") = 1.0, py::arg("height_unit") = 1.0, py::arg("epoch") = py::none())
+           py::arg("unit") = 1.0, py::arg("height_unit") = 1.0, py::arg("epoch") = py::none(),
+           py::arg("site_covariance") = py::none())
       .def_static("from_file", &FromFile, py::arg("path"), R"(from_file(path)
 --
 
@@ -485,6 +527,10 @@ Raises Error for a code that the registry does not have or a system file cannot 
           "The shifts, ChainShift, in the order of the system file.")
       .def_readonly("fixed_height", &ChainObject::fixedHeight,
                     "The height at which positions go through the datum, metres, or None.")
+      .def_property_readonly(
+          "site_covariance", [](const ChainObject& c) { return MappingOf(c.siteErrors); },
+          "The uncertainty of the site calibration as a system file has it (pivotN, pivotE, plane, "
+          "height), which covariances get; None where it counts as exact.")
       .def_readonly("unit", &ChainObject::unit, "Metres of one unit of local north and east.")
       .def_readonly("height_unit", &ChainObject::heightUnit, "Metres of one unit of local heights.")
       .def_property_readonly(
@@ -499,8 +545,9 @@ A chain with some steps exchanged, added, or taken away (None); the keywords are
       .def(
           "to_local", &ToLocal, py::arg("lat"), py::arg("lon"), py::arg("h") = 0.0, py::kw_only(),
           py::arg("degrees") = true, py::arg("out") = py::none(), py::arg("return_steps") = false,
-          py::arg("epoch") = py::none(),
-          R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None)
+          py::arg("epoch") = py::none(), py::arg("covariance") = py::none(),
+          py::arg("frame") = "north-east-up", py::arg("errors") = py::none(),
+          R"(to_local(self, lat, lon, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None, covariance=None, frame="north-east-up", errors=None)
 --
 
 Global positions to local coordinates: (north, east, h), in the units of the chain.
@@ -508,7 +555,16 @@ Global positions to local coordinates: (north, east, h), in the units of the cha
 lat, lon: degrees, or radians with degrees=False; h: metres above the global ellipsoid. Numbers or
 arrays, broadcast together; numbers alone give numbers. out: three float64 arrays for the results,
 which may be the arrays of the arguments. A point that fails is NaN in all three. With
-return_steps=True a fourth result holds the step that failed, as a ChainStep, 0 where none did.
+return_steps=True a last result holds the step that failed, as a ChainStep, 0 where none did.
+
+covariance: that of the positions, of shape (3, 3) or, with points of shape S, S + (3, 3); the fourth
+result is that of the local coordinates, S + (3, 3), north, east and height in metres squared. frame is
+what it is of: "north-east-up" (metres), "geocentric" (metres) or "geographic" (radians and metres), in
+that order whatever the axes are. errors: what the steps do not know, a dict of "datum" (standard
+deviation in every direction, metres), "geoid" (of its heights, metres), "nodes" (metres in one unit of
+the accuracies that the nodes of shift grids have) and "site" (a SiteAdjustment instead of
+site_covariance, which takes part by itself, or None for an exact site).
+A matrix that is no covariance fails as an input. out has no covariances.
 
 epoch: the date of the positions, for a chain with a frame that moves: a decimal year, a date or
 datetime, a numpy.datetime64, a text such as "2026-11-23", or an array with one for each point,
@@ -517,13 +573,16 @@ broadcast with the others; instead of the epoch of the chain. Raises Error where
           "to_global", &ToGlobal, py::arg("north"), py::arg("east"), py::arg("h") = 0.0,
           py::kw_only(), py::arg("degrees") = true, py::arg("out") = py::none(),
           py::arg("return_steps") = false, py::arg("epoch") = py::none(),
-          R"(to_global(self, north, east, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None)
+          py::arg("covariance") = py::none(), py::arg("frame") = "north-east-up",
+          py::arg("errors") = py::none(),
+          R"(to_global(self, north, east, h=0.0, *, degrees=True, out=None, return_steps=False, epoch=None, covariance=None, frame="north-east-up", errors=None)
 --
 
 Local coordinates to global positions: (lat, lon, h), the inverse of to_local.
 
 north, east, h: in the units of the chain, numbers or arrays, broadcast together. lat and lon are degrees, or radians
-with degrees=False. out, return_steps and epoch, the date of the results, as for to_local.)")
+with degrees=False. out, return_steps, covariance, errors and epoch, the date of the results, as for
+to_local; frame is that of the resulting covariance.)")
       .def(
           "__eq__",
           [](const ChainObject& a, const ChainObject& b) { return StateOf(a).equal(StateOf(b)); },

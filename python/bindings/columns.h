@@ -102,6 +102,16 @@ inline void Multiply(double* column, std::size_t count, double factor) {
   for (std::size_t i = 0; i < count; ++i) column[i] *= factor;
 }
 
+/// Factors of a pair and a height, in columns.
+struct Factors {
+  double pair = 1, height = 1;
+
+  void Apply(double* const* columns, std::size_t count) const {
+    if (pair != 1) Multiply(columns[0], count, pair), Multiply(columns[1], count, pair);
+    if (height != 1) Multiply(columns[2], count, height);
+  }
+};
+
 /// Cuts work without the interpreter lock into blocks that are short enough for a user who waits
 /// for Ctrl-C: a point of a geoid model may take ten thousand times as long as one of a projection.
 class Pace {

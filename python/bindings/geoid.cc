@@ -5,11 +5,13 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <string>
 #include <tuple>
 
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "geomath/geodesic/grid_line.h"
 #include "python/bindings/columns.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/pickles.h"
@@ -29,6 +31,24 @@ py::object HeightOf(const GeoidObject& geoid, py::object lat, py::object lon, bo
     double heights[kBlock];
     geoid.Heights().Heights(c[0], c[1], heights, n);
     std::copy_n(heights, n, c[0]);
+  });
+}
+
+py::object DeflectionOf(const GeoidObject& geoid, py::object lat, py::object lon, py::object h,
+                        const py::object& ellipsoid, bool degrees, const py::object& out) {
+  const std::shared_ptr<Ellipsoid> on = EllipsoidFrom(ellipsoid);
+  const std::array<Argument, 3> arguments = {
+      {AngleArgument("lat", lat, AngleKind::latitude, degrees),
+       AngleArgument("lon", lon, AngleKind::longitude, degrees),
+       {"h", h}}};
+  return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    for (std::size_t i = 0; i < n; ++i) {
+      constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+      Deflection found{kNone, kNone};
+      DeflectionAt(geoid.Heights(), *on, c[0][i], c[1][i], c[2][i], found);
+      c[0][i] = found.xi / kRadPerArcSecond;
+      c[1][i] = found.eta / kRadPerArcSecond;
+    }
   });
 }
 
@@ -213,6 +233,16 @@ Height of the geoid above the ellipsoid, metres.
 
 lat, lon: degrees, or radians with degrees=False; numbers or arrays, broadcast together. out: a
 float64 array for the result. NaN where the model has no height: outside a grid, or at a hole.)");
+  geoid.def("deflection", &DeflectionOf, py::arg("lat"), py::arg("lon"), py::arg("h") = 0.0,
+            py::kw_only(), py::arg("ellipsoid") = "WGS84", py::arg("degrees") = true,
+            py::arg("out") = py::none(),
+            R"(deflection(self, lat, lon, h=0.0, *, ellipsoid="WGS84", degrees=True, out=None)
+--
+
+Deflection of the vertical at height h over the ellipsoid: (xi, eta), northward and eastward, arc-seconds.
+
+From the slopes of the geoid over 250 m: below 0.01" where the model has no features shorter than 10 km.
+Arguments as those of height. NaN where a height is missing.)");
 
   py::class_<RegionalGeoidObject, GeoidObject, std::shared_ptr<RegionalGeoidObject>> regional(
       module, "RegionalGeoid", R"(

@@ -1,6 +1,7 @@
 #include <pybind11/pybind11.h>
 
 #include "files/words/user_error.h"
+#include "python/bindings/adjustment.h"
 #include "python/bindings/extra.h"
 #include "python/bindings/keywords.h"
 #include "python/bindings/objects.h"
@@ -39,6 +40,7 @@ PYBIND11_MODULE(_geomath, module) {
   BindLocal(module);
   BindMagnetic(module);
   BindChain(module);
+  BindAdjustment(module);
   BindCalibration(module);
   BindDesign(module);
 }

@@ -58,6 +58,7 @@ struct ChainObject {
   double date = zel_cs::geomath::kNoDate;  // of positions that come without one
   zel_cs::geomath::GeoidFrame geoidFrame = zel_cs::geomath::GeoidFrame::global;
   std::shared_ptr<zel_cs::geomath::LocalToGrid> localization;
+  geomath_files::SiteErrors siteErrors;  // of the localization
   std::shared_ptr<zel_cs::geomath::GridToGround> ground;
   std::optional<zel_cs::geomath::FixedHeightDatum> fixedHeightDatum;  // of datum and height
   /// Metres of one unit of the local plane and of local heights; the chain's are metres.

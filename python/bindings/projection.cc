@@ -81,8 +81,8 @@ PointFactors FactorsAt(const TGeoProj& projection, double b, double l) {
   return factors;
 }
 
-py::object Factors(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
-                   const py::object& out) {
+py::object FactorsOf(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
+                     const py::object& out) {
   const auto arguments = PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees);
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
     p.projection->RotateBLBatch(kToInternal, c[0], c[1], n);
@@ -267,7 +267,7 @@ Grid coordinates to (lat, lon): degrees, or radians with degrees=False.
 
 north, east: metres, numbers or arrays, broadcast together. out: two float64 arrays for the results.
 A point that has no position, or one more than a full turn away, gives NaN in both.)")
-      .def("factors", &Factors, py::arg("lat"), py::arg("lon"), py::kw_only(),
+      .def("factors", &FactorsOf, py::arg("lat"), py::arg("lon"), py::kw_only(),
            py::arg("degrees") = true, py::arg("out") = py::none(),
            R"(factors(self, lat, lon, *, degrees=True, out=None)
 --

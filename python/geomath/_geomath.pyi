@@ -15,6 +15,7 @@ _Two: TypeAlias = tuple[_Array, _Array] | None
 _Three: TypeAlias = tuple[_Array, _Array, _Array] | None
 _Path: TypeAlias = str | PathLike[str]
 _Epoch: TypeAlias = "_Date | np.datetime64 | str | float"
+_Frame: TypeAlias = Literal["north-east-up", "geocentric", "geographic"]
 
 __version__: str
 
@@ -272,6 +273,28 @@ class Geoid:
     def height(
         self, lat: ArrayLike, lon: ArrayLike, *, degrees: bool = ..., out: _One = ...
     ) -> _Array: ...
+    @overload
+    def deflection(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        h: float = ...,
+        *,
+        ellipsoid: str | Ellipsoid = ...,
+        degrees: bool = ...,
+        out: None = ...,
+    ) -> tuple[float, float]: ...
+    @overload
+    def deflection(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        ellipsoid: str | Ellipsoid = ...,
+        degrees: bool = ...,
+        out: _Two = ...,
+    ) -> tuple[_Array, _Array]: ...
 
 @final
 class ShiftGrid:
@@ -548,6 +571,7 @@ class CoordinateChain:
         unit: float = ...,
         height_unit: float = ...,
         epoch: _Epoch | None = ...,
+        site_covariance: Mapping[str, Any] | None = ...,
     ) -> None: ...
     @staticmethod
     def from_file(path: _Path) -> CoordinateChain: ...
@@ -589,6 +613,8 @@ class CoordinateChain:
     def epoch(self) -> float | None: ...
     @property
     def needs_epoch(self) -> bool: ...
+    @property
+    def site_covariance(self) -> dict[str, Any] | None: ...
     @overload
     def to_local(  # type: ignore[misc]
         self,
@@ -600,6 +626,9 @@ class CoordinateChain:
         out: None = ...,
         return_steps: Literal[False] = ...,
         epoch: _Epoch | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[float, float, float]: ...
     @overload
     def to_local(  # type: ignore[misc]
@@ -612,6 +641,9 @@ class CoordinateChain:
         out: None = ...,
         return_steps: Literal[True],
         epoch: _Epoch | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[float, float, float, int]: ...
     @overload
     def to_local(
@@ -624,6 +656,9 @@ class CoordinateChain:
         out: _Three = ...,
         return_steps: Literal[False] = ...,
         epoch: _Epoch | ArrayLike | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[_Array, _Array, _Array]: ...
     @overload
     def to_local(
@@ -636,7 +671,70 @@ class CoordinateChain:
         out: _Three = ...,
         return_steps: Literal[True],
         epoch: _Epoch | ArrayLike | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
+    @overload
+    def to_local(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[float, float, float, _Array]: ...
+    @overload
+    def to_local(  # type: ignore[misc]
+        self,
+        lat: float,
+        lon: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[float, float, float, _Array, int]: ...
+    @overload
+    def to_local(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[_Array, _Array, _Array, _Array]: ...
+    @overload
+    def to_local(
+        self,
+        lat: ArrayLike,
+        lon: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[_Array, _Array, _Array, _Array, NDArray[np.uint8]]: ...
     @overload
     def to_global(  # type: ignore[misc]
         self,
@@ -648,6 +746,9 @@ class CoordinateChain:
         out: None = ...,
         return_steps: Literal[False] = ...,
         epoch: _Epoch | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[float, float, float]: ...
     @overload
     def to_global(  # type: ignore[misc]
@@ -660,6 +761,9 @@ class CoordinateChain:
         out: None = ...,
         return_steps: Literal[True],
         epoch: _Epoch | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[float, float, float, int]: ...
     @overload
     def to_global(
@@ -672,6 +776,9 @@ class CoordinateChain:
         out: _Three = ...,
         return_steps: Literal[False] = ...,
         epoch: _Epoch | ArrayLike | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[_Array, _Array, _Array]: ...
     @overload
     def to_global(
@@ -684,7 +791,70 @@ class CoordinateChain:
         out: _Three = ...,
         return_steps: Literal[True],
         epoch: _Epoch | ArrayLike | None = ...,
+        covariance: None = ...,
+        frame: _Frame = ...,
+        errors: None = ...,
     ) -> tuple[_Array, _Array, _Array, NDArray[np.uint8]]: ...
+    @overload
+    def to_global(  # type: ignore[misc]
+        self,
+        north: float,
+        east: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[float, float, float, _Array]: ...
+    @overload
+    def to_global(  # type: ignore[misc]
+        self,
+        north: float,
+        east: float,
+        h: float = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[float, float, float, _Array, int]: ...
+    @overload
+    def to_global(
+        self,
+        north: ArrayLike,
+        east: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[False] = ...,
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[_Array, _Array, _Array, _Array]: ...
+    @overload
+    def to_global(
+        self,
+        north: ArrayLike,
+        east: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        degrees: bool = ...,
+        out: None = ...,
+        return_steps: Literal[True],
+        epoch: _Epoch | ArrayLike | None = ...,
+        covariance: ArrayLike,
+        frame: _Frame = ...,
+        errors: Mapping[str, Any] | None = ...,
+    ) -> tuple[_Array, _Array, _Array, _Array, NDArray[np.uint8]]: ...
 
 @final
 class Calibration:
@@ -699,7 +869,61 @@ class Calibration:
     def solve(self) -> CalibrationResult: ...
 
 @final
+class SiteAdjustment:
+    @property
+    def residuals(self) -> _Array: ...
+    @property
+    def redundancy(self) -> _Array: ...
+    @property
+    def standardised(self) -> _Array: ...
+    @property
+    def normalised(self) -> _Array: ...
+    @property
+    def detectable(self) -> _Array: ...
+    @property
+    def effect(self) -> _Array: ...
+    @property
+    def predicted(self) -> _Array: ...
+    @property
+    def weight(self) -> _Array: ...
+    @property
+    def parameters(self) -> _Array: ...
+    @property
+    def deviations(self) -> _Array: ...
+    @property
+    def height_parameters(self) -> _Array: ...
+    @property
+    def height_deviations(self) -> _Array: ...
+    @property
+    def pivot(self) -> list[float]: ...
+    @property
+    def variance(self) -> float: ...
+    @property
+    def freedom(self) -> int: ...
+    def critical(self, alpha: float = ..., *, heights: bool = ...) -> float: ...
+    def fit_probability(self, *, heights: bool = ...) -> float: ...
+    def compare_models(self) -> list[dict[str, Any]]: ...
+    def predict(
+        self,
+        north: ArrayLike,
+        east: ArrayLike,
+        h: ArrayLike = ...,
+        *,
+        probability: float = ...,
+        observed: float = ...,
+    ) -> tuple[_Array, _Array, _Array, _Array]: ...
+
+@final
 class CalibrationResult:
+    def adjust(
+        self,
+        *,
+        model: Literal["rigid", "similarity", "affine", "spatial", "none"] = ...,
+        heights: Literal["plane", "shift", "none"] = ...,
+        sigma_known: bool = ...,
+        common: tuple[float, float, float] = ...,
+        robust: bool = ...,
+    ) -> SiteAdjustment: ...
     @property
     def localization(self) -> LocalToGrid: ...
     @property

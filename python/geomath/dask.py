@@ -13,8 +13,9 @@ converts its chunks again elsewhere.
 
 from __future__ import annotations
 
-from typing import TYPE_CHECKING, Any, TypeVar
+from typing import TYPE_CHECKING, Any, TypeVar, overload
 
+import dask.array
 import numpy as np
 from dask.array.core import Array
 from dask.delayed import delayed
@@ -22,7 +23,7 @@ from dask.delayed import delayed
 from . import Error, decimal_year
 
 if TYPE_CHECKING:
-    from collections.abc import Callable, Sequence
+    from collections.abc import Callable, Mapping, Sequence
 
     from . import CoordinateChain
 
@@ -31,12 +32,40 @@ __all__ = ["convert"]
 _Collection = TypeVar("_Collection")
 _Block = np.ndarray[Any, np.dtype[np.float64]]
 
+_array: Any = dask.array  # its functions have no types
+
 _GLOBAL = ("lat", "lon", "h")
 _LOCAL = ("north", "east", "h")
 
 
+@overload
+def convert(  # type: ignore[misc]
+    data: _Collection,
+    chain: CoordinateChain,
+    *,
+    inverse: bool = ...,
+    columns: Sequence[str] | None = ...,
+    into: Sequence[str] | None = ...,
+    degrees: bool = ...,
+    epoch: Any = ...,
+    covariance: None = ...,
+    frame: str = ...,
+    errors: None = ...,
+) -> _Collection: ...
+@overload
 def convert(
     data: _Collection,
+    chain: CoordinateChain,
+    *,
+    inverse: bool = ...,
+    degrees: bool = ...,
+    epoch: Any = ...,
+    covariance: Any,
+    frame: str = ...,
+    errors: Mapping[str, Any] | None = ...,
+) -> tuple[_Collection, _Collection]: ...
+def convert(
+    data: Any,
     chain: CoordinateChain,
     *,
     inverse: bool = False,
@@ -44,7 +73,10 @@ def convert(
     into: Sequence[str] | None = None,
     degrees: bool = True,
     epoch: Any = None,
-) -> _Collection:
+    covariance: Any = None,
+    frame: str = "north-east-up",
+    errors: Mapping[str, Any] | None = None,
+) -> Any:
     """Converts points by a chain, lazily, chunk by chunk.
 
     data: a Dask array whose last axis holds the coordinates of a point, latitude, longitude and
@@ -58,6 +90,10 @@ def convert(
     takes one. Beside a Dask array also one with a date for each point, its shape without the last axis;
     beside a data frame also the name of a column of dates.
 
+    covariance, frame and errors are those of `to_local`, for arrays of three coordinates: a Dask array
+    whose last two axes are (3, 3), or one (3, 3) for all points. The result is then a pair, the points
+    and their covariances.
+
     A point that cannot be converted becomes NaN and disturbs no other point. Raises TypeError for
     anything else than those collections, ValueError for another number of coordinates, KeyError for a
     column that is not there, and Error for a date that is missing or none, all of them at once and not
@@ -67,18 +103,24 @@ def convert(
         raise Error("a frame that moves needs the date of the positions: give epoch")
     # pure: the same chain has the same key, so that two conversions of one graph share it.
     node = delayed(chain, pure=True, traverse=False)
-    converted: _Collection
+    converted: Any
     if isinstance(data, Array):
         if not isinstance(epoch, Array):
             epoch = _one_date(epoch)
-        converted = _convert_array(data, node, inverse, degrees, epoch)
+        if covariance is None:
+            converted = _convert_array(data, node, inverse, degrees, epoch)
+        else:
+            keywords = {"degrees": degrees, "frame": frame, "errors": errors}
+            converted = _convert_covariances(data, covariance, node, inverse, epoch, keywords)
+    elif covariance is not None:
+        raise TypeError("covariances go with Dask arrays")
     elif hasattr(data, "map_partitions"):
         names = (_LOCAL, _GLOBAL) if inverse else (_GLOBAL, _LOCAL)
-        frame: Any = data
-        if not isinstance(epoch, str) or epoch not in frame.columns:
+        table: Any = data
+        if not isinstance(epoch, str) or epoch not in table.columns:
             epoch = _one_date(epoch)
         converted = _convert_frame(
-            frame, node, inverse, degrees, list(columns or names[0]), list(into or names[1]), epoch
+            table, node, inverse, degrees, list(columns or names[0]), list(into or names[1]), epoch
         )
     else:
         raise TypeError(
@@ -123,6 +165,66 @@ def _convert_array(points: Any, chain: Any, inverse: bool, degrees: bool, epoch:
         dtype=np.float64,
         chunks=whole_points.chunks,
         meta=meta,
+    )
+
+
+def _convert_covariances(
+    points: Any, covariance: Any, chain: Any, inverse: bool, epoch: Any, keywords: dict[str, Any]
+) -> tuple[Any, Any]:
+    if points.ndim < 1 or points.shape[-1] != 3:
+        raise ValueError(f"the last axis must hold three coordinates: the shape is {points.shape}")
+    shape = points.shape[:-1]
+    axes: tuple[int, ...] = ()
+    if not isinstance(covariance, Array):
+        covariance = _array.from_array(np.asarray(covariance, dtype=float), chunks=-1)
+    if covariance.shape == (3, 3):
+        matrices = covariance
+    elif covariance.shape == (*shape, 3, 3):
+        matrices = covariance.rechunk((*points.chunks[:-1], (3,), (3,)))
+        axes = tuple(range(len(shape)))
+    else:
+        raise ValueError(f"covariance: its shape {covariance.shape} must be (3, 3) or {shape} and that")
+    across = tuple(range(len(shape)))
+    dates: tuple[Any, ...] = ()
+    if isinstance(epoch, Array):
+        dates = (_array.rechunk(epoch, points.chunks[:-1]), across)
+    else:
+        keywords = {**keywords, "epoch": epoch}
+    coordinate, row, column, result = range(len(shape), len(shape) + 4)
+    # Twelve numbers a point, so that every chunk is converted once.
+    both = _array.blockwise(
+        _convert_uncertain,
+        (*across, result),
+        points.rechunk({points.ndim - 1: -1}),
+        (*across, coordinate),
+        matrices,
+        (*axes, row, column),
+        *dates,
+        chain=chain,
+        inverse=inverse,
+        keywords=keywords,
+        new_axes={result: 12},
+        concatenate=True,
+        dtype=np.float64,
+        meta=np.empty((0,) * points.ndim),
+    )
+    return both[..., :3], both[..., 3:].reshape((*shape, 3, 3))
+
+
+def _convert_uncertain(
+    points: _Block,
+    matrices: _Block,
+    *dates: Any,
+    chain: CoordinateChain,
+    inverse: bool,
+    keywords: dict[str, Any],
+) -> _Block:
+    call: Any = _call(chain, inverse)
+    if dates:
+        keywords = {**keywords, "epoch": dates[0]}
+    *coordinates, covariances = call(*np.moveaxis(points, -1, 0), covariance=matrices, **keywords)
+    return np.concatenate(
+        [np.stack(coordinates, axis=-1), covariances.reshape((*points.shape[:-1], 9))], axis=-1
     )
 
 

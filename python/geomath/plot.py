@@ -25,7 +25,7 @@ if TYPE_CHECKING:
 
     from numpy.typing import ArrayLike
 
-    from . import Geoid, MagneticField, Projection, ZoneDesign
+    from . import Geoid, MagneticField, Projection, SiteAdjustment, ZoneDesign
 
 __all__ = [
     "combined_factor",
@@ -33,6 +33,7 @@ __all__ = [
     "declination",
     "distortion",
     "geoid",
+    "prediction",
     "residuals",
     "scale_factor",
     "tissot",
@@ -102,6 +103,56 @@ def residuals(
     axes.set_xlabel("east [m]")
     axes.set_ylabel("north [m]")
     return axes
+
+
+def prediction(
+    adjustment: SiteAdjustment,
+    north: ArrayLike,
+    east: ArrayLike,
+    *,
+    probability: float = 0.95,
+    ellipses: ArrayLike | None = None,
+    axes: Any = None,
+) -> Any:
+    """How certain positions of a calibrated site are: the radius that holds them, as a field.
+
+    north, east: one-dimensional arrays of the rows and columns to compute, grid coordinates, metres.
+    ellipses: grid positions, one (north, east) a row, at which ellipses of one standard deviation are
+    drawn, enlarged together.
+    """
+    rows, columns = np.asarray(north, dtype=float), np.asarray(east, dtype=float)
+    radius = adjustment.predict(rows[:, None], columns[None, :], probability=probability)[3]
+    axes = _axes(axes)
+    field = axes.pcolormesh(columns, rows, radius * 1000, cmap="Blues", shading="nearest")
+    axes.figure.colorbar(field, ax=axes, label=f"radius of {100 * probability:g} % [mm]")
+    if ellipses is not None:
+        places = np.atleast_2d(np.asarray(ellipses, dtype=float))
+        covariances = adjustment.predict(places[:, 0], places[:, 1])[1][:, :2, :2]
+        variances, directions = np.linalg.eigh(covariances)
+        largest = float(np.sqrt(np.max(variances, initial=0)))
+        extent = max(np.ptp(rows), np.ptp(columns)) or 1.0
+        enlarged = 0.08 * extent / largest if largest > 0 else 0.0
+        angle = np.linspace(0, 2 * np.pi, 60)
+        circle = np.stack([np.cos(angle), np.sin(angle)])
+        turn = _local_turn(adjustment)
+        for (n, e), v, d in zip(places, variances, directions):
+            drawn = turn @ d @ (np.sqrt(np.maximum(v, 0))[:, None] * circle) * enlarged
+            axes.plot(e + drawn[1], n + drawn[0], color="tab:purple", linewidth=1)
+            axes.plot([e], [n], ".", color="black")
+    axes.set_aspect("equal")
+    axes.ticklabel_format(useOffset=False, style="plain")
+    axes.set_xlabel("east [m]")
+    axes.set_ylabel("north [m]")
+    return axes
+
+
+def _local_turn(adjustment: SiteAdjustment) -> _Array:
+    """The rotation that takes local directions back to the grid, from two predictions."""
+    n, e = adjustment.pivot[:2]
+    local = adjustment.predict(np.array([n, n + 1000]), np.array([e, e]))[0][:, :2]
+    toward = local[1] - local[0]
+    c, s = toward / np.hypot(*toward)
+    return np.array([[c, s], [-s, c]])
 
 
 def geoid(

@@ -118,3 +118,21 @@ def test_chain_has_the_units_of_its_system() -> None:
     assert pickle.loads(pickle.dumps(chain)) == chain != metres
     with pytest.raises(Error, match="unit"):
         chain.replace(unit=0.0)
+
+
+def test_deflections_are_the_slopes_of_the_geoid() -> None:
+    # 2 m up a degree to the north, 3 m down a degree to the east; Heiskanen and Moritz 1967, 2-22.
+    rows, columns = np.arange(4)[:, None], np.arange(5)[None, :]
+    geoid = geomath.RegionalGeoid(40 + 2.0 * rows - 3 * columns, south=51, west=8, lat_step=1, lon_step=1)
+    a, e2 = 6378137.0, 0.00669437999014
+    lat = np.array([51.3, 53.6])
+    w2 = 1 - e2 * np.sin(np.radians(lat)) ** 2
+    m, n = a * (1 - e2) / w2**1.5, a / np.sqrt(w2)
+    xi, eta = geoid.deflection(lat, 9.4, 1000)
+    seconds = np.degrees(1) * 3600
+    # Nodes of single precision: 4e-6 m over 250 m.
+    np.testing.assert_allclose(xi, -np.degrees(2) / (m + 1000) * seconds, atol=0.005)
+    np.testing.assert_allclose(
+        eta, np.degrees(3) / ((n + 1000) * np.cos(np.radians(lat))) * seconds, atol=0.005
+    )
+    assert np.isnan(geoid.deflection(60, 9.4)).all()
