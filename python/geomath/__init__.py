@@ -10,6 +10,7 @@ lock; objects are immutable and may be used from many threads.
 """
 
 from ._chain_step import ChainStep
+from ._conversion import Conversion
 from ._dates import decimal_year
 from ._design import FamilyDesign, Zone, ZoneDesign
 from ._geomath import (
@@ -49,6 +50,7 @@ __all__ = [
     "CalibrationResult",
     "ChainShift",
     "ChainStep",
+    "Conversion",
     "CoordinateChain",
     "Datum",
     "Distortion",
