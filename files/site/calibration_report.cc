@@ -413,7 +413,7 @@ std::string CalibrationPage(const Calibration& calibration, const CalibrationFil
           units) +
       Table("coordinates", kCoordinateHeader, coordinates);
   if (const auto accuracies = AccuracyRows(calibration); !accuracies.empty()) {
-    std::vector<const char*> header = {"point"};
+    std::vector<std::string> header = {"point"};
     header.insert(header.end(), std::begin(kAccuracyColumns), std::end(kAccuracyColumns));
     page +=
         "<h2>Accuracies</h2>\n<p>As given, metres.</p>\n" + Table("accuracies", header, accuracies);
