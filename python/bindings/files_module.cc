@@ -63,11 +63,9 @@ void RunConversion(const Conversion& conversion, Column& a, Column& b, Column& c
     conversion.ToTarget(first, second, third, count, nullptr, dates);
 }
 
+bool IsGeographic(const ConversionEnd& end) { return end.Kind() == EndKind::geographic; }
+
 void BindConversion(py::module_& module) {
-  py::enum_<EndKind>(module, "EndKind")
-      .value("geographic", EndKind::geographic)
-      .value("projected", EndKind::projected)
-      .value("geocentric", EndKind::geocentric);
   const auto kept = py::return_value_policy::copy;
   py::class_<Conversion>(module, "Conversion")
       .def(py::init(&MakeConversion), py::arg("source"), py::arg("target"), py::kw_only(),
@@ -77,8 +75,10 @@ void BindConversion(py::module_& module) {
       .def_property_readonly("needs_dates", &Conversion::NeedsDates)
       .def_property_readonly("operations", &Conversion::Operations, kept)
       .def_property_readonly("notes", &Conversion::Notes, kept)
-      .def_property_readonly("source_kind", [](const Conversion& c) { return c.Source().Kind(); })
-      .def_property_readonly("target_kind", [](const Conversion& c) { return c.Target().Kind(); })
+      .def_property_readonly("source_geographic",
+                             [](const Conversion& c) { return IsGeographic(c.Source()); })
+      .def_property_readonly("target_geographic",
+                             [](const Conversion& c) { return IsGeographic(c.Target()); })
       .def_property_readonly("source_title", [](const Conversion& c) { return c.Source().Title(); })
       .def_property_readonly("target_title",
                              [](const Conversion& c) { return c.Target().Title(); });

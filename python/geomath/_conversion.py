@@ -26,9 +26,9 @@ def _backend() -> Any:
 
 
 def _system(system: Any) -> str:
-    if isinstance(system, int) and not isinstance(system, bool):
+    if isinstance(system, int):
         return f"EPSG:{system}"
-    return os.fspath(system)
+    return str(os.fspath(system))
 
 
 class Conversion:
@@ -74,12 +74,12 @@ class Conversion:
     @property
     def source(self) -> str:
         """The source system in words."""
-        return self._made.source_title
+        return str(self._made.source_title)
 
     @property
     def target(self) -> str:
         """The target system in words."""
-        return self._made.target_title
+        return str(self._made.target_title)
 
     @property
     def operations(self) -> tuple[str, ...]:
@@ -118,16 +118,16 @@ class Conversion:
             raise Error(f"Conversion: {reason}") from None
         columns = [np.array(part, order="C").reshape(-1) for part in arrays]
         years = columns.pop() if epoch is not None else None
-        kinds = made.source_kind, made.target_kind
-        before, after = kinds[::-1] if inverse else kinds
+        ends = made.source_geographic, made.target_geographic
+        from_angles, to_angles = ends[::-1] if inverse else ends
         for first in range(0, columns[0].size, _BLOCK):
             part = slice(first, first + _BLOCK)
             block = [column[part] for column in columns]
-            if before.name == "geographic":
+            if from_angles:
                 for angle in block[:2]:
                     np.radians(angle, out=angle)
             made.run(*block, None if years is None else years[part], inverse)
-            if after.name == "geographic":
+            if to_angles:
                 for angle in block[:2]:
                     np.degrees(angle, out=angle)
         if arrays[0].ndim == 0:

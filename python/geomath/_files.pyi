@@ -1,4 +1,3 @@
-from enum import Enum
 from typing import Any
 
 def raster_reader() -> object: ...
@@ -12,11 +11,6 @@ def epsg_system(
     from_frame: str,
     to_frame: str,
 ) -> str: ...
-
-class EndKind(Enum):
-    geographic: int
-    projected: int
-    geocentric: int
 
 class Conversion:
     def __init__(
@@ -36,9 +30,9 @@ class Conversion:
     @property
     def notes(self) -> list[str]: ...
     @property
-    def source_kind(self) -> EndKind: ...
+    def source_geographic(self) -> bool: ...
     @property
-    def target_kind(self) -> EndKind: ...
+    def target_geographic(self) -> bool: ...
     @property
     def source_title(self) -> str: ...
     @property
