@@ -5,6 +5,7 @@
 /// with their reports, and PROJ pipelines. What is wrong with a file throws
 /// `geomath_files::UserError`.
 #include "files/conversion/conversion.h"
+#include "files/conversion/conversion_end.h"
 #include "files/epsg/load_system.h"
 #include "files/exchange/grid_wkt.h"
 #include "files/exchange/proj_pipeline.h"
