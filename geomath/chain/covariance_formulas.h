@@ -29,11 +29,12 @@ struct MarkCovariance {
     constexpr double kLargest = std::numeric_limits<double>::max();
     const bool variances = (xx >= 0) & (yy >= 0) & (zz >= 0);
     const bool finite = (xx <= kLargest) & (yy <= kLargest) & (zz <= kLargest);
-    const bool pairs = Pair(xy, yx, xx * yy) & Pair(xz, zx, xx * zz) & Pair(yz, zy, yy * zz);
+    const bool xyPair = Pair(xy, yx, xx * yy), xzPair = Pair(xz, zx, xx * zz);
+    const bool yzPair = Pair(yz, zy, yy * zz);
     const double determinant =
         xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
     const bool notNegative = determinant >= -kRounding * xx * yy * zz;
-    mark = (variances & finite & pairs & notNegative) ? 1 : 0;
+    mark = (variances & finite & xyPair & xzPair & yzPair & notNegative) ? 1 : 0;
   }
 };
 

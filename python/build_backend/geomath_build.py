@@ -121,8 +121,9 @@ def build_wheel(wheel_directory, config_settings=None, metadata_directory=None):
     with tempfile.TemporaryDirectory() as folder:
         install_package(folder, config_settings or {})
         for path in sorted(p for p in Path(folder).rglob("*") if p.is_file()):
-            # A wheel has no links: libraries go by the name that is looked for, libgeomath.so.0.
-            if not re.search(r"\.so\.\d+\.", path.name):
+            # A wheel has no links: libraries go by the name that is looked for, libgeomath.so.0.1,
+            # and not by that with the whole version.
+            if not path.name.endswith(f".so.{version()}"):
                 files[path.relative_to(folder).as_posix()] = path.read_bytes()
     record = "".join(record_line(*file) for file in files.items()) + f"{info}/RECORD,,\n"
     files[f"{info}/RECORD"] = record.encode()

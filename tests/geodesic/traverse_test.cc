@@ -103,9 +103,9 @@ TEST(Traverse, AdjustsAStraightTraverseInClosedForm) {
   EXPECT_NEAR(result.misclosureN, -kAcross, kMetres);
   EXPECT_NEAR(result.stations[3].n, field.end->n, 1e-7);
   EXPECT_NEAR(result.stations[3].e, field.end->e, 1e-7);
-  for (int i = 0; i < 3; ++i) {
+  for (std::size_t i = 0; i < 3; ++i) {
     EXPECT_NEAR(result.distanceCorrections[i], kAlong / 3, kSecondOrder);
-    const double lever = (3 - i) * kLeg, squares = (9 + 4 + 1) * kLeg * kLeg;
+    const double lever = (3 - static_cast<double>(i)) * kLeg, squares = (9 + 4 + 1) * kLeg * kLeg;
     EXPECT_NEAR(result.angleCorrections[i] * kLeg, -kAcross * lever / squares * kLeg, kSecondOrder);
   }
   const double v2 = kAlong * kAlong / 3 / (0.002 * 0.002) +

@@ -14,9 +14,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-// TP03 of the published points of Great Britain, and its grid coordinates by an independent
+// The grid coordinates of TP03 of the published points of Great Britain by an independent
 // evaluation of the seven-parameter chain, to 0.1 mm.
-constexpr double kLat = 50.43885825610, kLon = -4.10864563561;
 constexpr double kNorth = 62015.2109, kEast = 250357.8185, kLocalH = 165.6607;
 constexpr double kPrintedMetres = 1e-4;  // of that evaluation, and what TMERC leaves
 constexpr double kBackDegrees = 1e-10;   // 0.01 mm
