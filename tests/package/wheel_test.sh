@@ -12,6 +12,9 @@ fi
 rm -rf "$work/venv"
 mkdir -p "$work"
 "$python" -m venv --system-site-packages "$work/venv"  # for NumPy
+# With the options of the tree's own build, whose objects a compiler cache has.
+cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DGEOMATH_WERROR=ON \
+  -DPython3_EXECUTABLE="$work/venv/bin/python"
 export PIP_NO_INDEX=1 PIP_DISABLE_PIP_VERSION_CHECK=1
 "$work/venv/bin/pip" install --no-build-isolation --force-reinstall --no-deps \
   --config-settings "build-dir=$work/build" "$source"
