@@ -10,7 +10,6 @@
 #include "files/conversion/layer_conversion.h"
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
-#include "files/words/date_text.h"
 #include "files/words/output_file.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
@@ -134,10 +133,7 @@ double DateOf(const EpochOption& option, const Conversion& conversion) {
     throw UserError(
         "a frame moves between the two systems, and needs the date of the points: give --epoch "
         "2026.9 or --epoch 2026-11-23, or --epoch-column NAME");
-  if (option.epoch.empty()) return kNoDate;
-  const ParsedNumber date = ParseDate(option.epoch);
-  if (!date) throw UserError("--epoch: " + date.problem);
-  return date.value;
+  return GivenDate(option.epoch).value_or(kNoDate);
 }
 
 void Tell(const std::string& text) { std::fprintf(stderr, "geomath: %s\n", text.c_str()); }

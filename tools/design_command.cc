@@ -20,6 +20,7 @@
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
+#include "tools/operation_options.h"
 #include "tools/progress.h"
 
 using namespace zel_cs::geomath;
@@ -70,10 +71,7 @@ std::vector<ZoneFamily> FamiliesOf(const std::vector<std::string>& names) {
 }
 
 GridBeside BesideOf(const std::string& code) {
-  const std::string digits = LowerCase(code).starts_with("epsg:") ? code.substr(5) : code;
-  if (digits.empty() || digits.find_first_not_of("0123456789") != std::string::npos)
-    throw UserError(fmt::format(
-        "--beside: \"{}\" is no EPSG code; a number such as 26910 belongs there", Printable(code)));
+  const std::string digits = CodeOf("--beside", code);
   const EpsgSystem made = MakeEpsgSystem(digits, {.none = true});
   // The projection lives in its system.
   const std::shared_ptr<const CoordinateSystem> system =

@@ -26,13 +26,15 @@ void AddEpochAndColumn(CLI::App& arguments, EpochOption& option) {
       ->excludes("--epoch");
 }
 
+std::optional<double> GivenDate(const std::string& epoch) {
+  if (epoch.empty()) return std::nullopt;
+  const ParsedNumber date = ParseDate(epoch);
+  if (!date) throw UserError("--epoch: " + date.problem);
+  return date.value;
+}
+
 double DateOf(const EpochOption& option, const CoordinateSystem& system, const std::string& name) {
-  double date = system.Date();
-  if (!option.epoch.empty()) {
-    const ParsedNumber given = ParseDate(option.epoch);
-    if (!given) throw UserError("--epoch: " + given.problem);
-    date = given.value;
-  }
+  const double date = GivenDate(option.epoch).value_or(system.Date());
   if (system.Chain().NeedsDates()) {
     if (std::isnan(date) && option.column.empty())
       throw UserError(fmt::format(

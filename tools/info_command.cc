@@ -7,7 +7,7 @@
 #include <string>
 
 #include "files/conversion/layer_conversion.h"
-#include "files/epsg/system_description.h"
+#include "files/conversion/system_description.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
 #include "tools/exit_status.h"

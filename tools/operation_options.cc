@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include "files/epsg/epsg_code.h"
 #include "files/words/name_match.h"
 #include "files/words/number_text.h"
 #include "files/words/user_error.h"
@@ -27,10 +28,8 @@ std::pair<CLI::Option*, CLI::Option*> AddOperationOptions(CLI::App& arguments,
 }
 
 std::string CodeOf(const std::string& option, const std::string& text) {
-  const std::string prefix = "epsg:";
-  std::string code = LowerCase(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
-  const bool digits = !code.empty() && code.find_first_not_of("0123456789") == std::string::npos;
-  if (!digits || code.size() > 9)
+  std::string code = WithoutAuthority(text);
+  if (!IsEpsgCode(code))
     throw UserError(fmt::format("{}: \"{}\" is no EPSG code; a number such as 27700 belongs there",
                                 option, Printable(text)));
   return code;

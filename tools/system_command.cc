@@ -8,10 +8,10 @@
 #include <string>
 
 #include "files/epsg/epsg_system.h"
-#include "files/words/date_text.h"
 #include "files/words/number_text.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
+#include "tools/epoch_option.h"
 #include "tools/exit_status.h"
 #include "tools/operation_options.h"
 
@@ -46,11 +46,7 @@ int MakeSystem(const SystemOptions& options) {
   wish.output = options.output;
   wish.fromFrame = options.fromFrame;
   wish.toFrame = options.toFrame;
-  if (!options.epoch.empty()) {
-    const ParsedNumber date = ParseDate(options.epoch);
-    if (!date) throw UserError("--epoch: " + date.problem);
-    wish.date = date.value;
-  }
+  wish.date = GivenDate(options.epoch);
   if (!options.operation.operation.empty())
     wish.operation = CodeOf("--operation", options.operation.operation);
   if (options.operation.list) {

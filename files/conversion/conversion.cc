@@ -233,22 +233,6 @@ class Search {
   const OperationChooser chooser_;
 };
 
-// Better ones that cannot be taken, one for each obstacle.
-void NoteBetter(const std::vector<CandidateOperation>& candidates, const CandidateOperation& taken,
-                std::vector<std::string>& notes) {
-  std::vector<std::string> told;
-  for (const CandidateOperation& each : candidates) {
-    const std::string obstacle = each.Obstacle();
-    const bool better = each.operation.accuracy >= 0 && each.covered >= taken.covered &&
-                        each.operation.accuracy < taken.operation.accuracy;
-    if (!better || obstacle.empty()) continue;
-    if (std::find(told.begin(), told.end(), obstacle) != told.end()) continue;
-    notes.push_back(fmt::format("{}, {}, is better and {}; without it: {}", each.Title(),
-                                each.Accuracy(), obstacle, taken.Accuracy()));
-    told.push_back(obstacle);
-  }
-}
-
 std::string HeightNote(const ConversionEnd& source, const ConversionEnd& target) {
   if (ChangesHeights(source, target) || HasHeights(source) == HasHeights(target)) return {};
   const ConversionEnd& without = HasHeights(source) ? target : source;
@@ -312,7 +296,9 @@ struct Conversion::Parts {
       const auto chosen = search.Choose(stage, wished);
       anyWished = anyWished || wished;
       stages.emplace_back(stage, chosen, wished || wish.one || wish.near);
-      if (!wished) NoteBetter(stage.candidates, *chosen.front(), notes);
+      if (wished) continue;
+      for (std::string& note : BetterOperations(stage.candidates, *chosen.front()))
+        notes.push_back(std::move(note));
     }
     if (!anyWished) search.RefuseWished();
     TellOperations();

@@ -7,6 +7,8 @@
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
+#include "files/conversion/scaled_column.h"
+#include "files/epsg/epsg_code.h"
 #include "files/epsg/epsg_projection.h"
 #include "files/epsg/epsg_registry.h"
 #include "files/epsg/projjson.h"
@@ -23,25 +25,13 @@ using nlohmann::ordered_json;
 namespace geomath_files {
 namespace {
 
-bool IsCode(const std::string& text) {
-  constexpr std::size_t kLongestCode = 9;
-  return !text.empty() && text.size() <= kLongestCode &&
-         text.find_first_not_of("0123456789") == std::string::npos;
-}
-
-// "31467" of "EPSG:31467" and "31467".
-std::string WithoutAuthority(const std::string& text) {
-  const std::string prefix = "epsg:";
-  return LowerCase(text).starts_with(prefix) ? text.substr(prefix.size()) : text;
-}
-
 // A code, or two with a + between them.
 struct Codes {
   explicit Codes(const std::string& text) {
     const std::size_t plus = text.find('+');
     first = WithoutAuthority(text.substr(0, plus));
     if (plus != std::string::npos) second = WithoutAuthority(text.substr(plus + 1));
-    valid = IsCode(first) && (plus == std::string::npos || IsCode(second));
+    valid = IsEpsgCode(first) && (plus == std::string::npos || IsEpsgCode(second));
   }
   std::string first, second;
   bool valid;
@@ -64,8 +54,6 @@ bool IsWkt(const std::string& text) {
   return first != std::string::npos && std::isalpha(static_cast<unsigned char>(text[first])) &&
          text.find('[') != std::string::npos;
 }
-
-ordered_json EllipsoidFigures(const Ellipsoid& e) { return {{"a", e.a}, {"b", e.b}}; }
 
 }  // namespace
 
@@ -231,16 +219,6 @@ ConversionEnd::ConversionEnd(const EpsgRegistry& registry, const std::string& te
 }
 
 namespace {
-
-void Multiply(double* values, std::size_t count, double factor) {
-  if (factor == 1) return;
-  for (std::size_t i = 0; i < count; ++i) values[i] *= factor;
-}
-
-void Divide(double* values, std::size_t count, double divisor) {
-  if (divisor == 1) return;
-  for (std::size_t i = 0; i < count; ++i) values[i] /= divisor;
-}
 
 // Longitudes within half a turn of their meridian.
 void TurnLongitudes(double* longitudes, std::size_t count, double turn) {

@@ -7,6 +7,7 @@
 #include <nlohmann/json.hpp>
 
 #include "files/epsg/operation_chooser.h"
+#include "files/epsg/projjson.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -27,8 +28,6 @@ std::size_t EndOfPart(const std::vector<OperationStep>& steps, std::size_t begin
   return static_cast<std::size_t>((last ? steps.end() : behind) - steps.begin());
 }
 
-ordered_json Figures(const Ellipsoid& e) { return {{"a", e.a}, {"b", e.b}}; }
-
 // The steps from `begin` to `end` as a system file that leads the other way.
 std::unique_ptr<CoordinateSystem> PartOf(const CandidateOperation& candidate, std::size_t begin,
                                          std::size_t end) {
@@ -46,9 +45,9 @@ std::unique_ptr<CoordinateSystem> PartOf(const CandidateOperation& candidate, st
   const Ellipsoid target = any ? last->target : source;
   const auto entries = EntriesOf(part, source, target, "");
   if (!entries) throw UserError(candidate.Title() + ": its steps stand on too many ellipsoids");
-  ordered_json document = {{"local", Figures(source)}, {"shifts", entries->shifts}};
+  ordered_json document = {{"local", EllipsoidFigures(source)}, {"shifts", entries->shifts}};
   if (entries->twoEllipsoids) {
-    document["global"] = Figures(target);
+    document["global"] = EllipsoidFigures(target);
     document["datum"] = SevenParameters{}.Section();
   }
   return ParseSystem(document.dump(), candidate.Title(), ProjectionNeed::optional);

@@ -3,25 +3,12 @@
 #include <algorithm>
 #include <cmath>
 
+#include "files/conversion/scaled_column.h"
 #include "geomath/base/angle.h"
 
 using namespace zel_cs::geomath;
 
 namespace geomath_files {
-namespace {
-
-void Multiply(double* values, std::size_t count, double factor) {
-  if (factor == 1) return;
-  for (std::size_t i = 0; i < count; ++i) values[i] *= factor;
-}
-
-void Divide(double* values, std::size_t count, double divisor) {
-  if (divisor == 1) return;
-  for (std::size_t i = 0; i < count; ++i) values[i] /= divisor;
-}
-
-}  // namespace
-
 SystemConversion::SystemConversion(const CoordinateSystem& system, const GridUnits& units,
                                    bool inverse, double date)
     : chain_(system.Chain()),

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "files/epsg/system_description.h"
+#include "files/epsg/system_notation.h"
 #include "files/system/geo_box.h"
 
 namespace geomath_files {

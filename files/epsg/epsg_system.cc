@@ -356,17 +356,7 @@ class SystemMaker {
           fmt::format("{} covers only {:.0f} % of the system's area ({}); --near LAT,LON finds "
                       "one for a place",
                       taken.Title(), taken.covered * 100, taken.operation.areaName));
-    std::vector<std::string> told;
-    for (const CandidateOperation& each : candidates) {
-      const std::string obstacle = each.Obstacle();
-      const bool better = each.operation.accuracy >= 0 && each.covered >= taken.covered &&
-                          each.operation.accuracy < taken.operation.accuracy;
-      if (!better || obstacle.empty()) continue;
-      if (std::find(told.begin(), told.end(), obstacle) != told.end()) continue;
-      Note(fmt::format("{}, {}, is better and {}; without it: {}", each.Title(), each.Accuracy(),
-                       obstacle, taken.Accuracy()));
-      told.push_back(obstacle);
-    }
+    for (const std::string& note : BetterOperations(candidates, taken)) Note(note);
     if (candidates.size() > 1)
       Note(fmt::format("other transformations: {}; --list-operations shows them",
                        candidates.size() - 1));

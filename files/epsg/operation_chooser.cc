@@ -129,6 +129,22 @@ const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& cand
   return best == candidates.end() ? nullptr : &*best;
 }
 
+std::vector<std::string> BetterOperations(const std::vector<CandidateOperation>& candidates,
+                                          const CandidateOperation& taken) {
+  std::vector<std::string> notes, told;
+  for (const CandidateOperation& each : candidates) {
+    const std::string obstacle = each.Obstacle();
+    const bool better = each.operation.accuracy >= 0 && each.covered >= taken.covered &&
+                        each.operation.accuracy < taken.operation.accuracy;
+    if (!better || obstacle.empty()) continue;
+    if (std::find(told.begin(), told.end(), obstacle) != told.end()) continue;
+    notes.push_back(fmt::format("{}, {}, is better and {}; without it: {}", each.Title(),
+                                each.Accuracy(), obstacle, taken.Accuracy()));
+    told.push_back(obstacle);
+  }
+  return notes;
+}
+
 // ---- the choice ----
 
 std::optional<StepFile> OperationChooser::FileOf(const OperationStep& step) const {

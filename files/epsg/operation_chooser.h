@@ -103,6 +103,10 @@ class OperationChooser {
 /// The first that can be used; null when there is none.
 const CandidateOperation* BestUsable(const std::vector<CandidateOperation>& candidates);
 
+/// A word for each obstacle that keeps those from being taken which are better than `taken`.
+std::vector<std::string> BetterOperations(const std::vector<CandidateOperation>& candidates,
+                                          const CandidateOperation& taken);
+
 /// They as text, with their methods and files, and what they lack.
 std::string ListOperations(const std::vector<CandidateOperation>& candidates);
 

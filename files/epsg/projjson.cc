@@ -77,6 +77,10 @@ double PrimeMeridianOf(const json& geographic) {
   return frame.contains("prime_meridian") ? Degrees(frame.at("prime_meridian").at("longitude")) : 0;
 }
 
+nlohmann::ordered_json EllipsoidFigures(const Ellipsoid& ellipsoid) {
+  return {{"a", ellipsoid.a}, {"b", ellipsoid.b}};
+}
+
 int CodeIn(const json& object, const char* authority) {
   const json id = object.value("id", json::object());
   const json code = id.value("code", json(0));

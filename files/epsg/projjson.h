@@ -22,6 +22,9 @@ LengthUnit LengthUnitOf(const nlohmann::json& unit);
 zel_cs::geomath::Ellipsoid EllipsoidOf(const nlohmann::json& geographic);
 double PrimeMeridianOf(const nlohmann::json& geographic);
 
+/// An ellipsoid as a section of a system file, by its axes, of which no digit is lost.
+nlohmann::ordered_json EllipsoidFigures(const zel_cs::geomath::Ellipsoid& ellipsoid);
+
 /// The code in "id", or 0 when there is none of that authority.
 int CodeIn(const nlohmann::json& object, const char* authority = "EPSG");
 

@@ -5,13 +5,13 @@
 #include <limits>
 
 #include "geomath/base/batch.h"
+#include "geomath/design/weight_rounding.h"
 #include "geomath/geodesic/distortion.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
-constexpr double kWeightRounding = 1e-12;  // share of all weight that sums of weights lose
 
 }  // namespace
 

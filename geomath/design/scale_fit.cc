@@ -5,11 +5,10 @@
 #include <cstddef>
 
 #include "geomath/design/linear_distortion.h"
+#include "geomath/design/weight_rounding.h"
 
 namespace zel_cs::geomath {
 namespace {
-
-constexpr double kWeightRounding = 1e-12;  // share of all weight that sums of weights lose
 
 // Sums over x = m − 1, which has more digits than m.
 struct Moments {

@@ -1,6 +1,7 @@
 #include "geomath/geodesic/distortion.h"
 
 #include <algorithm>
+#include <cmath>
 #include <limits>
 
 #include "geomath/base/batch.h"
@@ -81,6 +82,18 @@ std::size_t DistortionAtGrid(const TGeoProj& proj, const double* n, const double
     found += DistortBlock(proj, b, l, distortions + start, size);
   }
   return found;
+}
+
+PointFactors FactorsAt(const TGeoProj& proj, double b, double l) {
+  PointFactors factors{kNaN, kNaN};
+  double n = b, e = l;
+  if (!proj.ForwardPoint(n, e, &factors)) return {kNaN, kNaN};
+  Distortion distortion;
+  const bool complete = std::isfinite(factors.scale) && std::isfinite(factors.convergence);
+  if (complete || !DistortionAt(proj, b, l, distortion)) return factors;
+  if (std::isnan(factors.scale)) factors.scale = std::sqrt(std::abs(distortion.arealScale));
+  if (std::isnan(factors.convergence)) factors.convergence = distortion.convergence;
+  return factors;
 }
 
 }  // namespace zel_cs::geomath

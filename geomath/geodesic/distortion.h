@@ -48,4 +48,10 @@ GEOMATH_API std::size_t DistortionAt(const TGeoProj& proj, const double* b, cons
 GEOMATH_API std::size_t DistortionAtGrid(const TGeoProj& proj, const double* n, const double* e,
                                          Distortion* distortions, std::size_t count);
 
+/// Scale and convergence (radians) of a projection at latitude `b`, longitude `l` (radians, internal
+/// axes): those that its class computes with the point (TGeoProj::ForwardPoint), and where it computes
+/// none the mean scale, the root of the areal one, and the convergence of its Distortion. NaN in both
+/// for a point that is not converted. Const, for many threads at once.
+GEOMATH_API PointFactors FactorsAt(const TGeoProj& proj, double b, double l);
+
 }  // namespace zel_cs::geomath

@@ -29,20 +29,6 @@ std::string AxesAt(const json& given, const char* key) {
   return found ? found->text : kNorthEast;
 }
 
-// What the class computes itself, and where it does not the mean scale and the convergence of its
-// derivatives.
-PointFactors FactorsAt(const TGeoProj& projection, double b, double l) {
-  PointFactors factors{kNaN, kNaN};
-  double n = b, e = l;
-  if (!projection.ForwardPoint(n, e, &factors)) return {kNaN, kNaN};
-  Distortion distortion;
-  const bool complete = std::isfinite(factors.scale) && std::isfinite(factors.convergence);
-  if (complete || !DistortionAt(projection, b, l, distortion)) return factors;
-  if (std::isnan(factors.scale)) factors.scale = std::sqrt(std::abs(distortion.arealScale));
-  if (std::isnan(factors.convergence)) factors.convergence = distortion.convergence;
-  return factors;
-}
-
 void GiveFactors(const TGeoProj& projection, const Block& block) {
   auto& [first, second, c, d, e, f, g, h] = block.columns;
   for (std::size_t i = 0; i < block.count; ++i) {

@@ -67,20 +67,6 @@ py::object Inverse(const ProjectionObject& p, py::object north, py::object east,
   });
 }
 
-// What the class computes itself, and where it does not the mean scale and the convergence of its
-// derivatives.
-PointFactors FactorsAt(const TGeoProj& projection, double b, double l) {
-  PointFactors factors{kNaN, kNaN};
-  double n = b, e = l;
-  if (!projection.ForwardPoint(n, e, &factors)) return {kNaN, kNaN};
-  Distortion distortion;
-  const bool complete = std::isfinite(factors.scale) && std::isfinite(factors.convergence);
-  if (complete || !DistortionAt(projection, b, l, distortion)) return factors;
-  if (std::isnan(factors.scale)) factors.scale = std::sqrt(std::abs(distortion.arealScale));
-  if (std::isnan(factors.convergence)) factors.convergence = distortion.convergence;
-  return factors;
-}
-
 py::object FactorsOf(const ProjectionObject& p, py::object lat, py::object lon, bool degrees,
                      const py::object& out) {
   const auto arguments = PositionArguments(lat, lon, AxisPairOf(p.geographicAxes), degrees);

@@ -83,6 +83,26 @@ TEST(Distortion, EqualAreaClassKeepsAreas) {
   EXPECT_NEAR(standard.parallelScale, 1, kRounding);
 }
 
+// A class that computes factors with the point keeps them; Albers computes none.
+TEST(Distortion, FactorsComeFromTheClassOrItsDerivatives) {
+  const TUTMProj utm(kA, kGrs80, 9 * kDeg, 0.9996, 0, 500000, 0);
+  PointFactors own{};
+  double n = 48 * kDeg, e = 11 * kDeg;
+  ASSERT_TRUE(utm.ForwardPoint(n, e, &own));
+  const PointFactors same = FactorsAt(utm, 48 * kDeg, 11 * kDeg);
+  EXPECT_EQ(same.scale, own.scale);
+  EXPECT_EQ(same.convergence, own.convergence);
+
+  const TAlbersEAConicProj albers(kClarkeA, InvF(kClarkeE2), 29.5 * kDeg, 45.5 * kDeg, -96 * kDeg,
+                                  23 * kDeg, 0, 0);
+  Distortion d;
+  ASSERT_TRUE(DistortionAt(albers, 35 * kDeg, -75 * kDeg, d));
+  const PointFactors derived = FactorsAt(albers, 35 * kDeg, -75 * kDeg);
+  EXPECT_NEAR(derived.scale, 1, kRounding);  // equal areas
+  EXPECT_EQ(derived.convergence, d.convergence);
+  EXPECT_TRUE(std::isnan(FactorsAt(albers, 2, 0).scale));
+}
+
 // GDA technical manual (ICSM): Flinders Peak in MGA zone 55, to its printed digits; the axis of a grid
 // and a pole.
 TEST(Distortion, PublishedFactorsAxesAndPoles) {

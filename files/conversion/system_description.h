@@ -2,15 +2,9 @@
 
 #include <string>
 
-namespace geomath_files {
+#include "files/epsg/system_notation.h"
 
-/// Notations of a coordinate system.
-enum class SystemNotation {
-  wkt,       ///< WKT 2 (ISO 19162:2019)
-  projjson,  ///< PROJJSON
-  proj,      ///< as PROJ's strings have it, which leave things out
-  system,    ///< a system file, with the best transformation to WGS 84
-};
+namespace geomath_files {
 
 /// What a system is, in words: its kind, area, datum, projection with parameters, axes and units, the
 /// way to WGS 84 with its accuracy, and a point in both coordinates. `text` is a code, two joined by a

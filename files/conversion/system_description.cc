@@ -1,4 +1,4 @@
-#include "files/epsg/system_description.h"
+#include "files/conversion/system_description.h"
 
 #include <fmt/format.h>
 
@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "files/conversion/conversion.h"
+#include "files/epsg/epsg_code.h"
 #include "files/epsg/epsg_registry.h"
 #include "files/epsg/epsg_system.h"
 #include "files/epsg/grid_folders.h"
@@ -176,10 +177,10 @@ std::string WriteSystem(const std::string& text, SystemNotation notation) {
   const ConversionEnd end(registry, text);
   std::string definition = end.Definition();
   if (notation == SystemNotation::system) {
-    const std::string prefix = "EPSG:";
-    if (!definition.starts_with(prefix) || definition.find('+') != std::string::npos)
+    const std::string code = WithoutAuthority(definition);
+    if (!IsEpsgCode(code))
       throw UserError(end.Title() + ": only a system of one code becomes a system file");
-    return MakeEpsgSystem(definition.substr(prefix.size()), {}).document.dump(2) + "\n";
+    return MakeEpsgSystem(code, {}).document.dump(2) + "\n";
   }
   if (definition.empty()) definition = GridWkt(*end.System());
   if (definition.empty()) throw UserError(end.Title() + ": has no counterpart in WKT");
