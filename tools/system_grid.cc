@@ -18,11 +18,13 @@ class MetresAsAngles : public TGeoProj {
  public:
   static constexpr double kMetres = 0x1p27;
   bool ForwardPoint(double& b, double& l, PointFactors*) const override {
-    b *= kMetres, l *= kMetres;
+    b *= kMetres;
+    l *= kMetres;
     return true;
   }
   bool InversePoint(double& n, double& e, PointFactors*) const override {
-    n /= kMetres, e /= kMetres;
+    n /= kMetres;
+    e /= kMetres;
     return true;
   }
 };
@@ -48,9 +50,11 @@ SystemMap::SystemMap(const CoordinateSystem& system)
 
 bool SystemMap::ToPlane(double& n, double& e) const {
   double h = 0;
-  n /= MetresAsAngles::kMetres, e /= MetresAsAngles::kMetres;
+  n /= MetresAsAngles::kMetres;
+  e /= MetresAsAngles::kMetres;
   if (!plane_.ToLocal(n, e, h)) return false;
-  n *= sign_, e *= sign_;
+  n *= sign_;
+  e *= sign_;
   return true;
 }
 
@@ -60,9 +64,11 @@ bool SystemMap::ProjectPoint(double& b, double& l, PointFactors*) const {
 
 bool SystemMap::UnprojectPoint(double& n, double& e, PointFactors*) const {
   double h = 0;
-  n *= sign_, e *= sign_;
+  n *= sign_;
+  e *= sign_;
   if (!plane_.ToGlobal(n, e, h)) return false;
-  n *= MetresAsAngles::kMetres, e *= MetresAsAngles::kMetres;
+  n *= MetresAsAngles::kMetres;
+  e *= MetresAsAngles::kMetres;
   return projection_.InversePoint(n, e);
 }
 
@@ -97,8 +103,10 @@ SystemGrid::SystemGrid(const CoordinateSystem& system, double date)
   for (const ShiftPlace place : {ShiftPlace::beforeDatum, ShiftPlace::afterDatum})
     for (const ChainShift& step : system.Chain().GetShifts(place))
       toEllipsoid_.AddShift(place, step);
-  if (system.ProjectionName() == kSouthWestProjection)
-    grid_.northSign = -grid_.northSign, grid_.eastSign = -grid_.eastSign;
+  if (system.ProjectionName() == kSouthWestProjection) {
+    grid_.northSign = -grid_.northSign;
+    grid_.eastSign = -grid_.eastSign;
+  }
 }
 
 bool SystemGrid::Factors(double latitude, double longitude, double height, double date,
@@ -125,7 +133,9 @@ bool SystemGrid::ToLocal(double& latitude, double& longitude, double& height) co
 }
 
 bool SystemGrid::ToGrid(double latitude, double longitude, double height, double (&grid)[3]) const {
-  grid[0] = latitude * kRadPerDeg, grid[1] = longitude * kRadPerDeg, grid[2] = height;
+  grid[0] = latitude * kRadPerDeg;
+  grid[1] = longitude * kRadPerDeg;
+  grid[2] = height;
   return ToLocal(grid[0], grid[1], grid[2]);
 }
 
@@ -136,14 +146,16 @@ bool SystemGrid::ToPosition(double north, double east, double height, double (&p
   h = height;
   if (!system_.Chain().ToGlobal(first, second, h, date_)) return false;
   if (!geographic_.northFirst) std::swap(first, second);
-  first *= kDegPerRad, second *= kDegPerRad;
+  first *= kDegPerRad;
+  second *= kDegPerRad;
   return true;
 }
 
 bool SystemGrid::Height(double b, double l, double& height) const {
   double h = 0;
   if (!toEllipsoid_.ToGlobal(b, l, h, date_)) return false;
-  b *= geographic_.northSign, l *= geographic_.eastSign;
+  b *= geographic_.northSign;
+  l *= geographic_.eastSign;
   if (!ToLocal(b, l, h)) return false;
   height = -h;
   return true;

@@ -39,7 +39,8 @@ class CellMeans {
       const auto row = static_cast<int>((*north - ground.b[i]) / cell_);
       const auto column = static_cast<int>((ground.l[i] - *west) * shrink / cell_);
       const auto at = static_cast<std::size_t>(row * columns_ + column);
-      means_[at] += deltas[i], counts[at] += 1;
+      means_[at] += deltas[i];
+      counts[at] += 1;
     }
     for (std::size_t i = 0; i < means_.size(); ++i)
       means_[i] = counts[i] > 0 ? means_[i] / counts[i] : kNaN;

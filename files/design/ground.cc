@@ -86,7 +86,8 @@ class HeightRaster {
     const double c = std::floor((dx * t_[5] - dy * t_[2]) / det);
     const double r = std::floor((dy * t_[1] - dx * t_[4]) / det);
     if (!(c >= 0 && r >= 0 && c < Columns() && r < Rows())) return false;
-    column = static_cast<int>(c), row = static_cast<int>(r);
+    column = static_cast<int>(c);
+    row = static_cast<int>(r);
     return true;
   }
 

@@ -115,8 +115,11 @@ PlaneFunction FitPlane(const CoordinateColumns& grid, const std::vector<double>&
   double nn = 0, ne = 0, ee = 0, nv = 0, ev = 0;
   for (std::size_t i = 0; i < grid.Count(); ++i) {
     const double n = grid.first[i] - n0, e = grid.second[i] - e0, v = values[i] - v0;
-    nn += n * n, ne += n * e, ee += e * e;
-    nv += n * v, ev += e * v;
+    nn += n * n;
+    ne += n * e;
+    ee += e * e;
+    nv += n * v;
+    ev += e * v;
   }
   const double det = nn * ee - ne * ne;
   const double byEast = (nn * ev - ne * nv) / det, byNorth = (ee * nv - ne * ev) / det;

@@ -214,8 +214,10 @@ class Map {
     for (const IdenticalPoint& p : calibration.Points()) {
       if (!Drawn(p)) continue;
       const double n = p.globalN, e = p.globalE;
-      north_ = std::max(north_, n), south_ = std::min(south_, n);
-      east_ = std::max(east_, e), west_ = std::min(west_, e);
+      north_ = std::max(north_, n);
+      south_ = std::min(south_, n);
+      east_ = std::max(east_, e);
+      west_ = std::min(west_, e);
       if (HasResidual(p)) largest_ = std::max(largest_, std::hypot(p.residualN, p.residualE));
       ++count_;
     }

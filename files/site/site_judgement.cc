@@ -35,8 +35,12 @@ std::optional<SiteAdjustment> AdjustSite(const SiteSolution& solution,
     const IdenticalPoint& p = solution.Points()[i];
     const int index = static_cast<int>(i);
     AdjustmentPoint point;
-    point.grid[0] = p.globalN, point.grid[1] = p.globalE, point.grid[2] = p.globalH;
-    point.local[0] = p.localN, point.local[1] = p.localE, point.local[2] = p.localH;
+    point.grid[0] = p.globalN;
+    point.grid[1] = p.globalE;
+    point.grid[2] = p.globalH;
+    point.local[0] = p.localN;
+    point.local[1] = p.localE;
+    point.local[2] = p.localH;
     point.usePlane = solution.Solver().UseForHorParams(index);
     point.useHeight = solution.Solver().UseForVertParams(index);
     heights |= point.useHeight;
@@ -181,7 +185,11 @@ void SiteJudgement::JudgePlace() {
       const double radius = adjusted_->Predict({n, e, adjusted_->Pivot()[2]}).radius;
       if (!std::isfinite(radius)) return;
       least = std::min(least, radius);
-      if (radius > most) most = radius, at[0] = n, at[1] = e;
+      if (radius > most) {
+        most = radius;
+        at[0] = n;
+        at[1] = e;
+      }
     }
   verdict_.push_back(
       fmt::format("Over the control's extent a position is certain within {} to {} (95 %, the "

@@ -65,8 +65,12 @@ struct TangentToMetres {
   GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& b2, double& l0,
                               double& l1, double& l2) const {
     const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
-    b0 *= frame.perLatitude, b1 *= frame.perLatitude, b2 *= frame.perLatitude;
-    l0 *= frame.perLongitude, l1 *= frame.perLongitude, l2 *= frame.perLongitude;
+    b0 *= frame.perLatitude;
+    b1 *= frame.perLatitude;
+    b2 *= frame.perLatitude;
+    l0 *= frame.perLongitude;
+    l1 *= frame.perLongitude;
+    l2 *= frame.perLongitude;
   }
   template <class... Six>
   GEOMATH_INLINE bool Serves(double B, double, Six...) const {

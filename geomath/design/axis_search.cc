@@ -31,11 +31,17 @@ Minimum GoldenSection(F f, double low, double high, double tolerance) {
   double fa = f(a), fb = f(b);
   while (high - low > tolerance) {
     if (fa <= fb) {
-      high = b, b = a, fb = fa;
-      a = high - kGolden * (high - low), fa = f(a);
+      high = b;
+      b = a;
+      fb = fa;
+      a = high - kGolden * (high - low);
+      fa = f(a);
     } else {
-      low = a, a = b, fa = fb;
-      b = low + kGolden * (high - low), fb = f(b);
+      low = a;
+      a = b;
+      fa = fb;
+      b = low + kGolden * (high - low);
+      fb = f(b);
     }
   }
   return fa <= fb ? Minimum{a, fa} : Minimum{b, fb};
@@ -131,7 +137,10 @@ AxisSearch::Axis AxisSearch::SearchAbout(const GroundPoints& sample, const Axis&
   Axis found = middle;
   const auto inner = [&](double x) {
     const Minimum at = least(middle[1], [&](double y) { return ValueAt(sample, {x, y}); });
-    if (at.value < best.value) best = at, found = {x, at.x};
+    if (at.value < best.value) {
+      best = at;
+      found = {x, at.x};
+    }
     watch_.Step();
     return at.value;
   };
@@ -169,7 +178,8 @@ bool AxisSearch::GaussNewtonStep(Axis& axis) {
     step[j] = kStep[family_ == ZoneFamily::obliqueMercator && j == 0];
     Axis up = axis, down = axis;
     const auto at = static_cast<std::size_t>(j);
-    up[at] += step[j], down[at] -= step[j];
+    up[at] += step[j];
+    down[at] -= step[j];
     if (!points_.Factors(*ZoneAt(up).Projection(points_.ellipsoid), slope[j])) return false;
     if (!points_.Factors(*ZoneAt(down).Projection(points_.ellipsoid), m_)) return false;
     for (std::size_t i = 0; i < count; ++i) slope[j][i] = (slope[j][i] - m_[i]) / 2;
@@ -233,7 +243,10 @@ AxisSearch::Axis AxisSearch::RefineLargest(Axis axis, GroundPoints sample) {
   double least = kInfinite;
   for (int round = 0; round < kRounds && watch_.Step(); ++round) {
     const double onAll = ValueAt(points_, axis);
-    if (onAll < least) least = onAll, best = axis;
+    if (onAll < least) {
+      least = onAll;
+      best = axis;
+    }
     const auto [low, high] = std::minmax_element(m_.begin(), m_.end());
     for (const auto at : {low, high}) {
       const auto i = static_cast<std::size_t>(at - m_.begin());
@@ -257,10 +270,16 @@ AxisSearch::Axis AxisSearch::RefinePercentile(const GroundPoints& sample, Axis a
       for (const double sign : {1.0, -1.0}) {
         Axis next = axis;
         next[static_cast<std::size_t>(j)] += sign * (oblique && j == 0 ? radians : metres);
-        if (const double value = ValueAt(sample, next); value < least) least = value, best = next;
+        if (const double value = ValueAt(sample, next); value < least) {
+          least = value;
+          best = next;
+        }
         if (!watch_.Step()) return axis;
       }
-    if (best == axis) metres /= 2, radians /= 2;
+    if (best == axis) {
+      metres /= 2;
+      radians /= 2;
+    }
     axis = best;
   }
   return axis;

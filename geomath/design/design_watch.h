@@ -12,7 +12,9 @@ class DesignWatch {
 
   /// What follows is the share from `from` to `to` of all work, in about `steps` steps.
   void Stage(double from, double to, int steps) {
-    at_ = from, to_ = to, step_ = (to - from) / steps;
+    at_ = from;
+    to_ = to;
+    step_ = (to - from) / steps;
   }
   /// One step done. False once the caller has asked to stop.
   bool Step() {

@@ -44,7 +44,9 @@ DistortionFigures::DistortionFigures(std::span<const double> deltas,
     if (std::isnan(delta) || !(w > 0)) continue;
     if (!(least_ <= delta)) least_ = delta;
     if (!(greatest_ >= delta)) greatest_ = delta;
-    weight += w, sum += w * delta, squares += w * delta * delta;
+    weight += w;
+    sum += w * delta;
+    squares += w * delta * delta;
     sorted_.push_back({std::abs(delta), w});
   }
   if (sorted_.empty()) return;

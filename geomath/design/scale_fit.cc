@@ -19,8 +19,11 @@ struct Moments {
       : least(m[0] - 1), greatest(m[0] - 1) {
     for (std::size_t i = 0; i < m.size(); ++i) {
       const double xi = m[i] - 1, w = weights[i];
-      weight += w, x += w * xi, xx += w * xi * xi;
-      least = std::min(least, xi), greatest = std::max(greatest, xi);
+      weight += w;
+      x += w * xi;
+      xx += w * xi * xi;
+      least = std::min(least, xi);
+      greatest = std::max(greatest, xi);
     }
   }
 

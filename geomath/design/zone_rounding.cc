@@ -29,7 +29,9 @@ std::vector<ZoneDefinition> Roundings(const ZoneDefinition& exact, double step) 
       for (const double azimuth :
            Multiples(exact.azimuth, step, family == ZoneFamily::obliqueMercator)) {
         ZoneDefinition zone = exact;
-        zone.lat0 = lat0, zone.lon0 = lon0, zone.azimuth = azimuth;
+        zone.lat0 = lat0;
+        zone.lon0 = lon0;
+        zone.azimuth = azimuth;
         if (family == ZoneFamily::lambert && lat0 == 0) continue;  // no cone there
         zones.push_back(zone);
       }

@@ -25,9 +25,15 @@ double LongAxis(const GroundPoints& points, const GroundFrame& frame) {
   const double count = static_cast<double>(points.Size());
   for (std::size_t i = 0; i < points.Size(); ++i) {
     const double north = frame.North(points.b[i]), east = frame.East(points.l[i]);
-    n += north, e += east, nn += north * north, ne += north * east, ee += east * east;
+    n += north;
+    e += east;
+    nn += north * north;
+    ne += north * east;
+    ee += east * east;
   }
-  nn -= n * n / count, ne -= n * e / count, ee -= e * e / count;
+  nn -= n * n / count;
+  ne -= n * e / count;
+  ee -= e * e / count;
   return 0.5 * std::atan2(2 * ne, nn - ee);
 }
 

@@ -381,7 +381,8 @@ TEST(ZoneDesignTest, FalseOriginKeepsCoordinatesApart) {
       ASSERT_TRUE(family.rounded.Projection(kGrs80)->ForwardPoint(own[0], own[1]));
       ASSERT_TRUE(local.ForwardPoint(other[0], other[1]));
       for (int j = 0; j < 2; ++j) {
-        low[j] = std::min(low[j], own[j]), high[j] = std::max(high[j], own[j]);
+        low[j] = std::min(low[j], own[j]);
+        high[j] = std::max(high[j], own[j]);
         otherLow[j] = std::min(otherLow[j], other[j]),
         otherHigh[j] = std::max(otherHigh[j], other[j]);
       }

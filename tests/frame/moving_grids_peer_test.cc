@@ -247,7 +247,9 @@ TEST(DeformationModel, WorkedNumbersBothWays) {
     EXPECT_NEAR(b * kDegPerRad, w.toB, 0.6e-10);
     EXPECT_NEAR(l * kDegPerRad, w.toL, 0.6e-10);
     EXPECT_NEAR(h, w.toH, 0.6e-7);
-    b = w.toB * kRadPerDeg, l = w.toL * kRadPerDeg, h = w.toH;
+    b = w.toB * kRadPerDeg;
+    l = w.toL * kRadPerDeg;
+    h = w.toH;
     ASSERT_TRUE(model->Inverse(b, l, h, w.date));
     EXPECT_NEAR(b * kDegPerRad, w.b, 0.6e-10);
     EXPECT_NEAR(l * kDegPerRad, w.l, 0.6e-10);

@@ -27,10 +27,6 @@ class BetweenSystems : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 }  // namespace
 
 // Schreutelkamp and Strang van Hees 2001: the centre of the Dutch projection, by definition.

@@ -51,10 +51,6 @@ class Calibrate : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 int CountOf(const std::string& text, const std::string& part) {
   int count = 0;
   for (auto at = text.find(part); at != std::string::npos; at = text.find(part, at + 1)) ++count;
@@ -411,8 +407,10 @@ TEST_F(Calibrate, EveryAxesTextGivesTheSiteOfNorthAndEast) {
       };
       std::vector<ControlPoint> turned = control;
       for (ControlPoint& point : turned) {
-        point.given.globalN *= sign(geographic, 'S'), point.given.globalE *= sign(geographic, 'W');
-        point.given.localN *= sign(grid, 'S'), point.given.localE *= sign(grid, 'W');
+        point.given.globalN *= sign(geographic, 'S');
+        point.given.globalE *= sign(geographic, 'W');
+        point.given.localN *= sign(grid, 'S');
+        point.given.localE *= sign(grid, 'W');
       }
       json["axes"] = {{"grid", grid}, {"geographic", geographic}};
       const auto system = ParseSystem(json.dump(), "turned");

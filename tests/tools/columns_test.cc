@@ -34,10 +34,6 @@ class Columns : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 }  // namespace
 
 TEST_F(Columns, AreThoseThatInstrumentsWrite) {

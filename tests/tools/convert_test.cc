@@ -31,10 +31,6 @@ class Convert : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // Published position of TP03 and its grid coordinates by an independent evaluation of the
 // seven-parameter chain, to 0.1 mm.
 constexpr const char* kHeader = "name,lat,lon,h\n";

@@ -23,10 +23,6 @@ class Declination : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // The number that follows a name at the start of a line.
 double Printed(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name);

@@ -32,10 +32,6 @@ class Epoch : public ::testing::Test {
   const std::filesystem::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 const std::string kBudd = "55.739020874599,12.500026960021,94.032814702";
 const std::string kGrid = "6182582.5632,719707.2527,94.0316";
 

@@ -21,10 +21,6 @@ namespace fs = std::filesystem;
 const fs::path kData = fs::path(GEOMATH_SOURCE_DIR) / "tests/data";
 constexpr double kPrinted = 5.1e-5;  // four decimals are written
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // The plane that the grids of these tests sample; every scheme reproduces it.
 double Plane(double lat, double lon) { return 40 + 2 * lat - 0.5 * lon; }
 

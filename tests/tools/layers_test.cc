@@ -69,10 +69,6 @@ class Layers : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 }  // namespace
 
 TEST_F(Layers, AreInTheUnitsOfTheSystem) {

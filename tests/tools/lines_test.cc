@@ -54,10 +54,6 @@ class Lines : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // The figures are the exact projection and geodesic in 40 digits, those of the manual among them.
 constexpr double kMetres = 6e-5, kSeconds = 1.1e-4, kPrinted = 1e-9;
 

@@ -101,10 +101,6 @@ class EveryOutput : public Output, public ::testing::WithParamInterface<Subject>
   }
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 }  // namespace
 
 TEST_P(EveryOutput, LeavesTheOldFilesWhereTheDiskIsFull) {

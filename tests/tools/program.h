@@ -19,6 +19,9 @@ ProgramRun RunProgram(const std::filesystem::path& directory, const std::string&
 std::string ReadText(const std::filesystem::path& path);
 void WriteText(const std::filesystem::path& path, const std::string& text);
 std::vector<std::string> Lines(const std::string& text);
+inline bool Contains(const std::string& text, const std::string& part) {
+  return text.find(part) != std::string::npos;
+}
 
 /// The part of a published system that the tests use: the national grid of Great Britain.
 std::string BritainSystem();

@@ -46,10 +46,6 @@ class RowLoop : public ::testing::TestWithParam<Subject> {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 TEST_P(RowLoop, RenamesItsResultsTogetherAndSaysSo) {
   const std::string results = GetParam().results, renamed = GetParam().renamed;
   const std::string second = results.substr(results.find(',') + 1);

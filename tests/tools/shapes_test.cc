@@ -87,10 +87,6 @@ class Shapes : public ::testing::Test {
   const fs::path directory_ = scratch_.Path();
 };
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 // Largest difference of vertices and of heights of two geometries of one kind; NaN for two kinds.
 struct Difference {
   double plane = 0, height = 0;

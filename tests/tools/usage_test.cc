@@ -14,10 +14,6 @@ ProgramRun Geomath(const std::string& arguments) {
   return RunProgram(std::filesystem::temp_directory_path(), arguments);
 }
 
-bool Contains(const std::string& text, const std::string& part) {
-  return text.find(part) != std::string::npos;
-}
-
 }  // namespace
 
 TEST(Usage, HelpIsThatOfTheCommand) {

@@ -177,7 +177,9 @@ class Nadcon5 {
     raster->GetGeoTransform(t);
     columns_ = raster->GetRasterXSize();
     rows_ = raster->GetRasterYSize();
-    north_ = t[3] + t[5] / 2, west_ = t[0] + t[1] / 2, step_ = t[1];
+    north_ = t[3] + t[5] / 2;
+    west_ = t[0] + t[1] / 2;
+    step_ = t[1];
     for (int k = 0; k < 2; ++k) {
       seconds_[k].resize(static_cast<std::size_t>(columns_ * rows_));
       EXPECT_EQ(

@@ -251,7 +251,8 @@ TEST(ShiftFile, ReadsTheFinnishTriangulations) {
   ASSERT_TRUE(OpenShift({plane.string()})->Forward(n, e, h));
   EXPECT_NEAR(e, 209948.3217, kPrinted);
   EXPECT_NEAR(n, 6697187.0009, kPrinted);
-  n = 6700000, e = 3210000;
+  n = 6700000;
+  e = 3210000;
   ASSERT_TRUE(OpenShift({heights.string()})->Forward(n, e, h));
   EXPECT_NEAR(h, 0.2886, kPrinted);
 }
