@@ -10,7 +10,9 @@
 
 #include "files/conversion/operation_leg.h"
 #include "files/epsg/epsg_registry.h"
+#include "files/epsg/frame_operation.h"
 #include "files/epsg/grid_folders.h"
+#include "files/epsg/national_frames.h"
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
 #include "files/words/user_error.h"
@@ -75,6 +77,12 @@ bool IsAnyUsable(const std::vector<CandidateOperation>& candidates) {
   return BestUsable(candidates) != nullptr;
 }
 
+// One that nobody knows counts as the worst.
+double AccuracyOf(const CandidateOperation& candidate) {
+  const double accuracy = candidate.operation.accuracy;
+  return accuracy < 0 ? std::numeric_limits<double>::max() : accuracy;
+}
+
 // Plans the way and chooses its operations.
 class Search {
  public:
@@ -122,12 +130,8 @@ class Search {
       if (each.IsUsable()) chosen.push_back(&each);
     if (chosen.empty()) Complain(stage.candidates);
     if (wish_.one || wish_.near) return {chosen.front()};
-    const auto accuracy = [](const CandidateOperation* each) {
-      return each->operation.accuracy < 0 ? std::numeric_limits<double>::max()
-                                          : each->operation.accuracy;
-    };
     std::stable_sort(chosen.begin(), chosen.end(),
-                     [&](const auto* a, const auto* b) { return accuracy(a) < accuracy(b); });
+                     [](const auto* a, const auto* b) { return AccuracyOf(*a) < AccuracyOf(*b); });
     return chosen;
   }
 
@@ -152,7 +156,40 @@ class Search {
     if (!wish_.operation.empty() && !FindWished(stage.candidates))
       if (auto found = chooser_.OfCode(wish_.operation, from, place_))
         if (found->target == to) stage.candidates.push_back(std::move(*found));
+    if (IsAnyUsable(stage.candidates)) return {stage};
+    if (auto frames = FrameOperation(registry_, folders_, from, to))
+      stage.candidates.push_back(std::move(*frames));
+    else if (auto stages = ByNationalSystem(stage))
+      return *stages;
     return {stage};
+  }
+
+  // By the table of frames as far as a national system, and by the registry from there, or the other way
+  // round; nothing where no such way is open. Of several the most accurate.
+  std::optional<std::vector<Stage>> ByNationalSystem(const Stage& whole) const {
+    std::optional<std::vector<Stage>> best;
+    double accuracy = std::numeric_limits<double>::infinity();
+    for (const char* system : NationalSystems()) {
+      for (const bool framesFirst : {true, false}) {
+        Stage frames{whole.from, system, whole.keepsHeights};
+        Stage registered{system, whole.to, whole.keepsHeights};
+        if (!framesFirst) {
+          frames = {system, whole.to, whole.keepsHeights};
+          registered = {whole.from, system, whole.keepsHeights};
+        }
+        auto own = FrameOperation(registry_, folders_, frames.from, frames.to);
+        if (!own || !own->IsUsable()) continue;
+        registered.candidates =
+            chooser_.Between(registered.from, registered.to, place_, Joining::none);
+        const CandidateOperation* usable = BestUsable(registered.candidates);
+        if (!usable || AccuracyOf(*usable) >= accuracy) continue;
+        accuracy = AccuracyOf(*usable);
+        frames.candidates.push_back(std::move(*own));
+        best = framesFirst ? std::vector{std::move(frames), std::move(registered)}
+                           : std::vector{std::move(registered), std::move(frames)};
+      }
+    }
+    return best;
   }
 
   // From one system of heights to another, at positions of the system in which its grids are.
@@ -219,9 +256,15 @@ class Search {
   [[noreturn]] void Complain(const std::vector<CandidateOperation>& candidates) const {
     if (candidates.empty())
       throw UserError(fmt::format("the registry has no operation {}", Between()));
-    const CandidateOperation& best = candidates.front();
-    throw UserError(fmt::format("none of the {} operations {} can be taken: {} by {} {}{}",
-                                candidates.size(), Between(), best.Title(), best.Method(),
+    // What lacks a file only is nearer than what lacks a method.
+    const auto known = std::find_if(candidates.begin(), candidates.end(),
+                                    [](const auto& each) { return each.IsKnown(); });
+    const CandidateOperation& best = known == candidates.end() ? candidates.front() : *known;
+    const std::string none =
+        candidates.size() == 1
+            ? fmt::format("the operation {} cannot", Between())
+            : fmt::format("none of the {} operations {} can", candidates.size(), Between());
+    throw UserError(fmt::format("{} be taken: {} by {}: {}{}", none, best.Title(), best.Method(),
                                 best.Obstacle(), kWaysOut));
   }
 

@@ -22,6 +22,9 @@ using Vector = TAbstractPoint3<double>;
 // Parameters of transformations by the codes of the registry; those of X, Y and Z.
 constexpr int kTranslations[] = {8605, 8606, 8607}, kRotations[] = {8608, 8609, 8610};
 constexpr int kScaleDifference = 8611, kPivots[] = {8617, 8618, 8667}, kLongitudeOffset = 8602;
+// What they grow by in a year, the date at which they begin, and the only one at which others hold.
+constexpr int kTranslationRates[] = {1040, 1041, 1042}, kRotationRates[] = {1043, 1044, 1045};
+constexpr int kScaleRate = 1046, kReferenceEpoch = 1047, kOnlyEpoch = 1049;
 
 // Methods that are similarities, by their sense: for geocentric coordinates, for geographic ones
 // with height, and without.
@@ -36,6 +39,12 @@ constexpr MethodRow kMethods[] = {
     {{1061, 1062, 1063}, true},   // about a pivot (Molodensky-Badekas): position vector
     {{1034, 1039, 9636}, false},  // and coordinate frame
 };
+constexpr MethodRow kDatedMethods[] = {
+    {{1053, 1055, 1054}, true},   // position vector
+    {{1056, 1058, 1057}, false},  // coordinate frame
+    {{1065}, true},               // position vector at one date
+    {{1066}, false},              // coordinate frame at one date
+};
 
 // Longitudes that count from another meridian.
 constexpr int kLongitudeRotation = 9601;
@@ -45,11 +54,54 @@ bool Contains(const Codes& codes, int code) {
   return std::find(std::begin(codes), std::end(codes), code) != std::end(codes);
 }
 
-const MethodRow* FindMethod(int code) {
-  for (const MethodRow& row : kMethods) {
+int MethodOf(const json& part) {
+  const json method = part.value("method", json::object());
+  const int inverse = CodeIn(method, "INVERSE(EPSG)");
+  return inverse ? inverse : CodeIn(method);
+}
+
+template <class Rows>
+const MethodRow* FindMethod(const Rows& rows, const json& part) {
+  const int code = MethodOf(part);
+  if (code == 0) return nullptr;
+  for (const MethodRow& row : rows) {
     if (Contains(row.codes, code)) return &row;
   }
   return nullptr;
+}
+
+double Read(const json& part, int code, double (*unit)(const json&)) {
+  const json* parameter = FindParameter(part.at("parameters"), code);
+  return parameter ? unit(*parameter) : 0;
+}
+
+SevenParameters ReadSeven(const json& part, bool positionVector) {
+  SevenParameters seven;
+  for (int i = 0; i < 3; ++i) {
+    seven.shift[i] = Read(part, kTranslations[i], Metres);
+    seven.rotation[i] = Read(part, kRotations[i], ArcSeconds);
+  }
+  seven.ppm = Read(part, kScaleDifference, Factor) * 1e6;
+  seven.positionVector = positionVector;
+  return seven;
+}
+
+// What a parameter grows by in a year, in metres, arc-seconds or parts per million, from a unit that
+// the registry has by the second: its figures, without the rounding of that.
+double ReadRate(const json& part, int code, double (*unit)(const json&), double scale = 1) {
+  constexpr double kSecondsInYear = 31556925.445, kFigures = 1e12;
+  return std::round(Read(part, code, unit) * kSecondsInYear * scale * kFigures) / kFigures + 0.0;
+}
+
+ordered_json ReadRates(const json& part) {
+  constexpr const char* kAxes[] = {"X", "Y", "Z"};
+  ordered_json rates = ordered_json::object();
+  for (std::size_t i = 0; i < 3; ++i)
+    rates[std::string("d") + kAxes[i]] = ReadRate(part, kTranslationRates[i], Metres);
+  for (std::size_t i = 0; i < 3; ++i)
+    rates[std::string("r") + kAxes[i]] = ReadRate(part, kRotationRates[i], ArcSeconds);
+  rates["ppm"] = ReadRate(part, kScaleRate, Factor, 1e6);
+  return rates;
 }
 
 // X ↦ T + P + (1 + s)·R·(X − P), R being the exact rotation of Datum.
@@ -72,8 +124,8 @@ Vector Apply(const RegisteredSimilarity& step, const Vector& x) {
 // projection's longitudes count from Greenwich. What goes beyond that turns the system about its
 // axis.
 RegisteredSimilarity ReadLongitudeRotation(const json& part) {
-  const json* offset = FindParameter(part.at("parameters"), kLongitudeOffset);
-  const double turn = (offset ? Degrees(*offset) : 0) + PrimeMeridianOf(part.at("target_crs")) -
+  const double turn = Read(part, kLongitudeOffset, Degrees) +
+                      PrimeMeridianOf(part.at("target_crs")) -
                       PrimeMeridianOf(part.at("source_crs"));
   constexpr double kRounding = 1e-12;  // degrees
   RegisteredSimilarity step;
@@ -153,23 +205,27 @@ ordered_json RegisteredSimilarity::Section() const {
 std::optional<RegisteredSimilarity> ReadSimilarity(const json& part) {
   const json method = part.value("method", json::object());
   if (CodeIn(method) == kLongitudeRotation) return ReadLongitudeRotation(part);
-  const int inverse = CodeIn(method, "INVERSE(EPSG)");
-  const MethodRow* row = FindMethod(inverse ? inverse : CodeIn(method));
+  const MethodRow* row = FindMethod(kMethods, part);
   if (!row) return std::nullopt;
-  const auto read = [&](int code, double (*unit)(const json&)) {
-    const json* parameter = FindParameter(part.at("parameters"), code);
-    return parameter ? unit(*parameter) : 0;
-  };
   RegisteredSimilarity step;
-  for (int i = 0; i < 3; ++i) {
-    step.seven.shift[i] = read(kTranslations[i], Metres);
-    step.seven.rotation[i] = read(kRotations[i], ArcSeconds);
-    step.pivot[i] = read(kPivots[i], Metres);
-  }
-  step.seven.ppm = read(kScaleDifference, Factor) * 1e6;
-  step.seven.positionVector = row->positionVector;
-  step.inverse = inverse != 0;
+  step.seven = ReadSeven(part, row->positionVector);
+  for (int i = 0; i < 3; ++i) step.pivot[i] = Read(part, kPivots[i], Metres);
+  step.inverse = CodeIn(method, "INVERSE(EPSG)") != 0;
   return step;
+}
+
+std::optional<ordered_json> ReadDatedSimilarity(const json& part) {
+  const MethodRow* row = FindMethod(kDatedMethods, part);
+  if (!row) return std::nullopt;
+  ordered_json section = ReadSeven(part, row->positionVector).Section();
+  const auto years = [](const json& quantity) { return quantity.at("value").get<double>(); };
+  if (FindParameter(part.at("parameters"), kOnlyEpoch)) {
+    section["validAt"] = Read(part, kOnlyEpoch, years);
+  } else {
+    section["rates"] = ReadRates(part);
+    section["epoch"] = Read(part, kReferenceEpoch, years);
+  }
+  return section;
 }
 
 SevenParameters JoinSimilarities(const std::vector<RegisteredSimilarity>& steps) {

@@ -35,6 +35,10 @@ struct RegisteredSimilarity {
 /// rotation of longitudes counts as far as it goes beyond the prime meridians of its two systems.
 std::optional<RegisteredSimilarity> ReadSimilarity(const nlohmann::json& step);
 
+/// What "similarity" is in the list "shifts" of a system file for a step of a transformation whose
+/// parameters change with the date, or hold at one date only; nothing for one of another method.
+std::optional<nlohmann::ordered_json> ReadDatedSimilarity(const nlohmann::json& step);
+
 /// Similarities one after the other as one: as published when it is the only one.
 SevenParameters JoinSimilarities(const std::vector<RegisteredSimilarity>& steps);
 

@@ -39,6 +39,19 @@ bool ServesBetter(const CandidateOperation& a, const CandidateOperation& b) {
   return accuracy(a) < accuracy(b);
 }
 
+// The name of a joined operation without its changes between latitude, longitude and X, Y, Z.
+std::string NameOfMoves(const std::string& name) {
+  constexpr std::string_view kJoint = " + ", kConversion = "Conversion from ";
+  std::string moves;
+  for (std::size_t begin = 0; begin < name.size();) {
+    const std::size_t end = std::min(name.find(kJoint, begin), name.size());
+    const std::string part = name.substr(begin, end - begin);
+    if (!part.starts_with(kConversion)) moves += (moves.empty() ? "" : kJoint.data()) + part;
+    begin = end + kJoint.size();
+  }
+  return moves;
+}
+
 void Sort(std::vector<CandidateOperation>& candidates) {
   std::stable_sort(candidates.begin(), candidates.end(), ServesBetter);
 }
@@ -48,8 +61,11 @@ void Sort(std::vector<CandidateOperation>& candidates) {
 // ---- a candidate ----
 
 std::string CandidateOperation::Title() const {
-  return operation.code.empty() ? operation.name
-                                : fmt::format("EPSG:{} {}", operation.code, operation.name);
+  if (!operation.code.empty()) return fmt::format("EPSG:{} {}", operation.code, operation.name);
+  const std::string name = NameOfMoves(operation.name);
+  const bool one = steps.size() == 1 && !steps[0].code.empty() && !name.empty();
+  if (one) return fmt::format("EPSG:{} {}", steps[0].code, name);
+  return name.empty() ? operation.name : name;
 }
 
 std::string CandidateOperation::Accuracy() const {
@@ -79,6 +95,11 @@ bool CandidateOperation::HasGrid() const {
                               [](const OperationStep& step) { return !step.grids.empty(); });
 }
 
+bool CandidateOperation::IsDated() const {
+  return std::any_of(steps.begin(), steps.end(),
+                     [](const OperationStep& step) { return step.dated; });
+}
+
 bool CandidateOperation::IsKnown() const {
   return std::all_of(steps.begin(), steps.end(),
                      [](const OperationStep& step) { return step.known; });
@@ -105,7 +126,7 @@ std::vector<std::string> CandidateOperation::Found() const {
 }
 
 std::string CandidateOperation::Obstacle() const {
-  if (!IsKnown()) return "no system file can hold it";
+  if (!IsKnown()) return "has a method that is not known here";
   const std::vector<std::string> missing = Missing();
   if (missing.empty()) return "";
   return fmt::format("needs the file {}, which is not found", fmt::join(missing, ", "));
@@ -235,7 +256,7 @@ std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& sou
   // Routes first: of two that are equally good the publisher's is taken.
   std::vector<CandidateOperation> candidates = Routes(source, projected, place);
   for (CandidateOperation& each : Unsorted(source, kWgs84, place, Joining::allowed))
-    candidates.push_back(std::move(each));
+    if (!each.IsDated()) candidates.push_back(std::move(each));
   const auto frames = std::span(kTakenForWgs84);
   if (std::find(frames.begin(), frames.end(), source) == frames.end())
     for (const std::string_view frame : frames)

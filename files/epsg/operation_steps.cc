@@ -10,6 +10,7 @@
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
+namespace fs = std::filesystem;
 using nlohmann::ordered_json;
 
 namespace geomath_files {
@@ -47,7 +48,7 @@ bool Contains(const Codes& codes, int code) {
 
 // What is readable: the registry names grids in formats of their publishers too.
 bool IsReadable(const std::string& name) {
-  const std::string suffix = LowerCase(std::filesystem::path(name).extension().string());
+  const std::string suffix = LowerCase(fs::path(name).extension().string());
   return suffix == ".gsb" || suffix == ".tif" || suffix == ".json";
 }
 
@@ -78,8 +79,12 @@ class StepReader {
     ReadEllipsoid("target_crs", step_.target);
     step_.known = true;
     if (step_.similarity = ReadSimilarity(part_); step_.similarity) return OfSimilarity();
-    if (Contains(kGeographicGrids, methodCode_) || Contains(kVerticalGrids, methodCode_) ||
-        Contains(kGeoids, methodCode_)) {
+    if (const auto dated = ReadDatedSimilarity(part_)) {
+      step_.space = ShiftSpace::geocentric;
+      step_.dated = true;
+      step_.entry["similarity"] = *dated;
+    } else if (Contains(kGeographicGrids, methodCode_) || Contains(kVerticalGrids, methodCode_) ||
+               Contains(kGeoids, methodCode_)) {
       ReadGrids();
     } else if (methodCode_ == kGeocentricGrid) {
       step_.space = ShiftSpace::geocentric;
@@ -138,7 +143,18 @@ class StepReader {
     if (const auto proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
       if (step_.grids.empty() || step_.grids[0].name != proj->name)
         step_.grids.push_back({proj->name, proj->inverse});
+    if (step_.grids.empty()) AddAsTiff();
     step_.known = !step_.grids.empty();
+  }
+
+  // A grid that its publisher has in a format of his own, and PROJ not at all, may lie there as TIFF
+  // under its name.
+  void AddAsTiff() {
+    for (const json& parameter : part_.at("parameters")) {
+      const json value = parameter.value("value", json());
+      if (!value.is_string() || !step_.grids.empty()) continue;
+      step_.grids.push_back({fs::path(value.get<std::string>()).stem().string() + ".tif"});
+    }
   }
 
   // The positions of a grid are those of its interpolation system.

@@ -24,6 +24,7 @@ struct OperationStep {
   std::string method;    ///< "NTv2"
   bool known = false;    ///< whether the library has the method
   bool inverse = false;  ///< published in the other direction
+  bool dated = false;    ///< needs the date of the position
   zel_cs::geomath::ShiftSpace space = zel_cs::geomath::ShiftSpace::geographic;
   /// The entry of the list "shifts" of a system file without "file", "place" and "inverse".
   nlohmann::ordered_json entry = nlohmann::ordered_json::object();

@@ -140,8 +140,11 @@ struct CoordinateChain::Block {
 
   void Shift(const ChainShift& step, bool toLocal, ChainStep place) {
     double before[3][kBatchBlock];
-    if (trace) std::copy_n(x, count, before[0]), std::copy_n(y, count, before[1]);
-    if (trace) std::copy_n(h, count, before[2]);
+    if (trace) {
+      std::copy_n(x, count, before[0]);
+      std::copy_n(y, count, before[1]);
+      std::copy_n(h, count, before[2]);
+    }
     ShiftStatus status[kBatchBlock];
     const std::size_t converted = RunShift(step, toLocal, dates, x, y, h, count, status);
     if (converted < count) {

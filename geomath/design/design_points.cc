@@ -22,7 +22,10 @@ bool AreOptionsValid(const DesignOptions& options) {
 // The direction in which the longitudes lie.
 double MeanLongitude(std::span<const double> l) {
   double x = 0, y = 0;
-  for (const double each : l) x += std::cos(each), y += std::sin(each);
+  for (const double each : l) {
+    x += std::cos(each);
+    y += std::sin(each);
+  }
   return std::atan2(y, x);
 }
 

@@ -41,7 +41,10 @@ std::vector<ZoneDefinition> Roundings(const ZoneDefinition& exact, double step) 
 struct Extent {
   double low = kInfinite, high = -kInfinite;
 
-  void Include(double x) { low = std::min(low, x), high = std::max(high, x); }
+  void Include(double x) {
+    low = std::min(low, x);
+    high = std::max(high, x);
+  }
   bool Overlaps(const Extent& other, double shift) const {
     return low + shift <= other.high && other.low <= high + shift;
   }
@@ -55,8 +58,11 @@ GridExtents ExtentsOf(const GroundPoints& points, const TGeoProj& projection) {
   GridExtents extents;
   std::vector<double> n = points.b, e = points.l;
   projection.ForwardBatch(n.data(), e.data(), n.size());
-  for (std::size_t i = 0; i < n.size(); ++i)
-    if (std::isfinite(n[i])) extents.north.Include(n[i]), extents.east.Include(e[i]);
+  for (std::size_t i = 0; i < n.size(); ++i) {
+    if (!std::isfinite(n[i])) continue;
+    extents.north.Include(n[i]);
+    extents.east.Include(e[i]);
+  }
   return extents;
 }
 

@@ -115,8 +115,10 @@ bool Traverse::Compute(const TraverseField& field, TraverseAdjustment adjustment
                        TraverseResult& result) const {
   const std::size_t legs = field.legs.size();
   std::vector<double> angles, distances;
-  for (const TraverseLeg& leg : field.legs)
-    angles.push_back(leg.angle), distances.push_back(leg.distance);
+  for (const TraverseLeg& leg : field.legs) {
+    angles.push_back(leg.angle);
+    distances.push_back(leg.distance);
+  }
   Path path;
   if (!Walk(field, angles, distances, path)) return false;
 
@@ -150,8 +152,10 @@ bool Traverse::Bowditch(const TraverseField& field, Path& path, TraverseResult& 
     const double share = -result.misclosureAngle / static_cast<double>(legs + 1);
     result.angleCorrections.assign(legs + 1, share);
     std::vector<double> angles, distances;
-    for (const TraverseLeg& leg : field.legs)
-      angles.push_back(leg.angle + share), distances.push_back(leg.distance);
+    for (const TraverseLeg& leg : field.legs) {
+      angles.push_back(leg.angle + share);
+      distances.push_back(leg.distance);
+    }
     if (!Walk(field, angles, distances, path)) return false;
   }
   const Conditions gap = path.Misclosure(field, kNaN);

@@ -69,9 +69,11 @@ class Peer {
     if (from_.north != 2) point[2] = height;
     return point;
   }
-  Point Run(const Point& point, bool inverse) const {
+  Point Run(const Point& point, bool inverse, double date = HUGE_VAL) const {
     const PeerAxes &from = inverse ? to_ : from_, &to = inverse ? from_ : to_;
-    return Ours(proj_trans(change_.get(), inverse ? PJ_INV : PJ_FWD, Theirs(point, from)), to);
+    PJ_COORD at = Theirs(point, from);
+    at.xyzt.t = date;
+    return Ours(proj_trans(change_.get(), inverse ? PJ_INV : PJ_FWD, at), to);
   }
   // Metres between two points of the target, or of the source.
   double Distance(const Point& p, const Point& q, bool inSource) const {
@@ -134,14 +136,14 @@ void Scale(Point& point, EndKind kind, double factor) {
   if (kind == EndKind::geographic) point[0] *= factor, point[1] *= factor;
 }
 
-void Convert(const Conversion& conversion, Point& point, bool toTarget) {
+void Convert(const Conversion& conversion, Point& point, bool toTarget, double date = kNoDate) {
   const EndKind source = conversion.Source().Kind(), target = conversion.Target().Kind();
   ConversionOutcome outcome;
   Scale(point, toTarget ? source : target, kRadPerDeg);
   if (toTarget)
-    conversion.ToTarget(&point[0], &point[1], &point[2], 1, &outcome);
+    conversion.ToTarget(&point[0], &point[1], &point[2], 1, &outcome, PointDates(date));
   else
-    conversion.ToSource(&point[0], &point[1], &point[2], 1, &outcome);
+    conversion.ToSource(&point[0], &point[1], &point[2], 1, &outcome, PointDates(date));
   Scale(point, toTarget ? target : source, kDegPerRad);
   EXPECT_TRUE(outcome) << ChainStepName(outcome.failed);
 }
@@ -277,4 +279,66 @@ TEST(ConversionsOfNationalSystems, AgreeWithProj) {
     EXPECT_LE(back, pair.back);
     EXPECT_LE(again, kRoundTrip);
   }
+}
+
+// Frames that move, with heights, both ways.
+TEST(ConversionsOfMovingFrames, AgreeWithProj) {
+  if (!std::filesystem::exists(ReferenceFile("grids"))) GTEST_SKIP() << "no grids";
+  const Pair pairs[] = {
+      {"EPSG:7789", "EPSG:7930", 36, -10, 70, 40},       // ITRF2014 to ETRF2000, geocentric
+      {"EPSG:7911", "EPSG:8403", 36, -10, 70, 40},       // ITRF2008 to ETRF2014
+      {"EPSG:7912", "EPSG:6319", 25, -120, 48, -70},     // ITRF2014 to NAD83(2011)
+      {"EPSG:7911", "EPSG:8254", 45, -120, 65, -60},     // ITRF2008 to NAD83(CSRS)v7
+      {"EPSG:7912", "EPSG:7843", -40, 115, -12, 150},    // ITRF2014 to GDA2020
+      {"EPSG:7910", "EPSG:4939", -40, 115, -12, 150},    // ITRF2005 to GDA94
+      {"EPSG:9989", "EPSG:7909", -60, -170, 60, 170},    // ITRF2020 to ITRF2000
+      {"EPSG:7664", "EPSG:9989", -60, -170, 60, 170},    // WGS 84 (G1762) to ITRF2020
+      {"EPSG:9989", "EPSG:4959", -46, 167, -35, 178.4},  // to NZGD2000, by a deformation model
+  };
+  constexpr double kDated = 1e-5;  // metres: PROJ's inverse misses by products of small angles
+  Peer peer;
+  ConversionWish wish;
+  wish.grids = {ReferenceFile("grids").string()};
+  for (const Pair& pair : pairs) {
+    SCOPED_TRACE(std::string(pair.from) + " to " + pair.to);
+    ASSERT_TRUE(peer.Take(pair.from, pair.to));
+    const Conversion conversion(pair.from, pair.to, wish), opposite(pair.to, pair.from, wish);
+    EXPECT_TRUE(conversion.NeedsDates());
+    for (const double date : {1994.0, 2000.0, 2010.5, 2020.25, 2026.9}) {
+      for (const double share : {0.13, 0.46, 0.82}) {
+        const Point given = peer.Enter(pair.south + (pair.north - pair.south) * share,
+                                       pair.west + (pair.east - pair.west) * share, kHeight);
+        Point point = given;
+        Convert(conversion, point, true, date);
+        EXPECT_LE(peer.Distance(point, peer.Run(given, false, date), false), kDated) << date;
+        const Point target = point;
+        Convert(conversion, point, false, date);
+        EXPECT_LE(peer.Distance(point, given, true), 1e-8) << date;
+        point = target;
+        Convert(opposite, point, true, date);
+        EXPECT_LE(peer.Distance(point, peer.Run(target, true, date), true), kDated) << date;
+      }
+    }
+  }
+}
+
+// ETRS89 and what the registry takes for it, as ETRF2000, from which it has no published way.
+TEST(ConversionsOfMovingFrames, ReachNationalSystemsByTheTableOfFrames) {
+  const auto run = [](const char* to, Point point) {
+    const Conversion conversion("EPSG:9989", to, {});
+    Convert(conversion, point, true, 2026.9);
+    Point back = point;
+    Convert(conversion, back, false, 2026.9);
+    EXPECT_NEAR(back[0], 46.5, 1e-13) << to;
+    EXPECT_NEAR(back[1], 3, 1e-13) << to;
+    return point;
+  };
+  const Point given{46.5, 3, kHeight};
+  const Point etrf2000 = run("EPSG:7931", given);
+  EXPECT_EQ(run("EPSG:4937", given), etrf2000);
+  const Point lambert = run("EPSG:2154", given);
+  Point expected = etrf2000;
+  Convert(Conversion("EPSG:4171", "EPSG:2154", {}), expected, true);
+  EXPECT_NEAR(lambert[0], expected[0], 1e-8);
+  EXPECT_NEAR(lambert[1], expected[1], 1e-8);
 }
