@@ -9,6 +9,7 @@ source scripts/packages.sh
 ensure_packages "${js_packages[@]}"
 command -v node >/dev/null || ensure_packages nodejs
 command -v npm >/dev/null || ensure_packages npm
+ensure_one_of chromium  # looks at the page
 command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 
 cmake -S . -B build/wasm -G Ninja --toolchain js/cmake/wasm.cmake -DCMAKE_BUILD_TYPE=Release \
