@@ -43,7 +43,8 @@ inline constexpr double kMaxAngle = 1e5;
 ///   Exp           −708 < x < 709     1.0
 ///
 /// Outside these domains results are meaningless numbers; NaN gives NaN in SinCos and Exp.
-/// Coefficients are minimax fits (Remez exchange, relative error of the whole function).
+/// Coefficients are minimax fits (Remez exchange, relative error of the whole function); their terms
+/// are summed in pairs, and pairs in pairs (Estrin 1960), so that few operations wait for another.
 template <class Target>
 struct Polynomial {
   using Real = double;
@@ -81,14 +82,13 @@ GEOMATH_INLINE void Polynomial<Target>::SinCos(double x, double& sine, double& c
   r = r - k * 0x1.0b4611a600000p-34;
   r = r - k * 0x1.3198a2e037073p-69;
   const double z = r * r;
+  const double z2 = z * z;
   const double sinTail =
-      0x1.111111110f7d0p-7 +
-      z * (-0x1.a01a019bfdef0p-13 +
-           z * (0x1.71de3567d3802p-19 + z * (-0x1.ae5e5a91bd62ap-26 + z * 0x1.5d8fd1be22297p-33)));
+      (0x1.111111110f7d0p-7 + z * -0x1.a01a019bfdef0p-13) +
+      z2 * ((0x1.71de3567d3802p-19 + z * -0x1.ae5e5a91bd62ap-26) + z2 * 0x1.5d8fd1be22297p-33);
   const double cosTail =
-      -0x1.6c16c16c14f91p-10 +
-      z * (0x1.a01a019c844e6p-16 +
-           z * (-0x1.27e4f7eac408dp-22 + z * (0x1.1ee9d7b4669eap-29 + z * -0x1.8fa499c5d3494p-37)));
+      (-0x1.6c16c16c14f91p-10 + z * 0x1.a01a019c844e6p-16) +
+      z2 * ((-0x1.27e4f7eac408dp-22 + z * 0x1.1ee9d7b4669eap-29) + z2 * -0x1.8fa499c5d3494p-37);
   const double s = r + r * z * (-0x1.5555555555548p-3 + z * sinTail);
   const double half = 0.5 * z;
   const double w = 1.0 - half;
@@ -104,19 +104,13 @@ GEOMATH_INLINE void Polynomial<Target>::SinCos(double x, double& sine, double& c
 template <class Target>
 GEOMATH_INLINE double Polynomial<Target>::AtanTail(double t) {
   const double z = t * t;
-  const double p =
-      -0x1.5555555555554p-2 +
-      z * (0x1.999999999964bp-3 +
-           z * (-0x1.249249247568ap-3 +
-                z * (0x1.c71c71b74742fp-4 +
-                     z * (-0x1.745d14b942430p-4 +
-                          z * (0x1.3b136e23649dfp-4 +
-                               z * (-0x1.110c724005b59p-4 +
-                                    z * (0x1.e171f64d58b8dp-5 +
-                                         z * (-0x1.ab7d4a6db0051p-5 +
-                                              z * (0x1.70ec92f6eaf05p-5 +
-                                                   z * (-0x1.1236770d21506p-5 +
-                                                        z * 0x1.f1e505de14b57p-7))))))))));
+  const double z2 = z * z, z4 = z2 * z2;
+  const double p = ((-0x1.5555555555554p-2 + z * 0x1.999999999964bp-3) +
+                    z2 * (-0x1.249249247568ap-3 + z * 0x1.c71c71b74742fp-4)) +
+                   z4 * (((-0x1.745d14b942430p-4 + z * 0x1.3b136e23649dfp-4) +
+                          z2 * (-0x1.110c724005b59p-4 + z * 0x1.e171f64d58b8dp-5)) +
+                         z4 * ((-0x1.ab7d4a6db0051p-5 + z * 0x1.70ec92f6eaf05p-5) +
+                               z2 * (-0x1.1236770d21506p-5 + z * 0x1.f1e505de14b57p-7)));
   return t * z * p;
 }
 
@@ -160,14 +154,11 @@ GEOMATH_INLINE double Polynomial<Target>::Log(double x) {
   const double f = m - 1.0;
   const double s = f / (2.0 + f);
   const double z = s * s;
-  const double p =
-      0x1.5555555555555p-1 +
-      z * (0x1.9999999999dfbp-2 +
-           z * (0x1.249249242b90ep-2 +
-                z * (0x1.c71c7258a5ac0p-3 +
-                     z * (0x1.745cde4f9e9cfp-3 +
-                          z * (0x1.3b20a75750819p-3 +
-                               z * (0x1.0f5d23dbde6cep-3 + z * 0x1.0f5ffa113de8ep-3))))));
+  const double z2 = z * z, z4 = z2 * z2;
+  const double p = ((0x1.5555555555555p-1 + z * 0x1.9999999999dfbp-2) +
+                    z2 * (0x1.249249242b90ep-2 + z * 0x1.c71c7258a5ac0p-3)) +
+                   z4 * ((0x1.745cde4f9e9cfp-3 + z * 0x1.3b20a75750819p-3) +
+                         z2 * (0x1.0f5d23dbde6cep-3 + z * 0x1.0f5ffa113de8ep-3));
   const double h = 0.5 * f * f;
   const double t = s * (h + z * p);
   return k * 0x1.62e42fee00000p-1 - ((h - (t + k * 0x1.a39ef35793c76p-33)) - f);
@@ -188,19 +179,19 @@ GEOMATH_INLINE double Polynomial<Target>::Exp(double x) {
   const double k = shifted - kRound;
   double r = x - k * 0x1.62e42fee00000p-1;
   r = r - k * 0x1.a39ef35793c76p-33;
-  const double p = 0x1.0000000000000p-1 +
-                   r * (0x1.555555555555bp-3 +
-                        r * (0x1.5555555555503p-5 +
-                             r * (0x1.111111110ec65p-7 +
-                                  r * (0x1.6c16c16c3043bp-10 +
-                                       r * (0x1.a01a01b37b4b3p-13 +
-                                            r * (0x1.a01a01369f526p-16 +
-                                                 r * (0x1.71ddf02845827p-19 +
-                                                      r * (0x1.27e5b433dba19p-22 +
-                                                           r * (0x1.af6bda9eb527cp-26 +
-                                                                r * 0x1.1e3d35a7819a3p-29)))))))));
-  const double e = 1.0 + (r + r * r * p);
+  const double r2 = r * r, r4 = r2 * r2;
+  const double p =
+      ((0x1.0000000000000p-1 + r * 0x1.555555555555bp-3) +
+       r2 * (0x1.5555555555503p-5 + r * 0x1.111111110ec65p-7)) +
+      r4 *
+          (((0x1.6c16c16c3043bp-10 + r * 0x1.a01a01b37b4b3p-13) +
+            r2 * (0x1.a01a01369f526p-16 + r * 0x1.71ddf02845827p-19)) +
+           r4 * ((0x1.27e5b433dba19p-22 + r * 0x1.af6bda9eb527cp-26) + r2 * 0x1.1e3d35a7819a3p-29));
+  const double e = 1.0 + (r + r2 * p);
   return FromBits(ToBits(e) + (ToBits(shifted) << 52));
 }
+
+/// The functions of columns for one point: the same bits.
+using BatchMath = Polynomial<struct Baseline>;
 
 }  // namespace zel_cs::geomath::simd
