@@ -1,10 +1,12 @@
 #include "geomath/base/batch.h"
 
+#include <cmath>
 #include <limits>
 
 namespace zel_cs::geomath {
 
 bool AllWithin(const double* values, std::size_t count, double bound) {
+  if (count == 1) return std::abs(values[0]) <= bound;
   const auto allWithin =
       simd::ForActiveSet([](auto target) { return &BatchKernel<decltype(target)>::AllWithin; });
   return allWithin(values, count, bound);

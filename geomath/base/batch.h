@@ -1,15 +1,15 @@
 #pragma once
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <numeric>
-#include <tuple>
 #include <utility>
 
 #include "geomath/base/batch_kernel.h"
 #include "geomath/simd/column_kernel.h"
+#include "geomath/simd/elementary.h"
 #include "geomath/simd/instruction_set.h"
 
 namespace zel_cs::geomath {
@@ -87,6 +87,12 @@ template <class Convert, class... Columns>
 std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t stride,
                           Columns*... coordinates) {
   if (count == 0) return 0;
+  if (count == 1) {
+    convert({coordinates...}, count);
+    const bool good = (std::isfinite(*coordinates) && ...);
+    if (!good) ((*coordinates = std::numeric_limits<double>::quiet_NaN()), ...);
+    return good ? 1 : 0;
+  }
   StridedPoints<sizeof...(Columns)> points({coordinates...}, stride);
   std::size_t converted = 0;
   for (std::size_t start = 0; start < count; start += kBatchBlock) {
@@ -99,10 +105,39 @@ std::size_t ConvertBlocks(Convert&& convert, std::size_t count, std::ptrdiff_t s
   return converted;
 }
 
+/// Applies `function` to the coordinates of point i of columns, as references.
+template <std::size_t N, class Function>
+auto ApplyAt(std::size_t i, double* const (&columns)[N], Function function) {
+  return [&]<std::size_t... C>(std::index_sequence<C...>) { return function(columns[C][i]...); }
+  (std::make_index_sequence<N>());
+}
+
+/// A point alone, in place, by the statements of a conversion: the bits of its columns without their
+/// loops.
+template <class Conversion>
+void ConvertOne(const Conversion& conversion, double* const (&point)[Conversion::kColumns]) {
+  ApplyAt(0, point, [&](auto&... x) { conversion.template Convert<simd::BatchMath>(x...); });
+}
+
+/// Runs `single`, which converts one point, double (&point)[N], over point i of columns; one with NaN
+/// gives NaN.
+template <std::size_t N, class Single>
+void ConvertUnserved(std::size_t i, double* const (&columns)[N], Single single) {
+  double point[N];
+  for (std::size_t c = 0; c < N; ++c) point[c] = columns[c][i];
+  const double sum = std::accumulate(point, point + N, 0.0);
+  if (std::isnan(sum))
+    std::fill_n(point, N, sum);
+  else
+    single(point);
+  for (std::size_t c = 0; c < N; ++c) columns[c][i] = point[c];
+}
+
 /// Runs a conversion that has a column kernel, and holds for every point, over a block in place.
 template <class Conversion>
 void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
                std::size_t count) {
+  if (count == 1) return ConvertOne(conversion, columns);
   const auto convert = simd::ForActiveSet(
       [](auto target) { return &simd::ColumnKernel<decltype(target), Conversion>::Convert; });
   convert(conversion, columns, count);
@@ -115,6 +150,12 @@ template <class Conversion, class Single>
 void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
                std::size_t count, Single single) {
   constexpr std::size_t N = Conversion::kColumns;
+  const auto served = [&](std::size_t i, double* const(&points)[N]) {
+    return ApplyAt(i, points, [&](auto... x) { return conversion.Serves(x...); });
+  };
+  if (count == 1)
+    return served(0, columns) ? ConvertOne(conversion, columns)
+                              : ConvertUnserved(0, columns, single);
   const auto [servesAll, convert] = simd::ForActiveSet([](auto target) {
     using Kernel = simd::ColumnKernel<decltype(target), Conversion>;
     return std::pair{&Kernel::ServesAll, &Kernel::Convert};
@@ -124,17 +165,12 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
   double given[N][kBatchBlock];
   for (std::size_t c = 0; c < N; ++c) std::copy_n(columns[c], count, given[c]);
   convert(conversion, columns, count);
+  double* copies[N];
+  for (std::size_t c = 0; c < N; ++c) copies[c] = given[c];
   for (std::size_t i = 0; i < count; ++i) {
-    double point[N];
-    for (std::size_t c = 0; c < N; ++c) point[c] = given[c][i];
-    if (std::apply([&](auto... x) { return conversion.Serves(x...); }, std::to_array(point)))
-      continue;
-    const double sum = std::accumulate(point, point + N, 0.0);
-    if (std::isnan(sum))
-      std::fill_n(point, N, sum);
-    else
-      single(point);
-    for (std::size_t c = 0; c < N; ++c) columns[c][i] = point[c];
+    if (served(i, copies)) continue;
+    ConvertUnserved(i, copies, single);
+    for (std::size_t c = 0; c < N; ++c) columns[c][i] = given[c][i];
   }
 }
 

@@ -3,13 +3,18 @@
 #include <cmath>
 
 #include "geomath/local/identical_point.h"
-#include "geomath/simd/kernel.h"
+#include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
 
 /// Rotation of a (north, east) pair by θ: N' = cos θ·N − sin θ·E, E' = sin θ·N + cos θ·E.
 struct PlaneRotation {
-  explicit PlaneRotation(double theta) : cos(std::cos(theta)), sin(std::sin(theta)) {}
+  explicit PlaneRotation(double theta) {
+    if (std::abs(theta) < simd::kMaxAngle)
+      simd::BatchMath::SinCos(theta, sin, cos);
+    else
+      simd::Libm::SinCos(theta, sin, cos);
+  }
 
   GEOMATH_INLINE PlaneVector Turn(double n, double e) const {
     return {cos * n - sin * e, sin * n + cos * e};

@@ -136,15 +136,15 @@ namespace {
 
 // Whether a direction has a const form: a host's class that replaces the call with axes or the one
 // without them, and not the point's, has none.
-template <class Call, class Point>
-bool HasConstForm(const TGeoProj& proj, Call withAxes, Call withoutAxes, Point point) {
-  const bool hosts = HostReplaces(proj, withAxes) || HostReplaces(proj, withoutAxes);
-  return !hosts || HostReplaces(proj, point);
+template <auto kWithAxes, auto kWithoutAxes, auto kPoint>
+bool HasConstForm(const TGeoProj& proj) {
+  const bool hosts = HostReplaces<kWithAxes>(proj) || HostReplaces<kWithoutAxes>(proj);
+  return !hosts || HostReplaces<kPoint>(proj);
 }
 
 // A host's own map, of which a class of the library that it derives from knows nothing.
 bool HostProjects(const TGeoProj& proj) {
-  return HostReplaces(proj, &TGeoProj::_Forward) || HostReplaces(proj, &TGeoProj::ForwardPoint);
+  return HostReplaces<&TGeoProj::_Forward>(proj) || HostReplaces<&TGeoProj::ForwardPoint>(proj);
 }
 
 // Fills a block with the derivatives of each position, NaN where `differentiate` leaves them.
@@ -162,8 +162,8 @@ void DifferentiateSingly(double* const (&columns)[4], std::size_t count,
 }
 
 bool HostRotates(const TGeoProj& proj) {
-  return HostReplaces(proj, &TGeoProj::RotateNE) || HostReplaces(proj, &TGeoProj::RotateBL) ||
-         HostReplaces(proj, &TGeoProj::Rotate);
+  return HostReplaces<&TGeoProj::RotateNE>(proj) || HostReplaces<&TGeoProj::RotateBL>(proj) ||
+         HostReplaces<&TGeoProj::Rotate>(proj);
 }
 
 // Point scale to the factor from grid to ground.
@@ -216,7 +216,7 @@ unsigned char TGeoProj::GetNEDir() { return direction_; }
 // A host's _Forward may call this one, whose const form is then not to ask for the host's.
 bool TGeoProj::_Forward(double& b, double& l) {
   PointFactors factors{scale_, convergence_};
-  const bool hosts = HostReplaces(*this, &TGeoProj::ForwardPoint);
+  const bool hosts = HostReplaces<&TGeoProj::ForwardPoint>(*this);
   if (!(hosts ? ForwardPoint(b, l, &factors) : ProjectPoint(b, l, &factors))) return false;
   scale_ = factors.scale;
   convergence_ = factors.convergence;
@@ -225,7 +225,7 @@ bool TGeoProj::_Forward(double& b, double& l) {
 
 bool TGeoProj::_Inverse(double& n, double& e) {
   PointFactors factors{scale_, convergence_};
-  const bool hosts = HostReplaces(*this, &TGeoProj::InversePoint);
+  const bool hosts = HostReplaces<&TGeoProj::InversePoint>(*this);
   if (!(hosts ? InversePoint(n, e, &factors) : UnprojectPoint(n, e, &factors))) return false;
   scale_ = factors.scale;
   convergence_ = factors.convergence;
@@ -233,13 +233,13 @@ bool TGeoProj::_Inverse(double& n, double& e) {
 }
 
 bool TGeoProj::ForwardPoint(double& b, double& l, PointFactors* factors) const {
-  if (HostReplaces(*this, &TGeoProj::_Forward) && !HostReplaces(*this, &TGeoProj::ForwardPoint))
+  if (HostReplaces<&TGeoProj::_Forward>(*this) && !HostReplaces<&TGeoProj::ForwardPoint>(*this))
     return false;
   return ProjectPoint(b, l, factors);
 }
 
 bool TGeoProj::InversePoint(double& n, double& e, PointFactors* factors) const {
-  if (HostReplaces(*this, &TGeoProj::_Inverse) && !HostReplaces(*this, &TGeoProj::InversePoint))
+  if (HostReplaces<&TGeoProj::_Inverse>(*this) && !HostReplaces<&TGeoProj::InversePoint>(*this))
     return false;
   return UnprojectPoint(n, e, factors);
 }
@@ -307,8 +307,8 @@ void TGeoProj::RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t
 
 std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const bool isConst = HasConstForm(*this, &TGeoProj::Forward, &TGeoProj::_Forward,  //
-                                    &TGeoProj::ForwardPoint);
+  const bool isConst =
+      HasConstForm<&TGeoProj::Forward, &TGeoProj::_Forward, &TGeoProj::ForwardPoint>(*this);
   const auto convert = [&](double* const(&pair)[2], std::size_t n) {
     if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
     RotateBLBatch(kToInternal, pair[0], pair[1], n);
@@ -320,8 +320,8 @@ std::size_t TGeoProj::ForwardBatch(double* first, double* second, std::size_t co
 
 std::size_t TGeoProj::InverseBatch(double* first, double* second, std::size_t count,
                                    std::ptrdiff_t stride) const {
-  const bool isConst = HasConstForm(*this, &TGeoProj::Inverse, &TGeoProj::_Inverse,  //
-                                    &TGeoProj::InversePoint);
+  const bool isConst =
+      HasConstForm<&TGeoProj::Inverse, &TGeoProj::_Inverse, &TGeoProj::InversePoint>(*this);
   const auto convert = [&](double* const(&pair)[2], std::size_t n) {
     if (!isConst) return void(std::fill_n(pair[0], n, kNaN));
     RotateNEBatch(kToInternal, pair[0], pair[1], n);

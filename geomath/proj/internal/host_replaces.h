@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "geomath/proj/geo_proj.h"
+#include "geomath/simd/kernel.h"
 
 namespace zel_cs::geomath {
 
@@ -12,7 +13,7 @@ namespace zel_cs::geomath {
 
 /// The table of virtual functions of an object's class: an object begins with its address (Itanium
 /// C++ ABI, 2.4, which GCC and Clang follow).
-inline const char* VirtualTable(const TGeoProj& proj) {
+GEOMATH_INLINE const char* VirtualTable(const TGeoProj& proj) {
   const char* table;
   std::memcpy(&table, static_cast<const void*>(&proj), sizeof table);
   return table;
@@ -21,7 +22,7 @@ inline const char* VirtualTable(const TGeoProj& proj) {
 /// What a class runs for a virtual member function: a pointer to one holds the offset of its entry
 /// in the table and, there in the lowest bit or beside it, that it is virtual (2.3).
 template <class Function>
-const void* VirtualEntry(const char* table, Function function) {
+GEOMATH_INLINE const void* VirtualEntry(const char* table, Function function) {
   struct {
     std::uintptr_t offset;
     std::ptrdiff_t adjustment;
@@ -33,19 +34,24 @@ const void* VirtualEntry(const char* table, Function function) {
   return entry;
 }
 
+inline const char* LibraryTable() {
+  static const char* const table = VirtualTable(TGeoProj());
+  return table;
+}
+
 /// Whether a host's class has replaced a virtual function that none of the library's own classes
-/// replaces, as HostReplaces(proj, &TGeoProj::_Forward).
-template <class Function>
-bool HostReplaces(const TGeoProj& proj, Function function) {
-  static const char* const library = VirtualTable(TGeoProj());
-  return VirtualEntry(VirtualTable(proj), function) != VirtualEntry(library, function);
+/// replaces, as HostReplaces<&TGeoProj::_Forward>(proj). Each point asks: the function is a constant,
+/// so that two loads and a comparison answer.
+template <auto kFunction>
+GEOMATH_INLINE bool HostReplaces(const TGeoProj& proj) {
+  return VirtualEntry(VirtualTable(proj), kFunction) != VirtualEntry(LibraryTable(), kFunction);
 }
 
 #else
 
 /// With another ABI nothing counts as replaced: a host's class there overrides the blocks as well.
-template <class Function>
-bool HostReplaces(const TGeoProj&, Function) {
+template <auto kFunction>
+bool HostReplaces(const TGeoProj&) {
   return false;
 }
 

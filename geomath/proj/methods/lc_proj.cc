@@ -87,7 +87,9 @@ bool TLCProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
 
 bool TLCProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const LambertCone::Polar at = InverseOne(*formulas_, n, e);
-  if (factors) factors->scale = formulas_->cone.Scale(at.rho, std::sin(n), std::cos(n));
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  factors->scale = formulas_->cone.Scale(at.rho, sinPhi, cosPhi);
   return true;
 }
 

@@ -53,7 +53,8 @@ void TMercatorProj::Prepare() {
                 .aK0 = ell_.a * k0_};
 }
 
-PointFactors TMercatorProj::FactorsAt(double sinPhi, double cosPhi) const {
+PointFactors TMercatorProj::FactorsAt(double phi) const {
+  const auto [sinPhi, cosPhi] = SineCosineOne(phi);
   return {.scale = k0_ / ParallelRadius(sinPhi, cosPhi, ell_.e2), .convergence = 0};  // 7-8
 }
 
@@ -62,13 +63,13 @@ bool TMercatorProj::ProjectPoint(double& b, double& l, PointFactors* factors) co
   if (!(std::abs(phi) < kHalfPi)) return false;
 
   ForwardOne(*formulas_, b, l);
-  if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi));
+  if (factors) *factors = FactorsAt(phi);
   return true;
 }
 
 bool TMercatorProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   InverseOne(*formulas_, n, e);
-  if (factors) *factors = FactorsAt(std::sin(n), std::cos(n));
+  if (factors) *factors = FactorsAt(n);
   return true;
 }
 

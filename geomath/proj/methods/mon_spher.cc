@@ -76,7 +76,9 @@ bool TMonSpher::ProjectPoint(double& b, double& l, PointFactors* factors) const 
 
 bool TMonSpher::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const MonSpherFormulas::Position at = InverseOne(*formulas_, n, e);
-  if (factors) factors->scale = PointScale(*formulas_, ell_, std::sin(n), std::cos(n), at);
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  factors->scale = PointScale(*formulas_, ell_, sinPhi, cosPhi, at);
   return true;
 }
 

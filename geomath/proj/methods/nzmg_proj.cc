@@ -15,7 +15,7 @@ constexpr double kInternationalA = 6378388;  // metres
 constexpr double kInternationalInvF = 297;
 // |dz/dζ| over the radius of the parallel, both in units of a.
 double PointScale(nzmg::Complex zeta, double phi, double e2) {
-  const double c = std::cos(phi), sin2 = 1 - c * c;
+  const double c = SineCosineOne(phi).cos, sin2 = 1 - c * c;
   return std::sqrt(nzmg::Norm(nzmg::Slope(zeta)) * (1 - e2 * sin2)) / c;
 }
 

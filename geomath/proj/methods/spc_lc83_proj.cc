@@ -65,7 +65,9 @@ bool TSPC_LC83Proj::ProjectPoint(double& b, double& l, PointFactors* factors) co
 
 bool TSPC_LC83Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const LambertCone::Polar at = InverseOne(*formulas_, n, e);
-  if (factors) *factors = {formulas_->cone.Scale(at.rho, std::sin(n), std::cos(n)), at.theta};
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  *factors = {formulas_->cone.Scale(at.rho, sinPhi, cosPhi), at.theta};
   return true;
 }
 

@@ -89,8 +89,9 @@ bool TSterProj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
     const auto image = InverseOne(*oblique_, n, e);
     radius = image.A * image.cosChi;
   }
-  if (factors)
-    factors->scale = radius / (ell_.a * ParallelRadius(std::sin(n), std::cos(n), ell_.e2));
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  factors->scale = radius / (ell_.a * ParallelRadius(sinPhi, cosPhi, ell_.e2));
   return true;
 }
 

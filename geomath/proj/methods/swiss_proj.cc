@@ -12,7 +12,8 @@ namespace {
 
 double PointScale(const ConformalSphere& sphere, const Ellipsoid& ell, double phi,
                   const SwissFormulas::Position& at) {
-  const double m = ParallelRadius(std::sin(phi), std::cos(phi), ell.e2);
+  const auto [sinPhi, cosPhi] = SineCosineOne(phi);
+  const double m = ParallelRadius(sinPhi, cosPhi, ell.e2);
   return sphere.alpha * sphere.R * at.cosB / (ell.a * m * at.cosBBar);
 }
 

@@ -19,10 +19,6 @@ constexpr double kMaxE2 = 0.0075;       // of an Earth ellipsoid
 constexpr double kMaxNorthing = 2.1e7;  // metres
 constexpr double kMaxRadius = 1e10;     // metres; digits of a latitude still tell 0.01 mm of it
 
-// Functions for single points whose result a stop rule makes jump: the batch's own, so that both
-// stop at the same step.
-using BatchMath = simd::Polynomial<simd::Baseline>;
-
 }  // namespace
 
 constexpr ParamRow TTMProj::kParams[] = {
@@ -82,18 +78,19 @@ double TTMProj::MaxNorthing() const {
 }
 
 bool TTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  formulas_->Forward<simd::Libm>(b, l);
+  ForwardOne(*formulas_, b, l);
   return true;
 }
 
 // Corrects the footpoint until the rest of its arc is below the tolerance, or the limit is reached.
-// Points of the batch's domain are corrected as the batch does.
+// Points of the batch's domain are corrected in its functions: the result jumps where the rule stops,
+// and both stop at the same step.
 bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   const TmFormulas& f = *formulas_;
   const double northing = n - fNorth_;
   TmFormulas::Footpoint at;
   if (f.ServesInverse(n, e)) {
-    at = f.FirstFootpoint<BatchMath>(northing);
+    at = f.FirstFootpoint<simd::BatchMath>(northing);
     for (int i = 0; i < kMaxFootpointCorrections && !at.Settled(); ++i)
       at = f.Corrected(at, at.rest, northing);
   } else {

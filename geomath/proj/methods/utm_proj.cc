@@ -68,16 +68,19 @@ void TUTMProj::Prepare() {
 
 bool TUTMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, deltaLambda = l - lambda0_;
-  const auto [at, L] = utm_->Forward<simd::Libm>(b, l);
+  const auto [at, L] = ForwardOne(*utm_, b, l);
   if (factors) *factors = FactorsAt(phi, deltaLambda, k0_, at, L);
   return true;
 }
 
 bool TUTMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  utm_->Inverse<simd::Libm>(n, e);
+  auto [sinPhi, cosPhi, step] = InverseOne(*utm_, n, e);
   if (factors) {
     const double phi = n, deltaLambda = e - lambda0_;
-    const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
+    if (std::abs(step.latitude) < kMaxSmallAngle)
+      AddSmallAngle<-1>(step.latitude, sinPhi, cosPhi);
+    else
+      simd::Libm::SinCos(phi, sinPhi, cosPhi);
     const double L = FoldTurn(deltaLambda) * cosPhi;
     *factors = FactorsAt(phi, deltaLambda, k0_, TmLatitude(sinPhi, cosPhi, ell_.ep2), L);
   }

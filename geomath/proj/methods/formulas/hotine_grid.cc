@@ -1,7 +1,5 @@
 #include "geomath/proj/methods/formulas/hotine_grid.h"
 
-#include <cmath>
-
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 
@@ -18,7 +16,9 @@ bool HotineGrid::ForwardPoint(double& b, double& l, PointFactors* factors) const
 
 bool HotineGrid::InversePoint(double& n, double& e, PointFactors* factors) const {
   const double reach = InverseOne(*this, n, e).reach;
-  if (factors) factors->scale = hotine_.CylinderScale(std::sin(n), std::cos(n)) * reach;
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  factors->scale = hotine_.CylinderScale(sinPhi, cosPhi) * reach;
   return true;
 }
 

@@ -53,15 +53,22 @@ struct UtmFormulas {
     return {at, L};
   }
 
+  /// The footpoint, and what takes it to the point.
+  struct FootpointOf {
+    double sinPhi, cosPhi;
+    TmFootpointStep step;
+  };
+
   template <class Math>
-  GEOMATH_INLINE void Inverse(double& n, double& e) const {
+  GEOMATH_INLINE FootpointOf Inverse(double& n, double& e) const {
     const double phiF = footpoint.Evaluate<Math>((n - fNorth + inverseOrigin) / rK0);
     double s, c;
     Math::SinCos(phiF, s, c);
-    const double R = aK0 / std::sqrt(1 - e2 * (s * s));
-    const TmFootpointStep step = TmInverseSeries(TmLatitude(s, c, ep2), (e - fEast) / R, kEta2T4);
+    const double Q = (e - fEast) * std::sqrt(1 - e2 * (s * s)) / aK0;
+    const TmFootpointStep step = TmInverseSeries(TmLatitude(s, c, ep2), Q, kEta2T4);
     n = phiF + step.latitude;
     e = lambda0 + step.longitude / c;
+    return {s, c, step};
   }
 
   GEOMATH_INLINE bool ServesForward(double b, double l) const {

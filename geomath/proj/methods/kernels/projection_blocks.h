@@ -9,6 +9,7 @@
 #include "geomath/proj/internal/formula_view.h"
 #include "geomath/proj/internal/host_replaces.h"
 #include "geomath/proj/methods/kernels/projection_kernel.h"
+#include "geomath/proj/methods/math/latitude.h"
 #include "geomath/simd/elementary.h"
 
 namespace zel_cs::geomath {
@@ -19,16 +20,24 @@ namespace zel_cs::geomath {
 /// what the formulas return.
 template <class Formulas>
 auto ForwardOne(const Formulas& formulas, double& b, double& l) {
-  if (formulas.ServesForward(b, l))
-    return formulas.template Forward<simd::Polynomial<simd::Baseline>>(b, l);
+  if (formulas.ServesForward(b, l)) return formulas.template Forward<simd::BatchMath>(b, l);
   return formulas.template Forward<simd::Libm>(b, l);
 }
 
 template <class Formulas>
 auto InverseOne(const Formulas& formulas, double& n, double& e) {
-  if (formulas.ServesInverse(n, e))
-    return formulas.template Inverse<simd::Polynomial<simd::Baseline>>(n, e);
+  if (formulas.ServesInverse(n, e)) return formulas.template Inverse<simd::BatchMath>(n, e);
   return formulas.template Inverse<simd::Libm>(n, e);
+}
+
+/// Sine and cosine of an angle for the factors of a single point, likewise.
+inline SineCosine SineCosineOne(double angle) {
+  SineCosine result;
+  if (std::abs(angle) < simd::kMaxAngle)
+    simd::BatchMath::SinCos(angle, result.sin, result.cos);
+  else
+    simd::Libm::SinCos(angle, result.sin, result.cos);
+  return result;
 }
 
 /// FormulaView::Differentiate: false where the derivatives or the point, which formulas make NaN
@@ -38,7 +47,7 @@ bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives
   const DerivativesBy<Formulas> kernel{formulas};
   double northL, eastL;
   if (!kernel.Serves(b, l, 0, 0)) return false;
-  kernel.template Convert<simd::Polynomial<simd::Baseline>>(b, l, northL, eastL);
+  kernel.template Convert<simd::BatchMath>(b, l, northL, eastL);
   if (!std::isfinite(b + l + northL + eastL)) return false;
   derivatives = {b, l, northL, eastL};
   return true;
@@ -70,7 +79,7 @@ void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, 
   const auto single = [&](double(&point)[2]) {
     if (!proj.ForwardPoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
   };
-  if (HostReplaces(proj, &TGeoProj::ForwardPoint)) return RunSingly({b, l}, count, single);
+  if (HostReplaces<&TGeoProj::ForwardPoint>(proj)) return RunSingly({b, l}, count, single);
   RunKernel(ForwardOf<Formulas>{formulas}, {b, l}, count, single);
 }
 
@@ -80,7 +89,7 @@ void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, 
   const auto single = [&](double(&point)[2]) {
     if (!proj.InversePoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
   };
-  if (HostReplaces(proj, &TGeoProj::InversePoint)) return RunSingly({n, e}, count, single);
+  if (HostReplaces<&TGeoProj::InversePoint>(proj)) return RunSingly({n, e}, count, single);
   RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, single);
 }
 

@@ -20,8 +20,11 @@ GEOMATH_INLINE Real ClenshawSin(const double (&c)[N], Real sinTheta, Real cosThe
   return b1 * sinTheta;
 }
 
+/// The angle, radians, up to which AddSmallAngle holds.
+inline constexpr double kMaxSmallAngle = 0.03;
+
 /// Sine and cosine of x become those of x + delta (`kSign` −1), or the hyperbolic ones do (+1), by
-/// the addition theorems. For |delta| < 0.03, where the first neglected terms of the power series of
+/// the addition theorems. For |delta| < kMaxSmallAngle, where the first neglected terms of the power series of
 /// delta's own are below 1e-17.
 template <int kSign, class Real>
 GEOMATH_INLINE void AddSmallAngle(Real delta, Real& sine, Real& cosine) {

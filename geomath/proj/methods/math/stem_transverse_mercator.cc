@@ -1,5 +1,7 @@
 #include "geomath/proj/methods/math/stem_transverse_mercator.h"
 
+#include <cmath>
+
 #include "geomath/proj/point_factors.h"
 
 namespace zel_cs::geomath {
@@ -15,14 +17,18 @@ StemTransverseMercator::StemTransverseMercator(const Ellipsoid& ell, double scal
 
 StemTransverseMercator::Plane StemTransverseMercator::Forward(double phi, double deltaLambda,
                                                               PointFactors* factors) const {
-  const auto [plane, at, L] = Project<simd::Libm>(phi, deltaLambda);
+  const auto [plane, at, L] = std::abs(phi) < simd::kMaxAngle
+                                  ? Project<simd::BatchMath>(phi, deltaLambda)
+                                  : Project<simd::Libm>(phi, deltaLambda);
   if (factors) *factors = {.scale = k0_ * TmScale(at, L), .convergence = TmConvergence(at, L)};
   return plane;
 }
 
 StemTransverseMercator::Geographic StemTransverseMercator::Inverse(double north, double east,
                                                                    PointFactors* factors) const {
-  const auto [geographic, at, Q] = Unproject<simd::Libm>(north, east);
+  const auto [geographic, at, Q] = std::abs(Rectifying(north)) < simd::kMaxAngle
+                                       ? Unproject<simd::BatchMath>(north, east)
+                                       : Unproject<simd::Libm>(north, east);
   if (factors) {
     *factors = {.scale = k0_ * TmScaleFromFootpoint(at, Q),
                 .convergence = TmConvergenceFromFootpoint(at, Q)};
