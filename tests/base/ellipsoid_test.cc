@@ -168,6 +168,33 @@ TEST(Ellipsoid, ConvertsOrdinaryPointsToGeodetic) {
   }
 }
 
+// Up to tan B = 16 the columns stand for the iteration: one point on both sides of that.
+TEST(Ellipsoid, ConvertsAlikeWhereTheIterationBegins) {
+  for (const double Z : {-1.0, 1.0})
+    for (const double tangent : {15.999999, 16.000001}) {
+      double x = 4e5, y = 0, z = Z * tangent * x;
+      double X = x, Y = y, H = z;
+      ASSERT_TRUE(kWgs84.XYZ_to_BLH(x, y, z));
+      ASSERT_EQ(kWgs84.XYZ_to_BLH_Batch(&X, &Y, &H, 1), 1u);
+      EXPECT_NEAR(x, X, kScalarRadians);
+      EXPECT_NEAR(z, H, kScalarHeight) << tangent;
+    }
+}
+
+// The iteration reads a, e² and e′² only; the columns read f, which nobody set here.
+TEST(Ellipsoid, ConvertsWithConstantsThatWereSetOneByOne) {
+  Ellipsoid byHand;
+  byHand.a = kWgs84.a;
+  byHand.e2 = kWgs84.e2;
+  byHand.ep2 = kWgs84.ep2;
+  byHand.f = 0;
+  double x = 4e6, y = 1e6, z = 4.8e6, X = x, Y = y, Z = z;
+  ASSERT_TRUE(byHand.XYZ_to_BLH(x, y, z));
+  ASSERT_TRUE(kWgs84.XYZ_to_BLH(X, Y, Z));
+  EXPECT_NEAR(x, X, kScalarRadians);
+  EXPECT_NEAR(z, Z, kScalarHeight);
+}
+
 TEST(Ellipsoid, ConvertsTheAxisAndTheCentre) {
   struct Case {
     double X, Y, Z, B, H;

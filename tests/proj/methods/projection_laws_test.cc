@@ -821,7 +821,7 @@ TEST_P(ProjectionLaws, FalseOriginShifts) {
 
 using Batch = std::size_t (TGeoProj::*)(double*, double*, std::size_t, std::ptrdiff_t) const;
 
-// The kernels of every narrower instruction set against the best of this machine.
+// The kernels of every narrower instruction set, and points alone, against the best of this machine.
 void ExpectSameBitsOnEverySet(const TGeoProj& proj, Batch batch, const std::vector<double>& first,
                               const std::vector<double>& second) {
   const auto best = simd::ActiveInstructionSet();
@@ -835,6 +835,12 @@ void ExpectSameBitsOnEverySet(const TGeoProj& proj, Batch batch, const std::vect
     EXPECT_EQ(secondNarrow, secondBest);
   }
   simd::ForceInstructionSet(best);
+  for (std::size_t i = 0; i < first.size(); ++i) {
+    double x = first[i], y = second[i];
+    (proj.*batch)(&x, &y, 1, 1);
+    EXPECT_EQ(x, firstBest[i]);
+    EXPECT_EQ(y, secondBest[i]);
+  }
 }
 
 TEST_P(ProjectionLaws, BatchEqualsScalar) {
