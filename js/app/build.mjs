@@ -13,8 +13,8 @@ const [folder, packageFolder, program, port] = process.argv.slice(2);
 async function systemList(kept) {
   if (existsSync(kept) && statSync(kept).mtimeMs > statSync(program).mtimeMs) return JSON.parse(readFileSync(kept, "utf8"));
   console.log("Reading the systems of the EPSG registry, which takes some minutes …");
-  const all = await registeredSystems(program, (done, count) => console.log(`  ${done} of ${count}`));
-  const systems = all.filter((system) => system.file).map(({ refusal: _, ...system }) => system);
+  const all = await registeredSystems(program, { tell: (done, count) => console.log(`  ${done} of ${count}`) });
+  const systems = all.filter((system) => system.file);
   const list = listOf(systems, /of (EPSG v[\d.]+)/.exec(systems[0].file.description)[1]);
   mkdirSync(dirname(kept), { recursive: true });
   writeFileSync(kept, JSON.stringify(list));

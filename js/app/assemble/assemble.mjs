@@ -41,6 +41,7 @@ export function assemble(folder, packageFolder, list) {
   const files = filesIn(folder).filter((name) => name !== "service_worker.js");
   const hash = createHash("sha256");
   for (const name of files) hash.update(name).update(readFileSync(join(folder, name)));
-  const contents = { version: hash.digest("hex").slice(0, 16), files: ["./", ...files] };
+  const [, policy] = /Security-Policy" content="([^"]+)"/.exec(readFileSync(join(folder, "index.html"), "utf8"));
+  const contents = { policy, version: hash.digest("hex").slice(0, 16), files: ["./", ...files] };
   writeFileSync(join(folder, "contents.js"), `self.contents = ${JSON.stringify(contents)};\n`);
 }

@@ -50,13 +50,16 @@ async function systemFile(geomath, code) {
   return { refusal };
 }
 
-/** All systems that a file can hold: { code, name, place, file, notes }. `tell` hears how far it is. */
-export async function registeredSystems(program, tell = () => {}) {
+/**
+ * The systems with `words` in name and area, all of them with none: { code, name, place, file, notes }, or with the
+ * reason, `refusal`, where a system file cannot hold one. `tell(done, count)` hears how far it is.
+ */
+export async function registeredSystems(program, { words = " ", tell = () => {} } = {}) {
   const folder = folderWithoutGrids();
   const env = { ...process.env, PROJ_DATA: folder, GEOMATH_GRIDS: "" };
   const geomath = (...words) => run(program, words, { env, cwd: folder, maxBuffer: 1 << 26 });
   try {
-    const systems = listed((await geomath("system", "--find", " ")).stdout);
+    const systems = listed((await geomath("system", "--find", words)).stdout);
     let next = 0;
     const worker = async () => {
       while (next < systems.length) {

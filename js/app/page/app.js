@@ -29,8 +29,7 @@ const site = new SitePanel(plan, {
 });
 const picker = new Picker(async (system) => {
   pointer.use(system?.chain ?? null, system?.units);
-  // A site is calibrated on the grid below it, never on another site.
-  if (!system?.document.localization) site.use(system);
+  site.use(system?.below ?? null);
   await convert.use(system).catch((error) => tell(error.message));
   redraw();
 });
@@ -105,7 +104,7 @@ async function workOffline() {
     byId("offline").textContent = "Works while it is open; to install it, open it by https or on this machine.";
     return;
   }
-  await navigator.serviceWorker.register("service_worker.js");
+  await navigator.serviceWorker.register("service_worker.js", { updateViaCache: "none" });
   await navigator.serviceWorker.ready;
   byId("offline").textContent = "Ready to work offline";
 }

@@ -126,6 +126,7 @@ export class ConvertPanel {
     const notes = [
       mark === "," ? "Numbers are read with a decimal comma, and written so." : "",
       this.#opened.hasHeader ? "" : "The file has no header: see whether the columns are right.",
+      this.#unitNote(),
       heights ? "" : "Without heights, points are taken at height 0.",
       outside ? `${shown(outside, 0)} of them lie outside the area of the system.` : "",
     ];
@@ -137,6 +138,11 @@ export class ConvertPanel {
     byId("save-csv").disabled = byId("save-geojson").disabled = false;
     await this.#showPage(0);
     await this.draw();
+  }
+
+  #unitNote() {
+    const { plane, height } = this.#system.units;
+    return plane === "m" && height === "m" ? "" : `Grid coordinates are in ${plane}, heights beside them in ${height}.`;
   }
 
   /** Draws its points, as far as there are any. */

@@ -18,7 +18,10 @@ export class Picker {
     this.system = null;
     byId("search").addEventListener("input", () => this.#search());
     byId("search").addEventListener("keydown", (event) => this.#key(event));
+    byId("search").addEventListener("blur", () => this.#close());
+    byId("found").addEventListener("mousedown", (event) => event.preventDefault()); // the focus stays
     byId("country").addEventListener("change", (event) => this.search(event.target.value));
+    byId("search").addEventListener("focus", () => this.#search());
     byId("here").addEventListener("click", () => this.#here());
     byId("system-save").addEventListener("click", () => this.#save());
     byId("system-clear").addEventListener("click", () => this.choose(null));
@@ -48,7 +51,7 @@ export class Picker {
     this.#waiting = null;
     try {
       const document = JSON.parse(text);
-      this.choose(new System(document, { title: document.name ?? name, source: name, grids: this.grids }));
+      this.choose(new System(document, { title: document.name ?? name, source: name, text, grids: this.grids }));
     } catch (error) {
       if (error instanceof MissingGrids) this.#waiting = { text, name };
       tell(error.message.startsWith(name) ? error.message : `${name}: ${error.message}`);

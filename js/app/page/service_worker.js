@@ -1,11 +1,8 @@
 // Installs every file of the page, and serves it from there: with a network or without.
-importScripts("contents.js"); // { version, files } of this folder
+importScripts("contents.js"); // { version, policy, files } of this folder
 
-const { version, files } = self.contents;
+const { version, policy, files } = self.contents;
 const kCache = `geomath-${version}`;
-// The page has its own policy; what it starts, such as its worker, gets the same with its answer.
-const kPolicy = "default-src 'none'; script-src 'self' 'wasm-unsafe-eval'; style-src 'self'; img-src 'self' data: blob:; " +
-  "connect-src 'self'; worker-src 'self'; manifest-src 'self'; base-uri 'none'; form-action 'none'";
 
 async function install() {
   const cache = await caches.open(kCache);
@@ -24,7 +21,7 @@ async function answer(request) {
   const kept = await cache.match(request, { ignoreSearch: true });
   if (!kept) return fetch(request);
   const headers = new Headers(kept.headers);
-  headers.set("Content-Security-Policy", kPolicy);
+  headers.set("Content-Security-Policy", policy); // which the worker of the page has from nowhere else
   return new Response(kept.body, { status: kept.status, headers });
 }
 
@@ -33,4 +30,3 @@ self.addEventListener("activate", (event) => event.waitUntil(removeOlder()));
 self.addEventListener("fetch", (event) => {
   if (event.request.method === "GET") event.respondWith(answer(event.request));
 });
-self.addEventListener("message", ({ data }) => data === "take over" && self.skipWaiting());

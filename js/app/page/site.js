@@ -64,16 +64,22 @@ export class SitePanel {
     if (!this.#points) return this.plan.show(null);
     const chain = this.#result?.chain, units = this.#units;
     this.onChain(chain ?? null, units);
-    const perUnit = this.#system?.chain.unit ?? 1;
     this.plan.show({
       north: Float64Array.from(this.#points, (point) => point.localN ?? NaN),
       east: Float64Array.from(this.#points, (point) => point.localE ?? NaN),
       names: this.#points.map((point) => point.name),
       marks: this.#points.map((point) => kMarks[point.use]),
-      vectors: this.#result?.residuals.map(([n, e]) => (n === null || e === null ? null : [n / perUnit, e / perUnit])),
+      vectors: this.#vectors(),
       unit: units.plane,
       compass: chain && ((north, east) => compassOf(chain, north, east)),
     }, fit);
+  }
+
+  // Residuals are metres to north and east, the plan has the units and directions of the coordinates.
+  #vectors() {
+    const axes = this.#system?.chain.projection.gridAxes ?? "NE", unit = this.#system?.chain.unit ?? 1;
+    const north = (axes.includes("S") ? -1 : 1) / unit, east = (axes.includes("W") ? -1 : 1) / unit;
+    return this.#result?.residuals.map(([n, e]) => (n === null || e === null ? null : [n * north, e * east]));
   }
 
   /** While a point is dragged: the upper edge of the plan takes it out, or in again. */
@@ -159,9 +165,10 @@ export class SitePanel {
     return document;
   }
   #siteSystem() {
-    const grids = new Map(Object.entries(this.#system?.files ?? {}).map(([name, bytes]) => [name.split(/[\\/]/).at(-1).toLowerCase(), bytes]));
     const notes = ["with the site calibration of this page"];
-    return new System(this.#siteDocument(), { title: `Site ${this.#fileName}`, grids, place: this.#system?.title ?? "", notes });
+    return new System(this.#siteDocument(), {
+      title: `Site ${this.#fileName}`, grids: this.#system?.grids, place: this.#system?.title, notes, below: { system: this.#system },
+    });
   }
 
   #saveReport() {

@@ -56,23 +56,35 @@ export function compassOf(chain, north, east) {
   return [...up, ...right].slice(0, 2).every(Number.isFinite) ? { north: step(up), east: step(right) } : null;
 }
 
+// Columns are found by their names, so that only the directions of axes matter: north or south comes first here.
+function withNorthFirst(document) {
+  const inOrder = ([key, axes]) => [key, /^[EW][NS]$/i.test(axes) ? axes[1] + axes[0] : axes];
+  const axes = Object.fromEntries(Object.entries(document.axes ?? {}).map(inOrder));
+  return JSON.stringify(axes) === JSON.stringify(document.axes) || !document.axes ? null : { ...document, axes };
+}
+
 /**
- * A system to convert with; `grids` holds bytes by base name. Throws what is wrong with it, which begins with `source`
- * where the library says it.
+ * A system to convert with. `given` has its `text` as it stands in a file, its `grids`, bytes by base name, and what
+ * the page tells of it. Throws what is wrong with it, which begins with `source` where the library says it.
  */
 export class System {
-  constructor(document, { title = document.name ?? "system file", source = title, grids = new Map(), code = "", place = "", notes = [] } = {}) {
-    Object.assign(this, { document, title, code, place, notes });
-    this.text = JSON.stringify(document);
-    this.files = {};
-    this.missing = [];
-    for (const name of filesNamedBy(document)) {
-      const bytes = grids.get(baseName(name));
-      if (bytes) this.files[name] = bytes;
-      else this.missing.push(name);
-    }
-    if (this.missing.length) throw new MissingGrids(this.missing);
+  constructor(document, given = {}) {
+    const { title = document.name ?? "system file", source = title, text = JSON.stringify(document), grids = new Map() } = given;
+    const { code = "", place = "", notes = [], below = null } = given;
+    Object.assign(this, { document, title, code, place, notes, grids });
+    const turned = withNorthFirst(document);
+    this.text = turned ? JSON.stringify(turned) : text;
+    this.files = filesFrom(grids, document);
     this.chain = CoordinateChain.fromSystem(this.text, { files: this.files, name: source });
+    this.#below = below;
+  }
+  #below;
+  /** The system on whose grid its site lies; itself where there is none, null for a site with a projection of its own. */
+  get below() {
+    if (!this.document.localization) return this;
+    if (this.#below) return this.#below.system;
+    const { localization: _, ...document } = this.document;
+    return new System(document, { title: this.title, grids: this.grids, place: this.place });
   }
   get description() {
     return this.document.description ?? "";
@@ -94,6 +106,12 @@ export class System {
     };
     return { plane: sign("grid", this.chain.unit), height: sign("height", this.chain.heightUnit) };
   }
+}
+
+function filesFrom(grids, document) {
+  const names = filesNamedBy(document), missing = names.filter((name) => !grids.has(baseName(name)));
+  if (missing.length) throw new MissingGrids(missing);
+  return Object.fromEntries(names.map((name) => [name, grids.get(baseName(name))]));
 }
 
 /** The files of a system are not all there yet. */
