@@ -1,9 +1,9 @@
 // Areas of use: { west, south, east, north } in degrees, west above east across the date line.
 
 export function contains({ west, south, east, north }, lat, lon) {
-  const turned = ((lon + 540) % 360) - 180;
-  const within = west <= east ? turned >= west && turned <= east : turned >= west || turned <= east;
-  return within && lat >= south && lat <= north;
+  const within = (degrees) => (west <= east ? degrees >= west && degrees <= east : degrees >= west || degrees <= east);
+  const turned = ((lon + 540) % 360) - 180; // the date line is −180, and 180 as well
+  return lat >= south && lat <= north && (within(turned) || turned === -180 && within(180));
 }
 
 /** Square degrees, to put areas into an order. */

@@ -1,5 +1,7 @@
 // Which columns of a table hold coordinates: the names that instruments write.
 
+import { beginsNumber } from "./numbers.js";
+
 const kGeographic = [
   { own: ["lat"], others: ["latitude", "breite"] },
   { own: ["lon"], others: ["long", "lng", "longitude", "länge", "laenge"] },
@@ -60,9 +62,10 @@ export function guessColumns(names, direction) {
   });
 }
 
-/** Without a header: a name where the first field is no number, then the coordinates in their order. */
+/** Without a header: a name, where there are four fields or the first is no number, then the coordinates in their order. */
 export function columnsInOrder(values) {
-  const start = /^[\s+\-−]*[NSEW]?\s*[.,]?\d/.test(values[0]) && values.length <= 3 ? 0 : values.length > 2 ? 1 : 0;
+  const isNamed = values.length > 2 && !(values.length === 3 && beginsNumber(values[0]));
+  const start = isNamed ? 1 : 0;
   return [0, 1, 2].map((i) => (start + i < values.length ? start + i : -1));
 }
 

@@ -1,7 +1,7 @@
 // The page's side of the worker: calls that answer with promises.
 
-/** Thrown for what the worker complains of. */
-export class ConversionError extends Error {
+// What the worker complains of.
+class ConversionError extends Error {
   name = "ConversionError";
 }
 

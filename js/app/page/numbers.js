@@ -13,6 +13,9 @@ const kAngles = {
   longitude: { largest: 360, sign: { E: 1, W: -1 } },
 };
 
+/** Whether a text looks like the beginning of a number, or of an angle. */
+export const beginsNumber = (text) => /^[\s+\-−]*[NSEW]?\s*[.,]?\d/.test(text);
+
 // The degrees of an angle without letter and sign, NaN for what is none: only the last figure has decimals.
 function degreesOf(text) {
   const figures = kAngle.exec(text)?.slice(1).filter((figure) => figure !== undefined);

@@ -1,12 +1,12 @@
 // A plan: points in a grid with north up, a scale bar, a north arrow, pan and zoom.
 import { shown } from "./numbers.js";
 
-const kMargin = 64, kGridPixels = 110, kNamedPoints = 250, kMarkRadius = 4, kSmallMark = 3000;
+const kMargin = 64, kGridPixels = 110, kNamedPoints = 250, kMarkRadius = 4, kArrowRoom = 64, kSmallMark = 3000;
 const kZoomStep = 1.5, kPanStep = 60, kPickPixels = 14, kVectorPixels = 56;
 const kFont = '12px system-ui, sans-serif';
 
-/** The largest of 1, 2, 5 times a power of ten that is not above `value`. */
-export function roundLength(value) {
+// The largest of 1, 2, 5 times a power of ten that is not above `value`.
+function roundLength(value) {
   const power = 10 ** Math.floor(Math.log10(value));
   return ([5, 2].find((step) => step * power <= value) ?? 1) * power;
 }
@@ -189,7 +189,7 @@ export class Plan {
     for (const east of this.#senses[1] > 0 ? columns : columns.reverse()) {
       const text = shown(east, decimals), wide = context.measureText(text).width;
       const x = this.#pixel(0, east)[0] + 4;
-      if (x < free || x + wide > width) continue;
+      if (x < free || x + wide > width - kArrowRoom) continue;
       context.fillText(text, x, 14);
       free = x + wide + 10;
     }
@@ -321,7 +321,7 @@ export class Plan {
   #paintArrow() {
     const direction = this.#content.compass?.(this.#view.north, this.#view.east)?.north;
     if (!direction) return;
-    const context = this.#context, x = this.#size.width - 34, y = 52;
+    const context = this.#context, x = this.#size.width - kArrowRoom / 2, y = 46;
     context.save();
     context.translate(x, y);
     context.rotate(Math.atan2(direction[1] * this.#senses[1], direction[0] * this.#senses[0]));

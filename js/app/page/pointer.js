@@ -8,15 +8,14 @@ const kGridDecimals = 2, kDegreeDecimals = 7, kDeclinationDecimals = 2, kGeoidDe
 export class Pointer {
   #chain = null;
   #units = { plane: "m" };
-  #today = new Date();
-  #field = new MagneticField(this.#today);
+  #field = new MagneticField(new Date());
   #geoid = null;
   #geoidName = "";
   #last = null;
 
   constructor() {
     const { model, warning } = this.#field;
-    byId("declination-name").textContent = `Declination, ${this.#today.toLocaleDateString()}`;
+    byId("declination-name").textContent = "Declination today";
     byId("declination-name").title = warning || `${model}, at the ellipsoid`;
   }
 

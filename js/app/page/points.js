@@ -5,8 +5,8 @@ import { csvField, fieldsOf, readTable, TableError, valuesOf, writeTable } from 
 
 const kMostProblems = 50; // that are told one by one
 
-/** What is wrong with single rows; `count` is that of all. */
-export class Problems {
+// What is wrong with single rows; `count` is that of all.
+class Problems {
   count = 0;
   told = [];
   add(text) {

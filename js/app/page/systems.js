@@ -17,8 +17,8 @@ export async function loadSystems() {
   return new Response(new Blob([bytes]).stream().pipeThrough(new DecompressionStream("gzip"))).json();
 }
 
-/** The position that a text is, as [lat, lon]; null for any other text. */
-export function placeIn(text) {
+// The position that a text is, as [lat, lon]; null for any other text.
+function placeIn(text) {
   const parts = text.split(/[,;]\s*|\s+/).filter(Boolean);
   if (parts.length !== 2) return null;
   const numbers = new NumberReader(".");

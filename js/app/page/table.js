@@ -1,5 +1,7 @@
 // Tables in CSV, as instruments and spreadsheets write them: every row keeps its text.
 
+import { beginsNumber } from "./numbers.js";
+
 const kSeparators = [",", ";", "\t", "|"];
 
 /** What a file has wrong; the message says where. */
@@ -92,7 +94,7 @@ export function readTable(text) {
 }
 
 // Names, and no number among them.
-const isHeader = (fields) => !fields.some((field) => /^[\s+\-−]*[NSEW]?\s*[.,]?\d/.test(field));
+const isHeader = (fields) => !fields.some(beginsNumber);
 
 function takeHeader(table, row) {
   table.header = withoutEnd(row.text, table.separator);
