@@ -11,7 +11,8 @@ const [folder, packageFolder, program, port] = process.argv.slice(2);
 
 // The list takes minutes: it is kept beside the page until the program is newer.
 async function systemList(kept) {
-  if (existsSync(kept) && statSync(kept).mtimeMs > statSync(program).mtimeMs) return JSON.parse(readFileSync(kept, "utf8"));
+  const isNew = existsSync(kept) && statSync(kept).mtimeMs > statSync(program).mtimeMs;
+  if (isNew) return JSON.parse(readFileSync(kept, "utf8"));
   console.log("Reading the systems of the EPSG registry, which takes some minutes …");
   const all = await registeredSystems(program, { tell: (done, count) => console.log(`  ${done} of ${count}`) });
   const systems = all.filter((system) => system.file);

@@ -1,7 +1,7 @@
 // Puts the page together: its own files, the package, the list of systems, and the list of all of these by which
 // the service worker installs them.
 import { createHash } from "node:crypto";
-import { cpSync, mkdirSync, readdirSync, readFileSync, rmSync, writeFileSync } from "node:fs";
+import { cpSync, mkdirSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync } from "node:fs";
 import { join } from "node:path";
 import { fileURLToPath } from "node:url";
 import { gzipSync } from "node:zlib";
@@ -27,9 +27,10 @@ export function listOf(systems, version) {
   return { version, countries: countriesOf(systems), systems };
 }
 
-const filesIn = (folder) =>
-  readdirSync(folder, { recursive: true, withFileTypes: true }).filter((entry) => entry.isFile())
-    .map((entry) => join(entry.parentPath ?? entry.path, entry.name).slice(folder.length + 1).replaceAll("\\", "/")).sort();
+function filesIn(folder) {
+  const names = readdirSync(folder, { recursive: true }).filter((name) => statSync(join(folder, name)).isFile());
+  return names.map((name) => name.replaceAll("\\", "/")).sort();
+}
 
 /** Writes the page's folder anew, from the folder of the npm package and a list of systems. */
 export function assemble(folder, packageFolder, list) {

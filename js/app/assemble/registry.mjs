@@ -33,6 +33,10 @@ function listed(text) {
 const notesOf = (text) => lines(text).slice(1).map((line) => line.replace(/^geomath: /, ""))
   .filter((note) => !note.startsWith("other transformations"));
 
+// Why there is no transformation, of a message of the program.
+const reasonOf = (refusal) =>
+  refusal ? [refusal.replace(/^geomath: EPSG:\d+ .*?: /, "").replace(/; --list-operations.*/, "")] : [];
+
 // The system file with the best transformation that needs no grid; where there is none, with positions on the
 // system's own datum; nothing for a projection that the library does not have.
 async function systemFile(geomath, code) {
@@ -40,8 +44,7 @@ async function systemFile(geomath, code) {
   for (const wish of [[], ["--no-datum"]]) {
     try {
       const { stdout, stderr } = await geomath("system", "--epsg", code, "-o", "-", ...wish);
-      const reason = refusal ? [refusal.replace(/^geomath: EPSG:\d+ .*?: /, "").replace(/; --list-operations.*/, "")] : [];
-      return { file: JSON.parse(stdout), notes: [...reason, ...notesOf(stderr)] };
+      return { file: JSON.parse(stdout), notes: [...reasonOf(refusal), ...notesOf(stderr)] };
     } catch (error) {
       if (error.code !== 2) throw error;
       refusal = error.stderr.trim();

@@ -5,13 +5,14 @@ import { extname, join, normalize } from "node:path";
 
 const kTypes = {
   ".html": "text/html; charset=utf-8", ".js": "text/javascript; charset=utf-8", ".css": "text/css; charset=utf-8",
-  ".svg": "image/svg+xml", ".wasm": "application/wasm", ".webmanifest": "application/manifest+json", ".gz": "application/octet-stream",
+  ".svg": "image/svg+xml", ".wasm": "application/wasm", ".webmanifest": "application/manifest+json",
+  ".gz": "application/octet-stream",
 };
 
 async function answer(folder, request, response) {
-  const path = normalize(decodeURIComponent(new URL(request.url, "http://localhost").pathname));
-  const name = path.endsWith("/") ? `${path}index.html` : path;
   try {
+    const path = normalize(decodeURIComponent(new URL(request.url, "http://localhost").pathname));
+    const name = path.endsWith("/") ? `${path}index.html` : path;
     const bytes = await readFile(join(folder, name));
     response.writeHead(200, { "Content-Type": kTypes[extname(name)] ?? "text/plain", "Cache-Control": "no-cache" });
     response.end(bytes);

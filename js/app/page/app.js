@@ -8,15 +8,14 @@ import { Pointer } from "./pointer.js";
 import { SitePanel } from "./site.js";
 
 const kTabs = ["convert", "site"];
-const kZoomStep = 1.5;
 
 const pointer = new Pointer();
 let task = "convert";
 
 const plan = new Plan(byId("plan"), {
   onPoint: (north, east) => pointer.show(north, east),
-  onGrab: (index, _x, y) => task === "site" && site.grab(index, y),
-  onDrop: (index, _x, y) => task === "site" && site.drop(index, y),
+  onGrab: (index, y) => site.grab(index, y),
+  onDrop: (index, y) => site.drop(index, y),
   canGrab: () => task === "site",
 });
 const convert = new ConvertPanel(plan);
@@ -64,18 +63,23 @@ for (const name of kTabs) {
 }
 
 // What a JSON file is, its text tells.
-const isGeoJson = (text) => /"type"\s*:\s*"(Feature|FeatureCollection|Point|Multi\w+|LineString|Polygon|GeometryCollection)"/.test(text);
+const kGeoJson = /"type"\s*:\s*"(Feature|FeatureCollection|Point|Multi\w+|LineString|Polygon|GeometryCollection)"/;
+
+const kSuffixes = { json: "json", geojson: "json", csv: "table", txt: "table", tsv: "table", gsb: "grid", gtx: "grid" };
+
+async function kindOf(file) {
+  const kind = kSuffixes[file.name.split(".").at(-1).toLowerCase()];
+  return kind === "json" ? (kGeoJson.test(await textOf(file)) ? "features" : "system") : kind;
+}
 
 async function takeFiles(files) {
-  const suffix = (file) => file.name.split(".").at(-1).toLowerCase();
-  for (const file of files.filter((each) => suffix(each) === "gtx")) pointer.takeGeoid(await file.arrayBuffer(), file.name);
-  const ofSystem = [], known = ["json", "geojson", "csv", "txt", "tsv", "gsb", "gtx"];
+  const ofSystem = [];
   for (const file of files) {
-    if (!known.includes(suffix(file))) tell(`${file.name}: this page reads CSV, GeoJSON, system files (JSON), and grids (.gsb, .gtx).`);
-    else if (["gsb", "gtx"].includes(suffix(file))) ofSystem.push(file);
-    else if (suffix(file).endsWith("json") && isGeoJson(await textOf(file))) await openPoints(file, "features");
-    else if (suffix(file).endsWith("json")) ofSystem.push(file);
-    else await openPoints(file, "table");
+    const kind = await kindOf(file);
+    if (kind === undefined) tell(`${file.name}: this page reads CSV, GeoJSON, system files (JSON) and grids (.gsb, .gtx).`);
+    else if (kind === "grid" || kind === "system") ofSystem.push(file);
+    else await openPoints(file, kind);
+    if (/\.gtx$/i.test(file.name)) pointer.takeGeoid(await file.arrayBuffer(), file.name);
   }
   if (ofSystem.length) await picker.takeFiles(ofSystem);
 }
@@ -95,8 +99,8 @@ addEventListener("drop", (event) => {
   if (!event.target.closest(".drop")) taking([...event.dataTransfer.files]);
 });
 
-byId("zoom-in").addEventListener("click", () => plan.zoom(kZoomStep));
-byId("zoom-out").addEventListener("click", () => plan.zoom(1 / kZoomStep));
+byId("zoom-in").addEventListener("click", () => plan.zoomIn());
+byId("zoom-out").addEventListener("click", () => plan.zoomOut());
 byId("zoom-fit").addEventListener("click", () => plan.fit());
 
 async function workOffline() {

@@ -2,27 +2,35 @@
 import { shown } from "./numbers.js";
 
 /** Rows of the residuals: the header and, for each point, its texts. */
-export const kResidualHeader = ["point", "use", "res N", "res E", "res H", "std N", "std E", "std H", "without N", "without E", "without H"];
+export const kResidualHeader = ["point", "use", ...["res", "std", "without"].flatMap((what) => ["N", "E", "H"].map((axis) => `${what} ${axis}`))];
 
-export function residualCells(result, i, format = shown) {
-  return [...result.residuals[i].map((value) => format(value, 4)), ...result.standardised[i].map((value) => format(value, 2)),
-    ...result.predicted[i].map((value) => format(value, 4))];
+export function residualCells({ residuals, standardised, predicted }, i, format = shown) {
+  const cells = (table, decimals) => table[i].map((value) => format(value, decimals));
+  return [...cells(residuals, 4), ...cells(standardised, 2), ...cells(predicted, 4)];
 }
 
 const kPpm = 1e6, kSeconds = 3600;
+const shorterWay = (degrees) => (degrees > 180 ? degrees - 360 : degrees);
+// What it is called, its key, the factor of its unit, decimals, and from what it is told.
 const kParameters = [
-  ["Shift N, m", "shiftN", 1, 4], ["Shift E, m", "shiftE", 1, 4], ["Scale", "scale", 1, 10],
-  ["Scale − 1, ppm", "scale", kPpm, 3, 1], ["Rotation, deg", "rotation", 1, 9], ["Rotation, arc-seconds", "rotation", kSeconds, 3, 0, 360],
-  ["Shift H, m", "shiftH", 1, 4], ["Slope N, mm/km", "slopeN", kPpm, 3], ["Slope E, mm/km", "slopeE", kPpm, 3],
+  ["Shift N, m", "shiftN", 1, 4],
+  ["Shift E, m", "shiftE", 1, 4],
+  ["Scale", "scale", 1, 10],
+  ["Scale − 1, ppm", "scale", kPpm, 3, (scale) => scale - 1],
+  ["Rotation, deg", "rotation", 1, 9],
+  ["Rotation, arc-seconds", "rotation", kSeconds, 3, shorterWay],
+  ["Shift H, m", "shiftH", 1, 4],
+  ["Slope N, mm/km", "slopeN", kPpm, 3],
+  ["Slope E, mm/km", "slopeE", kPpm, 3],
 ];
 
-/** Parameters with their deviations: [name, value, deviation] as texts. A turn in arc-seconds is the shorter way round. */
+/** Parameters with their deviations: [name, value, deviation] as texts. */
 export function parameterRows(result, format = shown) {
   const values = result.localization.describe(), { deviations } = result;
-  return kParameters.filter(([, key]) => values[key] !== undefined).map(([name, key, factor, decimals, from = 0, turn = 0]) => {
-    const value = turn && values[key] > turn / 2 ? values[key] - turn : values[key] - from;
+  const present = kParameters.filter(([, key]) => values[key] !== undefined);
+  return present.map(([name, key, factor, decimals, told = (value) => value]) => {
     const deviation = deviations[key] === null ? null : deviations[key] * factor;
-    return [name, format(value * factor, decimals), format(deviation, decimals)];
+    return [name, format(told(values[key]) * factor, decimals), format(deviation, decimals)];
   });
 }
 

@@ -62,7 +62,7 @@ export function guessColumns(names, direction) {
   });
 }
 
-/** Without a header: a name, where there are four fields or the first is no number, then the coordinates in their order. */
+/** Without a header: a name, where there are four fields or the first is no number, then coordinates in their order. */
 export function columnsInOrder(values) {
   const isNamed = values.length > 2 && !(values.length === 3 && beginsNumber(values[0]));
   const start = isNamed ? 1 : 0;

@@ -7,13 +7,14 @@ export const kUses = ["both", "horizontal", "vertical", "rotation", "none"];
 const kUseCodes = ["none", "vertical", "horizontal", "both", "rotation"]; // by number
 const kNeeded = ["lat", "lon", "localN", "localE"];
 const kAngles = { lat: "latitude", lon: "longitude" };
-const kWritten = { localN: "local_n", localE: "local_e", localH: "local_h" };
+const written = (key) => key.replace(/[A-Z]/, (letter) => `_${letter.toLowerCase()}`); // localN is local_n in files
 
 function columnsOf(table) {
   if (!table.names) throw new TableError("control points need a header: lat, lon, h, local_n, local_e, local_h");
-  const found = Object.fromEntries(Object.entries(kControl).map(([key, names]) => [key, columnOf(table.names, names, kWritten[key] ?? key)]));
+  const column = ([key, names]) => [key, columnOf(table.names, names, written(key))];
+  const found = Object.fromEntries(Object.entries(kControl).map(column));
   const absent = kNeeded.find((key) => found[key] < 0);
-  if (absent) throw new TableError(`there is no column "${kWritten[absent] ?? absent}"; there are ${table.names.join(", ")}`);
+  if (absent) throw new TableError(`there is no column "${written(absent)}"; there are ${table.names.join(", ")}`);
   return found;
 }
 
@@ -34,7 +35,7 @@ function readPoint(values, columns, numbers, line, index) {
   for (const key of ["lat", "lon", "h", "localN", "localE", "localH"]) {
     const text = columns[key] < 0 ? "" : values[columns[key]].trim();
     const value = text === "" ? null : kAngles[key] ? numbers.angle(text, kAngles[key]) : numbers.number(text);
-    if (Number.isNaN(value)) throw new TableError(`row ${line}: ${kWritten[key] ?? key} "${text}" is no ${kAngles[key] ?? "number"}`);
+    if (Number.isNaN(value)) throw new TableError(`row ${line}: ${written(key)} "${text}" is no ${kAngles[key] ?? "number"}`);
     point[key] = value;
   }
   point.name = (columns.name < 0 ? "" : values[columns.name].trim()) || String(index + 1);
@@ -42,11 +43,16 @@ function readPoint(values, columns, numbers, line, index) {
   return point;
 }
 
-/** The points of a CSV text: { name, lat, lon, h, localN, localE, localH, use }, null for what one does not have. */
+/**
+ * The points of a CSV text, { name, lat, lon, h, localN, localE, localH, use }, null for what one does not have; and
+ * the names of its columns with accuracies, which are for the program.
+ */
 export function readControl(text) {
   const table = readTable(text), columns = columnsOf(table);
   const numbers = new NumberReader(table.separator === "," ? "." : "");
-  return table.rows.map((row, i) => readPoint(valuesOf(table, row, table.names.length), columns, numbers, row.line, i));
+  const valuesIn = (row) => valuesOf(table, row, table.names.length);
+  const points = table.rows.map((row, i) => readPoint(valuesIn(row), columns, numbers, row.line, i));
+  return { points, accuracies: table.names.filter((name) => /^(global_)?(sigma|corr)_/i.test(name)) };
 }
 
 /** The points as columns, as a calibration takes them. */

@@ -63,13 +63,19 @@ export class ConvertPanel {
 
   async convert() {
     if (!this.#opened) return;
-    if (!this.#system) return this.#showUnconverted(`${shown(this.#opened.count, 0)} points. Choose a system to convert them.`);
-    const columns = [0, 1, 2].map((c) => Number(byId(`column-${c}`).value));
-    const missing = this.#opened.kind === "table" ? columns.slice(0, 2).indexOf(-1) : -1;
-    if (missing >= 0) return this.#showUnconverted(`Which column is the ${kDirections[this.direction].from[missing]}? Choose it under Columns.`);
-    const epoch = this.#epoch();
-    if (Number.isNaN(epoch)) return this.#showUnconverted("The positions need their date, because the frame of this system moves: type a decimal year, such as 2026.9.");
+    const columns = [0, 1, 2].map((c) => Number(byId(`column-${c}`).value)), epoch = this.#epoch();
+    const obstacle = this.#obstacle(columns, epoch);
+    if (obstacle) return this.#showUnconverted(obstacle);
     await this.#run({ direction: this.direction, columns, epoch });
+  }
+
+  // What has to be told before anything is converted; empty where nothing is missing.
+  #obstacle(columns, epoch) {
+    if (!this.#system) return `${shown(this.#opened.count, 0)} points. Choose a system to convert them.`;
+    const missing = this.#opened.kind === "table" ? columns.slice(0, 2).indexOf(-1) : -1;
+    if (missing >= 0) return `Which column is the ${kDirections[this.direction].from[missing]}? Choose it under Columns.`;
+    if (!Number.isNaN(epoch)) return "";
+    return "The positions need their date, because the frame of this system moves: type a decimal year, such as 2026.9.";
   }
 
   async #run(wish) {
@@ -87,7 +93,7 @@ export class ConvertPanel {
 
   // null where the system has no need of a date, NaN where it is missing.
   #epoch() {
-    if (!this.#system.chain.needsEpoch || (this.#system.document.frame?.date ?? null) !== null) return null;
+    if (!this.#system?.chain.needsEpoch || (this.#system.document.frame?.date ?? null) !== null) return null;
     return new NumberReader().number(byId("epoch").value);
   }
 
@@ -124,13 +130,14 @@ export class ConvertPanel {
   async #show() {
     const { count, converted, problems, problemCount, mark, heights, outside } = this.#result;
     const notes = [
+      `${shown(converted, 0)} of ${shown(count, 0)} points converted.`,
       mark === "," ? "Numbers are read with a decimal comma, and written so." : "",
       this.#opened.hasHeader ? "" : "The file has no header: see whether the columns are right.",
       this.#unitNote(),
       heights ? "" : "Without heights, points are taken at height 0.",
       outside ? `${shown(outside, 0)} of them lie outside the area of the system.` : "",
     ];
-    byId("status").textContent = [`${shown(converted, 0)} of ${shown(count, 0)} points converted.`, ...notes].filter(Boolean).join(" ");
+    byId("status").textContent = notes.filter(Boolean).join(" ");
     byId("problems").hidden = problemCount === 0;
     byId("problem-count").textContent = `${shown(problemCount, 0)} not converted`;
     const more = problemCount > problems.length ? [`… and ${shown(problemCount - problems.length, 0)} more`] : [];
@@ -172,7 +179,8 @@ export class ConvertPanel {
     byId("pages").hidden = pages <= 1;
     byId("page-before").disabled = this.#page === 0;
     byId("page-next").disabled = this.#page === pages - 1;
-    byId("page-place").textContent = `${shown(start + 1, 0)} to ${shown(start + rows.length, 0)} of ${shown(this.#opened.count, 0)}`;
+    const [first, last, all] = [start + 1, start + rows.length, this.#opened.count].map((count) => shown(count, 0));
+    byId("page-place").textContent = `${first} to ${last} of ${all}`;
   }
 
   #fillRows(rows) {
@@ -182,7 +190,8 @@ export class ConvertPanel {
     const cells = rows.map((row) => [row.place, ...given.map((_, i) => row.values[i] ?? ""),
       ...(this.#result ? row.results.map((value, c) => shown(value, decimals[c])) : [])]);
     const isText = given.map((_, i) => rows.some((row) => !/^\s*[+-]?[\d.,]*\s*$/.test(row.values[i] ?? "")));
-    fillTable(byId("table"), header, cells, { classes: (r, c) => (c > given.length ? "result" : isText[c - 1] ? "text" : "") });
+    const classes = (_row, c) => (c > given.length ? "result" : isText[c - 1] ? "text" : "");
+    fillTable(byId("table"), header, cells, { classes });
   }
 
   async #save(format) {

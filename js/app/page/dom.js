@@ -15,10 +15,10 @@ export function element(tag, properties = {}, ...children) {
 
 /** A table's rows of texts or elements; `classes(r, c)` names the class of a cell. */
 export function fillTable(table, header, rows, { classes = () => "", rowClass = () => "" } = {}) {
-  const head = element("thead", {}, element("tr", {}, ...header.map((text, c) => element("th", { scope: "col", className: classes(-1, c) }, text))));
-  const body = rows.map((row, r) =>
-    element("tr", { className: rowClass(r) }, ...row.map((cell, c) => element("td", { className: classes(r, c) }, cell))));
-  table.replaceChildren(head, element("tbody", {}, ...body));
+  const head = header.map((text, c) => element("th", { scope: "col", className: classes(-1, c) }, text));
+  const cells = (row, r) => row.map((cell, c) => element("td", { className: classes(r, c) }, cell));
+  const body = rows.map((row, r) => element("tr", { className: rowClass(r) }, ...cells(row, r)));
+  table.replaceChildren(element("thead", {}, element("tr", {}, ...head)), element("tbody", {}, ...body));
 }
 
 /** The message at the top of the page; an empty text takes it away. */

@@ -72,8 +72,8 @@ const formats = new Map();
 /** A number for the screen, as the user's language writes it; a dash for none. */
 export function shown(value, decimals) {
   if (value === null || value === undefined || !Number.isFinite(value)) return "–";
-  if (!formats.has(decimals))
-    formats.set(decimals, new Intl.NumberFormat(undefined, { minimumFractionDigits: decimals, maximumFractionDigits: decimals }));
+  const digits = { minimumFractionDigits: decimals, maximumFractionDigits: decimals };
+  if (!formats.has(decimals)) formats.set(decimals, new Intl.NumberFormat(undefined, digits));
   return formats.get(decimals).format(value);
 }
 

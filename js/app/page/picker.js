@@ -70,10 +70,15 @@ export class Picker {
     const text = byId("search").value.trim();
     this.#found = text ? findSystems(this.#list.systems, text) : [];
     this.#active = -1;
-    byId("found-count").textContent = !text ? "" : this.#found.length === 0 ? "No system has all of this in its code, name or area."
-      : this.#found.length > kMostShown ? `${this.#found.length} systems, the first ${kMostShown} of them shown` : `${this.#found.length} found`;
+    byId("found-count").textContent = text ? this.#countText() : "";
     byId("found").replaceChildren(...this.#found.slice(0, kMostShown).map((system, i) => this.#option(system, i)));
     this.#show(this.#found.length > 0);
+  }
+
+  #countText() {
+    const count = this.#found.length;
+    if (count === 0) return "No system has all of this in its code, name or area.";
+    return count > kMostShown ? `${count} systems, the first ${kMostShown} of them shown` : `${count} found`;
   }
 
   #option(system, i) {

@@ -16,7 +16,8 @@ class Problems {
 
 // Columns of a conversion: a point that cannot be read is NaN.
 function emptyCoordinates(count) {
-  return { columns: [0, 1, 2].map(() => new Float64Array(count)), hasHeight: new Uint8Array(count), problems: new Problems() };
+  const columns = [0, 1, 2].map(() => new Float64Array(count));
+  return { columns, hasHeight: new Uint8Array(count), problems: new Problems() };
 }
 
 /** Points in the rows of a CSV table. */
@@ -27,7 +28,8 @@ export class TablePoints {
     this.count = this.table.rows.length;
     const first = fieldsOf(this.table.rows[0].text, this.table.separator);
     this.names = this.table.names ?? first.map((_, i) => `column ${i + 1}`);
-    this.numbers = new NumberReader(this.table.separator === "," && !first.some((field) => field.includes(",")) ? "." : "");
+    const commasSeparate = this.table.separator === "," && !first.some((field) => field.includes(","));
+    this.numbers = new NumberReader(commasSeparate ? "." : "");
   }
   get hasHeader() {
     return this.table.names !== null;
@@ -53,9 +55,10 @@ export class TablePoints {
     try {
       const values = valuesOf(this.table, this.table.rows[i], this.names.length);
       const point = [0, 1].map((c) => this.#read(i, values[chosen[c]], from[c], angles));
-      const height = chosen[2] < 0 || values[chosen[2]].trim() === "" ? undefined : this.#read(i, values[chosen[2]], from[2], false);
-      hasHeight[i] = height !== undefined;
-      [...point, height ?? 0].forEach((value, c) => (columns[c][i] = value));
+      const height = chosen[2] < 0 ? "" : values[chosen[2]].trim();
+      hasHeight[i] = height !== "";
+      point.push(height === "" ? 0 : this.#read(i, height, from[2], false));
+      point.forEach((value, c) => (columns[c][i] = value));
     } catch (error) {
       if (!(error instanceof TableError)) throw error;
       problems.add(error.message);
@@ -86,12 +89,10 @@ export class TablePoints {
   }
 }
 
-const resultDecimals = (direction) =>
-  kDirections[direction].angles ? [kLengthDecimals, kLengthDecimals, kLengthDecimals] : [kDegreeDecimals, kDegreeDecimals, kLengthDecimals];
-
 function resultCells(direction, { columns, hasHeight }, i, mark) {
-  const decimals = resultDecimals(direction);
-  return columns.map((column, c) => (c === 2 && !hasHeight[i] ? "" : fileNumber(column[i], decimals[c], mark)));
+  const planeDecimals = kDirections[direction].angles ? kLengthDecimals : kDegreeDecimals;
+  const [a, b] = columns.slice(0, 2).map((column) => fileNumber(column[i], planeDecimals, mark));
+  return [a, b, hasHeight[i] ? fileNumber(columns[2][i], kLengthDecimals, mark) : ""];
 }
 
 function named(names, { columns, hasHeight }, i) {
@@ -126,7 +127,7 @@ export class FeaturePoints {
   }
   values(i) {
     const { feature } = this.vertices[i], { properties } = this.all[feature];
-    const text = (value) => (value === null || value === undefined ? "" : typeof value === "object" ? JSON.stringify(value) : String(value));
+    const text = (value) => (typeof value === "object" && value ? JSON.stringify(value) : String(value ?? ""));
     return [String(feature + 1), ...this.properties.map((name) => text(properties?.[name]))];
   }
   coordinates() {
@@ -174,7 +175,8 @@ const isVertex = (coordinates) => !Array.isArray(coordinates[0]);
 // The geometry with each vertex replaced, in the order in which collectVertices meets them.
 function withVertices(geometry, vertex) {
   if (!geometry) return geometry;
-  if (geometry.geometries) return { ...geometry, geometries: geometry.geometries.map((each) => withVertices(each, vertex)) };
+  if (geometry.geometries)
+    return { ...geometry, geometries: geometry.geometries.map((each) => withVertices(each, vertex)) };
   const replaced = (coordinates) =>
     coordinates.length && isVertex(coordinates) ? vertex(coordinates) : coordinates.map(replaced);
   const { bbox: _bounds, ...rest } = geometry;

@@ -9,10 +9,15 @@ import { compassOf, System } from "./systems.js";
 
 const kSuspicious = 3.3; // standard deviations
 const kTrayHeight = 80; // pixels of the plan's upper edge
-const kMarks = { both: "--mark", horizontal: "--mark", vertical: "--mark-vertical", rotation: "--mark-rotation", none: "--mark-out" };
+const kMarks = {
+  both: "--mark", horizontal: "--mark", vertical: "--mark-vertical", rotation: "--mark-rotation", none: "--mark-out",
+};
+const kResidualText = "Given minus computed, metres (res); over their standard deviations (std); misfit to a calibration " +
+  "without the point (without). Take a point out by its box, or drag it on the plan to the upper edge.";
 
 export class SitePanel {
   #points = null;
+  #accuracies = [];
   #fileName = "site";
   #system = null;
   #result = null;
@@ -36,7 +41,9 @@ export class SitePanel {
   open(text, name) {
     tell("");
     try {
-      this.#points = readControl(text).map((point) => ({ ...point, whole: point.use === "none" ? "both" : point.use }));
+      const { points, accuracies } = readControl(text);
+      this.#points = points.map((point) => ({ ...point, whole: point.use === "none" ? "both" : point.use }));
+      this.#accuracies = accuracies;
       this.#fileName = name.replace(/\.[^.]*$/, "");
       this.solve(true);
     } catch (error) {
@@ -112,23 +119,27 @@ export class SitePanel {
   #show() {
     byId("site-actions").hidden = !this.#result;
     for (const id of ["site-summary", "site-warnings", "parameters"]) byId(id).replaceChildren();
-    if (this.#result) {
-      byId("site-summary").append(element("ul", { className: "summary" }, ...estimates(this.#result).map((text) => element("li", {}, text))));
-      byId("site-warnings").append(...this.#result.warnings.map((text) => element("li", {}, text)));
-      fillTable(byId("parameters"), ["parameter", "value", "deviation"], parameterRows(this.#result));
-    }
-    byId("residual-units").textContent = "Given minus computed, metres (res); over their standard deviations (std); misfit to a calibration " +
-      "without the point (without). Take a point out by its box, or drag it on the plan to the upper edge.";
+    if (this.#result) this.#showWorth();
+    const weighed = this.#accuracies.length ? ` Every point weighs alike here: ${this.#accuracies.join(", ")} are for the program.` : "";
+    byId("residual-text").textContent = kResidualText + weighed;
     this.#showResiduals();
+  }
+
+  #showWorth() {
+    const items = (texts) => texts.map((text) => element("li", {}, text));
+    byId("site-summary").append(element("ul", { className: "summary" }, ...items(estimates(this.#result))));
+    byId("site-warnings").append(...items(this.#result.warnings));
+    fillTable(byId("parameters"), ["parameter", "value", "deviation"], parameterRows(this.#result));
   }
 
   #showResiduals() {
     const focused = document.activeElement?.dataset?.control;
     const { worstHorizontal, worstVertical } = this.#result ?? {};
-    const rows = this.#points.map((point, i) =>
-      [this.#toggleOf(point, i), this.#useOf(point, i), ...(this.#result ? this.#markSuspicious(i) : Array(9).fill("–"))]);
+    const numbers = (i) => (this.#result ? this.#markSuspicious(i) : Array(9).fill("–"));
+    const rows = this.#points.map((point, i) => [this.#toggleOf(point, i), this.#useOf(point, i), ...numbers(i)]);
+    const isWorst = (i) => i === worstHorizontal || i === worstVertical;
     fillTable(byId("residuals"), kResidualHeader, rows, {
-      rowClass: (i) => [this.#points[i].use === "none" ? "out" : "", [worstHorizontal, worstVertical].includes(i) ? "worst" : ""].join(" ").trim(),
+      rowClass: (i) => (this.#points[i].use === "none" ? "out" : isWorst(i) ? "worst" : ""),
       classes: (_row, column) => (column < 2 ? "text" : ""),
     });
     if (focused) document.querySelector(`[data-control="${focused}"]`)?.focus();
@@ -137,7 +148,8 @@ export class SitePanel {
   #markSuspicious(i) {
     return residualCells(this.#result, i).map((text, c) => {
       const ratio = c >= 3 && c < 6 ? this.#result.standardised[i][c - 3] : null;
-      return ratio !== null && Math.abs(ratio) > kSuspicious ? element("span", { className: "suspicious", title: "suspicious" }, text) : text;
+      if (ratio === null || Math.abs(ratio) <= kSuspicious) return text;
+      return element("strong", { className: "suspicious", title: "suspicious" }, text);
     });
   }
 
@@ -165,15 +177,15 @@ export class SitePanel {
     return document;
   }
   #siteSystem() {
-    const notes = ["with the site calibration of this page"];
     return new System(this.#siteDocument(), {
-      title: `Site ${this.#fileName}`, grids: this.#system?.grids, place: this.#system?.title, notes, below: { system: this.#system },
+      title: `Site ${this.#fileName}`, grids: this.#system?.grids, place: this.#system?.title,
+      notes: ["with the site calibration of this page"], below: { system: this.#system },
     });
   }
 
   #saveReport() {
-    const map = this.plan.picture();
-    const text = siteReport(this.#result, { title: this.#fileName, system: this.#system?.title ?? "a projection of its own", points: this.#points, map });
+    const system = this.#system?.title ?? "a projection of its own", map = this.plan.picture();
+    const text = siteReport(this.#result, { title: this.#fileName, system, points: this.#points, map });
     download(`${this.#fileName}_report.html`, text, "text/html");
   }
 }

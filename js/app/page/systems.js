@@ -69,8 +69,8 @@ function withNorthFirst(document) {
  */
 export class System {
   constructor(document, given = {}) {
-    const { title = document.name ?? "system file", source = title, text = JSON.stringify(document), grids = new Map() } = given;
-    const { code = "", place = "", notes = [], below = null } = given;
+    const { title = document.name ?? "system file", source = title, text = JSON.stringify(document) } = given;
+    const { grids = new Map(), code = "", place = "", notes = [], below = null } = given;
     Object.assign(this, { document, title, code, place, notes, grids });
     const turned = withNorthFirst(document);
     this.text = turned ? JSON.stringify(turned) : text;
@@ -118,6 +118,7 @@ function filesFrom(grids, document) {
 export class MissingGrids extends Error {
   name = "MissingGrids";
   constructor(names) {
-    super(`the system needs ${names.map((name) => name.split(/[\\/]/).at(-1)).join(", ")}: drop ${names.length > 1 ? "them" : "it"} here as well`);
+    const files = names.map((name) => name.split(/[\\/]/).at(-1)).join(", ");
+    super(`the system needs ${files}: drop ${names.length > 1 ? "them" : "it"} here as well`);
   }
 }

@@ -85,8 +85,9 @@ export function readTable(text) {
   const table = { separator, lineEnd, names: null, rows: [], remarks: [], header: "" };
   for (const row of joinOpenRows(lines, separator)) {
     const remark = isRemark(row.text) || told && row.line === 1;
-    if (remark) table.remarks.push({ before: table.rows.length, text: row.text, top: !table.header && !table.rows.length });
-    else if (!table.names && !table.rows.length && isHeader(fieldsOf(row.text, separator))) takeHeader(table, row);
+    const top = !table.header && !table.rows.length;
+    if (remark) table.remarks.push({ before: table.rows.length, text: row.text, top });
+    else if (top && isHeader(fieldsOf(row.text, separator))) takeHeader(table, row);
     else table.rows.push({ line: row.line, text: row.text });
   }
   if (!table.rows.length) throw new TableError("there is no row of coordinates in it");

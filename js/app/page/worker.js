@@ -42,7 +42,8 @@ function convert({ columns, epoch, ...wish }) {
 // Steps of a chain that refused a point which could be read.
 function tellRefused(steps, { columns, problems }) {
   steps.forEach((step, i) => {
-    if (step && Number.isFinite(columns[0][i])) problems.add(`${points.place(i)}: not converted: refused by ${chainStepText(step)}`);
+    if (!step || !Number.isFinite(columns[0][i])) return;
+    problems.add(`${points.place(i)}: not converted: refused by ${chainStepText(step)}`);
   });
 }
 
@@ -60,8 +61,9 @@ const countFinite = (column) => column.reduce((count, value) => count + Number.i
 
 function rows({ start, count }) {
   const end = Math.min(start + count, points.count), shown = [];
+  const resultsOf = (i) => results?.columns.map((column, c) => (c < 2 || results.hasHeight[i] ? column[i] : null));
   for (let i = start; i < end; ++i)
-    shown.push({ place: points.place(i), values: points.values(i), results: results?.columns.map((column, c) => (c < 2 || results.hasHeight[i] ? column[i] : null)) });
+    shown.push({ place: points.place(i), values: points.values(i), results: resultsOf(i) });
   return shown;
 }
 
