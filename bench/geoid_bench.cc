@@ -335,6 +335,8 @@ const bool registered = [] {
 #endif
   RegisterGrid<RegGeoidIntrp_Lagrange4x4SW>("geoid grid, Lagrange");
   RegisterGrid<RegGeoidKrigingIntrp>("geoid grid, kriging");
+  RegisterGrid<RegGeoidIntrp_Spline4x4SW>("geoid grid, spline");
+  RegisterGrid<RegGeoidInterpalation_GG2008SW>("geoid grid, spline of 6 nodes");
   return true;
 }();
 

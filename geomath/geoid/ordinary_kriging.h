@@ -37,6 +37,9 @@ class GEOMATH_API OrdinaryKriging {
   /// At (x, y) in steps from the first node.
   Estimate At(double x, double y) const;
 
+  /// The inverse of the kriging matrix at rows and columns 0 … 16, the nodes and Lagrange's multiplier.
+  double Inverse(std::size_t row, std::size_t column) const { return inverse_[row][column]; }
+
  private:
   static constexpr std::size_t kSize = kNodes + 1;  // the nodes and Lagrange's multiplier
 

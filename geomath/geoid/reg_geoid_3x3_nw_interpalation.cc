@@ -1,26 +1,25 @@
 #include "geomath/geoid/reg_geoid_3x3_nw_interpalation.h"
 
-#include <array>
 #include <cstdint>
-#include <cstdlib>
 #include <cstring>
 
 #include "geomath/geoid/grid/biquadratic.h"
 #include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr int kWordHole = 32766;     // a 16-bit node of this magnitude or more is a hole
-constexpr double kIntHole = 9990.0;  // metres, a 32-bit node above it is a hole
-
-/// The three stored values around `column`.
+/// The parabola along the three stored values around `column`. False at a hole.
 template <class Value>
-std::array<Value, 3> Around(const unsigned char* row, int column) {
-  std::array<Value, 3> values;
-  std::memcpy(values.data(), row + std::ptrdiff_t{column - 1} * std::ptrdiff_t{sizeof(Value)},
-              sizeof values);
-  return values;
+bool AlongRowAround(const unsigned char* row, int column, double step, double offset, double scale,
+                    double& value) {
+  Value stored[3];
+  std::memcpy(stored, row + std::ptrdiff_t{column - 1} * std::ptrdiff_t{sizeof(Value)},
+              sizeof stored);
+  bool hole = false;
+  value = AlongRow(stored, step, offset, scale, hole);
+  return !hole;
 }
 
 }  // namespace
@@ -46,25 +45,13 @@ void RegGeoid3x3NWInterpalation::InitData() {
 bool RegGeoid3x3NWInterpalation::GetFromFloatArray(double step, double offset,
                                                    const unsigned char* row, int column,
                                                    double& value) const {
-  const auto stored = Around<std::int32_t>(row, column);
-  std::array<float, 3> z;
-  for (std::size_t k = 0; k < 3; ++k) {
-    const double metres = stored[k] / data_.scale;
-    if (metres > kIntHole) return false;
-    z[k] = static_cast<float>(metres);
-  }
-  value = ThreePoint(step, offset, z[0], z[1], z[2]);
-  return true;
+  return AlongRowAround<std::int32_t>(row, column, step, offset, data_.scale, value);
 }
 
 bool RegGeoid3x3NWInterpalation::GetFromWORDArray(double step, double offset,
                                                   const unsigned char* row, int column,
                                                   double& value) const {
-  const auto stored = Around<std::int16_t>(row, column);
-  for (const int node : stored)
-    if (std::abs(node) >= kWordHole) return false;
-  value = ThreePoint(step, offset, stored[0], stored[1], stored[2]) / data_.scale;
-  return true;
+  return AlongRowAround<std::int16_t>(row, column, step, offset, data_.scale, value);
 }
 
 int RegGeoid3x3NWInterpalation::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
@@ -90,6 +77,19 @@ int RegGeoid3x3NWInterpalation::INTRP3(const void* data, int rowStride, TGridRgn
   }
   height = rule.AcrossRows(at, rows);
   return 0;
+}
+
+bool RegGeoid3x3NWInterpalation::RunColumns(GridQuery& query) const {
+  const auto run = [&]<class Value>(Value) {
+    using Rule = BiquadraticOfIntegers<Value>;
+    const Rule rule{{data_.grid, data_.NY, data_.NX}, data_.scale};
+    return RuledGeoid<Rule, RowLayout{.northFirst = true}>(rule, data_.data, rowStride_, data_.NY,
+                                                           data_.NX)
+        .Run(*this, query);
+  };
+  if (data_.scale == 0) return false;
+  if (data_.valueSize == 2) return run(std::int16_t{});
+  return data_.valueSize == 4 && run(std::int32_t{});
 }
 
 }  // namespace zel_cs::geomath

@@ -24,6 +24,7 @@ class GEOMATH_API RegGeoid3x3NWInterpalation : public RegionalGeoid {
   void InitData() override;
 
  private:
+  bool RunColumns(GridQuery& query) const override;
   bool GetFromFloatArray(double step, double offset, const unsigned char* row, int column,
                          double& value) const;
   bool GetFromWORDArray(double step, double offset, const unsigned char* row, int column,

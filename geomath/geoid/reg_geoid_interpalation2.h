@@ -17,6 +17,9 @@ class GEOMATH_API RegGeoidInterpalation2 : public RegionalGeoid {
 
   int INTRP3(const void* data, int rowStride, TGridRgn& region, int NY, int NX, double* point,
              double& height) const override;
+
+ private:
+  bool RunColumns(GridQuery& query) const override;
 };
 
 }  // namespace zel_cs::geomath

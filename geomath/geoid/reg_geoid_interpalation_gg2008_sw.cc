@@ -8,6 +8,8 @@
 #include "geomath/base/angle.h"
 #include "geomath/geoid/grid/grid_nodes.h"
 #include "geomath/geoid/grid/interpolants.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
+#include "geomath/geoid/grid/spline.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -73,6 +75,16 @@ int RegGeoidInterpalation_GG2008SW::INTRP3(const void* data, int rowStride, TGri
   height = kNoHeight;
   const Source source{data, rowStride, NY, NX, region};
   return BILIN_INTRP(kSplineNodes, point[0], point[1], source, height) ? 0 : 1;
+}
+
+bool RegGeoidInterpalation_GG2008SW::RunColumns(GridQuery& query) const {
+  const Spline6x6 rule{{data_.grid, data_.NY, data_.NX}, global_ ? 2.0 : 3.0};
+  const RuledGeoid<Spline6x6, RowLayout{.packed = true}> ruled(rule, data_.data, rowStride_,
+                                                               data_.NY, data_.NX);
+  TGridRgn region(data_.grid);
+  return ruled.Run(*this, query, [&](double* point, double& height) {
+    return INTRP3(data_.data, rowStride_, region, data_.NY, data_.NX, point, height);
+  });
 }
 
 // Kept: the name, although the scheme is a spline.

@@ -31,6 +31,7 @@ class GEOMATH_API RegGeoidInterpalation_GG2008SW : public RegionalGeoid {
              double& height) const override;
 
  private:
+  bool RunColumns(GridQuery& query) const override;
   struct Source;
   bool BILIN_INTRP(int window, double lat, double lon, const Source& source, double& height) const;
 

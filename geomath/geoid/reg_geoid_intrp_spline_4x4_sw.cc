@@ -1,15 +1,15 @@
 #include "geomath/geoid/reg_geoid_intrp_spline_4x4_sw.h"
 
 #include <algorithm>
-#include <array>
 
 #include "geomath/geoid/grid/grid_nodes.h"
-#include "geomath/geoid/grid/interpolants.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
+#include "geomath/geoid/grid/spline.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kHighestNode = 500.0;  // metres: a node above it is a hole
+using Ruled = RuledGeoid<Spline4x4>;
 
 /// What `index` of Init_Coeff says: the stencil's first node, which of its intervals the cell is,
 /// and the layout of the data.
@@ -20,23 +20,15 @@ enum Index { kFirstRow, kFirstColumn, kRowPiece, kColumnPiece, kStride, kNX, kNY
 /// coeff[4·k + l] becomes the coefficient of u^k·v^l in the cell's polynomial. False at a hole.
 bool RegGeoidIntrp_Spline4x4SW::Init_Coeff(double* coeff, const int* index, const void* data) {
   const GridNodes nodes(data, index[kStride], index[kNX], index[kNY]);
-  std::array<std::array<double, 4>, 4> alongRows;  // of each row, the coefficients of v^l
+  float z[4][4];
   for (int r = 0; r < 4; ++r) {
-    std::array<double, 4> z;
-    for (int c = 0; c < 4; ++c) {
-      const auto node = nodes.Read<float>(index[kFirstRow] + r, index[kFirstColumn] + c);
-      if (!node || *node > kHighestNode) return false;
-      z[static_cast<std::size_t>(c)] = *node;
-    }
-    alongRows[static_cast<std::size_t>(r)] =
-        NaturalSplinePiece(z, static_cast<std::size_t>(index[kColumnPiece]));
+    float(&row)[4] = z[r];
+    if (!nodes.Read(index[kFirstRow] + r, index[kFirstColumn], row)) return false;
+    if (std::any_of(row, row + 4, [](float node) { return node > Spline4x4::kHighestNode; }))
+      return false;
   }
-  for (std::size_t l = 0; l < 4; ++l) {
-    const std::array<double, 4> column = {alongRows[0][l], alongRows[1][l], alongRows[2][l],
-                                          alongRows[3][l]};
-    const auto powers = NaturalSplinePiece(column, static_cast<std::size_t>(index[kRowPiece]));
-    for (std::size_t k = 0; k < 4; ++k) coeff[4 * k + l] = powers[k];
-  }
+  const Bicubic bicubic = SplineOnCell(z, index[kRowPiece], index[kColumnPiece]);
+  std::copy(bicubic.begin(), bicubic.end(), coeff);
   return true;
 }
 
@@ -57,16 +49,13 @@ int RegGeoidIntrp_Spline4x4SW::INTRP3(const void* data, int rowStride, TGridRgn&
   index[kStride] = rowStride;
   index[kNX] = NX;
   index[kNY] = NY;
-  double a[16];
-  if (!Init_Coeff(a, index, data)) return 0;
-
-  const double u = row.fraction, v = column.fraction;
-  const auto alongRow = [&a, v](int k) {
-    const double* c = a + 4 * k;
-    return ((c[3] * v + c[2]) * v + c[1]) * v + c[0];
-  };
-  height = ((alongRow(3) * u + alongRow(2)) * u + alongRow(1)) * u + alongRow(0);
+  Bicubic a;
+  if (Init_Coeff(a.data(), index, data)) height = Evaluate(a, row.fraction, column.fraction);
   return 0;
+}
+
+bool RegGeoidIntrp_Spline4x4SW::RunColumns(GridQuery& query) const {
+  return Ruled(data_, rowStride_).Run(*this, query);
 }
 
 }  // namespace zel_cs::geomath

@@ -22,6 +22,7 @@ class GEOMATH_API RegGeoidIntrp_Spline4x4SW : public RegionalGeoid {
              double& height) const override;
 
  private:
+  bool RunColumns(GridQuery& query) const override;
   static bool Init_Coeff(double* coeff, const int* index, const void* data);
 };
 

@@ -1,14 +1,14 @@
 #include "geomath/geoid/reg_geoid_kriging_intrp.h"
 
-#include <algorithm>
 #include <array>
 
-#include "geomath/geoid/grid/grid_nodes.h"
+#include "geomath/geoid/grid/kriging.h"
+#include "geomath/geoid/grid/ruled_geoid.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-constexpr double kExponent = 1.5;
+using Ruled = RuledGeoid<Kriging>;
 
 /// γ(1) of 4 × 4 nodes: half the mean square difference of neighbours along rows and columns.
 double VariogramOfNeighbours(const std::array<double, OrdinaryKriging::kNodes>& z) {
@@ -33,7 +33,9 @@ struct RegGeoidKrigingIntrp::NodesAround {
 };
 
 RegGeoidKrigingIntrp::RegGeoidKrigingIntrp(const RegionalGeoidData& data)
-    : RegionalGeoid(data), kriging_(std::make_unique<OrdinaryKriging>(kExponent)) {}
+    : RegionalGeoid(data),
+      kriging_(std::make_unique<OrdinaryKriging>(Kriging::kExponent)),
+      mirrored_(std::make_unique<MirroredKriging>(*kriging_)) {}
 
 RegGeoidKrigingIntrp::RegGeoidKrigingIntrp(const TGridRgn& grid, int NX, int NY, const void* data,
                                            double DISMOD, const wchar_t* datumName,
@@ -42,9 +44,11 @@ RegGeoidKrigingIntrp::RegGeoidKrigingIntrp(const TGridRgn& grid, int NX, int NY,
                                              interpolationType, 4, 1.0, L"")) {}
 
 RegGeoidKrigingIntrp::RegGeoidKrigingIntrp(const RegGeoidKrigingIntrp& other)
-    : RegionalGeoid(other), kriging_(std::make_unique<OrdinaryKriging>(*other.kriging_)) {}
+    : RegionalGeoid(other),
+      kriging_(std::make_unique<OrdinaryKriging>(*other.kriging_)),
+      mirrored_(std::make_unique<MirroredKriging>(*other.mirrored_)) {}
 
-// The kriging object is the same for every grid.
+// The kriging objects are the same for every grid.
 RegGeoidKrigingIntrp& RegGeoidKrigingIntrp::operator=(const RegGeoidKrigingIntrp& other) {
   RegionalGeoid::operator=(other);
   return *this;
@@ -52,49 +56,43 @@ RegGeoidKrigingIntrp& RegGeoidKrigingIntrp::operator=(const RegGeoidKrigingIntrp
 
 RegGeoidKrigingIntrp::~RegGeoidKrigingIntrp() = default;
 
-bool RegGeoidKrigingIntrp::FindNodes(double lat, double lon, const void* data, int rowStride,
-                                     int NY, int NX, NodesAround& around) const {
-  const TGridRgn& grid = data_.grid;
-  const double x = (lat - grid.B0) / grid.latStep, y = (lon - grid.L0) / grid.lonStep;
-  const AxisCell row = CellOf(x, NY), column = CellOf(y, NX);
-  if (!row.inside || !column.inside || NX < 4 || NY < 4) return false;
-  const NodeIndex i = static_cast<NodeIndex>(row.first), j = static_cast<NodeIndex>(column.first);
-  const NodeIndex firstRow = std::clamp(i - 1, NodeIndex{0}, NodeIndex{NY} - 4);
-  const NodeIndex firstColumn = std::clamp(j - 1, NodeIndex{0}, NodeIndex{NX} - 4);
-  const GridNodes nodes(data, rowStride, NX, NY);
+bool RegGeoidKrigingIntrp::FindNodes(double lat, double lon, NodesAround& around) const {
+  const Stencil at = PlaceInwards({data_.grid, data_.NY, data_.NX}, lat, lon);
+  const GridNodes nodes(data_.data, rowStride_, data_.NX, data_.NY);
+  if (!at.inside || !nodes.HoldStencils<float, 4>()) return false;
+  float z[4][4];
+  nodes.ReadStencil(at.row, at.column, z);
   for (std::size_t p = 0; p < OrdinaryKriging::kNodes; ++p) {
-    const auto node = nodes.Read<float>(firstRow + static_cast<NodeIndex>(p / 4),
-                                        firstColumn + static_cast<NodeIndex>(p % 4));
-    if (!node || *node == static_cast<float>(kNoHeight)) return false;
-    around.z[p] = *node;
+    if (z[p / 4][p % 4] == static_cast<float>(kNoHeight)) return false;
+    around.z[p] = z[p / 4][p % 4];
   }
-  around.x = x - static_cast<double>(firstRow);
-  around.y = y - static_cast<double>(firstColumn);
+  around.x = at.u;
+  around.y = at.v;
   return true;
 }
 
 int RegGeoidKrigingIntrp::INTRP3(const void* data, int rowStride, TGridRgn&, int NY, int NX,
                                  double* point, double& height) const {
-  height = kNoHeight;
-  NodesAround around;
-  if (!FindNodes(point[0], point[1], data, rowStride, NY, NX, around)) return 0;
-  const auto estimate = kriging_->At(around.x, around.y);
-  height = 0;
-  for (std::size_t p = 0; p < OrdinaryKriging::kNodes; ++p)
-    height += estimate.weights[p] * around.z[p];
+  const Kriging rule{{data_.grid, NY, NX}, *mirrored_};
+  height = Ruled(rule, data, rowStride, NY, NX).HeightAt(point, height);
   return 0;
+}
+
+bool RegGeoidKrigingIntrp::RunColumns(GridQuery& query) const {
+  const Kriging rule{{data_.grid, data_.NY, data_.NX}, *mirrored_};
+  return Ruled(rule, data_.data, rowStride_, data_.NY, data_.NX).Run(*this, query);
 }
 
 bool RegGeoidKrigingIntrp::Variogram(double lat, double lon, KrigingVariogram& variogram) const {
   NodesAround around;
-  if (!FindNodes(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, around)) return false;
-  variogram = {VariogramOfNeighbours(around.z), kExponent};
+  if (!FindNodes(lat, lon, around)) return false;
+  variogram = {VariogramOfNeighbours(around.z), Kriging::kExponent};
   return true;
 }
 
 bool RegGeoidKrigingIntrp::EstimationVariance(double lat, double lon, double& variance) const {
   NodesAround around;
-  if (!FindNodes(lat, lon, data_.data, rowStride_, data_.NY, data_.NX, around)) return false;
+  if (!FindNodes(lat, lon, around)) return false;
   variance = VariogramOfNeighbours(around.z) * kriging_->At(around.x, around.y).unitVariance;
   return true;
 }

@@ -8,6 +8,8 @@
 
 namespace zel_cs::geomath {
 
+struct MirroredKriging;
+
 /// Ordinary kriging (Matheron 1963; Cressie 1993, section 3.2) from 4 × 4 floats, rows from the
 /// south, with the power variogram γ(h) = slope·h^1.5, h in steps of the grid (in either axis). Its
 /// slope is that of the stencil itself, γ(1) = half the mean square difference of neighbouring
@@ -43,10 +45,11 @@ class GEOMATH_API RegGeoidKrigingIntrp : public RegionalGeoid {
 
  private:
   struct NodesAround;
-  bool FindNodes(double lat, double lon, const void* data, int rowStride, int NY, int NX,
-                 NodesAround& around) const;
+  bool FindNodes(double lat, double lon, NodesAround& around) const;
+  bool RunColumns(GridQuery& query) const override;
 
   std::unique_ptr<const OrdinaryKriging> kriging_;
+  std::unique_ptr<const MirroredKriging> mirrored_;  // the same, for heights
 };
 
 }  // namespace zel_cs::geomath

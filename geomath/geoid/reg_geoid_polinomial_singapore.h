@@ -33,6 +33,7 @@ class GEOMATH_API RegGeoidPolinomialSingapore : public RegionalGeoid {
              double& height) const override;
 
  private:
+  bool RunColumns(GridQuery& query) const override;
   using RegionalGeoid::InitData;
   void InitData(const void* coefficients);
 

@@ -6,7 +6,6 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geoid/grid/biquadratic.h"
-#include "geomath/geoid/grid/grid_location.h"
 #include "geomath/geoid/grid/grid_nodes.h"
 #include "geomath/geoid/grid/ruled_geoid.h"
 
@@ -33,27 +32,6 @@ std::optional<NodeIndex> NearestNode(double angle, double start, double step, in
 /// The grid's region and half a step more on every side.
 TRectRgn WithCellEdges(const TGridRgn& g) {
   return {g.B0 - g.latStep / 2, g.dB + g.latStep, g.L0 - g.lonStep / 2, g.dL + g.lonStep};
-}
-
-/// Runs a query point by point. Returns what `interpolate` returned when it failed, which ends the
-/// query.
-template <class Interpolate>
-int RunPoints(GridQuery& query, Interpolate interpolate) {
-  for (std::size_t k = 0; k < query.count; ++k) {
-    const TAbstractPoint3<double>& given = query.points[k];
-    double point[] = {given[0], given[1], given[2]}, &height = query.heights[k];
-    if (Locate(query.bounds, point[0], point[1])) {
-      if (const int failure = interpolate(point, height); failure != 0) return failure;
-    } else {
-      ++query.tally.outside;
-      height = kNoHeight;
-    }
-    if (IsInvalid(height)) {
-      height = kNoHeight;
-      ++query.tally.invalid;
-    }
-  }
-  return 0;
 }
 
 constexpr int kFirstRow = 2;
@@ -149,15 +127,14 @@ long RegionalGeoid::REG_MOD(const TAbstractPoint3<double>* points, int count,
   if (!data_.data) return kGeoidFailed;
   const std::size_t total = count > 0 ? static_cast<std::size_t>(count) : 0;
   TGridRgn region(WithCellEdges(data_.grid), data_.grid.latStep, data_.grid.lonStep);
-  GridQuery query{points, heights, total, RectBounds(region), {}};
-  int failure = 0;
+  GridQuery query{points, heights, total, RectBounds(region)};
   if (total < kWorthColumns || !RunColumns(query))
-    failure = RunPoints(query, [&](double* point, double& height) {
+    RunPoints(query, 0, total, [&](double* point, double& height) {
       return INTRP3(data_.data, rowStride_, region, data_.NY, data_.NX, point, height);
     });
   if (query.tally.outside >= total) return kAllOutside;
   if (query.tally.invalid > 0) return kSomeWithoutHeight;
-  return failure != 0 ? kGeoidFailed : 0;
+  return query.failure != 0 ? kGeoidFailed : 0;
 }
 
 bool RegionalGeoid::CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix*) const {

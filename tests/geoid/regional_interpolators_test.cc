@@ -671,6 +671,15 @@ void ExpectKilometreGrid(int rowLength, double firstEast, double firstNorth,
     EXPECT_NEAR(height, inside ? 50 + c / 1024 - r / 512 : kNoHeight, kSeriesMetres)
         << p.east << ' ' << p.north;
   }
+  // From beyond the south-western node to the last row, of which not every value is there.
+  const Model torn(anywhere, rowLength * rows - 40, 1, z.data(), 0, L"", L"");
+  const KilometrePoint &from = *points.begin(), &to = *(points.end() - 1);
+  std::vector<TAbstractPoint3<double>> line;
+  for (double t = -2; t < 3; t += 1.0 / 64)
+    line.emplace_back((from.latDeg + t * (to.latDeg - from.latDeg)) * kRadPerDeg,
+                      (from.lonDeg + t * (to.lonDeg - from.lonDeg)) * kRadPerDeg, 0.0);
+  line.emplace_back(2.0, 0.0, 0.0);
+  for (const Model& each : {model, torn}) ExpectArraysEqualSinglePoints(each, line);
 }
 
 TEST(RegGeoidInterpalation2, InterpolatesOnItsKilometreGrid) {
@@ -713,6 +722,9 @@ TEST(RegGeoidPolinomialSingapore, EvaluatesItsPolynomialWithinItsBounds) {
     RegGeoidPolinomialSingapore(anywhere, 0, 0, c, 0, L"", L"").CountHeight(&point, &h, 1);
     return h;
   };
+  std::vector<TAbstractPoint3<double>> line;
+  for (int i = 0; i < 300; ++i) line.emplace_back(lat + 1e-4 * (i - 150), lon + 5e-5 * i, 0.0);
+  ExpectArraysEqualSinglePoints(RegGeoidPolinomialSingapore(anywhere, 0, 0, c, 0, L"", L""), line);
   const double u = (x - 38000) / 4096, w = (y - 28000) / 2048;
   EXPECT_NEAR(height(), 7 + w / 2 - u / 4 + w * w / 8 + u * u / 16 + 2 * std::pow(w, 6) * u, 1e-7);
 
@@ -762,6 +774,19 @@ TEST(RegGeoidInterpalation_GG2008SW, KeepsMirroredRowsAndWrapsColumns) {
       EXPECT_NEAR(height, Spline6Rule(around, x, y), kSingle) << x << ' ' << y;
     }
   }
+  std::vector<TAbstractPoint3<double>> points;
+  for (int i = 0; i < 400; ++i)
+    points.emplace_back(-1.57 + 3.14 * i / 400, std::fmod(0.37 * i, 6.2), 0.0);
+  ExpectArraysEqualSinglePoints(model, points);
+  // A point west of the first column ends the query there.
+  constexpr std::size_t kFailing = 200;
+  points[kFailing] = {0, -step / 4, 0};
+  std::vector<double> heights(points.size(), 5);
+  EXPECT_EQ(model.CountHeight(points.data(), heights.data(), 400), kGeoidFailed);
+  EXPECT_LT(std::abs(heights[kFailing - 1]), 40);
+  EXPECT_EQ(heights[kFailing], kNoHeight);
+  EXPECT_EQ(heights[kFailing + 1], 5);
+
   double point[] = {-2.0, 0, 0}, height = 0;
   TGridRgn region = world;
   EXPECT_EQ(model.INTRP3(z.data(), 0, region, kNY, kNX, point, height), 1);
@@ -775,6 +800,8 @@ TEST(RegGeoidInterpalation_GG2008SW, FallsBackToParabolasNearItsEdges) {
   for (const double x : {-0.3, 2.9, 8.1})
     EXPECT_EQ(HeightAt(model, x, 6.4).height, HeightAt(base, x, 6.4).height);
   EXPECT_NE(HeightAt(model, 3.1, 6.4).height, HeightAt(base, 3.1, 6.4).height);
+
+  ExpectArraysEqualSinglePoints(model, PointsAround(grid.Record().grid, kColumns, kRows));
 
   const auto west = [](double longitude) {
     return RegGeoidInterpalation_GG2008SW({{0, 1, longitude, 6}, 1, 1}, 7, 2, nullptr, 0, L"", L"")

@@ -1,5 +1,8 @@
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "geomath/geoid/geoid_status.h"
 #include "geomath/geoid/grid/grid_stencil.h"
 #include "geomath/geoid/grid/interpolants.h"
@@ -44,6 +47,52 @@ struct Biquadratic {
     const double nearest = RoundDown(x + 0.5), last = count - 2;
     const double inward = nearest < last ? nearest : last;
     return nearest >= 2 ? inward : 1;
+  }
+};
+
+/// The parabola along a row of stored integers, metres times `scale`, in whole numbers; `hole` becomes
+/// true where a node has the magnitude 32766 or more.
+GEOMATH_INLINE double AlongRow(const std::int16_t (&z)[3], double step, double offset, double scale,
+                               bool& hole) {
+  constexpr int kHole = 32766;
+  for (const int node : z) hole |= (node >= kHole) | (node <= -kHole);
+  return ThreePoint(step, offset, z[0], z[1], z[2]) / scale;
+}
+
+/// The same in single precision; a node above 9990 m is a hole.
+GEOMATH_INLINE double AlongRow(const std::int32_t (&z)[3], double step, double offset, double scale,
+                               bool& hole) {
+  constexpr double kHole = 9990.0;  // metres
+  float metres[3];
+  for (std::size_t k = 0; k < 3; ++k) {
+    const double height = z[k] / scale;
+    hole |= height > kHole;
+    metres[k] = static_cast<float>(height);
+  }
+  return ThreePoint(step, offset, metres[0], metres[1], metres[2]);
+}
+
+/// The biquadratic rule over integers of 16 or 32 bits. A row value of exactly 20000 is a hole, too.
+template <class Value>
+struct BiquadraticOfIntegers {
+  static constexpr int kSize = 3;
+  using Node = Value;
+  GridFrame grid;
+  double scale;
+
+  GEOMATH_INLINE Stencil Place(double lat, double lon) const {
+    return Biquadratic{grid}.Place(lat, lon);
+  }
+  GEOMATH_INLINE double Height(const Stencil& at, const Value (&z)[3][3], double) const {
+    bool hole = false;
+    float rows[3];
+    for (std::size_t k = 0; k < 3; ++k) {
+      const double value = AlongRow(z[k], grid.lonStep, at.v, scale, hole);
+      hole |= value == kNoHeight;
+      rows[k] = static_cast<float>(value);
+    }
+    const double height = Biquadratic{grid}.AcrossRows(at, rows);
+    return hole ? kNoHeight : height;
   }
 };
 

@@ -18,10 +18,23 @@ struct GridTally {
   std::size_t invalid = 0;  // without a height, among them those outside
 };
 
+/// What the nodes of a rule are: its Node, floats where it names none.
+template <class Rule>
+struct NodeOfRule {
+  using Node = float;
+};
+template <class Rule>
+requires requires { typename Rule::Node; }
+struct NodeOfRule<Rule> {
+  using Node = typename Rule::Node;
+};
+template <class Rule>
+using NodeOf = typename NodeOfRule<Rule>::Node;
+
 /// A rule of interpolation over columns of points. `Rule` is a plain record with
 ///   static constexpr int kSize                              // a stencil has kSize × kSize nodes
 ///   Stencil Place(double lat, double lon) const
-///   double Height(const Stencil&, const float (&z)[kSize][kSize], double start) const
+///   double Height(const Stencil&, const Node (&z)[kSize][kSize], double start) const
 /// the statements that a single point runs too; Height gives kNoHeight at a hole, and `start` is
 /// what the point's slot holds. Every Rule is instantiated in a kernel source.
 template <class Target, class Rule>
@@ -31,6 +44,14 @@ struct GridKernel {
   static GridTally Heights(const Rule& rule, const GridNodes& nodes, const RectBounds& bounds,
                            const double* lat, const double* lon, double* heights,
                            std::size_t count);
+};
+
+/// The same for a grid in a map projection, whose points were located and projected before: Place is
+/// given northing and easting, NaN for a point outside.
+template <class Target, class Rule>
+struct ProjectedGridKernel {
+  static void Heights(const Rule& rule, const GridNodes& nodes, const double* north,
+                      const double* east, double* heights, std::size_t count);
 };
 
 }  // namespace zel_cs::geomath

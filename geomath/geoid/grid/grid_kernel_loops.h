@@ -27,6 +27,15 @@ class GridBlock {
     }
   }
 
+  GEOMATH_INLINE void Take(const double* GEOMATH_RESTRICT north,
+                           const double* GEOMATH_RESTRICT east) {
+    for (std::size_t i = 0; i < count_; ++i) {
+      u_[i] = north[i];
+      v_[i] = east[i];
+      place_[i] = kNoStencil;
+    }
+  }
+
   GEOMATH_INLINE void PlaceBy(const Rule& rule) {
     for (std::size_t i = 0; i < count_; ++i) {
       const Stencil s = rule.Place(u_[i], v_[i]);
@@ -40,9 +49,12 @@ class GridBlock {
   }
 
   GEOMATH_INLINE void Gather(const GridNodes& nodes) {
+    const GridNodes local = nodes;
+    NodeIndex places[kGridBlock];
+    for (std::size_t i = 0; i < count_; ++i) places[i] = local.PlaceOf<Node>(row_[i], column_[i]);
     for (std::size_t i = 0; i < count_; ++i) {
-      float z[kSize][kSize];
-      nodes.ReadStencil(row_[i], column_[i], z);
+      Node z[kSize][kSize];
+      local.ReadStencilAt(places[i], z);
       for (std::size_t r = 0; r < kSize; ++r)
         for (std::size_t c = 0; c < kSize; ++c) z_[r][i][c] = z[r][c];
     }
@@ -50,7 +62,7 @@ class GridBlock {
 
   GEOMATH_INLINE void HeightsBy(const Rule& rule, double* GEOMATH_RESTRICT heights) const {
     for (std::size_t i = 0; i < count_; ++i) {
-      float z[kSize][kSize];
+      Node z[kSize][kSize];
       for (std::size_t r = 0; r < kSize; ++r)
         for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
       const Stencil s{row_[i], column_[i], u_[i], v_[i], true};
@@ -71,13 +83,14 @@ class GridBlock {
   }
 
  private:
+  using Node = NodeOf<Rule>;
   static constexpr std::size_t kSize = Rule::kSize;
   static constexpr double kOutside = 0, kNoStencil = 1, kStencil = 2;
 
   // Numbers of one width, which the loops need not convert.
   double u_[kGridBlock], v_[kGridBlock];  // first latitude and longitude, then those of the stencil
   double row_[kGridBlock], column_[kGridBlock], place_[kGridBlock];
-  float z_[kSize][kGridBlock][kSize];
+  Node z_[kSize][kGridBlock][kSize];
   std::size_t count_;
 };
 
@@ -93,6 +106,19 @@ GridTally GridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& n
   block.Gather(nodes);
   block.HeightsBy(localRule, heights);
   return block.Finish(heights);
+}
+
+template <class Target, class Rule>
+void ProjectedGridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& nodes,
+                                                const double* north, const double* east,
+                                                double* heights, std::size_t count) {
+  const Rule localRule = rule;
+  GridBlock<Rule> block(count);
+  block.Take(north, east);
+  block.PlaceBy(localRule);
+  block.Gather(nodes);
+  block.HeightsBy(localRule, heights);
+  block.Finish(heights);
 }
 
 }  // namespace zel_cs::geomath

@@ -41,7 +41,7 @@ inline int RowStride(double padding, int count, int valueSize) {
 struct RowLayout {
   int header = 0;           // bytes before each row
   bool northFirst = false;  // the last row comes first
-  bool swapped = false;     // floats in the opposite byte order
+  bool swapped = false;     // values of four bytes in the opposite order
   bool packed = false;      // rows of four-byte values without padding, whatever stride is given
 };
 
@@ -53,6 +53,8 @@ class GridNodes {
         stride_(layout.packed ? RowStride(0, columns, sizeof(float)) : rowStride),
         columns_(columns),
         rows_(data && stride_ > 0 ? rows : 0),
+        rowStep_(layout.northFirst ? -stride_ : stride_),
+        first_(layout.header + (layout.northFirst ? (rows_ - 1) * stride_ : 0)),
         layout_(layout) {}
 
   /// Where `count` values of `size` bytes from a row and column on stand; null when one of them is
@@ -91,20 +93,32 @@ class GridNodes {
   /// HoldStencils.
   template <class Value, std::size_t N>
   GEOMATH_INLINE void ReadStencil(double row, double column, Value (&values)[N][N]) const {
-    const NodeIndex i = static_cast<NodeIndex>(row), j = static_cast<NodeIndex>(column);
-    for (std::size_t r = 0; r < N; ++r) {
-      const NodeIndex at = OffsetOf(i + static_cast<NodeIndex>(r), j, NodeIndex{sizeof(Value)});
-      std::memcpy(values[r], bytes_ + at, sizeof values[r]);
-    }
-    if (layout_.swapped)
-      for (auto& line : values)
-        for (Value& value : line) value = Swapped(value);
+    ReadStencilAt(PlaceOf<Value>(row, column), values);
+  }
+
+  /// The same in two steps, of which the first is for columns: bytes from the first stored one to the
+  /// value of a row and column.
+  template <class Value>
+  GEOMATH_INLINE NodeIndex PlaceOf(double row, double column) const {
+    constexpr double kRound = 0x1.8p52;  // beside it a whole number below 2^51 is its bits
+    const double place = static_cast<double>(first_) + row * static_cast<double>(rowStep_) +
+                         column * double{sizeof(Value)};
+    return std::bit_cast<NodeIndex>(place + kRound) - std::bit_cast<NodeIndex>(kRound);
+  }
+  template <class Value, std::size_t N>
+  GEOMATH_INLINE void ReadStencilAt(NodeIndex place, Value (&values)[N][N]) const {
+    for (std::size_t r = 0; r < N; ++r)
+      std::memcpy(values[r], bytes_ + (place + static_cast<NodeIndex>(r) * rowStep_),
+                  sizeof values[r]);
+    if constexpr (sizeof(Value) == sizeof(std::uint32_t))
+      if (layout_.swapped)
+        for (auto& line : values)
+          for (Value& value : line) value = Swapped(value);
   }
 
  private:
   GEOMATH_INLINE NodeIndex OffsetOf(NodeIndex row, NodeIndex column, NodeIndex size) const {
-    const NodeIndex stored = layout_.northFirst ? rows_ - 1 - row : row;
-    return stored * stride_ + layout_.header + column * size;
+    return first_ + row * rowStep_ + column * size;
   }
 
   template <class Value>
@@ -117,6 +131,8 @@ class GridNodes {
 
   const unsigned char* bytes_;
   NodeIndex stride_, columns_, rows_;
+  NodeIndex rowStep_;  // bytes from a row to the next of the rule
+  NodeIndex first_;    // bytes to the first value of row 0
   RowLayout layout_;
 };
 

@@ -57,4 +57,20 @@ GEOMATH_INLINE AxisCell CellOf(double x, double count) {
   return {first, x - first, Between(first, 0, count - 2)};
 }
 
+/// Four rows and columns around the point's cell, moved inwards at the edges of the grid; u and v are
+/// counted in steps from the first.
+GEOMATH_INLINE Stencil PlaceInwards(const GridFrame& grid, double lat, double lon) {
+  constexpr double kSize = 4;
+  const auto first = [](double node, double count) {
+    const double before = node - 1, last = count - kSize;
+    const double inward = before < last ? before : last;
+    return inward > 0 ? inward : 0.0;
+  };
+  const double x = (lat - grid.south) / grid.latStep, y = (lon - grid.west) / grid.lonStep;
+  const AxisCell row = CellOf(x, grid.rows), column = CellOf(y, grid.columns);
+  const double i = first(row.first, grid.rows), j = first(column.first, grid.columns);
+  const bool inside = row.inside & column.inside;
+  return {i, j, x - i, y - j, inside};
+}
+
 }  // namespace zel_cs::geomath

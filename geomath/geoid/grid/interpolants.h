@@ -49,12 +49,15 @@ GEOMATH_INLINE Weights4 Lagrange(double at, const std::array<double, 4>& x) {
 }
 
 /// The natural cubic spline through y at 0, 1, 2, 3 (de Boor 1978, chapter IV): the coefficients of
-/// 1, t, t², t³ on its interval from node `piece` (0 to 2), t counted from that node.
-inline std::array<double, 4> NaturalSplinePiece(const std::array<double, 4>& y, std::size_t piece) {
+/// 1, t, t², t³ on its interval from node `piece` (0, 1 or 2), t counted from that node.
+GEOMATH_INLINE std::array<double, 4> NaturalSplinePiece(const std::array<double, 4>& y,
+                                                        double piece) {
   const double d1 = y[0] - 2 * y[1] + y[2], d2 = y[1] - 2 * y[2] + y[3];
-  const double M[] = {0, (8 * d1 - 2 * d2) / 5, (8 * d2 - 2 * d1) / 5, 0};  // second derivatives
-  const double low = M[piece], high = M[piece + 1];
-  return {y[piece], y[piece + 1] - y[piece] - low / 3 - high / 6, low / 2, (high - low) / 6};
+  const double M1 = (8 * d1 - 2 * d2) / 5, M2 = (8 * d2 - 2 * d1) / 5;  // second derivatives
+  const bool first = piece<1, last = piece> 1;
+  const double low = first ? 0 : last ? M2 : M1, high = first ? M1 : last ? 0 : M2;
+  const double from = first ? y[0] : last ? y[2] : y[1], to = first ? y[1] : last ? y[3] : y[2];
+  return {from, to - from - low / 3 - high / 6, low / 2, (high - low) / 6};
 }
 
 /// Number of nodes in one row of the spline below.
@@ -63,8 +66,8 @@ inline constexpr std::size_t kSplineNodes = 6;
 /// The natural cubic spline through six equidistant values, evaluated at `fraction` past node
 /// `node` (0 to 4). In single precision throughout; the sweep is that of the tridiagonal system
 /// of second derivatives.
-inline float NaturalSpline6(const std::array<float, kSplineNodes>& y, std::size_t node,
-                            float fraction) {
+GEOMATH_INLINE float NaturalSpline6(const std::array<float, kSplineNodes>& y, std::size_t node,
+                                    float fraction) {
   std::array<float, kSplineNodes> q{}, r{};
   for (std::size_t k = 1; k + 1 < kSplineNodes; ++k) {
     const float p = 0.5F * q[k - 1] + 2.0F;

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "geomath/geoid/grid/grid_query.h"
 #include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
@@ -17,5 +18,9 @@ struct KilometreGrid {
 /// from the first cell.
 int Interpolate(const KilometreGrid& grid, const void* data, int NX, int NY, const double* point,
                 double& height);
+
+/// Runs a query likewise, by the kernel of KilometreCells where its cells are whole. False, nothing
+/// done, when there are none.
+bool RunColumns(const KilometreGrid& grid, const void* data, int NX, int NY, GridQuery& query);
 
 }  // namespace zel_cs::geomath

@@ -20,17 +20,21 @@ struct RuledGeoid {
   Rule rule;
   GridNodes nodes;
 
+  using Node = NodeOf<Rule>;
+
+  RuledGeoid(const Rule& anyRule, const void* data, int rowStride, int NY, int NX)
+      : rule(anyRule), nodes(data, rowStride, NX, NY, kLayout) {}
   RuledGeoid(const TGridRgn& grid, const void* data, int rowStride, int NY, int NX)
-      : rule{{grid, NY, NX}}, nodes(data, rowStride, NX, NY, kLayout) {}
+      : RuledGeoid(Rule{{grid, NY, NX}}, data, rowStride, NY, NX) {}
   RuledGeoid(const RegionalGeoidData& record, int rowStride)
       : RuledGeoid(record.grid, record.data, rowStride, record.NY, record.NX) {}
 
   /// The height at a point, kNoHeight where its stencil is not among the nodes. `start` is what the
   /// point's slot holds.
   double HeightAt(const double* point, double start) const {
-    float z[Rule::kSize][Rule::kSize];
+    Node z[Rule::kSize][Rule::kSize];
     const Stencil at = rule.Place(point[0], point[1]);
-    if (!at.inside || !nodes.template HoldStencils<float, Rule::kSize>()) return kNoHeight;
+    if (!at.inside || !HoldsStencils()) return kNoHeight;
     nodes.ReadStencil(at.row, at.column, z);
     return rule.Height(at, z, start);
   }
@@ -40,22 +44,43 @@ struct RuledGeoid {
   /// another one.
   template <class Model>
   bool Run(const Model& model, GridQuery& query) const {
-    if (typeid(model) != typeid(Model) || !nodes.template HoldStencils<float, Rule::kSize>())
-      return false;
-    const auto kernel = simd::ForActiveSet(
-        [](auto target) { return &GridKernel<decltype(target), Rule>::Heights; });
-    double lat[kGridBlock], lon[kGridBlock];
-    for (std::size_t first = 0; first < query.count; first += kGridBlock) {
-      const std::size_t n = std::min(kGridBlock, query.count - first);
-      for (std::size_t i = 0; i < n; ++i) {
-        lat[i] = query.points[first + i][0];
-        lon[i] = query.points[first + i][1];
-      }
-      const GridTally tally = kernel(rule, nodes, query.bounds, lat, lon, query.heights + first, n);
+    if (!Runs(model)) return false;
+    RunBlocks(query, [&](std::size_t first, std::size_t n, const double* lat, const double* lon) {
+      const GridTally tally = Heights(query.bounds, lat, lon, query.heights + first, n);
       query.tally.outside += tally.outside;
       query.tally.invalid += tally.invalid;
-    }
+      return true;
+    });
     return true;
+  }
+
+  /// The same for a rule that serves some points of the class only: the others, and those at a hole,
+  /// go to `single`, int (double* point, double& height), as in RunPoints.
+  template <class Model, class Single>
+  bool Run(const Model& model, GridQuery& query, Single single) const {
+    if (!Runs(model)) return false;
+    RunBlocks(query, [&](std::size_t first, std::size_t n, const double* lat, const double* lon) {
+      double heights[kGridBlock];
+      std::copy_n(query.heights + first, n, heights);
+      Heights(query.bounds, lat, lon, heights, n);
+      return TakeHeights(query, first, n, heights, single);
+    });
+    return true;
+  }
+
+ private:
+  bool HoldsStencils() const { return nodes.template HoldStencils<Node, Rule::kSize>(); }
+
+  template <class Model>
+  bool Runs(const Model& model) const {
+    return typeid(model) == typeid(Model) && HoldsStencils();
+  }
+
+  GridTally Heights(const RectBounds& bounds, const double* lat, const double* lon, double* heights,
+                    std::size_t count) const {
+    const auto kernel = simd::ForActiveSet(
+        [](auto target) { return &GridKernel<decltype(target), Rule>::Heights; });
+    return kernel(rule, nodes, bounds, lat, lon, heights, count);
   }
 };
 
