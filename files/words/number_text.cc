@@ -5,12 +5,17 @@
 #include <algorithm>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <iterator>
 #include <optional>
 
 #include "files/words/name_match.h"
 
 namespace geomath_files {
 namespace {
+
+constexpr double kPowersOfTen[] = {1e0,  1e1,  1e2,  1e3,  1e4,  1e5,  1e6,  1e7,  1e8,  1e9,
+                                   1e10, 1e11, 1e12, 1e13, 1e14, 1e15, 1e16, 1e17, 1e18, 1e19};
 
 ParsedNumber Problem(std::string text) { return {0, std::move(text)}; }
 
@@ -65,6 +70,38 @@ bool LooksGrouped(std::string_view text, std::size_t comma) {
   const std::size_t at = comma - static_cast<std::size_t>(number.data() - text.data());
   const std::size_t sign = number.front() == '-' || number.front() == '+';
   return number.size() - at - 1 == 3 && at - sign >= 1 && at - sign <= 3 && number[sign] != '0';
+}
+
+struct PlainNumber {
+  double value;
+  bool hasPoint;
+};
+
+// A number as most are: a sign, figures, a point among them, blanks before. Up to 2^53 and 10^22 both
+// figures and the power of ten are exact, so that the quotient is correctly rounded (Clinger 1990,
+// "How to read floating point numbers accurately", section 3).
+std::optional<PlainNumber> TakePlainNumber(std::string_view text) {
+  const char *at = text.data(), *const end = at + text.size();
+  while (at != end && *at == ' ') ++at;
+  const bool negative = at != end && *at == '-';
+  if (negative) ++at;
+  constexpr std::ptrdiff_t kMostFigures = 18;  // of 64 bits
+  if (end - at > kMostFigures + 1) return std::nullopt;
+  std::uint64_t figures = 0;
+  const auto take = [&] {
+    const char* const from = at;
+    for (; at != end && static_cast<unsigned char>(*at - '0') < 10; ++at)
+      figures = figures * 10 + static_cast<std::uint64_t>(*at - '0');
+    return at - from;
+  };
+  const std::ptrdiff_t whole = take();
+  const bool hasPoint = at != end && *at == '.';
+  if (hasPoint) ++at;
+  const std::ptrdiff_t decimals = hasPoint ? take() : 0;
+  constexpr std::uint64_t kMostExact = std::uint64_t{1} << 53;
+  if (at != end || whole + decimals == 0 || figures > kMostExact) return std::nullopt;
+  const double value = static_cast<double>(figures) / kPowersOfTen[decimals];
+  return PlainNumber{negative ? -value : value, hasPoint};
 }
 
 // The leading unsigned decimal number of the text.
@@ -186,12 +223,50 @@ ParsedNumber NumberReader::Read(std::string_view text, bool mayBeThousands, Pars
   return number;
 }
 
+// What needs none of the care of Read.
+std::optional<double> NumberReader::ReadPlain(std::string_view text, double limit) {
+  const auto plain = TakePlainNumber(text);
+  if (!plain || (plain->hasPoint && mark_ == ',') || std::abs(plain->value) > limit)
+    return std::nullopt;
+  if (plain->hasPoint) mark_ = '.';
+  return plain->value;
+}
+
 ParsedNumber NumberReader::Number(std::string_view text) {
+  if (const auto plain = ReadPlain(text, HUGE_VAL)) return {*plain, {}};
   return Read(text, true, [](std::string_view t) { return ParseNumber(t); });
 }
 
 ParsedNumber NumberReader::Angle(std::string_view text, AngleKind kind) {
+  if (const auto plain = ReadPlain(text, LargestAngle(kind))) return {*plain, {}};
   return Read(text, false, [kind](std::string_view t) { return ParseAngle(t, kind); });
+}
+
+void AppendDecimals(std::string& text, double value, int decimals) {
+  // Up to 2^42 units of the last decimal their number is off by 2^-12 at most; where it is nearer than
+  // that to a half, all figures of the value decide.
+  constexpr double kMostUnits = 0x1p42, kUnsure = 0x1p-11;
+  const bool few = decimals >= 0 && decimals < std::ssize(kPowersOfTen);
+  const double units = few ? std::abs(value) * kPowersOfTen[decimals] : HUGE_VAL;
+  auto left = units < kMostUnits ? static_cast<std::uint64_t>(units) : 0;
+  const double fraction = units - static_cast<double>(left);
+  if (!(units < kMostUnits) || std::abs(fraction - 0.5) <= kUnsure) {
+    const std::string figures = fmt::format("{:.{}f}", value, decimals);
+    const bool zero = figures.find_first_not_of("-0.") == std::string::npos;
+    text.append(figures, zero && figures.front() == '-' ? 1 : 0);
+    return;
+  }
+  if (fraction > 0.5) ++left;
+  const bool negative = std::signbit(value) && left > 0;
+  char room[40];
+  char *const end = std::end(room), *at = end;
+  for (int written = 0; written <= decimals || left > 0; ++written) {
+    if (written == decimals && decimals > 0) *--at = '.';
+    *--at = static_cast<char>('0' + left % 10);
+    left /= 10;
+  }
+  if (negative) *--at = '-';
+  text.append(at, end);
 }
 
 std::string SexagesimalText(double degrees, AngleKind kind, int decimals) {

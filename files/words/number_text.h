@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -17,6 +18,9 @@ std::string_view Trim(std::string_view text);
 
 /// A finite decimal number; blanks around it do not matter.
 ParsedNumber ParseNumber(std::string_view text);
+
+/// Appends a number with so many decimals, correctly rounded; a zero has no sign.
+void AppendDecimals(std::string& text, double value, int decimals);
 
 enum class AngleKind {
   latitude,
@@ -50,6 +54,7 @@ class NumberReader {
   char Mark() const { return mark_; }
 
  private:
+  std::optional<double> ReadPlain(std::string_view text, double limit);
   template <class Parse>
   ParsedNumber Read(std::string_view text, bool mayBeThousands, Parse parse);
 

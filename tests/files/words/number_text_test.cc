@@ -2,6 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdio>
+#include <cstdlib>
+#include <random>
+#include <string>
+
 #include "files/words/name_match.h"
 
 using namespace geomath_files;
@@ -111,6 +117,31 @@ TEST(NumberReader, SettlesOnTheMarkThatTheFirstNumberShows) {
   EXPECT_EQ(NumberReader().Angle("7,125", kLon).value, 7.125);
   EXPECT_EQ(NumberReader().Number("0,125").value, 0.125);
   EXPECT_EQ(NumberReader(',').Number("12,345").value, 12.345);
+}
+
+// Beside the C library, whose conversions are correctly rounded: numbers of one to 19 figures, and halves
+// of the last decimal.
+TEST(NumberText, ReadsAndWritesToTheLastBit) {
+  std::mt19937_64 random(7);
+  for (int i = 0; i < 200000; ++i) {
+    std::string text = std::to_string(random() >> (random() % 60));
+    if (i % 7 != 0) text.insert(random() % (text.size() + 1), 1, '.');
+    if (i % 3 == 0) text.insert(0, "-");
+    const double value = std::strtod(text.c_str(), nullptr);
+    ASSERT_EQ(NumberReader().Number(" " + text).value, value) << text;
+
+    const int decimals = static_cast<int>(random() % 13);
+    const double half = std::round(value * 64) / 64;
+    for (const double each : {value, half, value * 1e-9, value * 1e-16}) {
+      char expected[64];
+      std::snprintf(expected, sizeof expected, "%.*f", decimals, each);
+      const bool zero = std::string(expected).find_first_not_of("-0.") == std::string::npos;
+      std::string written = "x";
+      AppendDecimals(written, each, decimals);
+      ASSERT_EQ(written, std::string("x") + (expected + (zero && expected[0] == '-')))
+          << text << ' ' << decimals;
+    }
+  }
 }
 
 TEST(AngleText, IsWrittenSoThatItReadsBack) {
