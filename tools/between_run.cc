@@ -2,6 +2,7 @@
 
 #include <fmt/format.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 #include <limits>
@@ -45,78 +46,78 @@ std::vector<ResultColumn> ColumnsOf(const ConversionEnd& end, const std::string&
   return {{"x", decimals}, {"y", decimals}, {"z", decimals}};
 }
 
-// Counts how many points took which operation.
-class Tally {
- public:
-  explicit Tally(const Conversion& conversion)
-      : conversion_(conversion), taken_(conversion.Operations().size()) {}
+// Counted of points: which operation each took, by its number, and behind them those that lie outside.
+std::size_t OutsideNumber(const Conversion& conversion) { return conversion.Operations().size(); }
 
-  void Add(const ConversionOutcome& outcome) {
-    if (!outcome) return;
-    ++taken_[outcome.operation];
-    outside_ += outcome.outside;
-  }
+void Count(const Conversion& conversion, const ConversionOutcome& outcome, RowTally& tally) {
+  if (!outcome) return;
+  tally.Count(outcome.operation);
+  if (outcome.outside) tally.Count(OutsideNumber(conversion));
+}
 
-  std::vector<std::string> Summary() const {
-    std::vector<std::string> lines;
-    for (std::size_t i = 0; taken_.size() > 1 && i < taken_.size(); ++i)
-      if (taken_[i] > 0)
-        lines.push_back(fmt::format("{} point{} by {}", taken_[i], taken_[i] > 1 ? "s" : "",
-                                    conversion_.Operations()[i]));
-    return lines;
-  }
-  std::string Warning() const {
-    if (outside_ == 0) return {};
-    return fmt::format("{} point{} outside the area of every operation", outside_,
-                       outside_ > 1 ? "s lie" : " lies");
-  }
+std::vector<std::string> SummaryOf(const Conversion& conversion, const RowTally& tally) {
+  const std::vector<std::string>& operations = conversion.Operations();
+  std::vector<std::string> lines;
+  for (std::size_t i = 0; operations.size() > 1 && i < operations.size(); ++i)
+    if (tally[i] > 0)
+      lines.push_back(
+          fmt::format("{} point{} by {}", tally[i], tally[i] > 1 ? "s" : "", operations[i]));
+  return lines;
+}
 
- private:
-  const Conversion& conversion_;
-  std::vector<long long> taken_;
-  long long outside_ = 0;
-};
+std::vector<std::string> WarningsOf(const Conversion& conversion, const RowTally& tally) {
+  const long long outside = tally[OutsideNumber(conversion)];
+  if (outside == 0) return {};
+  return {fmt::format("{} point{} outside the area of every operation", outside,
+                      outside > 1 ? "s lie" : " lies")};
+}
 
 // Between files, in degrees, and the conversion, in radians.
 class Between {
  public:
   Between(const Conversion& conversion, double angleUnit, double date)
-      : tally(conversion), conversion_(conversion), angleUnit_(angleUnit), date_(date) {}
+      : conversion_(conversion), angleUnit_(angleUnit), date_(date) {}
 
   // NaN in the first two for what fails.
-  void Convert(double* a, double* b, double* c, std::size_t count, PointDates dates) {
+  std::vector<ConversionOutcome> Convert(double* a, double* b, double* c, std::size_t count,
+                                         PointDates dates) const {
     const auto scale = [&](double factor) {
-      for (std::size_t i = 0; i < count; ++i) a[i] *= factor, b[i] *= factor;
+      for (double* column : {a, b})
+        for (std::size_t i = 0; i < count; ++i) column[i] *= factor;
     };
-    outcomes_.resize(count);
+    std::vector<ConversionOutcome> outcomes(count);
     if (IsGeographic(conversion_.Source())) scale(kRadPerDeg);
-    conversion_.ToTarget(a, b, c, count, outcomes_.data(), dates);
+    conversion_.ToTarget(a, b, c, count, outcomes.data(), dates);
     if (IsGeographic(conversion_.Target())) scale(kDegPerRad * angleUnit_);
-    for (const ConversionOutcome& outcome : outcomes_) tally.Add(outcome);
+    return outcomes;
   }
 
-  void Convert(VertexColumns& v) {
-    Convert(v.y.data(), v.x.data(), v.z.data(), v.Count(), PointDates(date_));
+  void Convert(VertexColumns& v, RowTally& tally) const {
+    for (const ConversionOutcome& outcome :
+         Convert(v.y.data(), v.x.data(), v.z.data(), v.Count(), PointDates(date_)))
+      Count(conversion_, outcome, tally);
   }
 
   // A height that is not given stays so.
-  void operator()(RowBlock& block) {
+  void operator()(RowBlock& block) const {
     const std::size_t count = block.count;
     for (std::size_t axis = 0; axis < 3; ++axis)
-      for (std::size_t i = 0; i < count; ++i) block.result[axis][i] = block.given[axis][i];
-    for (double& height : block.result[2])
-      if (std::isnan(height)) height = 0;
-    Convert(block.result[0].data(), block.result[1].data(), block.result[2].data(), count,
-            block.dates.empty() ? PointDates(date_) : PointDates(block.dates.data()));
+      std::copy_n(block.given[axis].begin(), count, block.result[axis].begin());
+    std::vector<double>& heights = block.result[2];
+    for (std::size_t i = 0; i < count; ++i)
+      if (std::isnan(heights[i])) heights[i] = 0;
+    const std::vector<ConversionOutcome> outcomes =
+        Convert(block.result[0].data(), block.result[1].data(), heights.data(), count,
+                block.dates.empty() ? PointDates(date_) : PointDates(block.dates.data()));
     for (std::size_t i = 0; i < count; ++i) {
-      if (std::isnan(block.given[2][i])) block.result[2][i] = block.given[2][i];
-      if (block.problems[i].empty() && !outcomes_[i])
+      if (std::isnan(block.given[2][i])) heights[i] = block.given[2][i];
+      if (!block.problems[i].empty()) continue;
+      Count(conversion_, outcomes[i], block.tally);
+      if (!outcomes[i])
         block.problems[i] =
-            fmt::format("{} cannot convert this point", ChainStepName(outcomes_[i].failed));
+            fmt::format("{} cannot convert this point", ChainStepName(outcomes[i].failed));
     }
   }
-
-  Tally tally;
 
  private:
   static bool IsGeographic(const ConversionEnd& end) { return end.Kind() == EndKind::geographic; }
@@ -124,7 +125,6 @@ class Between {
   const Conversion& conversion_;
   double angleUnit_;  // of the results, in a degree
   double date_;       // of points without one of their own
-  std::vector<ConversionOutcome> outcomes_;
 };
 
 // The date of points without one of their own.
@@ -155,7 +155,8 @@ int RunShapes(const BetweenOptions& options, const Conversion& conversion) {
     if (end->Kind() == EndKind::geocentric)
       throw UserError(end->Title() + ": lines and polygons have no geocentric coordinates");
   if (!options.epoch.column.empty()) throw UserError("--epoch-column: belongs to points");
-  Between between(conversion, 1, DateOf(options.epoch, conversion));
+  const Between between(conversion, 1, DateOf(options.epoch, conversion));
+  RowTally tally;
   const bool fromDegrees = source.Kind() == EndKind::geographic;
   LayerJob job = LayerJobOf(options.points);
   job.given = {fromDegrees, source.Crs(), true, source.Units().plane};
@@ -164,11 +165,10 @@ int RunShapes(const BetweenOptions& options, const Conversion& conversion) {
   job.geographic = target.Kind() == EndKind::geographic;
   job.densify = options.densify;
   job.distance = fromDegrees ? DistanceOnSphere() : DistanceInPlane(source.Units().plane.metres);
-  job.convert = [&](VertexColumns& v) { between.Convert(v); };
+  job.convert = [&](VertexColumns& v) { between.Convert(v, tally); };
   const int status = RunLayers(std::move(job));
-  for (const std::string& line : between.tally.Summary()) Tell(line);
-  if (const std::string warning = between.tally.Warning(); !warning.empty())
-    Tell("warning: " + warning);
+  for (const std::string& line : SummaryOf(conversion, tally)) Tell(line);
+  for (const std::string& line : WarningsOf(conversion, tally)) Tell("warning: " + line);
   return status;
 }
 
@@ -187,7 +187,8 @@ bool PlacedByResult(const BetweenOptions& options, const Conversion& conversion)
 }
 
 // What becomes of the rows; `between` outlives the job.
-RowJob RowJobOf(const BetweenOptions& options, const Conversion& conversion, Between& between) {
+RowJob RowJobOf(const BetweenOptions& options, const Conversion& conversion,
+                const Between& between) {
   const ConversionEnd &source = conversion.Source(), &target = conversion.Target();
   RowJob job;
   job.failure = "not converted";
@@ -204,9 +205,9 @@ RowJob RowJobOf(const BetweenOptions& options, const Conversion& conversion, Bet
   job.placeUnit = place.Units().plane;
   job.files = conversion.Files();
   job.dates = options.epoch.column;
-  job.work = std::ref(between);
-  job.summary = [&between] { return between.tally.Summary(); };
-  job.warning = [&between] { return between.tally.Warning(); };
+  job.work = std::cref(between);
+  job.summary = [&conversion](const RowTally& tally) { return SummaryOf(conversion, tally); };
+  job.warnings = [&conversion](const RowTally& tally) { return WarningsOf(conversion, tally); };
   return job;
 }
 
@@ -244,7 +245,7 @@ int RunFile(const BetweenOptions& options, const Conversion& conversion) {
     throw UserError("--angles gon: only CSV holds gons; other formats hold degrees");
   if (options.densify > 0)
     throw UserError("--densify: belongs to lines and polygons; the input has points");
-  Between between(conversion, toGon ? kGonPerDegree : 1, DateOf(options.epoch, conversion));
+  const Between between(conversion, toGon ? kGonPerDegree : 1, DateOf(options.epoch, conversion));
   const RowJob job = RowJobOf(options, conversion, between);
   TellOf(conversion);
   return RunRows(points, job);
@@ -253,7 +254,7 @@ int RunFile(const BetweenOptions& options, const Conversion& conversion) {
 int RunTyped(const BetweenOptions& options, const Conversion& conversion) {
   if (options.densify > 0) throw UserError("--densify: belongs to lines and polygons");
   const bool toGon = options.points.InGon() && conversion.Target().Kind() == EndKind::geographic;
-  Between between(conversion, toGon ? kGonPerDegree : 1, DateOf(options.epoch, conversion));
+  const Between between(conversion, toGon ? kGonPerDegree : 1, DateOf(options.epoch, conversion));
   const RowJob job = RowJobOf(options, conversion, between);
   TellOf(conversion);
   return RunPosition(options.input, options.points, job);

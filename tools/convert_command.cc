@@ -87,7 +87,7 @@ std::string FailureOf(ChainStep step) {
 class Conversion {
  public:
   Conversion(const CoordinateSystem& system, const GridUnits& units, double date, bool inverse,
-             double angleUnit, std::vector<const Extra*> extras, SigmaColumns* sigma)
+             double angleUnit, std::vector<const Extra*> extras, const SigmaColumns* sigma)
       : chain_(system.Chain()),
         metres_{units.plane.metres, units.plane.metres, units.height.metres},
         date_(date),
@@ -101,9 +101,9 @@ class Conversion {
         sigma_(sigma),
         grid_(system, date) {}
 
-  void operator()(RowBlock& block) {
+  void operator()(RowBlock& block) const {
     const std::size_t count = block.count;
-    failed_.resize(count);
+    std::vector<ChainStep> failed(count);
     auto &first = block.result[0], &second = block.result[1], &height = block.result[2];
     Copy(block.given, inverse_ ? 1 : kRadPerDeg, given_, block.result, count);
     const auto turn = [&](auto change) { TurnUnits(block.result, count, change); };
@@ -111,41 +111,46 @@ class Conversion {
     const PointDates dates =
         block.dates.empty() ? PointDates(date_) : PointDates(block.dates.data());
     if (sigma_)
-      sigma_->Convert(block, 3 + extras_.size(), dates, failed_);
+      sigma_->Convert(block, 3 + extras_.size(), dates, failed);
     else if (inverse_)
       chain_.ToGlobalDatedBatch(dates, first.data(), second.data(), height.data(), count, 1,
-                                failed_.data());
+                                failed.data());
     else
       chain_.ToLocalDatedBatch(dates, first.data(), second.data(), height.data(), count, 1,
-                               failed_.data());
+                               failed.data());
     if (!inverse_) turn([](double value, double metres) { return value / metres; });
     Copy(block.result, inverse_ ? kDegPerRad : 1, results_, block.result, count);
     for (std::size_t i = 0; i < count; ++i) {
       std::string& problem = block.problems[i];
-      if (problem.empty() && failed_[i] != ChainStep::none) problem = FailureOf(failed_[i]);
+      if (problem.empty() && failed[i] != ChainStep::none) problem = FailureOf(failed[i]);
       if (problem.empty() && inverse_ &&
           !AngleRangeProblem(second[i], AngleKind::longitude).empty())
         problem =
             fmt::format("it lies beyond the map: its longitude would be {:.0f} degrees", second[i]);
     }
-    const auto latitudes = inverse_ ? first : block.given[0];
-    const auto longitudes = inverse_ ? second : block.given[1];
+    const Column& latitudes = inverse_ ? first : block.given[0];
+    const Column& longitudes = inverse_ ? second : block.given[1];
     AddExtras(latitudes, longitudes, inverse_ ? height : block.given[2], dates, block);
     CheckArea(latitudes, longitudes, block);
     if (inverse_ && angleUnit_ != 1) {
-      for (std::size_t i = 0; i < count; ++i) first[i] *= angleUnit_, second[i] *= angleUnit_;
+      for (std::size_t i = 0; i < count; ++i) {
+        first[i] *= angleUnit_;
+        second[i] *= angleUnit_;
+      }
     }
   }
 
-  // About the points of all blocks.
-  std::string Warning() const {
-    if (outside_ == 0) return {};
-    return fmt::format("{} point{} outside the area that the system is made for, the first at {}",
-                       outside_, outside_ > 1 ? "s lie" : " lies", firstOutside_);
+  // About all points.
+  static std::vector<std::string> Warnings(const RowTally& tally) {
+    const long long outside = tally[kOutside];
+    if (outside == 0) return {};
+    return {fmt::format("{} point{} outside the area that the system is made for, the first at {}",
+                        outside, outside > 1 ? "s lie" : " lies", tally.first)};
   }
 
  private:
   using Column = std::vector<double>;
+  static constexpr std::size_t kOutside = 0;  // what is counted
 
   // Between north first and the order of the axes, which is the same exchange both ways.
   template <class From>
@@ -170,7 +175,7 @@ class Conversion {
   }
 
   void AddExtras(const Column& latitudes, const Column& longitudes, const Column& heights,
-                 PointDates dates, RowBlock& block) {
+                 PointDates dates, RowBlock& block) const {
     if (extras_.empty()) return;
     for (std::size_t i = 0; i < block.count; ++i) {
       PointFactorsInGrid factors;
@@ -180,13 +185,15 @@ class Conversion {
     }
   }
 
-  void CheckArea(const Column& latitudes, const Column& longitudes, const RowBlock& block) {
+  void CheckArea(const Column& latitudes, const Column& longitudes, RowBlock& block) const {
     if (!area_) return;
     for (std::size_t i = 0; i < block.count; ++i) {
       const double latitude = geographic_.northSign * latitudes[i];
       const double longitude = geographic_.eastSign * longitudes[i];
       if (!block.problems[i].empty() || area_->Contains(latitude, longitude)) continue;
-      if (outside_++ == 0) firstOutside_ = fmt::format("{:.4f} {:.4f}", latitude, longitude);
+      if (block.tally[kOutside] == 0)
+        block.tally.first = fmt::format("{:.4f} {:.4f}", latitude, longitude);
+      block.tally.Count(kOutside);
     }
   }
 
@@ -198,11 +205,8 @@ class Conversion {
   AxisPair given_, results_, geographic_;
   std::optional<GeoBox> area_;
   std::vector<const Extra*> extras_;
-  SigmaColumns* sigma_;  // null where no uncertainties are asked for
+  const SigmaColumns* sigma_;  // null where no uncertainties are asked for
   SystemGrid grid_;
-  std::vector<ChainStep> failed_;
-  long long outside_ = 0;
-  std::string firstOutside_;
 };
 
 std::vector<ResultColumn> ResultsOf(const ConvertOptions& options, const GridUnits& units) {
@@ -324,11 +328,11 @@ int Convert(ConvertOptions options) {
   job.files = system->Files();
   job.files.push_back(options.system);
   job.dates = options.epoch.column;
-  Conversion conversion(*system, units, DateOf(options.epoch, *system, options.system),
-                        options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
-                        sigma ? &*sigma : nullptr);
-  job.work = std::ref(conversion);
-  job.warning = [&conversion] { return conversion.Warning(); };
+  const Conversion conversion(*system, units, DateOf(options.epoch, *system, options.system),
+                              options.inverse, gon ? kGonPerDegree : 1, std::move(extras),
+                              sigma ? &*sigma : nullptr);
+  job.work = std::cref(conversion);
+  job.warnings = Conversion::Warnings;
   return isFile ? RunRows(options.points, job) : RunPosition(options.input, options.points, job);
 }
 

@@ -62,19 +62,19 @@ std::string NameOf(CompassZone zone) {
                      kCautionZone);
 }
 
-// How many points lie where a compass is of little use.
-class ZoneCount {
- public:
-  void Add(double h) { ++counts_[static_cast<std::size_t>(CompassZoneOf(h))]; }
-  void Report(const char* points) const {
-    for (const CompassZone zone : {CompassZone::caution, CompassZone::blackout})
-      if (const long long count = counts_[static_cast<std::size_t>(zone)])
-        Warn(fmt::format("{} of the {} lie in {}", count, points, NameOf(zone)));
-  }
+// Counts in which zone a compass is, by the number of the zone.
+void CountZone(double h, RowTally& zones) {
+  zones.Count(static_cast<std::size_t>(CompassZoneOf(h)));
+}
 
- private:
-  std::array<long long, 3> counts_{};
-};
+// How many points lie where a compass is of little use.
+std::vector<std::string> ZoneWarnings(const RowTally& zones, const char* points) {
+  std::vector<std::string> warnings;
+  for (const CompassZone zone : {CompassZone::caution, CompassZone::blackout})
+    if (const long long count = zones[static_cast<std::size_t>(zone)])
+      warnings.push_back(fmt::format("{} of the {} lie in {}", count, points, NameOf(zone)));
+  return warnings;
+}
 
 // One line of the report: value, yearly change and, where the publisher states one, uncertainty.
 void PrintElement(const char* name, double value, double change, const char* unit,
@@ -150,15 +150,15 @@ int RunYears(const DeclinationOptions& options) {
   WarnOfYears(options, models, first, std::to_string(first));
   if (last != first) WarnOfYears(options, models, last, std::to_string(last));
   std::string table = "year,declination,inclination,grid_variation,total_nt,model\n";
-  ZoneCount zones;
+  RowTally zones;
   for (int year = first; year <= last; year += step) {
     const WMMtype_MagneticModel& model = ModelOfYear(models, year);
     const MagneticElements at = MagneticField(model, year).At(latitude, longitude, height).field;
     table += fmt::format("{},{:.4f},{:.4f},{:.4f},{:.1f},{}\n", year, at.declination,
                          at.inclination, at.gridVariation, at.f, model.modelName);
-    zones.Add(at.h);
+    CountZone(at.h, zones);
   }
-  zones.Report("years");
+  for (const std::string& warning : ZoneWarnings(zones, "years")) Warn(warning);
   const std::string& output = options.points.output;
   WriteTextFiles({{output.empty() ? "-" : output, table}});
   return kExitDone;
@@ -171,9 +171,8 @@ int RunFile(const DeclinationOptions& options) {
   job.results = {{"declination", 6, "deg"}, {"inclination", 6, "deg"}, {"total_nt", 2, "nT"}};
   job.failure = "no field";
   job.failures = "have no field";
-  ZoneCount zones;
-  job.work = [&, points = std::vector<MagneticPoint>()](RowBlock& rows) mutable {
-    points.resize(rows.count);
+  job.work = [&field](RowBlock& rows) {
+    std::vector<MagneticPoint> points(rows.count);
     auto &declination = rows.result[0], &inclination = rows.result[1], &total = rows.result[2];
     std::transform(rows.given[2].begin(), rows.given[2].end(), total.begin(),
                    [](double metres) { return metres * kKilometre; });
@@ -186,12 +185,11 @@ int RunFile(const DeclinationOptions& options) {
       total[i] = at.f;
       if (rows.problems[i].empty() && !std::isfinite(at.f))
         rows.problems[i] = "the model has no number at this point";
-      if (rows.problems[i].empty()) zones.Add(at.h);
+      if (rows.problems[i].empty()) CountZone(at.h, rows.tally);
     }
   };
-  const int status = RunRows(options.points, job);
-  zones.Report("points");
-  return status;
+  job.warnings = [](const RowTally& zones) { return ZoneWarnings(zones, "points"); };
+  return RunRows(options.points, job);
 }
 
 NodeGrid GridOf(const std::vector<double>& g) {
@@ -235,10 +233,10 @@ int RunGrid(const DeclinationOptions& options) {
     longitudes[static_cast<std::size_t>(c)] = grid.Longitude(c);
   CatchInterrupts();
   Progress progress("rows");
-  ZoneCount zones;
+  RowTally zones;
   for (int row = grid.rows - 1, done = 1; row >= 0; --row, ++done) {
     field.AtRow(grid.Latitude(row), height, longitudes.data(), width, results.data());
-    for (const MagneticPoint& node : results) zones.Add(node.field.h);
+    for (const MagneticPoint& node : results) CountZone(node.field.h, zones);
     int index = 0;
     for (const Band& band : kBands) {
       std::transform(results.begin(), results.end(), line.begin(),
@@ -249,7 +247,7 @@ int RunGrid(const DeclinationOptions& options) {
     StopIfInterrupted(options.points.output);
   }
   raster.Close();
-  zones.Report("nodes");
+  for (const std::string& warning : ZoneWarnings(zones, "nodes")) Warn(warning);
   return kExitDone;
 }
 

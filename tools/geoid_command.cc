@@ -45,10 +45,8 @@ int RunPoints(const GeoidOptions& options, const GeoidHeight& geoid) {
   job.results = {{"geoid"}, {"h_ellipsoid"}, {"h_geoid"}};
   job.failure = "no geoid height";
   job.failures = "have no geoid height";
-  job.work = [&geoid, b = std::vector<double>(),
-              l = std::vector<double>()](RowBlock& rows) mutable {
-    b.resize(rows.count);
-    l.resize(rows.count);
+  job.work = [&geoid](RowBlock& rows) {
+    std::vector<double> b(rows.count), l(rows.count);
     for (std::size_t i = 0; i < rows.count; ++i) {
       b[i] = rows.given[0][i] * kRadPerDeg;
       l[i] = rows.given[1][i] * kRadPerDeg;

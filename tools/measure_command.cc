@@ -177,6 +177,7 @@ int RunMeasure(const MeasureOptions& options) {
   job.placeCrs = job.givenCrs;
   job.files = system->Files();
   job.files.push_back(options.system);
+  job.inOrder = true;
   job.work = std::ref(measurement);
   return RunRows(options.points, job);
 }

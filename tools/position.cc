@@ -66,10 +66,11 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
                kWidth - std::min(kWidth, name.size()), unit.empty() ? "" : " ", unit);
   }
   if (job.summary)
-    for (const std::string& line : job.summary())
+    for (const std::string& line : job.summary(block.tally))
       std::fprintf(stderr, "geomath: %s\n", line.c_str());
-  const std::string warning = job.warning ? job.warning() : "";
-  if (!warning.empty()) std::fprintf(stderr, "geomath: warning: %s\n", warning.c_str());
+  if (job.warnings)
+    for (const std::string& line : job.warnings(block.tally))
+      std::fprintf(stderr, "geomath: warning: %s\n", line.c_str());
   return kExitDone;
 }
 

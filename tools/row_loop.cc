@@ -3,9 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <cstdio>
 #include <memory>
+#include <thread>
 
 #include "files/points/point_sink.h"
 #include "files/points/point_source.h"
@@ -16,6 +18,7 @@
 #include "geomath/base/point_dates.h"
 #include "tools/exit_status.h"
 #include "tools/interrupt.h"
+#include "tools/ordered_pipeline.h"
 #include "tools/progress.h"
 
 using zel_cs::geomath::kNoDate;
@@ -23,8 +26,10 @@ using zel_cs::geomath::kNoDate;
 namespace geomath_files::program {
 namespace {
 
-// Rows that are read, converted together and written: enough for the batch, little memory.
-constexpr std::size_t kBlockRows = 4096;
+// Rows that are converted together: enough for the batch, and they stay in the cache.
+constexpr std::size_t kBlockRows = 512;
+
+constexpr int kMostJobs = 1024;
 
 // The names of a list, none empty; none at all where nothing is given.
 std::vector<std::string> NamesIn(const std::string& option, const std::string& list,
@@ -110,166 +115,260 @@ std::vector<ResultColumn> ResultsOf(const PointOptions& options, const RowJob& j
   return results;
 }
 
+// The column of the source that has that name.
+std::size_t ColumnOf(const std::string& name, const PointSource& source) {
+  const std::vector<std::string> columns = source.ColumnNames();
+  const auto found = std::find(columns.begin(), columns.end(), name);
+  if (found != columns.end()) return static_cast<std::size_t>(found - columns.begin());
+  throw UserError(fmt::format("{}: there is no column \"{}\"; {}", source.Name(), Printable(name),
+                              SuggestName(name, columns)));
+}
+
+// A decimal year may have a decimal comma, as the other numbers of the file.
+ParsedNumber DateIn(std::string_view text) {
+  const std::size_t comma = text.find(',');
+  if (comma == std::string_view::npos) return ParseDate(text);
+  std::string written(text);
+  written[comma] = '.';
+  return ParseDate(written);
+}
+
+// Rows on their way from the source to the sink.
+struct Batch {
+  RawRows rows;
+  CsvRows begin;                 // where its rows begin, without their text
+  double done = -1;              // of the source
+  bool lastForNow = false;       // the next rows have not arrived
+  char mark = 0;                 // decimal mark that the rows before have shown
+  PointsRead read;               // what these have shown
+  std::vector<Record> records;   // of the rows in hand
+  RowBlock block;                // likewise
+  std::vector<double> result;    // of a row
+  std::string text;              // printed
+  std::vector<std::string> bad;  // reports of rows without result
+  long long count = 0;           // of rows
+};
+
 class RowLoop {
  public:
-  RowLoop(const RowJob& job, PointSource& source, PointColumns& columns, PointSink& sink,
-          bool decimalCommaSaid)
+  RowLoop(const RowJob& job, PointSource& source, const PointColumns& columns, PointSink& sink,
+          std::size_t jobs)
       : job_(job),
         source_(source),
         columns_(columns),
         sink_(sink),
-        records_(kBlockRows),
-        decimalCommaSaid_(decimalCommaSaid),
+        jobs_(jobs > 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1u)),
+        ahead_(source.Csv() && sink.IsText() && !job.inOrder),
+        batches_(PipelinePlaces(jobs_)),
+        read_(columns.Start()),
+        mark_(read_.numbers.Mark()),
+        decimalComma_(mark_ == ','),
         progress_("rows") {
-    for (std::vector<double>& column : block_.given) column.resize(kBlockRows);
-    block_.result.assign(job.results.size(), std::vector<double>(kBlockRows));
-    block_.problems.resize(kBlockRows);
-    block_.blank.resize(kBlockRows);
-    block_.also.assign(job.also.size(), std::vector<double>(kBlockRows));
     for (const std::string& name : job.also) also_.push_back(ColumnOf(name, source));
-    if (!job.dates.empty()) {
-      dates_ = ColumnOf(job.dates, source);
-      block_.dates.resize(kBlockRows);
-    }
-    result_.resize(job.results.size());
+    if (!job.dates.empty()) dates_ = ColumnOf(job.dates, source);
+    for (Batch& batch : batches_) MakeRoom(batch);
   }
 
   int Run() {
-    while (ReadBlock()) {
-      FollowDecimalComma();
-      job_.work(block_);
-      WriteBlock();
-      if (source_.WouldWait()) sink_.Flush();
-      progress_.Update(rows_, source_.Done());
-      if (Interrupted() || !trouble_.empty()) break;
+    const PipelineStages stages = {[this](std::size_t i) { return Read(batches_[i]); },
+                                   [this](std::size_t i) { WorkAhead(batches_[i]); },
+                                   [this](std::size_t i) { Write(batches_[i]); }};
+    // The first rows alone: nearly always they show how numbers are written.
+    if (stages.read(0)) {
+      stages.work(0);
+      stages.write(0);
+      RunPipeline(jobs_, stages);
     }
     sink_.Close();
     for (const std::string& note : sink_.Notes()) progress_.Print("geomath: " + note);
     if (failures_ > 0)
       progress_.Print(fmt::format("geomath: {} of {} rows {}; their results are empty", failures_,
                                   rows_, job_.failures));
-    Warn(columns_.StaleNote());
+    if (const std::string note = columns_.StaleNote(read_); !note.empty()) Warn(note);
     if (job_.summary)
-      for (const std::string& line : job_.summary()) progress_.Print("geomath: " + line);
-    if (job_.warning) Warn(job_.warning());
+      for (const std::string& line : job_.summary(tally_)) progress_.Print("geomath: " + line);
+    if (job_.warnings)
+      for (const std::string& line : job_.warnings(tally_)) Warn(line);
     if (Interrupted()) throw UserError(fmt::format("interrupted after {} rows", rows_));
     if (!trouble_.empty()) throw UserError(trouble_);
     return failures_ == 0 ? kExitDone : kExitSomeFailed;
   }
 
  private:
+  void MakeRoom(Batch& batch) const {
+    batch.records.resize(kBlockRows);
+    batch.result.resize(job_.results.size());
+    RowBlock& block = batch.block;
+    for (std::vector<double>& column : block.given) column.resize(kBlockRows);
+    block.result.assign(job_.results.size(), std::vector<double>(kBlockRows));
+    block.problems.resize(kBlockRows);
+    block.blank.resize(kBlockRows);
+    block.also.assign(job_.also.size(), std::vector<double>(kBlockRows));
+    if (dates_) block.dates.resize(kBlockRows);
+  }
+
   // Reading may break off; the rows before that are converted and written all the same.
-  bool ReadBlock() {
-    std::size_t& count = block_.count;
-    count = 0;
+  bool Read(Batch& batch) {
+    if (Interrupted() || !trouble_.empty()) return false;
     try {
-      for (; count < kBlockRows; ++count) {
-        if (count > 0 && source_.WouldWait()) break;  // somebody waits for the answer
-        if (!source_.Next(records_[count])) break;
-        ReadRow(count);
-      }
+      if (!source_.Read(batch.rows)) return false;
     } catch (const UserError& error) {
       trouble_ = error.what();
+      return false;
+    }
+    batch.begin.at = batch.rows.csv.at;
+    batch.begin.line = batch.rows.csv.line;
+    batch.done = source_.Done();
+    batch.lastForNow = source_.WouldWait();
+    return true;
+  }
+
+  void WorkAhead(Batch& batch) {
+    if (!ahead_) return;
+    batch.mark = mark_;
+    ConvertText(batch);
+  }
+
+  void ConvertText(Batch& batch) const {
+    batch.read = {NumberReader(batch.mark), 0, {}};
+    Convert(batch, batch.read);
+  }
+
+  void Write(Batch& batch) {
+    if (!ahead_) {
+      Convert(batch, read_);
+    } else {
+      if (batch.mark != mark_) {  // it was not known when the work began
+        batch.mark = mark_;
+        batch.rows.csv.at = batch.begin.at;
+        batch.rows.csv.line = batch.begin.line;
+        ConvertText(batch);
+      }
+      read_.numbers = batch.read.numbers;
+    }
+    mark_ = read_.numbers.Mark();
+    TellDecimalComma();
+    for (const std::string& report : batch.bad) progress_.Print(report);
+    sink_.WriteText(batch.text);
+    failures_ += static_cast<long long>(batch.bad.size());
+    rows_ += batch.count;
+    tally_.Add(batch.block.tally);
+    if (batch.lastForNow) sink_.Flush();
+    progress_.Update(rows_, batch.done);
+  }
+
+  void Convert(Batch& batch, PointsRead& read) const {
+    batch.text.clear();
+    batch.bad.clear();
+    batch.count = 0;
+    batch.block.tally = {};
+    while (TakeBlock(batch, read)) {
+      job_.work(batch.block);
+      for (std::size_t i = 0; i < batch.block.count; ++i)
+        WriteRow(batch, i, read.numbers.Mark() == ',');
+    }
+  }
+
+  bool TakeBlock(Batch& batch, PointsRead& read) const {
+    std::size_t& count = batch.block.count;
+    for (count = 0; count < kBlockRows; ++count) {
+      if (!source_.Take(batch.rows, batch.records[count])) break;
+      ReadRow(batch.records[count], count, batch.block, read);
     }
     return count > 0;
   }
 
-  void ReadRow(std::size_t i) {
+  void ReadRow(const Record& record, std::size_t i, RowBlock& block, PointsRead& read) const {
     std::array<double, 3> point{};
-    block_.blank[i] = records_[i].IsBlank();
-    std::string& problem = block_.problems[i];
-    problem = source_.Problem(records_[i]);
-    if (problem.empty()) problem = columns_.Read(records_[i], point);
+    block.blank[i] = record.IsBlank();
+    std::string& problem = block.problems[i];
+    problem = source_.Problem(record);
+    if (problem.empty()) problem = columns_.Read(record, read, point);
     for (std::size_t k = 0; k < also_.size(); ++k) {
-      const ParsedNumber number = numbers_.Number(records_[i].Text(also_[k]));
+      const ParsedNumber number = read.numbers.Number(record.Text(also_[k]));
       if (problem.empty() && !number) problem = job_.also[k] + " " + number.problem;
-      block_.also[k][i] = number ? number.value : 0;
+      block.also[k][i] = number ? number.value : 0;
     }
     if (dates_) {
-      const ParsedNumber date = DateIn(records_[i].Text(*dates_));
+      const ParsedNumber date = DateIn(record.Text(*dates_));
       if (problem.empty() && !date) problem = job_.dates + " " + date.problem;
-      block_.dates[i] = date ? date.value : kNoDate;
+      block.dates[i] = date ? date.value : kNoDate;
     }
     for (std::size_t axis = 0; axis < 3; ++axis)
-      block_.given[axis][i] = problem.empty() ? point[axis] : 0;
+      block.given[axis][i] = problem.empty() ? point[axis] : 0;
   }
 
-  // A decimal year may have a decimal comma, as the other numbers of the file.
-  static ParsedNumber DateIn(std::string_view text) {
-    const std::size_t comma = text.find(',');
-    if (comma == std::string_view::npos) return ParseDate(text);
-    std::string written(text);
-    written[comma] = '.';
-    return ParseDate(written);
-  }
-
-  static std::size_t ColumnOf(const std::string& name, const PointSource& source) {
-    const std::vector<std::string> columns = source.ColumnNames();
-    const auto found = std::find(columns.begin(), columns.end(), name);
-    if (found != columns.end()) return static_cast<std::size_t>(found - columns.begin());
-    throw UserError(fmt::format("{}: there is no column \"{}\"; {}", source.Name(), Printable(name),
-                                SuggestName(name, columns)));
-  }
-
-  void WriteBlock() {
-    for (std::size_t i = 0; i < block_.count; ++i) {
-      const Record& record = records_[i];
-      if (record.IsBlank()) {
-        sink_.Write(record, {});
-        continue;
-      }
-      ++rows_;
-      const bool done = block_.problems[i].empty();
-      if (!done) Report(i);
-      sink_.Write(record, done ? Result(i) : Converted{});
+  void WriteRow(Batch& batch, std::size_t i, bool decimalComma) const {
+    const Record& record = batch.records[i];
+    Converted converted;
+    if (!record.IsBlank()) {
+      ++batch.count;
+      const std::string& problem = batch.block.problems[i];
+      if (problem.empty())
+        converted = Result(batch, i);
+      else
+        batch.bad.push_back(fmt::format("{}, {}: {}: {}", source_.Name(), source_.Place(record),
+                                        job_.failure, problem));
     }
+    if (sink_.IsText())
+      sink_.Print(record, converted, decimalComma, batch.text);
+    else
+      sink_.Write(record, converted);
   }
 
-  Converted Result(std::size_t i) {
-    for (std::size_t k = 0; k < result_.size(); ++k) result_[k] = block_.result[k][i];
-    const auto& given = block_.given;
-    const double y = job_.placedByResult ? result_[0] : given[0][i];
-    const double x = job_.placedByResult ? result_[1] : given[1][i];
-    const double z = job_.placedByResult ? result_[2] : given[2][i];
-    return {true, result_, x, y, std::isnan(z) ? 0 : z};
+  Converted Result(Batch& batch, std::size_t i) const {
+    std::vector<double>& result = batch.result;
+    for (std::size_t k = 0; k < result.size(); ++k) result[k] = batch.block.result[k][i];
+    const auto& given = batch.block.given;
+    const double y = job_.placedByResult ? result[0] : given[0][i];
+    const double x = job_.placedByResult ? result[1] : given[1][i];
+    const double z = job_.placedByResult ? result[2] : given[2][i];
+    return {true, result, x, y, std::isnan(z) ? 0 : z};
   }
 
-  void FollowDecimalComma() {
-    if (decimalComma_ || !columns_.HasDecimalComma()) return;
+  void TellDecimalComma() {
+    if (decimalComma_ || mark_ != ',') return;
     decimalComma_ = true;
-    sink_.UseDecimalComma();
-    if (!decimalCommaSaid_)
-      progress_.Print(
-          fmt::format("geomath: {}: numbers are read with a decimal comma", source_.Name()));
+    progress_.Print(
+        fmt::format("geomath: {}: numbers are read with a decimal comma", source_.Name()));
   }
 
-  void Warn(const std::string& text) {
-    if (!text.empty()) progress_.Print("geomath: warning: " + text);
-  }
-
-  void Report(std::size_t i) {
-    ++failures_;
-    progress_.Print(fmt::format("{}, {}: {}: {}", source_.Name(), source_.Place(records_[i]),
-                                job_.failure, block_.problems[i]));
-  }
+  void Warn(const std::string& text) { progress_.Print("geomath: warning: " + text); }
 
   const RowJob& job_;
   PointSource& source_;
-  PointColumns& columns_;
+  const PointColumns& columns_;
   PointSink& sink_;
-  std::vector<Record> records_;
-  RowBlock block_;
   std::vector<std::size_t> also_;     // columns of the source
   std::optional<std::size_t> dates_;  // likewise
-  NumberReader numbers_;              // of those
-  std::vector<double> result_;        // of a row
-  bool decimalComma_ = false, decimalCommaSaid_;
+  const std::size_t jobs_;
+  const bool ahead_;  // rows are worked on while those before them are
+  std::vector<Batch> batches_;
+  PointsRead read_;         // by the rows that are written
+  std::atomic<char> mark_;  // of numbers in them
+  bool decimalComma_;       // the user knows of it
   Progress progress_;
+  RowTally tally_;
   long long rows_ = 0, failures_ = 0;
   std::string trouble_;
 };
 
 }  // namespace
+
+void RowTally::Count(std::size_t number) {
+  if (counts.size() <= number) counts.resize(number + 1);
+  ++counts[number];
+}
+
+long long RowTally::operator[](std::size_t number) const {
+  return number < counts.size() ? counts[number] : 0;
+}
+
+void RowTally::Add(const RowTally& later) {
+  counts.resize(std::max(counts.size(), later.counts.size()));
+  for (std::size_t i = 0; i < later.counts.size(); ++i) counts[i] += later.counts[i];
+  if (first.empty()) first = later.first;
+}
 
 void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::string& defaults) {
   arguments.add_option("--columns", options.columns,
@@ -293,6 +392,10 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
   arguments.add_flag("--from-geometry", options.fromGeometry,
                      "coordinates from the geometry of features, whatever columns they have");
   arguments.add_option("--layer", options.layer, "layer of the input, when it has several");
+  arguments
+      .add_option("--jobs", options.jobs,
+                  "threads that work on rows, all processors by default; the output is the same")
+      ->check(CLI::Range(0, kMostJobs));
 }
 
 int RunRows(const PointOptions& options, const RowJob& job) {
@@ -309,11 +412,11 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   const bool inGrid = job.placedByResult ? toGrid : fromGrid;
   const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid,
                           job.placeUnit.value_or(job.unit)};
-  PointColumns columns(*source, job.given, choice);
+  const PointColumns columns(*source, job.given, choice);
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.
   const auto sink = CreatePoints(options.output, *source, style);
-  return RowLoop(job, *source, columns, *sink, options.decimalComma).Run();
+  return RowLoop(job, *source, columns, *sink, options.jobs).Run();
 }
 
 }  // namespace geomath_files::program

@@ -109,11 +109,11 @@ std::vector<ResultColumn> SigmaColumns::Results(int decimals) {
 }
 
 void SigmaColumns::Convert(RowBlock& block, std::size_t column, PointDates dates,
-                           std::vector<ChainStep>& failed) {
+                           std::vector<ChainStep>& failed) const {
   const std::size_t count = block.count;
-  covariances_.assign(9 * count, 0.0);
+  std::vector<double> covariances(9 * count, 0.0);
   for (std::size_t i = 0; i < count; ++i) {
-    double* const matrix = &covariances_[9 * i];
+    double* const matrix = &covariances[9 * i];
     for (std::size_t k = 0; k < given_; ++k) {
       const double value = numbers_.empty() ? block.also[k][i] : numbers_[k];
       if (given_ == 3) {
@@ -127,14 +127,14 @@ void SigmaColumns::Convert(RowBlock& block, std::size_t column, PointDates dates
   auto &x = block.result[0], &y = block.result[1], &h = block.result[2];
   using enum CovarianceFrame;
   if (inverse_)
-    uncertainty_.ToGlobalBatch(x.data(), y.data(), h.data(), covariances_.data(), count, 1,
+    uncertainty_.ToGlobalBatch(x.data(), y.data(), h.data(), covariances.data(), count, 1,
                                failed.data(), northEastUp, northEastUp, dates);
   else
-    uncertainty_.ToLocalBatch(x.data(), y.data(), h.data(), covariances_.data(), count, 1,
+    uncertainty_.ToLocalBatch(x.data(), y.data(), h.data(), covariances.data(), count, 1,
                               failed.data(), geocentric_ ? geocentric : northEastUp, northEastUp,
                               dates);
   for (std::size_t i = 0; i < count; ++i) {
-    const double* const c = &covariances_[9 * i];
+    const double* const c = &covariances[9 * i];
     const ErrorEllipse ellipse = EllipseOf(c[0], c[1], c[4]);
     const double values[] = {std::sqrt(c[0]), std::sqrt(c[4]), std::sqrt(c[8]),
                              ellipse.major,   ellipse.minor,   ellipse.bearing};

@@ -41,7 +41,7 @@ class SigmaColumns {
   /// Converts the positions of a block, radians and metres in the chain's axes, with what the block
   /// has read, and puts the columns into its results from `column` on.
   void Convert(RowBlock& block, std::size_t column, zel_cs::geomath::PointDates dates,
-               std::vector<zel_cs::geomath::ChainStep>& failed);
+               std::vector<zel_cs::geomath::ChainStep>& failed) const;
 
  private:
   void TakeSite(const CoordinateSystem& system);
@@ -53,7 +53,6 @@ class SigmaColumns {
   std::size_t given_;  // 3 or 6
   std::vector<double> numbers_;
   std::vector<std::string> read_;
-  std::vector<double> covariances_;
 };
 
 }  // namespace geomath_files::program

@@ -301,12 +301,13 @@ class GroundReader {
     }
     long long left = 0;
     std::string first;
+    PointsRead read = reader.Start();
     Record record;
     std::array<double, 3> point;
     while (source->Next(record)) {
       if (record.IsBlank()) continue;
       std::string problem = source->Problem(record);
-      if (problem.empty()) problem = reader.Read(record, point);
+      if (problem.empty()) problem = reader.Read(record, read, point);
       ParsedNumber weight{1, ""};
       if (problem.empty() && weights) {
         weight = ParseNumber(record.Text(*weights));

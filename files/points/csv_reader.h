@@ -23,12 +23,26 @@ struct CsvRow {
 
   /// Whether it holds no point.
   bool IsBlank() const { return text.empty() || comment; }
+  /// A field as it stands there, quotation marks included.
+  std::string_view Raw(std::size_t field) const {
+    return std::string_view(text).substr(fields[field].begin,
+                                         fields[field].end - fields[field].begin);
+  }
   /// The value of a field: unquoted, doubled quotation marks made single.
   std::string Value(std::size_t field) const;
 };
 
-/// Reads a CSV file row by row (RFC 4180) with the memory of one row, keeping the text of every
-/// row as it is. A quotation mark is special only at the start of a field, so that seconds of arc
+/// Rows of a CSV file that were read together, each of them whole. They are taken from the front.
+struct CsvRows {
+  std::string text;    ///< with line ends
+  std::size_t at = 0;  ///< where the next row begins
+  long long line = 1;  ///< of that row
+
+  /// Takes the next row, reusing the memory of `row`; false where none is left.
+  bool Take(char separator, CsvRow& row);
+};
+
+/// Reads a CSV file (RFC 4180), row by row or many rows together, keeping the text of every row as it is. A quotation mark is special only at the start of a field, so that seconds of arc
 /// may stand unquoted. Lines end with LF or CR LF.
 ///
 /// The separator, one of `, ; tab |`, is the one that the first row holds most of, or the one that
@@ -43,6 +57,9 @@ class CsvReader {
   /// The next row; false at the end of the file. Throws UserError for what is no CSV text: a
   /// quotation mark that is never closed, a row of more than 16 MiB, a read error.
   bool Next(CsvRow& row);
+  /// The next rows, as many as are there, some thousands at most; false at the end of the file. The
+  /// rows before one that throws come first.
+  bool Next(CsvRows& rows);
 
   /// Whether the text begins with a byte order mark.
   bool HasMark() const { return hasMark_; }
@@ -59,17 +76,16 @@ class CsvReader {
   long long BytesRead() const { return bytesRead_; }
 
  private:
-  bool Fill();
-  std::string_view RestOfLine();
+  bool Fill(std::string& text, std::size_t least);
+  std::string_view FirstLine();
   void SkipMark();
   void TakePreamble();
   void RecogniseStyle(std::size_t fields);
-  void FinishRow(CsvRow& row, std::size_t begin) const;
 
   std::FILE* file_;
   std::string name_;
-  std::vector<char> buffer_;
-  std::size_t at_ = 0, size_ = 0;
+  CsvRows rows_;      // of those that are asked for one by one
+  std::string rest_;  // read, behind the rows that were given out
   long long nextLine_ = 1, bytesRead_ = 0;
   bool hasMark_ = false;
   bool mayWait_ = false;   // no regular file

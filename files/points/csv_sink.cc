@@ -25,6 +25,9 @@ class CsvSink : public PointSink {
         text_ += CsvField(column.name, separator_);
       }
     }
+    const bool isFigure =
+        std::string_view("0123456789.-").find(separator_) != std::string_view::npos;
+    for (const ResultColumn& column : results_) plain_.push_back(!column.sexagesimal && !isFigure);
     if (source.Csv() && !source.HasHeader()) return;
     for (const ResultColumn& column : style.columns) {
       if (!text_.empty()) text_ += separator_;
@@ -33,17 +36,32 @@ class CsvSink : public PointSink {
     text_ += lineEnd_;
   }
 
-  void Write(const Record& record, const Converted& converted) override {
+  bool IsText() const override { return true; }
+
+  void Print(const Record& record, const Converted& converted, bool decimalComma,
+             std::string& text) const override {
     if (record.IsBlank()) {
-      text_ += record.row.text + lineEnd_;  // a remark, or nothing
+      text += record.row.text;  // a remark, or nothing
     } else {
-      WriteColumns(record);
+      PrintColumns(record, text);
       for (std::size_t i = 0; i < results_.size(); ++i) {
-        if (i > 0 || columns_ > 0) text_ += separator_;
-        text_ += CsvField(converted.done ? Text(converted.result[i], results_[i]) : "", separator_);
+        if (i > 0 || columns_ > 0) text += separator_;
+        const std::size_t begin = text.size();
+        if (converted.done) AppendResult(text, converted.result[i], results_[i]);
+        if (decimalComma) std::replace(Place(text, begin), text.end(), '.', ',');
+        if (decimalComma || !plain_[i] || text.size() == begin) Quote(text, begin);
       }
-      text_ += lineEnd_;
     }
+    text += lineEnd_;
+  }
+
+  void WriteText(std::string_view printed) override {
+    WriteOut();
+    file_.Write(printed);
+  }
+
+  void Write(const Record& record, const Converted& converted) override {
+    Print(record, converted, decimalComma_, text_);
     if (text_.size() >= kFlushSize) WriteOut();
   }
 
@@ -62,24 +80,29 @@ class CsvSink : public PointSink {
  private:
   static constexpr std::size_t kFlushSize = 1 << 16;
 
-  void WriteColumns(const Record& record) {
+  static std::string::iterator Place(std::string& text, std::size_t at) {
+    return text.begin() + static_cast<std::ptrdiff_t>(at);
+  }
+
+  // Makes a field of the value that begins there.
+  void Quote(std::string& text, std::size_t begin) const {
+    const std::string value = text.substr(begin);
+    text.resize(begin);
+    text += CsvField(value, separator_);
+  }
+
+  void PrintColumns(const Record& record, std::string& text) const {
     if (!record.feature) {
-      text_ += record.row.text;
+      text += record.row.text;
       // A short row is filled up so that its results stand in their columns.
       for (std::size_t i = record.row.fields.size(); i < columns_; ++i)
-        text_ += separator_ + CsvField("", separator_);
+        text += separator_ + CsvField("", separator_);
       return;
     }
     for (std::size_t i = 0; i < columns_; ++i) {
-      if (i > 0) text_ += separator_;
-      text_ += CsvField(record.Text(i), separator_);
+      if (i > 0) text += separator_;
+      text += CsvField(record.Text(i), separator_);
     }
-  }
-
-  std::string Text(double value, const ResultColumn& column) const {
-    std::string text = ResultText(value, column);
-    if (decimalComma_) std::replace(text.begin(), text.end(), '.', ',');
-    return text;
   }
 
   void WriteOut() {
@@ -90,6 +113,7 @@ class CsvSink : public PointSink {
   TextOutput file_;
   std::size_t columns_;
   std::vector<ResultColumn> results_;
+  std::vector<bool> plain_;  // of the results, numbers that need no quotation marks
   bool decimalComma_ = false;
   char separator_ = ',';
   std::string lineEnd_ = "\n";

@@ -27,9 +27,11 @@ class CsvSource : public PointSource {
     if (names.empty()) ReadHeader();
   }
 
-  bool Next(Record& record) override {
+  bool Read(RawRows& rows) override { return reader_.Next(rows.csv); }
+
+  bool Take(RawRows& rows, Record& record) const override {
     CsvRow& row = record.row;
-    if (!reader_.Next(row)) return false;
+    if (!rows.csv.Take(reader_.Separator(), row)) return false;
     // A remark; a point that is called "#1" has all its fields.
     row.comment = row.text.starts_with('#') && row.fields.size() != columns_.size();
     if (row.fields.size() == columns_.size() + 1) DropTrailingSeparator(row);

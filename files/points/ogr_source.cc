@@ -13,6 +13,8 @@
 namespace geomath_files {
 namespace {
 
+constexpr std::size_t kMostFeatures = 1024;  // read together
+
 class OgrSource : public PointSource {
  public:
   OgrSource(const std::string& path, const std::string& layer) {
@@ -39,17 +41,29 @@ class OgrSource : public PointSource {
     layer_->ResetReading();
   }
 
-  bool Next(Record& record) override {
+  bool Read(RawRows& rows) override {
+    rows.features.clear();
+    rows.taken = 0;
+    if (!trouble_.empty()) throw UserError(trouble_);
     CPLErrorReset();
-    record.feature.reset(layer_->GetNextFeature());
-    if (record.feature) {
-      ++read_;
-      return true;
+    while (rows.features.size() < kMostFeatures) {
+      OGRFeatureUniquePtr feature(layer_->GetNextFeature());
+      if (!feature) break;
+      rows.features.push_back(std::move(feature));
     }
+    read_ += rows.features.size();
+    if (rows.features.size() == kMostFeatures) return true;
     if (CPLGetLastErrorType() == CE_Failure)
-      throw UserError(
-          fmt::format("{}: reading failed after {} features{}", name_, read_, OgrComplaint()));
-    return false;
+      trouble_ =
+          fmt::format("{}: reading failed after {} features{}", name_, read_, OgrComplaint());
+    if (rows.features.empty() && !trouble_.empty()) throw UserError(trouble_);
+    return !rows.features.empty();
+  }
+
+  bool Take(RawRows& rows, Record& record) const override {
+    if (rows.taken == rows.features.size()) return false;
+    record.feature = std::move(rows.features[rows.taken++]);
+    return true;
   }
 
   std::string Place(const Record& record) const override {
@@ -79,8 +93,9 @@ class OgrSource : public PointSource {
 
   GDALDatasetUniquePtr dataset_;
   OGRLayer* layer_ = nullptr;
-  long long read_ = 0;
+  std::size_t read_ = 0;
   double count_ = 0;
+  std::string trouble_;  // behind the features that were read
 };
 
 }  // namespace

@@ -127,9 +127,9 @@ PointColumns::PointColumns(const PointSource& source, CoordinateKind kind,
     : kind_(kind),
       fixedHeight_(choice.fixedHeight),
       gon_(choice.gon && kind == CoordinateKind::geographic),
+      decimalComma_(choice.decimalComma),
       heightOptional_(choice.heightOptional),
-      source_(source),
-      numbers_(choice.decimalComma ? ',' : '\0') {
+      source_(source) {
   const std::vector<std::string> columns = source.ColumnNames();
   if (choice.fromGeometry && !source.HasGeometry())
     throw UserError(source.Name() + ": has no geometry (--from-geometry)");
@@ -237,7 +237,8 @@ std::string PointColumns::CheckRange(std::size_t axis, double value) const {
   return AngleRangeProblem(value, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
 }
 
-std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, double& value) {
+std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, NumberReader& numbers,
+                                     double& value) const {
   const std::size_t column = columns_[axis];
   const double unit = gon_ && IsAngle(axis) ? kDegreesPerGon : 1;
   if (record.feature) {
@@ -248,11 +249,12 @@ std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, dou
       return CheckRange(axis, value);
     }
   }
-  const std::string text = record.Text(column);
+  std::string room;
+  const std::string_view text = record.Text(column, room);
   const ParsedNumber number =
       gon_ || !IsAngle(axis)
-          ? numbers_.Number(text)
-          : numbers_.Angle(text, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
+          ? numbers.Number(text)
+          : numbers.Angle(text, axis == 0 ? AngleKind::latitude : AngleKind::longitude);
   value = number.value * unit;
   return number ? CheckRange(axis, value) : number.problem;
 }
@@ -276,7 +278,8 @@ std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 
   return {};
 }
 
-void PointColumns::CompareGeometry(const Record& record, const std::array<double, 3>& point) {
+void PointColumns::CompareGeometry(const Record& record, const std::array<double, 3>& point,
+                                   PointsRead& read) const {
   const OGRPoint* drawn = PointOf(record);
   if (!drawn || kind_ == CoordinateKind::geocentric || !IsOfKind(*drawn, kind_)) return;
   const double rounded = IsAngle(0) ? kRoundedDegrees : kRoundedMetres;
@@ -285,19 +288,21 @@ void PointColumns::CompareGeometry(const Record& record, const std::array<double
                     std::abs(std::remainder(drawn->getX() - point[1], turns)) <= rounded &&
                     (fixedHeight_ || withoutHeight_ || !drawn->Is3D() ||
                      std::abs(drawn->getZ() - point[2]) <= kRoundedMetres);
-  if (!same && stale_++ == 0) firstStale_ = source_.Place(record);
+  if (!same && read.stale++ == 0) read.firstStale = source_.Place(record);
 }
 
-std::string PointColumns::StaleNote() const {
-  if (stale_ == 0) return {};
+std::string PointColumns::StaleNote(const PointsRead& read) const {
+  if (read.stale == 0) return {};
   return fmt::format(
       "{}, {}{}: {} say something else than the geometry, which may have been moved since; the "
       "columns were taken (--from-geometry takes the geometry)",
-      source_.Name(), firstStale_, stale_ > 1 ? fmt::format(" and {} more", stale_ - 1) : "",
+      source_.Name(), read.firstStale,
+      read.stale > 1 ? fmt::format(" and {} more", read.stale - 1) : "",
       ListNames({names_.data(), Needed()}));
 }
 
-std::string PointColumns::Read(const Record& record, std::array<double, 3>& point) {
+std::string PointColumns::Read(const Record& record, PointsRead& read,
+                               std::array<double, 3>& point) const {
   if (fromGeometry_) return ReadGeometry(record, point);
   for (std::size_t axis = 0; axis < 3; ++axis) {
     if (axis == 2 && fixedHeight_) {
@@ -308,10 +313,10 @@ std::string PointColumns::Read(const Record& record, std::array<double, 3>& poin
       point[2] = kNoHeightGiven;
       continue;
     }
-    const std::string problem = ReadColumn(record, axis, point[axis]);
+    const std::string problem = ReadColumn(record, axis, read.numbers, point[axis]);
     if (!problem.empty()) return names_[axis] + " " + problem;
   }
-  CompareGeometry(record, point);
+  CompareGeometry(record, point, read);
   return {};
 }
 

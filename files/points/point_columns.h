@@ -25,6 +25,13 @@ struct ColumnChoice {
   bool decimalComma = false;          ///< numbers have a decimal comma; else that is recognised
 };
 
+/// What the rows of one file, read one after another, have shown so far.
+struct PointsRead {
+  NumberReader numbers;
+  long long stale = 0;     ///< features whose columns say something else than their geometry
+  std::string firstStale;  ///< its place
+};
+
 /// Finds the coordinates of a row: latitude, longitude, height, or northing, easting, height, in
 /// degrees and metres, or X, Y, Z, from columns by name or from the point geometry of a feature.
 class PointColumns {
@@ -33,17 +40,18 @@ class PointColumns {
   /// be meant, naming these.
   PointColumns(const PointSource& source, CoordinateKind kind, const ColumnChoice& choice);
 
-  /// Reads a row; a height that may be missing, and is, is NaN. Returns what is wrong with it, empty when `point` holds its coordinates.
-  std::string Read(const Record& record, std::array<double, 3>& point);
+  /// What is known before the first row.
+  PointsRead Start() const { return {NumberReader(decimalComma_ ? ',' : '\0'), 0, {}}; }
+  /// Reads a row behind those of `read`; a height that may be missing, and is, is NaN. Returns what is
+  /// wrong with it, empty when `point` holds its coordinates. Rows of text may be read on many threads.
+  std::string Read(const Record& record, PointsRead& read, std::array<double, 3>& point) const;
 
   /// What the user should hear: that columns with a number behind their names were taken, or what
   /// became of the layer's coordinate system. Empty when there is nothing.
   const std::string& Note() const { return note_; }
-  /// Whether the rows that were read have a decimal comma.
-  bool HasDecimalComma() const { return numbers_.Mark() == ','; }
-  /// Features whose columns say something else than their geometry, and by how much: empty when
-  /// there are none.
-  std::string StaleNote() const;
+  /// What the user should hear of features whose columns say something else than their geometry; empty
+  /// when there are none.
+  std::string StaleNote(const PointsRead& read) const;
 
  private:
   void TakeChosen(const std::vector<std::string>& columns, const std::vector<std::string>& names);
@@ -54,25 +62,23 @@ class PointColumns {
   std::size_t Needed() const { return fixedHeight_ || withoutHeight_ ? 2 : 3; }
   const char* TitleOf(std::size_t axis) const;
 
-  std::string ReadColumn(const Record& record, std::size_t axis, double& value);
+  std::string ReadColumn(const Record& record, std::size_t axis, NumberReader& numbers,
+                         double& value) const;
   std::string ReadGeometry(const Record& record, std::array<double, 3>& point) const;
-  void CompareGeometry(const Record& record, const std::array<double, 3>& point);
+  void CompareGeometry(const Record& record, const std::array<double, 3>& point,
+                       PointsRead& read) const;
   bool IsAngle(std::size_t axis) const { return kind_ == CoordinateKind::geographic && axis < 2; }
   std::string CheckRange(std::size_t axis, double value) const;
 
   CoordinateKind kind_;
   std::optional<double> fixedHeight_;
   std::optional<LayerCrs> layerCrs_;
-  bool gon_, fromGeometry_ = false;
+  bool gon_, decimalComma_, fromGeometry_ = false;
   bool heightOptional_, withoutHeight_ = false;
   const PointSource& source_;
-  NumberReader numbers_;
   std::array<std::size_t, 3> columns_{};
   std::array<std::string, 3> names_;
   std::string note_;
-
-  long long stale_ = 0;
-  std::string firstStale_;  // its place
 };
 
 }  // namespace geomath_files

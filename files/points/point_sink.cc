@@ -34,12 +34,17 @@ const Format* FindFormat(const std::string& path) {
 
 }  // namespace
 
+void AppendResult(std::string& text, double value, const ResultColumn& column) {
+  if (std::isnan(value)) return;
+  if (column.sexagesimal)
+    text += SexagesimalText(value, *column.sexagesimal, column.decimals);
+  else
+    AppendDecimals(text, value, column.decimals);
+}
+
 std::string ResultText(double value, const ResultColumn& column) {
-  if (std::isnan(value)) return {};
-  if (column.sexagesimal) return SexagesimalText(value, *column.sexagesimal, column.decimals);
-  std::string text = fmt::format("{:.{}f}", value, column.decimals);
-  if (text.starts_with('-') && text.find_first_not_of("-0.") == std::string::npos)
-    text.erase(0, 1);  // no zero below zero
+  std::string text;
+  AppendResult(text, value, column);
   return text;
 }
 

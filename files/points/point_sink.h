@@ -28,6 +28,8 @@ struct ResultColumn {
 };
 /// A result as text; empty for NaN, which a column may have where others have a value.
 std::string ResultText(double value, const ResultColumn& column);
+/// Appends that text.
+void AppendResult(std::string& text, double value, const ResultColumn& column);
 
 /// How results are written.
 struct ResultStyle {
@@ -44,6 +46,12 @@ class PointSink {
   /// Writes a row of the source; without result their columns stay empty. Throws UserError
   /// when writing fails.
   virtual void Write(const Record& record, const Converted& converted) = 0;
+  /// Whether rows are text, which can be printed on many threads and written later.
+  virtual bool IsText() const { return false; }
+  /// Appends to `text` what Write would write; with a decimal comma in the results, where that is said.
+  virtual void Print(const Record&, const Converted&, bool /*decimalComma*/, std::string&) const {}
+  /// Writes rows that were printed.
+  virtual void WriteText(std::string_view /*printed*/) {}
   /// Hands on what is still held back, to whom waits for it at the other end of a pipe.
   virtual void Flush() {}
   /// From here on, results are text with a decimal comma, as the columns of the source are.

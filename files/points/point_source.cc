@@ -23,6 +23,18 @@ std::string Record::Text(std::size_t column) const {
   return feature->GetFieldAsString(field);
 }
 
+std::string_view Record::Text(std::size_t column, std::string& room) const {
+  if (!feature && column < row.fields.size())
+    if (const std::string_view raw = row.Raw(column); !raw.starts_with('"')) return raw;
+  return room = Text(column);
+}
+
+bool PointSource::Next(Record& record) {
+  while (!Take(rows_, record))
+    if (!Read(rows_)) return false;
+  return true;
+}
+
 std::string PointSource::Problem(const Record&) const { return {}; }
 
 std::vector<std::string> PointSource::ColumnNames() const {

@@ -25,6 +25,15 @@ struct Record {
   bool IsBlank() const { return !feature && row.IsBlank(); }
   /// The value of a column as text; empty when it is null, or missing in a short row.
   std::string Text(std::size_t column) const;
+  /// The same without a copy where there is a text of it; else it stands in `room`.
+  std::string_view Text(std::size_t column, std::string& room) const;
+};
+
+/// Rows of a point file that were read together, to be taken one by one.
+struct RawRows {
+  CsvRows csv;
+  std::vector<OGRFeatureUniquePtr> features;
+  std::size_t taken = 0;  ///< of the features
 };
 
 /// Rows of points, read one after another: a CSV file, or a layer that OpenPointFile knows.
@@ -32,9 +41,14 @@ class PointSource {
  public:
   virtual ~PointSource() = default;
 
-  /// Reads the next row into `record`, reusing its memory; false at the end. Throws UserError when
-  /// reading fails.
-  virtual bool Next(Record& record) = 0;
+  /// Reads the next rows, as many as are at hand up to some thousands; false at the end. Throws UserError
+  /// when reading fails; the rows before come first.
+  virtual bool Read(RawRows& rows) = 0;
+  /// Takes the next of the rows into `record`, reusing its memory; false where none is left. May be
+  /// called while others are read.
+  virtual bool Take(RawRows& rows, Record& record) const = 0;
+  /// The two above, row by row.
+  bool Next(Record& record);
   /// Where a record stands, for a report: "line 12", "feature 12".
   virtual std::string Place(const Record& record) const = 0;
   /// What is wrong with the row as such, for example too few fields; empty when nothing is.
@@ -62,6 +76,7 @@ class PointSource {
 
  protected:
   std::string name_, header_, crs_;
+  RawRows rows_;  // of those that are asked for one by one
   std::vector<Column> columns_;
   bool hasHeader_ = false, hasGeometry_ = false, hasIds_ = false;
 };

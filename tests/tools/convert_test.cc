@@ -262,7 +262,7 @@ TEST_F(Convert, MemoryStaysFlat) {
     file << "lat,lon,h,remark\n";
     for (int i = 0; i < rows; ++i) file << row;
     file.close();
-    const ProgramRun run = Run("in.csv -o out.csv");
+    const ProgramRun run = Run("in.csv -o out.csv --jobs 3");
     EXPECT_EQ(run.status, 0) << run.err;
     return run.peakKilobytes;
   };

@@ -95,6 +95,30 @@ TEST_P(RowLoop, CountsTheRowsWithoutResult) {
   EXPECT_EQ(lines[4], "1,2,,,,");
 }
 
+// Rows enough for some blocks, good and bad; the decimal comma shows late, so that blocks have begun
+// without knowing of it.
+TEST_P(RowLoop, GivesTheSameWhateverTheNumberOfJobs) {
+  std::string rows = "name;lat;lon;h\r\n";
+  for (int i = 0; i < 40000; ++i) {
+    const std::string name = i % 997 == 0 ? "\"two\nlines; " + std::to_string(i) + "\"" : "P";
+    const std::string height = i % 501 == 7 ? "high" : i < 20000 ? "10" : "10,5";
+    rows += name + ";50;" + std::to_string(i % 200 == 3 ? 777 : -4) + ";" + height + "\r\n";
+    if (i % 1009 == 0) rows += "# remark\r\n\r\n1;2\r\n";
+  }
+  Write("in.csv", rows);
+  const ProgramRun one = Run("in.csv -o - --jobs 1");
+  EXPECT_EQ(one.status, 1);
+  EXPECT_EQ(Lines(one.out).size(), Lines(rows).size());
+  EXPECT_TRUE(Contains(one.err, "in.csv, line 6: ")) << one.err.substr(0, 1000);
+  EXPECT_TRUE(Contains(one.err, "numbers are read with a decimal comma"));
+  for (const char* jobs : {"2", "7"}) {
+    const ProgramRun more = Run(std::string("in.csv -o - --jobs ") + jobs);
+    EXPECT_EQ(more.status, 1);
+    EXPECT_TRUE(more.out == one.out) << jobs;
+    EXPECT_TRUE(more.err == one.err) << jobs;
+  }
+}
+
 // The program waits for more rows when it is told to stop: those that came are written.
 TEST_P(RowLoop, AnInterruptLeavesAWholeFile) {
   std::string rows = "lat,lon,h\n";

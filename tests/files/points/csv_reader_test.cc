@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -110,6 +111,31 @@ TEST(CsvReader, CountsLinesAcrossQuotedOnesAndBuffers) {
   std::vector<long long> lines;
   while (text.reader->Next(row)) lines.push_back(row.line);
   EXPECT_EQ(lines, (std::vector<long long>{1, 2, 5, 6}));
+}
+
+// Quotations over the ends of the blocks that are read, and rows that are longer than these.
+TEST(CsvReader, CutsBlocksBetweenRows) {
+  Rows expected;
+  std::string text;
+  for (std::size_t i = 0; i < 3000; ++i) {
+    const std::string lines(i % 500 == 499 ? 200000 : i % 97, '\n');
+    expected.push_back({std::to_string(i), "a\"" + lines + ",", "4'5\"", ""});
+    text += expected.back()[0] + ",\"a\"\"" + lines + ",\",4'5\",\"\"\n";
+  }
+  EXPECT_TRUE(Text(text).Rows() == expected);
+
+  Text together(text);
+  CsvRows rows;
+  CsvRow row;
+  std::size_t count = 0, blocks = 0;
+  for (long long line = 1; together.reader->Next(rows); ++blocks)
+    for (; rows.Take(',', row); ++count) {
+      ASSERT_EQ(row.line, line);
+      ASSERT_EQ(row.Value(1), expected[count][1]);
+      line += 1 + std::count(row.text.begin(), row.text.end(), '\n');
+    }
+  EXPECT_EQ(count, expected.size());
+  EXPECT_GT(blocks, 4u);
 }
 
 TEST(CsvReader, RefusesWhatIsNoCsvText) {
