@@ -39,7 +39,7 @@ export const kControl = {
 
 const folded = (name) => name.toLowerCase().replace(/[\s_]/g, "");
 
-/** The index of the column that can be meant: −1 where there is none; throws where there are several. */
+/** The index of the column that can be meant: kNoColumn where there is none; throws where there are several. */
 export function columnOf(names, { own, others }, what) {
   for (const usual of [own, others]) {
     const found = names.flatMap((name, i) => (usual.includes(folded(name)) ? [i] : []));
@@ -47,17 +47,21 @@ export function columnOf(names, { own, others }, what) {
       throw new Error(`columns ${found.map((i) => `"${names[i]}"`).join(" and ")} could both be the ${what}`);
     if (found.length === 1) return found[0];
   }
-  return -1;
+  return kNoColumn;
 }
 
-/** The columns of a direction, −1 for those to be chosen. */
+/** In the place of a column: there is none (of heights), or the user has to choose. */
+export const kNoColumn = -1, kToChoose = -2;
+
+/** The columns of a direction. */
 export function guessColumns(names, direction) {
   const { from, usual } = kDirections[direction];
   return usual.map((each, i) => {
     try {
-      return columnOf(names, each, from[i]);
+      const found = columnOf(names, each, from[i]);
+      return found < 0 && i < 2 ? kToChoose : found;
     } catch {
-      return -1;
+      return kToChoose;
     }
   });
 }
@@ -66,7 +70,8 @@ export function guessColumns(names, direction) {
 export function columnsInOrder(values) {
   const isNamed = values.length > 2 && !(values.length === 3 && beginsNumber(values[0]));
   const start = isNamed ? 1 : 0;
-  return [0, 1, 2].map((i) => (start + i < values.length ? start + i : -1));
+  const absent = [kToChoose, kToChoose, kNoColumn];
+  return absent.map((none, i) => (start + i < values.length ? start + i : none));
 }
 
 /** Names for results beside columns that may have them: all three with the same number behind. */

@@ -1,5 +1,5 @@
 // Points through the system: read, converted, shown on the plan and in the table, saved.
-import { kDirections } from "./columns.js";
+import { kDirections, kNoColumn, kToChoose } from "./columns.js";
 import { Converter } from "./converter.js";
 import { byId, element, fillTable, tell } from "./dom.js";
 import { download } from "./files.js";
@@ -72,7 +72,7 @@ export class ConvertPanel {
   // What has to be told before anything is converted; empty where nothing is missing.
   #obstacle(columns, epoch) {
     if (!this.#system) return `${shown(this.#opened.count, 0)} points. Choose a system to convert them.`;
-    const missing = this.#opened.kind === "table" ? columns.slice(0, 2).indexOf(-1) : -1;
+    const missing = this.#opened.kind === "table" ? columns.indexOf(kToChoose) : -1;
     if (missing >= 0) return `Which column is the ${kDirections[this.direction].from[missing]}? Choose it under Columns.`;
     if (!Number.isNaN(epoch)) return "";
     return "The positions need their date, because the frame of this system moves: type a decimal year, such as 2026.9.";
@@ -102,8 +102,9 @@ export class ConvertPanel {
     const { names, guesses, kind } = this.#opened, { from } = kDirections[this.direction];
     byId("columns").hidden = kind !== "table";
     from.forEach((what, c) => {
-      const choices = [element("option", { value: -1 }, c === 2 ? "none" : "choose …"),
-        ...names.map((name, i) => element("option", { value: i }, name))];
+      const choices = names.map((name, i) => element("option", { value: i }, name));
+      if (c === 2) choices.unshift(element("option", { value: kNoColumn }, "none"));
+      if (guesses[this.direction][c] === kToChoose) choices.unshift(element("option", { value: kToChoose }, "choose …"));
       byId(`column-${c}-name`).textContent = what;
       byId(`column-${c}`).replaceChildren(...choices);
       byId(`column-${c}`).value = guesses[this.direction][c];

@@ -1,5 +1,5 @@
 // Points of a file, from its bytes to its columns of coordinates and back into a file.
-import { columnsInOrder, freeNames, guessColumns, kDirections } from "./columns.js";
+import { columnsInOrder, freeNames, guessColumns, kDirections, kNoColumn } from "./columns.js";
 import { fileNumber, kDegreeDecimals, kLengthDecimals, NumberReader } from "./numbers.js";
 import { csvField, fieldsOf, readTable, TableError, valuesOf, writeTable } from "./table.js";
 
@@ -55,9 +55,8 @@ export class TablePoints {
     try {
       const values = valuesOf(this.table, this.table.rows[i], this.names.length);
       const point = [0, 1].map((c) => this.#read(i, values[chosen[c]], from[c], angles));
-      const height = chosen[2] < 0 ? "" : values[chosen[2]].trim();
-      hasHeight[i] = height !== "";
-      point.push(height === "" ? 0 : this.#read(i, height, from[2], false));
+      hasHeight[i] = chosen[2] !== kNoColumn;
+      point.push(hasHeight[i] ? this.#read(i, values[chosen[2]], from[2], false) : 0);
       point.forEach((value, c) => (columns[c][i] = value));
     } catch (error) {
       if (!(error instanceof TableError)) throw error;
@@ -68,6 +67,7 @@ export class TablePoints {
   #read(i, text, what, isAngle) {
     const value = isAngle ? this.numbers.angle(text, what) : this.numbers.number(text);
     if (!Number.isNaN(value)) return value;
+    if (text.trim() === "") throw new TableError(`${this.place(i)}: ${what} is empty`);
     throw new TableError(`${this.place(i)}: ${what} "${text}" is ${isAngle ? "no such angle" : "no number"}`);
   }
   // The decimal mark stands in any row, perhaps not in the first.

@@ -113,7 +113,7 @@ export function valuesOf(table, row, count) {
 
 /** The table with columns added to its rows; `cells(i)` are those of row i, as text. */
 export function writeTable(table, count, names, cells) {
-  const separator = table.separator === " " ? " " : table.separator;
+  const { separator } = table;
   const extended = (text, added) => [text, ...added.map((cell) => csvField(cell, separator))].join(separator);
   const lines = table.remarks.filter((remark) => remark.top).map((remark) => remark.text);
   if (table.names) lines.push(extended(table.header, names));
@@ -122,7 +122,7 @@ export function writeTable(table, count, names, cells) {
     while (remarks.length && remarks[0].before <= i) lines.push(remarks.shift().text);
     const fields = fieldsOf(row.text, separator);
     const text = fields.length > count && fields.at(-1) === "" ? withoutEnd(row.text, separator) : row.text;
-    lines.push(extended(text, cells(i)));
+    lines.push(extended(text + separator.repeat(Math.max(0, count - fields.length)), cells(i)));
   });
   lines.push(...remarks.map((remark) => remark.text));
   return lines.join(table.lineEnd) + table.lineEnd;
