@@ -48,6 +48,9 @@ test("rows keep their text beside results", () => {
   assert.equal(written, 'sep=;\r\n# remark\r\nname;n;r\r\n"a ""b"";c";1,5;0\r\n\r\nd"5;2,5;1\r\n# end\r\n');
   assert.throws(() => readTable('a,b\n1,"2\n3'), /row 2: a quotation mark is never closed/);
   assert.equal(readTable("7 5557061.25 3500071.5\n8 1 2\n").names, null);
+  const separators = ["52,5 13,4", "A 52,5 13,4", "52.5,13.4", "52.5, 13.4", "52 30 15,13 20 10", "52,13"].map((row) => readTable(row).separator);
+  assert.deepEqual(separators, [" ", " ", ",", ",", ",", ","]);
+  assert.throws(() => readTable("52,5 13"), /can be read in two ways/);
 });
 
 const kSevenParameters = 7; // metres: twice what Ordnance Survey states for 95 % of points
@@ -171,6 +174,27 @@ test("a system file waits for the grid that it names", { skip }, async () => {
   await page.until("document.getElementById('message').textContent === 'n.json: the system needs Flat.gtx: drop it here as well'");
   await page.drop([{ name: "flat.gtx", base64: gtx(47, 8, 0.5, 6, 6, 47.5) }]);
   await page.until("document.querySelector('#table tbody').rows[0].cells[6]?.textContent === '52.5000'");
+});
+
+test("a frame that moves asks for the date", { skip }, async () => {
+  const moving = { ...systems[0].file, frame: { from: "ITRF2014", to: "ETRF2014" } };
+  await page.drop([{ name: "m.json", text: JSON.stringify(moving) }]);
+  await statusIs("need their date");
+  await page.value("document.getElementById('epoch').value = '2015'; document.getElementById('epoch').dispatchEvent(new Event('change'))");
+  await statusIs("1 of 1 points converted");
+  const [north] = simd.CoordinateChain.fromSystem(moving).toLocal([48.5], [9.5], [100], { epoch: 2015 });
+  assert.equal((await cells("#table tbody tr"))[0][4].replaceAll(",", ""), north[0].toFixed(4));
+});
+
+test("systems are found by name, place and country", { skip }, async () => {
+  await browser.send("Browser.grantPermissions", { permissions: ["geolocation"] });
+  await page.send("Emulation.setGeolocationOverride", { latitude: 50, longitude: 14, accuracy: 1 });
+  await page.value("document.getElementById('here').click()");
+  const found = () => page.value("[...document.querySelectorAll('#found li')].map((option) => option.textContent.slice(0, 5))");
+  await page.until("document.getElementById('search').value === '50.0000, 14.0000'");
+  assert.deepEqual(await found(), ["25833"]);
+  await page.value("document.getElementById('country').value = 'Great Britain'; document.getElementById('country').dispatchEvent(new Event('change'))");
+  assert.deepEqual(await found(), ["27700"]);
 });
 
 test("lines and polygons are converted vertex by vertex", { skip }, async () => {
@@ -298,6 +322,11 @@ test("the site goes into a system file and converts", { skip }, async () => {
   const [, written] = await page.download("document.getElementById('site-save').click()");
   const site = simd.CoordinateChain.fromSystem(written), expected = expectedSite(3).chain;
   site.toLocal(52.6, 5.6, 50).forEach((value, c) => assert.ok(Math.abs(value - expected.toLocal(52.6, 5.6, 50)[c]) < 1e-9));
+  // A site is calibrated on the grid below one that is opened, not on that site.
+  await page.drop([{ name: "site.json", text: written }]);
+  await page.until("document.getElementById('system-card').hidden === false");
+  const scale = (await cells("#parameters tr")).find(([what]) => what === "Scale")[1];
+  assert.ok(Math.abs(scale - expectedSite(3).localization.scale) < 1e-8, scale);
   const [name, report] = await page.download("document.getElementById('site-report').click()");
   assert.equal(name, "control_report.html");
   assert.ok(report.includes("<td>30010487</td><td>none</td>") && report.includes("data:image/png"));

@@ -1,5 +1,5 @@
 // Points through the system: read, converted, shown on the plan and in the table, saved.
-import { kDirections, kNoColumn, kToChoose } from "./columns.js";
+import { kControl, kDirections, kNoColumn, kToChoose } from "./columns.js";
 import { Converter } from "./converter.js";
 import { byId, element, fillTable, tell } from "./dom.js";
 import { download } from "./files.js";
@@ -163,11 +163,12 @@ export class ConvertPanel {
     this.plan.show({ north, east, names, unit: system.units.plane, compass: (n, e) => system.compass(n, e) });
   }
 
-  // The first column that is none of the coordinates.
+  // A column that is called so, or the first that holds no coordinate.
   async #names(count) {
-    const rows = await this.#converter.ask("rows", { start: 0, count });
-    const used = this.#opened.kind === "table" ? [0, 1, 2].map((c) => Number(byId(`column-${c}`).value)) : [];
-    const column = this.#opened.names.findIndex((_, i) => !used.includes(i));
+    const { names, kind } = this.#opened, rows = await this.#converter.ask("rows", { start: 0, count });
+    const used = kind === "table" ? [0, 1, 2].map((c) => Number(byId(`column-${c}`).value)) : [];
+    const called = names.findIndex((name) => kControl.name.own.concat(kControl.name.others).includes(name.toLowerCase()));
+    const column = called >= 0 ? called : names.findIndex((_, i) => !used.includes(i));
     return rows.map((row) => row.values[column] ?? "");
   }
 

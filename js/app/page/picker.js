@@ -40,11 +40,12 @@ export class Picker {
 
   /** Takes system files, and grids for them; tells what is wrong. */
   async takeFiles(files) {
-    for (const file of files.filter((each) => /\.(gsb|gtx)$/i.test(each.name)))
-      this.grids.set(baseName(file.name), await file.arrayBuffer());
+    const grids = files.filter((each) => /\.(gsb|gtx)$/i.test(each.name));
+    for (const file of grids) this.grids.set(baseName(file.name), await file.arrayBuffer());
     const described = files.find((file) => /\.json$/i.test(file.name));
     if (described) this.openText(await textOf(described), described.name);
     else if (this.#waiting) this.openText(this.#waiting.text, this.#waiting.name);
+    else byId("found-count").textContent = `${grids.map((file) => file.name).join(", ")}: kept for a system file that names it.`;
   }
 
   openText(text, name) {

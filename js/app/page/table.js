@@ -47,7 +47,18 @@ export function csvField(value, separator) {
   return text.includes(separator) || /["\r\n]/.test(text) ? `"${text.replaceAll('"', '""')}"` : text;
 }
 
+// Whether the commas of a row without header are those of its numbers, and blanks are between these: "52,5 13,4".
+// Of one comma alone, "52,5 13", nobody can say; rows of degrees and minutes have more parts.
+function hasDecimalCommas(row) {
+  const parts = row.trim().split(/\s+/), commas = parts.filter((part) => part.includes(","));
+  const mayBe = parts.length >= 2 && parts.length <= 4 && commas.every((part) => /^[+-]?\d+,\d+$/.test(part));
+  if (mayBe && commas.length === 1)
+    throw new TableError(`"${row.trim()}" can be read in two ways: write ; between the coordinates`);
+  return mayBe && commas.length > 1;
+}
+
 function separatorOf(row) {
+  if (hasDecimalCommas(row)) return " ";
   const counts = kSeparators.map((separator) => row.split(separator).length - 1);
   const most = Math.max(...counts);
   return most > 0 ? kSeparators[counts.indexOf(most)] : /\S\s+\S/.test(row) ? " " : ",";
