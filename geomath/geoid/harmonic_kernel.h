@@ -31,8 +31,11 @@ struct Station {
 inline constexpr std::size_t kLatitudes = 16;
 inline constexpr std::size_t kLongitudes = 64;
 
+/// Orders whose coefficients are read together.
+inline constexpr std::size_t kOrdersTogether = 8;
+
 /// Rows of working space that the sums over the degrees need besides their results.
-inline constexpr std::size_t kWorkRows = kLatitudes + 2;
+inline constexpr std::size_t kWorkRows = kLatitudes + 2 + 4 * kOrdersTogether;
 
 /// The sums over the degrees, Σ cosine[m]·cos mλ + sine[m]·sin mλ being the undulation less its
 /// zero-degree term. Those of order m stand at m·stride, one for each latitude.
