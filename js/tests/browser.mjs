@@ -70,7 +70,7 @@ class Page {
       if (await this.value(expression).catch(() => false)) return;
       await new Promise((resolve) => setTimeout(resolve, 50));
     }
-    const seen = await this.value("[document.getElementById('message')?.textContent, document.getElementById('status')?.textContent].join(' | ')").catch(String);
+    const seen = await this.value("['message', 'status'].map((id) => document.getElementById(id)?.textContent).join(' | ')").catch(String);
     throw new Error(`never true: ${expression}; the page says: ${seen}`);
   }
   /** Files on the page as if a user had dropped them. */
@@ -96,9 +96,9 @@ class Page {
       ${press};
     })`);
   }
-  async key(key, { text, modifiers = 0 } = {}) {
+  async key(key) {
     const codes = { Tab: 9, Enter: 13, " ": 32, ArrowLeft: 37, ArrowUp: 38, ArrowRight: 39, ArrowDown: 40 };
-    const event = { key, code: key === " " ? "Space" : key, windowsVirtualKeyCode: codes[key], modifiers, text: text ?? { Enter: "\r", " ": " " }[key] };
+    const event = { key, code: key === " " ? "Space" : key, windowsVirtualKeyCode: codes[key], text: { Enter: "\r", " ": " " }[key] };
     await this.send("Input.dispatchKeyEvent", { type: "keyDown", ...event });
     await this.send("Input.dispatchKeyEvent", { type: "keyUp", ...event });
   }

@@ -48,16 +48,19 @@ export class ConvertPanel {
 
   /** Takes the points of a text: `kind` is "table" or "features". */
   async open(text, name, kind) {
+    const turn = ++this.#turn;
     this.#opened = this.#result = null;
     this.#fileName = name.replace(/\.[^.]*$/, "");
     tell("");
     if (text.trim() === "") return this.#showNothing("");
     try {
-      this.#opened = await this.#converter.ask("open", { text, kind });
+      const opened = await this.#converter.ask("open", { text, kind });
+      if (turn !== this.#turn) return;
+      this.#opened = opened;
       await this.#offerColumns();
       await this.convert();
     } catch (error) {
-      this.#showNothing(`${name}: ${error.message}`);
+      if (turn === this.#turn) this.#showNothing(`${name}: ${error.message}`);
     }
   }
 
@@ -85,7 +88,7 @@ export class ConvertPanel {
       const result = await this.#converter.ask("convert", wish);
       if (turn !== this.#turn) return;
       this.#result = { ...result, direction: wish.direction };
-      await this.#show();
+      await this.#show(turn);
     } catch (error) {
       if (turn === this.#turn) this.#showUnconverted(error.message);
     }
@@ -120,6 +123,7 @@ export class ConvertPanel {
   }
 
   #showUnconverted(status) {
+    ++this.#turn;
     this.#result = null;
     byId("status").textContent = status;
     byId("problems").hidden = true;
@@ -128,7 +132,7 @@ export class ConvertPanel {
     if (this.#opened) this.#showPage(0);
   }
 
-  async #show() {
+  async #show(turn) {
     const { count, converted, problems, problemCount, mark, heights, outside } = this.#result;
     const notes = [
       `${shown(converted, 0)} of ${shown(count, 0)} points converted.`,
@@ -138,14 +142,15 @@ export class ConvertPanel {
       heights ? "" : "Without heights, points are taken at height 0.",
       outside ? `${shown(outside, 0)} of them lie outside the area of the system.` : "",
     ];
-    byId("status").textContent = notes.filter(Boolean).join(" ");
     byId("problems").hidden = problemCount === 0;
     byId("problem-count").textContent = `${shown(problemCount, 0)} not converted`;
     const more = problemCount > problems.length ? [`… and ${shown(problemCount - problems.length, 0)} more`] : [];
     byId("problem-list").replaceChildren(...[...problems, ...more].map((text) => element("li", {}, text)));
     byId("save-csv").disabled = byId("save-geojson").disabled = false;
     await this.#showPage(0);
+    if (turn !== this.#turn) return;
     await this.draw();
+    byId("status").textContent = notes.filter(Boolean).join(" ");
   }
 
   #unitNote() {
@@ -177,6 +182,7 @@ export class ConvertPanel {
     this.#page = Math.min(Math.max(page, 0), pages - 1);
     const start = this.#page * kPageRows;
     const rows = await this.#converter.ask("rows", { start, count: kPageRows });
+    if (!this.#opened) return;
     this.#fillRows(rows);
     byId("pages").hidden = pages <= 1;
     byId("page-before").disabled = this.#page === 0;
