@@ -25,6 +25,7 @@ const germany = { west: 6, south: 47, east: 12, north: 55 };
 const systems = [
   system("25832", "Germany - west", germany),
   system("25833", "Germany - east", { ...germany, west: 12, east: 18 }, { "Central Meridian": 15 }),
+  system("7285", "United States (USA) - Indiana - county of Germany", { west: -86, south: 39, east: -85, north: 40 }),
   withFile(system("9999", "Germany - counting south and west", germany), { axes: { grid: "SW" } }),
   withFile({ ...system("27700", "Great Britain", britain), file: JSON.parse(textOf("examples/great_britain/system.json")) }, { area: britain }),
 ];
@@ -74,6 +75,7 @@ test("the list has the registry's systems, the library takes them", { skip: !exi
   assert.ok(grid.notes.some((note) => note.includes("is better")), "that a grid is more accurate");
 });
 
+const british = systems.find(({ code }) => code === "27700");
 const skip = chromium ? false : "chromium is absent: the page was not looked at in a browser";
 let folder, server, browser, page, url;
 
@@ -128,7 +130,7 @@ test("it works without a network, and reaches no other host", { skip }, async ()
 });
 
 test("a CSV file is converted both ways, with the package's own numbers", { skip }, async () => {
-  const chain = simd.CoordinateChain.fromSystem(systems[3].file);
+  const chain = simd.CoordinateChain.fromSystem(british.file);
   await choose("27700");
   const text = textOf("examples/great_britain/points.csv");
   await page.drop([{ name: "points.csv", text }]);
@@ -202,6 +204,8 @@ test("systems are found by name, place and country", { skip }, async () => {
   assert.deepEqual(await found(), ["25833"]);
   await page.value("document.getElementById('country').value = 'Great Britain'; document.getElementById('country').dispatchEvent(new Event('change'))");
   assert.deepEqual(await found(), ["27700"]);
+  await page.value("document.getElementById('country').value = 'Germany'; document.getElementById('country').dispatchEvent(new Event('change'))");
+  assert.equal((await found()).indexOf("7285 "), 3); // a county of that name comes last
 });
 
 test("lines and polygons are converted vertex by vertex", { skip }, async () => {

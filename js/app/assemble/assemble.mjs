@@ -19,12 +19,15 @@ function namesIn(place) {
 function countriesOf(systems) {
   const names = new Set(systems.flatMap(({ place }) => namesIn(place)));
   const isPair = (name) => name.split(" and ").some((part) => part !== name && names.has(part));
-  return [...names].filter((name) => !isPair(name)).sort((a, b) => a.localeCompare(b, "en"));
+  return new Set([...names].filter((name) => !isPair(name)));
 }
 
-/** The list that the page reads, of systems { code, name, place, file, notes }. */
+/** The list that the page reads, of systems { code, name, place, file, notes }; each learns its countries. */
 export function listOf(systems, version) {
-  return { version, countries: countriesOf(systems), systems };
+  const known = countriesOf(systems);
+  const countriesIn = (place) => namesIn(place).flatMap((name) => (known.has(name) ? [name] : name.split(" and ")));
+  const placed = systems.map((system) => ({ ...system, countries: countriesIn(system.place) }));
+  return { version, countries: [...known].sort((a, b) => a.localeCompare(b, "en")), systems: placed };
 }
 
 function filesIn(folder) {

@@ -56,7 +56,7 @@ export class Plan {
 
   /** What it shows, as the address of a picture. */
   picture() {
-    this.#paint();
+    this.#paint(false);
     return this.#canvas.toDataURL("image/png");
   }
 
@@ -65,7 +65,7 @@ export class Plan {
     this.#scheduled = true;
     requestAnimationFrame(() => {
       this.#scheduled = false;
-      this.#paint();
+      this.#paint(this.#canvas.matches(":focus-visible")); // of those who come by keyboard
     });
   }
 
@@ -74,7 +74,7 @@ export class Plan {
     this.#view.height = this.#canvas.clientHeight;
   }
 
-  #paint() {
+  #paint(withCross) {
     this.#measure();
     const { width, height } = this.#view, ratio = devicePixelRatio || 1;
     if (!width) return;
@@ -84,7 +84,7 @@ export class Plan {
     const style = getComputedStyle(this.#canvas), colour = (name) => style.getPropertyValue(name).trim();
     const drawing = new Drawing(this.#context, this.#view, this.#content, colour);
     drawing.draw();
-    if (document.activeElement === this.#canvas) drawing.cross();
+    if (withCross) drawing.cross();
   }
 
   #zoom(factor, x, y) {

@@ -6,8 +6,9 @@ import { NumberReader } from "./numbers.js";
 
 const kList = "systems.json.gz";
 const kGzip = 0x1f;
+const kWholeEarth = 360 * 180; // square degrees
 
-/** { version, countries, systems }, a system { code, name, place, file, notes }: the file is a system file. */
+/** { version, countries, systems }, a system { code, name, place, countries, file, notes }: the file is a system file. */
 export async function loadSystems() {
   const response = await fetch(kList);
   if (!response.ok) throw new Error(`the list of systems cannot be read (${response.status})`);
@@ -26,14 +27,18 @@ function placeIn(text) {
   return place.some(Number.isNaN) ? null : place;
 }
 
-/** The systems with all words of a text in code, name and area, or at its place; that of the smallest area first. */
+/**
+ * The systems with all words of a text in code, name and area, or at its place: those first whose code or country it
+ * is, and that of the smallest area.
+ */
 export function findSystems(systems, text) {
   const place = placeIn(text);
   const words = text.toLowerCase().replace(/^epsg:/, "").split(/\s+/).filter(Boolean);
   const fits = place
     ? (system) => contains(system.file.area, ...place)
     : (system) => words.every((word) => `${system.code} ${system.name} ${system.place}`.toLowerCase().includes(word));
-  const rank = (system) => (system.code === words[0] && words.length === 1 ? -1 : extent(system.file.area));
+  const isMeant = ({ code, countries }) => [code, ...countries].some((name) => name.toLowerCase() === text.toLowerCase());
+  const rank = (system) => extent(system.file.area) - (isMeant(system) ? kWholeEarth : 0);
   return systems.filter(fits).sort((a, b) => rank(a) - rank(b));
 }
 
