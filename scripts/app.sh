@@ -20,12 +20,7 @@ command -v node >/dev/null || ensure_packages nodejs
 command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 
 package=build/wasm/js/package
-if [ ! -e $package/geomath.wasm ]; then
-  ensure_packages "${js_packages[@]}"
-  cmake -S . -B build/wasm -G Ninja --toolchain js/cmake/wasm.cmake -DCMAKE_BUILD_TYPE=Release \
-    -DBUILD_SHARED_LIBS=OFF -DGEOMATH_BUILD_JS=ON
-  cmake --build build/wasm --target geomath_js_package
-fi
+[ -e $package/geomath.wasm ] || scripts/js.sh --folder-only
 
 program=${GEOMATH_PROGRAM:-build/release/tools/geomath}
 if [ ! -x "$program" ]; then

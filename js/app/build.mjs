@@ -9,21 +9,22 @@ import { serve } from "./assemble/serve.mjs";
 
 const [folder, packageFolder, program, port] = process.argv.slice(2);
 
-// The list takes minutes: it is kept beside the page until the program is newer.
-async function systemList(kept) {
+// Reading them takes minutes: they are kept beside the page until the program is newer.
+async function systemsKept(kept) {
   const isNew = existsSync(kept) && statSync(kept).mtimeMs > statSync(program).mtimeMs;
   if (isNew) return JSON.parse(readFileSync(kept, "utf8"));
   console.log("Reading the systems of the EPSG registry, which takes some minutes …");
   const all = await registeredSystems(program, { tell: (done, count) => console.log(`  ${done} of ${count}`) });
   const systems = all.filter((system) => system.file);
-  const list = listOf(systems, /of (EPSG v[\d.]+)/.exec(systems[0].file.description)[1]);
   mkdirSync(dirname(kept), { recursive: true });
-  writeFileSync(kept, JSON.stringify(list));
+  writeFileSync(kept, JSON.stringify(systems));
   console.log(`${systems.length} of ${all.length} systems can be held by a system file`);
-  return list;
+  return systems;
 }
 
-assemble(folder, packageFolder, await systemList(join(dirname(folder), "app_systems.json")));
+const systems = await systemsKept(join(dirname(folder), "app_systems.json"));
+const [, version] = /of (EPSG v[\d.]+)/.exec(systems[0].file.description);
+assemble(folder, packageFolder, listOf(systems, version));
 console.log(`The page is in ${folder}: ${execFileSync("du", ["-sh", folder], { encoding: "utf8" }).split("\t")[0]}`);
 if (port !== undefined) {
   await serve(folder, Number(port));
