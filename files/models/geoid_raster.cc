@@ -113,7 +113,7 @@ class GeoidRasterReader {
                                    {"us survey feet", kUsFoot},
                                    {"foot_us", kUsFoot}};
     for (const Row& row : rows)
-      if (FoldName(row.name) == FoldName(unit)) return row.metres;
+      if (SameName(row.name, unit)) return row.metres;
     Refuse(fmt::format("its unit \"{}\" is no length that is known", Printable(unit)));
   }
 

@@ -20,9 +20,8 @@ namespace {
 // The built-in model of that name, or none.
 MagneticModelSeries BuiltInOfName(const std::string& name) {
   MagneticModelSeries models = BuiltInMagneticModels();
-  std::erase_if(models, [&](const WMMtype_MagneticModel& model) {
-    return FoldName(model.modelName) != FoldName(name);
-  });
+  std::erase_if(
+      models, [&](const WMMtype_MagneticModel& model) { return !SameName(model.modelName, name); });
   return models;
 }
 

@@ -391,7 +391,7 @@ class TiffReader {
     if (name.empty())
       name = role.unit ? role.unit : kUsualUnits[static_cast<std::size_t>(role.quantity)];
     for (const Unit& unit : kUnits)
-      if (FoldName(unit.name) == FoldName(name) && unit.quantity == role.quantity) return unit.size;
+      if (SameName(unit.name, name) && unit.quantity == role.quantity) return unit.size;
     Refuse(fmt::format("has the unit \"{}\", which is no {} that is known", Printable(name),
                        NameOf(role.quantity)));
   }

@@ -87,7 +87,7 @@ std::vector<std::size_t> FindColumns(const std::vector<std::string>& columns,
   std::vector<std::size_t> similar;
   for (std::size_t i = 0; i < columns.size(); ++i) {
     if (columns[i] == name) return {i};
-    if (FoldName(columns[i]) == FoldName(name)) similar.push_back(i);
+    if (SameName(columns[i], name)) similar.push_back(i);
   }
   return similar;
 }

@@ -35,9 +35,8 @@ std::vector<std::string> EllipsoidNames() {
 }
 
 const NamedEllipsoid* FindEllipsoid(const std::string& name) {
-  const std::string wanted = FoldName(name);
   for (const NamedEllipsoid& row : kEllipsoids) {
-    if (FoldName(row.name) == wanted) return &row;
+    if (SameName(row.name, name)) return &row;
   }
   return nullptr;
 }

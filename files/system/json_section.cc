@@ -104,7 +104,7 @@ std::vector<std::string> JsonSection::SpelledAll(std::vector<std::string> keys) 
 }
 
 bool JsonSection::Same(const std::string& a, const std::string& b) const {
-  return spelling_ == KeySpelling::exact ? a == b : FoldName(a) == FoldName(b);
+  return spelling_ == KeySpelling::exact ? a == b : SameName(a, b);
 }
 
 void JsonSection::Fail(const std::string& key, const std::string& complaint) const {

@@ -52,7 +52,7 @@ const UnitRow* FindUnit(const std::string& name) {
   for (const UnitRow& row : kUnits) {
     const bool other = std::any_of(row.others.begin(), row.others.end(),
                                    [&](const char* each) { return folded == each; });
-    if (other || folded == FoldName(row.name)) return &row;
+    if (other || SameName(name, row.name)) return &row;
   }
   return nullptr;
 }

@@ -115,7 +115,7 @@ std::vector<std::string> ProjectionNames() {
 
 const ProjectionKind* FindProjection(const std::string& name) {
   for (const ProjectionKind& kind : ProjectionKinds()) {
-    if (FoldName(kind.name) == FoldName(name)) return &kind;
+    if (SameName(kind.name, name)) return &kind;
   }
   return nullptr;
 }

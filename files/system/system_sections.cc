@@ -53,7 +53,7 @@ const ProjectionKind& ReadKind(const ProjectionSection& source) {
   if (!source.object.is_object()) JsonSection(source.file, source.path, source.object, {});
   json name = json::object();
   for (const auto& [key, value] : source.object.items()) {
-    if (FoldName(key) == "name") name["name"] = value;
+    if (SameName(key, "name")) name["name"] = value;
   }
   const JsonSection section(source.file, source.path, name, {"name"});
   const std::string text = section.Text("name", "the short name of a projection");
@@ -211,7 +211,7 @@ const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key)
   const std::string text = section.Text(key, "an axis text such as \"NE\"");
   std::vector<std::string> known;
   for (const AxisText& row : kAxes) {
-    if (FoldName(row.text) == FoldName(text)) return &row;
+    if (SameName(row.text, text)) return &row;
     known.emplace_back(row.text);
   }
   section.Fail(key, fmt::format("is \"{}\": the directions of the first and second coordinate "

@@ -47,6 +47,16 @@ std::string FoldName(std::string_view name) {
   return folded;
 }
 
+bool SameName(std::string_view a, std::string_view b) {
+  std::size_t i = 0, j = 0;
+  while (true) {
+    while (i < a.size() && IsSeparator(a[i])) ++i;
+    while (j < b.size() && IsSeparator(b[j])) ++j;
+    if (i == a.size() || j == b.size()) return i == a.size() && j == b.size();
+    if (Lower(a[i++]) != Lower(b[j++])) return false;
+  }
+}
+
 std::string SnakeName(std::string_view name) {
   std::string snake;
   std::size_t wordStart = 0;

@@ -14,6 +14,9 @@ std::string LowerCase(std::string_view text);
 /// "central_meridian" and "CentralMeridian" are one name.
 std::string FoldName(std::string_view name);
 
+/// Whether FoldName gives the same for both.
+bool SameName(std::string_view a, std::string_view b);
+
 /// The name as programs spell it, which folds to the same: "Central Meridian" and "CentralMeridian"
 /// become "central_meridian", "FEast" "f_east", "dX" "dx".
 std::string SnakeName(std::string_view name);

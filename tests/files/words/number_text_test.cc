@@ -160,6 +160,13 @@ TEST(AngleText, IsWrittenSoThatItReadsBack) {
   }
 }
 
+TEST(SameName, IsFoldNameOfBoth) {
+  for (const char* a : {"", "_", "Central Meridian", "central_meridian", "CentralMeridia",
+                        "central-Meridian ", "x"})
+    for (const char* b : {"", " - ", "CENTRALMERIDIAN", "Central Meridian1", "X", "y"})
+      EXPECT_EQ(SameName(a, b), FoldName(a) == FoldName(b)) << a << " and " << b;
+}
+
 TEST(SplitNames, KeepsCommasInQuotationMarks) {
   using Names = std::vector<std::string>;
   EXPECT_EQ(SplitNames(""), Names{});
