@@ -7,6 +7,7 @@ import { NumberReader, shown } from "./numbers.js";
 
 const kPageRows = 50, kTypingPause = 250, kMostNames = 250;
 
+/** The panel of points, with what it shows in the stage. */
 export class ConvertPanel {
   #converter = new Converter();
   #system = null;

@@ -5,6 +5,7 @@ import { findSystems, loadSystems, MissingGrids, System } from "./systems.js";
 
 const kMostShown = 60;
 
+/** The panel of systems. */
 export class Picker {
   #list = { systems: [] };
   #found = [];

@@ -5,6 +5,7 @@ import { shown } from "./numbers.js";
 
 const kGridDecimals = 2, kDegreeDecimals = 7, kDeclinationDecimals = 2, kGeoidDecimals = 3;
 
+/** The line of readouts below the plan. */
 export class Pointer {
   #chain = null;
   #units = { plane: "m" };

@@ -15,12 +15,14 @@ const kMarks = {
 const kResidualText = "Given minus computed, metres (res); over their standard deviations (std); misfit to a calibration " +
   "without the point (without). Take a point out by its box, or drag it on the plan to the upper edge.";
 
+/** The panel of sites, with what it shows in the stage. */
 export class SitePanel {
   #points = null;
   #accuracies = [];
   #fileName = "site";
   #system = null;
   #result = null;
+  #isSolved = false;
 
   /** `onSite(system)` takes the site's system to convert with, `onChain(chain, units)` hears of every solution. */
   constructor(plan, { onSite, onChain }) {
@@ -32,10 +34,10 @@ export class SitePanel {
     byId("site-report").addEventListener("click", () => this.#saveReport());
   }
 
-  /** The system on whose grid the site lies; null for one of its own. */
+  /** The system on whose grid the site lies, when it is drawn next; null for one of its own. */
   use(system) {
     this.#system = system;
-    this.solve();
+    this.#isSolved = false;
   }
 
   open(text, name) {
@@ -53,6 +55,7 @@ export class SitePanel {
 
   solve(fit = false) {
     if (!this.#points) return;
+    this.#isSolved = true;
     try {
       const options = { fixedScale: byId("fixed-scale").checked };
       this.#result = new Calibration(columnsOfControl(this.#points), this.#system?.chain, options).solve();
@@ -69,6 +72,7 @@ export class SitePanel {
   draw(fit = true) {
     byId("plan-empty").hidden = this.#points !== null;
     if (!this.#points) return this.plan.show(null);
+    if (!this.#isSolved) return this.solve(fit);
     const chain = this.#result?.chain, units = this.#units;
     this.onChain(chain ?? null, units);
     this.plan.show({
