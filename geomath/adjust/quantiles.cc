@@ -3,6 +3,8 @@
 #include <cmath>
 #include <limits>
 
+#include "geomath/simd/scalar.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -24,7 +26,7 @@ double LogGamma(double x) {
     power /= x * x;
   }
   constexpr double kHalfLogTwoPi = 0.91893853320467274178;
-  return (x - 0.5) * std::log(x) - x + kHalfLogTwoPi + sum - std::log(product);
+  return (x - 0.5) * Log(x) - x + kHalfLogTwoPi + sum - Log(product);
 }
 
 // P(a, x), or Q(a, x) = 1 − P, whichever is small: the series 8.7.1 below a + 1, the continued fraction
@@ -36,7 +38,7 @@ struct Tails {
 Tails IncompleteGamma(double a, double x) {
   if (!(x > 0)) return {0, 1};
   if (std::isinf(x)) return {1, 0};
-  const double scale = std::exp(a * std::log(x) - x - LogGamma(a));
+  const double scale = Exp(a * Log(x) - x - LogGamma(a));
   if (x < a + 1) {
     double term = 1 / a, sum = term;
     for (int n = 1; n < kMaxTerms && term > sum * kEpsilon; ++n) sum += term *= x / (a + n);
@@ -57,7 +59,7 @@ Tails IncompleteGamma(double a, double x) {
 // Ix(a, b) by the continued fraction 8.17.22, with y = 1 − x given apart.
 double BetaFraction(double a, double b, double x, double y) {
   const double front =
-      std::exp(LogGamma(a + b) - LogGamma(a) - LogGamma(b) + a * std::log(x) + b * std::log(y)) / a;
+      Exp(LogGamma(a + b) - LogGamma(a) - LogGamma(b) + a * Log(x) + b * Log(y)) / a;
   double c = 1, d = 1 - (a + b) * x / (a + 1);
   d = 1 / (std::abs(d) < kTiny ? kTiny : d);
   double h = d;
@@ -106,11 +108,11 @@ double Solve(double probability, TailsOf tails) {
   for (int i = 0; i < 200; ++i) {
     const double middle = 0.5 * (low + high);
     if (middle <= low || middle >= high) break;
-    const Tails at = tails(std::exp(middle));
+    const Tails at = tails(Exp(middle));
     const bool above = lower ? at.below > wanted : at.above < wanted;
     (above ? high : low) = middle;
   }
-  return std::exp(0.5 * (low + high));
+  return Exp(0.5 * (low + high));
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "geomath/adjust/quantiles.h"
 #include "geomath/base/matrix3.h"
 #include "geomath/local/plane_rotation.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -121,13 +122,14 @@ SiteAdjustment::Computed SiteAdjustment::Compute(bool heights, const std::vector
   const std::size_t scaleAt = spatial ? 3 : 2;
   const bool fixed = options_.model == SiteModel::rigid;
   const double s = fixed ? 1 : x[scaleAt], theta = x[fixed ? 2 : scaleAt + 1];
-  const double c = std::cos(theta), q = std::sin(theta);
+  const auto [q, c] = SinCos(theta);
   const Matrix3 turn{{{c, -q, 0}, {q, c, 0}, {0, 0, 1}}};
   const Matrix3 turning{{{-q, -c, 0}, {c, -q, 0}, {0, 0, 0}}};  // its derivative
   Matrix3 tilt = Matrix3::Identity(), byNorth{}, byEast{};
   if (spatial) {
     const double a = x[5], b = x[6];
-    const double ca = std::cos(a), sa = std::sin(a), cb = std::cos(b), sb = std::sin(b);
+    const auto [sa, ca] = SinCos(a);
+    const auto [sb, cb] = SinCos(b);
     const Matrix3 aboutN{{{1, 0, 0}, {0, ca, -sa}, {0, sa, ca}}};
     const Matrix3 aboutE{{{cb, 0, -sb}, {0, 1, 0}, {sb, 0, cb}}};
     tilt = aboutN * aboutE;
@@ -174,7 +176,7 @@ bool SiteAdjustment::Start(bool heights, std::vector<double>& x) const {
   if (!(d2 > 0) || a * a + b * b == 0) return false;
   x[0] = localPivot_[0];
   x[1] = localPivot_[1];
-  const double s = std::hypot(a, b) / d2, theta = std::atan2(b, a);
+  const double s = Hypot(a, b) / d2, theta = Atan2(b, a);
   switch (options_.model) {
     case SiteModel::rigid:
       x[2] = theta;
@@ -407,7 +409,7 @@ void SiteAdjustment::Judge(bool heights, const std::vector<Block>& blocks) {
         for (int c = 0; c < other.size; ++c) {
           double one = 0;
           for (std::size_t i = 0; i < u; ++i) one += other.Row(c)[i] * shift[i];
-          moved = std::hypot(moved, one);
+          moved = Hypot(moved, one);
         }
         at.effect = std::max(at.effect, moved);
       }
@@ -485,7 +487,7 @@ SitePrediction SiteAdjustment::Predict(const double (&grid)[3], double probabili
   if (Parameters().empty()) return found;
   const auto& C = found.covariance;
   const double half = (C[0][0] - C[1][1]) / 2;
-  const double major = (C[0][0] + C[1][1]) / 2 + std::hypot(half, C[0][1]);
+  const double major = (C[0][0] + C[1][1]) / 2 + Hypot(half, C[0][1]);
   const double least = std::min(freedom[0], freedom[1]);
   const double squared = options_.sigmaKnown ? ChiSquareQuantile(probability, 2)
                                              : 2 * FisherQuantile(probability, 2, least);

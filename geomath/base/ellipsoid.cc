@@ -6,6 +6,7 @@
 #include "geomath/base/batch.h"
 #include "geomath/base/ellipsoid_formulas.h"
 #include "geomath/base/geocentric.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -57,8 +58,9 @@ bool GeocentricToGeodetic(const Ellipsoid& ell, const TangentStop& stop, double&
     Z = z == 0 ? -a : std::abs(z) - a * std::sqrt(1 - e2);
     return true;
   }
-  const double L = std::atan2(Y, X);
-  const double p = X * std::cos(L) + Y * std::sin(L);
+  const double L = Atan2(Y, X);
+  const auto [sinL, cosL] = SinCos(L);
+  const double p = X * cosL + Y * sinL;
   const double polarRadius = a / std::sqrt(1 - e2);
   const double k = e2 * polarRadius;
   const double m = 1 + ell.ep2;
@@ -73,12 +75,12 @@ bool GeocentricToGeodetic(const Ellipsoid& ell, const TangentStop& stop, double&
   }
   if (stop.mustSettle && !settled) return false;
 
-  const double B = std::atan(t);
-  const double sinB = std::sin(B);
+  const double B = Atan(t);
+  const auto [sinB, cosB] = SinCos(B);
   const double N = a / std::sqrt(1 - e2 * sinB * sinB);
   X = B;
   Y = L;
-  Z = p / std::cos(B) - N;
+  Z = p / cosB - N;
   return true;
 }
 
@@ -95,7 +97,7 @@ bool Ellipsoid::BLH_to_XYZ(double& B, double& L, double& H) const {
   if (conversion.Serves(B, L, H))
     conversion.Convert<simd::BatchMath>(B, L, H);
   else
-    conversion.Convert<simd::Libm>(B, L, H);
+    conversion.Convert<simd::Scalar>(B, L, H);
   return true;
 }
 
@@ -108,7 +110,7 @@ bool Ellipsoid::XYZ_to_BLH(double& X, double& Y, double& Z) const {
 }
 
 double Ellipsoid::GetGaussianRadius(double B) const {
-  const double sinB = std::sin(B);
+  const double sinB = Sin(B);
   return a * std::sqrt(1 - e2) / (1 - e2 * sinB * sinB);
 }
 
@@ -116,7 +118,7 @@ std::size_t Ellipsoid::BLH_to_XYZ_Batch(double* B, double* L, double* H, std::si
                                         std::ptrdiff_t stride) const {
   const BlhToXyz conversion(*this);
   const auto single = [&](double(&blh)[3]) {
-    conversion.Convert<simd::Libm>(blh[0], blh[1], blh[2]);
+    conversion.Convert<simd::Scalar>(blh[0], blh[1], blh[2]);
   };
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
     RunKernel(conversion, columns, points, single);
@@ -130,7 +132,7 @@ std::size_t Ellipsoid::XYZ_to_BLH_Batch(double* X, double* Y, double* Z, std::si
   const auto single = [&](double(&xyz)[3]) {
     const double p = XyzToBlh::AxisDistance(xyz[0], xyz[1]);
     const ReducedLatitude beta = SolveReducedLatitude(conversion.Equation(p, xyz[2]));
-    conversion.FromReduced<simd::Libm>(p, beta, xyz[0], xyz[1], xyz[2]);
+    conversion.FromReduced<simd::Scalar>(p, beta, xyz[0], xyz[1], xyz[2]);
   };
   const auto convert = [&](double* const(&columns)[3], std::size_t points) {
     RunKernel(conversion, columns, points, single);

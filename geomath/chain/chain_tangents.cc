@@ -10,12 +10,13 @@
 #include "geomath/chain/covariance_formulas.h"
 #include "geomath/local/plane_rotation.h"
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 TangentFrame FrameAt(const Ellipsoid& ell, double b, double l, double h) {
-  return TangentFrame::At<simd::Libm>(ell.a, ell.e2, b, l, h);
+  return TangentFrame::At<simd::Scalar>(ell.a, ell.e2, b, l, h);
 }
 
 // The slopes of a geoid, metres per radian, by symmetric differences over the four corners of a small
@@ -71,8 +72,8 @@ void ChainTangents::RunAt(const Conversion& conversion, Points geographic, std::
       conversion,
       {position[0], position[1], position[2], t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
       count, [&](double(&p)[12]) {
-        conversion.template Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7],
-                                                p[8], p[9], p[10], p[11]);
+        conversion.template Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7],
+                                                  p[8], p[9], p[10], p[11]);
       });
 }
 
@@ -127,7 +128,7 @@ void ChainTangents::Settle(Points geographic, std::size_t count) {
   std::copy_n(ellipsoidal_, count, position[1]);
   const RadiansPerMetre conversion(*ellipsoid_);
   RunKernel(conversion, {position[0], position[1], tangent_[0], tangent_[4]}, count,
-            [&](double(&p)[4]) { conversion.Convert<simd::Libm>(p[0], p[1], p[2], p[3]); });
+            [&](double(&p)[4]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3]); });
 }
 
 void ChainTangents::ToGeocentric(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) {
@@ -163,9 +164,8 @@ void ChainTangents::AddDatumNoise(const Datum& datum, Points local, std::size_t 
   if (!uncertainty_.datum_) return;
   const double x = datum.Rotation()[0] * kRadPerArcSecond;
   const double y = datum.Rotation()[1] * kRadPerArcSecond, q = 1 + datum.Scale();
-  const double turns[3][3] = {{1, 0, 0},
-                              {0, std::cos(x), std::sin(x)},
-                              {std::sin(y), -std::sin(x) * std::cos(y), std::cos(x) * std::cos(y)}};
+  const double turns[3][3] = {
+      {1, 0, 0}, {0, Cos(x), Sin(x)}, {Sin(y), -Sin(x) * Cos(y), Cos(x) * Cos(y)}};
   Matrix3 matrix;
   datum.ToLocalDerivatives(matrix.m);
   for (std::size_t i = 0; i < count; ++i) {
@@ -436,7 +436,7 @@ void ChainTangents::Finish(Points geographic, std::size_t count) {
   const TangentToMetres conversion(*ellipsoid);
   RunKernel(conversion, {at[0], at[1], t[0], t[1], t[2], t[3], t[4], t[5]}, count,
             [&](double(&p)[8]) {
-              conversion.Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
+              conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
             });
 }
 

@@ -56,11 +56,11 @@ ShiftStatus FixedHeightDatum::Differentiate(const double (&source)[3],
                                             double (&jacobian)[3][3]) const {
   const Ellipsoid& local = *datum_.GetEllipsoid();
   double p[] = {source[0], source[1], height_};
-  const auto from = TangentFrame::At<simd::Libm>(global_.a, global_.e2, p[0], p[1], p[2]);
+  const auto from = TangentFrame::At<simd::Scalar>(global_.a, global_.e2, p[0], p[1], p[2]);
   global_.BLH_to_XYZ_Batch(&p[0], &p[1], &p[2], 1);
   datum_.ToLocalDatumBatch(&p[0], &p[1], &p[2], 1);
   local.XYZ_to_BLH_Batch(&p[0], &p[1], &p[2], 1);
-  const auto to = TangentFrame::At<simd::Libm>(local.a, local.e2, p[0], p[1], p[2]);
+  const auto to = TangentFrame::At<simd::Scalar>(local.a, local.e2, p[0], p[1], p[2]);
   Matrix3 turn;
   datum_.ToLocalDerivatives(turn.m);
   turn = to.axes.Transposed() * (turn * from.axes);

@@ -1,15 +1,14 @@
 #include "geomath/datum/similarity.h"
 
-#include <cmath>
-
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
 
 // Without cancellation for small angles.
 double OneMinusCos(double angle) {
-  const double sinHalf = std::sin(angle / 2);
+  const double sinHalf = Sin(angle / 2);
   return 2 * sinHalf * sinHalf;
 }
 
@@ -18,9 +17,9 @@ double OneMinusCos(double angle) {
 Similarity::Similarity(const TAbstractPoint3<double>& shift, const TAbstractPoint3<double>& angles,
                        double scale)
     : toLocal_{shift[0], shift[1], shift[2], {}}, toWgs84_{shift[0], shift[1], shift[2], {}} {
-  const double s0 = std::sin(angles[0]), c0 = std::cos(angles[0]), v0 = OneMinusCos(angles[0]);
-  const double s1 = std::sin(angles[1]), c1 = std::cos(angles[1]), v1 = OneMinusCos(angles[1]);
-  const double s2 = std::sin(angles[2]), c2 = std::cos(angles[2]), v2 = OneMinusCos(angles[2]);
+  const double s0 = Sin(angles[0]), c0 = Cos(angles[0]), v0 = OneMinusCos(angles[0]);
+  const double s1 = Sin(angles[1]), c1 = Cos(angles[1]), v1 = OneMinusCos(angles[1]);
+  const double s2 = Sin(angles[2]), c2 = Cos(angles[2]), v2 = OneMinusCos(angles[2]);
   // R − I; on its diagonal c·c′ − 1 = v·v′ − v − v′.
   const double turn[3][3] = {
       {v1 * v2 - v1 - v2, -c1 * s2, s1},
@@ -37,13 +36,13 @@ Similarity::Similarity(const TAbstractPoint3<double>& shift, const TAbstractPoin
 
 TAbstractPoint3<double> Similarity::ToLocal(const TAbstractPoint3<double>& wgs84) const {
   TAbstractPoint3<double> p = wgs84;
-  toLocal_.Convert<simd::Libm>(p[0], p[1], p[2]);
+  toLocal_.Convert<simd::Scalar>(p[0], p[1], p[2]);
   return p;
 }
 
 TAbstractPoint3<double> Similarity::ToWgs84(const TAbstractPoint3<double>& local) const {
   TAbstractPoint3<double> p = local;
-  toWgs84_.Convert<simd::Libm>(p[0], p[1], p[2]);
+  toWgs84_.Convert<simd::Scalar>(p[0], p[1], p[2]);
   return p;
 }
 

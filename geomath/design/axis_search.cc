@@ -6,6 +6,7 @@
 #include <optional>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -98,8 +99,8 @@ ZoneDefinition AxisSearch::ZoneAt(const Axis& axis) const {
       break;
     case ZoneFamily::obliqueMercator:
       zone.azimuth = std::remainder(axis[0], kPi);
-      zone.lat0 = frame_.Lat(-axis[1] * std::sin(axis[0]));
-      zone.lon0 = frame_.Lon(axis[1] * std::cos(axis[0]));
+      zone.lat0 = frame_.Lat(-axis[1] * Sin(axis[0]));
+      zone.lon0 = frame_.Lon(axis[1] * Cos(axis[0]));
       break;
     case ZoneFamily::stereographic:
       zone.lat0 = frame_.Lat(axis[0]);

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -23,10 +24,11 @@ bool AreOptionsValid(const DesignOptions& options) {
 double MeanLongitude(std::span<const double> l) {
   double x = 0, y = 0;
   for (const double each : l) {
-    x += std::cos(each);
-    y += std::sin(each);
+    const auto [sine, cosine] = SinCos(each);
+    x += cosine;
+    y += sine;
   }
-  return std::atan2(y, x);
+  return Atan2(y, x);
 }
 
 }  // namespace

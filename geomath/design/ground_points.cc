@@ -4,11 +4,12 @@
 #include <cmath>
 
 #include "geomath/base/batch.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
 void GroundPoints::Add(double latitude, double longitude, double height, double w) {
-  const double sinB = std::sin(latitude), W2 = 1 - ellipsoid.e2 * sinB * sinB;
+  const double sinB = Sin(latitude), W2 = 1 - ellipsoid.e2 * sinB * sinB;
   const double rho = ellipsoid.a * (1 - ellipsoid.e2) / (W2 * std::sqrt(W2));
   const double radius = ellipsoid.GetGaussianRadius(latitude);
   b.push_back(latitude);
@@ -87,11 +88,11 @@ GroundFrame::GroundFrame(const GroundPoints& points) {
   const auto [low, high] = std::minmax_element(points.h.begin(), points.h.end());
   b0_ = (*south + *north) / 2;
   l0_ = (*west + *east) / 2;
-  const double sinB = std::sin(b0_), W2 = 1 - points.ellipsoid.e2 * sinB * sinB;
+  const double sinB = Sin(b0_), W2 = 1 - points.ellipsoid.e2 * sinB * sinB;
   const double nu = points.ellipsoid.a / std::sqrt(W2);
   perLat_ = nu * (1 - points.ellipsoid.e2) / W2;
-  perLon_ = nu * std::cos(b0_);
-  diagonal_ = std::hypot(North(*north) - North(*south), East(*east) - East(*west));
+  perLon_ = nu * Cos(b0_);
+  diagonal_ = Hypot(North(*north) - North(*south), East(*east) - East(*west));
   relief_ = *high - *low;
 }
 

@@ -84,7 +84,8 @@ ZoneFit RoundZone(const GroundPoints& points, const ZoneDefinition& exact,
   ScaleFitter fitter(options.criterion);
   ZoneFit best{exact, kInfinite};
   std::vector<double> m;
-  const double unit = std::pow(10.0, options.scaleDecimals);
+  double unit = 1;
+  for (int i = 0; i < options.scaleDecimals; ++i) unit *= 10;
   for (ZoneDefinition zone : Roundings(exact, options.angleStep)) {
     zone.scale = 1;
     if (!watch.Step()) break;

@@ -10,6 +10,7 @@
 #include "geomath/design/axis_search.h"
 #include "geomath/design/design_points.h"
 #include "geomath/design/zone_rounding.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -34,7 +35,7 @@ double LongAxis(const GroundPoints& points, const GroundFrame& frame) {
   nn -= n * n / count;
   ne -= n * e / count;
   ee -= e * e / count;
-  return 0.5 * std::atan2(2 * ne, nn - ee);
+  return 0.5 * Atan2(2 * ne, nn - ee);
 }
 
 // Strips of one direction.
@@ -58,8 +59,7 @@ class StripSearch {
 
   // The coordinate in which strips follow each other.
   double Along(const GroundPoints& points, std::size_t i) const {
-    return frame_.North(points.b[i]) * std::cos(azimuth_) +
-           frame_.East(points.l[i]) * std::sin(azimuth_);
+    return frame_.North(points.b[i]) * Cos(azimuth_) + frame_.East(points.l[i]) * Sin(azimuth_);
   }
 
   // Where the strips after the first begin, each as long as the limit lets it be; nothing where more

@@ -10,6 +10,7 @@
 #include "geomath/frame/motion_formulas.h"
 #include "geomath/frame/search_back.h"
 #include "geomath/shift/grid/node_grid.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -116,10 +117,11 @@ void TurnIntoSpace(ShiftGridPart& part, ShiftComponents displacement, double hor
       const double n = level ? value[0] * horizontalUnit : 0;
       const double e = level ? value[1] * horizontalUnit : 0;
       const double u = height ? value[components - 1] * verticalUnit : 0;
-      const double outward = u * std::cos(b) - n * std::sin(b);
-      const double xyz[] = {outward * std::cos(l) - e * std::sin(l),
-                            outward * std::sin(l) + e * std::cos(l),
-                            n * std::cos(b) + u * std::sin(b)};
+      const auto [sinB, cosB] = SinCos(b);
+      const auto [sinL, cosL] = SinCos(l);
+      const double outward = u * cosB - n * sinB;
+      const double xyz[] = {outward * cosL - e * sinL, outward * sinL + e * cosL,
+                            n * cosB + u * sinB};
       for (const double x : xyz) turned.push_back(static_cast<float>(x));
     }
   part.values = std::move(turned);

@@ -1,8 +1,7 @@
 #include "geomath/frame/plate_motion.h"
 
-#include <cmath>
-
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -24,8 +23,8 @@ TimeDependentParameters MotionFrom(double epoch, const AngularVelocity& velocity
 AngularVelocity AngularVelocityAbout(double latitude, double longitude,
                                      double degreesPerMillionYears) {
   const double rate = degreesPerMillionYears * kMasPerDegree / kYears;
-  return {rate * std::cos(latitude) * std::cos(longitude),
-          rate * std::cos(latitude) * std::sin(longitude), rate * std::sin(latitude)};
+  return {rate * Cos(latitude) * Cos(longitude), rate * Cos(latitude) * Sin(longitude),
+          rate * Sin(latitude)};
 }
 
 PlateMotion::PlateMotion(const AngularVelocity& velocity, double epoch,

@@ -1,7 +1,7 @@
 #include <algorithm>
-#include <cmath>
 
 #include "geomath/frame/deformation_model.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -37,7 +37,7 @@ double Piecewise(const TimeFunction& f, double date) {
 double Exponential(const TimeFunction& f, double date) {
   if (date < f.epoch) return f.beforeFactor;
   const double years = std::min(date, f.end) - f.epoch;
-  return f.initialFactor - (f.finalFactor - f.initialFactor) * std::expm1(-years / f.relaxation);
+  return f.initialFactor - (f.finalFactor - f.initialFactor) * Expm1(-years / f.relaxation);
 }
 
 }  // namespace

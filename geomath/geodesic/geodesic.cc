@@ -8,6 +8,7 @@
 #include "geomath/base/internal/fold_angle.h"
 #include "geomath/geodesic/geodesic_formulas.h"
 #include "geomath/geodesic/geodesic_search.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Karney 2013.
 namespace zel_cs::geomath {
@@ -76,7 +77,7 @@ Geodesic::Geodesic(const Ellipsoid& ellipsoid)
   *area_ = GeodesicAreaSeries::Of(ellipsoid.n);
   const double a2 = ellipsoid.a * ellipsoid.a, b2 = ellipsoid.b * ellipsoid.b;
   const double e = std::sqrt(std::abs(ellipsoid.e2));
-  const double arc = e == 0 ? 1 : (ellipsoid.e2 > 0 ? std::atanh(e) : std::atan(e)) / e;
+  const double arc = e == 0 ? 1 : (ellipsoid.e2 > 0 ? Atanh(e) : Atan(e)) / e;
   authalicRadius2_ = (a2 + b2 * arc) / 2;  // 60
 }
 
@@ -131,22 +132,22 @@ double Geodesic::EdgeArea(double b1, double l1, double b2, double l2, double& di
   const GeodesicArc arc = SearchGeodesic(g, b1, b2, FoldTurn(l2 - l1));
   distance = arc.distance;
   if (distance == 0) return 0;
-  const Unit beta1 = g.Reduced(GeodesicFormulas::SinCos<simd::Libm>(b1));
-  const Unit beta2 = g.Reduced(GeodesicFormulas::SinCos<simd::Libm>(b2));
+  const Unit beta1 = g.Reduced(GeodesicFormulas::SinCos<simd::Scalar>(b1));
+  const Unit beta2 = g.Reduced(GeodesicFormulas::SinCos<simd::Scalar>(b2));
 
   constexpr double kHalfTurnCos = -0.7;  // beyond, the half angle formula loses digits
-  const Unit omega = GeodesicFormulas::SinCos<simd::Libm>(arc.omega12);
+  const Unit omega = GeodesicFormulas::SinCos<simd::Scalar>(arc.omega12);
   const Unit turn = GeodesicFormulas::Difference(arc.alpha2, arc.alpha1);
   const double alpha12 =
       omega.cos > kHalfTurnCos
-          ? 2 * std::atan2(omega.sin * (beta1.sin * (1 + beta2.cos) + beta2.sin * (1 + beta1.cos)),
-                           (1 + omega.cos) *
-                               (beta1.sin * beta2.sin + (1 + beta1.cos) * (1 + beta2.cos)))  // 64
-          : std::atan2(turn.sin, turn.cos);
+          ? 2 * Atan2(omega.sin * (beta1.sin * (1 + beta2.cos) + beta2.sin * (1 + beta1.cos)),
+                      (1 + omega.cos) *
+                          (beta1.sin * beta2.sin + (1 + beta1.cos) * (1 + beta2.cos)))  // 64
+          : Atan2(turn.sin, turn.cos);
 
   const double across = arc.alpha1.sin * beta1.sin;
   const double sinAlpha0 = arc.alpha1.sin * beta1.cos;
-  const double cosAlpha0 = std::hypot(arc.alpha1.cos, across);
+  const double cosAlpha0 = Hypot(arc.alpha1.cos, across);
   const Unit sigma1 = GeodesicFormulas::Normalised(beta1.sin, arc.alpha1.cos * beta1.cos);
   const Unit sigma2 = GeodesicFormulas::Normalised(beta2.sin, arc.alpha2.cos * beta2.cos);
   const GeodesicTerms<6> c4 = area_->C4(g.Expansion(cosAlpha0));

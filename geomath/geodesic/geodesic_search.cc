@@ -5,6 +5,8 @@
 #include <limits>
 #include <utility>
 
+#include "geomath/simd/scalar.h"
+
 // Equation numbers are Karney 2013.
 namespace zel_cs::geomath {
 namespace {
@@ -17,9 +19,9 @@ constexpr int kNewtonSteps = 20;               // of which most pairs take three
 constexpr int kMaxSteps = kNewtonSteps + 80;   // the others halve the bracket
 constexpr double kShortArc = 1;                // radians; shorter meridian arcs are shortest lines
 
-Unit FromAngle(double x) { return GeodesicFormulas::SinCos<simd::Libm>(x); }
+Unit FromAngle(double x) { return GeodesicFormulas::SinCos<simd::Scalar>(x); }
 Unit ToUnit(double y, double x) {
-  const double h = std::hypot(y, x);
+  const double h = Hypot(y, x);
   return {y / h, x / h};
 }
 
@@ -95,8 +97,8 @@ class Search {
 
   Candidate Try(const Unit& alpha1) const {
     Candidate c;
-    const double sinAlpha0 = alpha1.sin * beta1_.cos;                          // 5
-    const double cosAlpha0 = std::hypot(alpha1.cos, alpha1.sin * beta1_.sin);  // 10
+    const double sinAlpha0 = alpha1.sin * beta1_.cos;                     // 5
+    const double cosAlpha0 = Hypot(alpha1.cos, alpha1.sin * beta1_.sin);  // 10
     c.alpha2 = {beta1_.cos == beta2_.cos ? alpha1.sin : sinAlpha0 / beta2_.cos, CosAlpha2(alpha1)};
     c.sigma1 = ToUnit(beta1_.sin, alpha1.cos * beta1_.cos);  // 11
     c.sigma2 = ToUnit(beta2_.sin, c.alpha2.cos * beta2_.cos);
@@ -133,7 +135,7 @@ class Search {
 
   static double Arc(const Unit& from, const Unit& to) {
     const Unit d = GeodesicFormulas::Difference(to, from);
-    return std::atan2(std::max(0.0, d.sin) + 0.0, d.cos);
+    return Atan2(std::max(0.0, d.sin) + 0.0, d.cos);
   }
 
   // Eqs. 7 and 15.
@@ -166,7 +168,7 @@ class Search {
     const double north = beta1_.cos * beta2_.sin - beta1_.sin * beta2_.cos * omega.cos;
     const double cosSigma = beta1_.sin * beta2_.sin + beta1_.cos * beta2_.cos * omega.cos;
     const double near = 6 * kPi * std::abs(g_.f) * beta1_.cos * beta1_.cos;
-    if (g_.f > 0 && cosSigma < 0 && std::hypot(east, north) < near) return FromAstroid();
+    if (g_.f > 0 && cosSigma < 0 && Hypot(east, north) < near) return FromAstroid();
     return east > 0 ? ToUnit(east, north) : Unit{1, 0};
   }
 

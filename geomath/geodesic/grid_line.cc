@@ -6,6 +6,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/geodesic/distortion.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -23,7 +24,7 @@ struct Radii {
   double M, N;
 };
 Radii RadiiAt(const Ellipsoid& ell, double b) {
-  const double s = std::sin(b), w2 = 1 - ell.e2 * s * s, N = ell.a / std::sqrt(w2);
+  const double s = Sin(b), w2 = 1 - ell.e2 * s * s, N = ell.a / std::sqrt(w2);
   return {N * (1 - ell.e2) / w2, N};
 }
 
@@ -40,12 +41,12 @@ struct GridLines::End {
     double bearing, scale;
   };
   InGrid Image(double azimuth) const {
-    const double c = std::cos(azimuth), s = std::sin(azimuth);
+    const auto [s, c] = SinCos(azimuth);
     const double north = c * images.northN + s * images.eastN;
     const double east = c * images.northE + s * images.eastE;
-    return {std::atan2(east, north), std::hypot(north, east)};
+    return {Atan2(east, north), Hypot(north, east)};
   }
-  double Convergence() const { return -std::atan2(images.northE, images.northN); }
+  double Convergence() const { return -Atan2(images.northE, images.northN); }
 };
 
 GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
@@ -61,7 +62,7 @@ bool GridLines::Locate(const GridPoint& at, End& end) const {
   if (!proj_->InversePoint(end.b, end.l)) return false;
   double n = end.b, e = end.l;
   if (!proj_->ForwardPoint(n, e)) return false;
-  const double restN = at.n - n, restE = at.e - e, rest = std::hypot(restN, restE);
+  const double restN = at.n - n, restE = at.e - e, rest = Hypot(restN, restE);
   if (!(rest < kUnrelated)) return false;
   if (rest > kRounding) {
     end.b = at.n + restN;
@@ -83,9 +84,9 @@ bool GridLines::Locate(const GridPoint& at, End& end) const {
 void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& geodesic,
                          GridLine& line) const {
   const double dn = to.at.n - from.at.n, de = to.at.e - from.at.e;
-  const double chord = std::atan2(de, dn);
+  const double chord = Atan2(de, dn);
   const End::InGrid arc1 = from.Image(geodesic.azimuth), arc2 = to.Image(geodesic.backAzimuth);
-  line.gridDistance = std::hypot(dn, de);
+  line.gridDistance = Hypot(dn, de);
   line.gridBearing = FullTurn(chord);
   line.geodesicDistance = geodesic.distance;
   line.azimuth = geodesic.azimuth;
@@ -106,7 +107,8 @@ void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& 
   line.elevationFactor = R / (R + (from.height + to.height) / 2);
   line.combinedFactor = line.lineScale * line.elevationFactor;
   line.groundDistance = line.geodesicDistance / line.elevationFactor;
-  line.slopeDistance = std::hypot(to.x - from.x, to.y - from.y, to.z - from.z);
+  const double dx = to.x - from.x, dy = to.y - from.y, dz = to.z - from.z;
+  line.slopeDistance = std::sqrt(dx * dx + dy * dy + dz * dz);
 }
 
 bool GridLines::Position(const GridPoint& at, double& b, double& l) const {
@@ -158,9 +160,9 @@ double GridLines::AzimuthOfBearing(const GridPoint& from, double bearing) const 
   End end;
   if (!Locate(from, end)) return kNaN;
   const auto& [nn, ne, en, ee] = end.images;
-  const double c = std::cos(bearing), s = std::sin(bearing);
+  const auto [s, c] = SinCos(bearing);
   const double sign = nn * ee - ne * en < 0 ? -1 : 1;  // Cramer's rule, its denominator left out
-  return FullTurn(std::atan2(sign * (nn * s - ne * c), sign * (ee * c - en * s)));
+  return FullTurn(Atan2(sign * (nn * s - ne * c), sign * (ee * c - en * s)));
 }
 
 double GridLines::AzimuthTo(const GridPoint& from, const GridPoint& to) const {
@@ -170,31 +172,31 @@ double GridLines::AzimuthTo(const GridPoint& from, const GridPoint& to) const {
 
 double RadiusInAzimuth(const Ellipsoid& ellipsoid, double b, double azimuth) {
   const auto [M, N] = RadiiAt(ellipsoid, b);
-  const double c = std::cos(azimuth), s = std::sin(azimuth);
+  const auto [s, c] = SinCos(azimuth);
   return M * N / (c * c * N + s * s * M);
 }
 
 double SlopeToEllipsoid(double slope, double h1, double h2, double R) {
   const double rise = h2 - h1;
   const double chord2 = (slope - rise) * (slope + rise) / ((1 + h1 / R) * (1 + h2 / R));
-  return 2 * R * std::asin(std::sqrt(chord2) / (2 * R));
+  return 2 * R * Asin(std::sqrt(chord2) / (2 * R));
 }
 
-double Deflection::AzimuthCorrection(double b) const { return -eta * std::tan(b); }
+double Deflection::AzimuthCorrection(double b) const { return -eta * Tan(b); }
 
 double Deflection::DirectionCorrection(double azimuth, double zenith) const {
-  return -(xi * std::sin(azimuth) - eta * std::cos(azimuth)) / std::tan(zenith);
+  return -(xi * Sin(azimuth) - eta * Cos(azimuth)) / Tan(zenith);
 }
 
 double Deflection::ZenithCorrection(double azimuth) const {
-  return xi * std::cos(azimuth) + eta * std::sin(azimuth);
+  return xi * Cos(azimuth) + eta * Sin(azimuth);
 }
 
 bool DeflectionAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid, double b, double l,
                   double h, Deflection& deflection) {
   constexpr double kHalfStep = 125;  // metres on the ground
   const auto [M, N] = RadiiAt(ellipsoid, b);
-  const double north = M + h, east = (N + h) * std::cos(b);
+  const double north = M + h, east = (N + h) * Cos(b);
   const double db = kHalfStep / north, dl = kHalfStep / east;
   double northern, southern, eastern, western;
   if (!geoid.Height(b + db, l, northern) || !geoid.Height(b - db, l, southern)) return false;

@@ -8,6 +8,7 @@
 #include <utility>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -129,9 +130,9 @@ bool Traverse::Compute(const TraverseField& field, TraverseAdjustment adjustment
   result.misclosureE = misclosure[1];
   result.misclosureAngle = misclosure[2];
   for (std::size_t i = 0; i < legs; ++i)
-    result.length += std::hypot(path.stations[i + 1].n - path.stations[i].n,
-                                path.stations[i + 1].e - path.stations[i].e);
-  result.relativeMisclosure = std::hypot(misclosure[0], misclosure[1]) / result.length;
+    result.length += Hypot(path.stations[i + 1].n - path.stations[i].n,
+                           path.stations[i + 1].e - path.stations[i].e);
+  result.relativeMisclosure = Hypot(misclosure[0], misclosure[1]) / result.length;
   result.angleCorrections.assign(legs + (Closes(field) ? 1 : 0), 0.0);
   result.distanceCorrections.assign(legs, 0.0);
   result.sigma0 = kNaN;
@@ -161,8 +162,8 @@ bool Traverse::Bowditch(const TraverseField& field, Path& path, TraverseResult& 
   const Conditions gap = path.Misclosure(field, kNaN);
   std::vector<double> upTo(1, 0.0);
   for (std::size_t i = 0; i < legs; ++i)
-    upTo.push_back(upTo[i] + std::hypot(path.stations[i + 1].n - path.stations[i].n,
-                                        path.stations[i + 1].e - path.stations[i].e));
+    upTo.push_back(upTo[i] + Hypot(path.stations[i + 1].n - path.stations[i].n,
+                                   path.stations[i + 1].e - path.stations[i].e));
   for (std::size_t i = 1; i <= legs; ++i) {
     path.stations[i].n -= gap[0] * upTo[i] / upTo[legs];
     path.stations[i].e -= gap[1] * upTo[i] / upTo[legs];

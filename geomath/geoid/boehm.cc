@@ -1,9 +1,9 @@
 #include "geomath/geoid/boehm.h"
 
-#include <cmath>
 #include <iterator>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -114,11 +114,11 @@ struct Harmonics {
 // (n − m)·P(n, m) = (2n − 1)·sin φ·P(n − 1, m) − (n + m − 1)·P(n − 2, m).
 // Hofmann-Wellenhof and Moritz 2006, eq. 1-68 ff.
 void Legendre55(double lat, double lon, double* aP, double* bP) {
-  const double sinPhi = std::sin(lat), cosPhi = std::cos(lat);
+  const auto [sinPhi, cosPhi] = SinCos(lat);
   double sectorial = 1;
   for (int m = 0; m <= kMaxDegree; ++m) {
     if (m > 0) sectorial *= (2 * m - 1) * cosPhi;
-    const double cosM = std::cos(m * lon), sinM = std::sin(m * lon);
+    const auto [sinM, cosM] = SinCos(m * lon);
     double before = 0, p = sectorial;
     for (int n = m; n <= kMaxDegree; ++n) {
       aP[n * (n + 1) / 2 + m] = p * cosM;
@@ -137,14 +137,14 @@ double Boehm_Geoid_Height(double lat, double lon) {
 void Boehm(double mjd, double lat, double lon, double h, double& pressure, double& temperature,
            double& undulation) {
   const Harmonics at(lat, lon);
-  const double wave = std::cos((mjd - kPhaseMjd) / kYear * kTwoPi);
+  const double wave = Cos((mjd - kPhaseMjd) / kYear * kTwoPi);
   const double geoid = at.Field(&Term::geoidA, &Term::geoidB);
   const double H = h - geoid;  // above the geoid
   const double pressure0 = at.Field(&Term::pressureA, &Term::pressureB) +
                            wave * at.Field(&Term::pressureWaveA, &Term::pressureWaveB);
   const double temperature0 = at.Field(&Term::temperatureA, &Term::temperatureB) +
                               wave * at.Field(&Term::temperatureWaveA, &Term::temperatureWaveB);
-  pressure = pressure0 * std::pow(1 - kPressureLapse * H, kPressureExponent);
+  pressure = pressure0 * Pow(1 - kPressureLapse * H, kPressureExponent);
   temperature = temperature0 - kTemperatureLapse * H;
   undulation = geoid;
 }

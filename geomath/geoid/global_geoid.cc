@@ -8,6 +8,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/geoid/harmonic_kernel.h"
 #include "geomath/simd/instruction_set.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -22,13 +23,14 @@ constexpr std::size_t kWorthGrouping = 4;
 
 /// RADGRA: geocentric radius re, geocentric latitude and normal gravity gr of a latitude.
 Station RADGRA(double lat) {
-  const double sinPhi = std::sin(lat), t = sinPhi * sinPhi;
+  const auto [sinPhi, cosPhi] = SinCos(lat);
+  const double t = sinPhi * sinPhi;
   const double W = std::sqrt(1 - kE2 * t), N = kWgs84A / W;
-  const double p = std::abs(N * std::cos(lat)), Z = N * kOneLessE2 * sinPhi;
-  const double theta = kHalfPi - std::atan(Z / p);
+  const double p = std::abs(N * cosPhi), Z = N * kOneLessE2 * sinPhi;
+  const auto [sinTheta, cosTheta] = SinCos(kHalfPi - Atan(Z / p));
   const double gr = kEquatorGravity * (1 + kSomigliana * t) / W, re = std::sqrt(p * p + Z * Z);
-  return {.cosTheta = std::cos(theta),
-          .sinTheta = std::sin(theta),
+  return {.cosTheta = cosTheta,
+          .sinTheta = sinTheta,
           .ar = kWgs84A / re,
           .metres = kModelGM / (gr * re)};
 }
@@ -55,9 +57,9 @@ template <class LonAt>
 Longitudes MultiplesOf(std::size_t count, LonAt lonAt) {
   Longitudes lambda{.cosine = {}, .sine = {}, .count = count};
   for (std::size_t i = 0; i < count; ++i) {
-    const double lon = lonAt(i);
-    lambda.cosine[i] = std::cos(lon);
-    lambda.sine[i] = std::sin(lon);
+    const auto [sine, cosine] = SinCos(lonAt(i));
+    lambda.cosine[i] = cosine;
+    lambda.sine[i] = sine;
   }
   return lambda;
 }

@@ -4,6 +4,10 @@
 #include <cmath>
 #include <utility>
 
+#include "geomath/simd/elementary.h"
+#include "geomath/simd/instruction_set.h"
+#include "geomath/simd/scalar.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -41,16 +45,24 @@ Matrix<N> Inverted(Matrix<N> a) {
 double RowOf(std::size_t node) { return static_cast<double>(node / 4); }
 double ColumnOf(std::size_t node) { return static_cast<double>(node % 4); }
 
+// h^exponent of a distance's square, in the functions of columns: sixteen at a time beside each other.
+double PowerOfDistance(double square, double exponent) {
+  using Math = simd::Polynomial<simd::Baseline>;
+  constexpr double kLeast = 1e-300;  // a node itself
+  const double power = Math::Exp(0.5 * exponent * Math::Log(square));
+  return square < kLeast ? 0.0 : power;
+}
+
 }  // namespace
 
-double KrigingVariogram::At(double h) const { return slope * std::pow(h, exponent); }
+double KrigingVariogram::At(double h) const { return slope * Pow(h, exponent); }
 
 // Cressie 1993, eq. 3.2.12: the variogram between the nodes, bordered by ones.
 OrdinaryKriging::OrdinaryKriging(double exponent) : unit_{1, exponent} {
   Matrix<kSize> kriging{};
   for (std::size_t p = 0; p < kNodes; ++p) {
     for (std::size_t q = 0; q < kNodes; ++q)
-      kriging[p][q] = unit_.At(std::hypot(RowOf(p) - RowOf(q), ColumnOf(p) - ColumnOf(q)));
+      kriging[p][q] = unit_.At(Hypot(RowOf(p) - RowOf(q), ColumnOf(p) - ColumnOf(q)));
     kriging[p][kNodes] = kriging[kNodes][p] = 1;
   }
   inverse_ = Inverted(kriging);
@@ -58,8 +70,10 @@ OrdinaryKriging::OrdinaryKriging(double exponent) : unit_{1, exponent} {
 
 OrdinaryKriging::Estimate OrdinaryKriging::At(double x, double y) const {
   std::array<double, kSize> toNodes;
-  for (std::size_t p = 0; p < kNodes; ++p)
-    toNodes[p] = unit_.At(std::hypot(x - RowOf(p), y - ColumnOf(p)));
+  for (std::size_t p = 0; p < kNodes; ++p) {
+    const double north = x - RowOf(p), east = y - ColumnOf(p);
+    toNodes[p] = PowerOfDistance(north * north + east * east, unit_.exponent);
+  }
   toNodes[kNodes] = 1;
 
   Estimate estimate;

@@ -12,6 +12,7 @@
 #include "geomath/local/local_to_grid.h"
 #include "geomath/local/packed_symmetric.h"
 #include "geomath/local/plane_rotation.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -92,7 +93,7 @@ class LinearPlane {
         fixedScale_(fixedScale || horizontal < 2),
         fixedRotation_(reduced_.size() < 2) {
     for (std::size_t k = 0; k < reduced_.size(); ++k) {
-      const double d = std::hypot(reduced_[k].n, reduced_[k].e);
+      const double d = Hypot(reduced_[k].n, reduced_[k].e);
       angles_ += d > 0;
       ratios_ += k < horizontal_ && d >= kSmallestDistance;
     }
@@ -270,7 +271,7 @@ double CalibrationCheck::WidthOverLength(const std::vector<int>& which) const {
     ne += n * e;
     ee += e * e;
   }
-  const double length2 = 0.5 * (nn + ee + std::hypot(nn - ee, 2 * ne));
+  const double length2 = 0.5 * (nn + ee + Hypot(nn - ee, 2 * ne));
   const double width2 = length2 > 0 ? (nn * ee - ne * ne) / length2 : 0;
   return length2 > 0 ? std::sqrt(std::max(0.0, width2) / length2) : 0;
 }
@@ -424,7 +425,7 @@ void CalibrationCheck::FindPointsNearCentroid() {
   std::vector<Ray> rays;
   const PlaneVector centre = Mean(horizontal_);
   for (int i : directions_) {
-    const double d = std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e);
+    const double d = Hypot(At(i).globalN - centre.n, At(i).globalE - centre.e);
     if (d > 0) rays.push_back({d, i});
   }
   std::sort(rays.begin(), rays.end(),
@@ -475,8 +476,7 @@ void CalibrationCheck::LeaveOneOut(const std::function<void()>& onPoint) {
     if (ofPlane && (solvedParts & 1)) {
       check.predictedN = point.residualN;
       check.predictedE = point.residualE;
-      if (const double d = std::hypot(point.residualN, point.residualE);
-          !spoiled && d > worstPlane) {
+      if (const double d = Hypot(point.residualN, point.residualE); !spoiled && d > worstPlane) {
         worstPlane = d;
         worstHorizontal_ = i;
       }
@@ -544,7 +544,7 @@ void CalibrationCheck::WarnOfMisfit() {
   const PlaneVector centre = Mean(horizontal_);
   double distance = 0;
   for (int i : horizontal_)
-    distance += std::hypot(At(i).globalN - centre.n, At(i).globalE - centre.e) /
+    distance += Hypot(At(i).globalN - centre.n, At(i).globalE - centre.e) /
                 static_cast<double>(horizontal_.size());
   const double reason =
       std::min(kUnreasonableShare * distance, std::max(kUnreasonable, kDistortion * distance));
@@ -591,7 +591,7 @@ double CalibrationCheck::DistanceOutside(double gridN, double gridE) const {
     inside = inside && bn * pe - be * pn >= 0;
     const double length2 = bn * bn + be * be;
     const double along = length2 > 0 ? std::clamp((pn * bn + pe * be) / length2, 0.0, 1.0) : 0;
-    nearest = std::min(nearest, std::hypot(pn - along * bn, pe - along * be));
+    nearest = std::min(nearest, Hypot(pn - along * bn, pe - along * be));
   }
   return inside ? 0 : nearest;
 }
@@ -620,8 +620,7 @@ void CalibrationCheck::Warn() {
 
   double diameter = 0;
   for (const PlaneVector& a : hull_)
-    for (const PlaneVector& b : hull_)
-      diameter = std::max(diameter, std::hypot(a.n - b.n, a.e - b.e));
+    for (const PlaneVector& b : hull_) diameter = std::max(diameter, Hypot(a.n - b.n, a.e - b.e));
   for (int i = 0; i < count_; ++i) {
     const PointCheck& check = checks_[static_cast<std::size_t>(i)];
     double largest = 0;

@@ -50,13 +50,13 @@ GroundParameters GridToGround::Parameters(unsigned long present) const {
 
 bool GridToGround::ToGround(double& N, double& E, double&, unsigned long* present) const {
   if (!Convertible(present, rotation)) return false;
-  GridToGroundPlane{Parameters(*present)}.Convert<simd::Libm>(N, E);
+  GridToGroundPlane{Parameters(*present)}.Convert<simd::Scalar>(N, E);
   return true;
 }
 
 bool GridToGround::ToGrid(double& N, double& E, double&, unsigned long* present) const {
   if (!Convertible(present, rotation)) return false;
-  GroundToGridPlane{Parameters(*present)}.Convert<simd::Libm>(N, E);
+  GroundToGridPlane{Parameters(*present)}.Convert<simd::Scalar>(N, E);
   return true;
 }
 

@@ -34,7 +34,7 @@ template <class Conversion, class Outcome>
 bool ConvertPoint(const Conversion& conversion, const Outcome& outcome, double& N, double& E,
                   double& H) {
   if (!outcome.ok) return false;
-  conversion.template Convert<simd::Libm>(N, E, H);
+  conversion.template Convert<simd::Scalar>(N, E, H);
   if (!outcome.plane) N = E = DBL_MAX;
   if (!outcome.height) H = DBL_MAX;
   return true;

@@ -9,6 +9,7 @@
 #include "geomath/local/packed_symmetric.h"
 #include "geomath/local/plane_rotation.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols: (tN, tE) shifts, s scale, θ rotation; h0 height shift, (aN, aE) slopes; p = s-free cosine
 // and q = sine of the rotation as the direction fit finds them.
@@ -341,7 +342,7 @@ bool TLocalizationParam::CalculateHorRotation(double& theta) {
   const double p = normal[0] * right[0] + normal[1] * right[1];
   const double q = normal[1] * right[0] + normal[2] * right[1];
   rotationPrecisionFactor_ = std::sqrt(std::abs(normal[0]) + std::abs(normal[2]));
-  theta = std::atan2(q, p);
+  theta = Atan2(q, p);
   if (theta < 0) theta += kTwoPi;
   if (theta >= kTwoPi) theta = 0;  // a turn of less than -4e-16 rounds up to a full one
   return true;
@@ -403,7 +404,7 @@ bool TLocalizationParam::VerticalPointsInLine(PlaneVector centre) const {
   });
   // The width is summed from the distances to the main axis: the determinant nn·ee − ne² would
   // drown a width below 1e-8 of the length in its own rounding.
-  const PlaneRotation axis(0.5 * std::atan2(2 * ne, nn - ee));
+  const PlaneRotation axis(0.5 * Atan2(2 * ne, nn - ee));
   double width2 = 0;
   forEachReduced([&](double dN, double dE) {
     const double off = axis.TurnBack(dN, dE).e;
@@ -525,7 +526,7 @@ bool TLocalizationParam::AvgOffCenter(double& meanDistance) const {
 bool TLocalizationParam::GetEstimations(double& rms, double& angle) const {
   double distance = 0;
   if (!GetDEstimation(rms) || !AvgOffCenter(distance)) return false;
-  angle = std::atan2(rms, distance);
+  angle = Atan2(rms, distance);
   if (rotationPrecisionFactor_ >= kWeakRotation) angle *= rotationPrecisionFactor_;
   return true;
 }

@@ -1,7 +1,5 @@
 #pragma once
 
-#include <cmath>
-
 #include "geomath/local/identical_point.h"
 #include "geomath/simd/elementary.h"
 
@@ -13,7 +11,7 @@ struct PlaneRotation {
     if (std::abs(theta) < simd::kMaxAngle)
       simd::BatchMath::SinCos(theta, sin, cos);
     else
-      simd::Libm::SinCos(theta, sin, cos);
+      simd::Scalar::SinCos(theta, sin, cos);
   }
 
   GEOMATH_INLINE PlaneVector Turn(double n, double e) const {

@@ -12,6 +12,7 @@
 
 #include "geomath/magnetic/magnetic_kernel.h"
 #include "geomath/simd/instruction_set.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -229,7 +230,7 @@ std::optional<MagneticUncertainty> MagneticField::Uncertainty(double h) const no
                              .z = e.z,
                              .h = e.h,
                              .f = e.f,
-                             .declination = std::hypot(e.declination, e.declinationSlope / h),
+                             .declination = Hypot(e.declination, e.declinationSlope / h),
                              .inclination = e.inclination};
 }
 

@@ -12,6 +12,7 @@
 #include "geomath/proj/internal/host_replaces.h"
 #include "geomath/proj/internal/kind.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -281,13 +282,14 @@ bool TGeoProj::Differentiate(double b, double l, GridDerivatives& derivatives) c
 }
 
 bool TGeoProj::DifferentiateConformal(double b, double l, GridDerivatives& derivatives) const {
-  const double s = std::sin(b), c = std::cos(b), w2 = 1 - ell_.e2 * (s * s);
+  const auto [s, c] = SinCos(b);
+  const double w2 = 1 - ell_.e2 * (s * s);
   const double N = ell_.a / std::sqrt(w2), M = N * (1 - ell_.e2) / w2;
   PointFactors factors{kNaN, kNaN};  // what a class does not compute stays
   if (!(std::abs(b) < kHalfPi) || !ForwardPoint(b, l, &factors)) return false;
   const double k = factors.scale, gamma = factors.convergence;
   if (!std::isfinite(k) || !std::isfinite(gamma)) return false;
-  const double north = k * std::cos(gamma), east = k * std::sin(gamma);
+  const double north = k * Cos(gamma), east = k * Sin(gamma);
   derivatives = {M * north, -M * east, N * c * east, N * c * north};
   return true;
 }

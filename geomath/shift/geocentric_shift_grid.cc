@@ -111,7 +111,8 @@ ShiftStatus GeocentricShiftGrid::Differentiate(const double (&source)[3],
   double slopes[3][2];
   const ShiftStatus status = nodes_->Slopes(at[0], at[1], slopes);
   if (!HasResult(status)) return status;
-  const auto frame = TangentFrame::At<simd::Libm>(ellipsoid_.a, ellipsoid_.e2, at[0], at[1], at[2]);
+  const auto frame =
+      TangentFrame::At<simd::Scalar>(ellipsoid_.a, ellipsoid_.e2, at[0], at[1], at[2]);
   const double sign = atTarget ? -1 : 1;
   Matrix3 found = Matrix3::Identity();
   for (int r = 0; r < 3; ++r)

@@ -3,12 +3,13 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
 VerticalSlope::VerticalSlope(const Ellipsoid& ellipsoid, const Parameters& parameters)
     : CoordinateShift(ShiftSpace::geographic), p_(parameters) {
-  const double sinPhi0 = std::sin(p_.latitude0);
+  const double sinPhi0 = Sin(p_.latitude0);
   const double w2 = 1 - ellipsoid.e2 * sinPhi0 * sinPhi0, w = std::sqrt(w2);
   const double rho0 = ellipsoid.a * (1 - ellipsoid.e2) / (w2 * w), nu0 = ellipsoid.a / w;
   metresPerLatitude_ = p_.slopeLatitude * rho0;
@@ -23,7 +24,7 @@ double VerticalSlope::FromPoint(double l) const {
 
 double VerticalSlope::At(double b, double l) const {
   return p_.offset + metresPerLatitude_ * (b - p_.latitude0) +
-         metresPerLongitude_ * FromPoint(l) * std::cos(b);
+         metresPerLongitude_ * FromPoint(l) * Cos(b);
 }
 
 void VerticalSlope::ForwardBlock(double* const (&point)[3], std::size_t count, ShiftStatus*) const {
@@ -36,9 +37,8 @@ void VerticalSlope::InverseBlock(double* const (&point)[3], std::size_t count, S
 
 ShiftStatus VerticalSlope::Differentiate(const double (&source)[3],
                                          double (&jacobian)[3][3]) const {
-  jacobian[2][0] =
-      metresPerLatitude_ - metresPerLongitude_ * FromPoint(source[1]) * std::sin(source[0]);
-  jacobian[2][1] = metresPerLongitude_ * std::cos(source[0]);
+  jacobian[2][0] = metresPerLatitude_ - metresPerLongitude_ * FromPoint(source[1]) * Sin(source[0]);
+  jacobian[2][1] = metresPerLongitude_ * Cos(source[0]);
   return ShiftStatus::converted;
 }
 

@@ -5,25 +5,27 @@
 #include <cstdint>
 
 #include "geomath/simd/kernel.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath::simd {
 
-/// The elementary functions that formulas are written in, in two forms with one interface: `Libm`
-/// for one point at a time and `Polynomial<Target>` for loops over columns, where a formula with
+/// The elementary functions that formulas are written in, in two forms with one interface: `Scalar`
+/// for one point at a time, those of scalar.h, and `Polynomial<Target>` for loops over columns, where a formula with
 /// special cases takes the one that its domain allows (`kColumns`). `Real` is what they compute with:
 /// double here, a number with its derivatives in DualMath.
-struct Libm {
+struct Scalar {
   using Real = double;
   static constexpr bool kColumns = false;
   static void SinCos(double x, double& sine, double& cosine) {
-    sine = std::sin(x);
-    cosine = std::cos(x);
+    const SineCosine pair = geomath::SinCos(x);
+    sine = pair.sin;
+    cosine = pair.cos;
   }
-  static double Atan2(double y, double x) { return std::atan2(y, x); }
-  static double Atan(double x) { return std::atan(x); }
-  static double Log(double x) { return std::log(x); }
-  static double Log1p(double x) { return std::log1p(x); }
-  static double Exp(double x) { return std::exp(x); }
+  static double Atan2(double y, double x) { return geomath::Atan2(y, x); }
+  static double Atan(double x) { return geomath::Atan(x); }
+  static double Log(double x) { return geomath::Log(x); }
+  static double Log1p(double x) { return geomath::Log1p(x); }
+  static double Exp(double x) { return geomath::Exp(x); }
   static double Sqrt(double x) { return std::sqrt(x); }
   static double Abs(double x) { return std::abs(x); }
   static double CopySign(double x, double sign) { return std::copysign(x, sign); }

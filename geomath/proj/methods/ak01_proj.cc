@@ -8,6 +8,7 @@
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols are the source's; its ψ is the isometric latitude, its longitudes count west.
 namespace zel_cs::geomath {
@@ -22,7 +23,7 @@ constexpr double kCentreLon = -(133 + 40.0 / 60) * kRadPerDeg;
 double GeodeticLatitude(double psi) {
   const SinhCosh pair = HyperbolicPair(psi);
   const double s = pair.sinh / pair.cosh, c = 1 / pair.cosh, c2 = c * c;
-  return std::atan(pair.sinh) +
+  return Atan(pair.sinh) +
          (0.006761032571 + c2 * (0.000053172205 + c2 * (5.73027e-7 + c2 * 7.128e-9))) * s * c;
 }
 
@@ -79,7 +80,8 @@ TAK01Proj::Aposphere TAK01Proj::At(double sinPhi, double cosPhi, double lambda) 
   const double x = B_ * IsometricLatitude(sinPhi, cosPhi, e_) + C_;
   const double L = -B_ * (lambda + lon0_ / kArcSecondsPerRad);
   const auto [P, Q] = HyperbolicPair(x);
-  return {P, Q, std::sin(L), std::cos(L)};
+  const auto [sinL, cosL] = SinCos(L);
+  return {P, Q, sinL, cosL};
 }
 
 PointFactors TAK01Proj::FactorsAt(const Aposphere& at, double sinPhi, double cosPhi,
@@ -87,19 +89,19 @@ PointFactors TAK01Proj::FactorsAt(const Aposphere& at, double sinPhi, double cos
   const auto& [P, Q, sinL, cosL] = at;
   const double w = std::sqrt(1 - e_ * e_ * (sinPhi * sinPhi));
   return {.scale = I_ * w * cosU / (cosPhi * cosL),
-          .convergence = std::atan((3 * Q * cosL - 4 * P * sinL - 4 * H_) /
-                                   (4 * Q * cosL + 3 * P * sinL + 3 * H_))};
+          .convergence = Atan((3 * Q * cosL - 4 * P * sinL - 4 * H_) /
+                              (4 * Q * cosL + 3 * P * sinL + 3 * H_))};
 }
 
 bool TAK01Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  const double sinPhi = std::sin(b), cosPhi = std::cos(b);
+  const auto [sinPhi, cosPhi] = SinCos(b);
   const Aposphere at = At(sinPhi, cosPhi, l);
   const auto& [P, Q, sinL, cosL] = at;
-  const double angle = std::atan((G_ * P + F_ * sinL) / cosL);
+  const double angle = Atan((G_ * P + F_ * sinL) / cosL);
   const double side = F_ * P - G_ * sinL;
-  const double u = D_ * angle, v = D_ / 2 * std::log((Q + side) / (Q - side));
+  const double u = D_ * angle, v = D_ / 2 * Log((Q + side) / (Q - side));
 
-  if (factors) *factors = FactorsAt(at, sinPhi, cosPhi, std::cos(angle));
+  if (factors) *factors = FactorsAt(at, sinPhi, cosPhi, Cos(angle));
   b = kCosAxis * u + kSinAxis * v + kFalseNorthing;
   l = kCosAxis * v - kSinAxis * u + kFalseEasting;
   return true;
@@ -109,13 +111,13 @@ bool TAK01Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
   const double y = n - kFalseNorthing, x = e - kFalseEasting;
   const double u = kCosAxis * y - kSinAxis * x, v = kSinAxis * y + kCosAxis * x;
   const auto [R, S] = HyperbolicPair(v / D_);
-  const double sinU = std::sin(u / D_), cosU = std::cos(u / D_);
+  const auto [sinU, cosU] = SinCos(u / D_);
 
   const double side = F_ * R + G_ * sinU;
-  const double phi = GeodeticLatitude((std::log((S + side) / (S - side)) / 2 - C_) / B_);
-  const double lambda = -(lon0_ / kArcSecondsPerRad + std::atan((F_ * sinU - G_ * R) / cosU) / B_);
+  const double phi = GeodeticLatitude((Log((S + side) / (S - side)) / 2 - C_) / B_);
+  const double lambda = -(lon0_ / kArcSecondsPerRad + Atan((F_ * sinU - G_ * R) / cosU) / B_);
   if (factors) {
-    const double sinPhi = std::sin(phi), cosPhi = std::cos(phi);
+    const auto [sinPhi, cosPhi] = SinCos(phi);
     *factors = FactorsAt(At(sinPhi, cosPhi, lambda), sinPhi, cosPhi, cosU);
   }
   n = phi;

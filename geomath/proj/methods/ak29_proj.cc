@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Constants are the source's, of Clarke 1866; its cosine powers stand for sines too, which only
 // holds in the north: here sines are sines. Symbols:
@@ -20,7 +21,8 @@ constexpr double kFeetPerArcSecond = 101.269278503;  // of rectifying latitude, 
 constexpr double kArcSecondPerFoot = 0.00987466302498;
 
 // Scale and convergence at a point `east` 1e6 feet and T 1e4 arc-seconds from the meridian.
-PointFactors FactorsAt(double s, double c, double T, double east) {
+PointFactors FactorsAt(SineCosine phi, double T, double east) {
+  const auto [s, c] = phi;
   const double c2 = c * c, c4 = c2 * c2, T2 = T * T, h = 1 + kClarke1866Ep2 * c2;
   const double gamma = s * T *
                        (1e4 + T2 * (7.83481 * (c2 + 0.02044 * c4 + 9e-5 * (c2 * c4)) +
@@ -53,7 +55,8 @@ bool TAK29Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 }
 
 bool TAK29Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  const double s = std::sin(b), c = std::cos(b), c2 = c * c, c4 = c2 * c2, c6 = c4 * c2;
+  const auto [s, c] = SinCos(b);
+  const double c2 = c * c, c4 = c2 * c2, c6 = c4 * c2;
   const double root = std::sqrt(1 + kClarke1866Ep2 * c2);
   const double T = (l * kArcSecondsPerRad + cm_) / 1e4, T2 = T * T;
 
@@ -67,7 +70,7 @@ bool TAK29Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const 
                            (1 + 1.95870e-4 * T2 * (-1 + 6 * c2 + 0.06133306 * c4 + 1.8577e-4 * c6) +
                             1.5346e-8 * (T2 * T2) * (1 - 60 * c2 + 117.75 * c4 + 4.089 * c6));
 
-  if (factors) *factors = FactorsAt(s, c, T, east / 1e6);
+  if (factors) *factors = FactorsAt({s, c}, T, east / 1e6);
   b = north * kUsSurveyFoot;
   l = (C_ + east) * kUsSurveyFoot;
   return true;
@@ -76,11 +79,13 @@ bool TAK29Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const 
 bool TAK29Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double y = n / kUsSurveyFoot, T = (e / kUsSurveyFoot - C_) / 1e6, T2 = T * T;
   const double omega = (kOriginArc + kArcSecondPerFoot * y) / kArcSecondsPerRad;
-  const double sinW = std::sin(omega), cosW = std::cos(omega), cosW2 = cosW * cosW;
+  const auto [sinW, cosW] = SinCos(omega);
+  const double cosW2 = cosW * cosW;
   const double phiF = omega + (1047.546691 + cosW2 * (6.193011 + cosW2 * 0.050699)) * sinW * cosW /
                                   kArcSecondsPerRad;  // footpoint
 
-  const double s = std::sin(phiF), c = std::cos(phiF), t = s / c;
+  const auto [s, c] = SinCos(phiF);
+  const double t = s / c;
   const double c2 = c * c, c4 = c2 * c2, h = 1 + kClarke1866Ep2 * c2;
   const double dPhi =
       233.9736450 * T2 * (h * h) * t *
@@ -92,7 +97,7 @@ bool TAK29Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
        4.2890624e-8 * (h * h) * (T2 * T2) * (1.054 + 24 / c4 - 20 / c2 - 0.0136 * c2));
 
   const double phi = phiF - dPhi / kArcSecondsPerRad;
-  if (factors) *factors = FactorsAt(std::sin(phi), std::cos(phi), dLambda / 1e4, T);
+  if (factors) *factors = FactorsAt(SinCos(phi), dLambda / 1e4, T);
   n = phi;
   e = (dLambda - cm_) / kArcSecondsPerRad;
   return true;

@@ -8,6 +8,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Snyder 1987.
 namespace zel_cs::geomath {
@@ -63,14 +64,14 @@ void TAlbersEAConicProj::Prepare() {
        .authalic = {e2 / 3 + 31.0 / 180 * e4 + 517.0 / 5040 * e6,  // 3-18
                     23.0 / 360 * e4 + 251.0 / 3780 * e6, 761.0 / 45360 * e6},
        .nearSphere = ConformalLatitude(ell_).ServesColumns()};
-  const auto q = [&f](double s) { return f.AuthalicQ<simd::Libm>(s); };
-  const double sin1 = std::sin(phiS_), sin2 = std::sin(phiN_);
-  const double m1 = ParallelRadius(sin1, std::cos(phiS_), e2);
-  const double m2 = ParallelRadius(sin2, std::cos(phiN_), e2);
+  const auto q = [&f](double s) { return f.AuthalicQ<simd::Scalar>(s); };
+  const double sin1 = Sin(phiS_), sin2 = Sin(phiN_);
+  const double m1 = ParallelRadius(sin1, Cos(phiS_), e2);
+  const double m2 = ParallelRadius(sin2, Cos(phiN_), e2);
   const bool oneParallel = std::abs(phiS_ - phiN_) < kEqualParallels;
   f.n = oneParallel ? sin1 : (m1 * m1 - m2 * m2) / (q(sin2) - q(sin1));  // 14-14
   f.C = m1 * m1 + f.n * q(sin1);                                         // 14-13
-  f.rho0 = ell_.a * std::sqrt(f.C - f.n * q(std::sin(phi0_))) / f.n;     // 14-12a
+  f.rho0 = ell_.a * std::sqrt(f.C - f.n * q(Sin(phi0_))) / f.n;          // 14-12a
   f.qPole = q(1);
 }
 

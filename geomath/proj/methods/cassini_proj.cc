@@ -37,12 +37,12 @@ bool TCassiniProj::GetCentralPoint(double& b0, double& l0, double& db, double& d
 void TCassiniProj::Prepare() { *formulas_ = {{ell_, phi0_, lambda0_, theta_}, 1, fEast_, fNorth_}; }
 
 bool TCassiniProj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  formulas_->Forward<simd::Libm>(b, l);
+  formulas_->Forward<simd::Scalar>(b, l);
   return true;
 }
 
 bool TCassiniProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  formulas_->Inverse<simd::Libm>(n, e);
+  formulas_->Inverse<simd::Scalar>(n, e);
   return true;
 }
 

@@ -1,12 +1,11 @@
 #include "geomath/proj/methods/colombia_proj.h"
 
-#include <cmath>
-
 #include "geomath/base/angle.h"
 #include "geomath/base/curvature.h"
 #include "geomath/proj/methods/formulas/colombia_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -52,16 +51,16 @@ void TColombiaProj::Prepare() {
                 .fEast = fEast_,
                 .fNorth = fNorth_,
                 .rho0 = rho0,
-                .B = std::tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(ell_, phi0_))};
+                .B = Tan(phi0_) / (2 * rho0 * PrimeVerticalRadius(ell_, phi0_))};
 }
 
 bool TColombiaProj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  formulas_->Forward<simd::Libm>(b, l);
+  formulas_->Forward<simd::Scalar>(b, l);
   return true;
 }
 
 bool TColombiaProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  formulas_->Inverse<simd::Libm>(n, e);
+  formulas_->Inverse<simd::Scalar>(n, e);
   return true;
 }
 

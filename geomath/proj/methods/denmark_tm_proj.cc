@@ -8,6 +8,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -76,8 +77,8 @@ void TDenmarkTMProj::Init() {
   std::ranges::copy(utg, f.utg);
 
   f.Qn = k0_ * ell_.a / (1 + n) * (1 + n2 / 4 + n4 / 64);
-  const double Z = phi0_ + f.SumSin2(f.cbg, std::sin(phi0_), std::cos(phi0_));
-  f.Zb = fNorth_ - f.Qn * (Z + f.SumSin2(f.gtu, std::sin(Z), std::cos(Z)));
+  const double Z = phi0_ + f.SumSin2(f.cbg, Sin(phi0_), Cos(phi0_));
+  f.Zb = fNorth_ - f.Qn * (Z + f.SumSin2(f.gtu, Sin(Z), Cos(Z)));
 }
 
 bool TDenmarkTMProj::ProjectPoint(double& b, double& l, PointFactors*) const {

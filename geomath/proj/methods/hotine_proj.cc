@@ -1,11 +1,10 @@
 #include "geomath/proj/methods/hotine_proj.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/formulas/hotine_grid.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -27,12 +26,12 @@ bool HotineProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl)
 }
 
 double HotineProj::EquatorAzimuth() const {
-  return std::atan2(grid_->Projection().sinGamma0, grid_->Projection().cosGamma0);
+  return Atan2(grid_->Projection().sinGamma0, grid_->Projection().cosGamma0);
 }
 
 void HotineProj::Prepare() {
   *grid_ = {{ell_, {azimuth_, k0_, phiC_, lambdaC_}},
-            {std::sin(azimuth_), std::cos(azimuth_), fNorth_, fEast_}};
+            {Sin(azimuth_), Cos(azimuth_), fNorth_, fEast_}};
 }
 
 bool HotineProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {

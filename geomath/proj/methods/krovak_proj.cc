@@ -1,13 +1,12 @@
 #include "geomath/proj/methods/krovak_proj.h"
 
-#include <cmath>
-
 #include "geomath/base/angle.h"
 #include "geomath/proj/internal/direction_codes.h"
 #include "geomath/proj/methods/formulas/krovak_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -79,13 +78,13 @@ bool TKrovakProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl
 
 void TKrovakProj::Prepare() {
   const ConformalSphere sphere(ell_, phi0_);
-  const double n = std::sin(s0_), rho0 = k0_ * sphere.R / std::tan(s0_);
+  const double n = Sin(s0_), rho0 = k0_ * sphere.R / Tan(s0_);
   *formulas_ = {.sphere = sphere,
                 .lambdaC = lambda0_ - dLon_,
-                .sinUq = std::sin(uq_),
-                .cosUq = std::cos(uq_),
+                .sinUq = Sin(uq_),
+                .cosUq = Cos(uq_),
                 .n = n,
-                .coneFactor = rho0 * std::pow(std::tan(s0_ / 2 + kPi / 4), n)};
+                .coneFactor = rho0 * Pow(Tan(s0_ / 2 + kPi / 4), n)};
 }
 
 void TKrovakProj::PrepareLongitude() { formulas_->lambdaC = lambda0_ - dLon_; }

@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols of Claire 1968: S true distance along the meridian from a point to the central parallel,
 // feet, positive south of it; s the same on the map; R map radius, feet; θ angle at the apex;
@@ -19,7 +20,7 @@ constexpr double kClarke1866Feet = 20925832.16;  // semi-major axis
 
 // 1 − cos θ, without loss at small angles.
 double Versine(double theta) {
-  const double half = std::sin(theta / 2);
+  const double half = Sin(theta / 2);
   return 2 * half * half;
 }
 
@@ -74,10 +75,9 @@ double TLC27Proj::Stretch(double S) const {
 }
 
 PointFactors TLC27Proj::FactorsAt(double R, double theta, double phi) const {
-  const double s = std::sin(phi);
-  return {
-      .scale = L6_ * R * std::sqrt(1 - kClarke1866E2 * (s * s)) / (kClarke1866Feet * std::cos(phi)),
-      .convergence = theta};
+  const double s = Sin(phi);
+  return {.scale = L6_ * R * std::sqrt(1 - kClarke1866E2 * (s * s)) / (kClarke1866Feet * Cos(phi)),
+          .convergence = theta};
 }
 
 bool TLC27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
@@ -88,14 +88,14 @@ bool TLC27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const 
 
   if (factors) *factors = FactorsAt(R, theta, phi);
   b = (L4_ - R + R * Versine(theta)) * kUsSurveyFoot;
-  l = (L1_ + R * std::sin(theta)) * kUsSurveyFoot;
+  l = (L1_ + R * Sin(theta)) * kUsSurveyFoot;
   return true;
 }
 
 bool TLC27Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   const double x = e / kUsSurveyFoot, y = n / kUsSurveyFoot;
-  const double theta = std::atan((x - L1_) / (L4_ - y));
-  const double R = (L4_ - y) / std::cos(theta);
+  const double theta = Atan((x - L1_) / (L4_ - y));
+  const double R = (L4_ - y) / Cos(theta);
   const double s = (L4_ - L3_ - y + R * Versine(theta)) / L5_;
   double S = s;
   for (int i = 0; i < kDistanceSteps; ++i) S = s / Stretch(S);

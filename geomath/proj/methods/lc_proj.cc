@@ -7,6 +7,7 @@
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols of Snyder 1987 and here:
 //   φS φN  phiS_ phiN_     standard parallels       ρ  rho    cone radius, metres
@@ -37,11 +38,11 @@ TLCProj::TLCProj(double a, double invF, double southLat, double northLat, double
       fEast_(fEast),
       fNorth_(fNorth),
       k0_(scale),
-      sinS_(std::sin(southLat)),
-      cosS_(std::cos(southLat)),
-      sinN_(std::sin(northLat)),
-      cosN_(std::cos(northLat)),
-      sin0_(std::sin(lat0)) {
+      sinS_(Sin(southLat)),
+      cosS_(Cos(southLat)),
+      sinN_(Sin(northLat)),
+      cosN_(Cos(northLat)),
+      sin0_(Sin(lat0)) {
   TLCProj::Prepare();
 }
 
@@ -52,19 +53,19 @@ bool TLCProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) co
 double TLCProj::ConeConstant() const { return formulas_->cone.n(); }
 
 void TLCProj::RefreshSouth() {
-  sinS_ = std::sin(phiS_);
-  cosS_ = std::cos(phiS_);
+  sinS_ = Sin(phiS_);
+  cosS_ = Cos(phiS_);
   Prepare();
 }
 
 void TLCProj::RefreshNorth() {
-  sinN_ = std::sin(phiN_);
-  cosN_ = std::cos(phiN_);
+  sinN_ = Sin(phiN_);
+  cosN_ = Cos(phiN_);
   Prepare();
 }
 
 void TLCProj::RefreshOrigin() {
-  sin0_ = std::sin(phi0_);
+  sin0_ = Sin(phi0_);
   Prepare();
 }
 
@@ -74,7 +75,7 @@ void TLCProj::Prepare() {
                  .lambda0 = lambda0_,
                  .fEast = fEast_,
                  .fNorth = fNorth_,
-                 .rho0 = cone.Radius(phi0_, std::sin(phi0_))},
+                 .rho0 = cone.Radius(phi0_, Sin(phi0_))},
                 cone.Radius(phi0_, sin0_)};
 }
 

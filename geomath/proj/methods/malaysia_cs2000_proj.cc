@@ -33,12 +33,12 @@ void TMalaysia_CS2000Proj::Prepare() {
 }
 
 bool TMalaysia_CS2000Proj::ProjectPoint(double& b, double& l, PointFactors*) const {
-  formulas_->Forward<simd::Libm>(b, l);
+  formulas_->Forward<simd::Scalar>(b, l);
   return true;
 }
 
 bool TMalaysia_CS2000Proj::UnprojectPoint(double& n, double& e, PointFactors*) const {
-  formulas_->Inverse<simd::Libm>(n, e);
+  formulas_->Inverse<simd::Scalar>(n, e);
   return true;
 }
 

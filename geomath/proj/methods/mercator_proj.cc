@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/formulas/mercator_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Snyder 1987; his scale on the equator is k0_ here.
 namespace zel_cs::geomath {
@@ -45,7 +46,7 @@ bool TMercatorProj::GetCentralPoint(double& b0, double& l0, double& db, double& 
 }
 
 void TMercatorProj::Prepare() {
-  k0_ = ParallelRadius(std::sin(phi0_), std::cos(phi0_), ell_.e2);
+  k0_ = ParallelRadius(Sin(phi0_), Cos(phi0_), ell_.e2);
   *formulas_ = {.latitude = ConformalLatitude(ell_),
                 .lambda0 = lambda0_,
                 .fEast = fEast_,

@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/formulas/lambert_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 

@@ -1,10 +1,9 @@
 #include "geomath/proj/methods/minnesota_om_proj.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/formulas/hotine_grid.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -29,7 +28,7 @@ bool TMinnesota_OMProj::GetCentralPoint(double& b0, double& l0, double& db, doub
 
 void TMinnesota_OMProj::Prepare() {
   *grid_ = {{WorkingEllipsoid(), {obliqueAngle_, WorkingScale(), latOrigin_, lonOrigin_}},
-            {std::sin(obliqueAngle_), std::cos(obliqueAngle_), fNorth_, fEast_}};
+            {Sin(obliqueAngle_), Cos(obliqueAngle_), fNorth_, fEast_}};
 }
 
 bool TMinnesota_OMProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {

@@ -1,11 +1,10 @@
 #include "geomath/proj/methods/mon_spher.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/formulas/mon_spher_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -60,8 +59,8 @@ void TMonSpher::Prepare() {
                 .fNorth = fNorth_,
                 .R = k1_ * k0_ * sphere.R,
                 .chi0 = sphere.Latitude(phi0_),
-                .sinTheta = std::sin(theta_),
-                .cosTheta = std::cos(theta_)};
+                .sinTheta = Sin(theta_),
+                .cosTheta = Cos(theta_)};
 }
 
 bool TMonSpher::ProjectPoint(double& b, double& l, PointFactors* factors) const {

@@ -7,6 +7,7 @@
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -51,13 +52,13 @@ void TNZMGProj::Prepare() { *formulas_ = {ell_.a, phi0_, lambda0_, fEast_, fNort
 
 bool TNZMGProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b;
-  const nzmg::Complex zeta = formulas_->Forward<simd::Libm>(b, l);
+  const nzmg::Complex zeta = formulas_->Forward<simd::Scalar>(b, l);
   if (factors) factors->scale = PointScale(zeta, phi, ell_.e2);
   return true;
 }
 
 bool TNZMGProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  const nzmg::Complex zeta = formulas_->Inverse<simd::Libm>(n, e);
+  const nzmg::Complex zeta = formulas_->Inverse<simd::Scalar>(n, e);
   if (factors) factors->scale = PointScale(zeta, n, ell_.e2);
   return true;
 }

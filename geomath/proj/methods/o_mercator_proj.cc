@@ -28,7 +28,7 @@ bool TOMercatorProj::ProjectPoint(double& b, double& l, PointFactors* factors) c
   const Hotine& hotine = grid_->Projection();
   if (l != hotine.lambda0) return grid_->ForwardPoint(b, l, factors);
 
-  const Hotine::Projected at = hotine.Project<simd::Libm>(b, l);
+  const Hotine::Projected at = hotine.Project<simd::Scalar>(b, l);
   if (factors) factors->scale = hotine.CylinderScale(at.sinPhi, at.cosPhi);
   grid_->ToGrid({0, at.skew.v}, b, l);
   return true;

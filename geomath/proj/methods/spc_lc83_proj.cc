@@ -7,6 +7,7 @@
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Stem 1989 writes the cone with hyperbolic functions and finds the latitude by three Newton steps on
 // its sine; both lead to the numbers of LambertCone. His Rb is the rho0 of its formulas, his Nb fNorth_.

@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Snyder 1987. Symbols there and here:
 //   φ0 λ0  phi0_ lambda0_  origin (his φ1)        χ  chi    conformal latitude
@@ -46,8 +47,7 @@ bool TSterProj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 void TSterProj::Prepare() {
   isPolar_ = std::abs(phi0_) >= kPolarLimit;
   const ConformalLatitude latitude(ell_);
-  const double sin0 = std::sin(phi0_), cos0 = std::cos(phi0_), e = ell_.e,
-               diameter = 2 * ell_.a * k0_;
+  const double sin0 = Sin(phi0_), cos0 = Cos(phi0_), e = ell_.e, diameter = 2 * ell_.a * k0_;
   const SineCosine chi1 = latitude.FromGeodetic(sin0, cos0);
   *oblique_ = {.latitude = latitude,
                .chi1 = chi1,
@@ -58,7 +58,7 @@ void TSterProj::Prepare() {
   *polar_ = {.latitude = latitude,
              .series = ConformalSeries(ell_.e2),
              .sign = isPolar_ && phi0_ < 0 ? -1.0 : 1.0,
-             .polarRadius = diameter / std::sqrt(std::pow(1 + e, 1 + e) * std::pow(1 - e, 1 - e)),
+             .polarRadius = diameter / std::sqrt(Pow(1 + e, 1 + e) * Pow(1 - e, 1 - e)),
              .lambda0 = lambda0_,
              .fEast = fEast_,
              .fNorth = fNorth_};

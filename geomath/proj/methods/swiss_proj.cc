@@ -1,11 +1,10 @@
 #include "geomath/proj/methods/swiss_proj.h"
 
-#include <cmath>
-
 #include "geomath/proj/methods/formulas/swiss_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -49,8 +48,8 @@ void TSwissProj::Prepare() {
                 .lambda0 = lambda0_,
                 .fEast = fEast_,
                 .fNorth = fNorth_,
-                .sinB0 = std::sin(sphere.chi0),
-                .cosB0 = std::cos(sphere.chi0)};
+                .sinB0 = Sin(sphere.chi0),
+                .cosB0 = Cos(sphere.chi0)};
 }
 
 bool TSwissProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {

@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols of Claire 1968: S1, Sm distances from the central meridian on the ellipsoid and on its
 // map of scale 1, metres; Sg the same on the grid, feet; φ1, φ2 footpoint latitudes; ω rectifying
@@ -42,8 +43,8 @@ double W2(double sinPhi) { return 1 - kClarke1866E2 * (sinPhi * sinPhi); }
 
 // What the foot of the perpendicular on the central meridian lies beyond a latitude, arc-seconds.
 double FootpointSeconds(double phi, double Sm) {
-  const double w2 = W2(std::sin(phi));
-  return kFootpoint * (Sm * Sm) * (w2 * w2) * std::tan(phi);
+  const double w2 = W2(Sin(phi));
+  return kFootpoint * (Sm * Sm) * (w2 * w2) * Tan(phi);
 }
 
 }  // namespace
@@ -79,9 +80,9 @@ bool TTM27Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
 }
 
 PointFactors TTM27Proj::FactorsAt(double gridFeet, double delta, double phi, double foot) const {
-  const double c = std::cos(phi), curvature = 1 + kClarke1866Ep2 * (c * c);
+  const double c = Cos(phi), curvature = 1 + kClarke1866Ep2 * (c * c);
   const double x = curvature * gridFeet / (1e6 * L5_);
-  const double mid = (phi + foot) / 2, sinMid = std::sin(mid), cosMid = std::cos(mid);
+  const double mid = (phi + foot) / 2, sinMid = Sin(mid), cosMid = Cos(mid);
   const double seconds =
       delta * (sinMid + kConvergenceCubic * (delta * delta) * sinMid * (cosMid * cosMid));
   return {.scale = L5_ * (1 + x * x / kScaleRadius2), .convergence = seconds / kArcSecondsPerRad};
@@ -89,8 +90,7 @@ PointFactors TTM27Proj::FactorsAt(double gridFeet, double delta, double phi, dou
 
 bool TTM27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
   const double phi = b, delta = l * kArcSecondsPerRad + L2_;
-  const double S1 =
-      kMetresPerArcSecond * std::cos(phi) / std::sqrt(W2(std::sin(phi))) * kArc.Add(delta);
+  const double S1 = kMetresPerArcSecond * Cos(phi) / std::sqrt(W2(Sin(phi))) * kArc.Add(delta);
   const double Sm = kDistance.Add(S1);
   const double Sg = Sm * L5_ / kUsSurveyFoot;
   const double gridFeet = Cubic{L6_, kGridUnit}.Add(Sg);
@@ -111,8 +111,7 @@ bool TTM27Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) cons
   const double foot = LatitudeFromRectifying1927(L34_ + kRectifyingSecondsPerFoot * y / L5_);
   const double phi = foot - FootpointSeconds(foot, Sm) / kArcSecondsPerRad;
   const double S1 = kDistance.Remove(Sm);
-  const double delta =
-      kArc.Remove(S1 * std::sqrt(W2(std::sin(phi))) / (kMetresPerArcSecond * std::cos(phi)));
+  const double delta = kArc.Remove(S1 * std::sqrt(W2(Sin(phi))) / (kMetresPerArcSecond * Cos(phi)));
 
   if (factors) *factors = FactorsAt(gridFeet, delta, phi, foot);
   n = phi;

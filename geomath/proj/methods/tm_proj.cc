@@ -8,6 +8,7 @@
 #include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -65,7 +66,7 @@ void TTMProj::Prepare() {
                 .invAK0 = 1 / (ell_.a * k0_),
                 .m1 = 1 + n + 5.0 / 4 * n2 + 5.0 / 4 * n3,
                 .arc = arc,
-                .arcTerms0 = arc(0.0, std::sin(phi0_), std::cos(phi0_)),
+                .arcTerms0 = arc(0.0, Sin(phi0_), Cos(phi0_)),
                 .maxNorthing = MaxNorthing()};
 }
 
@@ -94,9 +95,9 @@ bool TTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
     for (int i = 0; i < kMaxFootpointCorrections && !at.Settled(); ++i)
       at = f.Corrected(at, at.rest, northing);
   } else {
-    at = f.FirstFootpoint<simd::Libm>(northing);
+    at = f.FirstFootpoint<simd::Scalar>(northing);
     for (int i = 0; i < kMaxFootpointCorrections && !at.Settled(); ++i)
-      at = f.At<simd::Libm>(at.phi + at.rest / f.aK0, northing);
+      at = f.At<simd::Scalar>(at.phi + at.rest / f.aK0, northing);
   }
   f.FromFootpoint(at, n, e);
   return true;

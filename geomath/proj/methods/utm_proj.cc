@@ -8,6 +8,7 @@
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/param_table.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -62,7 +63,7 @@ void TUTMProj::Prepare() {
        .footpoint = series.footpoint,
        .forwardOrigin = 0,
        .inverseOrigin = 0};
-  f.forwardOrigin = f.ForwardArc(phi0_, std::sin(phi0_), std::cos(phi0_));
+  f.forwardOrigin = f.ForwardArc(phi0_, Sin(phi0_), Cos(phi0_));
   f.inverseOrigin = f.rK0 * series.arc(phi0_);
 }
 
@@ -80,7 +81,7 @@ bool TUTMProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const
     if (std::abs(step.latitude) < kMaxSmallAngle)
       AddSmallAngle<-1>(step.latitude, sinPhi, cosPhi);
     else
-      simd::Libm::SinCos(phi, sinPhi, cosPhi);
+      simd::Scalar::SinCos(phi, sinPhi, cosPhi);
     const double L = FoldTurn(deltaLambda) * cosPhi;
     *factors = FactorsAt(phi, deltaLambda, k0_, TmLatitude(sinPhi, cosPhi, ell_.ep2), L);
   }

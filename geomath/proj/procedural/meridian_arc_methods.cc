@@ -4,6 +4,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/latitude.h"
+#include "geomath/simd/scalar.h"
 
 // Symbols of Snyder 1987: ρ rho radius of a parallel's arc, θ theta angle at its centre, M arc of
 // the meridian from the equator, m radius of the parallel over a, n cone constant.
@@ -24,23 +25,23 @@ bool SettleAtPole(double& phi) {
 bool IsPole(double phi) { return std::abs(phi) == kHalfPi; }
 
 double ParallelRadiusAt(double phi, const Ellipsoid& ell) {
-  return ParallelRadius(std::sin(phi), std::cos(phi), ell.e2);
+  return ParallelRadius(Sin(phi), Cos(phi), ell.e2);
 }
 
 }  // namespace
 
 // N = ρ0 − ρ·cos θ without its cancellation.
 void ConcentricArcs::ToPlane(double along, double theta, double& north, double& east) const {
-  const double rho = rho0_ - along, half = std::sin(theta / 2);
+  const double rho = rho0_ - along, half = Sin(theta / 2);
   north = along + 2 * rho * (half * half);
-  east = rho * std::sin(theta);
+  east = rho * Sin(theta);
 }
 
 // ρ0 − ρ = (ρ0² − ρ²)/(ρ0 + ρ), the squares written out.
 ConcentricArcs::Polar ConcentricArcs::FromPlane(double north, double east) const {
   const double side = std::copysign(1.0, rho0_), y = rho0_ - north;
-  const double rho = side * std::hypot(east, y);
-  const double theta = std::atan2(side * east, side * y);
+  const double rho = side * Hypot(east, y);
+  const double theta = Atan2(side * east, side * y);
   const double sum = rho0_ + rho;
   const double along = sum != 0 ? (north * (rho0_ + y) - east * east) / sum : 0;
   return {rho, theta, along};
@@ -53,10 +54,10 @@ Bonne::Bonne(const Ellipsoid& ell, double phi1, const GridOrigin& origin)
       origin_(origin),
       arc1_(series_.Arc(phi1)),
       conic_(phi1 != 0),
-      arcs_(ParallelLength(phi1) / std::sin(phi1)) {}
+      arcs_(ParallelLength(phi1) / Sin(phi1)) {}
 
 double Bonne::ParallelLength(double phi) const {
-  return a_ * ParallelRadius(std::sin(phi), std::cos(phi), e2_);
+  return a_ * ParallelRadius(Sin(phi), Cos(phi), e2_);
 }
 
 bool Bonne::ForwardPoint(double& b, double& l) const {
@@ -95,7 +96,7 @@ EquidistantConic::EquidistantConic(const Ellipsoid& ell, const Cone& cone, const
 
 double EquidistantConic::ConeConstant(const Ellipsoid& ell, const Cone& cone) const {
   const auto& [phi1, phi2, phi0] = cone;
-  if (std::abs(phi1 - phi2) < kOneParallel) return std::sin(phi1);
+  if (std::abs(phi1 - phi2) < kOneParallel) return Sin(phi1);
   const double m1 = ParallelRadiusAt(phi1, ell), m2 = ParallelRadiusAt(phi2, ell);
   return ell.a * (m1 - m2) / (series_.Arc(phi2) - series_.Arc(phi1));
 }

@@ -5,6 +5,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/proj/methods/math/latitude.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Snyder 1987. With the isometric latitude ψ and his t = exp(−ψ), E = exp(C):
 //   H = t1^B, L = t2^B, F = E/H = exp(C + B·ψ1)
@@ -35,19 +36,19 @@ std::optional<HotineGrid> HotineThroughTwoPoints(const Ellipsoid& ell, const Two
   const double turn = apart < -kPi ? -kTwoPi : apart > kPi ? kTwoPi : 0;
   const double lambda2 = line.lambda2 + turn, difference = line.lambda1 - lambda2;
 
-  const double J = std::tanh(C + B * (psi1 + psi2) / 2);  // 9-18
-  const double P = std::tanh(B * (psi1 - psi2) / 2);      // 9-19
-  const double east = std::atan(J * std::tan(B * difference / 2) / P) / B;
+  const double J = Tanh(C + B * (psi1 + psi2) / 2);  // 9-18
+  const double P = Tanh(B * (psi1 - psi2) / 2);      // 9-19
+  const double east = Atan(J * Tan(B * difference / 2) / P) / B;
   hotine.lambda0 = SetValue((line.lambda1 + lambda2) / 2 - east, 1);  // 9-20
 
   const double fromOrigin = SetValue(line.lambda1 - hotine.lambda0, 1);
-  const double gamma0 = std::atan(std::sin(B * fromOrigin) / std::sinh(C + B * psi1));  // 9-21
-  hotine.sinGamma0 = std::sin(gamma0);
-  hotine.cosGamma0 = std::cos(gamma0);
+  const double gamma0 = Atan(Sin(B * fromOrigin) / Sinh(C + B * psi1));  // 9-21
+  hotine.sinGamma0 = Sin(gamma0);
+  hotine.cosGamma0 = Cos(gamma0);
 
   // The azimuth at the centre; D = cosh of the centre's argument. A centre north of the line's
   // turning point counts as that point.
-  const double D = std::cosh(C + B * latitude.Isometric(line.phiC));
+  const double D = Cosh(C + B * latitude.Isometric(line.phiC));
   const double sinTurn = std::clamp(D * hotine.sinGamma0, -1.0, 1.0);  // 9-22
   const double cosTurn = std::sqrt((1 - sinTurn) * (1 + sinTurn));
   return HotineGrid(hotine, {sinTurn, cosTurn, line.fNorth, line.fEast});

@@ -7,6 +7,7 @@
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -28,7 +29,7 @@ struct AlbersFormulas {
     using Real = typename Math::Real;
     Real arc = ArtanhOverE(s, e2);
     if constexpr (!Math::kColumns)
-      if (!nearSphere) arc = e > 0 ? std::atanh(e * s) / e : s;
+      if (!nearSphere) arc = e > 0 ? Atanh(e * s) / e : s;
     return (1 - e2) * (s / (1 - e2 * (s * s)) + arc);
   }
 
@@ -115,9 +116,9 @@ struct AlbersFormulas {
       return true;
     }
     if (!(std::abs(q) < qPole)) return false;
-    phi = FirstLatitude<simd::Libm>(q);
+    phi = FirstLatitude<simd::Scalar>(q);
     for (int i = 0; i < kMaxLatitudeSteps; ++i) {
-      const Latitude next = NewtonStep<simd::Libm>(q, phi);
+      const Latitude next = NewtonStep<simd::Scalar>(q, phi);
       phi = next.phi;
       if (std::abs(next.northward) < kLatitudeTolerance) return true;
     }

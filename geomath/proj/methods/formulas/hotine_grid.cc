@@ -2,6 +2,7 @@
 
 #include "geomath/proj/geo_proj.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 

@@ -15,19 +15,19 @@
 namespace zel_cs::geomath {
 
 /// A single point in the functions that the columns use, so that it gives the batch's bits; outside
-/// their domain in those of the standard library. For formulas where a unit in the last place of a
+/// their domain in those of one number. For formulas where a unit in the last place of a
 /// function is more than the nanometre that a batch may differ by, or moves a stop rule. Returns
 /// what the formulas return.
 template <class Formulas>
 auto ForwardOne(const Formulas& formulas, double& b, double& l) {
   if (formulas.ServesForward(b, l)) return formulas.template Forward<simd::BatchMath>(b, l);
-  return formulas.template Forward<simd::Libm>(b, l);
+  return formulas.template Forward<simd::Scalar>(b, l);
 }
 
 template <class Formulas>
 auto InverseOne(const Formulas& formulas, double& n, double& e) {
   if (formulas.ServesInverse(n, e)) return formulas.template Inverse<simd::BatchMath>(n, e);
-  return formulas.template Inverse<simd::Libm>(n, e);
+  return formulas.template Inverse<simd::Scalar>(n, e);
 }
 
 /// Sine and cosine of an angle for the factors of a single point, likewise.
@@ -36,7 +36,7 @@ inline SineCosine SineCosineOne(double angle) {
   if (std::abs(angle) < simd::kMaxAngle)
     simd::BatchMath::SinCos(angle, result.sin, result.cos);
   else
-    simd::Libm::SinCos(angle, result.sin, result.cos);
+    simd::Scalar::SinCos(angle, result.sin, result.cos);
   return result;
 }
 

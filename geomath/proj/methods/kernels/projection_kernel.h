@@ -14,7 +14,7 @@ namespace zel_cs::geomath {
 ///   template <class Math> … Forward(double& b, double& l) const;
 ///   template <class Math> … Inverse(double& n, double& e) const;
 ///   bool ServesForward(double b, double l) const, bool ServesInverse(double n, double e) const;
-/// the same statements that its ForwardPoint and InversePoint run with Math = simd::Libm. The last
+/// the same statements that its ForwardPoint and InversePoint run with Math = simd::Scalar. The last
 /// two tell for which points the columns hold; they are false for NaN.
 /// Every Formulas is instantiated in a kernel source of its own.
 template <class Formulas>

@@ -1,6 +1,6 @@
 #include "geomath/proj/methods/math/cassini.h"
 
-#include <cmath>
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -11,7 +11,7 @@ CassiniSoldner::CassiniSoldner(const Ellipsoid& ell, double lat0, double lon0, d
       lambda0_(lon0),
       meridian_(ell),
       m0_(meridian_.Arc(lat0)),
-      sinTheta_(std::sin(axisAzimuth)),
-      cosTheta_(std::cos(axisAzimuth)) {}
+      sinTheta_(Sin(axisAzimuth)),
+      cosTheta_(Cos(axisAzimuth)) {}
 
 }  // namespace zel_cs::geomath

@@ -33,7 +33,7 @@ class CassiniSoldner {
   CassiniSoldner(const Ellipsoid& ell, double lat0, double lon0, double axisAzimuth);
 
   /// The longitude difference is folded into [−π, π].
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE PlaneOf<typename Math::Real> Forward(typename Math::Real phi,
                                                       typename Math::Real lambda) const {
     using Real = typename Math::Real;
@@ -50,7 +50,7 @@ class CassiniSoldner {
   }
 
   /// The longitude is not folded.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE Geographic Inverse(double north, double east) const {
     const double x = east * cosTheta_ - north * sinTheta_;
     const double phi1 = meridian_.footpoint.Evaluate<Math>(Rectifying(north, east));

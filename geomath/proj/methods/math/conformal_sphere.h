@@ -18,7 +18,7 @@ class ConformalSphere {
   GEOMATH_INLINE bool ServesColumns() const { return latitude_.ServesColumns(); }
 
   /// Sine and cosine of the spherical latitude χ of the geodetic latitude φ.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE SineCosineOf<typename Math::Real> Latitude(typename Math::Real sinPhi,
                                                             typename Math::Real cosPhi) const {
     return Gudermannian<Math>(alpha * latitude_.Isometric<Math>(sinPhi, cosPhi) + K);
@@ -28,7 +28,7 @@ class ConformalSphere {
   /// The geodetic latitude of the spherical latitude χ, both radians; ±π/2 for ±π/2.
   double Geodetic(double chi) const;
   /// The same from sine and cosine, which may carry a common positive rounding factor.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE double Geodetic(SineCosine chi) const {
     return latitude_.FromIsometric<Math>(Isometric<Math>(chi));
   }

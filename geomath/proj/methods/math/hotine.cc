@@ -2,6 +2,8 @@
 
 #include <cmath>
 
+#include "geomath/simd/scalar.h"
+
 namespace zel_cs::geomath {
 namespace {
 
@@ -10,8 +12,8 @@ constexpr double kRightAngle = 1e-15;  // how close |sin α| comes to 1 for an a
 }  // namespace
 
 Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e2_(ell.e2), latitude_(ell) {
-  const double sinC = std::sin(line.phiC), cosC = std::cos(line.phiC);
-  const double sinA = std::sin(line.azimuth), cosA = std::cos(line.azimuth);
+  const auto [sinC, cosC] = SinCos(line.phiC);
+  const auto [sinA, cosA] = SinCos(line.azimuth);
   const double w2 = 1 - e2_ * (sinC * sinC), cos2 = cosC * cosC;
   const double axes = std::sqrt(1 - e2_);
 
@@ -22,13 +24,13 @@ Hotine::Hotine(const Ellipsoid& ell, const Line& line) : a_(ell.a), e2_(ell.e2),
   // D² − 1 = (1 − e²)·tan²φc/(1 − e²·sin²φc), so that D is never below 1.
   const double G = axes * sinC / (cosC * std::sqrt(w2));
   const double D = std::sqrt(1 + G * G);
-  C = std::asinh(G) - B * latitude_.Isometric(sinC, cosC);  // 9-36
-  sinGamma0 = sinA / D;                                     // 9-37
+  C = Asinh(G) - B * latitude_.Isometric(sinC, cosC);  // 9-36
+  sinGamma0 = sinA / D;                                // 9-37
   cosGamma0 = std::sqrt(G * G + cosA * cosA) / D;
 
   // asin(G·tan γ0), 9-38. Kept: at azimuth ±90° it counts as +π/2 whatever the hemisphere.
   const bool rightAngle = std::abs(std::abs(sinA) - 1) < kRightAngle;
-  const double toOrigin = rightAngle ? kHalfPi : std::atan2(G * sinA, D * std::abs(cosA));
+  const double toOrigin = rightAngle ? kHalfPi : Atan2(G * sinA, D * std::abs(cosA));
   lambda0 = line.lambdaC - toOrigin / B;
 }
 

@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 // Equation numbers are Snyder 1987. His t(φ) is exp(−ψ(φ)); ψ is odd in φ and keeps its digits at
 // the equator and near both poles, where a tangent of π/4 − φ/2 loses them.
@@ -13,10 +14,13 @@ namespace {
 // −ln t(φ), 15-9, with the sine of the eccentric term given apart; infinite at the poles.
 double IsometricOf(double phi, double sinPhi, double e) {
   if (std::abs(phi) == kHalfPi) return std::copysign(std::numeric_limits<double>::infinity(), phi);
-  return IsometricLatitude(phi, 0) - e * std::atanh(e * sinPhi);
+  return IsometricLatitude(phi, 0) - e * Atanh(e * sinPhi);
 }
 
-LambertCone::Parallel ParallelAt(double phi) { return {phi, std::sin(phi), std::cos(phi)}; }
+LambertCone::Parallel ParallelAt(double phi) {
+  const auto [sinPhi, cosPhi] = SinCos(phi);
+  return {phi, sinPhi, cosPhi};
+}
 
 }  // namespace
 
@@ -28,9 +32,9 @@ LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Para
   if (north.phi != south.phi) {
     const double mS = ParallelRadius(south.sinPhi, south.cosPhi, e2_);
     const double psiS = IsometricOf(south.phi, south.sinPhi, e_);
-    n_ = (std::log(mN) - std::log(mS)) / (psiS - psiN);  // 15-8
+    n_ = (Log(mN) - Log(mS)) / (psiS - psiN);  // 15-8
   }
-  aF_ = a_ * mN / n_ * std::exp(n_ * psiN) * k0;  // 15-10
+  aF_ = a_ * mN / n_ * Exp(n_ * psiN) * k0;  // 15-10
 
   constexpr double kLeastRadius = 1, kLargestRadius = 1e20;  // metres
   const double radius = std::abs(aF_);
@@ -41,10 +45,10 @@ LambertCone::LambertCone(const Ellipsoid& ell, const Parallel& south, const Para
 LambertCone::LambertCone(const Ellipsoid& ell, double southLat, double northLat, double k0)
     : LambertCone(ell, ParallelAt(southLat), ParallelAt(northLat), k0) {}
 
-double LambertCone::Radius(double phi) const { return Radius(phi, std::sin(phi)); }
+double LambertCone::Radius(double phi) const { return Radius(phi, Sin(phi)); }
 
 double LambertCone::Radius(double phi, double sinPhi) const {
-  return aF_ * std::exp(-n_ * IsometricOf(phi, sinPhi, e_));  // 15-7a
+  return aF_ * Exp(-n_ * IsometricOf(phi, sinPhi, e_));  // 15-7a
 }
 
 double LambertCone::Scale(double rho, double sinPhi, double cosPhi) const {

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "geomath/base/angle.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -15,11 +16,12 @@ constexpr int kLatitudeSteps = 20;
 }  // namespace
 
 double IsometricLatitude(double sinPhi, double cosPhi, double e) {
-  return std::asinh(sinPhi / cosPhi) - e * std::atanh(e * sinPhi);
+  return Asinh(sinPhi / cosPhi) - e * Atanh(e * sinPhi);
 }
 
 double IsometricLatitude(double phi, double e) {
-  return IsometricLatitude(std::sin(phi), std::cos(phi), e);
+  const auto [sinPhi, cosPhi] = SinCos(phi);
+  return IsometricLatitude(sinPhi, cosPhi, e);
 }
 
 ConformalLatitude::ConformalLatitude(const Ellipsoid& ell)
@@ -37,15 +39,16 @@ ConformalLatitude::ConformalLatitude(const Ellipsoid& ell)
   toGeodetic_[5] = 601676.0 / 22275 * n6;
 }
 
-double ConformalLatitude::FlatExcess(double s) const { return e_ * std::atanh(e_ * s); }
+double ConformalLatitude::FlatExcess(double s) const { return e_ * Atanh(e_ * s); }
 
 double ConformalLatitude::Isometric(double phi) const {
-  return Isometric(std::sin(phi), std::cos(phi));
+  const auto [sinPhi, cosPhi] = SinCos(phi);
+  return Isometric(sinPhi, cosPhi);
 }
 
 // tan(π/4 + φ/2) ← tan(π/4 + χ/2)·exp(e·artanh(e·sin φ)), the addition theorem once more.
 SineCosine ConformalLatitude::FixedPointStep(SineCosine chi, double sinPhi) const {
-  const double T = TanhExcess<simd::Libm>(sinPhi);
+  const double T = TanhExcess<simd::Scalar>(sinPhi);
   const double divisor = 1 + T * chi.sin;
   return {(chi.sin + T) / divisor, chi.cos * std::sqrt(1 - T * T) / divisor};
 }
@@ -53,21 +56,21 @@ SineCosine ConformalLatitude::FixedPointStep(SineCosine chi, double sinPhi) cons
 double ConformalLatitude::FlatToGeodetic(SineCosine chi) const {
   SineCosine phi = chi;
   for (int i = 0; i < kLatitudeSteps; ++i) phi = FixedPointStep(chi, phi.sin);
-  return std::atan2(phi.sin, phi.cos);
+  return Atan2(phi.sin, phi.cos);
 }
 
 bool ConformalLatitude::FromIsometric(double psi, double tolerance, int maxSteps,
                                       double& phi) const {
-  const SineCosine chi = Gudermannian<simd::Libm>(psi);
+  const SineCosine chi = Gudermannian<simd::Scalar>(psi);
   if (nearSphere_) {
     phi = ToGeodetic(chi);
     return true;
   }
-  phi = std::atan2(chi.sin, chi.cos);
+  phi = Atan2(chi.sin, chi.cos);
   for (int i = 0; i < maxSteps; ++i) {
-    const SineCosine next = FixedPointStep(chi, std::sin(phi));
+    const SineCosine next = FixedPointStep(chi, Sin(phi));
     const double previous = phi;
-    phi = std::atan2(next.sin, next.cos);
+    phi = Atan2(next.sin, next.cos);
     const double change = phi - previous;
     if (std::abs(change) <= tolerance) return true;
   }

@@ -7,6 +7,7 @@
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
 
@@ -18,13 +19,6 @@ double IsometricLatitude(double phi, double e);
 
 /// Whether a latitude is a number from pole to pole.
 inline bool IsLatitude(double phi) { return std::abs(phi) <= kHalfPi; }
-
-/// Sine and cosine of one angle.
-template <class Real>
-struct SineCosineOf {
-  Real sin, cos;
-};
-using SineCosine = SineCosineOf<double>;
 
 /// Isometric latitude on the sphere, ψ = artanh(sin χ), of a latitude χ in [−π/2, π/2]. Sine and
 /// cosine may carry a common rounding factor. Absolute accuracy near the equator is that of one.
@@ -72,7 +66,7 @@ class ConformalLatitude {
   GEOMATH_INLINE bool ServesColumns() const { return nearSphere_; }
 
   /// Isometric latitude of a geodetic one.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE typename Math::Real Isometric(typename Math::Real sinPhi,
                                                typename Math::Real cosPhi) const {
     return SphericalIsometric<Math>({sinPhi, cosPhi}) - Excess<Math>(sinPhi);
@@ -80,7 +74,7 @@ class ConformalLatitude {
   double Isometric(double phi) const;
 
   /// Conformal latitude of a geodetic one.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE SineCosineOf<typename Math::Real> FromGeodetic(typename Math::Real sinPhi,
                                                                 typename Math::Real cosPhi) const {
     using Real = typename Math::Real;
@@ -99,7 +93,7 @@ class ConformalLatitude {
   /// error 140-fold, so that the 10 or 20 steps of the classical methods end there as well: after
   /// k steps from φ = χ the error is below e²·(e²/(1 − e²))^k. On flatter figures those 20 steps
   /// are made.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE double ToGeodetic(SineCosine chi) const {
     if constexpr (!Math::kColumns)
       if (!nearSphere_) return FlatToGeodetic(chi);
@@ -108,7 +102,7 @@ class ConformalLatitude {
   }
 
   /// Geodetic latitude of an isometric one; ±π/2 for ±∞.
-  template <class Math = simd::Libm>
+  template <class Math = simd::Scalar>
   GEOMATH_INLINE double FromIsometric(double psi) const {
     return ToGeodetic<Math>(Gudermannian<Math>(psi));
   }
@@ -134,7 +128,7 @@ class ConformalLatitude {
   GEOMATH_INLINE typename Math::Real TanhExcess(typename Math::Real s) const {
     using Real = typename Math::Real;
     if constexpr (!Math::kColumns)
-      if (!nearSphere_) return std::tanh(FlatExcess(s));
+      if (!nearSphere_) return Tanh(FlatExcess(s));
     const Real x = Excess<Math>(s), x2 = x * x;
     return x * (1 - x2 * (1.0 / 3 - x2 * (2.0 / 15 - x2 * (17.0 / 315))));
   }

@@ -11,7 +11,7 @@ class CosinePowerSeries {
  public:
   CosinePowerSeries() = default;
   CosinePowerSeries(double c2, double c4, double c6, double c8);
-  double operator()(double x) const { return Evaluate<simd::Libm>(x); }
+  double operator()(double x) const { return Evaluate<simd::Scalar>(x); }
   /// The same where sine and cosine of x are known.
   template <class Real>
   GEOMATH_INLINE Real operator()(Real x, Real sinX, Real cosX) const {

@@ -19,7 +19,7 @@ StemTransverseMercator::Plane StemTransverseMercator::Forward(double phi, double
                                                               PointFactors* factors) const {
   const auto [plane, at, L] = std::abs(phi) < simd::kMaxAngle
                                   ? Project<simd::BatchMath>(phi, deltaLambda)
-                                  : Project<simd::Libm>(phi, deltaLambda);
+                                  : Project<simd::Scalar>(phi, deltaLambda);
   if (factors) *factors = {.scale = k0_ * TmScale(at, L), .convergence = TmConvergence(at, L)};
   return plane;
 }
@@ -28,7 +28,7 @@ StemTransverseMercator::Geographic StemTransverseMercator::Inverse(double north,
                                                                    PointFactors* factors) const {
   const auto [geographic, at, Q] = std::abs(Rectifying(north)) < simd::kMaxAngle
                                        ? Unproject<simd::BatchMath>(north, east)
-                                       : Unproject<simd::Libm>(north, east);
+                                       : Unproject<simd::Scalar>(north, east);
   if (factors) {
     *factors = {.scale = k0_ * TmScaleFromFootpoint(at, Q),
                 .convergence = TmConvergenceFromFootpoint(at, Q)};

@@ -1,0 +1,79 @@
+#!/usr/bin/env bash
+# scripts/test_platforms.sh [POINTS [PLATFORM...]]: builds the library for other machines and compares
+# the digests of its batches (tests/digests) with the committed ones, POINTS for each conversion:
+# 10000000, 1000000, or 65536 for a quick look. Platforms: native windows wasm aarch64 s390x; all by
+# default. Without POINTS ten million, one million where the processor is emulated.
+# Installs cross compilers and what runs their programs. Not part of scripts/test.sh; stops after
+# GEOMATH_MINUTES (40).
+set -euo pipefail
+cd "$(dirname "$0")/.."
+source scripts/packages.sh
+
+points=${1:-}
+shift || true
+platforms=("$@")
+[ ${#platforms[@]} -gt 0 ] || platforms=(native windows wasm aarch64 s390x)
+deadline=$((SECONDS + ${GEOMATH_MINUTES:-40} * 60))
+command -v ccache >/dev/null && export CMAKE_CXX_COMPILER_LAUNCHER=ccache
+ensure_packages "${build_packages[@]}"
+
+# build PLATFORM COMPILER_FLAGS CMAKE_ARGUMENT...: the static library and the program of digests
+build() {
+  local folder=build/platforms/$1 flags=$2 compiler
+  shift 2
+  cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" >"$folder.log"
+  cmake --build "$folder" --target geomath >>"$folder.log"
+  compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$folder/CMakeCache.txt")
+  # shellcheck disable=SC2086
+  "$compiler" -std=c++20 -O2 -ffp-contract=off -DGEOMATH_STATIC -I. $flags tests/digests/*.cc \
+    "$folder/geomath/libgeomath.a" -o "$folder/digests"
+}
+
+# compare PLATFORM COMMAND...: by the committed digests, in the time that is left
+compare() {
+  local platform=$1 number=${points:-10000000}
+  shift
+  case $1 in qemu-*) number=${points:-1000000} ;; esac
+  local left=$((deadline - SECONDS)) status=0
+  timeout "$((left > 0 ? left : 1))" \
+    tests/digests/compare.sh "tests/digests/digests_$number.txt" "$number" "$@" || status=$?
+  case $status in
+    0) echo "$platform: the same bits in $number points" ;;
+    77) echo "$platform: skipped, this machine has it not" ;;
+    124) echo "$platform: no time left" >&2; failed=1 ;;
+    *) echo "$platform: NOT the same bits" >&2; failed=1 ;;
+  esac
+}
+
+failed=0
+mkdir -p build/platforms
+for platform in "${platforms[@]}"; do
+  program=build/platforms/$platform/digests
+  case $platform in
+    native)
+      build native ""
+      for set in baseline avx2 avx512; do
+        compare "$platform $set" env GEOMATH_INSTRUCTION_SET="$set" "$program"
+      done ;;
+    aarch64 | s390x)
+      ensure_packages "g++-$platform-linux-gnu" qemu-user
+      build "$platform" -static -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR="$platform" \
+        -DCMAKE_CXX_COMPILER="$platform-linux-gnu-g++"
+      compare "$platform" "qemu-$platform" "$program" ;;
+    windows)
+      ensure_packages g++-mingw-w64-x86-64-posix wine64
+      build windows -static -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR=AMD64 \
+        -DCMAKE_CXX_COMPILER=x86_64-w64-mingw32-g++-posix
+      wine=$(command -v wine64 || command -v wine || echo /usr/lib/wine/wine64)
+      compare windows env WINEDEBUG=-all "$wine" "$program.exe" ;;
+    wasm)
+      ensure_packages "${js_packages[@]}"
+      command -v node >/dev/null || ensure_packages nodejs
+      build wasm "--target=wasm32-wasi -fwasm-exceptions -Wl,-z,stack-size=1048576 -lc++ -lc++abi -lunwind" \
+        -DCMAKE_TOOLCHAIN_FILE=js/cmake/wasm.cmake
+      compare wasm node --no-warnings --experimental-wasi-unstable-preview1 \
+        tests/digests/run_wasm.mjs "$program" ;;
+    *) echo "Unknown platform: $platform" >&2; exit 2 ;;
+  esac
+done
+exit "$failed"
