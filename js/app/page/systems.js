@@ -6,6 +6,7 @@ import { NumberReader } from "./numbers.js";
 
 const kList = "systems.json.gz";
 const kGzip = 0x1f;
+const kSigns = { foot: "ft", "US survey foot": "US ft" };
 const kWholeEarth = 360 * 180; // square degrees
 
 /** { version, countries, systems }, a system { code, name, place, countries, file, notes }: the file is a system file. */
@@ -107,7 +108,8 @@ export class System {
     const sign = (key, metres) => {
       const given = this.document.units?.[key];
       if (metres === 1) return "m";
-      return typeof given === "string" ? given : given?.name ?? `× ${metres} m`;
+      const name = typeof given === "string" ? given : given?.name ?? `× ${metres} m`;
+      return kSigns[name] ?? name;
     };
     return { plane: sign("grid", this.chain.unit), height: sign("height", this.chain.heightUnit) };
   }
