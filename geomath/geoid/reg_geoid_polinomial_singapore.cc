@@ -24,7 +24,7 @@ double HeightAt(const Block& c, double x, double y) {
   const double w2 = w * w, w6 = w2 * w2 * w2;
   const double height =
       c[16] + c[17] * w + c[18] * u + c[19] * w2 + c[20] * (u * u) + c[21] * w6 * u;
-  const bool inside = (x >= c[8]) & (x <= c[9]) & (y >= c[10]) & (y <= c[11]);
+  const bool inside = x >= c[8] && x <= c[9] && y >= c[10] && y <= c[11];
   return inside ? height : kNoHeight;
 }
 
