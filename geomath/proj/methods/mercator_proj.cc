@@ -54,23 +54,22 @@ void TMercatorProj::Prepare() {
                 .aK0 = ell_.a * k0_};
 }
 
-PointFactors TMercatorProj::FactorsAt(double phi) const {
-  const auto [sinPhi, cosPhi] = SineCosineOne(phi);
+PointFactors TMercatorProj::FactorsAt(double sinPhi, double cosPhi) const {
   return {.scale = k0_ / ParallelRadius(sinPhi, cosPhi, ell_.e2), .convergence = 0};  // 7-8
 }
 
 bool TMercatorProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b;
-  if (!(std::abs(phi) < kHalfPi)) return false;
-
-  ForwardOne(*formulas_, b, l);
-  if (factors) *factors = FactorsAt(phi);
+  if (!(std::abs(b) < kHalfPi)) return false;
+  const auto [sinPhi, cosPhi] = ForwardOne(*formulas_, b, l);
+  if (factors) *factors = FactorsAt(sinPhi, cosPhi);
   return true;
 }
 
 bool TMercatorProj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
   InverseOne(*formulas_, n, e);
-  if (factors) *factors = FactorsAt(n);
+  if (!factors) return true;
+  const auto [sinPhi, cosPhi] = SineCosineOne(n);
+  *factors = FactorsAt(sinPhi, cosPhi);
   return true;
 }
 

@@ -46,7 +46,7 @@ class GEOMATH_API TMercatorProj : public TGeoProj {
   FormulaView Formulas() const override;
 
  private:
-  PointFactors FactorsAt(double phi) const;
+  PointFactors FactorsAt(double sinPhi, double cosPhi) const;
   static const ParamRow kParams[];
 
   double lambda0_, phi0_, fEast_, fNorth_;

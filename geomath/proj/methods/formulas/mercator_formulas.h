@@ -15,13 +15,15 @@ struct MercatorFormulas {
   double lambda0, fEast, fNorth;
   double aK0;  // radius of the equator on the map, metres
 
+  /// Returns what the factors follow from.
   template <class Math>
-  GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
-    using Real = typename Math::Real;
-    Real s, c;
-    Math::SinCos(b, s, c);
-    b = fNorth + aK0 * latitude.Isometric<Math>(s, c);  // 7-7
-    l = fEast + aK0 * FoldTurn(l - lambda0);            // 7-6
+  GEOMATH_INLINE SineCosineOf<typename Math::Real> Forward(typename Math::Real& b,
+                                                           typename Math::Real& l) const {
+    SineCosineOf<typename Math::Real> phi;
+    Math::SinCos(b, phi.sin, phi.cos);
+    b = fNorth + aK0 * latitude.Isometric<Math>(phi.sin, phi.cos);  // 7-7
+    l = fEast + aK0 * FoldTurn(l - lambda0);                        // 7-6
+    return phi;
   }
 
   template <class Math>
