@@ -7,6 +7,7 @@
 #include <utility>
 
 #include "bench/measure.h"
+#include "bench/measure_covariance.h"
 #include "geomath/geomath.h"
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
@@ -385,6 +386,22 @@ void RegisterChain(const std::string& row, const CoordinateChain& chain, const C
 #endif
 }
 
+// Positions through a datum alone and further, and a site and a ground system on a plane of their own.
+void RegisterSigma() {
+  static const TMercatorProj plane(kWgs84A, kWgs84InvF, 0, 0, 0, 0);
+  const auto datum = std::make_shared<CoordinateChain>(&Wgs84(), &GreatBritain(), nullptr);
+  const auto site = std::make_shared<CoordinateChain>(nullptr, nullptr, &plane);
+  const auto ground = std::make_shared<CoordinateChain>(*site);
+  site->SetLocalization(&Site());
+  ground->SetGround(&Ground());
+  RegisterCovariances("seven parameters", datum, Mainland());
+  RegisterCovariances("site", site, Mainland());
+  RegisterCovariances("ground", ground, Mainland());
+  RegisterCovariances("whole chain", std::make_shared<CoordinateChain>(NationalGrid()), Mainland());
+  RegisterCovariances("chain with site", std::make_shared<CoordinateChain>(SiteSystem()),
+                      Mainland());
+}
+
 const bool registered = [] {
   RegisterCopy("copy of three columns/batch", Geodetic());
   RegisterEllipsoid();
@@ -394,6 +411,7 @@ const bool registered = [] {
   RegisterChain("whole chain", NationalGrid(), MainlandGrid(), "");
   RegisterChain("chain with site", SiteSystem(), MainlandSite(),
                 " +step " + SiteAffine() + " +step " + GroundAffine());
+  RegisterSigma();
   return true;
 }();
 

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "bench/measure.h"
+#include "bench/measure_covariance.h"
 #include "geomath/geomath.h"
 #include "tests/support/reference_data.h"
 #ifdef GEOMATH_HAVE_FILES
@@ -95,14 +96,22 @@ void RegisterPeer(const std::string& name, const std::string& definition, const 
 }
 #endif
 
+void RegisterSigma(const std::string& name, const CoordinateShift& shift, const Columns& points) {
+  const auto chain = std::make_shared<CoordinateChain>(&Grs80(), nullptr, nullptr);
+  chain->AddShift(ShiftPlace::beforeDatum, {&shift});
+  RegisterCovariances(name, chain, points, kDate);
+}
+
 void RegisterFrames() {
   static const auto change =
       FrameChange::Make(ReferenceFrame::itrf2014, ReferenceFrame::nad83CsrsV7);
-  const Columns points = Geocentric(SpreadPoints({0.5, -2.2, 0.0}, {1.1, -1.0, 2000.0}));
+  const Columns geographic = SpreadPoints({0.5, -2.2, 0.0}, {1.1, -1.0, 2000.0});
+  const Columns points = Geocentric(geographic);
   RegisterCopy("copy of triples/batch", points);
   RegisterOurs("14 parameters forward", *change, points, true);
   RegisterOurs("14 parameters inverse", *change, points, false);
   RegisterEach("14 parameters, a date each", *change, points);
+  RegisterSigma("14 parameters", *change, geographic);
 #ifdef GEOMATH_HAVE_PROJ
   const std::string set =
       "+proj=helmert +x=1.0053 +y=-1.9092 +z=-0.5416 +rx=-0.0267814 +ry=0.0004203 +rz=-0.0109321"
@@ -123,6 +132,7 @@ void RegisterVelocities() {
   RegisterOurs("velocity grid, random", *grid, spread, true);
   RegisterOurs("velocity grid, sorted", *grid, sorted, true);
   RegisterOurs("velocity grid inverse, sorted", *grid, sorted, false);
+  RegisterSigma("velocity grid", *grid, random);
 #ifdef GEOMATH_HAVE_PROJ
   const std::string definition =
       "+proj=deformation +ellps=GRS80 +t_epoch=2000 +grids=" + file.string();
@@ -140,6 +150,7 @@ void RegisterDeformation() {
   RegisterOurs("deformation model forward", *model, points, true);
   RegisterOurs("deformation model inverse", *model, points, false);
   RegisterEach("deformation model, a date each", *model, points);
+  RegisterSigma("deformation model", *model, points);
 #ifdef GEOMATH_HAVE_PROJ
   const std::string definition = "+proj=defmodel +ellps=GRS80 +model=" + file.string();
   const std::string folder = file.parent_path().string();

@@ -15,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-#include "bench/peers.h"
+#include "bench/measure_covariance.h"
 #include "geomath/geomath.h"
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
@@ -224,15 +224,21 @@ const Columns& GridPlaces() {
   return points;
 }
 
-/// Heights at GridPlaces, `together` points a call.
 template <class Interpolator>
-void Grid(benchmark::State& state, std::size_t together) {
-  const double step = kStep * kRadPerDeg;
-  const Interpolator model(
+const Interpolator& GridModel() {
+  constexpr double step = kStep * kRadPerDeg;
+  static const Interpolator model(
       {{kSouth * kRadPerDeg, (kRows - 1) * step, kWest * kRadPerDeg, (kGridColumns - 1) * step},
        step,
        step},
       kGridColumns, kRows, Nodes().data(), 0, L"", L"");
+  return model;
+}
+
+/// Heights at GridPlaces, `together` points a call.
+template <class Interpolator>
+void Grid(benchmark::State& state, std::size_t together) {
+  const Interpolator& model = GridModel<Interpolator>();
   std::vector<TAbstractPoint3<double>> points;
   for (std::size_t i = 0; i < kBenchPoints; ++i)
     points.emplace_back(GridPlaces().first[i], GridPlaces().second[i], 0.0);
@@ -246,11 +252,21 @@ void Grid(benchmark::State& state, std::size_t together) {
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kBenchPoints));
 }
 
+/// Heights of a chain with covariances.
+void RegisterSigma(const std::string& row, const GeoidHeight& geoid, const Columns& places) {
+  static const Ellipsoid ellipsoid = MakeEllipsoid(kWgs84A, kWgs84InvF);
+  const auto chain = std::make_shared<CoordinateChain>(&ellipsoid, nullptr, nullptr);
+  chain->SetGeoid(&geoid);
+  RegisterCovariances(row, chain, places);
+}
+
 /// One rule, one point at a time and all of them in one call.
 template <class Interpolator>
 void RegisterGrid(const std::string& row) {
   benchmark::RegisterBenchmark((row + "/scalar").c_str(), Grid<Interpolator>, 1);
   benchmark::RegisterBenchmark((row + "/batch").c_str(), Grid<Interpolator>, kBenchPoints);
+  static const RegionalGeoidHeight geoid(GridModel<Interpolator>());
+  RegisterSigma(row, geoid, GridPlaces());
 }
 
 template <class Value>
@@ -321,6 +337,8 @@ const bool registered = [] {
   benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRows, 1);
   benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/GravityCircle", PeerRows, kFewRows);
 #endif
+  static const GlobalGeoidHeight harmonic(Model());
+  RegisterSigma("geoid of degree 360", harmonic, GridPlaces());
   RegisterGrid<RegGeoid2x2SW>("geoid grid, bilinear");
 #ifdef GEOMATH_HAVE_PROJ
   benchmark::RegisterBenchmark("geoid grid, bilinear/vgridshift", PeerGrid);

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "bench/measure_covariance.h"
 #include "geomath/geomath.h"
 
 namespace {
@@ -169,6 +170,14 @@ void RegisterFactors(const Row& row, const std::shared_ptr<Columns>& geographic)
 #endif
 }
 
+// A chain of the projection alone.
+void RegisterCovariances(const Row& row, const Columns& geographic) {
+  const auto chain = std::make_shared<CoordinateChain>(nullptr, nullptr, row.projection.get());
+  Columns points = geographic;
+  points.third.assign(kBenchPoints, 100.0);
+  RegisterCovariances(row.name, chain, points);
+}
+
 void RegisterRow(const Row& row) {
   const std::shared_ptr<TGeoProj> p = row.projection;
   const auto geographic = std::make_shared<Columns>(
@@ -189,6 +198,7 @@ void RegisterRow(const Row& row) {
   Register(inverse + "batch", grid,
            [p](double* n, double* e) { p->InverseBatch(n, e, kBenchPoints); });
   RegisterFactors(row, geographic);
+  RegisterCovariances(row, *geographic);
 #ifdef GEOMATH_HAVE_PROJ
   RegisterPeer(forward + "PROJ", geographic, row.peer, PJ_FWD);
   RegisterPeer(inverse + "PROJ", geographic, row.peer, PJ_INV);

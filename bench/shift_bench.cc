@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "bench/measure.h"
+#include "bench/measure_covariance.h"
 #include "geomath/geomath.h"
 #ifdef GEOMATH_HAVE_FILES
 #include "files/models/shift_file.h"
@@ -252,6 +253,37 @@ void RegisterDutchChain() {
 #endif
 }
 
+std::shared_ptr<CoordinateChain> ChainOf(const CoordinateShift& shift, ShiftPlace place) {
+  static const Ellipsoid grs80 = MakeEllipsoid(6378137, 298.257222101);
+  static const TTMProj plane(grs80.a, grs80.invF, 27 * kRadPerDeg, 1, 0, 3500000, 0);
+  const bool inPlane = place == ShiftPlace::afterProjection;
+  const auto chain = std::make_shared<CoordinateChain>(&grs80, nullptr, inPlane ? &plane : nullptr);
+  chain->AddShift(place, {&shift});
+  return chain;
+}
+
+void RegisterSigma() {
+  static const Ellipsoid bessel = MakeEllipsoid(6377397.155, 299.1528128);
+  static const SmallAngleSimilarity similarity({10, 20, -30}, {1, -2, 3}, 2e-6,
+                                               RotationSense::positionVector);
+  static const VerticalSlope slope(bessel, {51 * kRadPerDeg, 10 * kRadPerDeg, 0.3, 1e-5, -2e-5});
+  static const AffineTransformation affine({12, 1.0001, 2e-4, -3, 1e-4, 0.9998});
+  using enum ShiftPlace;
+  RegisterCovariances("shift grid", ChainOf(Grid(), beforeDatum), InGrid());
+  RegisterCovariances("similarity", ChainOf(similarity, beforeDatum), InGrid());
+  RegisterCovariances("vertical slope", ChainOf(slope, heights), InGrid());
+  RegisterCovariances("affine", ChainOf(affine, afterProjection), InGrid());
+  Columns inFinland = InNetwork(false);
+  for (std::size_t i = 0; i < kBenchPoints; ++i) {
+    inFinland.first[i] = (60.5 + (inFinland.first[i] - 6700000) / 111000) * kRadPerDeg;
+    inFinland.second[i] = (22.5 + (inFinland.second[i] - 3200000) / 55000) * kRadPerDeg;
+  }
+  RegisterCovariances("triangulation", ChainOf(Finland(), afterProjection), inFinland);
+  static const DutchChain dutch;
+  RegisterCovariances("Dutch chain", std::make_shared<CoordinateChain>(dutch.Chain()),
+                      InNetherlands());
+}
+
 void RegisterLoading() {
 #if defined(GEOMATH_HAVE_PROJ) && defined(GEOMATH_HAVE_FILES)
   benchmark::RegisterBenchmark("load 51,842 triangles/batch", [](benchmark::State& state) {
@@ -295,6 +327,7 @@ void RegisterLoading() {
   RegisterProj("triangulation inverse", network, InNetwork(true), PJ_INV);
 #endif
   RegisterDutchChain();
+  RegisterSigma();
   RegisterLoading();
   return true;
 }();

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <limits>
 
 #include "geomath/base/angle.h"
@@ -17,47 +16,6 @@ namespace {
 
 TangentFrame FrameAt(const Ellipsoid& ell, double b, double l, double h) {
   return TangentFrame::At<simd::Scalar>(ell.a, ell.e2, b, l, h);
-}
-
-// The slopes of a geoid, metres per radian, by symmetric differences over the four corners of a small
-// square: two latitudes, on each of which a harmonic model gives the second height for a fraction.
-// False where a point has none, which is NaN then.
-bool DifferenceHeights(const GeoidHeight& geoid, const double* b, const double* l,
-                       std::size_t count, double* perLatitude, double* perLongitude) {
-  constexpr double kHalf = 1e-6;  // radians, 6 m; heights are computed to 1e-10 m
-  double latitudes[4 * kBatchBlock], longitudes[4 * kBatchBlock], heights[4 * kBatchBlock];
-  for (std::size_t i = 0; i < count; ++i)
-    for (std::size_t k = 0; k < 4; ++k) {
-      latitudes[4 * i + k] = b[i] + (k < 2 ? -kHalf : kHalf);
-      longitudes[4 * i + k] = l[i] + (k % 2 == 0 ? -kHalf : kHalf);
-    }
-  geoid.Heights(latitudes, longitudes, heights, 4 * count);
-  bool all = true;
-  for (std::size_t i = 0; i < count; ++i) {
-    const double *const N = heights + 4 * i, *const B = latitudes + 4 * i;
-    const double* const L = longitudes + 4 * i;
-    perLatitude[i] = (N[2] + N[3] - N[0] - N[1]) / (2 * (B[2] - B[0]));
-    perLongitude[i] = (N[1] + N[3] - N[0] - N[2]) / (2 * (L[1] - L[0]));
-    all &= std::isfinite(perLatitude[i] + perLongitude[i]);
-  }
-  return all;
-}
-
-// At an edge the square stands beside the point.
-bool GeoidSlopes(const GeoidHeight& geoid, const double* b, const double* l, std::size_t count,
-                 double* perLatitude, double* perLongitude) {
-  if (DifferenceHeights(geoid, b, l, count, perLatitude, perLongitude)) return true;
-  constexpr double kSide = 1e-6;  // radians
-  constexpr double kSteps[][2] = {{1, 1}, {1, -1}, {-1, 1}, {-1, -1}};
-  bool all = true;
-  for (std::size_t i = 0; i < count; ++i) {
-    if (std::isfinite(perLatitude[i] + perLongitude[i])) continue;
-    all &= std::any_of(std::begin(kSteps), std::end(kSteps), [&](const auto& step) {
-      const double besideB = b[i] + step[0] * kSide, besideL = l[i] + step[1] * kSide;
-      return DifferenceHeights(geoid, &besideB, &besideL, 1, perLatitude + i, perLongitude + i);
-    });
-  }
-  return all;
 }
 
 }  // namespace
@@ -191,25 +149,23 @@ void ChainTangents::AddDatumNoise(const Datum& datum, Points local, std::size_t 
   }
 }
 
-bool ChainTangents::ShiftDerivatives(const ChainShift& step, Points before, Points after,
-                                     std::size_t i, ChainStep place, Matrix3& found) {
-  const bool forward = step.direction == ShiftDirection::forward;
-  Points source = forward ? before : after;
-  const double date = std::isnan(step.date) ? dates_[i] : step.date;
-  const ShiftStatus status =
-      step.shift->ForwardDerivatives(source[0][i], source[1][i], source[2][i], found.m, date)
-          .status;
+void ChainTangents::ShiftDerivatives(const ChainShift& step, Points before, Points after,
+                                     std::size_t count, ChainStep place, Jacobians& found) {
+  Points source = step.direction == ShiftDirection::forward ? before : after;
+  const PointDates dates = std::isnan(step.date) ? dates_ : PointDates(step.date);
+  ShiftStatus status[kBatchBlock];
+  step.shift->ForwardDerivativesBatch(
+      dates, source[0], source[1], source[2],
+      {found[0], found[1], found[2], found[3], found[4], found[5], found[6], found[7], found[8]},
+      count, status);
   const bool stays = step.outside == ShiftOutside::unchanged;
-  const bool beyond = status == ShiftStatus::outside || status == ShiftStatus::extrapolated;
-  if (beyond && stays) {
-    found = Matrix3::Identity();
-  } else if (!HasResult(status)) {
-    Fail(i, place);
-    return false;
-  } else if (!forward) {
-    found = found.Inverse();
+  for (std::size_t i = 0; i < count; ++i) {
+    if (status[i] == ShiftStatus::converted) continue;
+    const bool beyond = status[i] == ShiftStatus::outside || status[i] == ShiftStatus::extrapolated;
+    if (!(beyond && stays) && HasResult(status[i])) continue;
+    for (int k = 0; k < 9; ++k) found[k][i] = k % 4 == 0 ? 1 : 0;
+    if (!(beyond && stays)) Fail(i, place);
   }
-  return true;
 }
 
 void ChainTangents::ShiftDeviations(const ChainUncertainty::ShiftNoise* noise,
@@ -249,28 +205,36 @@ void ChainTangents::Shift(const ChainShift& step, ChainStep place, Points before
                           std::size_t count) {
   if (step.shift->Space() == ShiftSpace::geographic) Settle(before, count);
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
-  for (std::size_t i = 0; i < count; ++i) {
-    Matrix3 derivatives;
+  Jacobians j;
+  ShiftDerivatives(step, before, after, count, place, j);
+  auto& t = tangent_;
+  const auto run = [&](const auto& times) {
+    RunKernel(times,
+              {j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8], t[0], t[1], t[2], t[3], t[4],
+               t[5], t[6], t[7], t[8]},
+              count);
+  };
+  if (step.direction == ShiftDirection::forward)
+    run(TimesEach<false>());
+  else
+    run(TimesEach<true>());
+  for (std::size_t i = 0; noise && i < count; ++i) {
     double sigma[3];
-    if (!ShiftDerivatives(step, before, after, i, place, derivatives)) continue;
-    Set(i, derivatives * At(i));
-    if (!noise) continue;
     ShiftDeviations(noise, step, before, after, i, place, sigma);
     const Vector images[] = {{sigma[0], 0, 0}, {0, sigma[1], 0}, {0, 0, sigma[2]}};
     AddNoise(i, images, 3, noise->extent);
   }
 }
 
-void ChainTangents::LowerByGeoid(const GeoidHeight& geoid, Points geographic, std::size_t count) {
+void ChainTangents::LowerByGeoid(Points geographic, const double* perLatitude,
+                                 const double* perLongitude, std::size_t count) {
   Settle(geographic, count);
-  double toNorth[kBatchBlock], toEast[kBatchBlock];
-  if (!GeoidSlopes(geoid, geographic[0], geographic[1], count, toNorth, toEast))
-    for (std::size_t i = 0; i < count; ++i)
-      if (!std::isfinite(toNorth[i] + toEast[i])) Fail(i, ChainStep::geoid);
+  for (std::size_t i = 0; i < count; ++i)
+    if (!std::isfinite(perLatitude[i] + perLongitude[i])) Fail(i, ChainStep::geoid);
   for (std::size_t c = 0; c < 3; ++c)
     for (std::size_t i = 0; i < count; ++i)
-      heights_[c][i] =
-          tangent_[6 + c][i] - toNorth[i] * tangent_[c][i] - toEast[i] * tangent_[3 + c][i];
+      heights_[c][i] = tangent_[6 + c][i] - perLatitude[i] * tangent_[c][i] -
+                       perLongitude[i] * tangent_[3 + c][i];
   Part();
   if (!uncertainty_.geoid_) return;
   const auto& noise = *uncertainty_.geoid_;
@@ -290,14 +254,19 @@ void ChainTangents::LowerByShift(const ChainShift& step, Points before, Points a
     for (std::size_t c = 0; c < 3; ++c) std::copy_n(tangent_[6 + c], count, heights_[c]);
   Part();
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
-  for (std::size_t i = 0; i < count; ++i) {
-    Matrix3 derivatives;
+  Jacobians j;
+  ShiftDerivatives(step, before, after, count, ChainStep::verticalShift, j);
+  auto& t = tangent_;
+  const auto run = [&](const auto& lower) {
+    for (int c = 0; c < 3; ++c)
+      RunKernel(lower, {j[6], j[7], j[8], t[c], t[3 + c], heights_[c]}, count);
+  };
+  if (step.direction == ShiftDirection::forward)
+    run(LowerHeight<false>());
+  else
+    run(LowerHeight<true>());
+  for (std::size_t i = 0; noise && i < count; ++i) {
     double sigma[3];
-    if (!ShiftDerivatives(step, before, after, i, ChainStep::verticalShift, derivatives)) continue;
-    const double(&d)[3] = derivatives.m[2];
-    for (std::size_t c = 0; c < 3; ++c)
-      heights_[c][i] = d[0] * tangent_[c][i] + d[1] * tangent_[3 + c][i] + d[2] * heights_[c][i];
-    if (!noise) continue;
     ShiftDeviations(noise, step, before, after, i, ChainStep::verticalShift, sigma);
     AddHeightNoise(i, sigma[2], noise->extent);
   }

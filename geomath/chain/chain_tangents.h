@@ -29,13 +29,18 @@ class ChainTangents : public ChainTrace {
         local_(local),
         common_(common) {}
 
+  /// From here on nobody asks for the local positions.
+  void LeaveGrid() { leavesGrid_ = true; }
+
+  bool NeedsGrid() const override { return !leavesGrid_ || uncertainty_.site_; }
   void Start(Points geographic, std::size_t count) override;
   void ToGeocentric(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) override;
   void ToGeographic(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) override;
   void Transform(const Datum& datum, Points local, std::size_t count) override;
   void Shift(const ChainShift& step, ChainStep place, Points before, Points after,
              std::size_t count) override;
-  void LowerByGeoid(const GeoidHeight& geoid, Points geographic, std::size_t count) override;
+  void LowerByGeoid(Points geographic, const double* perLatitude, const double* perLongitude,
+                    std::size_t count) override;
   void LowerByShift(const ChainShift& step, Points before, Points after,
                     std::size_t count) override;
   void Arrive(Points geographic, std::size_t count) override;
@@ -67,9 +72,10 @@ class ChainTangents : public ChainTrace {
   void FailAll(ChainStep step, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) Fail(i, step);
   }
-  /// Derivatives of a shift of the chain, global to local; false after Fail.
-  bool ShiftDerivatives(const ChainShift& step, Points before, Points after, std::size_t i,
-                        ChainStep place, Matrix3& found);
+  /// Derivatives of a shift of the chain at its source, in its own direction; may Fail points.
+  using Jacobians = double[9][kBatchBlock];
+  void ShiftDerivatives(const ChainShift& step, Points before, Points after, std::size_t count,
+                        ChainStep place, Jacobians& found);
   /// The standard deviations of a shift at a point in the units of its space; may Fail.
   void ShiftDeviations(const ChainUncertainty::ShiftNoise* noise, const ChainShift& step,
                        Points before, Points after, std::size_t i, ChainStep place,
@@ -93,6 +99,7 @@ class ChainTangents : public ChainTrace {
   const CoordinateChain& chain_;
   CovarianceFrame global_, local_;
   std::vector<Vector>* common_;
+  bool leavesGrid_ = false;
 
   double tangent_[9][kBatchBlock];      // row by row
   double heights_[3][kBatchBlock];      // the row of heights while they are off their positions

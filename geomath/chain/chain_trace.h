@@ -16,6 +16,8 @@ class ChainTrace {
   using Points = const double* const (&)[3];
   virtual ~ChainTrace() = default;
 
+  /// Whether what follows the projection is to be told of its true positions; else there are none.
+  virtual bool NeedsGrid() const = 0;
   /// The global positions, on axes north and east.
   virtual void Start(Points geographic, std::size_t count) = 0;
   /// The geographic positions that become geocentric, and those that geocentric ones became.
@@ -26,9 +28,10 @@ class ChainTrace {
   /// `place` is what the chain calls the step.
   virtual void Shift(const ChainShift& step, ChainStep place, Points before, Points after,
                      std::size_t count) = 0;
-  /// The heights leave their positions: they are lowered by a geoid and by vertical shifts, which see
-  /// the heights so far.
-  virtual void LowerByGeoid(const GeoidHeight& geoid, Points geographic, std::size_t count) = 0;
+  /// The heights leave their positions: they are lowered by a geoid with these slopes, metres per
+  /// radian, and by vertical shifts, which see the heights so far.
+  virtual void LowerByGeoid(Points geographic, const double* perLatitude,
+                            const double* perLongitude, std::size_t count) = 0;
   virtual void LowerByShift(const ChainShift& step, Points before, Points after,
                             std::size_t count) = 0;
   /// The positions stand on the local ellipsoid; their heights are replaced by lowered ones.

@@ -164,6 +164,7 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
     ChainStep traced[kBatchBlock];
     double at[3][kBatchBlock];
     for (int k = 0; k < 3; ++k) std::copy_n(points[k], count, at[k]);
+    tangents.LeaveGrid();
     Trace({at[0], at[1], at[2]}, manner.dates, count, traced, tangents);
     tangents.ToGlobal(c, count);
     for (std::size_t i = 0; i < count; ++i)

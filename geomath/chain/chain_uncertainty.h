@@ -38,8 +38,8 @@ struct DatumCovariance {
 /// Mikhail 1976, chapter 4): C' = J·C·Jᵀ + Σ Jₖ·Cₖ·Jₖᵀ, Jₖ the derivatives of what follows step k.
 ///
 /// Derivatives are those of the steps' formulas: of projections by TGeoProj::ForwardDerivatives, of
-/// shifts by CoordinateShift::ForwardDerivatives; those of a geoid by symmetric differences over
-/// 13 m. The way back takes the inverse matrices at the same point.
+/// shifts by CoordinateShift::ForwardDerivatives, of a geoid by GeoidHeight::HeightsAndSlopes. The way
+/// back takes the inverse matrices at the same point.
 ///
 /// Holds pointers to the chain and to what is set, which the caller keeps alive. Until something is
 /// set the steps are exact. Dates are those of CoordinateChain, exact too. Conversions are const, throw nothing and may run from many threads;

@@ -280,10 +280,14 @@ void CoordinateChain::DatumToGlobal(Block& p) const {
 void CoordinateChain::LowerHeights(Block& p, double* heights) const {
   std::copy_n(p.h, p.count, heights);
   if (geoid_) {
-    double geoidHeight[kBatchBlock];
-    geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    double geoidHeight[kBatchBlock], perLatitude[kBatchBlock], perLongitude[kBatchBlock];
+    if (p.trace) {
+      geoid_->HeightsAndSlopes(p.x, p.y, geoidHeight, perLatitude, perLongitude, p.count);
+      p.trace->LowerByGeoid({p.x, p.y, p.h}, perLatitude, perLongitude, p.count);
+    } else {
+      geoid_->Heights(p.x, p.y, geoidHeight, p.count);
+    }
     for (std::size_t i = 0; i < p.count; ++i) heights[i] = p.h[i] - geoidHeight[i];
-    p.Tell(&ChainTrace::LowerByGeoid, *geoid_);
     p.FailWhere(ChainStep::geoid, [&](std::size_t i) { return !std::isfinite(heights[i]); });
   }
   for (const ChainShift& step : heights_) {
@@ -382,9 +386,10 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
   if (projection_) p.Tell(&ChainTrace::Project, *projection_);
-  if (projection_) GlobalToGrid(p);
+  const bool positions = !p.trace || p.trace->NeedsGrid() || !afterProjection_.empty();
+  if (projection_ && positions) GlobalToGrid(p);
   ShiftPlane(p, true);
-  GridToSite(p);
+  GridToSite(p, positions);
   p.TurnGrid(projection_, kToUser);
 }
 
@@ -402,18 +407,17 @@ void CoordinateChain::GridToGlobal(Block& p) const {
   p.TurnGeographic(projection_, kToInternal);
 }
 
-void CoordinateChain::GridToSite(Block& p) const {
-  if (localization_) {
-    p.Tell(&ChainTrace::ToSite, *localization_);
+void CoordinateChain::GridToSite(Block& p, bool positions) const {
+  const bool onGround = ground_ && !ground_->IsDisabled();
+  if (localization_) p.Tell(&ChainTrace::ToSite, *localization_);
+  if (localization_ && positions) {
     const auto convert = [&] {
       return localization_->ToLocalBatch(p.x, p.y, p.h, p.count, LocalToGrid::kBoth);
     };
     p.Check(ChainStep::localization, KeepUncalibrated(p, localization_->mode, convert));
   }
-  if (ground_ && !ground_->IsDisabled()) {
-    p.Check(ChainStep::ground, ground_->ToGroundBatch(p.x, p.y, p.count));
-    if (p.trace) p.trace->ToGround(*ground_, p.count);
-  }
+  if (onGround && p.trace) p.trace->ToGround(*ground_, p.count);
+  if (onGround && positions) p.Check(ChainStep::ground, ground_->ToGroundBatch(p.x, p.y, p.count));
 }
 
 void CoordinateChain::SiteToGrid(Block& p) const {

@@ -215,7 +215,7 @@ class GEOMATH_API CoordinateChain {
   static std::size_t KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
   void GlobalToGrid(Block& block) const;
   void GridToGlobal(Block& block) const;
-  void GridToSite(Block& block) const;
+  void GridToSite(Block& block, bool positions) const;
   void SiteToGrid(Block& block) const;
   ChainResult RunPoint(BlockStep steps, PointDates dates, double& x, double& y, double& h) const;
   std::size_t RunBatch(BlockStep steps, PointDates dates, double* x, double* y, double* h,

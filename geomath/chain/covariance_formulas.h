@@ -49,6 +49,34 @@ struct TimesTangent {
   }
 };
 
+/// T ← M·T with a matrix for each point, or with its inverse. Columns: nine of M, which stay, and T.
+template <bool kInverse>
+struct TimesEach {
+  static constexpr std::size_t kColumns = 18;
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& m0, double& m1, double& m2, double& m3, double& m4,
+                              double& m5, double& m6, double& m7, double& m8, Nine&... nine) const {
+    const Matrix3 matrix = Matrix3::Of(m0, m1, m2, m3, m4, m5, m6, m7, m8);
+    ((kInverse ? matrix.Inverse() : matrix) * Matrix3::Of(nine...)).To(nine...);
+  }
+};
+
+/// A derivative of heights through a vertical shift, or back, whose last row of derivatives is
+/// (b, l, h): columns b, l, h, the derivatives of latitude and longitude, which stay, and that of the
+/// height.
+template <bool kInverse>
+struct LowerHeight {
+  static constexpr std::size_t kColumns = 6;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& b, double& l, double& h, double& latitude, double& longitude,
+                              double& height) const {
+    const double level = b * latitude + l * longitude;
+    height = kInverse ? (height - level) / h : level + h * height;
+  }
+};
+
 /// The first two rows of T through the derivatives of a projection. Columns: those of
 /// GridDerivatives, which stay, and the six of the rows.
 struct ProjectTangent {

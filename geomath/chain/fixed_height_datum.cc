@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "geomath/base/batch.h"
 #include "geomath/base/tangent_formulas.h"
+#include "geomath/chain/covariance_formulas.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -52,23 +54,32 @@ void FixedHeightDatum::InverseBlock(double* const (&point)[3], std::size_t count
 }
 
 // The horizontal part of the way through the datum at the fixed height.
-ShiftStatus FixedHeightDatum::Differentiate(const double (&source)[3],
-                                            double (&jacobian)[3][3]) const {
+void FixedHeightDatum::DifferentiateBlock(const double* const (&source)[3], const double*,
+                                          std::size_t count, double* const (&jacobian)[9],
+                                          ShiftStatus*) const {
   const Ellipsoid& local = *datum_.GetEllipsoid();
-  double p[] = {source[0], source[1], height_};
-  const auto from = TangentFrame::At<simd::Scalar>(global_.a, global_.e2, p[0], p[1], p[2]);
-  global_.BLH_to_XYZ_Batch(&p[0], &p[1], &p[2], 1);
-  datum_.ToLocalDatumBatch(&p[0], &p[1], &p[2], 1);
-  local.XYZ_to_BLH_Batch(&p[0], &p[1], &p[2], 1);
-  const auto to = TangentFrame::At<simd::Scalar>(local.a, local.e2, p[0], p[1], p[2]);
-  Matrix3 turn;
-  datum_.ToLocalDerivatives(turn.m);
-  turn = to.axes.Transposed() * (turn * from.axes);
-  jacobian[0][0] = turn.m[0][0] * from.perLatitude / to.perLatitude;
-  jacobian[0][1] = turn.m[0][1] * from.perLongitude / to.perLatitude;
-  jacobian[1][0] = turn.m[1][0] * from.perLatitude / to.perLongitude;
-  jacobian[1][1] = turn.m[1][1] * from.perLongitude / to.perLongitude;
-  return ShiftStatus::converted;
+  double p[3][kMaxPoints];
+  std::copy_n(source[0], count, p[0]);
+  std::copy_n(source[1], count, p[1]);
+  std::fill_n(p[2], count, height_);
+  TimesTangent turn;
+  datum_.ToLocalDerivatives(turn.matrix.m);
+  const auto& j = jacobian;
+  const auto run = [&](const auto& conversion) {
+    RunKernel(conversion, {p[0], p[1], p[2], j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8]},
+              count, [&](double(&c)[12]) {
+                conversion.template Convert<simd::Scalar>(c[0], c[1], c[2], c[3], c[4], c[5], c[6],
+                                                        c[7], c[8], c[9], c[10], c[11]);
+              });
+  };
+  run(TangentToGeocentric(global_));
+  global_.BLH_to_XYZ_Batch(p[0], p[1], p[2], count);
+  datum_.ToLocalDatumBatch(p[0], p[1], p[2], count);
+  local.XYZ_to_BLH_Batch(p[0], p[1], p[2], count);
+  RunKernel(turn, {j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8]}, count);
+  run(TangentToGeographic(local));
+  for (const int heights : {2, 5, 6, 7}) std::fill_n(j[heights], count, 0.0);
+  std::fill_n(j[8], count, 1.0);
 }
 
 }  // namespace zel_cs::geomath

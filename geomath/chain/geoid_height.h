@@ -20,6 +20,11 @@ class GEOMATH_API GeoidHeight {
   /// Height at `count` positions; NaN where there is none. A model that gains from seeing many
   /// positions at once overrides it.
   virtual void Heights(const double* b, const double* l, double* heights, std::size_t count) const;
+
+  /// The same with the slopes along latitude and longitude, metres per radian, NaN where there is none.
+  /// The base takes symmetric differences over 13 m, at an edge beside the point.
+  virtual void HeightsAndSlopes(const double* b, const double* l, double* heights,
+                                double* perLatitude, double* perLongitude, std::size_t count) const;
 };
 
 }  // namespace zel_cs::geomath

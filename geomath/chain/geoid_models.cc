@@ -90,6 +90,22 @@ void RegionalGeoidHeight::Heights(const double* b, const double* l, double* heig
   }
 }
 
+void RegionalGeoidHeight::HeightsAndSlopes(const double* b, const double* l, double* heights,
+                                           double* perLatitude, double* perLongitude,
+                                           std::size_t count) const {
+  const TRectRgn grid = model_->GetRegion(false);
+  for (Chunk chunk(count); chunk.Next();) {
+    const std::size_t first = chunk.first;
+    for (std::size_t i = 0; i < chunk.size; ++i)
+      chunk.points[i] = OnGrid(grid, b[first + i], l[first + i]);
+    std::fill_n(heights + first, chunk.size, 0.0);
+    if (!model_->CountSlopes(chunk.points, heights + first, perLatitude + first,
+                             perLongitude + first, static_cast<int>(chunk.size)))
+      GeoidHeight::HeightsAndSlopes(b + first, l + first, heights + first, perLatitude + first,
+                                    perLongitude + first, chunk.size);
+  }
+}
+
 bool GlobalGeoidHeight::Height(double b, double l, double& height) const {
   double found;
   Heights(&b, &l, &found, 1);
@@ -109,6 +125,36 @@ void GlobalGeoidHeight::Heights(const double* b, const double* l, double* height
       std::fill_n(found, chunk.size, kNone);
     else
       DropMissing(found, chunk.size);
+  }
+}
+
+// Three positions on the point's own latitude, and one on another: what costs are the latitudes.
+void GlobalGeoidHeight::HeightsAndSlopes(const double* b, const double* l, double* heights,
+                                         double* perLatitude, double* perLongitude,
+                                         std::size_t count) const {
+  constexpr std::size_t kPoints = 64;
+  // Radians. Heights are computed to 1e-10 m; one step to a side leaves half of it times the curvature
+  // of the geoid, 1e4 m for models of degree 2190: 1e-10 of a slope of 1, as its rounding does.
+  constexpr double kAlong = 1e-6, kAcross = 2e-7;
+  double latitudes[4 * kPoints], longitudes[4 * kPoints], found[4 * kPoints];
+  for (std::size_t first = 0; first < count; first += kPoints) {
+    const std::size_t n = std::min(kPoints, count - first);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double B = b[first + i], L = l[first + i];
+      std::fill_n(latitudes + 4 * i, 3, B);
+      latitudes[4 * i + 3] = B - std::copysign(kAcross, B);
+      longitudes[4 * i] = L - kAlong;
+      longitudes[4 * i + 1] = longitudes[4 * i + 3] = L;
+      longitudes[4 * i + 2] = L + kAlong;
+    }
+    Heights(latitudes, longitudes, found, 4 * n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double *const N = found + 4 * i, *const B = latitudes + 4 * i;
+      const double* const L = longitudes + 4 * i;
+      heights[first + i] = N[1];
+      perLatitude[first + i] = (N[3] - N[1]) / (B[3] - B[1]);
+      perLongitude[first + i] = (N[2] - N[0]) / (L[2] - L[0]);
+    }
   }
 }
 

@@ -18,6 +18,8 @@ class GEOMATH_API RegionalGeoidHeight : public GeoidHeight {
 
   bool Height(double b, double l, double& height) const override;
   void Heights(const double* b, const double* l, double* heights, std::size_t count) const override;
+  void HeightsAndSlopes(const double* b, const double* l, double* heights, double* perLatitude,
+                        double* perLongitude, std::size_t count) const override;
 
  private:
   const RegionalGeoid* model_;
@@ -33,6 +35,8 @@ class GEOMATH_API GlobalGeoidHeight : public GeoidHeight {
 
   bool Height(double b, double l, double& height) const override;
   void Heights(const double* b, const double* l, double* heights, std::size_t count) const override;
+  void HeightsAndSlopes(const double* b, const double* l, double* heights, double* perLatitude,
+                        double* perLongitude, std::size_t count) const override;
 
  private:
   const GlobalGeoid* model_;

@@ -29,6 +29,11 @@ class GEOMATH_API DatedShift : public CoordinateShift {
   DatedShift(ShiftSpace space, ShiftKind kind, const YearRange& years = {})
       : CoordinateShift(space, kind), years_(years) {}
 
+  /// As DifferentiateBlock, at dates within Years(). The base takes differences.
+  virtual void DifferentiateAt(const double* const (&source)[3], const double* dates,
+                               std::size_t count, double* const (&jacobian)[9],
+                               ShiftStatus* status) const;
+
  private:
   /// As ForwardBlock and InverseBlock, at dates within Years().
   virtual void ForwardAt(double* const (&point)[3], const double* dates, std::size_t count,
@@ -43,10 +48,11 @@ class GEOMATH_API DatedShift : public CoordinateShift {
   void InverseDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,
                          ShiftStatus* status) const final;
 
-  using BlockAt = void (DatedShift::*)(double* const (&)[3], const double*, std::size_t,
-                                       ShiftStatus*) const;
-  void RunAt(BlockAt block, double* const (&point)[3], const double* dates, std::size_t count,
-             ShiftStatus* status) const;
+  void DifferentiateBlock(const double* const (&source)[3], const double* dates, std::size_t count,
+                          double* const (&jacobian)[9], ShiftStatus* status) const final;
+
+  template <class Run>
+  void RunAt(const double* dates, std::size_t count, ShiftStatus* status, Run run) const;
 
   YearRange years_;
 };

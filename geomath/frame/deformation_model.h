@@ -124,6 +124,7 @@ class GEOMATH_API DeformationModel : public DatedShift {
   struct Component;
   struct Place;
   struct Sums;
+  struct Slopes;
 
   DeformationModel(const DeformationModelDefinition& definition, std::vector<Component> components);
 
@@ -131,8 +132,15 @@ class GEOMATH_API DeformationModel : public DatedShift {
                  ShiftStatus* status) const override;
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
+  void DifferentiateAt(const double* const (&source)[3], const double* dates, std::size_t count,
+                       double* const (&jacobian)[9], ShiftStatus* status) const override;
+  void Displace(const double* b, const double* l, const double* dates, std::size_t count,
+                Sums& sums, Slopes* slopes, ShiftStatus* status) const;
   void AddComponent(const Component& component, const Place& place, const double* dates, Sums& sums,
-                    std::size_t count, ShiftStatus* status) const;
+                    Slopes* slopes, std::size_t count, ShiftStatus* status) const;
+  void ToAngles(const double* b, std::size_t count, Sums& sums, Slopes& slopes) const;
+  bool StepBack(const Sums& sums, const Slopes& slopes, std::size_t i, double& b, double& l,
+                double& h) const;
   void Apply(double* const (&point)[3], Sums& sums, std::size_t count) const;
 
   Ellipsoid ellipsoid_;

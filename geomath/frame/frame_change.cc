@@ -55,4 +55,11 @@ void FrameChange::InverseAt(double* const (&point)[3], const double* dates, std:
   }
 }
 
+void FrameChange::DifferentiateAt(const double* const (&)[3], const double* dates,
+                                  std::size_t count, double* const (&jacobian)[9],
+                                  ShiftStatus*) const {
+  for (std::size_t step = 0; step < steps_.size(); ++step)
+    similarities_[step].Turn(steps_[step].inverse, jacobian, dates, count);
+}
+
 }  // namespace zel_cs::geomath

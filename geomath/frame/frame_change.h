@@ -31,6 +31,8 @@ class GEOMATH_API FrameChange : public DatedShift {
                  ShiftStatus* status) const override;
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
+  void DifferentiateAt(const double* const (&source)[3], const double* dates, std::size_t count,
+                       double* const (&jacobian)[9], ShiftStatus* status) const override;
 
   std::vector<FrameStep> steps_;
   std::vector<TimeDependentSimilarity> similarities_;  // of the steps, from source to target

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstddef>
 
+#include "geomath/base/tangent_formulas.h"
 #include "geomath/simd/kernel.h"
 
 /// Motions that are given to the north, east and up, applied to one point; the kernels of columns are
@@ -31,6 +32,59 @@ struct LocalMotion {
     X += factor * (outward * cosL - e * sinL);
     Y += factor * (outward * sinL + e * cosL);
     Z += factor * (n * cosB + u * sinB);
+  }
+};
+
+/// The derivatives of a motion X + t·v(B, L) by X, Y, Z, where v = n·N + e·E + u·U has slopes along B
+/// and L: with ∂N/∂B = −U, ∂U/∂B = N, ∂N/∂L = −sin B·E, ∂U/∂L = cos B·E and
+/// ∂E/∂L = sin B·N − cos B·U, and the gradients N/(M + h) of B and E/((ν + h)·cos B) of L.
+/// Columns: B, L, h, n, e, u, t, and nine that hold the slopes along B of n, e and u, those along L,
+/// and three more; they become the derivatives, row by row.
+struct LocalMotionSlopes {
+  static constexpr std::size_t kColumns = 16;
+  double a, e2;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& L, double& h, double& n, double& e, double& u,
+                              double& t, double& j0, double& j1, double& j2, double& j3, double& j4,
+                              double& j5, double& j6, double& j7, double& j8) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, L, h);
+    const double cosB = frame.axes.m[2][0], sinB = frame.axes.m[2][2];
+    const double alongB = t / frame.perLatitude, alongL = t / frame.perLongitude;
+    const Matrix3 inAxes = {{{(j0 + u) * alongB, (j3 + e * sinB) * alongL, 0},
+                             {j1 * alongB, (j4 - n * sinB + u * cosB) * alongL, 0},
+                             {(j2 - n) * alongB, (j5 - e * cosB) * alongL, 0}}};
+    Matrix3 found = frame.axes * (inAxes * frame.axes.Transposed());
+    for (int i = 0; i < 3; ++i) found.m[i][i] += 1;
+    found.To(j0, j1, j2, j3, j4, j5, j6, j7, j8);
+  }
+  template <class... Others>
+  GEOMATH_INLINE bool Serves(double B, double L, Others...) const {
+    return TangentFrame::ServesColumns(B, L);
+  }
+};
+
+/// The same of a vector that is given along X, Y, Z; columns 4 to 6 are not read.
+struct SpaceMotionSlopes {
+  static constexpr std::size_t kColumns = 16;
+  double a, e2;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& L, double& h, double&, double&, double&, double& t,
+                              double& j0, double& j1, double& j2, double& j3, double& j4,
+                              double& j5, double& j6, double& j7, double& j8) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, L, h);
+    const double alongB = t / frame.perLatitude, alongL = t / frame.perLongitude;
+    const Matrix3 slopes = {{{j0 * alongB, j3 * alongL, 0},
+                             {j1 * alongB, j4 * alongL, 0},
+                             {j2 * alongB, j5 * alongL, 0}}};
+    Matrix3 found = slopes * frame.axes.Transposed();
+    for (int i = 0; i < 3; ++i) found.m[i][i] += 1;
+    found.To(j0, j1, j2, j3, j4, j5, j6, j7, j8);
+  }
+  template <class... Others>
+  GEOMATH_INLINE bool Serves(double B, double L, Others...) const {
+    return TangentFrame::ServesColumns(B, L);
   }
 };
 
@@ -71,6 +125,34 @@ struct EllipsoidalMotion {
     B += n * W2 * W / (a * (1 - e2));
     L += atPole ? 0 : dL;
     H += u;
+  }
+};
+
+/// EllipsoidalMotion as angles, which are not added, with their derivatives: from B and from n and e
+/// with their slopes along B and L and their mixed derivatives. Those are dB and dL afterwards, and B
+/// is the growth g of 1/(ν·cos B) along B, of itself; the slopes of the radii are left out of the mixed
+/// ones. At the pole dL and g are 0.
+struct EllipsoidalMotionSlopes {
+  static constexpr std::size_t kColumns = 9;
+  double a, e2;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& n, double& e, double& nB, double& nL, double& eB,
+                              double& eL, double& nBL, double& eBL) const {
+    constexpr double kPole = 1e-12;  // cos B
+    double sinB, cosB;
+    Math::SinCos(B, sinB, cosB);
+    const double W2 = 1 - e2 * sinB * sinB, W = std::sqrt(W2);
+    const bool atPole = std::abs(cosB) < kPole;
+    const double c = atPole ? 1 : cosB;
+    const double perNorth = W2 * W / (a * (1 - e2)), perEast = atPole ? 0 : W / (a * c);
+    const double growsNorth = -3 * e2 * sinB * cosB / W2;  // of perNorth along B, of itself
+    const double growsEast = atPole ? 0 : sinB * (1 / c - e2 * c / W2);
+    nB = (nB + n * growsNorth) * perNorth;
+    eB = (eB + e * growsEast) * perEast;
+    n *= perNorth, nL *= perNorth, nBL *= perNorth;
+    e *= perEast, eL *= perEast, eBL *= perEast;
+    B = growsEast;
   }
 };
 

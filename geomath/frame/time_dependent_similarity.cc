@@ -4,17 +4,25 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/frame/one_date.h"
 #include "geomath/frame/similarity_formulas.h"
 
 namespace zel_cs::geomath {
 namespace {
 
-template <class Conversion>
-void Run(const Conversion& conversion, double* const (&point)[3], const double* dates,
-         std::size_t count) {
+// Points at one date, as those of a job are, share their parameters.
+void Run(const RunningSimilarity& similarity, bool inverse, double* const (&point)[3],
+         const double* dates, std::size_t count) {
+  if (IsOneDate(dates, count)) {
+    const SimilarityAtDate all = similarity.At(dates[0]);
+    return inverse ? RunKernel(SimilarityInverse{all}, point, count)
+                   : RunKernel(SimilarityForward{all}, point, count);
+  }
   double date[kBatchBlock];
   std::copy_n(dates, count, date);
-  RunKernel(conversion, {point[0], point[1], point[2], date}, count);
+  double* const columns[] = {point[0], point[1], point[2], date};
+  return inverse ? RunKernel(DatedSimilarityInverse{similarity}, columns, count)
+                 : RunKernel(DatedSimilarityForward{similarity}, columns, count);
 }
 
 }  // namespace
@@ -37,12 +45,29 @@ TimeDependentSimilarity::TimeDependentSimilarity(const TimeDependentParameters& 
 
 void TimeDependentSimilarity::ForwardAt(double* const (&point)[3], const double* dates,
                                         std::size_t count, ShiftStatus*) const {
-  Run(SimilarityForward{*similarity_}, point, dates, count);
+  Run(*similarity_, false, point, dates, count);
 }
 
 void TimeDependentSimilarity::InverseAt(double* const (&point)[3], const double* dates,
                                         std::size_t count, ShiftStatus*) const {
-  Run(SimilarityInverse{*similarity_}, point, dates, count);
+  Run(*similarity_, true, point, dates, count);
+}
+
+void TimeDependentSimilarity::DifferentiateAt(const double* const (&)[3], const double* dates,
+                                              std::size_t count, double* const (&jacobian)[9],
+                                              ShiftStatus*) const {
+  Turn(false, jacobian, dates, count);
+}
+
+// Vectors are converted as positions are, without the shift.
+void TimeDependentSimilarity::Turn(bool inverse, double* const (&matrix)[9], const double* dates,
+                                   std::size_t count) const {
+  RunningSimilarity linear = *similarity_;
+  linear.shift = {};
+  for (int c = 0; c < 3; ++c) {
+    double* const column[] = {matrix[c], matrix[3 + c], matrix[6 + c]};
+    Run(linear, inverse, column, dates, count);
+  }
 }
 
 }  // namespace zel_cs::geomath

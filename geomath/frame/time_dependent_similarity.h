@@ -46,6 +46,10 @@ class GEOMATH_API TimeDependentSimilarity : public DatedShift {
                  ShiftStatus* status) const override;
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
+  void DifferentiateAt(const double* const (&source)[3], const double* dates, std::size_t count,
+                       double* const (&jacobian)[9], ShiftStatus* status) const override;
+  /// Converts the columns of matrices, which are given number by number, row by row.
+  void Turn(bool inverse, double* const (&matrix)[9], const double* dates, std::size_t count) const;
 
   InPlace<RunningSimilarity, 15> similarity_;
 };

@@ -28,6 +28,8 @@ class GEOMATH_API TimeSpecificSimilarity : public DatedShift {
                  ShiftStatus* status) const override;
   void InverseAt(double* const (&point)[3], const double* dates, std::size_t count,
                  ShiftStatus* status) const override;
+  void DifferentiateAt(const double* const (&source)[3], const double* dates, std::size_t count,
+                       double* const (&jacobian)[9], ShiftStatus* status) const override;
 
   SmallAngleSimilarity similarity_;
 };

@@ -82,4 +82,32 @@ void VelocityGrid::InverseAt(double* const (&point)[3], const double* dates, std
                     ShiftStatus* became) { ForwardAt(columns, at, open, became); });
 }
 
+void VelocityGrid::DifferentiateAt(const double* const (&source)[3], const double* dates,
+                                   std::size_t count, double* const (&jacobian)[9],
+                                   ShiftStatus* status) const {
+  double at[3][kBatchBlock], velocity[3][kBatchBlock] = {}, years[kBatchBlock];
+  for (std::size_t c = 0; c < 3; ++c) std::copy_n(source[c], count, at[c]);
+  ellipsoid_.XYZ_to_BLH_Batch(at[0], at[1], at[2], count);
+  for (std::size_t i = 0; i < count; ++i) years[i] = dates[i] - epoch_;
+  const auto& j = jacobian;
+  for (const int up : {2, 5}) std::fill_n(j[up], count, 0.0);
+  nodes_->Surface(at[0], at[1],
+                  {{velocity[0], velocity[1], velocity[2]}, {j[0], j[1], j[2]}, {j[3], j[4], j[5]}},
+                  count, status);
+  const auto run = [&](const auto& slopes) {
+    const auto single = [&](double(&p)[16]) {
+      slopes.template Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8],
+                                          p[9], p[10], p[11], p[12], p[13], p[14], p[15]);
+    };
+    RunKernel(slopes,
+              {at[0], at[1], at[2], velocity[0], velocity[1], velocity[2], years, j[0], j[1], j[2],
+               j[3], j[4], j[5], j[6], j[7], j[8]},
+              count, single);
+  };
+  if (components_ == VelocityComponents::geocentric)
+    run(SpaceMotionSlopes{ellipsoid_.a, ellipsoid_.e2});
+  else
+    run(LocalMotionSlopes{ellipsoid_.a, ellipsoid_.e2});
+}
+
 }  // namespace zel_cs::geomath

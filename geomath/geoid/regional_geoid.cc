@@ -122,6 +122,15 @@ long RegionalGeoid::CountHeight(const TAbstractPoint3<double>* points, double* h
   }
 }
 
+bool RegionalGeoid::CountSlopes(const TAbstractPoint3<double>* points, double* heights,
+                                double* perLatitude, double* perLongitude, int count) const {
+  if (!data_.data || count <= 0) return false;
+  const RectBounds bounds(WithCellEdges(data_.grid));
+  GridQuery query{points, heights, static_cast<std::size_t>(count), bounds};
+  query.slopes = {perLatitude, perLongitude};
+  return RunColumns(query) && query.sloped && query.tally.invalid == 0;
+}
+
 long RegionalGeoid::REG_MOD(const TAbstractPoint3<double>* points, int count,
                             double* heights) const {
   if (!data_.data) return kGeoidFailed;

@@ -75,6 +75,12 @@ class GEOMATH_API RegionalGeoid {
   /// schemes then give no height (Kept; RegionalGeoidHeight takes it onto the edge).
   long CountHeight(const TAbstractPoint3<double>* points, double* heights, int count) const;
 
+  /// The same with the slopes of the heights along latitude and longitude, metres per radian, in the
+  /// stencil of each point. False, what is written of no use, unless every point got a height, and for
+  /// schemes that are not run over columns.
+  bool CountSlopes(const TAbstractPoint3<double>* points, double* heights, double* perLatitude,
+                   double* perLongitude, int count) const;
+
   /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows
   /// from the north to the south, each from the west; from the rounded position of grid's southern
   /// edge to that of its northern, and likewise in longitude, also after a full turn. Neither

@@ -25,13 +25,13 @@ void AffineTransformation::InverseBlock(double* const (&point)[3], std::size_t c
   }
 }
 
-ShiftStatus AffineTransformation::Differentiate(const double (&)[3],
-                                                double (&jacobian)[3][3]) const {
-  jacobian[0][0] = p_.b2;
-  jacobian[0][1] = p_.b1;
-  jacobian[1][0] = p_.a2;
-  jacobian[1][1] = p_.a1;
-  return ShiftStatus::converted;
+void AffineTransformation::DifferentiateBlock(const double* const (&)[3], const double*,
+                                              std::size_t count, double* const (&jacobian)[9],
+                                              ShiftStatus*) const {
+  std::fill_n(jacobian[0], count, p_.b2);
+  std::fill_n(jacobian[1], count, p_.b1);
+  std::fill_n(jacobian[3], count, p_.a2);
+  std::fill_n(jacobian[4], count, p_.a1);
 }
 
 }  // namespace zel_cs::geomath

@@ -26,7 +26,8 @@ class GEOMATH_API AffineTransformation : public CoordinateShift {
                     ShiftStatus* status) const override;
   void InverseBlock(double* const (&point)[3], std::size_t count,
                     ShiftStatus* status) const override;
-  ShiftStatus Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const override;
+  void DifferentiateBlock(const double* const (&source)[3], const double* dates, std::size_t count,
+                          double* const (&jacobian)[9], ShiftStatus* status) const override;
 
   Parameters p_;
 };

@@ -14,8 +14,7 @@ void CoordinateOffset::InverseBlock(double* const (&point)[3], std::size_t count
     for (std::size_t i = 0; i < count; ++i) point[c][i] -= offset_[c];
 }
 
-ShiftStatus CoordinateOffset::Differentiate(const double (&)[3], double (&)[3][3]) const {
-  return ShiftStatus::converted;
-}
+void CoordinateOffset::DifferentiateBlock(const double* const (&)[3], const double*, std::size_t,
+                                          double* const (&)[9], ShiftStatus*) const {}
 
 }  // namespace zel_cs::geomath

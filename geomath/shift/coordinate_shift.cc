@@ -10,12 +10,13 @@
 namespace zel_cs::geomath {
 namespace {
 
+constexpr double kLargest = std::numeric_limits<double>::max();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 // Refuses the points with a result so far that are not finite. Returns whether all are finite.
 bool RefuseNonFinite(double* const (&point)[3], std::size_t count, ShiftStatus* status) {
   const auto allFinite = [count](const double* column) {
-    return AllWithin(column, count, std::numeric_limits<double>::max());
+    return AllWithin(column, count, kLargest);
   };
   if (std::all_of(point, point + 3, allFinite)) return true;
   for (std::size_t i = 0; i < count; ++i) {
@@ -48,23 +49,49 @@ const char* ShiftStatusName(ShiftStatus status) {
 
 ShiftResult CoordinateShift::ForwardDerivatives(double first, double second, double third,
                                                 double (&jacobian)[3][3], double date) const {
-  const double source[] = {first, second, third};
-  double found[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
-  const bool finite = std::isfinite(first) && std::isfinite(second) && std::isfinite(third);
-  if (!finite) return {ShiftStatus::input};
-  const ShiftStatus status = kind_ == ShiftKind::timeless ? Differentiate(source, found)
-                                                          : Differences(source, date, found);
-  if (HasResult(status)) std::copy_n(&found[0][0], 9, &jacobian[0][0]);
+  double found[9];
+  double* const columns[] = {found,     found + 1, found + 2, found + 3, found + 4,
+                             found + 5, found + 6, found + 7, found + 8};
+  ShiftStatus status;
+  ForwardDerivativesBatch(PointDates(date), &first, &second, &third, columns, 1, &status);
+  if (HasResult(status)) std::copy_n(found, 9, &jacobian[0][0]);
   return {status};
 }
 
-ShiftStatus CoordinateShift::Differentiate(const double (&source)[3],
-                                           double (&jacobian)[3][3]) const {
-  return Differences(source, kNoDate, jacobian);
+void CoordinateShift::ForwardDerivativesBatch(PointDates dates, const double* first,
+                                              const double* second, const double* third,
+                                              double* const (&jacobian)[9], std::size_t count,
+                                              ShiftStatus* status) const {
+  double years[kBatchBlock];
+  std::fill_n(status, count, ShiftStatus::converted);
+  for (std::size_t start = 0; start < count; start += kBatchBlock) {
+    const std::size_t n = std::min(kBatchBlock, count - start);
+    const double* const source[] = {first + start, second + start, third + start};
+    double* columns[9];
+    for (std::size_t k = 0; k < 9; ++k) {
+      columns[k] = jacobian[k] + start;
+      std::fill_n(columns[k], n, k % 4 == 0 ? 1.0 : 0.0);
+    }
+    dates.From(start).Copy(years, n);
+    DifferentiateBlock(source, years, n, columns, status + start);
+    for (const double* column : source)
+      for (std::size_t i = 0; !AllWithin(column, n, kLargest) && i < n; ++i)
+        if (!std::isfinite(column[i])) status[start + i] = ShiftStatus::input;
+  }
 }
 
-ShiftStatus CoordinateShift::Differences(const double (&source)[3], double date,
-                                         double (&jacobian)[3][3]) const {
+void CoordinateShift::DifferentiateBlock(const double* const (&source)[3], const double* dates,
+                                         std::size_t count, double* const (&jacobian)[9],
+                                         ShiftStatus* status) const {
+  for (std::size_t i = 0; i < count; ++i) {
+    double found[3][3] = {{1, 0, 0}, {0, 1, 0}, {0, 0, 1}};
+    status[i] = Differentiate({source[0][i], source[1][i], source[2][i]}, dates[i], found);
+    for (std::size_t k = 0; k < 9; ++k) jacobian[k][i] = found[k / 3][k % 3];
+  }
+}
+
+ShiftStatus CoordinateShift::Differentiate(const double (&source)[3], double date,
+                                           double (&jacobian)[3][3]) const {
   constexpr double kHalfStep = 10;               // metres
   constexpr double kHalfStepAngle = 10 / 6.4e6;  // the same on the Earth
   for (int c = 0; c < 3; ++c) {
@@ -119,14 +146,17 @@ std::size_t CoordinateShift::RunBatch(Direction direction, PointDates dates, dou
                                       double* second, double* third, std::size_t count,
                                       std::ptrdiff_t stride, ShiftStatus* status) const {
   static_assert(kMaxPoints == kBatchBlock);
-  std::size_t start = 0;
-  const auto convert = [&](double* const(&point)[3], std::size_t n) {
+  if (count == 0) return 0;
+  StridedPoints<3> points({first, second, third}, stride);
+  std::size_t converted = 0;
+  for (std::size_t start = 0; start < count; start += kBatchBlock) {
+    const std::size_t n = std::min(kBatchBlock, count - start);
+    auto& point = points.Load(start, n);
     ShiftStatus given[kBatchBlock], became[kBatchBlock];
     std::fill_n(given, n, ShiftStatus::converted);
     std::fill_n(became, n, ShiftStatus::converted);
     const bool finite = RefuseNonFinite(point, n, given);
     RunBlock(direction, point, dates.From(start), n, became);
-    start += n;
     for (std::size_t i = 0; !finite && i < n; ++i)
       if (!HasResult(given[i])) became[i] = given[i];
 
@@ -134,10 +164,11 @@ std::size_t CoordinateShift::RunBatch(Direction direction, PointDates dates, dou
     for (std::size_t i = 0; i < n; ++i) refused += !HasResult(became[i]);
     for (std::size_t i = 0; refused != 0 && i < n; ++i)
       if (!HasResult(became[i])) point[0][i] = point[1][i] = point[2][i] = kNaN;
-    RefuseNonFinite(point, n, became);
+    converted += RefuseNonFinite(point, n, became) ? n : MarkFailures(point, n);
+    points.Store(start, n);
     if (status) status = std::copy_n(became, n, status);
-  };
-  return ConvertBlocks(convert, count, stride, first, second, third);
+  }
+  return converted;
 }
 
 ShiftResult CoordinateShift::Forward(double& first, double& second, double& third) const {

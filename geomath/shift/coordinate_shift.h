@@ -79,10 +79,14 @@ class GEOMATH_API CoordinateShift {
   /// The derivatives of Forward at a source position, one row for each coordinate of the target, in
   /// the units of the space: those of the formulas to rounding, on a line between cells or triangles
   /// those of the one that Forward takes. A class of a host's has symmetric differences of Forward.
-  /// On failure the result is unchanged. `date`, a decimal year, is for those that need one, which have
-  /// differences too.
+  /// On failure the result is unchanged. `date`, a decimal year, is for those that need one.
   ShiftResult ForwardDerivatives(double first, double second, double third,
                                  double (&jacobian)[3][3], double date = kNoDate) const;
+  /// The same at `count` source positions, into columns of the matrices' numbers row by row; those of
+  /// a point that is refused mean nothing. `status` holds `count` entries.
+  void ForwardDerivativesBatch(PointDates dates, const double* first, const double* second,
+                               const double* third, double* const (&jacobian)[9], std::size_t count,
+                               ShiftStatus* status) const;
 
   /// Forward of `count` points in place; the coordinates of point i stand at index i * stride of the
   /// three arrays (1 for three arrays, 3 for interleaved triples). A point that is refused becomes
@@ -109,6 +113,13 @@ class GEOMATH_API CoordinateShift {
   explicit CoordinateShift(ShiftSpace space, ShiftKind kind = ShiftKind::timeless)
       : space_(space), kind_(kind) {}
 
+  /// What ForwardDerivativesBatch runs for at most kMaxPoints points, whose status is
+  /// ShiftStatus::converted so far, into matrices that come as identities. Coordinates may be NaN or
+  /// infinite. The base goes point by point.
+  virtual void DifferentiateBlock(const double* const (&source)[3], const double* dates,
+                                  std::size_t count, double* const (&jacobian)[9],
+                                  ShiftStatus* status) const;
+
  private:
   /// Converts at most kMaxPoints points in place, whose status is ShiftStatus::converted so far, and
   /// changes it where it must. Coordinates may be NaN or infinite; what a refused point is left with
@@ -118,11 +129,9 @@ class GEOMATH_API CoordinateShift {
   virtual void InverseBlock(double* const (&point)[3], std::size_t count,
                             ShiftStatus* status) const = 0;
 
-  /// What ForwardDerivatives runs, at a position whose coordinates are finite and for a matrix that
-  /// comes as the identity, for a timeless shift. The base takes differences.
-  virtual ShiftStatus Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const;
-
-  ShiftStatus Differences(const double (&source)[3], double date, double (&jacobian)[3][3]) const;
+  /// What DifferentiateBlock of the base runs at one position. It takes differences.
+  virtual ShiftStatus Differentiate(const double (&source)[3], double date,
+                                    double (&jacobian)[3][3]) const;
 
   /// The same for a shift that needs dates: NaN where there is none.
   virtual void ForwardDatedBlock(double* const (&point)[3], const double* dates, std::size_t count,

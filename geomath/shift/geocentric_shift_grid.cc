@@ -101,15 +101,19 @@ void GeocentricShiftGrid::InverseBlock(double* const (&point)[3], std::size_t co
 
 // T depends on φ and λ, these on X, Y, Z. With S = ∂T/∂(X, Y, Z) at the position of the look-up, the
 // derivatives are I + S where that is the source, (I − S)⁻¹ where it is the target.
-ShiftStatus GeocentricShiftGrid::Differentiate(const double (&source)[3],
+ShiftStatus GeocentricShiftGrid::Differentiate(const double (&source)[3], double,
                                                double (&jacobian)[3][3]) const {
   double at[] = {source[0], source[1], source[2]};
   const bool atTarget = position_ == GridPosition::target;
   if (atTarget)
     if (const ShiftResult moved = Forward(at[0], at[1], at[2]); !moved) return moved.status;
   ellipsoid_.XYZ_to_BLH_Batch(&at[0], &at[1], &at[2], 1);
-  double slopes[3][2];
-  const ShiftStatus status = nodes_->Slopes(at[0], at[1], slopes);
+  double values[3], slopes[3][2];
+  const NodeSurface surface{{&values[0], &values[1], &values[2]},
+                            {&slopes[0][0], &slopes[1][0], &slopes[2][0]},
+                            {&slopes[0][1], &slopes[1][1], &slopes[2][1]}};
+  ShiftStatus status;
+  nodes_->Surface(&at[0], &at[1], surface, 1, &status);
   if (!HasResult(status)) return status;
   const auto frame =
       TangentFrame::At<simd::Scalar>(ellipsoid_.a, ellipsoid_.e2, at[0], at[1], at[2]);

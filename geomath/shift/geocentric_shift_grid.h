@@ -49,7 +49,8 @@ class GEOMATH_API GeocentricShiftGrid : public CoordinateShift {
                     ShiftStatus* status) const override;
   void InverseBlock(double* const (&point)[3], std::size_t count,
                     ShiftStatus* status) const override;
-  ShiftStatus Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const override;
+  ShiftStatus Differentiate(const double (&source)[3], double date,
+                            double (&jacobian)[3][3]) const override;
   void AddAtPoint(double sign, double* const (&point)[3], std::size_t count,
                   ShiftStatus* status) const;
   void AddAtResult(double sign, double* const (&point)[3], std::size_t count,

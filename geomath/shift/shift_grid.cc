@@ -71,15 +71,19 @@ void ShiftGrid::InverseBlock(double* const (&point)[3], std::size_t count,
   nodes_->Inverse(point, count, status);
 }
 
-ShiftStatus ShiftGrid::Differentiate(const double (&source)[3], double (&jacobian)[3][3]) const {
-  double slopes[3][2];
-  const ShiftStatus status = nodes_->Slopes(source[0], source[1], slopes);
-  if (!HasResult(status)) return status;
+void ShiftGrid::DifferentiateBlock(const double* const (&source)[3], const double*,
+                                   std::size_t count, double* const (&jacobian)[9],
+                                   ShiftStatus* status) const {
+  double unused[3][kMaxPoints];
+  NodeSurface surface{{unused[0], unused[1], unused[2]}, {}, {}};
   const int first = components_ == ShiftComponents::vertical ? 2 : 0;
-  const int count = components_ == ShiftComponents::horizontal ? 2 : 3 - first;
-  for (int i = 0; i < count; ++i)
-    for (int c = 0; c < 2; ++c) jacobian[first + i][c] += slopes[i][c];
-  return status;
+  for (int k = 0; k < 3 - first; ++k) {
+    surface.alongNorth[k] = jacobian[3 * (first + k)];
+    surface.alongEast[k] = jacobian[3 * (first + k) + 1];
+  }
+  nodes_->Surface(source[0], source[1], surface, count, status);
+  for (int c = 0; c < 2 && first == 0; ++c)
+    for (std::size_t i = 0; i < count; ++i) jacobian[4 * c][i] += 1;
 }
 
 }  // namespace zel_cs::geomath

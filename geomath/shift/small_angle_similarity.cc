@@ -1,5 +1,7 @@
 #include "geomath/shift/small_angle_similarity.h"
 
+#include <algorithm>
+
 #include "geomath/base/angle.h"
 
 namespace zel_cs::geomath {
@@ -51,11 +53,13 @@ void SmallAngleSimilarity::InverseBlock(double* const (&point)[3], std::size_t c
   inverse_.Convert(point, count);
 }
 
-ShiftStatus SmallAngleSimilarity::Differentiate(const double (&)[3],
-                                                double (&jacobian)[3][3]) const {
-  for (int r = 0; r < 3; ++r)
-    for (int c = 0; c < 3; ++c) jacobian[r][c] += forward_.m[r][c];
-  return ShiftStatus::converted;
+void SmallAngleSimilarity::DifferentiateBlock(const double* const (&)[3], const double*,
+                                              std::size_t count, double* const (&jacobian)[9],
+                                              ShiftStatus*) const {
+  for (int k = 0; k < 9; ++k) {
+    const double unit = k % 4 == 0 ? 1 : 0;
+    std::fill_n(jacobian[k], count, unit + forward_.m[k / 3][k % 3]);
+  }
 }
 
 }  // namespace zel_cs::geomath

@@ -169,7 +169,7 @@ void Triangulation::InverseBlock(double* const (&point)[3], std::size_t count,
   Convert(false, point, count, status);
 }
 
-ShiftStatus Triangulation::Differentiate(const double (&source)[3],
+ShiftStatus Triangulation::Differentiate(const double (&source)[3], double,
                                          double (&jacobian)[3][3]) const {
   const MeshPoint p = source_->Reduced({source[0], source[1]});
   std::uint32_t triangle;

@@ -35,7 +35,7 @@ void VerticalSlope::InverseBlock(double* const (&point)[3], std::size_t count, S
   for (std::size_t i = 0; i < count; ++i) point[2][i] -= At(point[0][i], point[1][i]);
 }
 
-ShiftStatus VerticalSlope::Differentiate(const double (&source)[3],
+ShiftStatus VerticalSlope::Differentiate(const double (&source)[3], double,
                                          double (&jacobian)[3][3]) const {
   jacobian[2][0] = metresPerLatitude_ - metresPerLongitude_ * FromPoint(source[1]) * Sin(source[0]);
   jacobian[2][1] = metresPerLongitude_ * Cos(source[0]);

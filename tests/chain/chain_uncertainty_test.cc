@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <cstdlib>
 #include <functional>
 #include <limits>
 #include <memory>
@@ -12,6 +11,10 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/chain/fixed_height_datum.h"
+#include "geomath/frame/deformation_model.h"
+#include "geomath/frame/frame_change.h"
+#include "geomath/frame/plate_motion.h"
+#include "geomath/frame/velocity_grid.h"
 #include "geomath/proj/factory.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/mercator_proj.h"
@@ -22,6 +25,7 @@
 #include "geomath/shift/small_angle_similarity.h"
 #include "geomath/shift/triangulation.h"
 #include "geomath/shift/vertical_slope.h"
+#include "tests/support/covariance_draws.h"
 
 namespace zel_cs::geomath {
 namespace {
@@ -255,13 +259,7 @@ TEST(ChainUncertainty, HasTheDerivativesOfEveryShift) {
   EXPECT_EQ(untouched[0][0], 7);
 }
 
-// Draws of all parameters and of the point against the propagated covariance. GEOMATH_DRAWS raises
-// their number (scripts/monte_carlo.sh runs a million).
-std::size_t Draws() {
-  const char* const text = std::getenv("GEOMATH_DRAWS");
-  return text ? std::strtoul(text, nullptr, 10) : 20000;
-}
-
+// Draws of all parameters and of the point against the propagated covariance.
 using Sample = std::function<bool(std::mt19937_64&, double (&)[3])>;
 
 void ExpectCovariance(const Nine& wanted, const double (&at)[3], const Sample& sample) {
@@ -276,9 +274,8 @@ void ExpectCovariance(const Nine& wanted, const double (&at)[3], const Sample& s
       for (int c = 0; c < 3; ++c) sum[r][c] += (p[r] - at[r]) * (p[c] - at[c]);
     }
   }
-  // Five standard errors of a variance, 1 % with a million draws and more.
   const auto n = static_cast<double>(draws);
-  const double tolerance = 5 * std::sqrt(2 / n);
+  const double tolerance = DrawsTolerance();
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 3; ++c) {
       const double drawn = (sum[r][c] - mean[r] * mean[c] / n) / (n - 1);
@@ -372,6 +369,72 @@ TEST(ChainUncertainty, EqualsDrawsOfEveryErrorBothWays) {
     return converted;
   };
   ExpectCovariance(covariance, global, backward);
+}
+
+// The point's own error through each step alone.
+TEST(ChainUncertainty, EqualsDrawsInEveryStepBothWays) {
+  const Everything all(GeoidFrame::global);
+  const auto expect = [](const char* name, CoordinateChain chain, double date = kNoDate) {
+    ExpectDrawsBothWays(chain, kPoint, name, date);
+  };
+  const auto with = [&](ShiftPlace place, const CoordinateShift& shift, ShiftDirection direction) {
+    const bool plane = place == ShiftPlace::afterProjection;
+    CoordinateChain chain(&kGlobal, nullptr, plane ? &all.projection : nullptr);
+    chain.AddShift(place, {&shift, direction});
+    return chain;
+  };
+  using enum ShiftDirection;
+  using enum ShiftPlace;
+  CoordinateChain chain(&kGlobal, &all.datum, nullptr);
+  expect("datum", chain);
+  chain.SetGeoid(&all.geoid, GeoidFrame::global);
+  expect("geoid, global", chain);
+  chain.SetGeoid(&all.geoid, GeoidFrame::local);
+  expect("geoid, local", chain);
+  chain = CoordinateChain(&kGlobal, nullptr, &all.projection);
+  chain.SetLocalization(&all.site);
+  expect("site", chain);
+  chain.SetLocalization(nullptr);
+  chain.SetGround(&all.ground);
+  expect("ground", chain);
+
+  using enum ShiftComponents;
+  const auto biquadratic = Grid(horizontalAndVertical, ShiftInterpolation::biquadratic);
+  const auto plane = Grid(horizontal, {}, ShiftSpace::plane);
+  const VerticalSlope slope(bessel, {0.8, 0.15, 0.3, 1e-5, -2e-5});
+  const FixedHeightDatum fixed(kGlobal, all.datum, 43);
+  for (const ShiftDirection direction : {forward, inverse}) {
+    expect("shift grid", with(beforeDatum, *all.grid, direction));
+    expect("shift grid, biquadratic", with(beforeDatum, *biquadratic, direction));
+    expect("plane shift grid", with(afterProjection, *plane, direction));
+    expect("vertical shift grid", with(heights, *all.levels, direction));
+    expect("small-angle similarity", with(beforeDatum, all.small, direction));
+    expect("affine transformation", with(afterProjection, all.affine, direction));
+    expect("vertical slope", with(heights, slope, direction));
+    expect("datum at one height", with(beforeDatum, fixed, direction));
+  }
+  constexpr double kDate = 2026.5;
+  const auto change = FrameChange::Make(ReferenceFrame::itrf2014, ReferenceFrame::nad83CsrsV7);
+  expect("change of frame", with(beforeDatum, *change, forward), kDate);
+  const PlateMotion motion({-3e4, -2e4, 4e4}, 2010);
+  expect("plate motion", with(beforeDatum, motion, inverse), kDate);
+  ShiftGridPart velocities{"", 0, 0.78, 0.12, 0.1, 0.1, 2, 2, {}, {}};
+  velocities.values = {10, 20, -5, 30, 25, 12, -15, 40, 3, 9, -30, 11};
+  VelocityGridDefinition moving;
+  moving.ellipsoid = kGlobal;
+  moving.epoch = 2010;
+  moving.unit = 1;
+  moving.parts = {velocities};
+  expect("velocity grid", with(beforeDatum, *VelocityGrid::Make(moving), forward), kDate);
+  DeformationModelDefinition model;
+  model.ellipsoid = kGlobal;
+  model.extent = {0.78, 0.12, 0.88, 0.22};
+  model.horizontalUnit = model.verticalUnit = 10;
+  model.components.resize(1);
+  model.components[0].displacement = horizontalAndVertical;
+  model.components[0].extent = model.extent;
+  model.components[0].parts = {velocities};
+  expect("deformation model", with(beforeDatum, *DeformationModel::Make(model), inverse), kDate);
 }
 
 // A job's error is shared by its points: the difference of two neighbours has none of it.

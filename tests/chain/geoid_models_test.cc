@@ -3,14 +3,20 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <typeinfo>
 #include <vector>
 
 #include "geomath/base/angle.h"
 #include "geomath/chain/coordinate_chain.h"
 #include "geomath/geoid/close_seam.h"
+#include "geomath/geoid/reg_geoid_2x2_denmark.h"
+#include "geomath/geoid/reg_geoid_2x2_nw.h"
 #include "geomath/geoid/reg_geoid_2x2_sw.h"
+#include "geomath/geoid/reg_geoid_interpalation4.h"
+#include "geomath/geoid/reg_geoid_interpalation_4x4_nw.h"
 #include "geomath/geoid/reg_geoid_interpalation_4x4_sw.h"
 #include "geomath/geoid/reg_geoid_interpalation_gg2008_sw.h"
+#include "geomath/geoid/reg_geoid_intrp_lagrange_4x4_sw.h"
 #include "tests/support/harmonic_model.h"
 
 namespace zel_cs::geomath {
@@ -92,6 +98,51 @@ TEST(GeoidModels, ManyHeightsAreThoseOfEach) {
 }
 
 // The corner of a national grid in degrees, as files state it; its class cuts it off.
+// In the stencil of a point, also on an edge, of a surface that every rule reproduces. A scheme of a
+// host's has differences.
+TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
+  std::vector<float> south, north;
+  const auto at = [](int r, int c) { return static_cast<float>(30 + 2 * r - 3 * c + 0.5 * r * c); };
+  for (int r = 0; r < 10; ++r)
+    for (int c = 0; c < 10; ++c) {
+      south.push_back(at(r, c));
+      north.push_back(at(9 - r, c));
+    }
+  const RegionalGeoid biquadratic(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoid2x2SW bilinear(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoid2x2NW fromNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
+  const RegGeoid2x2Denmark differences(kGrid, 10, 10, north.data(), 0, L"", L"");
+  const RegGeoidInterpalation4 nearest(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidInterpalation4x4SW cell(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidInterpalation4x4NW cubicNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
+  const RegGeoidIntrp_Lagrange4x4SW lagrange(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const Failing hosts(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const double b[] = {0.5437, 0.5218, 0.5437}, l[] = {0.2411, 0.2333, 0.2411 + kTwoPi};
+  for (const RegionalGeoid* model : std::initializer_list<const RegionalGeoid*>{
+           &biquadratic, &bilinear, &fromNorth, &differences, &nearest, &cell, &cubicNorth,
+           &lagrange, &hosts}) {
+    double heights[3], toNorth[3], toEast[3];
+    const RegionalGeoidHeight geoid(*model);
+    geoid.HeightsAndSlopes(b, l, heights, toNorth, toEast, 3);
+    for (int i = 0; i < 3; ++i) {
+      constexpr double kPerMetre = 6.4e6 * 1e-6;  // the rows of one rule are single precision
+      double height = 0;
+      ASSERT_TRUE(geoid.Height(b[i], l[i], height));
+      EXPECT_EQ(heights[i], height);
+      const double r = (b[i] - 0.5) * 100, c = std::remainder(l[i] - 0.2, kTwoPi) * 100;
+      EXPECT_NEAR(toNorth[i], 100 * (2 + 0.5 * c), kPerMetre) << typeid(*model).name();
+      EXPECT_NEAR(toEast[i], 100 * (-3 + 0.5 * r), kPerMetre) << typeid(*model).name();
+    }
+  }
+  const double edgeB = kGrid.B0, edgeL = kGrid.L0, offB = 0.4;
+  double height, toNorth, toEast;
+  RegionalGeoidHeight(bilinear).HeightsAndSlopes(&edgeB, &edgeL, &height, &toNorth, &toEast, 1);
+  EXPECT_NEAR(toNorth, 200, 1e-6);
+  EXPECT_NEAR(toEast, -300, 1e-6);
+  RegionalGeoidHeight(bilinear).HeightsAndSlopes(&offB, &edgeL, &height, &toNorth, &toEast, 1);
+  EXPECT_TRUE(std::isnan(height) && std::isnan(toNorth) && std::isnan(toEast));
+}
+
 TEST(GeoidModels, TheSouthernAndWesternEdgeBelongToTheGrid) {
   const float z[] = {40, 41, 42, 45, 47, 49, 50, 53, 57};
   constexpr double kNodes = 1e-9;  // metres: 3e-12 rad on 300 m/rad
@@ -177,6 +228,16 @@ TEST(GeoidModels, AHarmonicModelServesAChainBothWays) {
   }
   ASSERT_EQ(chain.ToGlobalBatch(b.data(), l.data(), h.data(), b.size()), b.size());
   for (std::size_t i = 0; i < b.size(); ++i) ASSERT_NEAR(h[i], static_cast<double>(i), kMetres);
+
+  // Slopes are those of symmetric differences in both directions.
+  std::vector<double> heights(600), toNorth(600), toEast(600), perB(600), perL(600);
+  geoid.HeightsAndSlopes(&b0[0], &l0[0], &heights[0], &toNorth[0], &toEast[0], 600);
+  geoid.GeoidHeight::HeightsAndSlopes(&b0[0], &l0[0], &h[0], &perB[0], &perL[0], 600);
+  for (std::size_t i = 0; i < 600; ++i) {
+    ASSERT_NEAR(heights[i], h[i], 1e-10);
+    ASSERT_NEAR(toNorth[i], perB[i], 2e-3);  // metres per radian: 3e-10 of a metre in one
+    ASSERT_NEAR(toEast[i], perL[i], 2e-3);
+  }
 
   const GlobalGeoid empty{GlobalGeoidData()};
   double height = 7;

@@ -256,6 +256,60 @@ TEST(VelocityGrid, ComponentsSayTheSame) {
   }
 }
 
+// Against symmetric differences over some 60 m within a cell, whose rounding is 1e-11.
+void ExpectDerivatives(const CoordinateShift& shift, const double (&at)[3], double date) {
+  constexpr double kDerivative = 2e-10, kEarthRadius = 6.4e6;
+  const bool angles = shift.Space() == ShiftSpace::geographic;
+  const auto unit = [&](int c) { return angles && c < 2 ? kEarthRadius : 1; };
+  double found[3][3];
+  ASSERT_TRUE(shift.ForwardDerivatives(at[0], at[1], at[2], found, date));
+  for (int c = 0; c < 3; ++c) {
+    double low[] = {at[0], at[1], at[2]}, high[] = {at[0], at[1], at[2]};
+    low[c] -= 64 / unit(c), high[c] += 64 / unit(c);
+    const double width = high[c] - low[c];
+    ASSERT_TRUE(shift.Forward(low[0], low[1], low[2], date));
+    ASSERT_TRUE(shift.Forward(high[0], high[1], high[2], date));
+    for (int r = 0; r < 3; ++r)
+      EXPECT_NEAR(found[r][c] * unit(r) / unit(c), (high[r] - low[r]) / width * unit(r) / unit(c),
+                  kDerivative)
+          << r << c;
+  }
+  EXPECT_EQ(shift.ForwardDerivatives(at[0], at[1], at[2], found).status, ShiftStatus::noDate);
+  EXPECT_EQ(shift.ForwardDerivatives(0.1, 0.1, 0.1, found, date).status, ShiftStatus::outside);
+}
+
+TEST(VelocityGrid, HasTheDerivativesOfItsMotion) {
+  using enum VelocityComponents;
+  for (const auto components : {northEast, northEastUp, geocentric}) {
+    VelocityGridDefinition definition;
+    definition.ellipsoid = kGrs80;
+    definition.epoch = 2010;
+    definition.unit = 10;  // metres a year, so that slopes are seen
+    definition.components = components;
+    definition.parts = {Part(components == northEast ? 2 : 3)};
+    const auto grid = VelocityGrid::Make(definition);
+    double at[] = {0.833, 0.1432, 900};
+    kGrs80.BLH_to_XYZ_Batch(&at[0], &at[1], &at[2], 1);
+    ExpectDerivatives(*grid, at, 2026);
+  }
+}
+
+TEST(DeformationModel, HasTheDerivativesOfItsDisplacement) {
+  using enum DisplacementInterpolation;
+  for (const auto method : {HorizontalMethod::addition, HorizontalMethod::geocentric})
+    for (const auto interpolation : {bilinear, geocentricBilinear}) {
+      DeformationModelDefinition definition = Model();
+      definition.method = method;
+      definition.horizontalUnit = definition.verticalUnit = 10;
+      definition.components[2].interpolation = interpolation;
+      ExpectDerivatives(*DeformationModel::Make(definition), {0.773, 0.1432, 900}, 2014);
+    }
+  DeformationModelDefinition angles = Model();
+  angles.angles = true;
+  angles.horizontalUnit = 1e-6;
+  ExpectDerivatives(*DeformationModel::Make(angles), {0.773, 0.1432, 900}, 2014);
+}
+
 // One point, many, a date each, on every instruction set; and back.
 void ExpectSameBits(const CoordinateShift& shift, const std::vector<double>& given,
                     const double (&tolerance)[3]) {
@@ -333,6 +387,31 @@ TEST(VelocityGrid, SameBitsEverywhere) {
   const auto grid = VelocityGrid::Make(definition);
   ASSERT_TRUE(grid);
   ExpectSameBits(*grid, points, {1.5e-9, 1.5e-9, 1.5e-9});
+}
+
+// Positions whose origin lies in another cell or part: a finer part begins in the middle of a cell, the
+// displacement grows from zero at its edge. Every one is found to 1 nm, as if it were far from lines.
+TEST(DeformationModel, FindsOriginsAcrossLines) {
+  DeformationModelDefinition definition = Model();
+  definition.components = {Component(ShiftComponents::horizontal, Step(2000))};
+  std::vector<ShiftGridPart>& parts = definition.components[0].parts;
+  std::fill(parts[0].values.begin(), parts[0].values.end(), 2.0F);  // metres
+  ShiftGridPart finer{"finer", 1, 0.771, 0.1333, 1e-4, 1e-4, 5, 5, {}, {}};
+  for (int i = 0; i < 25; ++i) {
+    const bool edge = i / 5 % 4 == 0 || i % 5 % 4 == 0;
+    finer.values.insert(finer.values.end(), {edge ? 2.0F : 5.0F, edge ? 2.0F : -1.0F});
+  }
+  parts.push_back(finer);
+  const auto model = DeformationModel::Make(definition);
+  ASSERT_TRUE(model);
+  for (int i = 0; i < 2000; ++i) {
+    const double b0 = 0.771 + 5e-9 * (i - 1000), l0 = 0.1333 + 4.4e-7 * (i % 1000);
+    double b = b0, l = l0, h = 9;
+    ASSERT_TRUE(model->Forward(b, l, h, 2010));
+    ASSERT_TRUE(model->Inverse(b, l, h, 2010)) << i;
+    ASSERT_NEAR(b, b0, 3.5e-16) << i;
+    ASSERT_NEAR(l, l0, 1.7e-16) << i;
+  }
 }
 
 // A position that no point moves to: across the edge of a component that moves them apart.

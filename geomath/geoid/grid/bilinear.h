@@ -25,6 +25,7 @@ struct BilinearSouth {
   GEOMATH_INLINE Stencil Place(double lat, double lon) const {
     return PlaceInCells(grid, lat - grid.south, FoldTurn(lon - grid.west));
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[2][2], double) const {
     return Bilinear(at.u, at.v, z[0][0], z[0][1], z[1][0], z[1][1]);
   }
@@ -38,6 +39,7 @@ struct BilinearNorthByDifferences {
   GEOMATH_INLINE Stencil Place(double lat, double lon) const {
     return PlaceInCells(grid, grid.north - lat, FoldTurn(lon - grid.west));
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.SouthStepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[2][2], double) const {
     return BilinearByDifferences(at.u, at.v, z[0][0], z[0][1], z[1][0], z[1][1]);
   }
@@ -54,6 +56,7 @@ struct BilinearNorth {
     at.v = FoldTurn(lon - FoldTurn(at.column * grid.lonStep + grid.west)) / grid.lonStep;
     return at;
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.SouthStepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[2][2], double) const {
     return Bilinear(at.u, at.v, z[0][0], z[0][1], z[1][0], z[1][1]);
   }

@@ -24,6 +24,7 @@ struct Biquadratic {
     return {i - 1, j - 1, fromSouth - i * grid.latStep, fromWest - j * grid.lonStep, true};
   }
 
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return {1, 1}; }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[3][3], double) const {
     constexpr float kHole = static_cast<float>(kNoHeight);
     bool hole = false;

@@ -53,6 +53,7 @@ struct ConvolutionByNearest {
     const bool served = rows & columns;
     return {row, column, x - row - 1, y - column - 1, served};
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double) const {
     return WeightedSum4x4(0, CatmullRom(at.u), CatmullRom(at.v), z);
   }
@@ -68,6 +69,7 @@ struct ConvolutionByCell {
     const double i = RoundDown(x), j = RoundDown(y);
     return {i - 1, j - 1, x - i, y - j, grid.Holds(i - 1, j - 1, kSize)};
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double start) const {
     return WeightedSum4x4(start, CatmullRom(at.u), CatmullRom(at.v), z);
   }
@@ -88,6 +90,7 @@ struct ConvolutionNorth {
     const bool served = rows & columns;
     return {row, column, x - row - 1, y - column - 1, served};
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.SouthStepsPerRadian(); }
   template <class Node>
   GEOMATH_INLINE double Height(const Stencil& at, const Node (&z)[4][4], double) const {
     return WeightedSum4x4(0, CatmullRom(at.u), CatmullRom(at.v), z);
@@ -109,6 +112,7 @@ struct LagrangeSouth {
     const double column = FirstByNearest(RoundDown(y + 0.5), lon, grid.west, grid.lonStep);
     return {row, column, lat, lon, grid.Holds(row, column, kSize)};
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return {1, 1}; }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double) const {
     return WeightedSum4x4(0, Lagrange(at.u, Coordinates(at.row, grid.south, grid.latStep)),
                           Lagrange(at.v, Coordinates(at.column, grid.west, grid.lonStep)), z);

@@ -31,19 +31,37 @@ struct NodeOfRule<Rule> {
 template <class Rule>
 using NodeOf = typename NodeOfRule<Rule>::Node;
 
+/// Whether a rule says how its stencils move, so that heights have slopes.
+template <class Rule>
+inline constexpr bool kHasSlopes = requires(const Rule& rule) {
+  rule.PerRadian();
+};
+
+/// Columns for the slopes of heights along latitude and longitude, metres per radian; null where
+/// nobody asks.
+struct GridSlopes {
+  double *perLatitude = nullptr, *perLongitude = nullptr;
+
+  GridSlopes From(std::size_t first) const {
+    return perLatitude ? GridSlopes{perLatitude + first, perLongitude + first} : GridSlopes{};
+  }
+};
+
 /// A rule of interpolation over columns of points. `Rule` is a plain record with
 ///   static constexpr int kSize                              // a stencil has kSize × kSize nodes
 ///   Stencil Place(double lat, double lon) const
 ///   double Height(const Stencil&, const Node (&z)[kSize][kSize], double start) const
+///   StencilSlopes PerRadian() const    // of u by latitude and v by longitude; absent without
 /// the statements that a single point runs too; Height gives kNoHeight at a hole, and `start` is
 /// what the point's slot holds. Every Rule is instantiated in a kernel source.
 template <class Target, class Rule>
 struct GridKernel {
   /// Heights of at most kGridBlock points, cut to the resolution of a query and brought into
-  /// `bounds`, from nodes that hold stencils of the rule; kNoHeight where there is none.
+  /// `bounds`, from nodes that hold stencils of the rule; kNoHeight where there is none. Slopes are
+  /// those in the stencil, nothing without kHasSlopes.
   static GridTally Heights(const Rule& rule, const GridNodes& nodes, const RectBounds& bounds,
                            const double* lat, const double* lon, double* heights,
-                           std::size_t count);
+                           const GridSlopes& slopes, std::size_t count);
 };
 
 /// The same for a grid in a map projection, whose points were located and projected before: Place is

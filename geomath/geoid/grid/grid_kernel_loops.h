@@ -70,6 +70,26 @@ class GridBlock {
     }
   }
 
+  /// Symmetric differences over a small part of a step, in the stencil: rules of the second degree have
+  /// their own slopes, those of the third what a metre in a kilometre leaves of them.
+  GEOMATH_INLINE void SlopesBy(const Rule& rule, double* GEOMATH_RESTRICT perLatitude,
+                               double* GEOMATH_RESTRICT perLongitude) const {
+    constexpr double kPart = 1.0 / 256;
+    const StencilSlopes perRadian = rule.PerRadian();
+    const double dB = kPart * rule.grid.latStep, dL = kPart * rule.grid.lonStep;
+    const double du = dB * perRadian.u, dv = dL * perRadian.v;
+    for (std::size_t i = 0; i < count_; ++i) {
+      Node z[kSize][kSize];
+      for (std::size_t r = 0; r < kSize; ++r)
+        for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
+      const auto height = [&](double u, double v) {
+        return rule.Height(Stencil{row_[i], column_[i], u, v, true}, z, 0);
+      };
+      perLatitude[i] = (height(u_[i] + du, v_[i]) - height(u_[i] - du, v_[i])) / (2 * dB);
+      perLongitude[i] = (height(u_[i], v_[i] + dv) - height(u_[i], v_[i] - dv)) / (2 * dL);
+    }
+  }
+
   /// Puts kNoHeight where a height is none.
   GEOMATH_INLINE GridTally Finish(double* GEOMATH_RESTRICT heights) const {
     GridTally tally;
@@ -97,7 +117,8 @@ class GridBlock {
 template <class Target, class Rule>
 GridTally GridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& nodes,
                                             const RectBounds& bounds, const double* lat,
-                                            const double* lon, double* heights, std::size_t count) {
+                                            const double* lon, double* heights,
+                                            const GridSlopes& slopes, std::size_t count) {
   const Rule localRule = rule;  // plain numbers that no column can alias
   const RectBounds localBounds = bounds;
   GridBlock<Rule> block(count);
@@ -105,6 +126,8 @@ GridTally GridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& n
   block.PlaceBy(localRule);
   block.Gather(nodes);
   block.HeightsBy(localRule, heights);
+  if constexpr (kHasSlopes<Rule>)
+    if (slopes.perLatitude) block.SlopesBy(localRule, slopes.perLatitude, slopes.perLongitude);
   return block.Finish(heights);
 }
 

@@ -20,7 +20,9 @@ struct GridQuery {
   std::size_t count;
   RectBounds bounds;
   GridTally tally = {};
-  int failure = 0;  // what ended the query
+  int failure = 0;         // what ended the query
+  GridSlopes slopes = {};  // as the heights, where they are asked for
+  bool sloped = false;     // whether they were written
 };
 
 /// Runs points from `first` on one by one: `interpolate`, int (double* point, double& height), gives

@@ -16,6 +16,11 @@ GEOMATH_INLINE double CutToWhole(double x) { return std::copysign(RoundDown(std:
 /// Whether x lies in [low, high]; false for NaN.
 GEOMATH_INLINE bool Between(double x, double low, double high) { return (x >= low) & (x <= high); }
 
+/// How a stencil's u grows with latitude and v with longitude.
+struct StencilSlopes {
+  double u, v;
+};
+
 /// The geometry of a grid whose nodes are floats.
 struct GridFrame {
   double south, north, west, latStep, lonStep;  // radians
@@ -29,6 +34,11 @@ struct GridFrame {
         lonStep(grid.lonStep),
         rows(NY),
         columns(NX) {}
+
+  /// The slopes of positions in steps, whose rows count to the north.
+  GEOMATH_INLINE StencilSlopes StepsPerRadian() const { return {1 / latStep, 1 / lonStep}; }
+  /// The same, to the south.
+  GEOMATH_INLINE StencilSlopes SouthStepsPerRadian() const { return {-1 / latStep, 1 / lonStep}; }
 
   /// Whether `size` rows and columns from these on are in the grid.
   GEOMATH_INLINE bool Holds(double row, double column, double size) const {

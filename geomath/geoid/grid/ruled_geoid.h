@@ -45,8 +45,10 @@ struct RuledGeoid {
   template <class Model>
   bool Run(const Model& model, GridQuery& query) const {
     if (!Runs(model)) return false;
+    query.sloped = query.slopes.perLatitude && kHasSlopes<Rule>;
     RunBlocks(query, [&](std::size_t first, std::size_t n, const double* lat, const double* lon) {
-      const GridTally tally = Heights(query.bounds, lat, lon, query.heights + first, n);
+      const GridTally tally =
+          Heights(query.bounds, lat, lon, query.heights + first, query.slopes.From(first), n);
       query.tally.outside += tally.outside;
       query.tally.invalid += tally.invalid;
       return true;
@@ -62,7 +64,7 @@ struct RuledGeoid {
     RunBlocks(query, [&](std::size_t first, std::size_t n, const double* lat, const double* lon) {
       double heights[kGridBlock];
       std::copy_n(query.heights + first, n, heights);
-      Heights(query.bounds, lat, lon, heights, n);
+      Heights(query.bounds, lat, lon, heights, {}, n);
       return TakeHeights(query, first, n, heights, single);
     });
     return true;
@@ -77,10 +79,10 @@ struct RuledGeoid {
   }
 
   GridTally Heights(const RectBounds& bounds, const double* lat, const double* lon, double* heights,
-                    std::size_t count) const {
+                    const GridSlopes& slopes, std::size_t count) const {
     const auto kernel = simd::ForActiveSet(
         [](auto target) { return &GridKernel<decltype(target), Rule>::Heights; });
-    return kernel(rule, nodes, bounds, lat, lon, heights, count);
+    return kernel(rule, nodes, bounds, lat, lon, heights, slopes, count);
   }
 };
 

@@ -41,10 +41,11 @@ struct BilinearShift {
     return west + alongEast * v;
   }
 
-  static GEOMATH_INLINE void Slopes(const double (&z)[2][2], double u, double v, double& alongNorth,
-                                    double& alongEast) {
+  template <class Value>
+  static GEOMATH_INLINE double At(const Value (&z)[2][2], double u, double v, double& alongNorth,
+                                  double& alongEast) {
     double twist;
-    At(z, u, v, alongNorth, alongEast, twist);
+    return At(z, u, v, alongNorth, alongEast, twist);
   }
 };
 
@@ -64,13 +65,14 @@ struct BiquadraticShift {
 
   template <class Value>
   static GEOMATH_INLINE double At(const Value (&z)[3][3], double u, double v) {
-    return Parabola(u, Parabola(v, z[0][0], z[0][1], z[0][2]),
-                    Parabola(v, z[1][0], z[1][1], z[1][2]), Parabola(v, z[2][0], z[2][1], z[2][2]));
+    double alongNorth, alongEast;
+    return At(z, u, v, alongNorth, alongEast);
   }
 
-  /// The slopes per step.
-  static GEOMATH_INLINE void Slopes(const double (&z)[3][3], double u, double v, double& alongNorth,
-                                    double& alongEast) {
+  /// The value, and its slopes per step.
+  template <class Value>
+  static GEOMATH_INLINE double At(const Value (&z)[3][3], double u, double v, double& alongNorth,
+                                  double& alongEast) {
     double row[3], slope[3];
     for (int r = 0; r < 3; ++r) {
       row[r] = Parabola(v, z[r][0], z[r][1], z[r][2]);
@@ -78,6 +80,7 @@ struct BiquadraticShift {
     }
     alongNorth = ParabolaSlope(u, row[0], row[1], row[2]);
     alongEast = Parabola(u, slope[0], slope[1], slope[2]);
+    return Parabola(u, row[0], row[1], row[2]);
   }
 
  private:

@@ -195,6 +195,26 @@ void NodeGrid::Values(const double* north, const double* east, double* const* va
   });
 }
 
+void NodeGrid::Surface(const double* north, const double* east, const NodeSurface& surface,
+                       std::size_t count, ShiftStatus* status) const {
+  RunAs(interpolation_, components_, [&](auto rule, auto components) {
+    const auto convert = simd::ForActiveSet([](auto target) {
+      return &ShiftKernel<decltype(target), decltype(rule), decltype(components)::value>::Surface;
+    });
+    convert(nodes_, north, east, surface, count, status);
+  });
+}
+
+void NodeGrid::Cells(const double* north, const double* east, const CellSurface& surface,
+                     std::size_t count, ShiftStatus* status) const {
+  RunAs(ShiftInterpolation::bilinear, components_, [&](auto, auto components) {
+    const auto convert = simd::ForActiveSet([](auto target) {
+      return &CellKernel<decltype(target), decltype(components)::value>::Surface;
+    });
+    convert(nodes_, north, east, surface, count, status);
+  });
+}
+
 void NodeGrid::Forward(double* const* point, std::size_t count, ShiftStatus* status) const {
   RunAs(interpolation_, components_, [&](auto rule, auto components) {
     const auto convert = simd::ForActiveSet([](auto target) {
@@ -227,37 +247,6 @@ bool NodeGrid::Accuracy(double north, double east, double* accuracies) const {
   if (!HasResult(status)) return false;
   std::copy_n(found, components_, accuracies);
   return true;
-}
-
-ShiftStatus NodeGrid::Slopes(double north, double east, double (&slopes)[3][2]) const {
-  const GridParts& grid = nodes_.grid;
-  const std::uint32_t found = grid.Find(north, east);
-  if (found == kNoPart) return ShiftStatus::outside;
-  const PartFrame& part = grid.parts[found];
-  const PartPosition at = PositionIn(part, grid.turn, north, east);
-  double sum = 0;
-  RunAs(interpolation_, components_, [&](auto rule, auto components) {
-    using Rule = decltype(rule);
-    constexpr int kComponents = decltype(components)::value;
-    const AxisWindow row = Rule::Place(IntoAxis(at.north, part.rows - 1), part.rows);
-    const AxisWindow column = Rule::Place(IntoAxis(at.east, part.columns - 1), part.columns);
-    for (int k = 0; k < kComponents; ++k) {
-      double z[Rule::kSize][Rule::kSize];
-      for (int r = 0; r < Rule::kSize; ++r)
-        for (int c = 0; c < Rule::kSize; ++c) {
-          const double node = part.firstNode + (row.first + r) * part.columns + column.first + c;
-          z[r][c] = grid.nodes[static_cast<std::size_t>(node) * kComponents +
-                               static_cast<std::size_t>(k)];
-        }
-      double& alongNorth = slopes[k][0];
-      double& alongEast = slopes[k][1];
-      Rule::Slopes(z, row.fraction, column.fraction, alongNorth, alongEast);
-      alongNorth *= part.stepsPerNorth;
-      alongEast *= part.stepsPerEast;
-      sum += alongNorth + alongEast;
-    }
-  });
-  return std::isfinite(sum) ? ShiftStatus::converted : ShiftStatus::hole;
 }
 
 }  // namespace zel_cs::geomath

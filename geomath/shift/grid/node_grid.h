@@ -29,11 +29,13 @@ class NodeGrid {
   /// As ShiftKernel, on the instruction set in force.
   void Values(const double* north, const double* east, double* const* values, std::size_t count,
               ShiftStatus* status) const;
+  void Surface(const double* north, const double* east, const NodeSurface& surface,
+               std::size_t count, ShiftStatus* status) const;
+  /// Of bilinear grids.
+  void Cells(const double* north, const double* east, const CellSurface& surface, std::size_t count,
+             ShiftStatus* status) const;
   void Forward(double* const* point, std::size_t count, ShiftStatus* status) const;
   void Inverse(double* const* point, std::size_t count, ShiftStatus* status) const;
-
-  /// The slopes of the components towards north and east at a point, per unit of the coordinates.
-  ShiftStatus Slopes(double north, double east, double (&slopes)[3][2]) const;
 
   bool HasAccuracies() const { return !accuracies_.empty(); }
   bool Accuracy(double north, double east, double* accuracies) const;

@@ -20,6 +20,8 @@ constexpr double kRestPerUnit = 8 * std::numeric_limits<double>::epsilon();
 
 GEOMATH_INLINE double Larger(double a, double b) { return a > b ? a : b; }
 
+GEOMATH_INLINE double Smaller(double a, double b) { return a < b ? a : b; }
+
 GEOMATH_INLINE double RestAllowed(double north, double east) {
   return kRestPerUnit * Larger(1, Larger(std::abs(north), std::abs(east)));
 }
@@ -140,6 +142,19 @@ struct WindowBlock {
   }
 };
 
+// The steps in a unit of the coordinates, of the part of each point.
+struct Steps {
+  double perNorth[kBatchBlock], perEast[kBatchBlock];
+
+  template <class Block>
+  GEOMATH_INLINE Steps(const GridParts& grid, const Block& at, std::size_t count) {
+    for (std::size_t i = 0; i < count; ++i) {
+      perNorth[i] = at.PartOf(grid, i).stepsPerNorth;
+      perEast[i] = at.PartOf(grid, i).stepsPerEast;
+    }
+  }
+};
+
 GEOMATH_INLINE ShiftStatus StatusOf(double inside, double value) {
   if (inside != 1) return ShiftStatus::outside;
   return std::isnan(value) ? ShiftStatus::hole : ShiftStatus::converted;
@@ -238,15 +253,11 @@ void InvertHorizontal(const ShiftNodes& nodes, double* const* point, std::size_t
   }
   at.Place(grid, north, east, count);
   at.Gather(grid, count);
-  double stepsPerNorth[kBatchBlock], stepsPerEast[kBatchBlock];
-  for (std::size_t i = 0; i < count; ++i) {
-    stepsPerNorth[i] = at.PartOf(grid, i).stepsPerNorth;
-    stepsPerEast[i] = at.PartOf(grid, i).stepsPerEast;
-  }
+  const Steps steps(grid, at, count);
   for (std::size_t i = 0; i < count; ++i) {
     WindowValues<BilinearShift, kComponents> z;
     for (int k = 0; k < 2; ++k) at.ValuesOf(i, k, z[k]);
-    rest[i] = Approach<kComponents>(z, at.u[i], at.v[i], stepsPerNorth[i], stepsPerEast[i],
+    rest[i] = Approach<kComponents>(z, at.u[i], at.v[i], steps.perNorth[i], steps.perEast[i],
                                     targetNorth[i], targetEast[i], north[i], east[i]);
   }
 
@@ -298,7 +309,108 @@ void AddShifts(const ShiftNodes& nodes, double sign, double* const* point, std::
   for (std::size_t i = 0; i < count; ++i) status[i] = StatusOf(at.inside[i], sum[i]);
 }
 
+// The slopes of one component in a loop that vectorises.
+template <class Rule, int kComponents>
+GEOMATH_INLINE void SurfaceOf(const WindowBlock<Rule, kComponents>& at, int k,
+                              const double* GEOMATH_RESTRICT stepsPerNorth,
+                              const double* GEOMATH_RESTRICT stepsPerEast,
+                              double* GEOMATH_RESTRICT value, double* GEOMATH_RESTRICT alongNorth,
+                              double* GEOMATH_RESTRICT alongEast, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i) {
+    typename WindowBlock<Rule, kComponents>::Values z;
+    at.ValuesOf(i, k, z);
+    double perRow, perColumn;
+    value[i] = Rule::At(z, at.u[i], at.v[i], perRow, perColumn);
+    alongNorth[i] = perRow * stepsPerNorth[i];
+    alongEast[i] = perColumn * stepsPerEast[i];
+  }
+}
+
+template <class Rule, int kComponents>
+GEOMATH_INLINE void FindSurface(const WindowBlock<Rule, kComponents>& at, const Steps& steps,
+                                const NodeSurface& surface, std::size_t count,
+                                ShiftStatus* status) {
+  double sum[kBatchBlock];
+  std::fill_n(sum, count, 0.0);
+  for (int k = 0; k < kComponents; ++k) {
+    SurfaceOf<Rule, kComponents>(at, k, steps.perNorth, steps.perEast, surface.value[k],
+                                 surface.alongNorth[k], surface.alongEast[k], count);
+    for (std::size_t i = 0; i < count; ++i) sum[i] += surface.value[k][i];
+  }
+  for (std::size_t i = 0; i < count; ++i) status[i] = StatusOf(at.inside[i], sum[i]);
+}
+
+template <int kComponents>
+GEOMATH_INLINE void FindCells(const WindowBlock<BilinearShift, kComponents>& at, const Steps& steps,
+                              const CellSurface& surface, std::size_t count) {
+  for (int k = 0; k < kComponents; ++k)
+    for (std::size_t i = 0; i < count; ++i) {
+      float z[2][2];
+      at.ValuesOf(i, k, z);
+      double alongNorth, alongEast, twist;
+      BilinearShift::At(z, at.u[i], at.v[i], alongNorth, alongEast, twist);
+      surface.twist[k][i] = twist * steps.perNorth[i] * steps.perEast[i];
+    }
+  constexpr double kEverywhere = std::numeric_limits<double>::infinity();
+  const auto room = [](double fraction) { return Smaller(fraction, 1 - fraction) - kEdgeSteps; };
+  for (std::size_t i = 0; i < count; ++i) {
+    const bool inside = at.inside[i] == 1;
+    surface.roomNorth[i] = inside ? room(at.u[i]) / steps.perNorth[i] : kEverywhere;
+    surface.roomEast[i] = inside ? room(at.v[i]) / steps.perEast[i] : kEverywhere;
+  }
+}
+
+// No room beside parts that are asked before that of a point.
+template <int kComponents>
+GEOMATH_INLINE void LeaveEdges(const GridParts& grid,
+                               const WindowBlock<BilinearShift, kComponents>& at,
+                               const double* GEOMATH_RESTRICT north,
+                               const double* GEOMATH_RESTRICT east, const CellSurface& surface,
+                               std::size_t count) {
+  double* const GEOMATH_RESTRICT room = surface.roomNorth;
+  const Turn turn = grid.turn;
+  for (std::size_t number = 0; number < grid.count; ++number) {
+    const PartFrame part = grid.parts[number];
+    const auto asked = static_cast<double>(number);
+    const double reachN = surface.reach * part.stepsPerNorth;
+    const double reachE = surface.reach * part.stepsPerEast;
+    const double around = turn.length * part.stepsPerEast;
+    for (std::size_t i = 0; i < count; ++i) {
+      const PartPosition p = PositionIn(part, turn, north[i], east[i]);
+      const bool along = (p.north >= -reachN) & (p.north <= part.rows - 1 + reachN);
+      const bool across = (p.east >= -reachE) & (p.east <= part.columns - 1 + reachE);
+      const bool pastTurn = (around > 0) & (p.east >= around - reachE);
+      const bool before = (asked < at.part[i]) | (at.inside[i] != 1);
+      room[i] = (along & (across | pastTurn) & before) ? 0 : room[i];
+    }
+  }
+}
+
 }  // namespace
+
+template <class T, class Rule, int kComponents>
+void ShiftKernel<T, Rule, kComponents>::Surface(const ShiftNodes& nodes, const double* north,
+                                                const double* east, const NodeSurface& surface,
+                                                std::size_t count, ShiftStatus* status) {
+  WindowBlock<Rule, kComponents> at;
+  at.Place(nodes.grid, north, east, count);
+  at.Gather(nodes.grid, count);
+  const Steps steps(nodes.grid, at, count);
+  FindSurface<Rule, kComponents>(at, steps, surface, count, status);
+}
+
+template <class T, int kComponents>
+void CellKernel<T, kComponents>::Surface(const ShiftNodes& nodes, const double* north,
+                                         const double* east, const CellSurface& surface,
+                                         std::size_t count, ShiftStatus* status) {
+  WindowBlock<BilinearShift, kComponents> at;
+  at.Place(nodes.grid, north, east, count);
+  at.Gather(nodes.grid, count);
+  const Steps steps(nodes.grid, at, count);
+  FindSurface<BilinearShift, kComponents>(at, steps, surface, count, status);
+  FindCells<kComponents>(at, steps, surface, count);
+  LeaveEdges<kComponents>(nodes.grid, at, north, east, surface, count);
+}
 
 template <class T, class Rule, int kComponents>
 void ShiftKernel<T, Rule, kComponents>::Values(const ShiftNodes& nodes, const double* north,
@@ -329,6 +441,9 @@ void ShiftKernel<T, Rule, kComponents>::Inverse(const ShiftNodes& nodes, double*
     AddShifts<Rule, kComponents>(nodes, -1, point, count, status);
 }
 
+template struct CellKernel<Target, 1>;
+template struct CellKernel<Target, 2>;
+template struct CellKernel<Target, 3>;
 template struct ShiftKernel<Target, BilinearShift, 1>;
 template struct ShiftKernel<Target, BilinearShift, 2>;
 template struct ShiftKernel<Target, BilinearShift, 3>;

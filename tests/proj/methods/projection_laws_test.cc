@@ -19,6 +19,7 @@
 #include "geomath/base/angle.h"
 #include "geomath/geomath.h"
 #include "geomath/simd/instruction_set.h"
+#include "tests/support/covariance_draws.h"
 #include "tests/support/tolerance.h"
 
 namespace zel_cs::geomath {
@@ -973,6 +974,15 @@ TEST_P(ProjectionLaws, DerivativesAgreeWithNumericDifferences) {
   EXPECT_FALSE(proj->ForwardDerivatives(kHalfPi, 0, untouched));
   EXPECT_EQ(untouched.northB, 1);
   EXPECT_EQ(untouched.eastL, 4);
+}
+
+// Off the middle of the domain, where nothing is zero by symmetry.
+TEST_P(ProjectionLaws, CovariancesEqualDraws) {
+  const ProjPtr proj = Make();
+  const Domain& d = laws().domain;
+  const double at[] = {(d.south + 0.61 * (d.north - d.south)) * kDegree,
+                       (d.west + 0.63 * (d.east - d.west)) * kDegree, 100};
+  ExpectDrawsBothWays(CoordinateChain(nullptr, nullptr, proj.get()), at, laws().name);
 }
 
 // A point that is refused has no derivatives, and one that has them a grid about it; a batch has the
