@@ -23,8 +23,8 @@ TangentFrame FrameAt(const Ellipsoid& ell, double b, double l, double h) {
 // A conversion of the derivatives that depends on the positions.
 template <class Conversion>
 void ChainTangents::RunAt(const Conversion& conversion, Points geographic, std::size_t count) {
-  double position[3][kBatchBlock];
-  for (int c = 0; c < 3; ++c) std::copy_n(geographic[c], count, position[c]);
+  double* position[3];  // which stay
+  for (int c = 0; c < 3; ++c) position[c] = const_cast<double*>(geographic[c]);
   auto& t = tangent_;
   RunKernel(
       conversion,
@@ -36,8 +36,10 @@ void ChainTangents::RunAt(const Conversion& conversion, Points geographic, std::
 }
 
 Matrix3 ChainTangents::At(std::size_t i) const {
+  const auto& t = tangent_;
+  if (level_) return {{{t[0][i], t[1][i], 0}, {t[3][i], t[4][i], 0}, {0, 0, 1}}};
   Matrix3 tangent;
-  for (int k = 0; k < 9; ++k) tangent.m[k / 3][k % 3] = tangent_[k][i];
+  for (int k = 0; k < 9; ++k) tangent.m[k / 3][k % 3] = t[k][i];
   return tangent;
 }
 
@@ -45,10 +47,6 @@ Matrix3 ChainTangents::Added(std::size_t i) const {
   if (!adds_) return {};
   const auto& a = added_;
   return Symmetric3{a[0][i], a[1][i], a[2][i], a[3][i], a[4][i], a[5][i]}.Full();
-}
-
-void ChainTangents::Set(std::size_t i, const Matrix3& tangent) {
-  for (int k = 0; k < 9; ++k) tangent_[k][i] = tangent.m[k / 3][k % 3];
 }
 
 const Ellipsoid* ChainTangents::GlobalEllipsoid() const {
@@ -74,6 +72,26 @@ void ChainTangents::Start(Points geographic, std::size_t count) {
 
 void ChainTangents::SetIdentity(std::size_t count) {
   for (int k = 0; k < 9; ++k) std::fill_n(tangent_[k], count, k % 4 == 0 ? 1.0 : 0.0);
+}
+
+// Writes what the heights add to derivatives that leave them alone.
+void ChainTangents::Raise(std::size_t count) {
+  if (!level_) return;
+  level_ = false;
+  for (const int k : {2, 5, 6, 7}) std::fill_n(tangent_[k], count, 0.0);
+  std::fill_n(tangent_[8], count, 1.0);
+}
+
+// Behind the projection; `level` for a matrix that leaves heights alone.
+void ChainTangents::Times(const Matrix3& matrix, bool level, std::size_t count) {
+  auto& t = tangent_;
+  const auto& m = matrix.m;
+  if (level_ && level) {
+    const TimesLevel times{m[0][0], m[0][1], m[1][0], m[1][1]};
+    return RunKernel(times, {t[0], t[1], t[3], t[4]}, count);
+  }
+  Raise(count);
+  RunKernel(TimesTangent{matrix}, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]}, count);
 }
 
 // Writes the derivatives that are still those of metres at the geographic positions.
@@ -204,6 +222,7 @@ const ChainUncertainty::ShiftNoise* ChainTangents::NoiseOf(const ChainShift& ste
 void ChainTangents::Shift(const ChainShift& step, ChainStep place, Points before, Points after,
                           std::size_t count) {
   if (step.shift->Space() == ShiftSpace::geographic) Settle(before, count);
+  Raise(count);
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
   Jacobians j;
   ShiftDerivatives(step, before, after, count, place, j);
@@ -285,7 +304,7 @@ void ChainTangents::Part() {
 // With the derivatives T of positions and T' of the positions with these heights, an error v of the
 // global position of the first kind is one of T'⁻¹·diag(1, 1, 0)·T·v, a height's one of T'⁻¹·e3.
 void ChainTangents::Arrive(Points geographic, std::size_t count) {
-  Settle(geographic, count);
+  if (!chain_.GetProjection()) Settle(geographic, count);
   std::copy_n(geographic[2], count, ellipsoidal_);
   if (!apart_) return;
   apart_ = false;
@@ -321,19 +340,32 @@ void ChainTangents::Arrive(Points geographic, std::size_t count) {
   }
 }
 
+// From metres at the positions to the grid, heights are left alone.
 void ChainTangents::Project(const TGeoProj& projection, Points geographic, std::size_t count) {
-  double d[4][kBatchBlock];
+  double columns[4][kBatchBlock];
+  auto& t = tangent_;
+  double* const d[] = {inMetres_ ? t[0] : columns[0], inMetres_ ? t[3] : columns[1],
+                       inMetres_ ? t[1] : columns[2], inMetres_ ? t[4] : columns[3]};
   for (int c = 0; c < 2; ++c) std::copy_n(geographic[c], count, d[c]);
   if (projection.ForwardDerivativesBatch(d[0], d[1], d[2], d[3], count) < count)
     for (std::size_t i = 0; i < count; ++i)
       if (std::isnan(d[0][i])) Fail(i, ChainStep::projection);
-  auto& t = tangent_;
-  RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]}, count);
+  if (!inMetres_) {
+    RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]},
+              count);
+    return;
+  }
+  inMetres_ = false;
+  level_ = true;
+  const GridPerMetre conversion(*ellipsoid_);
+  RunKernel(
+      conversion, {const_cast<double*>(geographic[0]), ellipsoidal_, d[0], d[1], d[2], d[3]}, count,
+      [&](double(&p)[6]) { conversion.Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5]); });
 }
 
 void ChainTangents::ToSite(const LocalToGrid& site, Points grid, std::size_t count) {
-  TimesTangent times{Matrix3::Identity()};
-  auto& m = times.matrix.m;
+  Matrix3 matrix = Matrix3::Identity();
+  auto& m = matrix.m;
   const double s = site.GetPlaneParam(2, 0), theta = site.GetPlaneParam(3, 0);
   if (site.mode & LocalToGrid::kHorizontal) {
     const auto north = PlaneRotation(theta).Turn(s, 0.0), east = PlaneRotation(theta).Turn(0.0, s);
@@ -346,8 +378,7 @@ void ChainTangents::ToSite(const LocalToGrid& site, Points grid, std::size_t cou
     m[2][0] = site.GetHeightParam(1, 0);
     m[2][1] = site.GetHeightParam(2, 0);
   }
-  auto& t = tangent_;
-  RunKernel(times, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]}, count);
+  Times(matrix, !(site.mode & LocalToGrid::kVertical), count);
   AddSiteNoise(site, grid, count);
 }
 
@@ -379,8 +410,8 @@ void ChainTangents::AddSiteNoise(const LocalToGrid& site, Points grid, std::size
 }
 
 void ChainTangents::ToGround(const GridToGround& ground, std::size_t count) {
-  TimesTangent times{Matrix3::Identity()};
-  auto& m = times.matrix.m;
+  Matrix3 matrix = Matrix3::Identity();
+  auto& m = matrix.m;
   const double k = ground.EffectiveScale();
   const PlaneRotation rotation(ground.rotation);
   const auto north = rotation.Turn(k, 0.0), east = rotation.Turn(0.0, k);
@@ -388,8 +419,7 @@ void ChainTangents::ToGround(const GridToGround& ground, std::size_t count) {
   m[1][0] = north.e;
   m[0][1] = east.n;
   m[1][1] = east.e;
-  auto& t = tangent_;
-  RunKernel(times, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]}, count);
+  Times(matrix, true, count);
 }
 
 void ChainTangents::Finish(Points geographic, std::size_t count) {
@@ -446,23 +476,27 @@ void ChainTangents::StartAdding() {
   adds_ = true;
 }
 
-void ChainTangents::ToLocal(const Symmetric& c, std::size_t count) {
-  if (adds_)
-    for (int k = 0; k < 6; ++k)
-      for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];
+template <bool kInverse>
+void ChainTangents::PropagateBy(const Symmetric& c, std::size_t count) {
   auto& t = tangent_;
+  if (level_)
+    return RunKernel(PropagateLevel<kInverse>(),
+                     {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[3], t[4]}, count);
   RunKernel(
-      Propagate<false>(),
+      Propagate<kInverse>(),
       {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
       count);
 }
 
+void ChainTangents::ToLocal(const Symmetric& c, std::size_t count) {
+  if (adds_)
+    for (int k = 0; k < 6; ++k)
+      for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];
+  PropagateBy<false>(c, count);
+}
+
 void ChainTangents::ToGlobal(const Symmetric& c, std::size_t count) {
-  auto& t = tangent_;
-  RunKernel(
-      Propagate<true>(),
-      {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
-      count);
+  PropagateBy<true>(c, count);
   if (!adds_) return;
   for (int k = 0; k < 6; ++k)
     for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];

@@ -65,7 +65,6 @@ class ChainTangents : public ChainTrace {
  private:
   template <class Conversion>
   void RunAt(const Conversion& conversion, Points geographic, std::size_t count);
-  void Set(std::size_t i, const Matrix3& tangent);
   void Fail(std::size_t i, ChainStep step) {
     if (failed_[i] == ChainStep::none) failed_[i] = step;
   }
@@ -84,6 +83,10 @@ class ChainTangents : public ChainTrace {
   void SetIdentity(std::size_t count);
   void Part();
   void Settle(Points geographic, std::size_t count);
+  void Raise(std::size_t count);
+  void Times(const Matrix3& matrix, bool level, std::size_t count);
+  template <bool kInverse>
+  void PropagateBy(const Symmetric& covariances, std::size_t count);
   void StartAdding();
   /// Adds errors whose images in the coordinates so far are these vectors, of standard deviation 1.
   void AddNoise(std::size_t i, const Vector* images, std::size_t count, ErrorExtent extent);
@@ -101,10 +104,11 @@ class ChainTangents : public ChainTrace {
   std::vector<Vector>* common_;
   bool leavesGrid_ = false;
 
-  double tangent_[9][kBatchBlock];      // row by row
-  double heights_[3][kBatchBlock];      // the row of heights while they are off their positions
-  bool apart_ = false;                  // whether they are
-  bool inMetres_ = false;               // metres at geographic positions, not written so far
+  double tangent_[9][kBatchBlock];  // row by row
+  double heights_[3][kBatchBlock];  // the row of heights while they are off their positions
+  bool apart_ = false;              // whether they are
+  bool inMetres_ = false;           // metres at geographic positions, not written so far
+  bool level_ = false;  // heights alone at their own; of 0, 1, 3 and 4 alone are written
   double ellipsoidal_[kBatchBlock];     // heights above the ellipsoid, as they were last
   Covariances added_, apartAdded_;      // on the global side; those of positions that heights left
   double heightVariance_[kBatchBlock];  // of heights that are apart

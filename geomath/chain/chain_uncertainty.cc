@@ -146,13 +146,14 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
   const CovarianceFrame local = toLocal ? manner.to : manner.from;
   const bool served = HasFrames(global, local);
   ChainTangents tangents(*this, manner.dates, global, local);
-  double m[9][kBatchBlock], usable[kBatchBlock];
+  double m[9][kBatchBlock], refused[kBatchBlock];
   Separate(covariances, m, count);
-  RunKernel(MarkCovariance(), {m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], usable},
+  RunKernel(MarkCovariance(), {m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], refused},
             count);
   const ChainTangents::Symmetric c = {m[0], m[1], m[2], m[4], m[5], m[8]};
-  for (std::size_t i = 0; i < count; ++i) {
-    if (served && usable[i] != 0) continue;
+  const bool all = served && AllWithin(refused, count, 0);
+  for (std::size_t i = 0; !all && i < count; ++i) {
+    if (served && refused[i] == 0) continue;
     points[0][i] = kNaN;  // fails as input
     for (double* const column : c) column[i] = 0;
   }

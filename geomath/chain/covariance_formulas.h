@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "geomath/base/matrix3.h"
+#include "geomath/base/tangent_formulas.h"
 
 /// What a CoordinateChain does to small changes of a position, for one point: the statements of
 /// column kernels. Nine columns are a matrix row by row, six the upper triangle of a symmetric one.
@@ -11,7 +12,7 @@ namespace zel_cs::geomath {
 
 /// Whether a matrix is a covariance: symmetric, and no variance negative in any direction, but for
 /// rounding; not where a number is not finite. Columns: the nine of the matrix, which stay, and the
-/// mark, 1 or 0. Without branches, and in numbers of one width, so that it vectorises.
+/// mark, 0 for one and 1 for none. Without branches, and in numbers of one width, so that it vectorises.
 struct MarkCovariance {
   static constexpr std::size_t kColumns = 10;
   static constexpr double kRounding = 1e-9;  ///< relative to the variances
@@ -34,7 +35,7 @@ struct MarkCovariance {
     const double determinant =
         xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
     const bool notNegative = determinant >= -kRounding * xx * yy * zz;
-    mark = (variances & finite & xyPair & xzPair & yzPair & notNegative) ? 1 : 0;
+    mark = (variances & finite & xyPair & xzPair & yzPair & notNegative) ? 0 : 1;
   }
 };
 
@@ -46,6 +47,21 @@ struct TimesTangent {
   template <class Math, class... Nine>
   GEOMATH_INLINE void Convert(Nine&... nine) const {
     (matrix * Matrix3::Of(nine...)).To(nine...);
+  }
+};
+
+/// The same of the four that do not leave the plane.
+struct TimesLevel {
+  static constexpr std::size_t kColumns = 4;
+  double m00, m01, m10, m11;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& t00, double& t01, double& t10, double& t11) const {
+    const double north[] = {t00, t01}, east[] = {t10, t11};
+    t00 = m00 * north[0] + m01 * east[0];
+    t01 = m00 * north[1] + m01 * east[1];
+    t10 = m10 * north[0] + m11 * east[0];
+    t11 = m10 * north[1] + m11 * east[1];
   }
 };
 
@@ -111,6 +127,29 @@ struct Symmetric3 {
   }
 };
 
+/// The derivatives of a projection by metres at the positions: latitude and ellipsoidal height, which
+/// stay, and those of GridDerivatives.
+struct GridPerMetre {
+  static constexpr std::size_t kColumns = 6;
+  double a, e2;
+
+  explicit GridPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& h, double& northB, double& eastB, double& northL,
+                              double& eastL) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
+    const double perNorth = 1 / frame.perLatitude, perEast = 1 / frame.perLongitude;
+    northB *= perNorth;
+    eastB *= perNorth;
+    northL *= perEast;
+    eastL *= perEast;
+  }
+  GEOMATH_INLINE bool Serves(double B, double, double, double, double, double) const {
+    return TangentFrame::ServesColumns(B, 0);
+  }
+};
+
 /// C ← T·C·Tᵀ, or with the inverse of T. Columns: six of C and nine of T, which stay.
 template <bool kInverse>
 struct Propagate {
@@ -128,6 +167,28 @@ struct Propagate {
     yy = found.yy;
     yz = found.yz;
     zz = found.zz;
+  }
+};
+
+/// The same with a T that leaves heights alone: columns six of C and four of T, which stay.
+template <bool kInverse>
+struct PropagateLevel {
+  static constexpr std::size_t kColumns = 10;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yy, double& yz, double&,
+                              double& t00, double& t01, double& t10, double& t11) const {
+    const double d = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
+    const double a = kInverse ? t11 * d : t00, b = kInverse ? -t01 * d : t01;
+    const double c = kInverse ? -t10 * d : t10, e = kInverse ? t00 * d : t11;
+    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
+    const double cx = c * xx + e * xy, cy = c * xy + e * yy;
+    const double az = a * xz + b * yz, cz = c * xz + e * yz;
+    xx = ax * a + ay * b;
+    xy = ax * c + ay * e;
+    yy = cx * c + cy * e;
+    xz = az;
+    yz = cz;
   }
 };
 

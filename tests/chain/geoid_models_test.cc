@@ -17,6 +17,8 @@
 #include "geomath/geoid/reg_geoid_interpalation_4x4_sw.h"
 #include "geomath/geoid/reg_geoid_interpalation_gg2008_sw.h"
 #include "geomath/geoid/reg_geoid_intrp_lagrange_4x4_sw.h"
+#include "geomath/geoid/reg_geoid_intrp_spline_4x4_sw.h"
+#include "geomath/geoid/reg_geoid_kriging_intrp.h"
 #include "tests/support/harmonic_model.h"
 
 namespace zel_cs::geomath {
@@ -116,11 +118,12 @@ TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
   const RegGeoidInterpalation4x4SW cell(kGrid, 10, 10, south.data(), 0, L"", L"");
   const RegGeoidInterpalation4x4NW cubicNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
   const RegGeoidIntrp_Lagrange4x4SW lagrange(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidIntrp_Spline4x4SW spline(kGrid, 10, 10, south.data(), 0, L"", L"");
   const Failing hosts(kGrid, 10, 10, south.data(), 0, L"", L"");
   const double b[] = {0.5437, 0.5218, 0.5437}, l[] = {0.2411, 0.2333, 0.2411 + kTwoPi};
   for (const RegionalGeoid* model : std::initializer_list<const RegionalGeoid*>{
            &biquadratic, &bilinear, &fromNorth, &differences, &nearest, &cell, &cubicNorth,
-           &lagrange, &hosts}) {
+           &lagrange, &spline, &hosts}) {
     double heights[3], toNorth[3], toEast[3];
     const RegionalGeoidHeight geoid(*model);
     geoid.HeightsAndSlopes(b, l, heights, toNorth, toEast, 3);
@@ -133,6 +136,16 @@ TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
       EXPECT_NEAR(toNorth[i], 100 * (2 + 0.5 * c), kPerMetre) << typeid(*model).name();
       EXPECT_NEAR(toEast[i], 100 * (-3 + 0.5 * r), kPerMetre) << typeid(*model).name();
     }
+  }
+  // Kriging has another surface: that of its heights around the point.
+  const RegGeoidKrigingIntrp kriging(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegionalGeoidHeight kriged(kriging);
+  double columns[5][3];
+  kriged.HeightsAndSlopes(b, l, columns[0], columns[1], columns[2], 3);
+  kriged.GeoidHeight::HeightsAndSlopes(b, l, columns[0], columns[3], columns[4], 3);
+  for (int i = 0; i < 3; ++i) {
+    EXPECT_NEAR(columns[1][i], columns[3][i], 1e-3);
+    EXPECT_NEAR(columns[2][i], columns[4][i], 1e-3);
   }
   const double edgeB = kGrid.B0, edgeL = kGrid.L0, offB = 0.4;
   double height, toNorth, toEast;

@@ -84,6 +84,7 @@ struct BiquadraticOfIntegers {
   GEOMATH_INLINE Stencil Place(double lat, double lon) const {
     return Biquadratic{grid}.Place(lat, lon);
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return {1, 1}; }
   GEOMATH_INLINE double Height(const Stencil& at, const Value (&z)[3][3], double) const {
     bool hole = false;
     float rows[3];

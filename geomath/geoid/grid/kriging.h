@@ -75,6 +75,7 @@ struct Kriging {
   GEOMATH_INLINE Stencil Place(double lat, double lon) const {
     return PlaceInwards(grid, lat, lon);
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&nodes)[4][4], double) const {
     constexpr float kHole = static_cast<float>(kNoHeight);
     bool hole = false;

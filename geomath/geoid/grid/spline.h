@@ -45,6 +45,7 @@ struct Spline4x4 {
   GEOMATH_INLINE Stencil Place(double lat, double lon) const {
     return PlaceInwards(grid, lat, lon);
   }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double) const {
     bool hole = false;
     for (const auto& row : z)
