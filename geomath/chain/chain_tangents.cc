@@ -360,7 +360,7 @@ void ChainTangents::Project(const TGeoProj& projection, Points geographic, std::
   const GridPerMetre conversion(*ellipsoid_);
   RunKernel(
       conversion, {const_cast<double*>(geographic[0]), ellipsoidal_, d[0], d[1], d[2], d[3]}, count,
-      [&](double(&p)[6]) { conversion.Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5]); });
+      [&](double(&p)[6]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]); });
 }
 
 void ChainTangents::ToSite(const LocalToGrid& site, Points grid, std::size_t count) {

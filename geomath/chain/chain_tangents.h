@@ -104,11 +104,11 @@ class ChainTangents : public ChainTrace {
   std::vector<Vector>* common_;
   bool leavesGrid_ = false;
 
-  double tangent_[9][kBatchBlock];  // row by row
-  double heights_[3][kBatchBlock];  // the row of heights while they are off their positions
-  bool apart_ = false;              // whether they are
-  bool inMetres_ = false;           // metres at geographic positions, not written so far
-  bool level_ = false;  // heights alone at their own; of 0, 1, 3 and 4 alone are written
+  double tangent_[9][kBatchBlock];      // row by row
+  double heights_[3][kBatchBlock];      // the row of heights while they are off their positions
+  bool apart_ = false;                  // whether they are
+  bool inMetres_ = false;               // metres at geographic positions, not written so far
+  bool level_ = false;                  // heights alone: 0, 1, 3 and 4 are written
   double ellipsoidal_[kBatchBlock];     // heights above the ellipsoid, as they were last
   Covariances added_, apartAdded_;      // on the global side; those of positions that heights left
   double heightVariance_[kBatchBlock];  // of heights that are apart

@@ -69,7 +69,7 @@ void FixedHeightDatum::DifferentiateBlock(const double* const (&source)[3], cons
     RunKernel(conversion, {p[0], p[1], p[2], j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8]},
               count, [&](double(&c)[12]) {
                 conversion.template Convert<simd::Scalar>(c[0], c[1], c[2], c[3], c[4], c[5], c[6],
-                                                        c[7], c[8], c[9], c[10], c[11]);
+                                                          c[7], c[8], c[9], c[10], c[11]);
               });
   };
   run(TangentToGeocentric(global_));

@@ -433,8 +433,8 @@ bool DeformationModel::StepBack(const Sums& sums, const Slopes& slopes, std::siz
   const double curved = (eB - e * g) * g + e * (g * g + 0.5);
   solve(nTwist * db * dl, (eTwist + eL * g) * db * dl + curved * db * db, moreB, moreL);
 
-  const double step = std::abs(db) + std::abs(dl),
-               strain = std::abs(nB) + std::abs(nL) + std::abs(eB) + std::abs(eL);
+  const double step = std::abs(db) + std::abs(dl);
+  const double strain = std::abs(nB) + std::abs(nL) + std::abs(eB) + std::abs(eL);
   const double secant2 = 1 + g * g, twist = std::abs(nTwist) + std::abs(eTwist);
   const double rest = 2 * twist * step * (std::abs(moreB) + std::abs(moreL)) +
                       2 * secant2 * secant2 * (std::abs(e) + strain) * step * step * step +

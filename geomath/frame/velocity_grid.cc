@@ -96,8 +96,8 @@ void VelocityGrid::DifferentiateAt(const double* const (&source)[3], const doubl
                   count, status);
   const auto run = [&](const auto& slopes) {
     const auto single = [&](double(&p)[16]) {
-      slopes.template Convert<simd::Libm>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8],
-                                          p[9], p[10], p[11], p[12], p[13], p[14], p[15]);
+      slopes.template Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8],
+                                            p[9], p[10], p[11], p[12], p[13], p[14], p[15]);
     };
     RunKernel(slopes,
               {at[0], at[1], at[2], velocity[0], velocity[1], velocity[2], years, j[0], j[1], j[2],

@@ -74,9 +74,11 @@ void CoordinateShift::ForwardDerivativesBatch(PointDates dates, const double* fi
     }
     dates.From(start).Copy(years, n);
     DifferentiateBlock(source, years, n, columns, status + start);
-    for (const double* column : source)
-      for (std::size_t i = 0; !AllWithin(column, n, kLargest) && i < n; ++i)
+    for (const double* column : source) {
+      if (AllWithin(column, n, kLargest)) continue;
+      for (std::size_t i = 0; i < n; ++i)
         if (!std::isfinite(column[i])) status[start + i] = ShiftStatus::input;
+    }
   }
 }
 

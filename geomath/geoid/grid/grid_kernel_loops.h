@@ -61,13 +61,7 @@ class GridBlock {
   }
 
   GEOMATH_INLINE void HeightsBy(const Rule& rule, double* GEOMATH_RESTRICT heights) const {
-    for (std::size_t i = 0; i < count_; ++i) {
-      Node z[kSize][kSize];
-      for (std::size_t r = 0; r < kSize; ++r)
-        for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
-      const Stencil s{row_[i], column_[i], u_[i], v_[i], true};
-      heights[i] = rule.Height(s, z, heights[i]);
-    }
+    for (std::size_t i = 0; i < count_; ++i) heights[i] = HeightOf(rule, i, 0, 0, heights[i]);
   }
 
   /// Symmetric differences over a small part of a step, in the stencil: rules of the second degree have
@@ -78,16 +72,13 @@ class GridBlock {
     const StencilSlopes perRadian = rule.PerRadian();
     const double dB = kPart * rule.grid.latStep, dL = kPart * rule.grid.lonStep;
     const double du = dB * perRadian.u, dv = dL * perRadian.v;
-    for (std::size_t i = 0; i < count_; ++i) {
-      Node z[kSize][kSize];
-      for (std::size_t r = 0; r < kSize; ++r)
-        for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
-      const auto height = [&](double u, double v) {
-        return rule.Height(Stencil{row_[i], column_[i], u, v, true}, z, 0);
-      };
-      perLatitude[i] = (height(u_[i] + du, v_[i]) - height(u_[i] - du, v_[i])) / (2 * dB);
-      perLongitude[i] = (height(u_[i], v_[i] + dv) - height(u_[i], v_[i] - dv)) / (2 * dL);
-    }
+    double ahead[kGridBlock], behind[kGridBlock];
+    HeightsBeside(rule, du, 0, ahead);
+    HeightsBeside(rule, -du, 0, behind);
+    for (std::size_t i = 0; i < count_; ++i) perLatitude[i] = (ahead[i] - behind[i]) / (2 * dB);
+    HeightsBeside(rule, 0, dv, ahead);
+    HeightsBeside(rule, 0, -dv, behind);
+    for (std::size_t i = 0; i < count_; ++i) perLongitude[i] = (ahead[i] - behind[i]) / (2 * dL);
   }
 
   /// Puts kNoHeight where a height is none.
@@ -104,6 +95,20 @@ class GridBlock {
 
  private:
   using Node = NodeOf<Rule>;
+
+  GEOMATH_INLINE double HeightOf(const Rule& rule, std::size_t i, double du, double dv,
+                                 double start) const {
+    Node z[kSize][kSize];
+    for (std::size_t r = 0; r < kSize; ++r)
+      for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
+    return rule.Height(Stencil{row_[i], column_[i], u_[i] + du, v_[i] + dv, true}, z, start);
+  }
+
+  GEOMATH_INLINE void HeightsBeside(const Rule& rule, double du, double dv,
+                                    double* GEOMATH_RESTRICT heights) const {
+    for (std::size_t i = 0; i < count_; ++i) heights[i] = HeightOf(rule, i, du, dv, 0);
+  }
+
   static constexpr std::size_t kSize = Rule::kSize;
   static constexpr double kOutside = 0, kNoStencil = 1, kStencil = 2;
 
