@@ -7,7 +7,6 @@
 #include "geomath/proj/methods/tm_proj.h"
 
 namespace zel_cs::geomath {
-
 namespace {
 
 const KilometreGrid& GridOfNorthernIreland() {

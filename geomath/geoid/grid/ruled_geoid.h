@@ -13,7 +13,7 @@
 
 namespace zel_cs::geomath {
 
-/// What a class of regional geoids is that has one rule over one layout of floats: the nodes that
+/// What a class of regional geoids is that has one rule over one layout of nodes: those that
 /// INTRP3 is given, or those of the model's record, with the rule on their grid.
 template <class Rule, RowLayout kLayout = RowLayout{}>
 struct RuledGeoid {
