@@ -93,7 +93,8 @@ bool TMagneticDeclination::computeMagneticDeclination(const float& lat, const fl
   };
   try {
     MagneticElements at;
-    if (const auto model = ReadCoefficientFile(path_)) {
+    // Reading fails by an exception inside, which costs more than a field.
+    if (const auto model = path_ ? ReadCoefficientFile(path_) : nullptr) {
       at = elementsOf(MagneticField(*model, model->epoch));
     } else {
       if (date.wYear > kLastYear) Log(kModelEndedLine);
