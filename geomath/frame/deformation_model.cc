@@ -148,7 +148,7 @@ struct ComponentSurface {
       RunKernel(LocalParts(), {b, l, (*along)[0], (*along)[1], (*along)[2]}, count);
     for (std::size_t k = 0; k < count; ++k) {
       const double n = value[0][k], e = value[1][k], u = value[2][k];
-      const double sinB = std::sin(b[k]), cosB = std::cos(b[k]);
+      const auto [sinB, cosB] = SinCos(b[k]);
       alongB[0][k] -= u;
       alongB[2][k] += n;
       alongL[0][k] -= e * sinB;
