@@ -82,7 +82,8 @@ bool SystemMap::Differentiate(double b, double l, GridDerivatives& derivatives) 
   const auto slope = [&](double dN, double dE, double& north, double& east) {
     double n1 = n + dN, e1 = e + dE, n0 = n - dN, e0 = e - dE;
     if (!ToPlane(n1, e1) || !ToPlane(n0, e0)) return false;
-    north = (n1 - n0) / (2 * kStep), east = (e1 - e0) / (2 * kStep);
+    north = (n1 - n0) / (2 * kStep);
+    east = (e1 - e0) / (2 * kStep);
     return true;
   };
   double nn, ne, en, ee;  // images of a metre northward and of one eastward

@@ -270,7 +270,7 @@ class GroundReader {
     std::vector<double> x, y, h;
     for (int row = step / 2; row < raster.Rows(); row += step) {
       const std::vector<double>& line = raster.Row(row);
-      x.clear(), y.clear(), h.clear();
+      for (std::vector<double>* column : {&x, &y, &h}) column->clear();
       for (int column = step / 2; column < raster.Columns(); column += step) {
         if (std::isnan(line[static_cast<std::size_t>(column)])) continue;
         x.push_back(raster.X(column + 0.5, row + 0.5));

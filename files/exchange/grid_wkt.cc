@@ -35,7 +35,10 @@ Place OriginOf(const NamedProjection& named) {
   std::optional<double> longitude;
   for (std::size_t i = 0; i < named.values.size(); ++i) {
     const ProjectionParameter& parameter = named.kind->parameters[i];
-    if (parameter.unit == ParameterUnit::latitude) latitudes += named.values[i], ++count;
+    if (parameter.unit == ParameterUnit::latitude) {
+      latitudes += named.values[i];
+      ++count;
+    }
     if (parameter.unit == ParameterUnit::degrees && parameter.quantity == "longitude" && !longitude)
       longitude = named.values[i];
   }

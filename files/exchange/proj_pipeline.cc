@@ -78,7 +78,10 @@ std::string ProjectionText(const TGeoProj& projection, const std::string& name) 
 CoordinateColumns SiteLattice(const std::vector<IdenticalPoint>& points) {
   struct Range {
     double low = HUGE_VAL, high = -HUGE_VAL;
-    void Include(double value) { low = std::min(low, value), high = std::max(high, value); }
+    void Include(double value) {
+      low = std::min(low, value);
+      high = std::max(high, value);
+    }
     double At(std::size_t i) const {
       const double half = std::max(high - low, kSmallestSite) / 2;
       const double place = 2.0 * static_cast<double>(i) / (kLatticeRows - 1) - 1;

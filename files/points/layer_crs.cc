@@ -27,6 +27,12 @@ bool IsSame(const OGRSpatialReference& a, const OGRSpatialReference& b) {
   return a.IsSame(&b, options) != 0;
 }
 
+// GeoJSON with heights is in the system with them.
+OGRSpatialReference WithoutHeights(OGRSpatialReference crs) {
+  crs.DemoteTo2D(nullptr);
+  return crs;
+}
+
 // Latitude and longitude on the system's own datum, where the grid has this place.
 bool PositionOf(const OGRSpatialReference& grid, double& east, double& north) {
   const std::unique_ptr<OGRSpatialReference> positions(grid.CloneGeogCS());
@@ -86,9 +92,8 @@ LayerCrs::LayerCrs(const std::string& name, const std::string& given, const Expe
     layer.StripVertical();
   }
   const auto wanted = CrsOf(expected.text, expected.unit);
-  OGRSpatialReference flat = layer;  // GeoJSON with heights is in the system with them
-  flat.DemoteTo2D(nullptr);
-  if (wanted && IsSame(flat, *wanted)) return;
+  const OGRSpatialReference flat = WithoutHeights(layer);
+  if (wanted && IsSame(flat, WithoutHeights(*wanted))) return;
   if (!expected.geographic) {
     if (wanted && IsSameGrid(flat, *wanted)) return;
     if (wanted) refuse("the system's grid is " + NameOf(*wanted));

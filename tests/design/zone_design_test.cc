@@ -383,7 +383,7 @@ TEST(ZoneDesignTest, FalseOriginKeepsCoordinatesApart) {
       for (int j = 0; j < 2; ++j) {
         low[j] = std::min(low[j], own[j]);
         high[j] = std::max(high[j], own[j]);
-        otherLow[j] = std::min(otherLow[j], other[j]),
+        otherLow[j] = std::min(otherLow[j], other[j]);
         otherHigh[j] = std::max(otherHigh[j], other[j]);
       }
     }

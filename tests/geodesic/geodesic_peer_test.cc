@@ -85,7 +85,8 @@ TEST(GeodesicPeer, AreasAgree) {
     for (int i = 0; i < 12; ++i) {
       const GeodesicEnd corner =
           ours.Direct(b0, l0, kTwoPi * (polygon % 2 ? -i : i) / 12, 3e5 * (1.5 + unit(random)));
-      b.push_back(corner.b), l.push_back(corner.l);
+      b.push_back(corner.b);
+      l.push_back(corner.l);
       peer.AddPoint(Degrees(corner.b), Degrees(corner.l));
     }
     double perimeter, area;

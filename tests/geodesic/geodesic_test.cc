@@ -209,7 +209,10 @@ TEST(Geodesic, BatchesGiveTheBitsOfSingleCallsOnEverySet) {
     b2[i] = antipodal ? -b1[i] + 1e-3 * unit(random) : std::asin(unit(random));
     l2[i] = antipodal ? l1[i] + kPi + 1e-3 * unit(random) : kPi * unit(random);
   }
-  b1[1] = kNan, l2[2] = kNan, b2[3] = 1.6, l1[4] = 7,
+  b1[1] = kNan;
+  l2[2] = kNan;
+  b2[3] = 1.6;
+  l1[4] = 7;
   b1[5] = std::numeric_limits<double>::infinity();
   for (const Geodesic& geodesic :
        {Geodesic(MakeEllipsoid(kA, kGrs80)), Geodesic(MakeEllipsoid(kA, 20))})

@@ -306,13 +306,19 @@ TEST(CalibrationCheck, ExactAndScarcePointsHaveNothingToName) {
 
 TEST(CalibrationCheck, WarnsOfWeakGeometryInPlainWords) {
   std::vector<IdenticalPoint> line = Exact();
-  for (IdenticalPoint& p : line) p.localE -= 0.95 * p.globalE, p.globalE *= 0.05;
+  for (IdenticalPoint& p : line) {
+    p.localE -= 0.95 * p.globalE;
+    p.globalE *= 0.05;
+  }
   Solved inLine(line);
   EXPECT_TRUE(Warns(inLine.Check(), Kind::pointsInLine));
   EXPECT_TRUE(Warns(inLine.Check(), Kind::heightsInLine));
 
   std::vector<IdenticalPoint> feet = Exact();
-  for (IdenticalPoint& p : feet) p.localN /= 0.3048, p.localE /= 0.3048;
+  for (IdenticalPoint& p : feet) {
+    p.localN /= 0.3048;
+    p.localE /= 0.3048;
+  }
   EXPECT_TRUE(Warns(Solved(feet).Check(), Kind::scaleFarFromOne));
 
   std::vector<IdenticalPoint> far = Exact();

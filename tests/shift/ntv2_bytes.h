@@ -45,8 +45,14 @@ inline std::vector<std::byte> Ntv2Bytes(std::span<const Ntv2SubGrid> grids,
     append(static_cast<std::uint32_t>(value));
     append(std::uint32_t{0xdeadbeef});  // padding is anything
   };
-  const auto words = [&](const char* key, const std::string& value) { text(key), text(value); };
-  const auto number = [&](const char* key, double value) { text(key), append(value); };
+  const auto words = [&](const char* key, const std::string& value) {
+    text(key);
+    text(value);
+  };
+  const auto number = [&](const char* key, double value) {
+    text(key);
+    append(value);
+  };
 
   integer("NUM_OREC", 11);
   integer("NUM_SREC", 11);

@@ -69,7 +69,10 @@ TEST_F(Convert, GridCoordinatesAreInTheUnitsOfTheSystem) {
     std::istringstream lines(run.out);
     std::array<double, 3> values{};
     std::string name, rest;
-    for (double& value : values) lines >> name >> value, std::getline(lines, rest);
+    for (double& value : values) {
+      lines >> name >> value;
+      std::getline(lines, rest);
+    }
     return values;
   };
   const auto convert = [&](const std::string& arguments) {

@@ -83,7 +83,8 @@ class Peer {
       de = std::remainder(de, 360) * kRadPerDeg * kEarth * std::cos(p[0] * kRadPerDeg);
       dn *= kRadPerDeg * kEarth;
     } else {
-      dn *= axes.unit, de *= axes.unit;
+      dn *= axes.unit;
+      de *= axes.unit;
     }
     return std::hypot(dn, de, (p[2] - q[2]) * axes.height);
   }
@@ -96,7 +97,8 @@ class Peer {
   static PJ_COORD Theirs(const Point& point, const PeerAxes& axes) {
     const double unit = axes.angles ? axes.unit * kDegPerRad : 1;
     PJ_COORD at = proj_coord(0, 0, point[2], HUGE_VAL);
-    at.v[axes.north] = point[0] / unit, at.v[axes.east] = point[1] / unit;
+    at.v[axes.north] = point[0] / unit;
+    at.v[axes.east] = point[1] / unit;
     return at;
   }
 
@@ -133,7 +135,9 @@ constexpr double kHeight = 100;  // metres
 
 // Angles of geographic coordinates.
 void Scale(Point& point, EndKind kind, double factor) {
-  if (kind == EndKind::geographic) point[0] *= factor, point[1] *= factor;
+  if (kind != EndKind::geographic) return;
+  point[0] *= factor;
+  point[1] *= factor;
 }
 
 void Convert(const Conversion& conversion, Point& point, bool toTarget, double date = kNoDate) {

@@ -268,7 +268,10 @@ TEST(SystemFile, BrokenJsonIsLocated) {
   EXPECT_NE(ComplaintAbout(R"({"name": "x", "name": "y"})").find("\"name\" stands twice"),
             std::string::npos);
   std::string open, close;  // as deep as a file may be large
-  for (int i = 0; i < 65000; ++i) open += "[{\"a\":", close += "}]";
+  for (int i = 0; i < 65000; ++i) {
+    open += "[{\"a\":";
+    close += "}]";
+  }
   EXPECT_NE(ComplaintAbout("{\"name\":" + open + "1" + close + "}").find("32 deep"),
             std::string::npos);
   EXPECT_THROW(ReadSystemFile("/nonexistent/site.json"), UserError);

@@ -992,7 +992,8 @@ TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
   std::vector<double> b, l;
   for (double phi = -1.65; phi < 1.66; phi += 0.075)
     for (double lambda = -6; lambda < 6.1; lambda += 0.3) {
-      b.push_back(phi), l.push_back(lambda);
+      b.push_back(phi);
+      l.push_back(lambda);
       double n = phi, e = lambda;
       GridDerivatives d{};
       const bool converted = proj->ForwardPoint(n, e);
@@ -1000,7 +1001,10 @@ TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
       EXPECT_LE(differentiated, converted) << phi << ' ' << lambda;
       EXPECT_EQ(differentiated, d.northB != 0 || d.eastB != 0) << phi << ' ' << lambda;
     }
-  ForEachPoint([&](double phi, double lambda) { b.push_back(phi), l.push_back(lambda); });
+  ForEachPoint([&](double phi, double lambda) {
+    b.push_back(phi);
+    l.push_back(lambda);
+  });
   std::vector<double> northB = b, eastB = l, northL(b.size()), eastL(b.size());
   const std::size_t found = proj->ForwardDerivativesBatch(northB.data(), eastB.data(),
                                                           northL.data(), eastL.data(), b.size());
