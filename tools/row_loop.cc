@@ -102,9 +102,11 @@ void CheckChosen(const ResultNames& names, const PointSource& source) {
 }
 
 std::vector<ResultColumn> ResultsOf(const PointOptions& options, const RowJob& job,
-                                    const PointSource& source) {
+                                    const PointSource& source, const PointColumns& columns) {
   std::vector<ResultColumn> results = job.results;
-  ResultNames names = NamesIn("--results", options.results, results.size(), results.size());
+  if (job.heightOptional && columns.LackHeights()) results.resize(2);
+  ResultNames names = NamesIn("--results", options.results, results.size(), job.results.size());
+  if (names.size() > results.size()) results = job.results;
   if (names.empty()) {
     for (const ResultColumn& column : results) names.push_back(column.name);
     names = FreeNames(names, source);
@@ -152,11 +154,12 @@ struct Batch {
 class RowLoop {
  public:
   RowLoop(const RowJob& job, PointSource& source, const PointColumns& columns, PointSink& sink,
-          std::size_t jobs)
+          std::size_t results, std::size_t jobs)
       : job_(job),
         source_(source),
         columns_(columns),
         sink_(sink),
+        results_(results),
         jobs_(jobs > 0 ? jobs : std::max(std::thread::hardware_concurrency(), 1u)),
         ahead_(source.Csv() && sink.IsText() && !job.inOrder),
         batches_(PipelinePlaces(jobs_)),
@@ -197,7 +200,7 @@ class RowLoop {
  private:
   void MakeRoom(Batch& batch) const {
     batch.records.resize(kBlockRows);
-    batch.result.resize(job_.results.size());
+    batch.result.resize(results_);
     RowBlock& block = batch.block;
     for (std::vector<double>& column : block.given) column.resize(kBlockRows);
     block.result.assign(job_.results.size(), std::vector<double>(kBlockRows));
@@ -322,8 +325,8 @@ class RowLoop {
     const auto& given = batch.block.given;
     const double y = job_.placedByResult ? result[0] : given[0][i];
     const double x = job_.placedByResult ? result[1] : given[1][i];
-    const double z = job_.placedByResult ? result[2] : given[2][i];
-    return {true, result, x, y, std::isnan(z) ? 0 : z};
+    const double z = job_.placedByResult ? batch.block.result[2][i] : given[2][i];
+    return {true, result, x, y, z};
   }
 
   void TellDecimalComma() {
@@ -341,6 +344,7 @@ class RowLoop {
   PointSink& sink_;
   std::vector<std::size_t> also_;     // columns of the source
   std::optional<std::size_t> dates_;  // likewise
+  const std::size_t results_;         // columns of them that are written
   const std::size_t jobs_;
   const bool ahead_;  // rows are worked on while those before them are
   std::vector<Batch> batches_;
@@ -410,13 +414,13 @@ int RunRows(const PointOptions& options, const RowJob& job) {
   const bool fromGrid = job.given == CoordinateKind::grid;
   const bool toGrid = job.made ? *job.made == CoordinateKind::grid : !fromGrid;
   const bool inGrid = job.placedByResult ? toGrid : fromGrid;
-  const ResultStyle style{ResultsOf(options, job, *source), job.placeCrs, inGrid,
-                          job.placeUnit.value_or(job.unit)};
   const PointColumns columns(*source, job.given, choice);
+  const ResultStyle style{ResultsOf(options, job, *source, columns), job.placeCrs, inGrid,
+                          job.placeUnit.value_or(job.unit), !columns.LackHeights()};
   if (!columns.Note().empty()) std::fprintf(stderr, "geomath: %s\n", columns.Note().c_str());
   // Everything that can be wrong is known before the output is created.
   const auto sink = CreatePoints(options.output, *source, style);
-  return RowLoop(job, *source, columns, *sink, options.jobs).Run();
+  return RowLoop(job, *source, columns, *sink, style.columns.size(), options.jobs).Run();
 }
 
 }  // namespace geomath_files::program

@@ -46,7 +46,8 @@ class OgrSink : public PointSink {
     }
     keepsIds_ = !isShapefile_ && (checksItself || source.HasIds());
     const char* utf8[] = {"ENCODING=UTF-8", nullptr};
-    layer_ = &output_.CreateLayer(layer, crs.get(), wkbPoint25D, isShapefile_ ? utf8 : nullptr);
+    layer_ = &output_.CreateLayer(layer, crs.get(), style.heights ? wkbPoint25D : wkbPoint,
+                                  isShapefile_ ? utf8 : nullptr);
     for (const Column& column : source.Columns()) AddField(column);
     for (const ResultColumn& column : results_)
       AddField({column.name, column.sexagesimal ? OFTString : OFTReal});
@@ -63,7 +64,8 @@ class OgrSink : public PointSink {
     if (converted.done) {
       for (std::size_t i = 0; i < results_.size(); ++i)
         SetResult(*feature, columns_ + static_cast<int>(i), results_[i], converted.result[i]);
-      OGRPoint point(converted.x, converted.y, converted.z);
+      OGRPoint point(converted.x, converted.y);
+      if (!std::isnan(converted.z)) point.setZ(converted.z);
       feature->SetGeometry(&point);
     }
     output_.CreateFeature(*layer_, *feature);

@@ -199,7 +199,8 @@ bool PointColumns::TakeUsual(const std::vector<std::string>& columns) {
 bool PointColumns::TakeUsualWithoutHeight(const std::vector<std::string>& columns) {
   if (!heightOptional_) return false;
   withoutHeight_ = true;
-  return TakeUsual(columns);
+  withoutHeight_ = TakeUsual(columns);
+  return withoutHeight_;
 }
 
 // Of a column, as messages and --columns call it.
@@ -259,6 +260,12 @@ std::string PointColumns::ReadColumn(const Record& record, std::size_t axis, Num
   return number ? CheckRange(axis, value) : number.problem;
 }
 
+bool PointColumns::LacksHeight(const Record& record) const {
+  if (withoutHeight_ || !heightOptional_) return withoutHeight_;
+  std::string room;
+  return Trim(record.Text(columns_[2], room)).empty();
+}
+
 std::string PointColumns::ReadGeometry(const Record& record, std::array<double, 3>& point) const {
   const OGRPoint* given = PointOf(record);
   if (kind_ == CoordinateKind::geocentric) return "a point geometry is not geocentric";
@@ -286,7 +293,7 @@ void PointColumns::CompareGeometry(const Record& record, const std::array<double
   const double turns = IsAngle(0) ? 360 : HUGE_VAL;
   const bool same = std::abs(drawn->getY() - point[0]) <= rounded &&
                     std::abs(std::remainder(drawn->getX() - point[1], turns)) <= rounded &&
-                    (fixedHeight_ || withoutHeight_ || !drawn->Is3D() ||
+                    (fixedHeight_ || std::isnan(point[2]) || !drawn->Is3D() ||
                      std::abs(drawn->getZ() - point[2]) <= kRoundedMetres);
   if (!same && read.stale++ == 0) read.firstStale = source_.Place(record);
 }
@@ -309,7 +316,7 @@ std::string PointColumns::Read(const Record& record, PointsRead& read,
       point[2] = *fixedHeight_;
       continue;
     }
-    if (axis == 2 && withoutHeight_) {
+    if (axis == 2 && LacksHeight(record)) {
       point[2] = kNoHeightGiven;
       continue;
     }

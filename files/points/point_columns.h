@@ -46,6 +46,8 @@ class PointColumns {
   /// wrong with it, empty when `point` holds its coordinates. Rows of text may be read on many threads.
   std::string Read(const Record& record, PointsRead& read, std::array<double, 3>& point) const;
 
+  /// Whether no row has a height.
+  bool LackHeights() const { return withoutHeight_; }
   /// What the user should hear: that columns with a number behind their names were taken, or what
   /// became of the layer's coordinate system. Empty when there is nothing.
   const std::string& Note() const { return note_; }
@@ -62,6 +64,7 @@ class PointColumns {
   std::size_t Needed() const { return fixedHeight_ || withoutHeight_ ? 2 : 3; }
   const char* TitleOf(std::size_t axis) const;
 
+  bool LacksHeight(const Record& record) const;
   std::string ReadColumn(const Record& record, std::size_t axis, NumberReader& numbers,
                          double& value) const;
   std::string ReadGeometry(const Record& record, std::array<double, 3>& point) const;

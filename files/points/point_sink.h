@@ -16,7 +16,8 @@ namespace geomath_files {
 struct Converted {
   bool done = false;
   std::span<const double> result{};  ///< in the units of the result columns
-  double x = 0, y = 0, z = 0;        ///< the point geometry for formats that have one
+  /// The point geometry for formats that have one; z NaN for none.
+  double x = 0, y = 0, z = 0;
 };
 
 /// A column of results: its name, and how it is written.
@@ -37,6 +38,7 @@ struct ResultStyle {
   std::string crs;      ///< of the point geometry, as CrsOf takes it; empty for none
   bool inGrid = false;  ///< the point geometry is in a plane, in `unit`
   LengthUnit unit = {};
+  bool heights = true;  ///< the point geometry has some
 };
 
 /// Where converted rows go: every row of the source with all its columns, and those of the results.

@@ -50,10 +50,11 @@ TEST_F(BetweenSystems, FilesKeepTheirColumnsAndHeightsThatNobodyKnows) {
   WriteText(directory_ / "in.csv", "id,n,e,h\n1,5302000,3500000,500\n2,5302100,3500100,\n");
   WriteText(directory_ / "plane.csv", "id,n,e\n1,5302000,3500000\n");
   const ProgramRun run = Run("--from 31467 --to 25832 in.csv -o out.csv");
-  EXPECT_EQ(run.status, 1) << run.err;  // a height column without a height is a slip
+  EXPECT_EQ(run.status, 0) << run.err;
   const auto lines = Lines(ReadText(directory_ / "out.csv"));
   EXPECT_EQ(lines[0], "id,n,e,h,n_2,e_2,h_2");
   EXPECT_TRUE(lines[1].ends_with(",500.0000")) << lines[1];
+  EXPECT_TRUE(lines[2].ends_with(",")) << lines[2];
   const ProgramRun plane =
       Run("--from 31467 --to 25832 plane.csv -o - --operation 1777 --results a,b,c");
   EXPECT_EQ(plane.status, 2);
@@ -63,6 +64,30 @@ TEST_F(BetweenSystems, FilesKeepTheirColumnsAndHeightsThatNobodyKnows) {
   EXPECT_EQ(taken.status, 0) << taken.err;
   EXPECT_EQ(Lines(taken.out)[0], "id,n,e,a,b,c");
   EXPECT_TRUE(Lines(taken.out)[1].ends_with(",")) << taken.out;
+}
+
+// Heights that nobody needs may be missing in a file or in rows of it, also on the way back.
+TEST_F(BetweenSystems, RowsWithoutHeightsGoBothWays) {
+  WriteText(directory_ / "plane.csv", "lat,lon\n50.1,8.6\n51,9\n");
+  ASSERT_EQ(Run("--from 4326 --to 25832 plane.csv -o there.csv").status, 0);
+  EXPECT_EQ(Lines(ReadText(directory_ / "there.csv"))[0], "lat,lon,n,e");
+  ASSERT_EQ(Run("--from 25832 --to 4326 there.csv -o - --results b,l").status, 0);
+
+  WriteText(directory_ / "mixed.geojson",
+            R"({"type": "FeatureCollection", "features": [
+                {"type": "Feature", "properties": {},
+                 "geometry": {"type": "Point", "coordinates": [8.6, 50.1]}},
+                {"type": "Feature", "properties": {},
+                 "geometry": {"type": "Point", "coordinates": [9, 51, 33]}}]})");
+  const ProgramRun there = Run("--from input --to 25832 mixed.geojson -o mixed.gpkg");
+  EXPECT_EQ(there.status, 0) << there.err;
+  EXPECT_FALSE(Contains(there.err, "by PROJ")) << there.err;  // it is the same system
+  const ProgramRun back = Run("--from input --to 4326 mixed.gpkg -o back.csv");
+  EXPECT_EQ(back.status, 0) << back.err;
+  EXPECT_FALSE(Contains(back.err, "warning")) << back.err;
+  const std::vector<std::string> lines = Lines(ReadText(directory_ / "back.csv"));
+  EXPECT_TRUE(lines[1].ends_with(",")) << lines[1];
+  EXPECT_TRUE(lines[2].ends_with(",33.0000")) << lines[2];
 }
 
 // The parameters of the registry for the north, the middle and the south of Germany.
