@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 
 #include "geomath/proj/methods/formulas/denmark_tm_formulas.h"
 #include "geomath/proj/methods/kernels/projection_blocks.h"
@@ -11,6 +12,11 @@
 #include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath {
+namespace {
+
+constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
+
+}  // namespace
 
 constexpr ParamRow TDenmarkTMProj::kParams[] = {
     {"Central Meridian", Quantity::longitude, &TDenmarkTMProj::lambda0_},
@@ -93,6 +99,18 @@ bool TDenmarkTMProj::UnprojectPoint(double& n, double& e, PointFactors*) const {
   if (std::abs((e - fEast_) / formulas_->Qn) > DenmarkTmFormulas::kInnerLimit) return false;
   InverseOne(*formulas_, n, e);
   return true;
+}
+
+void TDenmarkTMProj::ProjectBlock(double* b, double* l, std::size_t count) const {
+  RunKernel(ForwardOf<DenmarkTmFormulas>{*formulas_}, {b, l}, count, [this](double(&point)[2]) {
+    if (!TDenmarkTMProj::ProjectPoint(point[0], point[1], nullptr)) point[0] = kNowhere;
+  });
+}
+
+void TDenmarkTMProj::UnprojectBlock(double* n, double* e, std::size_t count) const {
+  RunKernel(InverseOf<DenmarkTmFormulas>{*formulas_}, {n, e}, count, [this](double(&point)[2]) {
+    if (!TDenmarkTMProj::UnprojectPoint(point[0], point[1], nullptr)) point[0] = kNowhere;
+  });
 }
 
 FormulaView TDenmarkTMProj::Formulas() const { return ViewOf(*formulas_); }

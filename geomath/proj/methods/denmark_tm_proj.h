@@ -58,6 +58,10 @@ class GEOMATH_API TDenmarkTMProj : public TGeoProj {
 
   FormulaView Formulas() const override;
 
+  /// ProjectPoint and UnprojectPoint of this class itself for a block, as ForwardBlock.
+  void ProjectBlock(double* b, double* l, std::size_t count) const;
+  void UnprojectBlock(double* n, double* e, std::size_t count) const;
+
  private:
   static const ParamRow kParams[];
 

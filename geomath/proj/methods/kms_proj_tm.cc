@@ -1,6 +1,8 @@
 #include "geomath/proj/methods/kms_proj_tm.h"
 
 #include "geomath/proj/internal/formula_view.h"
+#include "geomath/proj/internal/host_replaces.h"
+#include "geomath/proj/internal/kms_blocks.h"
 #include "geomath/proj/methods/kms_conversion.h"
 
 namespace zel_cs::geomath {
@@ -31,5 +33,25 @@ bool TKMSProjTM::Differentiate(double b, double l, GridDerivatives& derivatives)
 }
 
 FormulaView TKMSProjTM::Formulas() const { return {}; }
+
+void TKMSProjTM::ForwardBlock(double* b, double* l, std::size_t count) const {
+  if (HostReplaces<&TGeoProj::ForwardPoint>(*this))
+    return TDenmarkTMProj::ForwardBlock(b, l, count);
+  KmsPrepareBlock(b, l, count, kKmsInto);
+  if (mode_)
+    KmsConvertBlock(b, l, count, kKmsIntermediateSystem, kKmsInto);
+  else
+    ProjectBlock(b, l, count);
+}
+
+void TKMSProjTM::InverseBlock(double* n, double* e, std::size_t count) const {
+  if (HostReplaces<&TGeoProj::InversePoint>(*this))
+    return TDenmarkTMProj::InverseBlock(n, e, count);
+  if (mode_)
+    KmsConvertBlock(n, e, count, kKmsIntermediateSystem, kKmsOutOf);
+  else
+    UnprojectBlock(n, e, count);
+  KmsPrepareBlock(n, e, count, kKmsOutOf);
+}
 
 }  // namespace zel_cs::geomath

@@ -2,6 +2,8 @@
 
 #include "geomath/proj/internal/direction_codes.h"
 #include "geomath/proj/internal/formula_view.h"
+#include "geomath/proj/internal/host_replaces.h"
+#include "geomath/proj/internal/kms_blocks.h"
 #include "geomath/proj/methods/kms_conversion.h"
 
 namespace zel_cs::geomath {
@@ -49,5 +51,25 @@ bool TKMSTransProj::Differentiate(double b, double l, GridDerivatives& derivativ
 }
 
 FormulaView TKMSTransProj::Formulas() const { return {}; }
+
+void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
+  if (HostReplaces<&TGeoProj::ForwardPoint>(*this))
+    return TDenmarkTMProj::ForwardBlock(b, l, count);
+  const bool own = systemCode_ == kKmsOwnSystem;
+  if (!own) KmsPrepareBlock(b, l, count, kKmsInto);
+  ProjectBlock(b, l, count);
+  if (!own) KmsConvertBlock(b, l, count, kKmsIntermediateSystem, kKmsOutOf);
+  KmsConvertBlock(b, l, count, systemCode_, kKmsInto);
+}
+
+void TKMSTransProj::InverseBlock(double* n, double* e, std::size_t count) const {
+  if (HostReplaces<&TGeoProj::InversePoint>(*this))
+    return TDenmarkTMProj::InverseBlock(n, e, count);
+  const bool own = systemCode_ == kKmsOwnSystem;
+  KmsConvertBlock(n, e, count, systemCode_, kKmsOutOf);
+  if (!own) KmsConvertBlock(n, e, count, kKmsIntermediateSystem, kKmsInto);
+  UnprojectBlock(n, e, count);
+  if (!own) KmsPrepareBlock(n, e, count, kKmsOutOf);
+}
 
 }  // namespace zel_cs::geomath

@@ -1,31 +1,13 @@
 #include "geomath/proj/methods/lc27_proj.h"
 
-#include <cmath>
-
 #include "geomath/base/angle.h"
+#include "geomath/proj/methods/formulas/lc27_formulas.h"
+#include "geomath/proj/methods/kernels/projection_blocks.h"
 #include "geomath/proj/methods/math/central_point.h"
 #include "geomath/proj/methods/math/state_plane_1927.h"
 #include "geomath/proj/param_table.h"
-#include "geomath/simd/scalar.h"
 
-// Symbols of Claire 1968: S true distance along the meridian from a point to the central parallel,
-// feet, positive south of it; s the same on the map; R map radius, feet; θ angle at the apex;
-// x y grid coordinates, feet; ω rectifying latitude; ε kClarke1866E2.
 namespace zel_cs::geomath {
-namespace {
-
-constexpr double kSeriesUnit = 1e8;  // feet
-constexpr int kDistanceSteps = 3;
-constexpr double kClarke1866Feet = 20925832.16;  // semi-major axis
-
-// 1 − cos θ, without loss at small angles.
-double Versine(double theta) {
-  const double half = Sin(theta / 2);
-  return 2 * half * half;
-}
-
-}  // namespace
-
 constexpr ParamRow TLC27Proj::kParams[] = {
     {"L1", Quantity::coefficient, &TLC27Proj::L1_, ParamUnit::surveyFeet},
     {"L2", Quantity::coefficient, &TLC27Proj::L2_, ParamUnit::arcSeconds},
@@ -59,7 +41,9 @@ TLC27Proj::TLC27Proj(double L1, double L2, double L3, double L4, double L5, doub
       L9_(L9),
       L10_(L10),
       L11_(L11),
-      zone_(zone) {}
+      zone_(zone) {
+  TLC27Proj::Prepare();
+}
 
 double TLC27Proj::FEast() const { return L1_ * kUsSurveyFoot; }
 
@@ -68,43 +52,32 @@ bool TLC27Proj::GetCentralPoint(double& b0, double& l0, double& db, double& dl) 
                            dl);
 }
 
-// Map distance over true distance of the radius series, before the scale L5.
-double TLC27Proj::Stretch(double S) const {
-  const double z = S / kSeriesUnit;
-  return 1 + z * z * (L9_ - L10_ * z + L11_ * (z * z));
-}
-
-PointFactors TLC27Proj::FactorsAt(double R, double theta, double phi) const {
-  const double s = Sin(phi);
-  return {.scale = L6_ * R * std::sqrt(1 - kClarke1866E2 * (s * s)) / (kClarke1866Feet * Cos(phi)),
-          .convergence = theta};
+void TLC27Proj::Prepare() {
+  *formulas_ = {L1_,
+                L2_,
+                L3_,
+                L4_,
+                L5_,
+                L6_,
+                L78_,
+                L9_ * 1e-16,
+                L10_ * 1e-24,
+                L11_ * 1e-32,
+                {ell_.a, ell_.e2}};
 }
 
 bool TLC27Proj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
-  const double phi = b, delta = l * kArcSecondsPerRad + L2_;
-  const double S = kFeetPerRectifyingSecond * (L78_ - RectifyingLatitude1927(phi));
-  const double R = L3_ + L5_ * S * Stretch(S);
-  const double theta = L6_ * delta / kArcSecondsPerRad;
-
-  if (factors) *factors = FactorsAt(R, theta, phi);
-  b = (L4_ - R + R * Versine(theta)) * kUsSurveyFoot;
-  l = (L1_ + R * Sin(theta)) * kUsSurveyFoot;
+  const Lc27Formulas::Place at = ForwardOne(*formulas_, b, l);
+  if (factors) formulas_->Factors<simd::Scalar>(at, factors->scale, factors->convergence);
   return true;
 }
 
 bool TLC27Proj::UnprojectPoint(double& n, double& e, PointFactors* factors) const {
-  const double x = e / kUsSurveyFoot, y = n / kUsSurveyFoot;
-  const double theta = Atan((x - L1_) / (L4_ - y));
-  const double R = (L4_ - y) / Cos(theta);
-  const double s = (L4_ - L3_ - y + R * Versine(theta)) / L5_;
-  double S = s;
-  for (int i = 0; i < kDistanceSteps; ++i) S = s / Stretch(S);
-  const double phi = LatitudeFromRectifying1927(L78_ - kRectifyingSecondsPerFoot * S);
-
-  if (factors) *factors = FactorsAt(R, theta, phi);
-  n = phi;
-  e = (theta * kArcSecondsPerRad / L6_ - L2_) / kArcSecondsPerRad;
+  const Lc27Formulas::Place at = InverseOne(*formulas_, n, e);
+  if (factors) formulas_->Factors<simd::Scalar>(at, factors->scale, factors->convergence);
   return true;
 }
+
+FormulaView TLC27Proj::Formulas() const { return ViewOf(*formulas_); }
 
 }  // namespace zel_cs::geomath

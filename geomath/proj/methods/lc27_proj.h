@@ -1,8 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
+
+struct Lc27Formulas;
 
 /// Lambert zone of the State Plane Coordinate System of 1927 by the tabular method (Claire 1968,
 /// C&GS Publication 62-4, section on the Lambert projection), whose constants are those of Clarke
@@ -64,13 +67,14 @@ class GEOMATH_API TLC27Proj : public TGeoProj {
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
+  void Prepare() override;
+  FormulaView Formulas() const override;
 
  private:
-  double Stretch(double S) const;
-  PointFactors FactorsAt(double R, double theta, double phi) const;
   static const ParamRow kParams[];
 
   double L1_, L2_, L3_, L4_, L5_, L6_, L78_, L9_, L10_, L11_, zone_;
+  InPlace<Lc27Formulas, 12> formulas_;
 };
 
 }  // namespace zel_cs::geomath

@@ -1,8 +1,11 @@
 #pragma once
 
+#include "geomath/platform/in_place.h"
 #include "geomath/proj/geo_proj.h"
 
 namespace zel_cs::geomath {
+
+struct Tm27Formulas;
 
 /// Transverse Mercator zone of the State Plane Coordinate System of 1927 by the tabular method
 /// (Claire 1968, C&GS Publication 62-4, section on transverse Mercator), whose constants are those
@@ -50,12 +53,14 @@ class GEOMATH_API TTM27Proj : public TGeoProj {
  protected:
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
+  void Prepare() override;
+  FormulaView Formulas() const override;
 
  private:
-  PointFactors FactorsAt(double gridFeet, double delta, double phi, double foot) const;
   static const ParamRow kParams[];
 
   double L1_, L2_, L34_, L5_, L6_, zone_;
+  InPlace<Tm27Formulas, 8> formulas_;
 };
 
 }  // namespace zel_cs::geomath

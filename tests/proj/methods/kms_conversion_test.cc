@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <utility>
 #include <vector>
 
@@ -86,6 +87,52 @@ TEST_F(KmsConversionTest, BatchesGoThroughTheHostsFunctions) {
     ASSERT_EQ(proj->InverseBatch(&b, &l, 1), 1u);
     EXPECT_EQ(b, n);
     EXPECT_EQ(l, e);
+  }
+}
+
+// Refuses every fifth thousandth of a radian, and every fifth kilometre.
+int ShiftSome(double& lat, double& lon, int direction) {
+  return static_cast<int>(lat * 1e3) % 5 == 0 ? 1 : Shift(lat, lon, direction);
+}
+int AffineSome(double a, double b, double& outA, double& outB, int system, int direction) {
+  const bool refused = std::abs(a) > 10 && static_cast<int>(b / 1e3) % 5 == 0;
+  return refused ? 1 : Affine(a, b, outA, outB, system, direction);
+}
+
+// Blocks go through each step together: the bits and the failures of single points, among them those
+// beyond the limit of the projection.
+TEST_F(KmsConversionTest, BatchesAreTheSinglePoints) {
+  SetKmsConversion({&ShiftSome, &AffineSome});
+  TKMSTransProj own(trans_);
+  own.SystemCode(98);
+  TKMSProjTM direct(projTM_);
+  direct.Mode(true);
+  for (const TGeoProj* proj :
+       {static_cast<const TGeoProj*>(&projTM_), static_cast<const TGeoProj*>(&direct),
+        static_cast<const TGeoProj*>(&trans_), static_cast<const TGeoProj*>(&own)}) {
+    std::vector<double> b, l;
+    for (int i = 0; i < 700; ++i) {
+      b.push_back(0.9 + 1e-4 * i);
+      l.push_back(i % 50 == 0 ? 1.3 : 0.1 + 2e-4 * i);
+    }
+    for (const bool forward : {true, false}) {
+      std::vector<double> first = b, second = l;
+      if (forward)
+        proj->ForwardBatch(first.data(), second.data(), first.size());
+      else
+        proj->InverseBatch(first.data(), second.data(), first.size());
+      int failed = 0;
+      for (std::size_t i = 0; i < b.size(); ++i) {
+        const bool done = forward ? proj->ForwardPoint(b[i], l[i]) : proj->InversePoint(b[i], l[i]);
+        failed += !done;
+        EXPECT_EQ(std::isnan(first[i]), !done) << i;
+        if (!done) continue;
+        EXPECT_EQ(first[i], b[i]);
+        EXPECT_EQ(second[i], l[i]);
+      }
+      EXPECT_GT(failed, 50);
+      EXPECT_LT(failed, 650);
+    }
   }
 }
 

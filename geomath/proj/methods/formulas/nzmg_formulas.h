@@ -108,6 +108,22 @@ struct NzmgFormulas {
     return zeta;
   }
 
+  /// By dz/dζ, the map being conformal in ζ.
+  template <class Math>
+  GEOMATH_INLINE void Differentiate(double& b, double& l, double& northL, double& eastL) const {
+    const double dPhi = (b - phi0) / nzmg::kLatitudeUnit;
+    const nzmg::Complex zeta{nzmg::Powers(nzmg::kA, dPhi), FoldTurn(l - lambda0)};
+    const nzmg::Complex slope = a * nzmg::Slope(zeta);
+    double perRadian = 0;  // of ψ
+    for (std::size_t n = std::size(nzmg::kA); n > 0; --n)
+      perRadian = perRadian * dPhi + static_cast<double>(n) * nzmg::kA[n - 1];
+    perRadian /= nzmg::kLatitudeUnit;
+    b = slope.re * perRadian;
+    l = slope.im * perRadian;
+    northL = -slope.im;
+    eastL = slope.re;
+  }
+
   // Polynomials take any number.
   GEOMATH_INLINE bool ServesForward(double, double) const { return true; }
   GEOMATH_INLINE bool ServesInverse(double, double) const { return true; }

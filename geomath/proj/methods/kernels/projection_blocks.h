@@ -46,8 +46,12 @@ template <class Formulas>
 bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
   const DerivativesBy<Formulas> kernel{formulas};
   double northL, eastL;
-  if (!kernel.Serves(b, l, 0, 0)) return false;
-  kernel.template Convert<simd::BatchMath>(b, l, northL, eastL);
+  if (kernel.Serves(b, l, 0, 0))
+    kernel.template Convert<simd::BatchMath>(b, l, northL, eastL);
+  else if (StatesDerivatives<Formulas> && std::abs(b) < kHalfPi)
+    kernel.template Convert<simd::Scalar>(b, l, northL, eastL);
+  else
+    return false;
   if (!std::isfinite(b + l + northL + eastL)) return false;
   derivatives = {b, l, northL, eastL};
   return true;
@@ -57,8 +61,14 @@ bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives
 template <class Formulas>
 void DerivativesByKernel(const Formulas& formulas, double* const (&columns)[4], std::size_t count) {
   constexpr double kRefused = std::numeric_limits<double>::quiet_NaN();
-  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count,
-            [](double(&point)[4]) { point[0] = kRefused; });
+  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count, [&](double(&point)[4]) {
+    GridDerivatives d{kRefused, kRefused, kRefused, kRefused};
+    DerivativesOf(formulas, point[0], point[1], d);
+    point[0] = d.northB;
+    point[1] = d.eastB;
+    point[2] = d.northL;
+    point[3] = d.eastL;
+  });
 }
 
 /// Runs `single`, which converts one point, over a block in place.

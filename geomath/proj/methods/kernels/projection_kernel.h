@@ -41,8 +41,17 @@ struct InverseOf {
   GEOMATH_INLINE bool Serves(double n, double e) const { return formulas.ServesInverse(n, e); }
 };
 
-/// The derivatives of Forward, by dual numbers: latitude, longitude and two columns that are not read
-/// become GridDerivatives in its order, not finite where the formulas refuse the point.
+/// Whether a record states its derivatives, for every point and in all functions, as
+///   template <class Math> void Differentiate(double& b, double& l, double&, double&) const;
+/// with the columns of DerivativesBy: because its class does, or in fewer operations than dual numbers.
+template <class Formulas>
+concept StatesDerivatives = requires(const Formulas f, double x) {
+  f.template Differentiate<simd::Scalar>(x, x, x, x);
+};
+
+/// The derivatives of Forward, by dual numbers unless the record states them: latitude, longitude and
+/// two columns that are not read become GridDerivatives in its order, not finite where the formulas
+/// refuse the point.
 template <class Formulas>
 struct DerivativesBy {
   static constexpr std::size_t kColumns = 4;
@@ -50,13 +59,17 @@ struct DerivativesBy {
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& b, double& l, double& third, double& fourth) const {
-    simd::Dual north(b, 1, 0), east(l, 0, 1);
-    formulas.template Forward<simd::DualMath<Math>>(north, east);
-    const double exists = 0 * (north.value + east.value);  // or NaN
-    b = north.first + exists;
-    l = east.first + exists;
-    third = north.second + exists;
-    fourth = east.second + exists;
+    if constexpr (StatesDerivatives<Formulas>) {
+      formulas.template Differentiate<Math>(b, l, third, fourth);
+    } else {
+      simd::Dual north(b, 1, 0), east(l, 0, 1);
+      formulas.template Forward<simd::DualMath<Math>>(north, east);
+      const double exists = 0 * (north.value + east.value);  // or NaN
+      b = north.first + exists;
+      l = east.first + exists;
+      third = north.second + exists;
+      fourth = east.second + exists;
+    }
   }
   GEOMATH_INLINE bool Serves(double b, double l, double, double) const {
     const bool latitude = std::abs(b) < kHalfPi;

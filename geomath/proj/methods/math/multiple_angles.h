@@ -37,6 +37,17 @@ GEOMATH_INLINE void AddSmallAngle(Real delta, Real& sine, Real& cosine) {
   cosine = c + (c * evenLess1 + kSign * (s * odd));
 }
 
+/// Sine and cosine of x become those of x + delta, |delta| < 0.0055, for which shorter power series do.
+template <class Real>
+GEOMATH_INLINE void AddTinyAngle(Real delta, Real& sine, Real& cosine) {
+  const Real z = delta * delta;
+  const Real odd = delta - delta * z * (1.0 / 6 - 1.0 / 120 * z);
+  const Real oneLessEven = z * (1.0 / 2 - 1.0 / 24 * z);
+  const Real s = sine, c = cosine;
+  sine = s + (c * odd - s * oneLessEven);
+  cosine = c - (c * oneLessEven + s * odd);
+}
+
 /// Sine and cosine of the real part of an angle, hyperbolic ones of its imaginary part.
 template <class Real>
 struct ComplexAngleOf {
