@@ -41,16 +41,20 @@ std::optional<std::pair<std::string, std::string>> PairIn(const std::string& tex
   return std::pair(text.substr(0, comma), text.substr(comma + 1));
 }
 
+PlaceText PlaceIn(const std::string& text) {
+  const auto pair = PairIn(text);
+  if (!pair) return {{}, "a latitude and a longitude belong there: 52.5,-1.7"};
+  const ParsedNumber latitude = ParseAngle(pair->first, AngleKind::latitude);
+  const ParsedNumber longitude = ParseAngle(pair->second, AngleKind::longitude);
+  if (!latitude || !longitude) return {{}, latitude ? longitude.problem : latitude.problem};
+  return {Position{latitude.value, longitude.value}, {}};
+}
+
 std::optional<Position> NearOf(const std::string& text) {
   if (text.empty()) return std::nullopt;
-  const auto pair = PairIn(text);
-  if (!pair) throw UserError("--near: a latitude and a longitude belong there: 52.5,-1.7");
-  const auto read = [](const std::string& part, AngleKind kind) {
-    const ParsedNumber angle = ParseAngle(part, kind);
-    if (!angle) throw UserError("--near: " + angle.problem);
-    return angle.value;
-  };
-  return Position{read(pair->first, AngleKind::latitude), read(pair->second, AngleKind::longitude)};
+  const PlaceText place = PlaceIn(text);
+  if (!place.position) throw UserError("--near: " + place.problem);
+  return place.position;
 }
 
 }  // namespace geomath_files::program

@@ -28,6 +28,13 @@ std::string CodeOf(const std::string& option, const std::string& text);
 /// The texts beside the comma, where there is one comma.
 std::optional<std::pair<std::string, std::string>> PairIn(const std::string& text);
 
+/// The place of "52.5,-1.7"; none for a text that is no such pair, with the reason.
+struct PlaceText {
+  std::optional<Position> position;
+  std::string problem;
+};
+PlaceText PlaceIn(const std::string& text);
+
 /// --near: "52.5,-1.7", or nothing for an empty text. Throws UserError.
 std::optional<Position> NearOf(const std::string& text);
 

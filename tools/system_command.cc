@@ -25,18 +25,9 @@ struct SystemOptions {
 };
 
 // The place of --find when its text is one.
-std::optional<Position> PlaceIn(const std::string& text) {
-  const auto pair = PairIn(text);
-  if (!pair) return std::nullopt;
-  const ParsedNumber latitude = ParseAngle(pair->first, AngleKind::latitude);
-  const ParsedNumber longitude = ParseAngle(pair->second, AngleKind::longitude);
-  if (!latitude || !longitude) return std::nullopt;
-  return Position{latitude.value, longitude.value};
-}
-
 int MakeSystem(const SystemOptions& options) {
   if (!options.find.empty()) {
-    std::fputs(FindEpsgSystems(options.find, PlaceIn(options.find)).c_str(), stdout);
+    std::fputs(FindEpsgSystems(options.find, PlaceIn(options.find).position).c_str(), stdout);
     return kExitDone;
   }
   if (options.code.empty()) throw UserError("give --epsg CODE; --find PLACE|NAME finds one");

@@ -235,7 +235,9 @@ class LayerCopy {
     for (std::size_t i = 0; i < vertices_.Count(); ++i) {
       std::array<double, 3> point = {vertices_.y[i], vertices_.x[i], vertices_.z[i]};
       if (!layerCrs_->Convert(point)) point[1] = std::numeric_limits<double>::quiet_NaN();
-      vertices_.y[i] = point[0], vertices_.x[i] = point[1], vertices_.z[i] = point[2];
+      vertices_.y[i] = point[0];
+      vertices_.x[i] = point[1];
+      vertices_.z[i] = point[2];
     }
   }
 
