@@ -6,7 +6,9 @@
 
 #include <algorithm>
 #include <cstring>
+#include <mutex>
 #include <sstream>
+#include <utility>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -166,12 +168,42 @@ struct EpsgRegistry::Context {
   }
 };
 
-EpsgRegistry::EpsgRegistry() : context_(std::make_unique<Context>()) {
+// Contexts that are not in use, with their open database and what they have read of it: a new one takes
+// ten times as long for its first operation as one that has made some. Each serves one registry at a
+// time, whose thread it need not have been made on.
+class EpsgRegistry::ContextPool {
+ public:
+  // Never destroyed: registries may outlive what is static.
+  static ContextPool& Instance() {
+    static ContextPool& pool = *new ContextPool;
+    return pool;
+  }
+
+  std::unique_ptr<Context> Take() {
+    const std::lock_guard lock(mutex_);
+    if (idle_.empty()) return std::make_unique<Context>();
+    std::unique_ptr<Context> context = std::move(idle_.back());
+    idle_.pop_back();
+    return context;
+  }
+
+  void Give(std::unique_ptr<Context> context) {
+    const std::lock_guard lock(mutex_);
+    if (idle_.size() < kMostIdle) idle_.push_back(std::move(context));
+  }
+
+ private:
+  static constexpr std::size_t kMostIdle = 8;  // some MB each
+  std::mutex mutex_;
+  std::vector<std::unique_ptr<Context>> idle_;
+};
+
+EpsgRegistry::EpsgRegistry() : context_(ContextPool::Instance().Take()) {
   if (!proj_context_get_database_path(context_->pj))
     throw UserError("the EPSG registry is not found: PROJ has no database proj.db here");
 }
 
-EpsgRegistry::~EpsgRegistry() = default;
+EpsgRegistry::~EpsgRegistry() { ContextPool::Instance().Give(std::move(context_)); }
 
 std::string EpsgRegistry::Version() const {
   const char* version = proj_context_get_database_metadata(context_->pj, "EPSG.VERSION");
@@ -276,11 +308,16 @@ std::optional<RegisteredOperation> EpsgRegistry::Operation(const std::string& co
 std::optional<ProjGrid> EpsgRegistry::GridOfProj(const std::string& code) const {
   const Owned<PJ> operation = context_->FindOperation(code, true);
   if (!operation) return std::nullopt;
-  const json document = DocumentOf(context_->pj, operation.get());
-  for (const json& parameter : document.value("parameters", json::array())) {
-    const json value = parameter.value("value", json());
-    const std::string method = document.at("method").value("name", "");
-    if (value.is_string()) return ProjGrid{value, method.starts_with("Inverse of ")};
+  PJ_CONTEXT* pj = context_->pj;
+  const char* method = nullptr;
+  if (!proj_coordoperation_get_method_info(pj, operation.get(), &method, nullptr, nullptr))
+    return std::nullopt;
+  const int count = proj_coordoperation_get_param_count(pj, operation.get());
+  for (int i = 0; i < count; ++i) {
+    const char* file = nullptr;
+    proj_coordoperation_get_param(pj, operation.get(), i, nullptr, nullptr, nullptr, nullptr, &file,
+                                  nullptr, nullptr, nullptr, nullptr, nullptr);
+    if (file && *file) return ProjGrid{file, std::string_view(method).starts_with("Inverse of ")};
   }
   return std::nullopt;
 }
@@ -291,6 +328,14 @@ std::vector<std::string> EpsgRegistry::ProjFolders() {
   std::vector<std::string> folders;
   for (std::string folder; std::getline(stream, folder, ':');) folders.push_back(folder);
   return folders;
+}
+
+std::string EpsgRegistry::NameInProj(const std::string& name) const {
+  const char* address = nullptr;
+  const int known = proj_grid_get_info_from_database(context_->pj, name.c_str(), nullptr, nullptr,
+                                                     &address, nullptr, nullptr, nullptr);
+  const std::string text = known && address ? address : "";
+  return text.substr(text.rfind('/') + 1);
 }
 
 std::string EpsgRegistry::FindInProj(const std::string& name) const {

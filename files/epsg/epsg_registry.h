@@ -80,11 +80,14 @@ class EpsgRegistry {
   std::optional<ProjGrid> GridOfProj(const std::string& code) const;
   /// The folders in which PROJ looks for its files.
   static std::vector<std::string> ProjFolders();
+  /// The name that a file has in the collection of PROJ, there or not; empty for one that is not in it.
+  std::string NameInProj(const std::string& name) const;
   /// Where PROJ has a file, perhaps under the name of an earlier version; empty when it is not there.
   std::string FindInProj(const std::string& name) const;
 
  private:
   struct Context;
+  class ContextPool;
   std::unique_ptr<Context> context_;
 };
 
