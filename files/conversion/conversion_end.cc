@@ -218,6 +218,12 @@ ConversionEnd::ConversionEnd(const EpsgRegistry& registry, const std::string& te
   EndReader(registry, *this).Read(text);
 }
 
+std::string ConversionEnd::Projected() const {
+  constexpr std::string_view kRegistered = "EPSG:";
+  if (kind_ != EndKind::projected || !definition_.starts_with(kRegistered)) return "";
+  return definition_.substr(kRegistered.size(), definition_.find('+') - kRegistered.size());
+}
+
 namespace {
 
 // Longitudes within half a turn of their meridian.

@@ -42,6 +42,8 @@ class ConversionEnd {
   void SetUnits(const GridUnits& units) { units_ = units; }
   /// The code of the geographic system of its positions.
   const std::string& Geographic() const { return geographic_; }
+  /// The code of the projected system of its plane; empty where it has none.
+  std::string Projected() const;
   /// Whether its heights are above the ellipsoid of that; else they are nobody's, or of `Vertical`.
   bool HasEllipsoidalHeights() const { return ellipsoidalHeights_; }
   /// The code of the system of its heights; empty for none.

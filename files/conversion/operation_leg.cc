@@ -8,6 +8,7 @@
 
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
+#include "files/epsg/publisher_routes.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
@@ -73,29 +74,54 @@ void RunParts(std::size_t parts, double* l, std::size_t count, ChainStep* failed
 
 }  // namespace
 
-OperationLeg::OperationLeg(const CandidateOperation& candidate)
+OperationLeg::OperationLeg(const EpsgRegistry& registry, const CandidateOperation& candidate)
     : title_(fmt::format("{}, {}", candidate.Title(), candidate.Accuracy())),
       accuracy_(candidate.operation.accuracy),
       area_(candidate.operation.area),
       hasGrid_(candidate.HasGrid()),
       changesHeights_(std::any_of(candidate.steps.begin(), candidate.steps.end(), IsGeocentric)),
       files_(candidate.Found()) {
+  if (candidate.route) TakeRoute(registry, candidate);
   for (std::size_t begin = 0; begin < candidate.steps.size();) {
     const std::size_t end = EndOfPart(candidate.steps, begin);
-    parts_.push_back(PartOf(candidate, begin, end));
+    parts_.push_back({PartOf(candidate, begin, end)});
     begin = end;
   }
 }
 
+// From positions on the datum of the route to its plane, where it stands behind one, and by the route
+// from there to positions of its target.
+void OperationLeg::TakeRoute(const EpsgRegistry& registry, const CandidateOperation& candidate) {
+  const PublisherRoute& route = *candidate.route;
+  if (route.projection)
+    parts_.push_back({ParseSystem(PlaneOfRoute(registry, route).dump(), candidate.Title()), false});
+  const ordered_json sections = RouteSections(registry, route, *candidate.routeFile);
+  parts_.push_back({ParseSystem(sections.dump(), candidate.Title(), ProjectionNeed::optional)});
+  // What its publisher has defined outside of the grid serves there too.
+  hasGrid_ = sections.at("shifts").at(0).value("outside", "") != "identity";
+  if (!candidate.routeReversed) return;
+  std::reverse(parts_.begin(), parts_.end());
+  for (Part& part : parts_) part.toGlobal = !part.toGlobal;
+}
+
 bool OperationLeg::NeedsDates() const {
   return std::any_of(parts_.begin(), parts_.end(),
-                     [](const auto& part) { return part->Chain().NeedsDates(); });
+                     [](const Part& part) { return part.system->Chain().NeedsDates(); });
+}
+
+void OperationLeg::RunPart(const Part& part, bool inverse, double* b, double* l, double* h,
+                           std::size_t count, PointDates dates, ChainStep* failed) {
+  const CoordinateChain& chain = part.system->Chain();
+  if (part.toGlobal != inverse)
+    chain.ToGlobalDatedBatch(dates, b, l, h, count, 1, failed);
+  else
+    chain.ToLocalDatedBatch(dates, b, l, h, count, 1, failed);
 }
 
 void OperationLeg::Forward(double* b, double* l, double* h, std::size_t count, PointDates dates,
                            ChainStep* failed) const {
   RunParts(parts_.size(), l, count, failed, [&](std::size_t i, ChainStep* to) {
-    parts_[i]->Chain().ToGlobalDatedBatch(dates, b, l, h, count, 1, to);
+    RunPart(parts_[i], false, b, l, h, count, dates, to);
   });
 }
 
@@ -103,7 +129,7 @@ void OperationLeg::Inverse(double* b, double* l, double* h, std::size_t count, P
                            ChainStep* failed) const {
   const std::size_t parts = parts_.size();
   RunParts(parts, l, count, failed, [&](std::size_t i, ChainStep* to) {
-    parts_[parts - 1 - i]->Chain().ToLocalDatedBatch(dates, b, l, h, count, 1, to);
+    RunPart(parts_[parts - 1 - i], true, b, l, h, count, dates, to);
   });
 }
 

@@ -12,6 +12,7 @@
 
 namespace geomath_files {
 
+class EpsgRegistry;
 struct CandidateOperation;
 
 /// An operation of the registry between two geographic systems, ready to be run: const, and from many
@@ -19,7 +20,7 @@ struct CandidateOperation;
 class OperationLeg {
  public:
   /// Reads its grids. Throws UserError for a file that is damaged.
-  explicit OperationLeg(const CandidateOperation& candidate);
+  OperationLeg(const EpsgRegistry& registry, const CandidateOperation& candidate);
 
   /// "EPSG:1314 OSGB36 to WGS 84 (6), accuracy 2 m".
   const std::string& Title() const { return title_; }
@@ -47,8 +48,17 @@ class OperationLeg {
   GeoBox area_;
   bool hasGrid_, changesHeights_;
   std::vector<std::string> files_;
-  // One after the other, each from its local to its global side.
-  std::vector<std::unique_ptr<CoordinateSystem>> parts_;
+  // One after the other, each from its local to its global side, or the other way.
+  struct Part {
+    std::unique_ptr<CoordinateSystem> system;
+    bool toGlobal = true;
+  };
+  void TakeRoute(const EpsgRegistry& registry, const CandidateOperation& candidate);
+  static void RunPart(const Part& part, bool inverse, double* b, double* l, double* h,
+                      std::size_t count, zel_cs::geomath::PointDates dates,
+                      zel_cs::geomath::ChainStep* failed);
+
+  std::vector<Part> parts_;
 };
 
 }  // namespace geomath_files

@@ -337,16 +337,11 @@ class SystemMaker {
 
   // The projection is put into the file behind its datum.
   void AddRoute(const CandidateOperation& taken) {
-    const PublisherRoute& route = *taken.route;
-    system_.document.update(ordered_json::parse(route.sections));
-    system_.document["shifts"][0]["file"] = NameBeside(*taken.routeFile, folder_);
-    if (!route.projection) return;
-    json projected = registry_.Crs(std::to_string(route.projection)).document;
-    const NamedEllipsoid& named = *FindEllipsoid(route.ellipsoid);
-    json& base = projected.at("base_crs");
-    base.at(base.contains("datum") ? "datum" : "datum_ensemble")["ellipsoid"] = {
-        {"semi_major_axis", named.a}, {"inverse_flattening", named.invF}};
-    plane_ = ProjectionOf(projected, chosen_.Title()).section;
+    ordered_json sections =
+        RouteSections(registry_, *taken.route, NameBeside(*taken.routeFile, folder_));
+    if (sections.contains("projection")) plane_ = sections.at("projection");
+    sections.erase("projection");
+    system_.document.update(sections);
   }
 
   void NoteChoice(const std::vector<CandidateOperation>& candidates,

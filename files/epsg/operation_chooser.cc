@@ -217,6 +217,42 @@ std::vector<CandidateOperation> OperationChooser::Between(const std::string& sou
   return candidates;
 }
 
+// To WGS 84 the registry's null transformation leads on, EPSG:1149, which is good to a metre.
+void OperationChooser::AddRoutes(const std::string& source, const std::string& projected,
+                                 const std::string& target, bool reversed,
+                                 const OperationPlace& place,
+                                 std::vector<CandidateOperation>& candidates) const {
+  constexpr const char* kEtrs89 = "4258";
+  constexpr double kTakenForWgs84Accuracy = 1;  // metres
+  for (CandidateOperation& each : Routes(source, projected, place)) {
+    const bool leadsOn = each.target == kEtrs89 && target == kWgs84;
+    if (each.target != target && !leadsOn) continue;
+    std::string& name = each.operation.name;
+    if (leadsOn) {
+      each.operation.accuracy = std::max(each.operation.accuracy, kTakenForWgs84Accuracy);
+      name += " + ETRS89 to WGS 84 (1)";
+    }
+    if (reversed) name = "Inverse of " + name;
+    each.routeReversed = reversed;
+    each.target = reversed ? source : target;
+    candidates.push_back(std::move(each));
+  }
+}
+
+std::vector<CandidateOperation> OperationChooser::BetweenEnds(const std::string& source,
+                                                              const std::string& sourceProjected,
+                                                              const std::string& target,
+                                                              const std::string& targetProjected,
+                                                              const OperationPlace& place) const {
+  std::vector<CandidateOperation> candidates;
+  AddRoutes(source, sourceProjected, target, false, place, candidates);
+  AddRoutes(target, targetProjected, source, true, place, candidates);
+  for (CandidateOperation& each : Unsorted(source, target, place, Joining::allowed))
+    candidates.push_back(std::move(each));
+  Sort(candidates);
+  return candidates;
+}
+
 std::vector<CandidateOperation> OperationChooser::Routes(const std::string& source,
                                                          const std::string& projected,
                                                          const OperationPlace& place) const {

@@ -28,6 +28,7 @@ struct CandidateOperation {
   std::vector<std::optional<StepFile>>
       files;  ///< of the steps, where they need one and it is found
   const PublisherRoute* route = nullptr;
+  bool routeReversed = false;            ///< it leads the other way
   std::optional<std::string> routeFile;  ///< path
   double covered = 1;                    ///< of the area where it is to be good, 0 to 1
 
@@ -84,6 +85,13 @@ class OperationChooser {
   std::vector<CandidateOperation> ToNational(const std::string& source,
                                              const std::string& projected,
                                              const OperationPlace& place) const;
+  /// The same with publishers' routes, which go before what is as good. The projected systems are those of
+  /// the two ends, on which routes may stand; empty for none.
+  std::vector<CandidateOperation> BetweenEnds(const std::string& source,
+                                              const std::string& sourceProjected,
+                                              const std::string& target,
+                                              const std::string& targetProjected,
+                                              const OperationPlace& place) const;
   /// The operation of a code, from the source to whatever geographic system it leads to; nothing when
   /// it is none from or to the source.
   std::optional<CandidateOperation> OfCode(const std::string& code, const std::string& source,
@@ -92,6 +100,9 @@ class OperationChooser {
  private:
   std::vector<CandidateOperation> Routes(const std::string& source, const std::string& projected,
                                          const OperationPlace& place) const;
+  void AddRoutes(const std::string& source, const std::string& projected, const std::string& target,
+                 bool reversed, const OperationPlace& place,
+                 std::vector<CandidateOperation>& candidates) const;
   std::vector<CandidateOperation> Unsorted(const std::string& source, const std::string& target,
                                            const OperationPlace& place, Joining joining) const;
   CandidateOperation Prepare(RegisteredOperation operation, const std::string& target,

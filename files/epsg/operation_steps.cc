@@ -143,8 +143,19 @@ class StepReader {
     if (const auto proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
       if (step_.grids.empty() || step_.grids[0].name != proj->name)
         step_.grids.push_back({proj->name, proj->inverse});
+    if (step_.grids.empty()) AddNamesOfProj();
     if (step_.grids.empty()) AddAsTiff();
     step_.known = !step_.grids.empty();
+  }
+
+  // A grid of an operation that PROJ has beside those of the registry.
+  void AddNamesOfProj() {
+    for (const json& parameter : part_.at("parameters")) {
+      const json value = parameter.value("value", json());
+      if (!value.is_string()) continue;
+      const std::string name = registry_.NameInProj(value.get<std::string>());
+      if (IsReadable(name)) step_.grids.push_back({name});
+    }
   }
 
   // A grid that its publisher has in a format of his own, and PROJ not at all, may lie there as TIFF

@@ -1,5 +1,13 @@
 #include "files/epsg/publisher_routes.h"
 
+#include "files/epsg/epsg_projection.h"
+#include "files/epsg/epsg_registry.h"
+#include "files/epsg/projjson.h"
+#include "files/system/ellipsoid_names.h"
+
+using nlohmann::json;
+using nlohmann::ordered_json;
+
 namespace geomath_files {
 namespace {
 
@@ -32,5 +40,25 @@ constexpr PublisherRoute kRoutes[] = {
 }  // namespace
 
 std::span<const PublisherRoute> PublisherRoutes() { return kRoutes; }
+
+ordered_json RouteSections(const EpsgRegistry& registry, const PublisherRoute& route,
+                           const std::string& file) {
+  ordered_json sections = ordered_json::parse(route.sections);
+  sections["shifts"][0]["file"] = file;
+  if (!route.projection) return sections;
+  json projected = registry.Crs(std::to_string(route.projection)).document;
+  const NamedEllipsoid& named = *FindEllipsoid(route.ellipsoid);
+  json& base = projected.at("base_crs");
+  base.at(base.contains("datum") ? "datum" : "datum_ensemble")["ellipsoid"] = {
+      {"semi_major_axis", named.a}, {"inverse_flattening", named.invF}};
+  sections["projection"] = ProjectionOf(projected, route.title).section;
+  return sections;
+}
+
+ordered_json PlaneOfRoute(const EpsgRegistry& registry, const PublisherRoute& route) {
+  const json document = registry.Crs(std::to_string(route.system)).document;
+  const EpsgProjection projection = ProjectionOf(document, route.title);
+  return {{"local", EllipsoidFigures(projection.ellipsoid)}, {"projection", projection.section}};
+}
 
 }  // namespace geomath_files

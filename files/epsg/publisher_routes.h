@@ -1,8 +1,12 @@
 #pragma once
 
+#include <nlohmann/json.hpp>
 #include <span>
+#include <string>
 
 namespace geomath_files {
+
+class EpsgRegistry;
 
 /// A route that the publisher of a national system defines, and that is better than the files which
 /// the registry names.
@@ -22,5 +26,14 @@ struct PublisherRoute {
 };
 
 std::span<const PublisherRoute> PublisherRoutes();
+
+/// What stands in a system file for a route by that grid, and the projection where it is another than
+/// that of the system itself. Throws UserError.
+nlohmann::ordered_json RouteSections(const EpsgRegistry& registry, const PublisherRoute& route,
+                                     const std::string& file);
+
+/// A system file for the plane of a route that stands behind a projection, from positions on the datum of
+/// its system. Throws UserError.
+nlohmann::ordered_json PlaneOfRoute(const EpsgRegistry& registry, const PublisherRoute& route);
 
 }  // namespace geomath_files

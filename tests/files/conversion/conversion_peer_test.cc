@@ -5,7 +5,10 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -166,7 +169,7 @@ struct Pair {
   const char *from, *to;
   double south, west, north, east;               // degrees, where both are used
   double there = kAgreement, back = kAgreement;  // metres
-  const char* operation = "";                    // where PROJ lacks a better one
+  const char* operation = "";                    // where PROJ has no better one
 };
 
 const Pair kPairs[] = {
@@ -175,10 +178,10 @@ const Pair kPairs[] = {
     {"EPSG:31468", "EPSG:25833", 47.8, 11.2, 53.5, 13.0},
     {"EPSG:31466", "EPSG:3034", 49.5, 6.2, 52.5, 7.4},
     {"EPSG:5678", "EPSG:25832", 47.8, 11.0, 50.0, 11.9},
-    {"EPSG:27700", "EPSG:25830", 50.5, -4.5, 55.5, -1.0},
-    {"EPSG:27700", "EPSG:32630", 50.5, -4.5, 55.5, -1.0},
-    {"EPSG:28992", "EPSG:25831", 51.3, 4.5, 53.0, 5.9},
-    {"EPSG:28992", "EPSG:25832", 52.0, 6.1, 52.9, 6.9},
+    {"EPSG:27700", "EPSG:25830", 50.5, -4.5, 55.5, -1.0, kAgreement, kAgreement, "7709"},
+    {"EPSG:27700", "EPSG:32630", 50.5, -4.5, 55.5, -1.0, kAgreement, kAgreement, "7710"},
+    {"EPSG:28992", "EPSG:25831", 51.3, 4.5, 53.0, 5.9, kAgreement, kAgreement, "9282"},
+    {"EPSG:28992", "EPSG:25832", 52.0, 6.1, 52.9, 6.9, kAgreement, kAgreement, "9282"},
     {"EPSG:31370", "EPSG:3812", 50.0, 3.2, 51.2, 5.8},
     {"EPSG:31370", "EPSG:25831", 50.0, 3.2, 51.2, 5.8},
     {"EPSG:27572", "EPSG:2154", 44.5, 0.0, 49.0, 5.0, kParis, kParis},
@@ -201,7 +204,7 @@ const Pair kPairs[] = {
     {"EPSG:29902", "EPSG:2157", 52.0, -9.5, 55.0, -6.2, kOneEllipsoid, kOneEllipsoid},
     {"EPSG:29903", "EPSG:2157", 52.0, -9.5, 55.0, -6.2},
     {"EPSG:3057", "EPSG:32627", 64.0, -22.5, 66.0, -19.0},
-    {"EPSG:28991", "EPSG:32631", 51.5, 4.5, 52.8, 5.9, kAgreement, kTransposed},
+    {"EPSG:28991", "EPSG:32631", 51.5, 4.5, 52.8, 5.9, kAgreement, kTransposed, "4833"},
     {"EPSG:2039", "EPSG:32636", 30.0, 34.6, 32.8, 35.4, kAgreement, kTransposed},
     {"EPSG:27200", "EPSG:2193", -45.0, 169.0, -36.0, 176.0},
     {"EPSG:20255", "EPSG:28355", -33.5, 144.5, -30.0, 148.0},
@@ -236,9 +239,9 @@ const Pair kPairs[] = {
     {"EPSG:4978", "EPSG:31467", 47.8, 7.6, 54.0, 10.4},
     {"EPSG:4326", "EPSG:4978", -60.0, -170.0, 60.0, 170.0},
     // With systems of heights.
-    {"EPSG:4937", "EPSG:27700+5701", 50.5, -4.5, 55.5, -2.0},
-    {"EPSG:7415", "EPSG:4937", 51.5, 4.5, 52.8, 6.5},
-    {"EPSG:7415", "EPSG:25831", 51.5, 4.5, 52.8, 5.9},
+    {"EPSG:4937", "EPSG:27700+5701", 50.5, -4.5, 55.5, -2.0, kAgreement, kAgreement, "7709"},
+    {"EPSG:7415", "EPSG:4937", 51.5, 4.5, 52.8, 6.5, kAgreement, kAgreement, "9282"},
+    {"EPSG:7415", "EPSG:25831", 51.5, 4.5, 52.8, 5.9, kAgreement, kAgreement, "9282"},
     {"EPSG:25832+7837", "EPSG:31467+7837", 48.0, 7.6, 54.0, 10.4},
     {"EPSG:5972", "EPSG:25832", 58.5, 7.5, 62.0, 10.5},
     {"EPSG:6349", "EPSG:6318", 30.0, -110.0, 45.0, -85.0},
@@ -345,4 +348,72 @@ TEST(ConversionsOfMovingFrames, ReachNationalSystemsByTheTableOfFrames) {
   Convert(Conversion("EPSG:4171", "EPSG:2154", {}), expected, true);
   EXPECT_NEAR(lambert[0], expected[0], 1e-8);
   EXPECT_NEAR(lambert[1], expected[1], 1e-8);
+}
+
+// ---- publishers' routes ----
+
+namespace {
+
+// The rows of a published file of points, behind its header, without the name.
+std::vector<std::vector<double>> ReadRows(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  std::vector<std::vector<double>> rows;
+  std::string line;
+  std::getline(file, line);
+  while (std::getline(file, line)) {
+    std::istringstream fields(line.substr(line.find(',') + 1));
+    std::vector<double>& row = rows.emplace_back();
+    for (std::string field; std::getline(fields, field, ',');) row.push_back(std::stod(field));
+  }
+  return rows;
+}
+
+// Distances between published positions and grid coordinates by a conversion with a route, both ways.
+void ExpectPublished(const char* grid, const char* points, std::size_t north, std::size_t east) {
+  constexpr double kPrinted =
+      1.2e-3;  // metres: both sides are printed to a millimetre, or nearly so
+  ConversionWish wish;
+  wish.grids = {ReferenceFile("grids").string()};
+  const Conversion conversion("EPSG:4258", grid, wish), opposite(grid, "EPSG:4258", wish);
+  for (const std::vector<double>& row : ReadRows(ReferenceFile(points))) {
+    const Point position{row[0], row[1], 0}, plane{row[north], row[east], 0};
+    Point point = position;
+    Convert(conversion, point, true);
+    EXPECT_NEAR(point[0], plane[0], kPrinted) << row[0] << ' ' << row[1];
+    EXPECT_NEAR(point[1], plane[1], kPrinted) << row[0] << ' ' << row[1];
+    Convert(conversion, point, false);
+    EXPECT_NEAR(point[0], position[0], kRoundTrip / 110e3);
+    EXPECT_NEAR(point[1], position[1], kRoundTrip / 65e3);
+    point = plane;
+    Convert(opposite, point, true);
+    EXPECT_NEAR(point[0], position[0], kPrinted / 110e3);
+    EXPECT_NEAR(point[1], position[1], kPrinted / 65e3);
+  }
+}
+
+}  // namespace
+
+TEST(ConversionsByRoutes, GiveThePointsOfOrdnanceSurvey) {
+  REQUIRE_REFERENCE_FILE(grid, "grids/ostn15_plane_shifts.tif");
+  ExpectPublished("EPSG:27700", "survey_points/gb_ostn15_points.csv", 4, 3);
+}
+
+// Its publisher has defined the Dutch route outside of its grid too.
+TEST(ConversionsByRoutes, GiveThePointsOfTheNetherlands) {
+  REQUIRE_REFERENCE_FILE(grid, "grids/nl_nsgi_rdcorr2018.tif");
+  ExpectPublished("EPSG:28992", "rd/rdnaptrans2018_points.csv", 4, 3);
+}
+
+// A geoid that PROJ alone has an operation for, under the name of its collection.
+TEST(ConversionsOfHeights, TakeTheSwedishGeoid) {
+  REQUIRE_REFERENCE_FILE(grid, "grids/se_lantmateriet_SWEN17_RH2000.tif");
+  ConversionWish wish;
+  wish.grids = {ReferenceFile("grids").string()};
+  Peer peer;
+  ASSERT_TRUE(peer.Take("EPSG:4977", "EPSG:3006+5613"));
+  const Conversion conversion("EPSG:4977", "EPSG:3006+5613", wish);
+  const Point given{59.3, 18.05, 30};
+  Point point = given;
+  Convert(conversion, point, true);
+  EXPECT_LE(peer.Distance(point, peer.Run(given, false), false), kAgreement);
 }
