@@ -24,7 +24,7 @@ namespace {
 struct MeasureOptions {
   std::string system;
   std::vector<std::string> from;  // a position as typed
-  bool grid = false, pairs = false, fromFirst = false;
+  bool grid = false, pairs = false, fromFirst = false, deflections = false;
   int decimals = 4;
   PointOptions points;
   EpochOption epoch;
@@ -59,6 +59,20 @@ constexpr LineColumn kColumns[] = {
     {"slope_distance", Unit::metres, &GridLine::slopeDistance},
 };
 
+// The plumb line of a row's line at its first end and at its second one, looking back: seconds.
+struct PlumbColumn {
+  const char* name;
+  double (*value)(const PlumbLine&);
+};
+constexpr PlumbColumn kPlumbColumns[] = {
+    {"xi", [](const PlumbLine& p) { return p.deflection.xi; }},
+    {"eta", [](const PlumbLine& p) { return p.deflection.eta; }},
+    {"azimuth_correction", [](const PlumbLine& p) { return p.azimuthCorrection; }},
+    {"direction_correction", [](const PlumbLine& p) { return p.directionCorrection; }},
+    {"zenith_correction", [](const PlumbLine& p) { return p.zenithCorrection; }},
+};
+constexpr const char* kEnds[] = {"_1", "_2"};
+
 // Which line belongs to a row: from the row before, from the row before in pairs, or from one point.
 class Measurement {
  public:
@@ -88,6 +102,10 @@ class Measurement {
           columns.push_back({name, kFactorDecimals, ""});
           break;
       }
+    if (options_.deflections)
+      for (const char* end : kEnds)
+        for (const auto& [name, value] : kPlumbColumns)
+          columns.push_back({std::string(name) + end, 3, "sec"});
     return columns;
   }
 
@@ -116,17 +134,34 @@ class Measurement {
     const bool starts = !options_.pairs ? !hasStart_ && rows_ == 0 : rows_ % 2 == 0;
     ++rows_;
     GridLine line = Nothing();
+    bool measured = false;
     if (located && !starts) {
       if (!hasStart_)
         problem = "the point that the line comes from is not known";
       else if (!grid_.Lines().Between(start_, to, line))
         problem = "the line leads out of the grid";
+      else
+        measured = true;
     }
+    const std::size_t plumbFirst = Write(line, block, i);
+    if (options_.deflections && !WritePlumb(measured, to, block, plumbFirst, i) && measured)
+      problem = "the geoid has no slopes here";
     if (starts || Consecutive()) {
       hasStart_ = located;
       start_ = to;
     }
-    Write(line, block, i);
+  }
+
+  // Both ends, from the column on; false, all NaN, where one of them has none.
+  bool WritePlumb(bool measured, const GridPoint& to, RowBlock& block, std::size_t column,
+                  std::size_t i) const {
+    PlumbLine ends[2];
+    const bool known = measured && grid_.Lines().PlumbAt(start_, to, ends[0]) &&
+                       grid_.Lines().PlumbAt(to, start_, ends[1]);
+    for (const PlumbLine& end : ends)
+      for (const PlumbColumn& each : kPlumbColumns)
+        block.result[column++][i] = known ? each.value(end) / kRadPerArcSecond : std::nan("");
+    return known;
   }
 
   bool Consecutive() const {
@@ -139,7 +174,8 @@ class Measurement {
     return line;
   }
 
-  void Write(const GridLine& line, RowBlock& block, std::size_t i) const {
+  // The column behind the last one that it writes.
+  std::size_t Write(const GridLine& line, RowBlock& block, std::size_t i) const {
     std::size_t column = 0;
     for (const auto& [name, unit, member] : kColumns) {
       const double value = line.*member;
@@ -147,6 +183,7 @@ class Measurement {
                                   : unit == Unit::seconds ? value / kRadPerArcSecond
                                                           : value;
     }
+    return column;
   }
 
   const MeasureOptions& options_;
@@ -166,6 +203,8 @@ int RunMeasure(const MeasureOptions& options) {
   RefuseReadingTwice({options.system, options.points.input});
   const auto system = ReadSystemFile(options.system);
   const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
+  if (options.deflections && !grid.HasGeoid())
+    throw UserError("--deflections: the system has no geoid whose slopes they are");
   Measurement measurement(options, grid);
 
   RowJob job;
@@ -208,6 +247,9 @@ std::function<int()> PrepareMeasure(CLI::App& arguments) {
                        "output file, replaced if it exists: .csv, .geojson, .gpkg, .shp; - for CSV "
                        "on standard output");
   arguments.add_flag("--grid", options->grid, "the points are given in the grid");
+  arguments.add_flag("--deflections", options->deflections,
+                     "also the deflection of the vertical at both ends and its corrections, from "
+                     "the slopes of the geoid");
   arguments.add_flag("--pairs", options->pairs, "a line for each two rows");
   arguments.add_flag("--from-first", options->fromFirst, "all lines from the first point");
   arguments

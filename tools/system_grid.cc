@@ -162,4 +162,45 @@ bool SystemGrid::Height(double b, double l, double& height) const {
   return true;
 }
 
+// From a position of the projection to that at which the chain asks the geoid.
+bool SystemGrid::ToGeoid(double& b, double& l) const {
+  double h = 0;
+  return system_.Chain().GetGeoidFrame() != GeoidFrame::global ||
+         toEllipsoid_.ToGlobal(b, l, h, date_);
+}
+
+// What lies between the ellipsoid and the heights besides the geoid.
+class SystemGrid::BesideGeoid : public GeoidHeight {
+ public:
+  BesideGeoid(const SystemGrid& grid, const GeoidHeight& geoid) : grid_(grid), geoid_(geoid) {}
+  bool Height(double b, double l, double& height) const override {
+    double undulation;
+    if (!grid_.Height(b, l, height)) return false;
+    if (!grid_.ToGeoid(b, l) || !geoid_.Height(b, l, undulation)) return false;
+    height -= undulation;
+    return true;
+  }
+
+ private:
+  const SystemGrid& grid_;
+  const GeoidHeight& geoid_;
+};
+
+// The positions of the two datums differ by hundreds of metres at most, and their scales and
+// directions by 1e-4, which is nothing to a slope.
+void SystemGrid::HeightsAndSlopes(const double* b, const double* l, double* heights,
+                                  double* perLatitude, double* perLongitude,
+                                  std::size_t count) const {
+  const GeoidHeight* const geoid = system_.Chain().GetGeoid();
+  if (!geoid) return GeoidHeight::HeightsAndSlopes(b, l, heights, perLatitude, perLongitude, count);
+  BesideGeoid(*this, *geoid).HeightsAndSlopes(b, l, heights, perLatitude, perLongitude, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    double lat = b[i], lon = l[i], undulation = std::nan(""), north = undulation, east = undulation;
+    if (ToGeoid(lat, lon)) geoid->HeightsAndSlopes(&lat, &lon, &undulation, &north, &east, 1);
+    heights[i] += undulation;
+    perLatitude[i] += north;
+    perLongitude[i] += east;
+  }
+}
+
 }  // namespace geomath_files::program

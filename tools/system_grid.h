@@ -65,12 +65,20 @@ class SystemGrid : private zel_cs::geomath::GeoidHeight {
     return {grid_.northSign * north, grid_.eastSign * east, height};
   }
 
+  /// Whether the system has a geoid, without which no deflections are known.
+  bool HasGeoid() const { return system_.Chain().GetGeoid() != nullptr; }
+
   /// Lines between grid positions; heights are those of the system.
   const zel_cs::geomath::GridLines& Lines() const { return lines_; }
 
  private:
   // What lies between the ellipsoid of the projection and the heights of the system.
   bool Height(double b, double l, double& height) const override;
+  // Those of the geoid itself, and differences of the rest, which is smooth.
+  void HeightsAndSlopes(const double* b, const double* l, double* heights, double* perLatitude,
+                        double* perLongitude, std::size_t count) const override;
+  class BesideGeoid;
+  bool ToGeoid(double& b, double& l) const;
   bool ToLocal(double& latitude, double& longitude, double& height) const;
 
   const CoordinateSystem& system_;

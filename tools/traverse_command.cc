@@ -42,6 +42,7 @@ struct DirectionOptions {
 struct TraverseOptions {
   EpochOption epoch;
   std::string system, input, output, distances = "ground", adjust = "none", angles = "degrees";
+  bool deflections = false;
   Texts start, end;
   DirectionOptions from{{}, "", "", {"--backsight", "--bearing", "--azimuth"}};
   DirectionOptions to{{}, "", "", {"--foresight", "--end-bearing", "--end-azimuth"}};
@@ -128,6 +129,9 @@ TraverseField FieldOf(const TraverseOptions& options, const SystemGrid& grid,
     throw UserError(options.input + ": the last row must have the closing angle and no distance");
   if (options.adjust != "none" && !field.end)
     throw UserError("--adjust: needs the known --end of the traverse");
+  field.deflections = options.deflections;
+  if (options.deflections && !grid.HasGeoid())
+    throw UserError("--deflections: the system has no geoid whose slopes they are");
   field.kind = Chosen(kDistances, options.distances);
   field.sigmaAngle = options.sigmaAngle * kRadPerArcSecond;
   field.sigmaDistance = options.sigmaDistance;
@@ -254,6 +258,9 @@ std::function<int()> PrepareTraverse(CLI::App& arguments) {
                   "what they are: slope, ground (horizontal, at the mean height of the ends; "
                   "the default), geodesic or grid")
       ->check(Names(kDistances));
+  arguments.add_flag("--deflections", options->deflections,
+                     "angles were turned about the plumb line: reduce them by the slopes of the "
+                     "system's geoid");
   arguments
       .add_option("--adjust", options->adjust, "none (the default), bowditch or least-squares")
       ->check(Names(kAdjustments));

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
 
 #include "files/words/name_match.h"
@@ -109,11 +110,37 @@ GridModel::GridModel(const GridScheme& scheme, const GridPlace& place, const flo
   partWidth_ = width * region.lonStep;
 }
 
-bool GridModel::Height(double b, double l, double& height) const {
+// Null for a longitude that is no number.
+const GridModel::Part* GridModel::PartOf(double l) const {
   const double last = static_cast<double>(parts_.size() - 1);
   const double fromWest = centre_ + std::remainder(l - centre_, kTwoPi) - west_;
   const double part = std::clamp(std::floor(fromWest / partWidth_), 0.0, last);
-  return part >= 0 && parts_[static_cast<std::size_t>(part)].heights.Height(b, l, height);
+  return part >= 0 ? &parts_[static_cast<std::size_t>(part)] : nullptr;
+}
+
+bool GridModel::Height(double b, double l, double& height) const {
+  const Part* part = PartOf(l);
+  return part && part->heights.Height(b, l, height);
+}
+
+void GridModel::Heights(const double* b, const double* l, double* heights,
+                        std::size_t count) const {
+  if (parts_.size() == 1) return parts_[0].heights.Heights(b, l, heights, count);
+  GeoidHeight::Heights(b, l, heights, count);
+}
+
+void GridModel::HeightsAndSlopes(const double* b, const double* l, double* heights,
+                                 double* perLatitude, double* perLongitude,
+                                 std::size_t count) const {
+  if (parts_.size() == 1)
+    return parts_[0].heights.HeightsAndSlopes(b, l, heights, perLatitude, perLongitude, count);
+  for (std::size_t i = 0; i < count; ++i) {
+    const Part* part = PartOf(l[i]);
+    heights[i] = perLatitude[i] = perLongitude[i] = std::numeric_limits<double>::quiet_NaN();
+    if (part)
+      part->heights.HeightsAndSlopes(b + i, l + i, heights + i, perLatitude + i, perLongitude + i,
+                                     1);
+  }
 }
 
 }  // namespace geomath_files

@@ -54,12 +54,17 @@ class GridModel : public zel_cs::geomath::GeoidHeight {
   GridModel(const GridScheme& scheme, const GridPlace& place, const float* nodes);
 
   bool Height(double b, double l, double& height) const override;
+  void Heights(const double* b, const double* l, double* heights, std::size_t count) const override;
+  void HeightsAndSlopes(const double* b, const double* l, double* heights, double* perLatitude,
+                        double* perLongitude, std::size_t count) const override;
 
  private:
   struct Part {
     std::unique_ptr<zel_cs::geomath::RegionalGeoid> model;
     zel_cs::geomath::RegionalGeoidHeight heights;
   };
+
+  const Part* PartOf(double l) const;
 
   double west_, centre_;  // radians
   double partWidth_;

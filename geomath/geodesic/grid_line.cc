@@ -156,6 +156,24 @@ std::size_t GridLines::Between(const GridPoint* from, const GridPoint* to, GridL
   return reduced;
 }
 
+bool GridLines::PlumbAt(const GridPoint& from, const GridPoint& to, PlumbLine& plumb) const {
+  End here, there;
+  if (!geoid_ || !Locate(from, here) || !Locate(to, there)) return false;
+  if (!DeflectionAt(*geoid_, proj_->GetEllipsoid(), here.b, here.l, here.height, plumb.deflection))
+    return false;
+  const double azimuth = geodesic_.Inverse(here.b, here.l, there.b, there.l).azimuth;
+  const double x = there.x - here.x, y = there.y - here.y, z = there.z - here.z;
+  const auto [sinB, cosB] = SinCos(here.b);
+  const auto [sinL, cosL] = SinCos(here.l);
+  const double outward = x * cosL + y * sinL, east = y * cosL - x * sinL;
+  const double up = outward * cosB + z * sinB, north = z * cosB - outward * sinB;
+  plumb.zenith = Atan2(Hypot(north, east), up);
+  plumb.azimuthCorrection = plumb.deflection.AzimuthCorrection(here.b);
+  plumb.directionCorrection = plumb.deflection.DirectionCorrection(azimuth, plumb.zenith);
+  plumb.zenithCorrection = plumb.deflection.ZenithCorrection(azimuth);
+  return std::isfinite(plumb.directionCorrection);
+}
+
 double GridLines::AzimuthOfBearing(const GridPoint& from, double bearing) const {
   End end;
   if (!Locate(from, end)) return kNaN;
@@ -192,17 +210,26 @@ double Deflection::ZenithCorrection(double azimuth) const {
   return xi * Cos(azimuth) + eta * Sin(azimuth);
 }
 
+void DeflectionsAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid, const double* b,
+                   const double* l, const double* h, Deflection* deflections, std::size_t count) {
+  double heights[kBlock], perLatitude[kBlock], perLongitude[kBlock];
+  for (std::size_t start = 0; start < count; start += kBlock) {
+    const std::size_t n = std::min(kBlock, count - start);
+    geoid.HeightsAndSlopes(b + start, l + start, heights, perLatitude, perLongitude, n);
+    for (std::size_t i = 0; i < n; ++i) {
+      const double lat = b[start + i], height = h[start + i];
+      const auto [M, N] = RadiiAt(ellipsoid, lat);
+      const double east = std::abs(lat) < kHalfPi ? (N + height) * Cos(lat) : kNaN;
+      const Deflection found{-perLatitude[i] / (M + height), -perLongitude[i] / east};
+      deflections[start + i] = std::isfinite(found.xi + found.eta) ? found : Deflection{kNaN, kNaN};
+    }
+  }
+}
+
 bool DeflectionAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid, double b, double l,
                   double h, Deflection& deflection) {
-  constexpr double kHalfStep = 125;  // metres on the ground
-  const auto [M, N] = RadiiAt(ellipsoid, b);
-  const double north = M + h, east = (N + h) * Cos(b);
-  const double db = kHalfStep / north, dl = kHalfStep / east;
-  double northern, southern, eastern, western;
-  if (!geoid.Height(b + db, l, northern) || !geoid.Height(b - db, l, southern)) return false;
-  if (!geoid.Height(b, l + dl, eastern) || !geoid.Height(b, l - dl, western)) return false;
-  deflection = {-(northern - southern) / (2 * kHalfStep), -(eastern - western) / (2 * kHalfStep)};
-  return true;
+  DeflectionsAt(geoid, ellipsoid, &b, &l, &h, &deflection, 1);
+  return !std::isnan(deflection.xi);
 }
 
 }  // namespace zel_cs::geomath

@@ -40,6 +40,31 @@ struct GridLine {
   double height2;          ///< of the second end
 };
 
+/// The deflection of the vertical, radians: where the plumb line meets the sky north (xi) and east
+/// (eta) of the ellipsoid's normal.
+struct GEOMATH_API Deflection {
+  double xi;   ///< northward
+  double eta;  ///< eastward
+
+  /// Laplace's correction: geodetic azimuth − astronomic azimuth, −η·tan B, of a horizontal sight.
+  double AzimuthCorrection(double b) const;
+  /// What is added to a horizontal direction observed in `azimuth` at the zenith angle `zenith`,
+  /// −(ξ·sin α − η·cos α)·cot z.
+  double DirectionCorrection(double azimuth, double zenith) const;
+  /// What is added to an observed zenith angle, ξ·cos α + η·sin α.
+  double ZenithCorrection(double azimuth) const;
+};
+
+/// What the plumb line at one end of a line does to observations there, radians: each is added to what
+/// was observed about the plumb line to have what counts about the ellipsoid's normal.
+struct PlumbLine {
+  Deflection deflection;       ///< at that end and its height
+  double zenith;               ///< angle between the normal and the straight line to the other end
+  double azimuthCorrection;    ///< Deflection::AzimuthCorrection
+  double directionCorrection;  ///< Deflection::DirectionCorrection in the line's azimuth and zenith
+  double zenithCorrection;     ///< Deflection::ZenithCorrection in the line's azimuth
+};
+
 /// Lines in the grid of a projection, reduced without series: the geodesic and the chord are both
 /// computed, and the arc-to-chord correction and the scale of the line are what they differ by. In a
 /// conformal grid T = azimuth − convergence.
@@ -65,6 +90,10 @@ class GEOMATH_API GridLines {
   /// `count` lines, faster; a line that fails is all NaN. Returns the number of the others.
   std::size_t Between(const GridPoint* from, const GridPoint* to, GridLine* lines,
                       std::size_t count) const;
+
+  /// The plumb line at `from` for a sight to `to`, from the slopes of the geoid. False without a geoid,
+  /// and where Between or DeflectionAt fails.
+  bool PlumbAt(const GridPoint& from, const GridPoint& to, PlumbLine& plumb) const;
 
   /// The azimuth at `from` of a grid bearing, of an arc as a telescope sees it: bearing plus
   /// convergence in a conformal grid. NaN where TGeoProj::ForwardDerivatives fails.
@@ -96,26 +125,15 @@ GEOMATH_API double RadiusInAzimuth(const Ellipsoid& ellipsoid, double b, double 
 /// R + h1 and R + h2. Metres; NaN where the heights differ by more than the distance.
 GEOMATH_API double SlopeToEllipsoid(double slope, double h1, double h2, double R);
 
-/// The deflection of the vertical, radians: where the plumb line meets the sky north (xi) and east
-/// (eta) of the ellipsoid's normal.
-struct GEOMATH_API Deflection {
-  double xi;   ///< northward
-  double eta;  ///< eastward
-
-  /// Laplace's correction: geodetic azimuth − astronomic azimuth, −η·tan B, of a horizontal sight.
-  double AzimuthCorrection(double b) const;
-  /// What is added to a horizontal direction observed in `azimuth` at the zenith angle `zenith`,
-  /// −(ξ·sin α − η·cos α)·cot z.
-  double DirectionCorrection(double azimuth, double zenith) const;
-  /// What is added to an observed zenith angle, ξ·cos α + η·sin α.
-  double ZenithCorrection(double azimuth) const;
-};
-
 /// The deflection at height `h` over the ellipsoid from the slopes of a geoid (Heiskanen and Moritz
-/// 1967, section 2-22): ξ = −∂N/((M + h)·∂B), η = −∂N/((N + h)·cos B·∂L), by symmetric differences over
-/// 250 m. Their error is below 0.01″ where the model has no features shorter than 10 km and keeps its
-/// heights to 0.01 mm. False where one of the four heights is missing.
+/// 1967, section 2-22): ξ = −∂N/((M + h)·∂B), η = −∂N/((N + h)·cos B·∂L), by
+/// GeoidHeight::HeightsAndSlopes: the derivatives of a grid's own interpolation where it has them. False
+/// where there is no height, and at the poles, where east is none.
 GEOMATH_API bool DeflectionAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid, double b,
                               double l, double h, Deflection& deflection);
+/// The same at `count` positions, faster for harmonic models; NaN where there is none.
+GEOMATH_API void DeflectionsAt(const GeoidHeight& geoid, const Ellipsoid& ellipsoid,
+                               const double* b, const double* l, const double* h,
+                               Deflection* deflections, std::size_t count);
 
 }  // namespace zel_cs::geomath

@@ -101,11 +101,21 @@ bool Traverse::Leg(const GridPoint& from, double azimuth, double distance, Trave
 bool Traverse::Walk(const TraverseField& field, const std::vector<double>& angles,
                     const std::vector<double>& distances, Path& path) const {
   path.stations.assign(1, field.start);
-  double back = field.startAzimuth;
+  double back = field.startAzimuth;  // as a telescope about the plumb line would have it
   for (std::size_t i = 0; i < field.legs.size(); ++i) {
+    const GridPoint from = path.stations.back();
     GridPoint to{0, 0, field.legs[i].height};
     const double azimuth = std::remainder(back + angles[i], kTwoPi);
-    if (!Leg(path.stations.back(), azimuth, distances[i], field.kind, to, back)) return false;
+    if (!Leg(from, azimuth, distances[i], field.kind, to, back)) return false;
+    if (field.deflections) {
+      // What the correction of the azimuth moves the station by does not change the correction.
+      PlumbLine forth, behind;
+      if (!lines_->PlumbAt(from, to, forth)) return false;
+      const double turned = std::remainder(azimuth + forth.directionCorrection, kTwoPi);
+      if (!Leg(from, turned, distances[i], field.kind, to, back)) return false;
+      if (!lines_->PlumbAt(to, from, behind)) return false;
+      back -= behind.directionCorrection;
+    }
     path.stations.push_back(to);
   }
   path.lastBackAzimuth = back;

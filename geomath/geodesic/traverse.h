@@ -43,6 +43,9 @@ struct TraverseField {
   std::optional<double> endAzimuth = {}, endAngle = {};
 
   TraverseDistance kind = TraverseDistance::ground;  ///< what the distances are
+  /// Angles were turned about the plumb line: every sight between stations is reduced by the slopes of
+  /// the geoid, which the lines must have. Marks that azimuths are given of are taken as level sights.
+  bool deflections = false;
   /// Standard deviations for least squares: of an angle, radians; of a distance, metres, and what it
   /// grows by, metres per metre.
   double sigmaAngle = 5 * kRadPerArcSecond, sigmaDistance = 0.002, sigmaPerMetre = 2e-6;

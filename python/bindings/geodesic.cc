@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <optional>
 #include <string>
 #include <vector>
@@ -217,6 +218,33 @@ py::object Between(const LinesObject& object, py::object north1, py::object east
   return Named("GridLine", reduced);
 }
 
+py::object Plumb(const LinesObject& object, py::object north1, py::object east1, py::object north2,
+                 py::object east2, py::object h1, py::object h2) {
+  if (!object.geoid) throw UserError("plumb: the lines have no geoid whose slopes are asked for");
+  const std::array<Argument, 6> arguments = {{{"north1", north1},
+                                              {"east1", east1},
+                                              {"north2", north2},
+                                              {"east2", east2},
+                                              {"h1", h1},
+                                              {"h2", h2}}};
+  const TGeoProj& projection = *object.projection->projection;
+  const py::object found =
+      ConvertColumns<5>(arguments, py::none(), [&](double* const* c, std::size_t, std::size_t n) {
+        projection.RotateNEBatch(kToInternal, c[0], c[1], n);
+        projection.RotateNEBatch(kToInternal, c[2], c[3], n);
+        for (std::size_t i = 0; i < n; ++i) {
+          constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+          PlumbLine p;
+          if (!object.lines.PlumbAt({c[0][i], c[1][i], c[4][i]}, {c[2][i], c[3][i], c[5][i]}, p))
+            p = {{kNone, kNone}, kNone, kNone, kNone, kNone};
+          const double values[] = {p.deflection.xi, p.deflection.eta, p.azimuthCorrection,
+                                   p.directionCorrection, p.zenithCorrection};
+          for (std::size_t k = 0; k < 5; ++k) c[k][i] = values[k] / kRadPerArcSecond;
+        }
+      });
+  return Named("PlumbLine", found);
+}
+
 // ---- traverses ----
 
 // A station as a tuple of two or three numbers.
@@ -264,7 +292,7 @@ py::object ComputeTraverse(const LinesObject& object, const std::vector<double>&
                            const std::optional<double>& endAzimuth,
                            const std::optional<double>& endAngle, const std::string& kind,
                            const std::string& adjustment, double sigmaSeconds, double sigmaDistance,
-                           double sigmaPerMetre, bool degrees) {
+                           double sigmaPerMetre, bool deflections, bool degrees) {
   static constexpr std::pair<const char*, TraverseDistance> kKinds[] = {
       {"slope", TraverseDistance::slope},
       {"ground", TraverseDistance::ground},
@@ -302,6 +330,9 @@ py::object ComputeTraverse(const LinesObject& object, const std::vector<double>&
   field.sigmaAngle = sigmaSeconds * kRadPerArcSecond;
   field.sigmaDistance = sigmaDistance;
   field.sigmaPerMetre = sigmaPerMetre;
+  field.deflections = deflections;
+  if (deflections && !object.geoid)
+    throw UserError("traverse: the lines have no geoid whose slopes are the deflections");
 
   TraverseResult result;
   const TraverseAdjustment wanted = ValueOf("adjustment", adjustment, kAdjustments);
@@ -423,6 +454,15 @@ The lines between two positions as GridLine: distances, bearings, factors and co
 
 Metres, numbers or arrays, broadcast together. A line whose end has no geographic position or no
 geoid height is NaN in all fields. Ground distance = grid distance / combined_factor.)")
+      .def("plumb", &Plumb, py::arg("north1"), py::arg("east1"), py::arg("north2"),
+           py::arg("east2"), py::arg("h1") = 0.0, py::arg("h2") = 0.0,
+           R"(plumb(self, north1, east1, north2, east2, h1=0.0, h2=0.0)
+--
+
+What the plumb line does to observations at the first end of lines to the second, as PlumbLine.
+
+Arc-seconds, from the slopes of the geoid, without which it raises Error. Arguments as those of between;
+a line that between refuses, or an end without slopes, is NaN in all fields.)")
       .def(
           "traverse", &ComputeTraverse, py::arg("start"), py::arg("angles"), py::arg("distances"),
           py::kw_only(), py::arg("heights") = py::none(), py::arg("backsight") = py::none(),
@@ -431,8 +471,8 @@ geoid height is NaN in all fields. Ground distance = grid distance / combined_fa
           py::arg("end_angle") = py::none(), py::arg("kind") = "ground",
           py::arg("adjustment") = "none", py::arg("sigma_seconds") = 5.0,
           py::arg("sigma_distance") = 0.002, py::arg("sigma_per_metre") = 2e-6,
-          py::arg("degrees") = true,
-          R"(traverse(self, start, angles, distances, *, heights=None, backsight=None, start_azimuth=None, end=None, foresight=None, end_azimuth=None, end_angle=None, kind="ground", adjustment="none", sigma_seconds=5.0, sigma_distance=0.002, sigma_per_metre=2e-06, degrees=True)
+          py::arg("deflections") = false, py::arg("degrees") = true,
+          R"(traverse(self, start, angles, distances, *, heights=None, backsight=None, start_azimuth=None, end=None, foresight=None, end_azimuth=None, end_angle=None, kind="ground", adjustment="none", sigma_seconds=5.0, sigma_distance=0.002, sigma_per_metre=2e-06, deflections=False, degrees=True)
 --
 
 Field angles and distances to coordinates: a TraverseResult.
@@ -444,8 +484,9 @@ to the next station, of a kind: "slope", "ground" (horizontal, at the mean heigh
 station before to the mark foresight, or to end_azimuth. Azimuths are geodetic.
 
 adjustment: "none", "bowditch" or "least-squares", for which sigma_seconds, sigma_distance and
-sigma_per_metre are the standard deviations of an angle and of a distance. Raises Error for what
-cannot be computed.)")
+sigma_per_metre are the standard deviations of an angle and of a distance. deflections: the angles were
+turned about the plumb line; they are reduced by the slopes of the geoid. Raises Error for what cannot
+be computed.)")
       .def("__repr__", [](const LinesObject& l) {
         std::string text = "GridLines(" + std::string(py::repr(py::cast(l.projection)));
         if (l.geoid) text += ", geoid=" + std::string(py::repr(py::cast(l.geoid)));

@@ -42,12 +42,11 @@ py::object DeflectionOf(const GeoidObject& geoid, py::object lat, py::object lon
        AngleArgument("lon", lon, AngleKind::longitude, degrees),
        {"h", h}}};
   return ConvertColumns<2>(arguments, out, [&](double* const* c, std::size_t, std::size_t n) {
+    Deflection found[kBlock];
+    DeflectionsAt(geoid.Heights(), *on, c[0], c[1], c[2], found, n);
     for (std::size_t i = 0; i < n; ++i) {
-      constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
-      Deflection found{kNone, kNone};
-      DeflectionAt(geoid.Heights(), *on, c[0][i], c[1][i], c[2][i], found);
-      c[0][i] = found.xi / kRadPerArcSecond;
-      c[1][i] = found.eta / kRadPerArcSecond;
+      c[0][i] = found[i].xi / kRadPerArcSecond;
+      c[1][i] = found[i].eta / kRadPerArcSecond;
     }
   });
 }
@@ -241,8 +240,9 @@ float64 array for the result. NaN where the model has no height: outside a grid,
 
 Deflection of the vertical at height h over the ellipsoid: (xi, eta), northward and eastward, arc-seconds.
 
-From the slopes of the geoid over 250 m: below 0.01" where the model has no features shorter than 10 km.
-Arguments as those of height. NaN where a height is missing.)");
+From the slopes of the geoid: the derivatives of a grid's bilinear, biquadratic, convolution and
+Lagrange schemes, spline and kriging, else differences over 13 m. Arguments as those of height. NaN
+where a height is missing.)");
 
   py::class_<RegionalGeoidObject, GeoidObject, std::shared_ptr<RegionalGeoidObject>> regional(
       module, "RegionalGeoid", R"(

@@ -42,7 +42,7 @@ from ._geomath import (
     linear_distortion,
     projections,
 )
-from ._lines import Distortion, GridLine, TraverseResult
+from ._lines import Distortion, GridLine, PlumbLine, TraverseResult
 from ._magnetic_elements import MagneticElements
 
 __all__ = [
@@ -68,6 +68,7 @@ __all__ = [
     "MagneticElements",
     "MagneticField",
     "MagneticModel",
+    "PlumbLine",
     "Projection",
     "RegionalGeoid",
     "ShiftGrid",

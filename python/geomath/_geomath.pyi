@@ -6,7 +6,7 @@ import numpy as np
 from numpy.typing import ArrayLike, NDArray
 
 from ._design import ZoneDesign
-from ._lines import Distortion, GridLine, TraverseResult
+from ._lines import Distortion, GridLine, PlumbLine, TraverseResult
 from ._magnetic_elements import MagneticElements
 
 _Array: TypeAlias = NDArray[np.float64]
@@ -243,6 +243,15 @@ class GridLines:
         *,
         degrees: bool = ...,
     ) -> GridLine: ...
+    def plumb(
+        self,
+        north1: ArrayLike,
+        east1: ArrayLike,
+        north2: ArrayLike,
+        east2: ArrayLike,
+        h1: ArrayLike = ...,
+        h2: ArrayLike = ...,
+    ) -> PlumbLine: ...
     def traverse(
         self,
         start: Sequence[float],
@@ -261,6 +270,7 @@ class GridLines:
         sigma_seconds: float = ...,
         sigma_distance: float = ...,
         sigma_per_metre: float = ...,
+        deflections: bool = ...,
         degrees: bool = ...,
     ) -> TraverseResult: ...
 

@@ -1,6 +1,6 @@
 from typing import Any, NamedTuple
 
-__all__ = ["Distortion", "GridLine", "TraverseResult"]
+__all__ = ["Distortion", "GridLine", "PlumbLine", "TraverseResult"]
 
 
 class Distortion(NamedTuple):
@@ -68,6 +68,24 @@ class GridLine(NamedTuple):
     """Above the ellipsoid, of the first end."""
     height2: Any
     """Of the second end."""
+
+
+class PlumbLine(NamedTuple):
+    """What the plumb line at one end of a line does to observations there: arc-seconds, numbers or arrays.
+
+    The corrections are added to what was observed about the plumb line.
+    """
+
+    xi: Any
+    """Deflection of the vertical, northward."""
+    eta: Any
+    """Eastward."""
+    azimuth_correction: Any
+    """Laplace's: geodetic less astronomic azimuth of a level sight."""
+    direction_correction: Any
+    """Of a horizontal direction along the line, which is not level."""
+    zenith_correction: Any
+    """Of a zenith angle along the line."""
 
 
 class TraverseResult(NamedTuple):

@@ -92,6 +92,31 @@ def test_geodesics_over_arrays_lines_and_areas() -> None:
     assert perimeter == pytest.approx(2 * 10001965.729230464 + np.pi / 2 * 6378137, abs=1e-6)
 
 
+def test_deflections_reach_the_sights_of_lines_and_traverses() -> None:
+    # 2 m up a degree to the north, 3 m down a degree to the east: the corrections by their formulas.
+    rows, columns = np.arange(4)[:, None], np.arange(4)[None, :]
+    geoid = RegionalGeoid(5 + 2.0 * rows - 3 * columns, south=-39, west=143, lat_step=1, lon_step=1)
+    lines = GridLines(MGA55, geoid)
+    here, there = (*MGA55.forward(*PEAK),), (*MGA55.forward(*BUNINYONG),)
+    plumb = lines.plumb(*here, np.array([there[0], here[0] + 1000]), np.array([there[1], here[1]]), 351, 800)
+    xi, eta = geoid.deflection(*PEAK, lines.between(*here, *there, 351).height1, ellipsoid="GRS80")
+    assert plumb.xi[1] == pytest.approx(xi, abs=1e-9) and plumb.eta[0] == pytest.approx(eta, abs=1e-9)
+    assert plumb.azimuth_correction[0] == pytest.approx(-eta * np.tan(np.radians(PEAK[0])), abs=1e-9)
+    azimuth = np.radians(lines.between(*here, *there).azimuth)
+    assert plumb.zenith_correction[0] == pytest.approx(xi * np.cos(azimuth) + eta * np.sin(azimuth), abs=1e-8)
+    assert np.isnan(lines.plumb(*here, np.nan, 0).xi)
+    with pytest.raises(Error, match="no geoid"):
+        GridLines(MGA55).plumb(*here, *there)
+
+    # A steep sight to the north turns by xi and eta: seen in the station that it leads to.
+    legs: Any = dict(heights=[851], start_azimuth=0, kind="geodesic")
+    plain = lines.traverse((*here, 351), [0], [1000], **legs)
+    bent = lines.traverse((*here, 351), [0], [1000], deflections=True, **legs)
+    assert bent.east[1] - plain.east[1] == pytest.approx(1000 * np.radians(eta * 0.5 / 3600), abs=2e-4)
+    with pytest.raises(Error, match="no geoid"):
+        GridLines(MGA55).traverse((*here, 351), [0], [1000], deflections=True, **legs)
+
+
 def test_a_traverse_closes_on_known_marks() -> None:
     lines = GridLines(MGA55)
     n, e = np.array([5.8e6, 5800400, 5800300, 5800900]), np.array([3e5, 300500, 301100, 301300])

@@ -3,12 +3,15 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <iterator>
 #include <limits>
 #include <vector>
 
 #include "geomath/base/angle.h"
+#include "geomath/chain/geoid_models.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/proj/methods/utm_proj.h"
+#include "tests/support/harmonic_model.h"
 
 namespace {
 
@@ -170,10 +173,74 @@ TEST(Deflection, ComesFromTheSlopesOfAGeoid) {
   Deflection d;
   ASSERT_TRUE(DeflectionAt(geoid, e, b, 2.5, h, d));
   const double M = RadiusInAzimuth(e, b, 0), N = RadiusInAzimuth(e, b, kHalfPi);
-  constexpr double kRounding = 1e-12;  // of heights of 30 m over 250 m
+  constexpr double kRounding = 1e-12;  // of heights of 40 m over 13 m
   EXPECT_NEAR(d.xi, -TiltedGeoid::kNorthward / (M + h), kRounding);
   EXPECT_NEAR(d.eta, -TiltedGeoid::kEastward / ((N + h) * std::cos(b)), kRounding);
-  EXPECT_FALSE(DeflectionAt(geoid, e, -0.6, 2.5, h, d));
+  ASSERT_TRUE(DeflectionAt(geoid, e, -0.6, 2.5, h, d));  // its edge, from the south
+  EXPECT_NEAR(d.xi, -TiltedGeoid::kNorthward / (RadiusInAzimuth(e, -0.6, 0) + h), kRounding);
+  EXPECT_FALSE(DeflectionAt(geoid, e, -0.59, 2.5, h, d));
+}
+
+// EGM96 to degree 36 with its correction: the series differentiated term by term in 40 digits
+// (Legendre functions by Heiskanen and Moritz 1967, eq. 1-62), seconds on the WGS84 ellipsoid.
+TEST(Deflection, OfAHarmonicModelIsThatOfItsSeries) {
+  constexpr double kRows[][5] = {{46.5, 7.25, 1000, -0.0890624568, -0.465850113},
+                                 {-37.9, 144.4, 0, -5.89580689, -4.2822462},
+                                 {27.9, 86.9, 8000, -10.2914114, -3.44419442},
+                                 {64.2, -150, 0, 1.99683451, -0.923448732},
+                                 {-0.5, -78.4, 2850, -1.86212446, -3.72308899}};
+  constexpr double kDifferences = 1.6e-5;  // seconds: heights to 1e-9 m over 13 m
+  const HarmonicModel egm96 = Egm96Degree36();
+  const GlobalGeoid model(egm96.Record(37));
+  const GlobalGeoidHeight geoid(model);
+  const Ellipsoid wgs84 = MakeEllipsoid(kA, 298.257223563);
+  std::vector<double> b, l, h;
+  for (const auto& row : kRows) {
+    b.push_back(row[0] * kRadPerDeg);
+    l.push_back(row[1] * kRadPerDeg);
+    h.push_back(row[2]);
+  }
+  Deflection many[std::size(kRows)], d;
+  DeflectionsAt(geoid, wgs84, b.data(), l.data(), h.data(), many, b.size());
+  for (std::size_t i = 0; i < b.size(); ++i) {
+    EXPECT_NEAR(many[i].xi / kRadPerArcSecond, kRows[i][3], kDifferences) << i;
+    EXPECT_NEAR(many[i].eta / kRadPerArcSecond, kRows[i][4], kDifferences) << i;
+    ASSERT_TRUE(DeflectionAt(geoid, wgs84, b[i], l[i], h[i], d));
+    EXPECT_EQ(d.xi, many[i].xi);
+    EXPECT_EQ(d.eta, many[i].eta);
+  }
+  EXPECT_FALSE(DeflectionAt(geoid, wgs84, kHalfPi, 0, 0, d));
+}
+
+// Two sights from one station have the corrections of its deflection in their azimuths and zenith
+// angles, which are computed from the heights on a sphere of Euler's radius.
+TEST(Deflection, CorrectsTheSightsOfALine) {
+  const TUTMProj mga = Mga55();
+  const TiltedGeoid geoid;
+  const GridLines lines(mga, &geoid);
+  const GridPoint from = InGrid(mga, kFlindersPeak, 1500);
+  for (const GridPoint& to :
+       {InGrid(mga, kBuninyong, 800), GridPoint{from.n, from.e + 900, 2100}}) {
+    GridLine line;
+    PlumbLine plumb;
+    Deflection d;
+    ASSERT_TRUE(lines.Between(from, to, line));
+    ASSERT_TRUE(lines.PlumbAt(from, to, plumb));
+    ASSERT_TRUE(
+        DeflectionAt(geoid, mga.GetEllipsoid(), kFlindersPeak.b, kFlindersPeak.l, line.height1, d));
+    EXPECT_NEAR(plumb.deflection.xi, d.xi, 1e-15);
+    const double R = RadiusInAzimuth(mga.GetEllipsoid(), kFlindersPeak.b, line.azimuth);
+    const double up = R + line.height1, there = R + line.height2, angle = line.geodesicDistance / R;
+    const double zenith = std::atan2(there * std::sin(angle), there * std::cos(angle) - up);
+    constexpr double kSphere = 2e-6, kOfDeflection = 1e-3;  // radians; of a correction
+    EXPECT_NEAR(plumb.zenith, zenith, kSphere);
+    EXPECT_NEAR(plumb.azimuthCorrection, d.AzimuthCorrection(kFlindersPeak.b), 1e-15);
+    const double direction = d.DirectionCorrection(line.azimuth, zenith);
+    EXPECT_NEAR(plumb.directionCorrection, direction, kOfDeflection * std::abs(direction));
+    EXPECT_NEAR(plumb.zenithCorrection, d.ZenithCorrection(line.azimuth), 1e-15);
+  }
+  PlumbLine none;
+  EXPECT_FALSE(GridLines(mga).PlumbAt(from, InGrid(mga, kBuninyong), none));
 }
 
 // The corrections against the geometry itself: the direction of a sight in the frame of the plumb

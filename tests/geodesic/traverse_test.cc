@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <random>
@@ -180,6 +181,46 @@ TEST(Traverse, RefusesWhatCannotBe) {
   field.legs.clear();
   field.end = kStart;
   EXPECT_FALSE(traverse.Compute(field, TraverseAdjustment::leastSquares, result));
+}
+
+class SteepGeoid : public GeoidHeight {
+ public:
+  bool Height(double b, double l, double& height) const override {
+    height = 20 + 400 * b - 250 * l;  // 13 and 8 seconds
+    return true;
+  }
+};
+
+// Angles as a theodolite turns them, about the plumb line, on steep sights: what the corrections of
+// the two sights at a station leave out of the true ones.
+TEST(Traverse, ReducesAnglesTurnedAboutThePlumbLine) {
+  const TUTMProj grid = Grid();
+  const SteepGeoid geoid;
+  const GridLines lines(grid, &geoid);
+  std::vector<GridPoint> stations = Stations(12, 800);
+  for (std::size_t i = 0; i < stations.size(); ++i) stations[i].h = i % 2 == 0 ? 300 : 500;
+  TraverseField field = Observed(lines, stations, TraverseDistance::ground);
+  double worst = 0;
+  for (std::size_t i = 0; i + 1 < stations.size(); ++i) {
+    PlumbLine forth, behind;
+    ASSERT_TRUE(lines.PlumbAt(stations[i], stations[i + 1], forth));
+    field.legs[i].angle -= forth.directionCorrection;
+    if (i == 0) continue;
+    ASSERT_TRUE(lines.PlumbAt(stations[i], stations[i - 1], behind));
+    field.legs[i].angle += behind.directionCorrection;
+    worst = std::max(worst, std::abs(forth.directionCorrection - behind.directionCorrection));
+  }
+  PlumbLine last;
+  ASSERT_TRUE(lines.PlumbAt(stations[12], stations[11], last));
+  *field.endAngle += last.directionCorrection;
+  EXPECT_GT(worst, 1 * kRadPerArcSecond);
+  TraverseResult result;
+  field.deflections = true;
+  ASSERT_TRUE(Traverse(lines).Compute(field, TraverseAdjustment::none, result));
+  EXPECT_NEAR(result.misclosureN, 0, kMetres);
+  EXPECT_NEAR(result.misclosureE, 0, kMetres);
+  EXPECT_NEAR(result.misclosureAngle, 0, 1e-9);
+  EXPECT_FALSE(Traverse(GridLines(grid)).Compute(field, TraverseAdjustment::none, result));
 }
 
 }  // namespace

@@ -111,6 +111,36 @@ TEST_F(Lines, MeasureInPairsAndFromOnePoint) {
   EXPECT_EQ(Run("measure --system mga55.json marks.csv").status, 2);
 }
 
+// A geoid that is a plane in latitude and longitude: its slopes over the radii (Heiskanen and Moritz
+// 1967, 2-22), Laplace's correction and those of the sight by their formulas.
+TEST_F(Lines, MeasureDeflectionsOfThePlumbLine) {
+  std::string nodes = "ncols 4\nnrows 4\nxllcenter 143\nyllcenter -39\ncellsize 1\n";
+  for (int row = 3; row >= 0; --row)
+    for (int column = 0; column < 4; ++column)
+      nodes += std::to_string(5 + 2 * row - 3 * column) + (column < 3 ? " " : "\n");
+  Write("plane.asc", nodes);
+  Write("geoid.json", std::string(kMga55) + R"(, "geoid": {"grid": "plane.asc"}})");
+  const ProgramRun run = Run("measure --deflections --system geoid.json marks.csv -o -");
+  ASSERT_EQ(run.status, 0) << run.err;
+  auto line = Row(run.out, 2);
+  constexpr double kB = -(37 + 57 / 60.0 + 3.7203 / 3600) * 3.14159265358979 / 180;
+  const double w2 = 1 - 0.00669438002290 * std::sin(kB) * std::sin(kB), N = 6378137 / std::sqrt(w2);
+  const double M = N * (1 - 0.00669438002290) / w2, h = 351;
+  constexpr double kSecondsOfDegree = 3600 * 180 / 3.14159265358979 * 180 / 3.14159265358979;
+  const double xi = -2 * kSecondsOfDegree / (M + h);
+  const double eta = 3 * kSecondsOfDegree / ((N + h) * std::cos(kB));
+  constexpr double kWritten = 6e-4, kUndulation = 2e-4;  // seconds; 10 m of height in the radii
+  EXPECT_NEAR(line["xi_1"], xi, kWritten + kUndulation);
+  EXPECT_NEAR(line["eta_1"], eta, kWritten + kUndulation);
+  EXPECT_NEAR(line["azimuth_correction_1"], -eta * std::tan(kB), kWritten);
+  const double azimuth = line["azimuth"] * 3.14159265358979 / 180;
+  EXPECT_NEAR(line["zenith_correction_1"], xi * std::cos(azimuth) + eta * std::sin(azimuth),
+              kWritten + kUndulation);
+  EXPECT_LT(std::abs(line["direction_correction_1"]), 0.1);  // a level sight
+  EXPECT_TRUE(std::isnan(Row(run.out, 1)["xi_1"]));
+  EXPECT_EQ(Run("measure --deflections --system mga55.json marks.csv -o -").status, 2);
+}
+
 // A ground system of k times the grid, turned: all scales are k times as large, its bearings turn and
 // the convergence goes the other way; what is on the ellipsoid stays.
 TEST_F(Lines, SiteAndGroundBelongToTheGrid) {
