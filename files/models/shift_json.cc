@@ -1,8 +1,6 @@
 #include "files/models/shift_json.h"
 
 #include <fmt/format.h>
-#include <rapidjson/encodedstream.h>
-#include <rapidjson/memorystream.h>
 #include <rapidjson/reader.h>
 
 #include <algorithm>
@@ -20,6 +18,7 @@
 #include "files/models/raster_reader.h"
 #include "files/system/json_section.h"
 #include "files/words/name_match.h"
+#include "files/words/number_text.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
 #include "geomath/shift/triangulation.h"
@@ -48,31 +47,37 @@ struct NumberRows {
 };
 
 // The file while it is parsed: its two lists as numbers, of everything else the texts and the lists
-// of texts. Does not go on where ParseJson would complain. RapidJSON reads numbers, of which there are
-// many, three times as fast as what reads all other JSON here.
-class TriangulationFile {
+// of texts. Does not go on where ParseJson would complain. RapidJSON goes through what are numbers
+// mostly three times as fast as what reads all other JSON here; in place, since its own stack begins at
+// a null pointer, with which it reckons.
+class TriangulationFile
+    : public rapidjson::BaseReaderHandler<rapidjson::UTF8<>, TriangulationFile> {
  public:
   NumberRows vertices, triangles;
   json head = json::object();
 
-  bool Parse(const std::string& text) {
-    constexpr unsigned kExact =
-        rapidjson::kParseFullPrecisionFlag | rapidjson::kParseValidateEncodingFlag;
-    rapidjson::MemoryStream bytes(text.data(), text.size());
-    rapidjson::EncodedInputStream<rapidjson::UTF8<>, rapidjson::MemoryStream> stream(bytes);
-    return !rapidjson::Reader().Parse<kExact>(stream, *this).IsError() &&
-           stream.Tell() == text.size();
+  bool Parse(std::string text) {
+    constexpr unsigned kInPlace = rapidjson::kParseInsituFlag |
+                                  rapidjson::kParseNumbersAsStringsFlag |
+                                  rapidjson::kParseValidateEncodingFlag;
+    constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
+    const std::size_t begin = text.starts_with(kByteOrderMark) ? kByteOrderMark.size() : 0;
+    rapidjson::InsituStringStream stream(text.data() + begin);
+    return !rapidjson::Reader().Parse<kInPlace>(stream, *this).IsError() &&
+           begin + stream.Tell() == text.size();
   }
 
   // Events of the reader; false ends it.
   bool Null() { return Take(nullptr, NumberRows::kNone); }
   bool Bool(bool value) { return Take(value, NumberRows::kNone); }
-  bool Int(int value) { return TakeNegative(value); }
-  bool Uint(unsigned value) { return Take(value, value); }
-  bool Int64(std::int64_t value) { return TakeNegative(value); }
-  bool Uint64(std::uint64_t value) { return Take(value, static_cast<double>(value)); }
-  bool Double(double value) { return Take(value, list_ == &vertices ? value : NumberRows::kNone); }
-  bool RawNumber(const char*, rapidjson::SizeType, bool) { return false; }  // not asked for
+  // Vertices are counted in figures alone.
+  bool RawNumber(const char* text, rapidjson::SizeType size, bool) {
+    const std::string_view written(text, size);
+    const ParsedNumber number = ParseNumber(written);
+    const double value = number ? number.value : NumberRows::kNone;
+    const bool counts = written.find_first_not_of("0123456789") == std::string_view::npos;
+    return Take(value, list_ == &vertices || counts ? value : NumberRows::kNone);
+  }
   bool String(const char* text, rapidjson::SizeType size, bool) {
     return Take(std::string_view(text, size), NumberRows::kNone);
   }
@@ -105,10 +110,6 @@ class TriangulationFile {
       head[key_].push_back(value);
     }
     return true;
-  }
-
-  bool TakeNegative(std::int64_t value) {
-    return Take(value, list_ == &vertices ? static_cast<double>(value) : NumberRows::kNone);
   }
 
   bool Open(json::value_t kind) {
