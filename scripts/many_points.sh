@@ -21,12 +21,14 @@ python3 - "$rows" <<'END'
 # Points in western Germany, in Gauss-Krüger zone 3.
 import random, sys
 random.seed(1)
-with open("points.csv", "w") as csv, open("points.txt", "w") as text:
+with open("points.csv", "w") as csv, open("points.txt", "w") as text, \
+        open("north_first.txt", "w") as north:
     csv.write("name,n,e,h\n")
     for i in range(int(sys.argv[1])):
         n, e, h = (random.uniform(*r) for r in ((5.3e6, 6.05e6), (3.42e6, 3.58e6), (0, 900)))
         csv.write(f"P{i},{n:.4f},{e:.4f},{h:.3f}\n")
         text.write(f"{e:.4f} {n:.4f} {h:.3f}\n")
+        north.write(f"{n:.4f} {e:.4f} {h:.3f}\n")
 END
 cat >points.vrt <<END
 <OGRVRTDataSource><OGRVRTLayer name="points"><SrcDataSource>points.csv</SrcDataSource>
@@ -54,6 +56,6 @@ measure "geomath convert" "$geomath" convert --from EPSG:31467 --to EPSG:25832 p
 measure "geomath convert --jobs 1" "$geomath" convert --from EPSG:31467 --to EPSG:25832 points.csv \
   -o result.csv --jobs 1
 measure cs2cs sh -c 'cs2cs -f %.4f EPSG:31467 EPSG:25832 points.txt >result.txt'
-measure cct sh -c "cct -c 2,1,3 -d 4 $pipeline points.txt >result.txt"
+measure cct sh -c "cct -d 4 $pipeline north_first.txt >result.txt"
 rm -rf result.gpkg result_ogr.csv
 measure "ogr2ogr -t_srs (CSV)" ogr2ogr -t_srs EPSG:25832 -f CSV -lco GEOMETRY=AS_XY result_ogr.csv points.vrt
