@@ -42,15 +42,18 @@ void Register(const Pair& pair) {
       const geomath_files::Conversion conversion(pair.from, pair.to);
       benchmark::DoNotOptimize(&conversion);
     }
+    state.SetItemsProcessed(state.iterations());
   });
 #ifdef GEOMATH_HAVE_PROJ
   benchmark::RegisterBenchmark((name + "/PROJ").c_str(), [=](benchmark::State& state) {
     for (auto _ : state) MakePeer(Owned<PJ_CONTEXT>(proj_context_create()).get(), pair);
+    state.SetItemsProcessed(state.iterations());
   });
   benchmark::RegisterBenchmark((name + "/PROJ, context kept").c_str(),
                                [=](benchmark::State& state) {
                                  const Owned<PJ_CONTEXT> context(proj_context_create());
                                  for (auto _ : state) MakePeer(context.get(), pair);
+                                 state.SetItemsProcessed(state.iterations());
                                });
 #endif
 }

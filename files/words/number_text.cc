@@ -125,6 +125,7 @@ std::string_view Trim(std::string_view text) {
 }
 
 ParsedNumber ParseNumber(std::string_view text) {
+  if (const auto plain = TakePlainNumber(text)) return {plain->value, {}};
   const std::string_view given = Trim(text);
   if (given.empty()) return Problem("is empty");
   std::string_view digits = given;
