@@ -263,7 +263,9 @@ ChainResult ChainUncertainty::JointToLocal(double* b, double* l, double* h, doub
   std::vector<Point> points(count);
   for (std::size_t i = 0; i < count; ++i) {
     Point& p = points[i];
-    p.at[0] = b[i], p.at[1] = l[i], p.at[2] = h[i];
+    p.at[0] = b[i];
+    p.at[1] = l[i];
+    p.at[2] = h[i];
     ChainTangents tangents(*this, dates.From(i), from, to, &p.common);
     Trace({&p.at[0], &p.at[1], &p.at[2]}, dates.From(i), 1, &result.failedAt, tangents);
     if (!result) return result;

@@ -150,8 +150,12 @@ struct EllipsoidalMotionSlopes {
     const double growsEast = atPole ? 0 : sinB * (1 / c - e2 * c / W2);
     nB = (nB + n * growsNorth) * perNorth;
     eB = (eB + e * growsEast) * perEast;
-    n *= perNorth, nL *= perNorth, nBL *= perNorth;
-    e *= perEast, eL *= perEast, eBL *= perEast;
+    n *= perNorth;
+    nL *= perNorth;
+    nBL *= perNorth;
+    e *= perEast;
+    eL *= perEast;
+    eBL *= perEast;
     B = growsEast;
   }
 };

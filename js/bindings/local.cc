@@ -37,7 +37,10 @@ void SiteObject::Convert(int operation, const Block& block) const {
   for (std::size_t i = 0; i < block.count; ++i) {
     if (!std::isfinite(c[0][i])) continue;
     if (site.mode == LocalToGrid::kHorizontal) c[2][i] = given[2][i];
-    if (site.mode == LocalToGrid::kVertical) c[0][i] = given[0][i], c[1][i] = given[1][i];
+    if (site.mode == LocalToGrid::kVertical) {
+      c[0][i] = given[0][i];
+      c[1][i] = given[1][i];
+    }
   }
 }
 

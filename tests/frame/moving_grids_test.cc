@@ -265,7 +265,8 @@ void ExpectDerivatives(const CoordinateShift& shift, const double (&at)[3], doub
   ASSERT_TRUE(shift.ForwardDerivatives(at[0], at[1], at[2], found, date));
   for (int c = 0; c < 3; ++c) {
     double low[] = {at[0], at[1], at[2]}, high[] = {at[0], at[1], at[2]};
-    low[c] -= 64 / unit(c), high[c] += 64 / unit(c);
+    low[c] -= 64 / unit(c);
+    high[c] += 64 / unit(c);
     const double width = high[c] - low[c];
     ASSERT_TRUE(shift.Forward(low[0], low[1], low[2], date));
     ASSERT_TRUE(shift.Forward(high[0], high[1], high[2], date));
