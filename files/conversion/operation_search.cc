@@ -152,12 +152,10 @@ std::optional<std::vector<ConversionStage>> OperationSearch::ByNationalSystem(
   double accuracy = std::numeric_limits<double>::infinity();
   for (const char* system : NationalSystems()) {
     for (const bool framesFirst : {true, false}) {
-      ConversionStage frames{whole.from, system, whole.keepsHeights};
-      ConversionStage registered{system, whole.to, whole.keepsHeights};
-      if (!framesFirst) {
-        frames = {system, whole.to, whole.keepsHeights};
-        registered = {whole.from, system, whole.keepsHeights};
-      }
+      ConversionStage first{whole.from, system, whole.keepsHeights};
+      ConversionStage second{system, whole.to, whole.keepsHeights};
+      ConversionStage& frames = framesFirst ? first : second;
+      ConversionStage& registered = framesFirst ? second : first;
       auto own = FrameOperation(registry_, folders_, frames.from, frames.to);
       if (!own || !own->IsUsable()) continue;
       registered.candidates =
@@ -166,8 +164,7 @@ std::optional<std::vector<ConversionStage>> OperationSearch::ByNationalSystem(
       if (!usable || AccuracyOf(*usable) >= accuracy) continue;
       accuracy = AccuracyOf(*usable);
       frames.candidates.push_back(std::move(*own));
-      best = framesFirst ? std::vector{std::move(frames), std::move(registered)}
-                         : std::vector{std::move(registered), std::move(frames)};
+      best = std::vector{std::move(first), std::move(second)};
     }
   }
   return best;

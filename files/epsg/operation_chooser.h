@@ -78,7 +78,8 @@ class OperationChooser {
                                           const OperationPlace& place,
                                           Joining joining = Joining::allowed) const;
   /// Those to WGS 84, and the grids to systems that the registry takes for WGS 84, whose own accuracy
-  /// counts; none that need a date, of which positions in WGS 84 say nothing. `projected`, unless it is empty, is the system for which a publisher's route may be.
+  /// counts; none that need a date, of which positions in WGS 84 say nothing. `projected`, unless
+  /// it is empty, is the system for which a publisher's route may be.
   std::vector<CandidateOperation> ToWgs84(const std::string& source, const std::string& projected,
                                           const OperationPlace& place) const;
   /// Those to systems from which published parameters lead on to frames that move (NationalSystems).

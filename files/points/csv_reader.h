@@ -42,8 +42,9 @@ struct CsvRows {
   bool Take(char separator, CsvRow& row);
 };
 
-/// Reads a CSV file (RFC 4180), row by row or many rows together, keeping the text of every row as it is. A quotation mark is special only at the start of a field, so that seconds of arc
-/// may stand unquoted. Lines end with LF or CR LF.
+/// Reads a CSV file (RFC 4180), row by row or many rows together, keeping the text of every row as
+/// it is. A quotation mark is special only at the start of a field, so that seconds of arc may
+/// stand unquoted. Lines end with LF or CR LF.
 ///
 /// The separator, one of `, ; tab |`, is the one that the first row holds most of, or the one that
 /// a line "sep=;" before it names. Where the first row has none of them, runs of blanks separate.

@@ -34,8 +34,8 @@ constexpr double LargestAngle(AngleKind kind) { return kind == AngleKind::latitu
 /// An angle in degrees, from decimal degrees or from degrees, minutes and seconds:
 ///   52.504167   -0.1278   52 30 15.5 N   N 52 30.2583   52:30:15.5   W 0d7m40s   0°7'40"W
 /// Signs are + and −, or the capital letters N, S for latitudes and E, W for longitudes, before or
-/// after the figures; turns have signs alone. Only the last figure may have decimals; minutes and seconds are below 60.
-/// They reach as far as LargestAngle says.
+/// after the figures; turns have signs alone. Only the last figure may have decimals; minutes and
+/// seconds are below 60. They reach as far as LargestAngle says.
 ParsedNumber ParseAngle(std::string_view text, AngleKind kind);
 
 /// Reads the numbers of one file, which all have a decimal point or all a decimal comma: the first

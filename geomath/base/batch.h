@@ -112,6 +112,14 @@ auto ApplyAt(std::size_t i, double* const (&columns)[N], Function function) {
   (std::make_index_sequence<N>());
 }
 
+/// Whether a point alone runs without the loops of columns, in code of its own for each conversion. A
+/// build whose size counts does without: the bits are those of the columns either way.
+#ifdef GEOMATH_COMPACT
+inline constexpr bool kPointsAlone = false;
+#else
+inline constexpr bool kPointsAlone = true;
+#endif
+
 /// A point alone, in place, by the statements of a conversion: the bits of its columns without their
 /// loops.
 template <class Conversion>
@@ -137,7 +145,8 @@ void ConvertUnserved(std::size_t i, double* const (&columns)[N], Single single) 
 template <class Conversion>
 void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
                std::size_t count) {
-  if (count == 1) return ConvertOne(conversion, columns);
+  if constexpr (kPointsAlone)
+    if (count == 1) return ConvertOne(conversion, columns);
   const auto convert = simd::ForActiveSet(
       [](auto target) { return &simd::ColumnKernel<decltype(target), Conversion>::Convert; });
   convert(conversion, columns, count);
@@ -153,9 +162,10 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
   const auto served = [&](std::size_t i, double* const(&points)[N]) {
     return ApplyAt(i, points, [&](auto... x) { return conversion.Serves(x...); });
   };
-  if (count == 1)
-    return served(0, columns) ? ConvertOne(conversion, columns)
-                              : ConvertUnserved(0, columns, single);
+  if constexpr (kPointsAlone)
+    if (count == 1)
+      return served(0, columns) ? ConvertOne(conversion, columns)
+                                : ConvertUnserved(0, columns, single);
   const auto [servesAll, convert] = simd::ForActiveSet([](auto target) {
     using Kernel = simd::ColumnKernel<decltype(target), Conversion>;
     return std::pair{&Kernel::ServesAll, &Kernel::Convert};

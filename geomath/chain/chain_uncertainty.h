@@ -42,8 +42,8 @@ struct DatumCovariance {
 /// back takes the inverse matrices at the same point.
 ///
 /// Holds pointers to the chain and to what is set, which the caller keeps alive. Until something is
-/// set the steps are exact. Dates are those of CoordinateChain, exact too. Conversions are const, throw nothing and may run from many threads;
-/// those of points and batches allocate nothing.
+/// set the steps are exact. Dates are those of CoordinateChain, exact too. Conversions are const,
+/// throw nothing and may run from many threads; those of points and batches allocate nothing.
 class GEOMATH_API ChainUncertainty {
  public:
   /// `chain` may change later.

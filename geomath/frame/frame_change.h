@@ -12,8 +12,8 @@
 namespace zel_cs::geomath {
 
 /// The way from one reference frame to another in published steps, at the date of the position:
-/// Forward from the first frame to the last. Timeless when no step changes with the date. Geocentric; positions stay at their date, also where a
-/// frame is used at one epoch only.
+/// Forward from the first frame to the last. Timeless when no step changes with the date.
+/// Geocentric; positions stay at their date, also where a frame is used at one epoch only.
 class GEOMATH_API FrameChange : public DatedShift {
  public:
   /// By FrameSteps. Null when the frames are not connected, or without memory; the way from a frame

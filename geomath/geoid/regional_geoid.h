@@ -84,9 +84,9 @@ class GEOMATH_API RegionalGeoid {
   /// Copies the stored nodes nearest to those of `grid`, counted in the model's own steps: rows
   /// from the north to the south, each from the west; from the rounded position of grid's southern
   /// edge to that of its northern, and likewise in longitude, also after a full turn. Neither
-  /// interpolates nor looks for holes (Kept), reads plain floats whatever the class stores (Kept), and gives kNoHeight where
-  /// the model has no node. Steps that are 0 or not finite write nothing. True unless there is no
-  /// data.
+  /// interpolates nor looks for holes (Kept), reads plain floats whatever the class stores (Kept),
+  /// and gives kNoHeight where the model has no node. Steps that are 0 or not finite write nothing.
+  /// True unless there is no data.
   bool CountHeightOnGrid(const TGridRgn& grid, double* heights, TSMatrix* accuracy) const;
 
  protected:

@@ -5,14 +5,15 @@
 #include <cstdint>
 
 #include "geomath/simd/kernel.h"
+#include "geomath/simd/minimax.h"
 #include "geomath/simd/scalar.h"
 
 namespace zel_cs::geomath::simd {
 
 /// The elementary functions that formulas are written in, in two forms with one interface: `Scalar`
-/// for one point at a time, those of scalar.h, and `Polynomial<Target>` for loops over columns, where a formula with
-/// special cases takes the one that its domain allows (`kColumns`). `Real` is what they compute with:
-/// double here, a number with its derivatives in DualMath.
+/// for one point at a time, those of scalar.h, and `Polynomial<Target>` for loops over columns,
+/// where a formula with special cases takes the one that its domain allows (`kColumns`). `Real` is
+/// what they compute with: double here, a number with its derivatives in DualMath.
 struct Scalar {
   using Real = double;
   static constexpr bool kColumns = false;
@@ -45,8 +46,8 @@ inline constexpr double kMaxAngle = 1e5;
 ///   Exp           −708 < x < 709     1.0
 ///
 /// Outside these domains results are meaningless numbers; NaN gives NaN in SinCos and Exp.
-/// Coefficients are minimax fits (Remez exchange, relative error of the whole function); their terms
-/// are summed in pairs, and pairs in pairs (Estrin 1960), so that few operations wait for another.
+/// The terms of minimax.h are summed in pairs, and pairs in pairs (Estrin 1960), so that few operations
+/// wait for another.
 template <class Target>
 struct Polynomial {
   using Real = double;
@@ -64,9 +65,6 @@ struct Polynomial {
  private:
   using Bits = std::uint64_t;
   static constexpr Bits kSignBit = Bits{1} << 63;
-  static constexpr double kRound = 0x1.8p52;  // adding it rounds to an integer
-  static constexpr double kPiOver2 = 0x1.921fb54442d18p+0;
-  static constexpr double kPiOver2Low = 0x1.1a62633145c07p-54;  // π/2 − kPiOver2
 
   static GEOMATH_INLINE Bits ToBits(double x) { return std::bit_cast<Bits>(x); }
   static GEOMATH_INLINE double FromBits(Bits bits) { return std::bit_cast<double>(bits); }
@@ -77,24 +75,21 @@ struct Polynomial {
 // for |k| < 2²⁰, and a tail; then sine and cosine of r, |r| ≤ π/4, are swapped and signed by k.
 template <class Target>
 GEOMATH_INLINE void Polynomial<Target>::SinCos(double x, double& sine, double& cosine) {
-  const double shifted = x * 0x1.45f306dc9c883p-1 + kRound;
+  using namespace minimax;
+  const double shifted = x * kTwoOverPi + kRound;
   const Bits quadrant = ToBits(shifted);
   const double k = shifted - kRound;
-  double r = x - k * 0x1.921fb54400000p+0;
-  r = r - k * 0x1.0b4611a600000p-34;
-  r = r - k * 0x1.3198a2e037073p-69;
+  double r = x - k * kPiOver2Pieces[0];
+  r = r - k * kPiOver2Pieces[1];
+  r = r - k * kPiOver2Pieces[2];
   const double z = r * r;
   const double z2 = z * z;
-  const double sinTail =
-      (0x1.111111110f7d0p-7 + z * -0x1.a01a019bfdef0p-13) +
-      z2 * ((0x1.71de3567d3802p-19 + z * -0x1.ae5e5a91bd62ap-26) + z2 * 0x1.5d8fd1be22297p-33);
-  const double cosTail =
-      (-0x1.6c16c16c14f91p-10 + z * 0x1.a01a019c844e6p-16) +
-      z2 * ((-0x1.27e4f7eac408dp-22 + z * 0x1.1ee9d7b4669eap-29) + z2 * -0x1.8fa499c5d3494p-37);
-  const double s = r + r * z * (-0x1.5555555555548p-3 + z * sinTail);
+  const double sinTail = (kSin[1] + z * kSin[2]) + z2 * ((kSin[3] + z * kSin[4]) + z2 * kSin[5]);
+  const double cosTail = (kCos[1] + z * kCos[2]) + z2 * ((kCos[3] + z * kCos[4]) + z2 * kCos[5]);
+  const double s = r + r * z * (kSin[0] + z * sinTail);
   const double half = 0.5 * z;
   const double w = 1.0 - half;
-  const double c = w + (((1.0 - w) - half) + z * z * (0x1.555555555554bp-5 + z * cosTail));
+  const double c = w + (((1.0 - w) - half) + z * z * (kCos[0] + z * cosTail));
 
   const Bits odd = Bits{0} - (quadrant & 1);
   const Bits difference = (ToBits(s) ^ ToBits(c)) & odd;
@@ -107,12 +102,10 @@ template <class Target>
 GEOMATH_INLINE double Polynomial<Target>::AtanTail(double t) {
   const double z = t * t;
   const double z2 = z * z, z4 = z2 * z2;
-  const double p = ((-0x1.5555555555554p-2 + z * 0x1.999999999964bp-3) +
-                    z2 * (-0x1.249249247568ap-3 + z * 0x1.c71c71b74742fp-4)) +
-                   z4 * (((-0x1.745d14b942430p-4 + z * 0x1.3b136e23649dfp-4) +
-                          z2 * (-0x1.110c724005b59p-4 + z * 0x1.e171f64d58b8dp-5)) +
-                         z4 * ((-0x1.ab7d4a6db0051p-5 + z * 0x1.70ec92f6eaf05p-5) +
-                               z2 * (-0x1.1236770d21506p-5 + z * 0x1.f1e505de14b57p-7)));
+  const double* const k = minimax::kAtan;
+  const double p = ((k[0] + z * k[1]) + z2 * (k[2] + z * k[3])) +
+                   z4 * (((k[4] + z * k[5]) + z2 * (k[6] + z * k[7])) +
+                         z4 * ((k[8] + z * k[9]) + z2 * (k[10] + z * k[11])));
   return t * z * p;
 }
 
@@ -120,12 +113,13 @@ GEOMATH_INLINE double Polynomial<Target>::AtanTail(double t) {
 // the rounding errors of its multiple of π/4.
 template <class Target>
 GEOMATH_INLINE double Polynomial<Target>::Atan2(double y, double x) {
+  using namespace minimax;
   const double ax = FromBits(ToBits(x) & ~kSignBit);
   const double ay = FromBits(ToBits(y) & ~kSignBit);
   const bool steep = ax < ay;
   const double larger = steep ? ay : ax;
   const double smaller = steep ? ax : ay;
-  const bool reduce = smaller > 0x1.a827999fcef32p-2 * larger;  // tan(π/8)
+  const bool reduce = smaller > kTanPiOver8 * larger;
   const double numerator = reduce ? smaller - larger : smaller;
   double denominator = reduce ? smaller + larger : larger;
   denominator = denominator == 0.0 ? 1.0 : denominator;
@@ -156,14 +150,9 @@ GEOMATH_INLINE double Polynomial<Target>::Log(double x) {
   const double f = m - 1.0;
   const double s = f / (2.0 + f);
   const double z = s * s;
-  const double z2 = z * z, z4 = z2 * z2;
-  const double p = ((0x1.5555555555555p-1 + z * 0x1.9999999999dfbp-2) +
-                    z2 * (0x1.249249242b90ep-2 + z * 0x1.c71c7258a5ac0p-3)) +
-                   z4 * ((0x1.745cde4f9e9cfp-3 + z * 0x1.3b20a75750819p-3) +
-                         z2 * (0x1.0f5d23dbde6cep-3 + z * 0x1.0f5ffa113de8ep-3));
   const double h = 0.5 * f * f;
-  const double t = s * (h + z * p);
-  return k * 0x1.62e42fee00000p-1 - ((h - (t + k * 0x1.a39ef35793c76p-33)) - f);
+  const double t = s * (h + z * minimax::LogTail(z));
+  return k * minimax::kLn2 - ((h - (t + k * minimax::kLn2Low)) - f);
 }
 
 // log u with u = 1 + x rounded, and the part of x that the rounding lost put back (Kahan).
@@ -177,19 +166,12 @@ GEOMATH_INLINE double Polynomial<Target>::Log1p(double x) {
 // x = k·ln 2 + r, |r| ≤ ln 2/2; the power of two is added to the exponent.
 template <class Target>
 GEOMATH_INLINE double Polynomial<Target>::Exp(double x) {
-  const double shifted = x * 0x1.71547652b82fep+0 + kRound;
+  using namespace minimax;
+  const double shifted = x * kLog2E + kRound;
   const double k = shifted - kRound;
-  double r = x - k * 0x1.62e42fee00000p-1;
-  r = r - k * 0x1.a39ef35793c76p-33;
-  const double r2 = r * r, r4 = r2 * r2;
-  const double p =
-      ((0x1.0000000000000p-1 + r * 0x1.555555555555bp-3) +
-       r2 * (0x1.5555555555503p-5 + r * 0x1.111111110ec65p-7)) +
-      r4 *
-          (((0x1.6c16c16c3043bp-10 + r * 0x1.a01a01b37b4b3p-13) +
-            r2 * (0x1.a01a01369f526p-16 + r * 0x1.71ddf02845827p-19)) +
-           r4 * ((0x1.27e5b433dba19p-22 + r * 0x1.af6bda9eb527cp-26) + r2 * 0x1.1e3d35a7819a3p-29));
-  const double e = 1.0 + (r + r2 * p);
+  double r = x - k * kLn2;
+  r = r - k * kLn2Low;
+  const double e = 1.0 + (r + r * r * ExpTail(r));
   return FromBits(ToBits(e) + (ToBits(shifted) << 52));
 }
 

@@ -5,20 +5,18 @@
 #include <cstdint>
 #include <limits>
 
+#include "geomath/simd/minimax.h"
+
 // The arguments are reduced to small ones exactly, and what the rounding of a first term loses is
 // carried along in a second number (Dekker 1971, "A floating-point technique for extending the
-// available precision"), so that one rounding, the last, makes most of the error. The polynomials are
-// minimax fits (Remez exchange, relative error of the whole function).
+// available precision"), so that one rounding, the last, makes most of the error.
 namespace zel_cs::geomath {
 namespace {
 
+using namespace minimax;
+
 using Bits = std::uint64_t;
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
-constexpr double kRound = 0x1.8p52;  // adding it rounds to an integer
-constexpr double kPiOver2 = 0x1.921fb54442d18p+0;
-constexpr double kPiOver2Low = 0x1.1a62633145c07p-54;  // π/2 − kPiOver2
-constexpr double kLn2 = 0x1.62e42fee00000p-1;          // 32 bits
-constexpr double kLn2Low = 0x1.a39ef35793c76p-33;      // ln 2 − kLn2
 
 /// The sum of two doubles, the second small beside the first.
 struct Twofold {
@@ -63,22 +61,18 @@ TwofoldPair SinCosOf(double x) {
   constexpr double kFar = 1e6;
   if (!(std::abs(x) <= kFar)) x = std::fmod(x, 4 * kPiOver2);  // NaN for ±∞
 
-  const double shifted = x * 0x1.45f306dc9c883p-1 + kRound;
+  const double shifted = x * kTwoOverPi + kRound;
   const Bits quadrant = std::bit_cast<Bits>(shifted);
   const double k = shifted - kRound;
-  Twofold r = Sum(x - k * 0x1.921fb54400000p+0, -k * 0x1.0b4611a600000p-34);
-  r.low -= k * 0x1.3198a2e037073p-69;
+  Twofold r = Sum(x - k * kPiOver2Pieces[0], -k * kPiOver2Pieces[1]);
+  r.low -= k * kPiOver2Pieces[2];
 
   const double u = r.high, z = u * u, z2 = z * z;
-  const double sinTail =
-      (0x1.111111110f7d0p-7 + z2 * (0x1.71de3567d3802p-19 + z2 * 0x1.5d8fd1be22297p-33)) +
-      z * (-0x1.a01a019bfdef0p-13 + z2 * -0x1.ae5e5a91bd62ap-26);
-  const double cosTail =
-      (-0x1.6c16c16c14f91p-10 + z2 * (-0x1.27e4f7eac408dp-22 + z2 * -0x1.8fa499c5d3494p-37)) +
-      z * (0x1.a01a019c844e6p-16 + z2 * 0x1.1ee9d7b4669eap-29);
+  const double sinTail = (kSin[1] + z2 * (kSin[3] + z2 * kSin[5])) + z * (kSin[2] + z2 * kSin[4]);
+  const double cosTail = (kCos[1] + z2 * (kCos[3] + z2 * kCos[5])) + z * (kCos[2] + z2 * kCos[4]);
   const double half = 0.5 * z, w = 1.0 - half;
-  const Twofold s{u, u * z * (-0x1.5555555555548p-3 + z * sinTail) + (r.low - half * r.low)};
-  const Twofold c{w, ((1.0 - w) - half) + (z2 * (0x1.555555555554bp-5 + z * cosTail) - u * r.low)};
+  const Twofold s{u, u * z * (kSin[0] + z * sinTail) + (r.low - half * r.low)};
+  const Twofold c{w, ((1.0 - w) - half) + (z2 * (kCos[0] + z * cosTail) - u * r.low)};
   switch (quadrant & 3) {
     case 0:
       return {s, c};
@@ -94,12 +88,9 @@ TwofoldPair SinCosOf(double x) {
 // atan t for |t| ≤ tan(π/8), less t.
 double AtanTail(double t) {
   const double z = t * t, z2 = z * z, z4 = z2 * z2;
-  const double even = (-0x1.5555555555554p-2 + z2 * -0x1.249249247568ap-3) +
-                      z4 * ((-0x1.745d14b942430p-4 + z2 * -0x1.110c724005b59p-4) +
-                            z4 * (-0x1.ab7d4a6db0051p-5 + z2 * -0x1.1236770d21506p-5));
-  const double odd = (0x1.999999999964bp-3 + z2 * 0x1.c71c71b74742fp-4) +
-                     z4 * ((0x1.3b136e23649dfp-4 + z2 * 0x1.e171f64d58b8dp-5) +
-                           z4 * (0x1.70ec92f6eaf05p-5 + z2 * 0x1.f1e505de14b57p-7));
+  const double* const k = kAtan;
+  const double even = (k[0] + z2 * k[2]) + z4 * ((k[4] + z2 * k[6]) + z4 * (k[8] + z2 * k[10]));
+  const double odd = (k[1] + z2 * k[3]) + z4 * ((k[5] + z2 * k[7]) + z4 * (k[9] + z2 * k[11]));
   return t * z * (even + z * odd);
 }
 
@@ -115,14 +106,10 @@ Twofold LogOf(double x) {
   const Bits biased = offset >> 52;
   const double k = static_cast<double>(static_cast<int>(biased) - 1023) + lift;
   const double f = std::bit_cast<double>(std::bit_cast<Bits>(x) - ((biased - 1023) << 52)) - 1.0;
-  const double s = f / (2.0 + f), z = s * s, z2 = z * z, z4 = z2 * z2;
-  const double p = ((0x1.5555555555555p-1 + z * 0x1.9999999999dfbp-2) +
-                    z2 * (0x1.249249242b90ep-2 + z * 0x1.c71c7258a5ac0p-3)) +
-                   z4 * ((0x1.745cde4f9e9cfp-3 + z * 0x1.3b20a75750819p-3) +
-                         z2 * (0x1.0f5d23dbde6cep-3 + z * 0x1.0f5ffa113de8ep-3));
+  const double s = f / (2.0 + f), z = s * s;
   const double h = 0.5 * f * f;
   const Twofold main = OrderedSum(k * kLn2, f);
-  return {main.high, main.low - (h - (s * (h + z * p) + k * kLn2Low))};
+  return {main.high, main.low - (h - (s * (h + z * LogTail(z)) + k * kLn2Low))};
 }
 
 Twofold Log1pOf(Twofold x) {
@@ -140,18 +127,10 @@ struct ExpParts {
 
 // x = k·ln 2 + r, |r| ≤ ln 2/2.
 ExpParts ExpOf(Twofold x) {
-  const double k = (x.high * 0x1.71547652b82fep+0 + kRound) - kRound;
+  const double k = (x.high * kLog2E + kRound) - kRound;
   const Twofold main = Sum(x.high - k * kLn2, -k * kLn2Low);
   const double r = main.high, low = main.low + x.low;
-  const double r2 = r * r, r4 = r2 * r2;
-  const double p =
-      ((0x1.0000000000000p-1 + r * 0x1.555555555555bp-3) +
-       r2 * (0x1.5555555555503p-5 + r * 0x1.111111110ec65p-7)) +
-      r4 *
-          (((0x1.6c16c16c3043bp-10 + r * 0x1.a01a01b37b4b3p-13) +
-            r2 * (0x1.a01a01369f526p-16 + r * 0x1.71ddf02845827p-19)) +
-           r4 * ((0x1.27e5b433dba19p-22 + r * 0x1.af6bda9eb527cp-26) + r2 * 0x1.1e3d35a7819a3p-29));
-  return {{r, r2 * p + (low + r * low)}, static_cast<int>(k)};
+  return {{r, r * r * ExpTail(r) + (low + r * low)}, static_cast<int>(k)};
 }
 
 double Scaled(double x, int k) {
@@ -218,7 +197,6 @@ double Atan(double x) { return Atan2(x, 1.0); }
 // Smaller over larger of |x| and |y|, reduced by π/4 above tan(π/8); the octant is put back with
 // the rounding errors of its multiple of π/4.
 double Atan2(double y, double x) {
-  constexpr double kTanPiOver8 = 0x1.a827999fcef32p-2;
   constexpr double kSmall = 0x1p-900, kLarge = 0x1p900;
   double ax = std::abs(x), ay = std::abs(y);
   if (!(ax + ay < kLarge && ax + ay > kSmall)) {

@@ -184,15 +184,20 @@ py::object Named(const char* name, const py::tuple& values) {
   return py::module_::import("geomath").attr(name)(*values);
 }
 
+std::array<Argument, 6> LineArguments(py::object north1, py::object east1, py::object north2,
+                                      py::object east2, py::object h1, py::object h2) {
+  return {{{"north1", north1},
+           {"east1", east1},
+           {"north2", north2},
+           {"east2", east2},
+           {"h1", h1},
+           {"h2", h2}}};
+}
+
 py::object Between(const LinesObject& object, py::object north1, py::object east1,
                    py::object north2, py::object east2, py::object h1, py::object h2,
                    bool degrees) {
-  const std::array<Argument, 6> arguments = {{{"north1", north1},
-                                              {"east1", east1},
-                                              {"north2", north2},
-                                              {"east2", east2},
-                                              {"h1", h1},
-                                              {"h2", h2}}};
+  const std::array<Argument, 6> arguments = LineArguments(north1, east1, north2, east2, h1, h2);
   const TGeoProj& projection = *object.projection->projection;
   const py::object reduced = ConvertColumns<kLineCount>(
       arguments, py::none(), [&](double* const* c, std::size_t, std::size_t n) {
@@ -221,12 +226,7 @@ py::object Between(const LinesObject& object, py::object north1, py::object east
 py::object Plumb(const LinesObject& object, py::object north1, py::object east1, py::object north2,
                  py::object east2, py::object h1, py::object h2) {
   if (!object.geoid) throw UserError("plumb: the lines have no geoid whose slopes are asked for");
-  const std::array<Argument, 6> arguments = {{{"north1", north1},
-                                              {"east1", east1},
-                                              {"north2", north2},
-                                              {"east2", east2},
-                                              {"h1", h1},
-                                              {"h2", h2}}};
+  const std::array<Argument, 6> arguments = LineArguments(north1, east1, north2, east2, h1, h2);
   const TGeoProj& projection = *object.projection->projection;
   const py::object found =
       ConvertColumns<5>(arguments, py::none(), [&](double* const* c, std::size_t, std::size_t n) {

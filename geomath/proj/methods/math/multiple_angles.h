@@ -24,8 +24,8 @@ GEOMATH_INLINE Real ClenshawSin(const double (&c)[N], Real sinTheta, Real cosThe
 inline constexpr double kMaxSmallAngle = 0.03;
 
 /// Sine and cosine of x become those of x + delta (`kSign` −1), or the hyperbolic ones do (+1), by
-/// the addition theorems. For |delta| < kMaxSmallAngle, where the first neglected terms of the power series of
-/// delta's own are below 1e-17.
+/// the addition theorems. For |delta| < kMaxSmallAngle, where the first neglected terms of the
+/// power series of delta's own are below 1e-17.
 template <int kSign, class Real>
 GEOMATH_INLINE void AddSmallAngle(Real delta, Real& sine, Real& cosine) {
   static_assert(kSign == 1 || kSign == -1);
