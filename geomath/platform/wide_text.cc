@@ -1,9 +1,12 @@
 #include "geomath/platform/wide_text.h"
 
+#include <cstdlib>
 #include <cwchar>
 #include <cwctype>
 
 namespace zel_cs::geomath {
+
+void FreeWide(wchar_t* text) noexcept { std::free(text); }
 
 #if defined(_WIN32)
 

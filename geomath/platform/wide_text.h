@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstdlib>
 #include <memory>
 
 #include "geomath/export.h"
@@ -9,6 +8,10 @@ namespace zel_cs::geomath {
 
 /// Copies a wide string into memory of the C runtime; null for null or when there is no memory.
 GEOMATH_API wchar_t* DuplicateWide(const wchar_t* text) noexcept;
+
+/// Gives back what DuplicateWide made: in the library, because a caller may have another C runtime. Null
+/// is nothing.
+GEOMATH_API void FreeWide(wchar_t* text) noexcept;
 
 /// Compares without regard to letter case, letter by letter with towlower; 0 means equal.
 GEOMATH_API int CompareWideNoCase(const wchar_t* left, const wchar_t* right) noexcept;
@@ -37,7 +40,7 @@ class GEOMATH_API WideText {
 
  private:
   struct Free {
-    void operator()(wchar_t* text) const noexcept { std::free(text); }
+    void operator()(wchar_t* text) const noexcept { FreeWide(text); }
   };
   using Owner = std::unique_ptr<wchar_t, Free>;
 

@@ -40,6 +40,7 @@ TEST(WideText, NullStaysApartFromEmpty) {
   EXPECT_EQ(text.Get(), nullptr);
   EXPECT_EQ(WideText(text).Get(), nullptr);
   EXPECT_EQ(DuplicateWide(nullptr), nullptr);
+  FreeWide(nullptr);
 }
 
 TEST(CompareWideNoCase, OrdersWithoutRegardToCase) {

@@ -1,6 +1,7 @@
 // What convert, geoid and declination have in common: rows in, rows and three results out.
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <string>
 
