@@ -1,7 +1,10 @@
 #pragma once
 
+#include <initializer_list>
 #include <nlohmann/json.hpp>
+#include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace geomath_files {
@@ -14,40 +17,50 @@ enum class KeySpelling {
   camel,   ///< folded, and complaints spell them as JavaScript does: "centralMeridian"
 };
 
+/// The keys that a section may have.
+using KnownKeys = std::span<const std::string_view>;
+
 /// One object of a JSON file whose keys are known beforehand. Every complaint is a UserError that
 /// names the file and the full key, such as `site.json: "datum.rX" …`.
 class JsonSection {
  public:
   /// Complains about every key of `object` that is not among `known`.
+  JsonSection(std::string file, std::string path, const nlohmann::json& object, KnownKeys known,
+              KeySpelling spelling = KeySpelling::exact);
   JsonSection(std::string file, std::string path, const nlohmann::json& object,
-              std::vector<std::string> known, KeySpelling spelling = KeySpelling::exact);
+              std::initializer_list<std::string_view> known,
+              KeySpelling spelling = KeySpelling::exact)
+      : JsonSection(std::move(file), std::move(path), object,
+                    KnownKeys(known.begin(), known.size()), spelling) {}
 
-  bool Has(const std::string& key) const { return Find(key) != nullptr; }
+  bool Has(std::string_view key) const { return Find(key) != nullptr; }
   /// A finite number; `what` says what belongs there ("metres", "decimal degrees").
-  double Number(const std::string& key, const std::string& what) const;
+  double Number(std::string_view key, std::string_view what) const;
   /// A list of `count` finite numbers.
-  std::vector<double> Numbers(const std::string& key, std::size_t count,
-                              const std::string& what) const;
-  std::string Text(const std::string& key, const std::string& what) const;
+  std::vector<double> Numbers(std::string_view key, std::size_t count, std::string_view what) const;
+  std::string Text(std::string_view key, std::string_view what) const;
   /// The value at `key`, which need not be an object.
-  const nlohmann::json& Object(const std::string& key) const;
+  const nlohmann::json& Object(std::string_view key) const;
   /// The object at `key`, whose keys are known.
-  JsonSection Section(const std::string& key, std::vector<std::string> known) const;
-  std::string PathOf(const std::string& key) const;
-  /// A key as complaints spell it.
-  std::string Spelled(const std::string& key) const;
-  std::vector<std::string> SpelledAll(std::vector<std::string> keys) const;
+  JsonSection Section(std::string_view key, KnownKeys known) const;
+  JsonSection Section(std::string_view key, std::initializer_list<std::string_view> known) const {
+    return Section(key, KnownKeys(known.begin(), known.size()));
+  }
+  std::string PathOf(std::string_view key) const;
+  /// A key as complaints spell it, or all of them.
+  std::string Spelled(std::string_view key) const;
+  std::vector<std::string> SpelledAll(KnownKeys keys) const;
 
-  [[noreturn]] void Fail(const std::string& key, const std::string& complaint) const;
+  [[noreturn]] void Fail(std::string_view key, std::string_view complaint) const;
 
  private:
-  bool Same(const std::string& a, const std::string& b) const;
-  const nlohmann::json* Find(const std::string& key) const;
-  const nlohmann::json& Require(const std::string& key, const std::string& what) const;
+  bool Same(std::string_view a, std::string_view b) const;
+  void CheckKeys(KnownKeys known) const;
+  const nlohmann::json* Find(std::string_view key) const;
+  const nlohmann::json& Require(std::string_view key, std::string_view what) const;
 
   std::string file_, path_;
   const nlohmann::json* object_;
-  std::vector<std::string> known_;
   KeySpelling spelling_;
 };
 

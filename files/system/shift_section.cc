@@ -98,10 +98,9 @@ Shift SimilarityOf(const JsonSection& s) {
   const TAbstractPoint3<double> shift{Metres(s, "dX"), Metres(s, "dY"), Metres(s, "dZ")};
   const TAbstractPoint3<double> turn{seconds("rX"), seconds("rY"), seconds("rZ")};
   const double scale = s.Number("ppm", "the scale in parts per million") * 1e-6;
-  const std::vector<std::string> senses = {"coordinate-frame", "position-vector"};
-  const RotationSense sense = ReadWord(s, "rotation", senses) == senses[1]
-                                  ? RotationSense::positionVector
-                                  : RotationSense::coordinateFrame;
+  const std::string word = ReadWord(s, "rotation", {"coordinate-frame", "position-vector"});
+  const RotationSense sense =
+      word == "position-vector" ? RotationSense::positionVector : RotationSense::coordinateFrame;
   const bool pivoted = s.Has("pivotX") || s.Has("pivotY") || s.Has("pivotZ");
   for (const char* key : {"rates", "validAt"})
     if (pivoted && s.Has(key)) s.Fail(key, "cannot stand beside a pivot");
@@ -157,7 +156,7 @@ Shift PlateOf(const JsonSection& s) {
 
 struct Kind {
   const char* key;
-  std::vector<std::string> keys;
+  std::vector<std::string_view> keys;
   Shift (*make)(const JsonSection& section, const Ellipsoid& global);
 };
 const Kind kKinds[] = {
@@ -189,7 +188,7 @@ constexpr Place kPlaces[] = {{"before datum", ShiftPlace::beforeDatum},
                              {"after projection", ShiftPlace::afterProjection}};
 
 ShiftPlace PlaceOf(const JsonSection& section) {
-  std::vector<std::string> words;
+  std::vector<std::string_view> words;
   for (const Place& place : kPlaces) words.emplace_back(place.word);
   const std::string word = ReadWord(section, "place", words);
   for (const Place& place : kPlaces)
@@ -221,8 +220,8 @@ ShiftChoice ChoiceOf(const JsonSection& section, const std::string& file) {
 
 SystemShift ReadShift(const std::string& file, const std::string& path, const json& object,
                       const Ellipsoid& global, const ShiftBytes* bytes) {
-  std::vector<std::string> keys = {"place",    "inverse",     "outside", "file", "unit",
-                                   "position", "coordinates", "epoch",   "date"};
+  std::vector<std::string_view> keys = {"place",    "inverse",     "outside", "file", "unit",
+                                        "position", "coordinates", "epoch",   "date"};
   for (const Kind& kind : kKinds) keys.emplace_back(kind.key);
   const JsonSection section(file, path, object, keys);
   SystemShift read;

@@ -45,12 +45,9 @@ class SystemReader {
     if (top.Has("datum")) ReadDatumAt(top, *system);
     if (need == ProjectionNeed::required || top.Has("projection")) ReadProjectionAt(top, *system);
     if (top.Has("axes")) ReadAxes(top, *system);
-    if (top.Has("units"))
-      system->units_ =
-          ReadUnits(file_, JsonSection(file_, "units", top.Object("units"), kUnitsKeys));
+    if (top.Has("units")) system->units_ = ReadUnits(file_, top.Section("units", kUnitsKeys));
     if (top.Has("localization")) ReadSite(top, *system);
-    if (top.Has("ground"))
-      system->ground_ = ReadGround(JsonSection(file_, "ground", top.Object("ground"), kGroundKeys));
+    if (top.Has("ground")) system->ground_ = ReadGround(top.Section("ground", kGroundKeys));
     ReadCrs(top, *system);
     CoordinateChain& chain = system->chain_;
     chain.SetGlobalEllipsoid(&system->global_);
@@ -70,16 +67,14 @@ class SystemReader {
 
  private:
   void ReadSite(const JsonSection& top, CoordinateSystem& system) const {
-    const JsonSection section(file_, "localization", top.Object("localization"),
-                              LocalizationKeys());
+    const JsonSection section = top.Section("localization", LocalizationKeys());
     system.localization_ = ReadLocalization(section);
     if (section.Has(kSiteErrorsKey))
-      system.siteErrors_ = ReadSiteErrors(JsonSection(
-          file_, section.PathOf(kSiteErrorsKey), section.Object(kSiteErrorsKey), kSiteErrorsKeys));
+      system.siteErrors_ = ReadSiteErrors(section.Section(kSiteErrorsKey, kSiteErrorsKeys));
   }
 
-  Ellipsoid ReadEllipsoidAt(const JsonSection& top, const std::string& key) const {
-    return ReadEllipsoid(JsonSection(file_, key, top.Object(key), kEllipsoidKeys));
+  Ellipsoid ReadEllipsoidAt(const JsonSection& top, std::string_view key) const {
+    return ReadEllipsoid(top.Section(key, kEllipsoidKeys));
   }
 
   // A datum joins two ellipsoids. Without one there is only one ellipsoid, named once or twice.
@@ -100,9 +95,9 @@ class SystemReader {
   }
 
   void ReadDatumAt(const JsonSection& top, CoordinateSystem& system) const {
-    std::vector<std::string> keys = kDatumKeys;
+    std::vector<std::string_view> keys(std::begin(kDatumKeys), std::end(kDatumKeys));
     keys.emplace_back("fixedHeight");
-    const JsonSection section(file_, "datum", top.Object("datum"), keys);
+    const JsonSection section = top.Section("datum", keys);
     system.datum_.emplace(ReadDatum(section, &system.local_));
     if (section.Has("fixedHeight"))
       system.fixedHeight_.emplace(system.global_, *system.datum_,
@@ -116,8 +111,7 @@ class SystemReader {
   }
 
   void ReadArea(const JsonSection& top, CoordinateSystem& system) const {
-    const JsonSection section(file_, "area", top.Object("area"),
-                              {"west", "south", "east", "north"});
+    const JsonSection section = top.Section("area", {"west", "south", "east", "north"});
     const auto side = [&](const char* key, double limit) {
       const double degrees = section.Number(key, "decimal degrees");
       if (std::abs(degrees) > limit)
@@ -129,7 +123,7 @@ class SystemReader {
   }
 
   void ReadAxes(const JsonSection& top, CoordinateSystem& system) const {
-    const JsonSection section(file_, "axes", top.Object("axes"), {"grid", "geographic"});
+    const JsonSection section = top.Section("axes", {"grid", "geographic"});
     if (!system.Projection()) section.Fail("grid", "needs a projection: the axes are those of it");
     if (const AxisText* grid = ReadAxisPair(section, "grid")) {
       system.Projection()->SetNEAxes(Widen(grid->text).c_str());
@@ -146,7 +140,7 @@ class SystemReader {
     if (system.global_.a == kWgs84A && system.global_.invF == kWgs84InvF)
       system.geographicCrs_ = "EPSG:4326";
     if (!top.Has("crs")) return;
-    const JsonSection section(file_, "crs", top.Object("crs"), {"grid", "geographic"});
+    const JsonSection section = top.Section("crs", {"grid", "geographic"});
     constexpr const char* kWhat = "an EPSG code (\"EPSG:27700\") or WKT";
     if (section.Has("geographic")) system.geographicCrs_ = section.Text("geographic", kWhat);
     if (section.Has("grid") && !system.localization_ && !system.ground_)
@@ -155,9 +149,8 @@ class SystemReader {
 
   // Files are looked for beside the system file.
   void ReadGeoid(const JsonSection& top, CoordinateSystem& system) const {
-    const JsonSection section(
-        file_, "geoid", top.Object("geoid"),
-        {"grid", "interpolation", "model", "correction", "subtractNormalField", "frame"});
+    const JsonSection section = top.Section(
+        "geoid", {"grid", "interpolation", "model", "correction", "subtractNormalField", "frame"});
     const auto text = [&](const char* key, const char* what) {
       return section.Has(key) ? section.Text(key, what) : std::string();
     };

@@ -140,12 +140,13 @@ bool ReadPlanePair(const JsonSection& section, const std::string& name, double& 
 
 }  // namespace
 
-std::string ReadWord(const JsonSection& section, const std::string& key,
-                     const std::vector<std::string>& known) {
+std::string ReadWord(const JsonSection& section, std::string_view key,
+                     std::span<const std::string_view> known) {
   if (!section.Has(key)) return "";
-  const std::string word = section.Text(key, "one of the words " + ListNames(known));
-  if (std::find(known.begin(), known.end(), word) == known.end())
-    section.Fail(key, fmt::format("is \"{}\"; {}", Printable(word), SuggestName(word, known)));
+  const std::vector<std::string> words(known.begin(), known.end());
+  const std::string word = section.Text(key, "one of the words " + ListNames(words));
+  if (std::find(words.begin(), words.end(), word) == words.end())
+    section.Fail(key, fmt::format("is \"{}\"; {}", Printable(word), SuggestName(word, words)));
   return word;
 }
 
@@ -192,21 +193,21 @@ Datum ReadDatum(const JsonSection& section, Ellipsoid* local) {
 
 NamedProjection ReadProjection(const ProjectionSection& source, double a, double invF) {
   const ProjectionKind& kind = ReadKind(source);
-  std::vector<std::string> known = {"name"};
+  std::vector<std::string_view> known = {"name"};
   for (const ProjectionParameter& parameter : kind.parameters) known.push_back(parameter.name);
   const JsonSection section(source.file, source.path, source.object, known, source.spelling);
-  const std::vector<std::string> names(known.begin() + 1, known.end());
   std::vector<double> values;
   for (const ProjectionParameter& parameter : kind.parameters) {
     if (!section.Has(parameter.name))
-      section.Fail(parameter.name, fmt::format("is missing; {} needs {}", kind.name,
-                                               ListNames(section.SpelledAll(names))));
+      section.Fail(parameter.name,
+                   fmt::format("is missing; {} needs {}", kind.name,
+                               ListNames(section.SpelledAll(KnownKeys(known).subspan(1)))));
     values.push_back(ReadParameter(section, parameter));
   }
   return {&kind, values, MakeProjection(kind, a, invF, values)};
 }
 
-const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key) {
+const AxisText* ReadAxisPair(const JsonSection& section, std::string_view key) {
   if (!section.Has(key)) return nullptr;
   const std::string text = section.Text(key, "an axis text such as \"NE\"");
   std::vector<std::string> known;
@@ -225,8 +226,8 @@ AxisPair AxisPairOf(const std::string& text) {
   return {};
 }
 
-std::vector<std::string> LocalizationKeys() {
-  std::vector<std::string> keys(std::begin(kLocalizationKeys), std::end(kLocalizationKeys));
+std::vector<std::string_view> LocalizationKeys() {
+  std::vector<std::string_view> keys(std::begin(kLocalizationKeys), std::end(kLocalizationKeys));
   keys.push_back(kRotationDegrees);
   keys.push_back(kSiteErrorsKey);
   return keys;
@@ -341,7 +342,7 @@ GridToGround ReadGround(const JsonSection& section) {
   return ground;
 }
 
-double ReadDate(const JsonSection& section, const std::string& key) {
+double ReadDate(const JsonSection& section, std::string_view key) {
   constexpr const char* kWhat = "a decimal year (2026.9) or a day (\"2026-11-23\")";
   const std::string text = section.Object(key).is_string()
                                ? section.Text(key, kWhat)
@@ -351,7 +352,7 @@ double ReadDate(const JsonSection& section, const std::string& key) {
   return date.value;
 }
 
-ReferenceFrame ReadFrameName(const JsonSection& section, const std::string& key) {
+ReferenceFrame ReadFrameName(const JsonSection& section, std::string_view key) {
   const std::string name = section.Text(key, "the name of a reference frame");
   const std::optional<ReferenceFrame> frame = FrameNamed(name);
   if (!frame) section.Fail(key, UnknownFrame(name));

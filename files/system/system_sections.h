@@ -21,11 +21,11 @@
 namespace geomath_files {
 
 /// Keys of an ellipsoid: a name, or a and one of the other two.
-inline const std::vector<std::string> kEllipsoidKeys = {"ellipsoid", "a", "invF", "b"};
+inline constexpr std::string_view kEllipsoidKeys[] = {"ellipsoid", "a", "invF", "b"};
 zel_cs::geomath::Ellipsoid ReadEllipsoid(const JsonSection& section);
 
-inline const std::vector<std::string> kDatumKeys = {"dX", "dY", "dZ",  "rX",
-                                                    "rY", "rZ", "ppm", "rotation"};
+inline constexpr std::string_view kDatumKeys[] = {"dX", "dY", "dZ",  "rX",
+                                                  "rY", "rZ", "ppm", "rotation"};
 /// The datum on `local`, which it keeps a pointer to.
 zel_cs::geomath::Datum ReadDatum(const JsonSection& section, zel_cs::geomath::Ellipsoid* local);
 
@@ -44,7 +44,7 @@ struct AxisText {
   AxisPair pair;
 };
 /// The axes at a key; null when it is absent.
-const AxisText* ReadAxisPair(const JsonSection& section, const std::string& key);
+const AxisText* ReadAxisPair(const JsonSection& section, std::string_view key);
 
 /// The axes of a text that stands for some; north and east for every other.
 AxisPair AxisPairOf(const std::string& text);
@@ -64,28 +64,32 @@ nlohmann::ordered_json LocalizationSection(const zel_cs::geomath::LocalToGrid& s
 
 /// The uncertainty of a site calibration, in its section.
 inline const std::string kSiteErrorsKey = "covariance";
-inline const std::vector<std::string> kSiteErrorsKeys = {"pivotN", "pivotE", "plane", "height"};
+inline constexpr std::string_view kSiteErrorsKeys[] = {"pivotN", "pivotE", "plane", "height"};
 /// The section of that name, and what writes it.
 SiteErrors ReadSiteErrors(const JsonSection& section);
 nlohmann::ordered_json SiteErrorsSection(const SiteErrors& errors);
 /// All keys that the section may have.
-std::vector<std::string> LocalizationKeys();
+std::vector<std::string_view> LocalizationKeys();
 
 /// Keys of a ground system: a scale, or the two that it is derived from; the others may be absent.
-inline const std::vector<std::string> kGroundKeys = {"scale",    "height",  "gridScaleFactor",
-                                                     "rotation", "originN", "originE",
-                                                     "offsetN",  "offsetE", "enabled"};
+inline constexpr std::string_view kGroundKeys[] = {"scale",    "height",  "gridScaleFactor",
+                                                   "rotation", "originN", "originE",
+                                                   "offsetN",  "offsetE", "enabled"};
 zel_cs::geomath::GridToGround ReadGround(const JsonSection& section);
 
 /// A date as a decimal year: a number, or a text that ParseDate takes.
-double ReadDate(const JsonSection& section, const std::string& key);
+double ReadDate(const JsonSection& section, std::string_view key);
 /// A frame of the library's table by its name.
-zel_cs::geomath::ReferenceFrame ReadFrameName(const JsonSection& section, const std::string& key);
+zel_cs::geomath::ReferenceFrame ReadFrameName(const JsonSection& section, std::string_view key);
 /// What is said of a name that is none of a frame, and which there are.
 std::string UnknownFrame(const std::string& name);
 
 /// One of the known words at a key; empty when it is absent.
-std::string ReadWord(const JsonSection& section, const std::string& key,
-                     const std::vector<std::string>& known);
+std::string ReadWord(const JsonSection& section, std::string_view key,
+                     std::span<const std::string_view> known);
+inline std::string ReadWord(const JsonSection& section, std::string_view key,
+                            std::initializer_list<std::string_view> known) {
+  return ReadWord(section, key, std::span(known.begin(), known.size()));
+}
 
 }  // namespace geomath_files

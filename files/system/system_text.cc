@@ -23,8 +23,8 @@ std::string ReadSystemText(const std::string& path) {
   char part[4096];
   while (text.size() <= kLargestFile) {
     const std::size_t count = std::fread(part, 1, sizeof part, file.get());
-    if (count == 0) break;
     text.append(part, count);
+    if (count < sizeof part) break;
   }
   const std::string name = InputName(path);
   if (text.size() > kLargestFile)

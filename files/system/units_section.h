@@ -11,7 +11,7 @@ namespace geomath_files {
 
 /// The section "units" of a system file: "grid" and "height", each a name, or an object with the
 /// "name" of a unit and its "metres". What is left out is in metres.
-inline const std::vector<std::string> kUnitsKeys = {"grid", "height"};
+inline constexpr std::string_view kUnitsKeys[] = {"grid", "height"};
 GridUnits ReadUnits(const std::string& file, const JsonSection& section);
 nlohmann::ordered_json UnitsSection(const GridUnits& units);
 

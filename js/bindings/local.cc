@@ -59,7 +59,8 @@ std::shared_ptr<Object> MakeLocalToGrid(const json& given) {
     section["rotation"] = section["rotation"].get<double>() * kRadPerDeg;
   Complete(section, 0, kPlaneKeys);
   Complete(section, kPlaneKeys, kHeightKeys);
-  const std::vector<std::string> keys(std::begin(kLocalizationKeys), std::end(kLocalizationKeys));
+  const std::vector<std::string_view> keys(std::begin(kLocalizationKeys),
+                                           std::end(kLocalizationKeys));
   return std::make_shared<SiteObject>(
       ReadLocalization(JsonSection("LocalToGrid", "", section, keys, KeySpelling::camel)));
 }

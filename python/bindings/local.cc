@@ -48,9 +48,10 @@ std::shared_ptr<LocalToGrid> MakeSite(const py::object& shiftN, const py::object
     angle = angle.get<double>() * kRadPerDeg;
   Complete(section, 0, kPlaneKeys);
   Complete(section, kPlaneKeys, kHeightKeys);
-  return std::make_shared<LocalToGrid>(ReadLocalization(JsonSection(
-      "LocalToGrid", "", section, {std::begin(kLocalizationKeys), std::end(kLocalizationKeys)},
-      KeySpelling::snake)));
+  const std::vector<std::string_view> keys(std::begin(kLocalizationKeys),
+                                           std::end(kLocalizationKeys));
+  return std::make_shared<LocalToGrid>(
+      ReadLocalization(JsonSection("LocalToGrid", "", section, keys, KeySpelling::snake)));
 }
 
 using SiteBatch = std::size_t (LocalToGrid::*)(double*, double*, double*, std::size_t, unsigned int,
