@@ -17,6 +17,7 @@
 #include "files/words/user_error.h"
 #include "tools/epoch_option.h"
 #include "tools/exit_status.h"
+#include "tools/given_system.h"
 
 namespace geomath_files::program {
 namespace {
@@ -53,7 +54,7 @@ int Calibrate(const CalibrateOptions& options) {
   const bool onOutput = options.output == "-" || options.report == "-";
   if (onOutput && options.pipeline)
     throw UserError("--pipeline: is printed on standard output, where another output goes");
-  const std::string text = ReadSystemText(options.system);
+  const std::string text = GivenSystemText(options.system);
   const std::string systemName = InputName(options.system);
   const auto system = ParseSystem(text, systemName, ProjectionNeed::optional);
   std::vector<std::string> inputs = system->Files();
@@ -97,10 +98,7 @@ std::function<int()> PrepareCalibrate(CLI::App& arguments) {
       .add_option("CONTROL", options->control.path,
                   "control points: CSV, GeoPackage, …; - for CSV from standard input")
       ->required();
-  arguments
-      .add_option("--system", options->system,
-                  "JSON file that describes the system; - for standard input")
-      ->required();
+  arguments.add_option("--system", options->system, kSystemHelp)->required();
   arguments
       .add_option("-o,--output", options->output,
                   "system file with the calibration; - for standard output, and the "

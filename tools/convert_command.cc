@@ -25,6 +25,7 @@
 #include "geomath/chain/coordinate_chain.h"
 #include "tools/between_run.h"
 #include "tools/epoch_option.h"
+#include "tools/given_system.h"
 #include "tools/layer_run.h"
 #include "tools/operation_options.h"
 #include "tools/position.h"
@@ -282,7 +283,7 @@ int Convert(ConvertOptions options) {
                        options.epoch, options.unit, options.densify, options.one,
                        options.decimals});
   RefuseReadingTwice({options.system, options.input.front()});
-  const auto system = ReadSystemFile(options.system);
+  const auto system = GivenSystem(options.system);
   const GridUnits units = options.unit.empty() ? system->Units() : ParseGridUnits(options.unit);
   const bool gon = options.points.InGon(), isFile = options.input.size() == 1;
   if (isFile) {
@@ -346,8 +347,7 @@ std::function<int()> PrepareConvert(CLI::App& arguments) {
       "way (columns lat, lon, h_global). All columns of the input travel through unchanged.\n"
       "A row that cannot be converted keeps its place with empty results and is reported.\n"
       "Exit status: 0 all rows converted, 1 some rows not, 2 stopped.");
-  arguments.add_option("--system", options->system,
-                       "JSON file that describes the coordinate system; - for standard input");
+  arguments.add_option("--system", options->system, kSystemHelp);
   arguments.add_option(
       "--from", options->from,
       "instead of --system: the system of the input, an EPSG code (EPSG:31467, "

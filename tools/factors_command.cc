@@ -10,6 +10,7 @@
 #include "files/words/user_error.h"
 #include "tools/angle_column.h"
 #include "tools/epoch_option.h"
+#include "tools/given_system.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
 #include "tools/system_grid.h"
@@ -59,7 +60,7 @@ int RunFactors(FactorsOptions options) {
   if (options.at.empty() && options.points.output.empty())
     throw UserError("name the output with --output FILE");
   RefuseReadingTwice({options.system, options.points.input});
-  const auto system = ReadSystemFile(options.system);
+  const auto system = GivenSystem(options.system);
   const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   const AngleColumns angles(options.points.angles);
 
@@ -106,10 +107,7 @@ std::function<int()> PrepareFactors(CLI::App& arguments) {
       "Ground distance = grid distance / combined factor. All columns of the input travel "
       "through.\n"
       "Exit status: 0 all done, 1 some rows not, 2 stopped.");
-  arguments
-      .add_option("--system", options->system,
-                  "JSON file that describes the coordinate system; - for standard input")
-      ->required();
+  arguments.add_option("--system", options->system, kSystemHelp)->required();
   arguments.add_option(
       "POINTS", options->points.input,
       "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input");

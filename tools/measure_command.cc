@@ -12,6 +12,7 @@
 #include "geomath/base/angle.h"
 #include "tools/angle_column.h"
 #include "tools/epoch_option.h"
+#include "tools/given_system.h"
 #include "tools/position.h"
 #include "tools/row_loop.h"
 #include "tools/system_grid.h"
@@ -201,7 +202,7 @@ int RunMeasure(const MeasureOptions& options) {
   if (options.from.size() == 1 || options.from.size() > 3)
     throw UserError("--from: must be LAT,LON or LAT,LON,H, with --grid N,E or N,E,H");
   RefuseReadingTwice({options.system, options.points.input});
-  const auto system = ReadSystemFile(options.system);
+  const auto system = GivenSystem(options.system);
   const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   if (options.deflections && !grid.HasGeoid())
     throw UserError("--deflections: the system has no geoid whose slopes they are");
@@ -235,10 +236,7 @@ std::function<int()> PrepareMeasure(CLI::App& arguments) {
       "own\n"
       "datum. All columns of the input travel through.\n"
       "Exit status: 0 all done, 1 some rows not, 2 stopped.");
-  arguments
-      .add_option("--system", options->system,
-                  "JSON file that describes the coordinate system; - for standard input")
-      ->required();
+  arguments.add_option("--system", options->system, kSystemHelp)->required();
   arguments
       .add_option("POINTS", options->points.input,
                   "points: CSV, GeoJSON, GeoPackage, Shapefile; - for CSV from standard input")

@@ -13,6 +13,7 @@
 #include "files/words/user_error.h"
 #include "tools/epoch_option.h"
 #include "tools/exit_status.h"
+#include "tools/given_system.h"
 #include "tools/operation_options.h"
 
 namespace geomath_files::program {
@@ -50,9 +51,7 @@ int MakeSystem(const SystemOptions& options) {
     throw UserError("--epoch: no frame of the system moves; --from-frame names one that does");
   const std::string text = system.document.dump(2) + "\n";
   WriteTextFiles({{options.output, text}});
-  const std::string description = system.document.value("description", "");
-  std::fprintf(stderr, "geomath: %s\n", description.c_str());
-  for (const std::string& note : system.notes) std::fprintf(stderr, "geomath: %s\n", note.c_str());
+  TellSystem(system);
   return kExitDone;
 }
 
@@ -67,7 +66,7 @@ std::function<int()> PrepareSystem(CLI::App& arguments) {
       "for it: the one that covers the system's area, and of these the most accurate whose files\n"
       "are found. Standard error says which. Files of grids are looked for in --grids, in\n"
       "GEOMATH_GRIDS (folders separated by colons), beside the output and in PROJ's folders.\n"
-      "Coordinates are metres whatever unit the registry has.");
+      "Grid coordinates have the units of the registry.");
   auto* code =
       arguments.add_option("--epsg", options->code, "code of the system: 27700 or EPSG:27700");
   arguments

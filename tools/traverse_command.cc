@@ -21,6 +21,7 @@
 #include "geomath/geodesic/traverse.h"
 #include "tools/epoch_option.h"
 #include "tools/exit_status.h"
+#include "tools/given_system.h"
 #include "tools/position.h"
 #include "tools/system_grid.h"
 #include "tools/traverse_file.h"
@@ -195,7 +196,7 @@ int RunTraverse(const TraverseOptions& options) {
   if (!IsCsvName(options.output))
     throw UserError("--output: stations are written as CSV: .csv, .tsv, .txt or -");
   RefuseReadingTwice({options.system, options.input});
-  const auto system = ReadSystemFile(options.system);
+  const auto system = GivenSystem(options.system);
   const SystemGrid grid(*system, DateOf(options.epoch, *system, options.system));
   const GridPoint start = StationOf("--start", options.start, grid);
   const auto source = OpenPoints(options.input, "");
@@ -236,10 +237,7 @@ std::function<int()> PrepareTraverse(CLI::App& arguments) {
       "computed on the ellipsoid: angles and distances are given as measured. Columns n, e,\n"
       "h_local of the station that the leg leads to and the corrections follow; misclosures are\n"
       "printed. Exit status: 0 done, 2 stopped.");
-  arguments
-      .add_option("--system", options->system,
-                  "JSON file that describes the coordinate system; - for standard input")
-      ->required();
+  arguments.add_option("--system", options->system, kSystemHelp)->required();
   arguments.add_option("FIELD", options->input, "field book: CSV; - for standard input")
       ->required();
   arguments.add_option("-o,--output", options->output,

@@ -151,6 +151,29 @@ TEST_F(SystemProgram, WritesAFileThatConvertTakes) {
   EXPECT_NE(run.out.find(",-1050538.6,-568991.0"), std::string::npos) << run.out;
 }
 
+// Wherever a command takes a system file it takes the code that the file is made from.
+TEST_F(SystemProgram, ACodeStandsForItsFile) {
+  ASSERT_EQ(RunProgram(directory_, "system --epsg 27700 -o s.json").status, 0);
+  WriteText(directory_ / "p.csv", "lat,lon,h\n52.6,1.7,100\n52.7,1.6,90\n52.8,1.8,80\n");
+  WriteText(directory_ / "c.csv",
+            "lat,lon,h,local_n,local_e,local_h,use\n52.6,1.7,100,0,0,50,both\n"
+            "52.7,1.6,90,11250,-6190,40,both\n52.8,1.8,80,21750,7400,30,both\n");
+  for (const char* command : {"convert p.csv -o -", "convert 52.6 1.7 100", "factors p.csv -o -",
+                              "measure p.csv -o -", "calibrate c.csv -o - --report r.html"}) {
+    const auto by = [&](const char* system) {
+      return RunProgram(directory_, std::string(command) + " --system " + system);
+    };
+    const ProgramRun file = by("s.json"), code = by("EPSG:27700");
+    EXPECT_EQ(code.status, 0) << command << code.err;
+    EXPECT_EQ(code.out, file.out) << command;
+    EXPECT_NE(code.err.find("geomath: EPSG:27700 of EPSG "), std::string::npos) << code.err;
+    EXPECT_EQ(file.err.find("EPSG:27700 of EPSG "), std::string::npos) << file.err;
+  }
+  const ProgramRun unknown = RunProgram(directory_, "convert --system EPSG:99999 52 1");
+  EXPECT_EQ(unknown.status, 2);
+  EXPECT_NE(unknown.err.find("no coordinate reference system"), std::string::npos) << unknown.err;
+}
+
 // The cone's radii, which are the coordinates, are proportional to its scale: the example of Guidance
 // Note 7-2 for Krovak over 0.9999, rounded there to 3 cm.
 TEST_F(SystemProgram, AppliesAScaleThatTheClassKeepsWaiting) {
