@@ -28,7 +28,7 @@ struct Station {
 };
 
 /// Latitudes and longitudes that are summed together.
-inline constexpr std::size_t kLatitudes = 16;
+inline constexpr std::size_t kLatitudes = 32;
 inline constexpr std::size_t kLongitudes = 64;
 
 /// Orders whose coefficients are read together.
