@@ -27,6 +27,33 @@ GEOMATH_INLINE double WeightedSum4x4(double start, const Weights4& rowWeights,
   return hole ? kNoHeight : sum;
 }
 
+/// The slopes of that sum, from those of the weights.
+template <class Node>
+GEOMATH_INLINE StencilSlopes WeightedSlopes4x4(const Weights4& rowWeights,
+                                               const Weights4& columnWeights,
+                                               const Weights4& rowSlopes,
+                                               const Weights4& columnSlopes,
+                                               const Node (&z)[4][4]) {
+  StencilSlopes slopes{0, 0};
+  for (std::size_t r = 0; r < 4; ++r) {
+    double along = 0, across = 0;
+    for (std::size_t c = 0; c < 4; ++c) {
+      along += columnWeights[c] * z[r][c];
+      across += columnSlopes[c] * z[r][c];
+    }
+    slopes.u += rowSlopes[r] * along;
+    slopes.v += rowWeights[r] * across;
+  }
+  return slopes;
+}
+
+/// The same of cubic convolution.
+template <class Node>
+GEOMATH_INLINE StencilSlopes ConvolutionSlopes(const Stencil& at, const Node (&z)[4][4]) {
+  return WeightedSlopes4x4(CatmullRom(at.u), CatmullRom(at.v), CatmullRomSlopes(at.u),
+                           CatmullRomSlopes(at.v), z);
+}
+
 /// The first node of a stencil that is placed by the node nearest to the point at `angle`: two
 /// before that, or one when the point lies beyond it.
 GEOMATH_INLINE double FirstByNearest(double nearest, double angle, double start, double step) {
@@ -57,6 +84,9 @@ struct ConvolutionByNearest {
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double) const {
     return WeightedSum4x4(0, CatmullRom(at.u), CatmullRom(at.v), z);
   }
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const float (&z)[4][4]) const {
+    return ConvolutionSlopes(at, z);
+  }
 };
 
 /// Cubic convolution, rows from the south, around the point's cell; added to the slot.
@@ -72,6 +102,9 @@ struct ConvolutionByCell {
   GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double start) const {
     return WeightedSum4x4(start, CatmullRom(at.u), CatmullRom(at.v), z);
+  }
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const float (&z)[4][4]) const {
+    return ConvolutionSlopes(at, z);
   }
 };
 
@@ -95,6 +128,10 @@ struct ConvolutionNorth {
   GEOMATH_INLINE double Height(const Stencil& at, const Node (&z)[4][4], double) const {
     return WeightedSum4x4(0, CatmullRom(at.u), CatmullRom(at.v), z);
   }
+  template <class Node>
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const Node (&z)[4][4]) const {
+    return ConvolutionSlopes(at, z);
+  }
 };
 
 /// Lagrange's polynomial, rows from the south, through the nodes at their own coordinates.
@@ -116,6 +153,13 @@ struct LagrangeSouth {
   GEOMATH_INLINE double Height(const Stencil& at, const float (&z)[4][4], double) const {
     return WeightedSum4x4(0, Lagrange(at.u, Coordinates(at.row, grid.south, grid.latStep)),
                           Lagrange(at.v, Coordinates(at.column, grid.west, grid.lonStep)), z);
+  }
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const float (&z)[4][4]) const {
+    const std::array<double, 4> rows = Coordinates(at.row, grid.south, grid.latStep);
+    const std::array<double, 4> columns = Coordinates(at.column, grid.west, grid.lonStep);
+    return WeightedSlopes4x4(Lagrange(at.u, rows), Lagrange(at.v, columns),
+                             LagrangeSlopes(at.u, rows, grid.latStep),
+                             LagrangeSlopes(at.v, columns, grid.lonStep), z);
   }
 
  private:

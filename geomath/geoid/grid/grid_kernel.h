@@ -37,6 +37,13 @@ inline constexpr bool kHasSlopes = requires(const Rule& rule) {
   rule.PerRadian();
 };
 
+/// Whether it states the slopes of heights by u and v; else they are taken by differences.
+template <class Rule>
+inline constexpr bool kStatesSlopes = requires(const Rule& rule, const Stencil& at,
+                                               const NodeOf<Rule> (&z)[Rule::kSize][Rule::kSize]) {
+  rule.Slopes(at, z);
+};
+
 /// Columns for the slopes of heights along latitude and longitude, metres per radian; null where
 /// nobody asks.
 struct GridSlopes {
@@ -52,6 +59,7 @@ struct GridSlopes {
 ///   Stencil Place(double lat, double lon) const
 ///   double Height(const Stencil&, const Node (&z)[kSize][kSize], double start) const
 ///   StencilSlopes PerRadian() const    // of u by latitude and v by longitude; absent without
+///   StencilSlopes Slopes(const Stencil&, const Node (&z)[kSize][kSize]) const   // may be absent
 /// the statements that a single point runs too; Height gives kNoHeight at a hole, and `start` is
 /// what the point's slot holds. Every Rule is instantiated in a kernel source.
 template <class Target, class Rule>

@@ -64,8 +64,22 @@ class GridBlock {
     for (std::size_t i = 0; i < count_; ++i) heights[i] = HeightOf(rule, i, 0, 0, heights[i]);
   }
 
-  /// Symmetric differences over a small part of a step, in the stencil: rules of the second degree have
-  /// their own slopes, those of the third what a metre in a kilometre leaves of them.
+  /// By the statements of the rule.
+  GEOMATH_INLINE void StatedSlopesBy(const Rule& rule, double* GEOMATH_RESTRICT perLatitude,
+                                     double* GEOMATH_RESTRICT perLongitude) const {
+    const StencilSlopes perRadian = rule.PerRadian();
+    for (std::size_t i = 0; i < count_; ++i) {
+      Node z[kSize][kSize];
+      ReadNodes(i, z);
+      const Stencil at{row_[i], column_[i], u_[i], v_[i], true};
+      const StencilSlopes slopes = rule.Slopes(at, z);
+      perLatitude[i] = slopes.u * perRadian.u;
+      perLongitude[i] = slopes.v * perRadian.v;
+    }
+  }
+
+  /// Symmetric differences over a small part of a step, in the stencil, which are the slopes of rules of
+  /// the second degree.
   GEOMATH_INLINE void SlopesBy(const Rule& rule, double* GEOMATH_RESTRICT perLatitude,
                                double* GEOMATH_RESTRICT perLongitude) const {
     constexpr double kPart = 1.0 / 256;
@@ -95,12 +109,17 @@ class GridBlock {
 
  private:
   using Node = NodeOf<Rule>;
+  static constexpr std::size_t kSize = Rule::kSize;
+
+  GEOMATH_INLINE void ReadNodes(std::size_t i, Node (&z)[kSize][kSize]) const {
+    for (std::size_t r = 0; r < kSize; ++r)
+      for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
+  }
 
   GEOMATH_INLINE double HeightOf(const Rule& rule, std::size_t i, double du, double dv,
                                  double start) const {
     Node z[kSize][kSize];
-    for (std::size_t r = 0; r < kSize; ++r)
-      for (std::size_t c = 0; c < kSize; ++c) z[r][c] = z_[r][i][c];
+    ReadNodes(i, z);
     return rule.Height(Stencil{row_[i], column_[i], u_[i] + du, v_[i] + dv, true}, z, start);
   }
 
@@ -109,7 +128,6 @@ class GridBlock {
     for (std::size_t i = 0; i < count_; ++i) heights[i] = HeightOf(rule, i, du, dv, 0);
   }
 
-  static constexpr std::size_t kSize = Rule::kSize;
   static constexpr double kOutside = 0, kNoStencil = 1, kStencil = 2;
 
   // Numbers of one width, which the loops need not convert.
@@ -131,8 +149,12 @@ GridTally GridKernel<Target, Rule>::Heights(const Rule& rule, const GridNodes& n
   block.PlaceBy(localRule);
   block.Gather(nodes);
   block.HeightsBy(localRule, heights);
-  if constexpr (kHasSlopes<Rule>)
-    if (slopes.perLatitude) block.SlopesBy(localRule, slopes.perLatitude, slopes.perLongitude);
+  if (slopes.perLatitude) {
+    if constexpr (kStatesSlopes<Rule>)
+      block.StatedSlopesBy(localRule, slopes.perLatitude, slopes.perLongitude);
+    else if constexpr (kHasSlopes<Rule>)
+      block.SlopesBy(localRule, slopes.perLatitude, slopes.perLongitude);
+  }
   return block.Finish(heights);
 }
 

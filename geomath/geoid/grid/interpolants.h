@@ -60,6 +60,19 @@ GEOMATH_INLINE std::array<double, 4> NaturalSplinePiece(const std::array<double,
   return {from, to - from - low / 3 - high / 6, low / 2, (high - low) / 6};
 }
 
+/// The slopes of CatmullRom.
+GEOMATH_INLINE Weights4 CatmullRomSlopes(double t) {
+  return {(2 - 1.5 * t) * t - 0.5, (4.5 * t - 5) * t, (4 - 4.5 * t) * t + 0.5, (1.5 * t - 1) * t};
+}
+
+/// The slopes of Lagrange with nodes at x[0] and `step`s from there.
+GEOMATH_INLINE Weights4 LagrangeSlopes(double at, const std::array<double, 4>& x, double step) {
+  const double q = 1 / (6 * step * step * step);
+  const double d0 = at - x[0], d1 = at - x[1], d2 = at - x[2], d3 = at - x[3];
+  return {-q * (d1 * d2 + (d1 + d2) * d3), 3 * q * (d0 * d2 + (d0 + d2) * d3),
+          -3 * q * (d0 * d1 + (d0 + d1) * d3), q * (d0 * d1 + (d0 + d1) * d2)};
+}
+
 /// Number of nodes in one row of the spline below.
 inline constexpr std::size_t kSplineNodes = 6;
 
@@ -77,6 +90,26 @@ GEOMATH_INLINE float NaturalSpline6(const std::array<float, kSplineNodes>& y, st
   for (std::size_t k = kSplineNodes - 2; k > 0; --k) r[k] = q[k] * r[k + 1] + r[k];
   const float y0 = y[node], y1 = y[node + 1], r0 = r[node], r1 = r[node + 1], f = fraction;
   return (((r1 - r0) * f / 6.0F + r0 / 2.0F) * f + (y1 - y0 - r0 / 3.0F - r1 / 6.0F)) * f + y0;
+}
+
+/// A polynomial of the third degree.
+struct Cubic {
+  double c0, c1, c2, c3;
+  GEOMATH_INLINE double At(double t) const { return ((c3 * t + c2) * t + c1) * t + c0; }
+  GEOMATH_INLINE double SlopeAt(double t) const { return (3 * c3 * t + 2 * c2) * t + c1; }
+};
+
+/// The piece behind the third value of the same spline in double precision.
+GEOMATH_INLINE Cubic NaturalSpline6MiddlePiece(const std::array<double, kSplineNodes>& y) {
+  std::array<double, kSplineNodes> q{}, r{};
+  for (std::size_t k = 1; k + 1 < kSplineNodes; ++k) {
+    const double perPivot = 1 / (0.5 * q[k - 1] + 2);
+    q[k] = -0.5 * perPivot;
+    r[k] = (3 * (y[k + 1] - 2 * y[k] + y[k - 1]) - 0.5 * r[k - 1]) * perPivot;
+  }
+  for (std::size_t k = kSplineNodes - 2; k > 1; --k) r[k] = q[k] * r[k + 1] + r[k];
+  constexpr double kThird = 1.0 / 3, kSixth = 1.0 / 6;
+  return {y[2], y[3] - y[2] - r[2] * kThird - r[3] * kSixth, r[2] / 2, (r[3] - r[2]) * kSixth};
 }
 
 }  // namespace zel_cs::geomath

@@ -61,10 +61,12 @@ struct RuledGeoid {
   template <class Model, class Single>
   bool Run(const Model& model, GridQuery& query, Single single) const {
     if (!Runs(model)) return false;
+    query.sloped = query.slopes.perLatitude && kHasSlopes<Rule>;
     RunBlocks(query, [&](std::size_t first, std::size_t n, const double* lat, const double* lon) {
       double heights[kGridBlock];
       std::copy_n(query.heights + first, n, heights);
-      Heights(query.bounds, lat, lon, heights, {}, n);
+      const GridTally tally = Heights(query.bounds, lat, lon, heights, query.slopes.From(first), n);
+      query.sloped &= tally.invalid == 0;  // the single form has no slopes
       return TakeHeights(query, first, n, heights, single);
     });
     return true;

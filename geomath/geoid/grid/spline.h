@@ -36,6 +36,19 @@ GEOMATH_INLINE double Evaluate(const Bicubic& a, double u, double v) {
   return ((alongRow(3) * u + alongRow(2)) * u + alongRow(1)) * u + alongRow(0);
 }
 
+/// Its slopes by u and v.
+GEOMATH_INLINE StencilSlopes SlopesOf(const Bicubic& a, double u, double v) {
+  const auto alongRow = [&](std::size_t k) {
+    return ((a[4 * k + 3] * v + a[4 * k + 2]) * v + a[4 * k + 1]) * v + a[4 * k];
+  };
+  const auto slopeAlongRow = [&](std::size_t k) {
+    return (3 * a[4 * k + 3] * v + 2 * a[4 * k + 2]) * v + a[4 * k + 1];
+  };
+  return {
+      (3 * alongRow(3) * u + 2 * alongRow(2)) * u + alongRow(1),
+      ((slopeAlongRow(3) * u + slopeAlongRow(2)) * u + slopeAlongRow(1)) * u + slopeAlongRow(0)};
+}
+
 /// The spline through 4 × 4 nodes around the point's cell. A node above 500 m is a hole.
 struct Spline4x4 {
   static constexpr int kSize = 4;
@@ -53,6 +66,10 @@ struct Spline4x4 {
     const double i = Piece(at.u), j = Piece(at.v);
     const double height = Evaluate(SplineOnCell(z, i, j), at.u - i, at.v - j);
     return hole ? kNoHeight : height;
+  }
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const float (&z)[4][4]) const {
+    const double i = Piece(at.u), j = Piece(at.v);
+    return SlopesOf(SplineOnCell(z, i, j), at.u - i, at.v - j);
   }
 
  private:
@@ -84,6 +101,19 @@ struct Spline6x6 {
       acrossRows[r] = NaturalSpline6({z[r][0], z[r][1], z[r][2], z[r][3], z[r][4], z[r][5]},
                                      std::size_t{kBefore}, v);
     return NaturalSpline6(acrossRows, std::size_t{kBefore}, u);
+  }
+  GEOMATH_INLINE StencilSlopes PerRadian() const { return grid.StepsPerRadian(); }
+  /// Those of the splines themselves, which the heights round to single precision.
+  GEOMATH_INLINE StencilSlopes Slopes(const Stencil& at, const float (&z)[6][6]) const {
+    const double u = at.u - kBefore, v = at.v - kBefore;
+    std::array<double, kSplineNodes> values, slopes;
+    for (std::size_t r = 0; r < kSplineNodes; ++r) {
+      const Cubic piece =
+          NaturalSpline6MiddlePiece({z[r][0], z[r][1], z[r][2], z[r][3], z[r][4], z[r][5]});
+      values[r] = piece.At(v);
+      slopes[r] = piece.SlopeAt(v);
+    }
+    return {NaturalSpline6MiddlePiece(values).SlopeAt(u), NaturalSpline6MiddlePiece(slopes).At(u)};
   }
 
  private:
