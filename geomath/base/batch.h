@@ -17,11 +17,12 @@ namespace zel_cs::geomath {
 /// Whether all values lie between ±bound, a bound that is not negative; false with any NaN.
 bool AllWithin(const double* values, std::size_t count, double bound);
 
-/// Points of two, three or nine numbers that stand side by side to columns, and back.
-template <std::size_t N>
-void Separate(const double* points, double (&columns)[N][kBatchBlock], std::size_t count);
-template <std::size_t N>
-void Interleave(const double (&columns)[N][kBatchBlock], double* points, std::size_t count);
+/// Points of two or three numbers that stand side by side to columns, and back, or of nine to columns
+/// of kMatrixBlock.
+template <std::size_t N, std::size_t kRoom>
+void Separate(const double* points, double (&columns)[N][kRoom], std::size_t count);
+template <std::size_t N, std::size_t kRoom>
+void Interleave(const double (&columns)[N][kRoom], double* points, std::size_t count);
 
 /// Makes every point of a block without finite coordinates NaN in all columns; returns the number
 /// of the others.
@@ -127,13 +128,22 @@ void ConvertOne(const Conversion& conversion, double* const (&point)[Conversion:
   ApplyAt(0, point, [&](auto&... x) { conversion.template Convert<simd::BatchMath>(x...); });
 }
 
+/// How many of its columns a conversion reads, kInputs of them where it says so; the others it writes.
+template <class Conversion>
+constexpr std::size_t InputsOf() {
+  if constexpr (requires { Conversion::kInputs; })
+    return Conversion::kInputs;
+  else
+    return Conversion::kColumns;
+}
+
 /// Runs `single`, which converts one point, double (&point)[N], over point i of columns; one with NaN
-/// gives NaN.
-template <std::size_t N, class Single>
+/// in the columns that are read gives NaN.
+template <std::size_t kInputs, std::size_t N, class Single>
 void ConvertUnserved(std::size_t i, double* const (&columns)[N], Single single) {
   double point[N];
   for (std::size_t c = 0; c < N; ++c) point[c] = columns[c][i];
-  const double sum = std::accumulate(point, point + N, 0.0);
+  const double sum = std::accumulate(point, point + kInputs, 0.0);
   if (std::isnan(sum))
     std::fill_n(point, N, sum);
   else
@@ -158,14 +168,14 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
 template <class Conversion, class Single>
 void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion::kColumns],
                std::size_t count, Single single) {
-  constexpr std::size_t N = Conversion::kColumns;
+  constexpr std::size_t N = Conversion::kColumns, kInputs = InputsOf<Conversion>();
   const auto served = [&](std::size_t i, double* const(&points)[N]) {
     return ApplyAt(i, points, [&](auto... x) { return conversion.Serves(x...); });
   };
   if constexpr (kPointsAlone)
     if (count == 1)
       return served(0, columns) ? ConvertOne(conversion, columns)
-                                : ConvertUnserved(0, columns, single);
+                                : ConvertUnserved<kInputs>(0, columns, single);
   const auto [servesAll, convert] = simd::ForActiveSet([](auto target) {
     using Kernel = simd::ColumnKernel<decltype(target), Conversion>;
     return std::pair{&Kernel::ServesAll, &Kernel::Convert};
@@ -179,7 +189,7 @@ void RunKernel(const Conversion& conversion, double* const (&columns)[Conversion
   for (std::size_t c = 0; c < N; ++c) copies[c] = given[c];
   for (std::size_t i = 0; i < count; ++i) {
     if (served(i, copies)) continue;
-    ConvertUnserved(i, copies, single);
+    ConvertUnserved<kInputs>(i, copies, single);
     for (std::size_t c = 0; c < N; ++c) columns[c][i] = given[c][i];
   }
 }

@@ -34,21 +34,61 @@ struct TangentFrame {
   }
 };
 
-/// The derivatives of geographic coordinates by metres at their place to the north and the east, in
-/// columns behind latitude and height, which stay.
+/// The radians of latitude and of longitude that a metre at a position is, in one division.
 struct RadiansPerMetre {
+  double latitude, longitude;
+
+  template <class Math>
+  static GEOMATH_INLINE RadiansPerMetre At(double a, double e2, double B, double h) {
+    double s, c;
+    Math::SinCos(B, s, c);
+    const double w2 = 1 - e2 * (s * s), w = std::sqrt(w2), w3 = w2 * w;
+    const double meridian = a * (1 - e2) + h * w3, parallel = (a + h * w) * c;
+    const double q = 1 / (meridian * parallel);
+    return {w3 * (parallel * q), w * (meridian * q)};
+  }
+};
+
+/// Two derivatives by latitude and longitude to those by metres at the place. Columns: latitude and
+/// height, which stay, and the derivatives.
+struct SlopesPerMetre {
   static constexpr std::size_t kColumns = 4;
   double a, e2;
 
-  explicit RadiansPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+  explicit SlopesPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
 
   template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& north, double& east) const {
-    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
-    north = 1 / frame.perLatitude;
-    east = 1 / frame.perLongitude;
+  GEOMATH_INLINE void Convert(double& B, double& h, double& byLatitude, double& byLongitude) const {
+    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
+    byLatitude *= radians.latitude;
+    byLongitude *= radians.longitude;
   }
   GEOMATH_INLINE bool Serves(double B, double, double, double) const {
+    return TangentFrame::ServesColumns(B, 0);
+  }
+};
+
+/// The derivatives of metres at a place to the north and the east to those of latitude and longitude.
+/// Columns: latitude and height, which stay, and the derivatives of north and of east, three each.
+struct MetresToTangent {
+  static constexpr std::size_t kColumns = 8;
+  double a, e2;
+
+  explicit MetresToTangent(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& b2, double& l0,
+                              double& l1, double& l2) const {
+    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
+    b0 *= radians.latitude;
+    b1 *= radians.latitude;
+    b2 *= radians.latitude;
+    l0 *= radians.longitude;
+    l1 *= radians.longitude;
+    l2 *= radians.longitude;
+  }
+  template <class... Six>
+  GEOMATH_INLINE bool Serves(double B, double, Six...) const {
     return TangentFrame::ServesColumns(B, 0);
   }
 };
@@ -86,6 +126,23 @@ struct MetresToGeocentric {
   template <class Math, class... Nine>
   GEOMATH_INLINE void Convert(double& B, double& L, double&, Nine&... nine) const {
     TangentFrame::At<Math>(1, 0, B, L, 0).axes.To(nine...);
+  }
+  template <class... Nine>
+  GEOMATH_INLINE bool Serves(double B, double L, double, Nine...) const {
+    return TangentFrame::ServesColumns(B, L);
+  }
+};
+
+/// The derivatives of a position between metres at its place and geocentric coordinates, a row for
+/// each coordinate. Columns: B, L, h of the position, which stay, and the nine derivatives.
+template <bool kToGeocentric>
+struct TurnTangent {
+  static constexpr std::size_t kColumns = 12;
+
+  template <class Math, class... Nine>
+  GEOMATH_INLINE void Convert(double& B, double& L, double&, Nine&... nine) const {
+    const Matrix3 axes = TangentFrame::At<Math>(1, 0, B, L, 0).axes;
+    ((kToGeocentric ? axes : axes.Transposed()) * Matrix3::Of(nine...)).To(nine...);
   }
   template <class... Nine>
   GEOMATH_INLINE bool Serves(double B, double L, double, Nine...) const {

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <initializer_list>
 #include <limits>
 
 #include "geomath/base/angle.h"
@@ -13,6 +14,8 @@
 
 namespace zel_cs::geomath {
 namespace {
+
+constexpr double kLargest = std::numeric_limits<double>::max();
 
 TangentFrame FrameAt(const Ellipsoid& ell, double b, double l, double h) {
   return TangentFrame::At<simd::Scalar>(ell.a, ell.e2, b, l, h);
@@ -35,11 +38,26 @@ void ChainTangents::RunAt(const Conversion& conversion, Points geographic, std::
       });
 }
 
+// Two columns of slopes at the positions, by latitude and longitude, to those by metres there.
+void ChainTangents::ToSlopesPerMetre(Points geographic, double* byLatitude, double* byLongitude,
+                                     std::size_t count) const {
+  const SlopesPerMetre conversion(*ellipsoid_);
+  RunKernel(conversion,
+            {const_cast<double*>(geographic[0]), const_cast<double*>(ellipsoidal_), byLatitude,
+             byLongitude},
+            count,
+            [&](double(&p)[4]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3]); });
+}
+
 Matrix3 ChainTangents::At(std::size_t i) const {
   const auto& t = tangent_;
-  if (level_) return {{{t[0][i], t[1][i], 0}, {t[3][i], t[4][i], 0}, {0, 0, 1}}};
-  Matrix3 tangent;
-  for (int k = 0; k < 9; ++k) tangent.m[k / 3][k % 3] = t[k][i];
+  Matrix3 tangent = Matrix3::Identity();
+  const auto take = [&](std::initializer_list<int> members) {
+    for (const int k : members) tangent.m[k / 3][k % 3] = t[k][i];
+  };
+  if (plane_) take({0, 1, 3, 4});
+  if (heights_ != Heights::level) take({6, 7, 8});
+  if (heights_ == Heights::mixed) take({2, 5});
   return tangent;
 }
 
@@ -62,62 +80,86 @@ void ChainTangents::Start(Points geographic, std::size_t count) {
   std::fill_n(failed_, count, ChainStep::none);
   std::copy_n(geographic[2], count, ellipsoidal_);
   ellipsoid_ = GlobalEllipsoid();
-  inMetres_ = global_ == CovarianceFrame::northEastUp && ellipsoid_;
-  if (inMetres_) return;
-  SetIdentity(count);
+  inMetres_ = global_ != CovarianceFrame::geographic && ellipsoid_;
   if (global_ == CovarianceFrame::geographic) return;
   if (!ellipsoid_) return FailAll(ChainStep::globalEllipsoid, count);
-  RunAt(TangentToGeographic(*ellipsoid_), geographic, count);
+  if (global_ == CovarianceFrame::northEastUp) return;
+  Mix(count);
+  RunAt(TurnTangent<false>(), geographic, count);
 }
 
-void ChainTangents::SetIdentity(std::size_t count) {
-  for (int k = 0; k < 9; ++k) std::fill_n(tangent_[k], count, k % 4 == 0 ? 1.0 : 0.0);
+// Writes the derivatives of the plane, if nobody has.
+void ChainTangents::WritePlane(std::size_t count) {
+  if (plane_) return;
+  plane_ = true;
+  for (const int k : {0, 1, 3, 4}) std::fill_n(tangent_[k], count, k % 4 == 0 ? 1.0 : 0.0);
 }
 
-// Writes what the heights add to derivatives that leave them alone.
-void ChainTangents::Raise(std::size_t count) {
-  if (!level_) return;
-  level_ = false;
-  for (const int k : {2, 5, 6, 7}) std::fill_n(tangent_[k], count, 0.0);
-  std::fill_n(tangent_[8], count, 1.0);
+// Writes those of heights by the plane.
+void ChainTangents::Slope(std::size_t count) {
+  if (heights_ != Heights::level) return;
+  heights_ = Heights::sloped;
+  for (const int k : {6, 7, 8}) std::fill_n(tangent_[k], count, k == 8 ? 1.0 : 0.0);
 }
 
-// Behind the projection; `level` for a matrix that leaves heights alone.
-void ChainTangents::Times(const Matrix3& matrix, bool level, std::size_t count) {
+// Writes all nine.
+void ChainTangents::Mix(std::size_t count) {
+  WritePlane(count);
+  Slope(count);
+  if (heights_ == Heights::mixed) return;
+  heights_ = Heights::mixed;
+  for (const int k : {2, 5}) std::fill_n(tangent_[k], count, 0.0);
+}
+
+// Behind the projection.
+void ChainTangents::Times(const Matrix3& matrix, std::size_t count) {
   auto& t = tangent_;
   const auto& m = matrix.m;
-  if (level_ && level) {
-    const TimesLevel times{m[0][0], m[0][1], m[1][0], m[1][1]};
-    return RunKernel(times, {t[0], t[1], t[3], t[4]}, count);
-  }
-  Raise(count);
-  RunKernel(TimesTangent{matrix}, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]}, count);
+  const TimesLevel level{m[0][0], m[0][1], m[1][0], m[1][1]};
+  const TimesInclined inclined{level, m[2][0], m[2][1]};
+  const bool tilts = inclined.m20 != 0 || inclined.m21 != 0;
+  if (heights_ == Heights::mixed)
+    return RunKernel(TimesTangent{matrix}, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
+                     count);
+  if (!tilts) return RunKernel(level, {t[0], t[1], t[3], t[4]}, count);
+  Slope(count);
+  RunKernel(inclined, {t[0], t[1], t[3], t[4], t[6], t[7]}, count);
 }
 
-// Writes the derivatives that are still those of metres at the geographic positions.
-void ChainTangents::Settle(Points geographic, std::size_t count) {
+// The rows of geographic positions are of latitude and longitude from here on.
+void ChainTangents::ToRadians(Points geographic, std::size_t count) {
   if (!inMetres_) return;
   inMetres_ = false;
-  SetIdentity(count);
-  double position[2][kBatchBlock];
-  std::copy_n(geographic[0], count, position[0]);
-  std::copy_n(ellipsoidal_, count, position[1]);
-  const RadiansPerMetre conversion(*ellipsoid_);
-  RunKernel(conversion, {position[0], position[1], tangent_[0], tangent_[4]}, count,
-            [&](double(&p)[4]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3]); });
+  auto& t = tangent_;
+  if (!plane_) {
+    WritePlane(count);
+    return ToSlopesPerMetre(geographic, t[0], t[4], count);
+  }
+  Mix(count);
+  const MetresToTangent conversion(*ellipsoid_);
+  RunKernel(conversion,
+            {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[2], t[3], t[4], t[5]},
+            count, [&](double(&p)[8]) {
+              conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
+            });
 }
 
 void ChainTangents::ToGeocentric(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) {
-  if (inMetres_)
+  const bool identity = inMetres_ && !plane_ && heights_ == Heights::level;
+  Mix(count);
+  if (identity)
     RunAt(MetresToGeocentric(), geographic, count);
+  else if (inMetres_)
+    RunAt(TurnTangent<true>(), geographic, count);
   else
     RunAt(TangentToGeocentric(ellipsoid), geographic, count);
-  inMetres_ = false;
 }
 
 void ChainTangents::ToGeographic(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) {
   ellipsoid_ = &ellipsoid;
-  RunAt(TangentToGeographic(ellipsoid), geographic, count);
+  inMetres_ = true;
+  std::copy_n(geographic[2], count, ellipsoidal_);
+  RunAt(TurnTangent<false>(), geographic, count);
 }
 
 void ChainTangents::Transform(const Datum& datum, Points local, std::size_t count) {
@@ -221,8 +263,8 @@ const ChainUncertainty::ShiftNoise* ChainTangents::NoiseOf(const ChainShift& ste
 
 void ChainTangents::Shift(const ChainShift& step, ChainStep place, Points before, Points after,
                           std::size_t count) {
-  if (step.shift->Space() == ShiftSpace::geographic) Settle(before, count);
-  Raise(count);
+  if (step.shift->Space() == ShiftSpace::geographic) ToRadians(before, count);
+  Mix(count);
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
   Jacobians j;
   ShiftDerivatives(step, before, after, count, place, j);
@@ -247,14 +289,16 @@ void ChainTangents::Shift(const ChainShift& step, ChainStep place, Points before
 
 void ChainTangents::LowerByGeoid(Points geographic, const double* perLatitude,
                                  const double* perLongitude, std::size_t count) {
-  Settle(geographic, count);
-  for (std::size_t i = 0; i < count; ++i)
-    if (!std::isfinite(perLatitude[i] + perLongitude[i])) Fail(i, ChainStep::geoid);
-  for (std::size_t c = 0; c < 3; ++c)
+  double slopes[2][kBatchBlock];
+  for (std::size_t i = 0; i < count; ++i) {
+    slopes[0][i] = -perLatitude[i];
+    slopes[1][i] = -perLongitude[i];
+  }
+  if (!(AllWithin(perLatitude, count, kLargest) && AllWithin(perLongitude, count, kLargest)))
     for (std::size_t i = 0; i < count; ++i)
-      heights_[c][i] = tangent_[6 + c][i] - perLatitude[i] * tangent_[c][i] -
-                       perLongitude[i] * tangent_[3 + c][i];
-  Part();
+      if (!std::isfinite(perLatitude[i] + perLongitude[i])) Fail(i, ChainStep::geoid);
+  if (inMetres_) ToSlopesPerMetre(geographic, slopes[0], slopes[1], count);
+  Lower(LowerHeight<false>(), slopes[0], slopes[1], nullptr, count);
   if (!uncertainty_.geoid_) return;
   const auto& noise = *uncertainty_.geoid_;
   double sigma[kBatchBlock];
@@ -266,24 +310,40 @@ void ChainTangents::LowerByGeoid(Points geographic, const double* perLatitude,
   }
 }
 
+// Heights on their own, by way of the derivatives of a step that moves them: by metres or radians, as
+// those of the positions are, and by the height, null for 1.
+template <class Step>
+void ChainTangents::Lower(const Step& step, double* perNorth, double* perEast, double* perHeight,
+                          std::size_t count) {
+  Part(count);
+  WritePlane(count);
+  double ones[kBatchBlock], zeros[kBatchBlock];
+  if (!perHeight) {
+    std::fill_n(ones, count, 1.0);
+    perHeight = ones;
+  }
+  auto& t = tangent_;
+  const bool mixed = heights_ == Heights::mixed;
+  if (!mixed) std::fill_n(zeros, count, 0.0);
+  for (int c = 0; c < 3; ++c) {
+    const bool written = mixed || c < 2;
+    RunKernel(step,
+              {perNorth, perEast, perHeight, written ? t[c] : zeros, written ? t[3 + c] : zeros,
+               apartHeights_[c]},
+              count);
+  }
+}
+
 void ChainTangents::LowerByShift(const ChainShift& step, Points before, Points after,
                                  std::size_t count) {
-  Settle(before, count);
-  if (!apart_)
-    for (std::size_t c = 0; c < 3; ++c) std::copy_n(tangent_[6 + c], count, heights_[c]);
-  Part();
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
   Jacobians j;
   ShiftDerivatives(step, before, after, count, ChainStep::verticalShift, j);
-  auto& t = tangent_;
-  const auto run = [&](const auto& lower) {
-    for (int c = 0; c < 3; ++c)
-      RunKernel(lower, {j[6], j[7], j[8], t[c], t[3 + c], heights_[c]}, count);
-  };
+  if (inMetres_) ToSlopesPerMetre(before, j[6], j[7], count);
   if (step.direction == ShiftDirection::forward)
-    run(LowerHeight<false>());
+    Lower(LowerHeight<false>(), j[6], j[7], j[8], count);
   else
-    run(LowerHeight<true>());
+    Lower(LowerHeight<true>(), j[6], j[7], j[8], count);
   for (std::size_t i = 0; noise && i < count; ++i) {
     double sigma[3];
     ShiftDeviations(noise, step, before, after, i, ChainStep::verticalShift, sigma);
@@ -292,29 +352,38 @@ void ChainTangents::LowerByShift(const ChainShift& step, Points before, Points a
 }
 
 // From here on heights are on their own.
-void ChainTangents::Part() {
+void ChainTangents::Part(std::size_t count) {
   if (apart_) return;
   apart_ = true;
   if (common_) firstApart_ = common_->size();
-  std::fill_n(heightVariance_, kBatchBlock, 0.0);
-  for (auto& column : apartAdded_) std::fill_n(column, kBatchBlock, 0.0);
+  for (int c = 0; c < 3; ++c)
+    if (heights_ == Heights::level)
+      std::fill_n(apartHeights_[c], count, c == 2 ? 1.0 : 0.0);
+    else
+      std::copy_n(tangent_[6 + c], count, apartHeights_[c]);
+  std::fill_n(heightVariance_, count, 0.0);
+  for (auto& column : apartAdded_) std::fill_n(column, count, 0.0);
 }
 
 // Errors of positions behind the parting have no effect on heights, those of heights none on positions.
 // With the derivatives T of positions and T' of the positions with these heights, an error v of the
 // global position of the first kind is one of T'⁻¹·diag(1, 1, 0)·T·v, a height's one of T'⁻¹·e3.
 void ChainTangents::Arrive(Points geographic, std::size_t count) {
-  if (!chain_.GetProjection()) Settle(geographic, count);
   std::copy_n(geographic[2], count, ellipsoidal_);
   if (!apart_) return;
   apart_ = false;
+  if (!adds_) {
+    Slope(count);
+    for (std::size_t c = 0; c < 3; ++c) std::copy_n(apartHeights_[c], count, tangent_[6 + c]);
+    return;
+  }
+  Mix(count);
   for (std::size_t i = 0; i < count; ++i) {
     Matrix3 ofPositions = At(i);
     for (std::size_t c = 0; c < 3; ++c) {
       ofPositions.m[2][c] = 0;
-      tangent_[6 + c][i] = heights_[c][i];
+      tangent_[6 + c][i] = apartHeights_[c][i];
     }
-    if (!adds_) continue;
     const Matrix3 back = At(i).Inverse(), through = back * ofPositions;
     const Vector up{back.m[0][2], back.m[1][2], back.m[2][2]};
     const auto& a = apartAdded_;
@@ -340,27 +409,35 @@ void ChainTangents::Arrive(Points geographic, std::size_t count) {
   }
 }
 
-// From metres at the positions to the grid, heights are left alone.
-void ChainTangents::Project(const TGeoProj& projection, Points geographic, std::size_t count) {
-  double columns[4][kBatchBlock];
+// To the grid, heights are left alone.
+std::size_t ChainTangents::Project(const TGeoProj& projection, Points geographic, double* north,
+                                   double* east, std::size_t count) {
+  double columns[4][kBatchBlock], latitudes[kBatchBlock];
   auto& t = tangent_;
-  double* const d[] = {inMetres_ ? t[0] : columns[0], inMetres_ ? t[3] : columns[1],
-                       inMetres_ ? t[1] : columns[2], inMetres_ ? t[4] : columns[3]};
-  for (int c = 0; c < 2; ++c) std::copy_n(geographic[c], count, d[c]);
-  if (projection.ForwardDerivativesBatch(d[0], d[1], d[2], d[3], count) < count)
-    for (std::size_t i = 0; i < count; ++i)
-      if (std::isnan(d[0][i])) Fail(i, ChainStep::projection);
-  if (!inMetres_) {
-    RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]},
-              count);
-    return;
+  double* const d[] = {plane_ ? columns[0] : t[0], plane_ ? columns[1] : t[3],
+                       plane_ ? columns[2] : t[1], plane_ ? columns[3] : t[4]};
+  std::copy_n(geographic[0], count, latitudes);
+  if (north != geographic[0]) std::copy_n(geographic[0], count, north);
+  if (east != geographic[1]) std::copy_n(geographic[1], count, east);
+  const std::size_t converted =
+      projection.ForwardWithDerivativesBatch(north, east, {d[0], d[1], d[2], d[3]}, count);
+  if (inMetres_) {
+    const GridPerMetre conversion(*ellipsoid_);
+    RunKernel(conversion, {latitudes, ellipsoidal_, d[0], d[1], d[2], d[3]}, count,
+              [&](double(&p)[6]) {
+                conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]);
+              });
   }
   inMetres_ = false;
-  level_ = true;
-  const GridPerMetre conversion(*ellipsoid_);
-  RunKernel(
-      conversion, {const_cast<double*>(geographic[0]), ellipsoidal_, d[0], d[1], d[2], d[3]}, count,
-      [&](double(&p)[6]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]); });
+  if (!plane_) {
+    plane_ = true;
+  } else if (heights_ == Heights::mixed) {
+    RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]},
+              count);
+  } else {
+    RunKernel(ProjectPlane(), {d[0], d[1], d[2], d[3], t[0], t[1], t[3], t[4]}, count);
+  }
+  return converted;
 }
 
 void ChainTangents::ToSite(const LocalToGrid& site, Points grid, std::size_t count) {
@@ -378,7 +455,7 @@ void ChainTangents::ToSite(const LocalToGrid& site, Points grid, std::size_t cou
     m[2][0] = site.GetHeightParam(1, 0);
     m[2][1] = site.GetHeightParam(2, 0);
   }
-  Times(matrix, !(site.mode & LocalToGrid::kVertical), count);
+  Times(matrix, count);
   AddSiteNoise(site, grid, count);
 }
 
@@ -419,22 +496,22 @@ void ChainTangents::ToGround(const GridToGround& ground, std::size_t count) {
   m[1][0] = north.e;
   m[0][1] = east.n;
   m[1][1] = east.e;
-  Times(matrix, true, count);
+  Times(matrix, count);
 }
 
 void ChainTangents::Finish(Points geographic, std::size_t count) {
-  if (chain_.GetProjection() || local_ == CovarianceFrame::geographic) return;
+  if (chain_.GetProjection()) return;
+  if (local_ == CovarianceFrame::geographic) return ToRadians(geographic, count);
   const Ellipsoid* const ellipsoid = LocalEllipsoid();
   if (!ellipsoid) return FailAll(ChainStep::globalEllipsoid, count);
-  if (local_ == CovarianceFrame::geocentric)
-    return RunAt(TangentToGeocentric(*ellipsoid), geographic, count);
-  double at[2][kBatchBlock];
-  std::copy_n(geographic[0], count, at[0]);
-  std::copy_n(ellipsoidal_, count, at[1]);
+  if (local_ == CovarianceFrame::geocentric) return ToGeocentric(*ellipsoid, geographic, count);
+  if (inMetres_) return;
+  Mix(count);
   auto& t = tangent_;
   const TangentToMetres conversion(*ellipsoid);
-  RunKernel(conversion, {at[0], at[1], t[0], t[1], t[2], t[3], t[4], t[5]}, count,
-            [&](double(&p)[8]) {
+  RunKernel(conversion,
+            {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[2], t[3], t[4], t[5]},
+            count, [&](double(&p)[8]) {
               conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
             });
 }
@@ -477,29 +554,35 @@ void ChainTangents::StartAdding() {
 }
 
 template <bool kInverse>
-void ChainTangents::PropagateBy(const Symmetric& c, std::size_t count) {
-  auto& t = tangent_;
-  if (level_)
-    return RunKernel(PropagateLevel<kInverse>(),
-                     {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[3], t[4]}, count);
-  RunKernel(
-      Propagate<kInverse>(),
-      {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
-      count);
+void ChainTangents::PropagateBy(const Symmetric& c, std::size_t first, std::size_t count) const {
+  double* t[9];  // which stay
+  for (int k = 0; k < 9; ++k) t[k] = const_cast<double*>(tangent_[k]) + first;
+  if (heights_ == Heights::mixed)
+    return RunKernel(
+        Propagate<kInverse>(),
+        {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
+        count);
+  if (heights_ == Heights::sloped)
+    return RunKernel(PropagateSloped<kInverse>(),
+                     {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[3], t[4], t[6], t[7], t[8]},
+                     count);
+  if (plane_)
+    RunKernel(PropagateLevel<kInverse>(),
+              {c[0], c[1], c[2], c[3], c[4], c[5], t[0], t[1], t[3], t[4]}, count);
 }
 
-void ChainTangents::ToLocal(const Symmetric& c, std::size_t count) {
+void ChainTangents::ToLocal(const Symmetric& c, std::size_t first, std::size_t count) const {
   if (adds_)
     for (int k = 0; k < 6; ++k)
-      for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];
-  PropagateBy<false>(c, count);
+      for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][first + i];
+  PropagateBy<false>(c, first, count);
 }
 
-void ChainTangents::ToGlobal(const Symmetric& c, std::size_t count) {
-  PropagateBy<true>(c, count);
+void ChainTangents::ToGlobal(const Symmetric& c, std::size_t first, std::size_t count) const {
+  PropagateBy<true>(c, first, count);
   if (!adds_) return;
   for (int k = 0; k < 6; ++k)
-    for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][i];
+    for (std::size_t i = 0; i < count; ++i) c[k][i] += added_[k][first + i];
 }
 
 }  // namespace zel_cs::geomath

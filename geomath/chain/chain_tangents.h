@@ -44,18 +44,22 @@ class ChainTangents : public ChainTrace {
   void LowerByShift(const ChainShift& step, Points before, Points after,
                     std::size_t count) override;
   void Arrive(Points geographic, std::size_t count) override;
-  void Project(const TGeoProj& projection, Points geographic, std::size_t count) override;
+  std::size_t Project(const TGeoProj& projection, Points geographic, double* north, double* east,
+                      std::size_t count) override;
   void ToSite(const LocalToGrid& site, Points grid, std::size_t count) override;
   void ToGround(const GridToGround& ground, std::size_t count) override;
   /// After the last step: into the local frame. Without a projection at the local positions.
   void Finish(Points geographic, std::size_t count);
 
+  /// Whether any point was refused that the chain did not refuse.
+  bool Refuses() const { return refuses_; }
   /// What refused points that the chain did not; ChainStep::none for the others.
   ChainStep FailedAt(std::size_t i) const { return failed_[i]; }
 
-  /// Covariances of one side to those of the other, in place, with the uncertainty of the steps.
-  void ToLocal(const Symmetric& covariances, std::size_t count);
-  void ToGlobal(const Symmetric& covariances, std::size_t count);
+  /// Covariances of one side to those of the other, in place, with the uncertainty of the steps:
+  /// those of `count` points from `first` on.
+  void ToLocal(const Symmetric& covariances, std::size_t first, std::size_t count) const;
+  void ToGlobal(const Symmetric& covariances, std::size_t first, std::size_t count) const;
 
   /// The derivatives of a point.
   Matrix3 At(std::size_t i) const;
@@ -67,6 +71,7 @@ class ChainTangents : public ChainTrace {
   void RunAt(const Conversion& conversion, Points geographic, std::size_t count);
   void Fail(std::size_t i, ChainStep step) {
     if (failed_[i] == ChainStep::none) failed_[i] = step;
+    refuses_ = true;
   }
   void FailAll(ChainStep step, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) Fail(i, step);
@@ -80,13 +85,19 @@ class ChainTangents : public ChainTrace {
                        Points before, Points after, std::size_t i, ChainStep place,
                        double (&sigma)[3]);
   const ChainUncertainty::ShiftNoise* NoiseOf(const ChainShift& step) const;
-  void SetIdentity(std::size_t count);
-  void Part();
-  void Settle(Points geographic, std::size_t count);
-  void Raise(std::size_t count);
-  void Times(const Matrix3& matrix, bool level, std::size_t count);
+  void ToSlopesPerMetre(Points geographic, double* byLatitude, double* byLongitude,
+                        std::size_t count) const;
+  void Part(std::size_t count);
+  void ToRadians(Points geographic, std::size_t count);
+  void WritePlane(std::size_t count);
+  void Slope(std::size_t count);
+  void Mix(std::size_t count);
+  template <class Step>
+  void Lower(const Step& step, double* perNorth, double* perEast, double* perHeight,
+             std::size_t count);
+  void Times(const Matrix3& matrix, std::size_t count);
   template <bool kInverse>
-  void PropagateBy(const Symmetric& covariances, std::size_t count);
+  void PropagateBy(const Symmetric& covariances, std::size_t first, std::size_t count) const;
   void StartAdding();
   /// Adds errors whose images in the coordinates so far are these vectors, of standard deviation 1.
   void AddNoise(std::size_t i, const Vector* images, std::size_t count, ErrorExtent extent);
@@ -104,18 +115,27 @@ class ChainTangents : public ChainTrace {
   std::vector<Vector>* common_;
   bool leavesGrid_ = false;
 
-  double tangent_[9][kBatchBlock];      // row by row
-  double heights_[3][kBatchBlock];      // the row of heights while they are off their positions
-  bool apart_ = false;                  // whether they are
-  bool inMetres_ = false;               // metres at geographic positions, not written so far
-  bool level_ = false;                  // heights alone: 0, 1, 3 and 4 are written
-  double ellipsoidal_[kBatchBlock];     // heights above the ellipsoid, as they were last
-  Covariances added_, apartAdded_;      // on the global side; those of positions that heights left
-  double heightVariance_[kBatchBlock];  // of heights that are apart
-  std::size_t firstApart_ = 0;          // of `common_`
+  // What of the derivatives is written; the rest is that of the identity.
+  enum class Heights : unsigned char {
+    level,   // by themselves
+    sloped,  // by the plane, too: the third row
+    mixed,   // and the plane by heights: all
+  };
+
+  double tangent_[9][kBatchBlock];       // row by row
+  bool plane_ = false;                   // whether the four of the plane are written
+  Heights heights_ = Heights::level;     // and those of heights
+  bool inMetres_ = false;                // whether rows of geographic positions are metres there
+  double apartHeights_[3][kBatchBlock];  // the row of heights while they are off their positions
+  bool apart_ = false;                   // whether they are
+  double ellipsoidal_[kBatchBlock];      // heights above the ellipsoid, as they were last
+  Covariances added_, apartAdded_;       // on the global side; those of positions that heights left
+  double heightVariance_[kBatchBlock];   // of heights that are apart
+  std::size_t firstApart_ = 0;           // of `common_`
   bool adds_ = false;
   const Ellipsoid* ellipsoid_ = nullptr;  // of the positions so far
   ChainStep failed_[kBatchBlock];
+  bool refuses_ = false;
 };
 
 }  // namespace zel_cs::geomath

@@ -16,7 +16,8 @@ class ChainTrace {
   using Points = const double* const (&)[3];
   virtual ~ChainTrace() = default;
 
-  /// Whether what follows the projection is to be told of its true positions; else there are none.
+  /// Whether what follows the projection is to be told of its true positions; else those of the grid
+  /// stand for all.
   virtual bool NeedsGrid() const = 0;
   /// The global positions, on axes north and east.
   virtual void Start(Points geographic, std::size_t count) = 0;
@@ -36,8 +37,11 @@ class ChainTrace {
                             std::size_t count) = 0;
   /// The positions stand on the local ellipsoid; their heights are replaced by lowered ones.
   virtual void Arrive(Points geographic, std::size_t count) = 0;
-  /// The positions that are projected, and the grid coordinates that a site takes.
-  virtual void Project(const TGeoProj& projection, Points geographic, std::size_t count) = 0;
+  /// Projects the positions, which may be the place of the grid coordinates; a point that fails gets NaN.
+  /// Returns the number of the others.
+  virtual std::size_t Project(const TGeoProj& projection, Points geographic, double* north,
+                              double* east, std::size_t count) = 0;
+  /// The grid coordinates that a site takes.
   virtual void ToSite(const LocalToGrid& site, Points grid, std::size_t count) = 0;
   virtual void ToGround(const GridToGround& ground, std::size_t count) = 0;
 };

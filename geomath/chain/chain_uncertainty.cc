@@ -16,6 +16,12 @@ constexpr double kRounding = MarkCovariance::kRounding;
 
 bool IsSigma(double sigma) { return sigma >= 0 && std::isfinite(sigma); }
 
+bool AnyFailed(const ChainStep* failed, std::size_t count) {
+  unsigned int any = 0;
+  for (std::size_t i = 0; i < count; ++i) any |= static_cast<unsigned int>(failed[i]);
+  return any != 0;
+}
+
 // C = F·Fᵀ with a lower triangle F (Cholesky), by way of correlations: parameters have units of all
 // sizes. Directions without any error are columns of zeros. False for what is no covariance.
 template <int N>
@@ -121,9 +127,9 @@ bool ChainUncertainty::HasFrames(CovarianceFrame global, CovarianceFrame local) 
 // which have derivatives.
 void ChainUncertainty::Trace(double* const (&columns)[3], PointDates dates, std::size_t count,
                              ChainStep* failed, ChainTangents& tangents) const {
-  chain_->TraceToLocal(columns, dates, count, failed, tangents);
+  chain_->RunBlock(&CoordinateChain::ToLocalBlock, columns, dates, count, failed, &tangents);
   if (!chain_->GetProjection()) Finish(columns, count, failed, tangents);
-  for (std::size_t i = 0; i < count; ++i)
+  for (std::size_t i = 0; tangents.Refuses() && i < count; ++i)
     if (failed[i] == ChainStep::none) failed[i] = tangents.FailedAt(i);
 }
 
@@ -144,41 +150,54 @@ void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double
                                 std::size_t count, ChainStep* failed, Manner manner) const {
   const CovarianceFrame global = toLocal ? manner.from : manner.to;
   const CovarianceFrame local = toLocal ? manner.to : manner.from;
-  const bool served = HasFrames(global, local);
   ChainTangents tangents(*this, manner.dates, global, local);
-  double m[9][kBatchBlock], refused[kBatchBlock];
-  Separate(covariances, m, count);
-  RunKernel(MarkCovariance(), {m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], refused},
-            count);
-  const ChainTangents::Symmetric c = {m[0], m[1], m[2], m[4], m[5], m[8]};
-  const bool all = served && AllWithin(refused, count, 0);
-  for (std::size_t i = 0; !all && i < count; ++i) {
-    if (served && refused[i] == 0) continue;
-    points[0][i] = kNaN;  // fails as input
-    for (double* const column : c) column[i] = 0;
-  }
-  if (toLocal) {
+  if (!HasFrames(global, local)) {
+    std::fill_n(failed, count, ChainStep::input);
+  } else if (toLocal) {
     Trace(points, manner.dates, count, failed, tangents);
-    tangents.ToLocal(c, count);
   } else {
-    chain_->ToGlobalDatedBatch(manner.dates, points[0], points[1], points[2], count, 1, failed);
+    chain_->RunBlock(&CoordinateChain::ToGlobalBlock, points, manner.dates, count, failed);
     ChainStep traced[kBatchBlock];
     double at[3][kBatchBlock];
     for (int k = 0; k < 3; ++k) std::copy_n(points[k], count, at[k]);
     tangents.LeaveGrid();
     Trace({at[0], at[1], at[2]}, manner.dates, count, traced, tangents);
-    tangents.ToGlobal(c, count);
-    for (std::size_t i = 0; i < count; ++i)
+    const bool someTraced = AnyFailed(traced, count);
+    for (std::size_t i = 0; someTraced && i < count; ++i)
       if (failed[i] == ChainStep::none) failed[i] = traced[i];
   }
-  for (const auto& [upper, lower] : {std::pair{1, 3}, {2, 6}, {5, 7}})
-    std::copy_n(m[upper], count, m[lower]);
-  for (std::size_t i = 0; i < count; ++i) {
-    if (failed[i] == ChainStep::none) continue;
-    points[0][i] = kNaN;
-    for (auto& column : m) column[i] = kNaN;
+  Carry(toLocal, covariances, count, failed, tangents);
+  const bool someFailed = AnyFailed(failed, count);
+  for (std::size_t i = 0; someFailed && i < count; ++i)
+    if (failed[i] != ChainStep::none) points[0][i] = kNaN;
+}
+
+// The covariances of a block, a few at a time so that the first-level cache holds them beside the
+// derivatives. A matrix that is none fails its point as input.
+void ChainUncertainty::Carry(bool toLocal, double* covariances, std::size_t count,
+                             ChainStep* failed, const ChainTangents& tangents) const {
+  double m[9][kMatrixBlock], refused[kMatrixBlock];
+  for (std::size_t first = 0; first < count; first += kMatrixBlock) {
+    const std::size_t n = std::min(kMatrixBlock, count - first);
+    double* const matrices = covariances + 9 * first;
+    Separate(matrices, m, n);
+    RunKernel(MarkCovariance(), {m[0], m[1], m[2], m[3], m[4], m[5], m[6], m[7], m[8], refused}, n);
+    const ChainTangents::Symmetric c = {m[0], m[1], m[2], m[4], m[5], m[8]};
+    if (toLocal)
+      tangents.ToLocal(c, first, n);
+    else
+      tangents.ToGlobal(c, first, n);
+    for (const auto& [upper, lower] : {std::pair{1, 3}, {2, 6}, {5, 7}})
+      std::copy_n(m[upper], n, m[lower]);
+    const bool all = AllWithin(refused, n, 0) && !AnyFailed(failed + first, n);
+    for (std::size_t i = 0; !all && i < n; ++i) {
+      ChainStep& step = failed[first + i];
+      if (refused[i] != 0) step = ChainStep::input;
+      if (step == ChainStep::none) continue;
+      for (auto& column : m) column[i] = kNaN;
+    }
+    Interleave(m, matrices, n);
   }
-  Interleave(m, covariances, count);
 }
 
 std::size_t ChainUncertainty::RunBatch(bool toLocal, double* x, double* y, double* h,

@@ -150,6 +150,8 @@ class GEOMATH_API ChainUncertainty {
              ChainTangents& tangents) const;
   void Finish(double* const (&columns)[3], std::size_t count, const ChainStep* failed,
               ChainTangents& tangents) const;
+  void Carry(bool toLocal, double* covariances, std::size_t count, ChainStep* failed,
+             const ChainTangents& tangents) const;
   void RunBlock(bool toLocal, double* const (&points)[3], double* covariances, std::size_t count,
                 ChainStep* failed, Manner manner) const;
   std::size_t RunBatch(bool toLocal, double* x, double* y, double* h, double* covariances,

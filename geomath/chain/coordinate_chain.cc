@@ -385,17 +385,20 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   if (p.trace) p.trace->Arrive({p.x, p.y, p.h}, p.count);
   if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
-  if (projection_) p.Tell(&ChainTrace::Project, *projection_);
-  const bool positions = !p.trace || p.trace->NeedsGrid() || !afterProjection_.empty();
-  if (projection_ && positions) GlobalToGrid(p);
+  if (projection_) GlobalToGrid(p);
   ShiftPlane(p, true);
-  GridToSite(p, positions);
+  GridToSite(p, !p.trace || p.trace->NeedsGrid());
   p.TurnGrid(projection_, kToUser);
 }
 
 // The batches of a projection speak the caller's axes, all steps here internal ones; turning there
 // and back is exact.
 void CoordinateChain::GlobalToGrid(Block& p) const {
+  if (p.trace) {
+    const std::size_t converted =
+        p.trace->Project(*projection_, {p.x, p.y, p.h}, p.x, p.y, p.count);
+    return p.Check(ChainStep::projection, converted);
+  }
   p.TurnGeographic(projection_, kToUser);
   p.Check(ChainStep::projection, projection_->ForwardBatch(p.x, p.y, p.count));
   p.TurnGrid(projection_, kToInternal);
@@ -485,14 +488,14 @@ void CoordinateChain::ToGlobalBlock(Block& p) const {
   p.TurnGeographic(projection_, kToUser);
 }
 
-// ToLocalBlock of at most kBatchBlock points with a listener.
-void CoordinateChain::TraceToLocal(double* const (&columns)[3], PointDates dates, std::size_t count,
-                                   ChainStep* failedAt, ChainTrace& trace) const {
-  Block block(columns, dates, count, &trace);
+// The steps of one way for at most kBatchBlock points, to local with a listener if there is one.
+void CoordinateChain::RunBlock(BlockStep steps, double* const (&columns)[3], PointDates dates,
+                               std::size_t count, ChainStep* failedAt, ChainTrace* trace) const {
+  Block block(columns, dates, count, trace);
   block.Check(ChainStep::input, MarkFailures(columns, count));
-  if (block.alive > 0) ToLocalBlock(block);
+  if (block.alive > 0) (this->*steps)(block);
   block.MarkFailed();
-  std::copy_n(block.failed, count, failedAt);
+  if (failedAt) std::copy_n(block.failed, count, failedAt);
 }
 
 ChainResult CoordinateChain::RunPoint(BlockStep steps, PointDates dates, double& x, double& y,
@@ -512,11 +515,7 @@ std::size_t CoordinateChain::RunBatch(BlockStep steps, PointDates dates, double*
                                       ChainStep* failedAt) const {
   std::size_t first = 0;
   const auto convert = [&](double* const(&columns)[3], std::size_t n) {
-    Block block(columns, dates.From(first), n);
-    block.Check(ChainStep::input, MarkFailures(columns, n));
-    if (block.alive > 0) (this->*steps)(block);
-    block.MarkFailed();
-    if (failedAt) std::copy_n(block.failed, n, failedAt + first);
+    RunBlock(steps, columns, dates.From(first), n, failedAt ? failedAt + first : nullptr);
     first += n;
   };
   return ConvertBlocks(convert, count, stride, x, y, h);

@@ -197,8 +197,8 @@ class GEOMATH_API CoordinateChain {
   class Frame;
   using BlockStep = void (CoordinateChain::*)(Block&) const;
 
-  void TraceToLocal(double* const (&columns)[3], PointDates dates, std::size_t count,
-                    ChainStep* failedAt, ChainTrace& trace) const;
+  void RunBlock(BlockStep steps, double* const (&columns)[3], PointDates dates, std::size_t count,
+                ChainStep* failedAt, ChainTrace* trace = nullptr) const;
   void ToLocalBlock(Block& block) const;
   void ToGlobalBlock(Block& block) const;
   static std::vector<ChainShift> CoordinateChain::*ListOf(ShiftPlace place);

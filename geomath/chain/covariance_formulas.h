@@ -1,7 +1,6 @@
 #pragma once
 
 #include <cstddef>
-#include <limits>
 
 #include "geomath/base/matrix3.h"
 #include "geomath/base/tangent_formulas.h"
@@ -12,30 +11,31 @@ namespace zel_cs::geomath {
 
 /// Whether a matrix is a covariance: symmetric, and no variance negative in any direction, but for
 /// rounding; not where a number is not finite. Columns: the nine of the matrix, which stay, and the
-/// mark, 0 for one and 1 for none. Without branches, and in numbers of one width, so that it vectorises.
+/// mark, 0 for one and 1 for none. The least of what must not be negative decides, without branches.
 struct MarkCovariance {
   static constexpr std::size_t kColumns = 10;
   static constexpr double kRounding = 1e-9;  ///< relative to the variances
 
-  static GEOMATH_INLINE bool Pair(double upper, double lower, double product) {
+  /// What an entry leaves of the rounding of its mirror image, and of its bound.
+  static GEOMATH_INLINE double Pair(double upper, double lower, double product) {
     const double difference = upper - lower;
-    const bool symmetric = difference * difference <= kRounding * kRounding * product;
-    const bool small = upper * upper <= product * (1 + kRounding);
-    return symmetric & small;
+    const double symmetry = kRounding * kRounding * product - difference * difference;
+    return Least(symmetry, product * (1 + kRounding) - upper * upper);
   }
+  static GEOMATH_INLINE double Least(double x, double y) { return x < y ? x : y; }
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yx, double& yy,
                               double& yz, double& zx, double& zy, double& zz, double& mark) const {
-    constexpr double kLargest = std::numeric_limits<double>::max();
-    const bool variances = (xx >= 0) & (yy >= 0) & (zz >= 0);
-    const bool finite = (xx <= kLargest) & (yy <= kLargest) & (zz <= kLargest);
-    const bool xyPair = Pair(xy, yx, xx * yy), xzPair = Pair(xz, zx, xx * zz);
-    const bool yzPair = Pair(yz, zy, yy * zz);
-    const double determinant =
-        xx * yy * zz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
-    const bool notNegative = determinant >= -kRounding * xx * yy * zz;
-    mark = (variances & finite & xyPair & xzPair & yzPair & notNegative) ? 0 : 1;
+    const double xyz = xx * yy * zz;
+    const double determinant = xyz + 2 * xy * xz * yz - xx * yz * yz - yy * xz * xz - zz * xy * xy;
+    const double pairs =
+        Least(Least(Pair(xy, yx, xx * yy), Pair(xz, zx, xx * zz)), Pair(yz, zy, yy * zz));
+    const double least =
+        Least(Least(Least(xx, yy), Least(zz, pairs)), determinant + kRounding * xyz);
+    // Least may drop NaN, the sum does not.
+    const double finite = 0 * (determinant + (xx + yy + zz) + (yx + zx + zy));
+    mark = least + finite >= 0 ? 0 : 1;
   }
 };
 
@@ -62,6 +62,22 @@ struct TimesLevel {
     t01 = m00 * north[1] + m01 * east[1];
     t10 = m10 * north[0] + m11 * east[0];
     t11 = m10 * north[1] + m11 * east[1];
+  }
+};
+
+/// The same of those behind which a height depends on the place, with a matrix that tilts heights, whose
+/// own row in it is (m20, m21, 1). Columns: four of the plane, and the two of the height by the plane.
+struct TimesInclined {
+  static constexpr std::size_t kColumns = 6;
+  TimesLevel level;
+  double m20, m21;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& t00, double& t01, double& t10, double& t11, double& t20,
+                              double& t21) const {
+    t20 += m20 * t00 + m21 * t10;
+    t21 += m20 * t01 + m21 * t11;
+    level.Convert<Math>(t00, t01, t10, t11);
   }
 };
 
@@ -112,6 +128,22 @@ struct ProjectTangent {
   }
 };
 
+/// The same of a plane that heights have no part in: columns those of GridDerivatives, which stay, and
+/// the four of the plane's rows.
+struct ProjectPlane {
+  static constexpr std::size_t kColumns = 8;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& northB, double& eastB, double& northL, double& eastL,
+                              double& b0, double& b1, double& l0, double& l1) const {
+    const double b[] = {b0, b1}, l[] = {l0, l1};
+    b0 = northB * b[0] + northL * l[0];
+    b1 = northB * b[1] + northL * l[1];
+    l0 = eastB * b[0] + eastL * l[0];
+    l1 = eastB * b[1] + eastL * l[1];
+  }
+};
+
 /// A symmetric matrix as six numbers.
 struct Symmetric3 {
   double xx, xy, xz, yy, yz, zz;
@@ -138,12 +170,11 @@ struct GridPerMetre {
   template <class Math>
   GEOMATH_INLINE void Convert(double& B, double& h, double& northB, double& eastB, double& northL,
                               double& eastL) const {
-    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
-    const double perNorth = 1 / frame.perLatitude, perEast = 1 / frame.perLongitude;
-    northB *= perNorth;
-    eastB *= perNorth;
-    northL *= perEast;
-    eastL *= perEast;
+    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
+    northB *= radians.latitude;
+    eastB *= radians.latitude;
+    northL *= radians.longitude;
+    eastL *= radians.longitude;
   }
   GEOMATH_INLINE bool Serves(double B, double, double, double, double, double) const {
     return TangentFrame::ServesColumns(B, 0);
@@ -170,6 +201,30 @@ struct Propagate {
   }
 };
 
+/// Two rows and columns of a plane, as they stand or as their inverse.
+struct PlaneTangent {
+  double a, b, c, d;
+
+  template <bool kInverse>
+  static GEOMATH_INLINE PlaneTangent Of(double t00, double t01, double t10, double t11) {
+    const double q = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
+    return {kInverse ? t11 * q : t00, kInverse ? -t01 * q : t01, kInverse ? -t10 * q : t10,
+            kInverse ? t00 * q : t11};
+  }
+
+  /// What (x, y) with this covariance becomes, and that of z with it.
+  GEOMATH_INLINE void Carry(double& xx, double& xy, double& yy, double& xz, double& yz) const {
+    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
+    const double cx = c * xx + d * xy, cy = c * xy + d * yy;
+    const double az = a * xz + b * yz, cz = c * xz + d * yz;
+    xx = ax * a + ay * b;
+    xy = ax * c + ay * d;
+    yy = cx * c + cy * d;
+    xz = az;
+    yz = cz;
+  }
+};
+
 /// The same with a T that leaves heights alone: columns six of C and four of T, which stay.
 template <bool kInverse>
 struct PropagateLevel {
@@ -178,17 +233,29 @@ struct PropagateLevel {
   template <class Math>
   GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yy, double& yz, double&,
                               double& t00, double& t01, double& t10, double& t11) const {
-    const double d = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
-    const double a = kInverse ? t11 * d : t00, b = kInverse ? -t01 * d : t01;
-    const double c = kInverse ? -t10 * d : t10, e = kInverse ? t00 * d : t11;
-    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
-    const double cx = c * xx + e * xy, cy = c * xy + e * yy;
-    const double az = a * xz + b * yz, cz = c * xz + e * yz;
-    xx = ax * a + ay * b;
-    xy = ax * c + ay * e;
-    yy = cx * c + cy * e;
-    xz = az;
-    yz = cz;
+    PlaneTangent::Of<kInverse>(t00, t01, t10, t11).Carry(xx, xy, yy, xz, yz);
+  }
+};
+
+/// The same with a T that turns and stretches the plane by itself, and has heights depend on it: columns
+/// six of C and, which stay, four of the plane's rows and the three of the height's.
+template <bool kInverse>
+struct PropagateSloped {
+  static constexpr std::size_t kColumns = 13;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& xx, double& xy, double& xz, double& yy, double& yz,
+                              double& zz, double& t00, double& t01, double& t10, double& t11,
+                              double& t20, double& t21, double& t22) const {
+    const PlaneTangent plane = PlaneTangent::Of<kInverse>(t00, t01, t10, t11);
+    const double h = kInverse ? 1 / t22 : t22;
+    const double x = kInverse ? -h * (t20 * plane.a + t21 * plane.c) : t20;
+    const double y = kInverse ? -h * (t20 * plane.b + t21 * plane.d) : t21;
+    const double hx = h * xz, hy = h * yz;
+    xz = xx * x + xy * y + hx;
+    yz = xy * x + yy * y + hy;
+    zz = x * (xz + hx) + y * (yz + hy) + h * h * zz;
+    plane.Carry(xx, xy, yy, xz, yz);
   }
 };
 

@@ -162,6 +162,11 @@ void DifferentiateSingly(double* const (&columns)[4], std::size_t count,
   }
 }
 
+void ProjectSingly(const TGeoProj& proj, double* b, double* l, std::size_t count) {
+  for (std::size_t i = 0; i < count; ++i)
+    if (!proj.ForwardPoint(b[i], l[i])) b[i] = kNaN;
+}
+
 bool HostRotates(const TGeoProj& proj) {
   return HostReplaces<&TGeoProj::RotateNE>(proj) || HostReplaces<&TGeoProj::RotateBL>(proj) ||
          HostReplaces<&TGeoProj::Rotate>(proj);
@@ -250,6 +255,37 @@ bool TGeoProj::ForwardDerivatives(double b, double l, GridDerivatives& derivativ
                              : Differentiate(b, l, derivatives);
 }
 
+std::size_t TGeoProj::ForwardWithDerivativesBatch(double* b, double* l,
+                                                  double* const (&derivatives)[4],
+                                                  std::size_t count) const {
+  const bool hosts = HostProjects(*this);
+  const bool isConst =
+      HasConstForm<&TGeoProj::Forward, &TGeoProj::_Forward, &TGeoProj::ForwardPoint>(*this);
+  const FormulaView formulas = hosts || !isConst ? FormulaView() : Formulas();
+  std::size_t converted = 0;
+  for (std::size_t start = 0; start < count; start += kBatchBlock) {
+    double *const n = b + start, *const e = l + start;
+    double* d[4];
+    for (std::size_t k = 0; k < 4; ++k) d[k] = derivatives[k] + start;
+    const std::size_t size = std::min(kBatchBlock, count - start);
+    std::copy_n(n, size, d[0]);
+    std::copy_n(e, size, d[1]);
+    if (formulas) {
+      formulas.DifferentiateBlock(*this, {d[0], d[1], d[2], d[3], n, e}, size);
+    } else {
+      ForwardDerivativesBatch(d[0], d[1], d[2], d[3], size);
+      if (!isConst)
+        std::fill_n(n, size, kNaN);
+      else if (hosts)
+        ProjectSingly(*this, n, e, size);
+      else
+        ForwardBlock(n, e, size);
+    }
+    converted += MarkFailures<6>({n, e, d[0], d[1], d[2], d[3]}, size);
+  }
+  return converted;
+}
+
 std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* northL, double* eastL,
                                               std::size_t count) const {
   const bool hosts = HostProjects(*this);
@@ -269,7 +305,11 @@ std::size_t TGeoProj::ForwardDerivativesBatch(double* b, double* l, double* nort
 }
 
 void TGeoProj::DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-  if (const FormulaView formulas = Formulas()) return formulas.DifferentiateBlock(columns, count);
+  if (const FormulaView formulas = Formulas()) {
+    double n[kBatchBlock], e[kBatchBlock];
+    const auto& c = columns;
+    return formulas.DifferentiateBlock(*this, {c[0], c[1], c[2], c[3], n, e}, count);
+  }
   DifferentiateSingly(columns, count, [this](double b, double l, GridDerivatives& derivatives) {
     Differentiate(b, l, derivatives);
   });
@@ -337,8 +377,7 @@ FormulaView TGeoProj::Formulas() const { return {}; }
 
 void TGeoProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   if (const FormulaView formulas = Formulas()) return formulas.Forward(*this, b, l, count);
-  for (std::size_t i = 0; i < count; ++i)
-    if (!ForwardPoint(b[i], l[i])) b[i] = kNaN;
+  ProjectSingly(*this, b, l, count);
 }
 
 void TGeoProj::InverseBlock(double* n, double* e, std::size_t count) const {

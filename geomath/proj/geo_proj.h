@@ -124,6 +124,11 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// number of the others. The bits are those of the single call.
   std::size_t ForwardDerivativesBatch(double* b, double* l, double* northL, double* eastL,
                                       std::size_t count) const;
+  /// Both ForwardPoint and ForwardDerivatives of `count` positions, in fewer operations: latitudes and
+  /// longitudes in place, the members of GridDerivatives, in their order, into four columns. A point
+  /// where one of them fails is NaN in all; returns the number of the others.
+  std::size_t ForwardWithDerivativesBatch(double* b, double* l, double* const (&derivatives)[4],
+                                          std::size_t count) const;
 
   /// RotateNE and RotateBL of `count` pairs in place.
   void RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const;

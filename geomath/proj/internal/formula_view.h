@@ -16,7 +16,8 @@ class FormulaView {
   /// What runs on a record of one type, as the member functions below.
   struct Operations {
     bool (*differentiate)(const void* record, double b, double l, GridDerivatives& derivatives);
-    void (*differentiateBlock)(const void* record, double* const (&columns)[4], std::size_t count);
+    void (*differentiateBlock)(const void* record, const TGeoProj& proj,
+                               double* const (&columns)[6], std::size_t count);
     void (*forward)(const void* record, const TGeoProj& proj, double* b, double* l, std::size_t n);
     void (*inverse)(const void* record, const TGeoProj& proj, double* n, double* e, std::size_t m);
   };
@@ -31,9 +32,11 @@ class FormulaView {
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const {
     return operations_->differentiate(record_, b, l, derivatives);
   }
-  /// The same for a block, as TGeoProj::DifferentiateBlock.
-  void DifferentiateBlock(double* const (&columns)[4], std::size_t count) const {
-    operations_->differentiateBlock(record_, columns, count);
+  /// The same for a block, as TGeoProj::DifferentiateBlock, with what Forward makes of it in the last
+  /// two columns.
+  void DifferentiateBlock(const TGeoProj& proj, double* const (&columns)[6],
+                          std::size_t count) const {
+    operations_->differentiateBlock(record_, proj, columns, count);
   }
   /// Converts a block of columns in place. Points that the kernel does not serve go through the
   /// single-point form of `proj`, and all points of a host's class that has a form of its own.

@@ -1005,7 +1005,8 @@ TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
     b.push_back(phi);
     l.push_back(lambda);
   });
-  std::vector<double> northB = b, eastB = l, northL(b.size()), eastL(b.size());
+  const std::vector<double> unread(b.size(), std::numeric_limits<double>::quiet_NaN());
+  std::vector<double> northB = b, eastB = l, northL = unread, eastL = unread;
   const std::size_t found = proj->ForwardDerivativesBatch(northB.data(), eastB.data(),
                                                           northL.data(), eastL.data(), b.size());
   std::size_t expected = 0;
@@ -1022,6 +1023,37 @@ TEST_P(ProjectionLaws, DerivativesAreRefusedWithThePoint) {
     EXPECT_EQ(eastL[i], d.eastL) << b[i] << ' ' << l[i];
   }
   EXPECT_EQ(found, expected);
+}
+
+// To the bit what the two batches give apart.
+TEST_P(ProjectionLaws, ProjectsWithDerivativesAsWithout) {
+  constexpr unsigned int kToUser = 0;
+  const ProjPtr proj = Make();
+  std::vector<double> b, l;
+  ForEachPoint([&](double phi, double lambda) {
+    b.push_back(phi);
+    l.push_back(lambda);
+  });
+  const std::vector<double> unread(b.size(), std::numeric_limits<double>::quiet_NaN());
+  std::vector<double> n = b, e = l, d[] = {unread, unread, unread, unread};
+  proj->ForwardWithDerivativesBatch(n.data(), e.data(),
+                                    {d[0].data(), d[1].data(), d[2].data(), d[3].data()}, b.size());
+  proj->RotateNEBatch(kToUser, n.data(), e.data(), b.size());
+  std::vector<double> alone[] = {b, l, b, l, unread, unread};
+  proj->RotateBLBatch(kToUser, alone[0].data(), alone[1].data(), b.size());
+  proj->ForwardBatch(alone[0].data(), alone[1].data(), b.size());
+  proj->ForwardDerivativesBatch(alone[2].data(), alone[3].data(), alone[4].data(), alone[5].data(),
+                                b.size());
+  for (std::size_t i = 0; i < b.size(); ++i) {
+    if (std::isnan(alone[0][i] + alone[2][i])) {
+      EXPECT_TRUE(std::isnan(n[i]) && std::isnan(d[3][i])) << b[i] << ' ' << l[i];
+      continue;
+    }
+    EXPECT_EQ(n[i], alone[0][i]) << b[i] << ' ' << l[i];
+    EXPECT_EQ(e[i], alone[1][i]) << b[i] << ' ' << l[i];
+    for (std::size_t k = 0; k < 4; ++k)
+      EXPECT_EQ(d[k][i], alone[2 + k][i]) << b[i] << ' ' << l[i] << ' ' << k;
+  }
 }
 
 // Whatever numbers come in, as coordinates, parameters or flattening: no crash, no endless loop, and a point

@@ -45,11 +45,11 @@ inline SineCosine SineCosineOne(double angle) {
 template <class Formulas>
 bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives& derivatives) {
   const DerivativesBy<Formulas> kernel{formulas};
-  double northL, eastL;
-  if (kernel.Serves(b, l, 0, 0))
-    kernel.template Convert<simd::BatchMath>(b, l, northL, eastL);
+  double northL, eastL, n, e;
+  if (kernel.ServesDerivatives(b, l))
+    kernel.template Convert<simd::BatchMath>(b, l, northL, eastL, n, e);
   else if (StatesDerivatives<Formulas> && std::abs(b) < kHalfPi)
-    kernel.template Convert<simd::Scalar>(b, l, northL, eastL);
+    kernel.template Convert<simd::Scalar>(b, l, northL, eastL, n, e);
   else
     return false;
   if (!std::isfinite(b + l + northL + eastL)) return false;
@@ -59,11 +59,15 @@ bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives
 
 /// FormulaView::DifferentiateBlock.
 template <class Formulas>
-void DerivativesByKernel(const Formulas& formulas, double* const (&columns)[4], std::size_t count) {
+void DerivativesByKernel(const Formulas& formulas, const TGeoProj& proj,
+                         double* const (&columns)[6], std::size_t count) {
   constexpr double kRefused = std::numeric_limits<double>::quiet_NaN();
-  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count, [&](double(&point)[4]) {
+  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count, [&](double(&point)[6]) {
     GridDerivatives d{kRefused, kRefused, kRefused, kRefused};
     DerivativesOf(formulas, point[0], point[1], d);
+    point[4] = point[0];
+    point[5] = point[1];
+    if (!proj.ForwardPoint(point[4], point[5])) point[4] = kRefused;
     point[0] = d.northB;
     point[1] = d.eastB;
     point[2] = d.northL;
@@ -110,8 +114,8 @@ FormulaView ViewOf(const Formulas& formulas) {
       [](const void* record, double b, double l, GridDerivatives& derivatives) {
         return DerivativesOf(*static_cast<const Formulas*>(record), b, l, derivatives);
       },
-      [](const void* record, double* const(&columns)[4], std::size_t count) {
-        DerivativesByKernel(*static_cast<const Formulas*>(record), columns, count);
+      [](const void* record, const TGeoProj& proj, double* const(&columns)[6], std::size_t count) {
+        DerivativesByKernel(*static_cast<const Formulas*>(record), proj, columns, count);
       },
       [](const void* record, const TGeoProj& proj, double* b, double* l, std::size_t count) {
         ForwardByKernel(*static_cast<const Formulas*>(record), proj, b, l, count);

@@ -43,27 +43,34 @@ struct InverseOf {
 
 /// Whether a record states its derivatives, for every point and in all functions, as
 ///   template <class Math> void Differentiate(double& b, double& l, double&, double&) const;
-/// with the columns of DerivativesBy: because its class does, or in fewer operations than dual numbers.
+/// with the first four columns of DerivativesBy: because its class does, or in fewer operations than dual numbers.
 template <class Formulas>
 concept StatesDerivatives = requires(const Formulas f, double x) {
   f.template Differentiate<simd::Scalar>(x, x, x, x);
 };
 
-/// The derivatives of Forward, by dual numbers unless the record states them: latitude, longitude and
-/// two columns that are not read become GridDerivatives in its order, not finite where the formulas
-/// refuse the point.
+/// The derivatives of Forward, by dual numbers unless the record states them, and what it gives, to the
+/// bit: latitude, longitude and four columns that are not read become GridDerivatives in its order, not
+/// finite where the formulas refuse the point, northing and easting.
 template <class Formulas>
 struct DerivativesBy {
-  static constexpr std::size_t kColumns = 4;
+  static constexpr std::size_t kColumns = 6, kInputs = 2;
   Formulas formulas;
 
   template <class Math>
-  GEOMATH_INLINE void Convert(double& b, double& l, double& third, double& fourth) const {
+  GEOMATH_INLINE void Convert(double& b, double& l, double& third, double& fourth, double& n,
+                              double& e) const {
     if constexpr (StatesDerivatives<Formulas>) {
+      double northing = b, easting = l;
+      formulas.template Forward<Math>(northing, easting);
       formulas.template Differentiate<Math>(b, l, third, fourth);
+      n = northing;
+      e = easting;
     } else {
       simd::Dual north(b, 1, 0), east(l, 0, 1);
       formulas.template Forward<simd::DualMath<Math>>(north, east);
+      n = north.value;
+      e = east.value;
       const double exists = 0 * (north.value + east.value);  // or NaN
       b = north.first + exists;
       l = east.first + exists;
@@ -71,12 +78,15 @@ struct DerivativesBy {
       fourth = east.second + exists;
     }
   }
-  GEOMATH_INLINE bool Serves(double b, double l, double, double) const {
+  GEOMATH_INLINE bool ServesDerivatives(double b, double l) const {
     const bool latitude = std::abs(b) < kHalfPi;
     if constexpr (requires { formulas.ServesDerivatives(b, l); })
       return latitude & formulas.ServesDerivatives(b, l);
     else
       return latitude & formulas.ServesForward(b, l);
+  }
+  GEOMATH_INLINE bool Serves(double b, double l, double, double, double, double) const {
+    return ServesDerivatives(b, l) & formulas.ServesForward(b, l);
   }
 };
 
