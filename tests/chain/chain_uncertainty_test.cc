@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <functional>
+#include <iterator>
 #include <limits>
 #include <memory>
 #include <random>
@@ -14,10 +15,13 @@
 #include "geomath/frame/deformation_model.h"
 #include "geomath/frame/frame_change.h"
 #include "geomath/frame/plate_motion.h"
+#include "geomath/frame/time_dependent_similarity.h"
 #include "geomath/frame/velocity_grid.h"
 #include "geomath/proj/factory.h"
 #include "geomath/proj/methods/lc_proj.h"
 #include "geomath/proj/methods/mercator_proj.h"
+#include "geomath/proj/methods/o_mercator_proj.h"
+#include "geomath/proj/methods/ster_proj.h"
 #include "geomath/proj/methods/tm_proj.h"
 #include "geomath/shift/affine_transformation.h"
 #include "geomath/shift/coordinate_offset.h"
@@ -202,6 +206,103 @@ TEST(ChainUncertainty, HasTheDerivativesOfFortyDigits) {
 #include "tests/chain/chain_derivatives.inc"
   for (int r = 0; r < 3; ++r)
     for (int c = 0; c < 3; ++c) EXPECT_NEAR(found[r][c], kExact[r][c], 1e-14 * 1.5);
+}
+
+struct ExactCovariances {
+  const char* chain;
+  double local[9], global[9];
+};
+
+#include "tests/chain/chain_covariances.inc"
+
+// The chains of make_chain_covariances.py, in the order of its table, at its position.
+struct ExactChains {
+  ExactChains() {
+    site.mode = LocalToGrid::kBoth;
+    site.SetPlaneParam(1.00002, 2, 0);
+    site.SetPlaneParam(0.3, 3, 0);
+    site.SetHeightParam(2e-5, 1, 0);
+    site.SetHeightParam(-1e-5, 2, 0);
+    ground.flags = GridToGround::kHasOrigin;
+    ground.scale = 1.0003;
+    ground.rotation = 0.01;
+    for (CoordinateChain* const chain : {&utm, &all}) chain->SetGround(&ground);
+    for (CoordinateChain* const chain : {&oblique, &affine, &all}) chain->SetLocalization(&site);
+    for (CoordinateChain* const chain : {&lowered, &lambert, &all})
+      chain->SetGeoid(&geoid, GeoidFrame::local);
+    for (CoordinateChain* const chain : {&affine, &all})
+      chain->AddShift(ShiftPlace::afterProjection, {&plane});
+    shifted.AddShift(ShiftPlace::beforeDatum, {grid.get()});
+    framed.AddShift(ShiftPlace::beforeDatum, {.shift = &fourteen, .date = 2026.9});
+  }
+
+  static std::unique_ptr<ShiftGrid> OneCell() {
+    ShiftGridDefinition definition;
+    definition.horizontalUnit = kRadPerArcSecond;
+    definition.parts = {{"", 0, 0.78, 0.1, 0.12, 0.12, 2, 2, {}, {}}};
+    definition.parts[0].values = {-4, 2, -2.5, -1.5, 3.25, 4.75, 5, -3};  // from the south west
+    return ShiftGrid::Make(definition);
+  }
+
+  const Datum datum{&bessel, 598.1,  73.7,   418.2,        0.202,
+                    0.045,   -2.455, 6.7e-6, userTypeUser, nullptr};
+  const TTMProj zone{kGlobal.a, kGlobal.invF, 9 * kRadPerDeg, 0.9996, 0, 500000, 0};
+  const TTMProj gauss{bessel.a, bessel.invF, 9 * kRadPerDeg, 1, 0, 3500000, 0};
+  const TLCProj cone{bessel.a, bessel.invF, 46 * kRadPerDeg, 49 * kRadPerDeg, 0.2, 0.8, 0, 0, 1};
+  const TOMercatorProj skew{
+      kGlobal.a, kGlobal.invF, 30 * kRadPerDeg, 0.9998, 9 * kRadPerDeg, 47 * kRadPerDeg, 0, 0};
+  const TSterProj ster{kGlobal.a, kGlobal.invF, 48 * kRadPerDeg, 10 * kRadPerDeg, 0.9999, 0, 0};
+  const TMercatorProj mercator{kGlobal.a, kGlobal.invF, 0, 0, 0, 0};
+  const SmoothGeoid geoid;
+  const std::unique_ptr<ShiftGrid> grid = OneCell();
+  const TimeDependentSimilarity fourteen{{.shift = {1.0053, -1.9092, -0.5416},
+                                          .rotation = {0.0267814, -0.0004203, 0.0109321},
+                                          .scale = 3.7e-10,
+                                          .shiftRate = {0.0008, -0.0006, -0.0014},
+                                          .rotationRate = {0.0000667, -0.0007574, -0.0000513},
+                                          .scaleRate = -7e-11,
+                                          .epoch = 2010}};
+  const AffineTransformation plane{{0, 1.0001, 2e-4, 0, 1e-4, 0.9998}};
+  LocalToGrid site;
+  GridToGround ground;
+  CoordinateChain utm{&kGlobal, nullptr, &zone}, moved{&kGlobal, &datum, nullptr};
+  CoordinateChain national{&kGlobal, &datum, &gauss}, lowered{&kGlobal, nullptr, &zone};
+  CoordinateChain lambert{&kGlobal, &datum, &cone}, oblique{&kGlobal, nullptr, &skew};
+  CoordinateChain shifted{&kGlobal, nullptr, &gauss}, framed{&kGlobal, nullptr, &ster};
+  CoordinateChain affine{&kGlobal, nullptr, &mercator}, all{&kGlobal, &datum, &gauss};
+};
+
+// Both ways, for one point and in a batch, whose columns carry covariances by statements of their own.
+TEST(ChainUncertainty, EqualsTheProductOfJacobiansOfFortyDigits) {
+  const ExactChains chains;
+  const CoordinateChain* const inOrder[] = {
+      &chains.utm,     &chains.moved,   &chains.national, &chains.lowered, &chains.lambert,
+      &chains.oblique, &chains.shifted, &chains.framed,   &chains.affine,  &chains.all};
+  ASSERT_EQ(std::size(inOrder), std::size(kExactCovariances));
+  constexpr std::size_t kPoints = 70;  // more than one group of matrices
+  for (std::size_t k = 0; k < std::size(inOrder); ++k) {
+    const ExactCovariances& exact = kExactCovariances[k];
+    const ChainUncertainty uncertainty(*inOrder[k]);
+    for (const std::size_t count : {std::size_t{1}, kPoints})
+      for (const bool toLocal : {true, false}) {
+        std::vector<double> x(count, 0.842), y(count, 0.161), h(count, 412), c;
+        for (std::size_t i = 0; i < count; ++i) c.insert(c.end(), &kGiven[0][0], &kGiven[0][0] + 9);
+        if (!toLocal) inOrder[k]->ToLocalBatch(x.data(), y.data(), h.data(), count);
+        const auto convert =
+            toLocal ? &ChainUncertainty::ToLocalBatch : &ChainUncertainty::ToGlobalBatch;
+        ASSERT_EQ((uncertainty.*convert)(x.data(), y.data(), h.data(), c.data(), count, 1, nullptr,
+                                         northEastUp, northEastUp, {}),
+                  count)
+            << exact.chain;
+        const double(&wanted)[9] = toLocal ? exact.local : exact.global;
+        for (std::size_t i = 0; i < c.size(); ++i) {
+          const std::size_t at = i % 9;
+          const double size = std::sqrt(wanted[at / 3 * 4] * wanted[at % 3 * 4]);
+          ASSERT_NEAR(c[i], wanted[at], kDerivatives * size)
+              << exact.chain << (toLocal ? ", to local, " : ", to global, ") << i;
+        }
+      }
+  }
 }
 
 // Each kind of shift against differences of its own, in both directions.
