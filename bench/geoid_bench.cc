@@ -1,5 +1,5 @@
-// Geoid heights: a spherical-harmonic model of degree 360 beside GeographicLib's GravityModel and
-// GravityCircle, interpolation in a grid beside PROJ's vgridshift and GeographicLib's Geoid. Both
+// Geoid heights: spherical-harmonic models of degree 360 and 2190 beside GeographicLib's GravityModel
+// and GravityCircle, interpolation in a grid beside PROJ's vgridshift and GeographicLib's Geoid. Both
 // sides read one synthetic model (Kaula's rule) and synthetic grids of ordinary size, written to a
 // temporary directory.
 #include <benchmark/benchmark.h>
@@ -28,9 +28,8 @@ namespace {
 
 using namespace zel_cs::geomath;
 
-constexpr int kMaxDegree = 360;
-constexpr int kRowColumns = 1440;
-constexpr std::size_t kPlaces = 64;
+constexpr int kRowDegree = 360, kRowColumns = 1440;
+constexpr std::size_t kPlaces = 64;  // as many as two passes over the coefficients serve
 
 /// Numbers between −1 and 1 without a pattern.
 double Noise(std::size_t k) {
@@ -42,10 +41,11 @@ struct Coefficients {
   std::vector<double> C, S, correctionC, correctionS;
 };
 
+template <int kDegree>
 const Coefficients& Synthetic() {
   static const Coefficients coefficients = [] {
     Coefficients c;
-    for (std::size_t n = 0, k = 0; n <= kMaxDegree; ++n) {
+    for (std::size_t n = 0, k = 0; n <= kDegree; ++n) {
       const double size = n < 2 ? 0 : 1e-5 / static_cast<double>(n * n);
       for (std::size_t m = 0; m <= n; ++m, ++k) {
         c.C.push_back(n == 2 && m == 0 ? 0 : size * Noise(4 * k));
@@ -59,9 +59,11 @@ const Coefficients& Synthetic() {
   return coefficients;
 }
 
+template <int kDegree>
 const GlobalGeoid& Model() {
-  static const GlobalGeoid model(kMaxDegree + 1, Synthetic().C.data(), Synthetic().S.data(), false,
-                                 0, Synthetic().correctionC.data(), Synthetic().correctionS.data());
+  const Coefficients& c = Synthetic<kDegree>();
+  static const GlobalGeoid model(kDegree + 1, c.C.data(), c.S.data(), false, 0,
+                                 c.correctionC.data(), c.correctionS.data());
   return model;
 }
 
@@ -75,22 +77,25 @@ const std::vector<TAbstractPoint3<double>>& Places() {
   return places;
 }
 
+template <int kDegree>
 void HarmonicScalar(benchmark::State& state) {
   GlobalGeoidScratch scratch;
   for (auto _ : state)
     for (const TAbstractPoint3<double>& place : Places()) {
       double height;
-      Model().CountHeight(&place, &height, 1, scratch);
+      Model<kDegree>().CountHeight(&place, &height, 1, scratch);
       benchmark::DoNotOptimize(height);
     }
   state.SetItemsProcessed(state.iterations() * static_cast<std::int64_t>(kPlaces));
 }
 
+template <int kDegree>
 void HarmonicBatch(benchmark::State& state) {
   GlobalGeoidScratch scratch;
   std::vector<double> heights(kPlaces);
   for (auto _ : state) {
-    Model().CountHeight(Places().data(), heights.data(), static_cast<int>(kPlaces), scratch);
+    Model<kDegree>().CountHeight(Places().data(), heights.data(), static_cast<int>(kPlaces),
+                                 scratch);
     benchmark::DoNotOptimize(heights.data());
     benchmark::ClobberMemory();
   }
@@ -105,8 +110,8 @@ void HarmonicRows(benchmark::State& state, int rows) {
   double south = 0.5;
   for (auto _ : state) {
     south = south < 1 ? south + 0.01 : 0.5;
-    Model().CountHeightOnGrid({{south, (rows - 1) * step, 0, kTwoPi - step}, step, step},
-                              heights.data(), scratch);
+    Model<kRowDegree>().CountHeightOnGrid(
+        {{south, (rows - 1) * step, 0, kTwoPi - step}, step, step}, heights.data(), scratch);
     benchmark::DoNotOptimize(heights.data());
     benchmark::ClobberMemory();
   }
@@ -145,37 +150,41 @@ void Put(std::ostream& out, Value value) {
 
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
 // GeographicLib stores coefficients order by order, each from its first degree.
-void PutByOrder(std::ostream& out, const std::vector<double>& c, std::size_t firstOrder) {
-  for (std::size_t m = firstOrder; m <= kMaxDegree; ++m)
-    for (std::size_t n = m; n <= kMaxDegree; ++n) Put(out, c[n * (n + 1) / 2 + m]);
+void PutByOrder(std::ostream& out, const std::vector<double>& c, std::size_t degree,
+                std::size_t firstOrder) {
+  for (std::size_t m = firstOrder; m <= degree; ++m)
+    for (std::size_t n = m; n <= degree; ++n) Put(out, c[n * (n + 1) / 2 + m]);
 }
 
+template <int kDegree>
 const GeographicLib::GravityModel& Peer() {
   static const GeographicLib::GravityModel model = [] {
-    std::ofstream header(Directory() / "bench.egm");
+    const std::string name = "bench" + std::to_string(kDegree);
+    std::ofstream header(Directory() / (name + ".egm"));
     header << "EGMF-1\nName bench\nID GEOMATH1\nModelRadius 6378137\nModelMass 3986004.418e8\n"
               "AngularVelocity 7292115e-11\nReferenceRadius 6378137\n"
               "ReferenceMass 3986004.418e8\nFlattening 1/298.257223563\nHeightOffset -0.53\n"
               "CorrectionMultiplier 0.01\nNormalization full\n";
     header.close();
-    std::ofstream out(Directory() / "bench.egm.cof", std::ios::binary);
+    std::ofstream out(Directory() / (name + ".egm.cof"), std::ios::binary);
     out << "GEOMATH1";
-    const Coefficients& c = Synthetic();
+    const Coefficients& c = Synthetic<kDegree>();
     for (const auto& [cosines, sines] :
          {std::pair(&c.C, &c.S), std::pair(&c.correctionC, &c.correctionS)}) {
-      Put(out, std::int32_t{kMaxDegree});
-      Put(out, std::int32_t{kMaxDegree});
-      PutByOrder(out, *cosines, 0);
-      PutByOrder(out, *sines, 1);
+      Put(out, std::int32_t{kDegree});
+      Put(out, std::int32_t{kDegree});
+      PutByOrder(out, *cosines, kDegree, 0);
+      PutByOrder(out, *sines, kDegree, 1);
     }
     out.close();
-    return GeographicLib::GravityModel("bench", Directory().string());
+    return GeographicLib::GravityModel(name, Directory().string());
   }();
   return model;
 }
 
+template <int kDegree>
 void PeerPoint(benchmark::State& state) {
-  const GeographicLib::GravityModel& model = Peer();
+  const GeographicLib::GravityModel& model = Peer<kDegree>();
   for (auto _ : state)
     for (const TAbstractPoint3<double>& place : Places())
       benchmark::DoNotOptimize(model.GeoidHeight(place[0] * kDegPerRad, place[1] * kDegPerRad));
@@ -183,7 +192,7 @@ void PeerPoint(benchmark::State& state) {
 }
 
 void PeerRows(benchmark::State& state, int rows) {
-  const GeographicLib::GravityModel& model = Peer();
+  const GeographicLib::GravityModel& model = Peer<kRowDegree>();
   const double step = 360.0 / kRowColumns;
   double south = 30;
   for (auto _ : state) {
@@ -328,16 +337,19 @@ void PeerGrid(benchmark::State& state) {
 
 const bool registered = [] {
   constexpr int kFewRows = 8;
-  benchmark::RegisterBenchmark("geoid of degree 360, points/scalar", HarmonicScalar);
-  benchmark::RegisterBenchmark("geoid of degree 360, points/batch", HarmonicBatch);
+  benchmark::RegisterBenchmark("geoid of degree 360, points/scalar", HarmonicScalar<360>);
+  benchmark::RegisterBenchmark("geoid of degree 360, points/batch", HarmonicBatch<360>);
   benchmark::RegisterBenchmark("geoid of degree 360, a row/batch", HarmonicRows, 1);
   benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/batch", HarmonicRows, kFewRows);
+  benchmark::RegisterBenchmark("geoid of degree 2190, points/scalar", HarmonicScalar<2190>);
+  benchmark::RegisterBenchmark("geoid of degree 2190, points/batch", HarmonicBatch<2190>);
 #ifdef GEOMATH_HAVE_GEOGRAPHICLIB
-  benchmark::RegisterBenchmark("geoid of degree 360, points/GravityModel", PeerPoint);
+  benchmark::RegisterBenchmark("geoid of degree 360, points/GravityModel", PeerPoint<360>);
   benchmark::RegisterBenchmark("geoid of degree 360, a row/GravityCircle", PeerRows, 1);
   benchmark::RegisterBenchmark("geoid of degree 360, 8 rows/GravityCircle", PeerRows, kFewRows);
+  benchmark::RegisterBenchmark("geoid of degree 2190, points/GravityModel", PeerPoint<2190>);
 #endif
-  static const GlobalGeoidHeight harmonic(Model());
+  static const GlobalGeoidHeight harmonic(Model<360>());
   RegisterSigma("geoid of degree 360", harmonic, GridPlaces());
   RegisterGrid<RegGeoid2x2SW>("geoid grid, bilinear");
 #ifdef GEOMATH_HAVE_PROJ
