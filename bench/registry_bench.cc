@@ -8,6 +8,7 @@
 #include "bench/peers.h"
 #include "files/conversion/conversion.h"
 #include "files/gdal/use_gdal.h"
+#include "files/words/user_error.h"
 
 namespace {
 
@@ -17,9 +18,24 @@ struct Pair {
 
 // Grids, parameters, feet, operations put together from several.
 constexpr Pair kPairs[] = {
-    {"EPSG:31467", "EPSG:25832"}, {"EPSG:4326", "EPSG:27700"}, {"EPSG:28992", "EPSG:4258"},
-    {"EPSG:2263", "EPSG:4326"},   {"EPSG:2154", "EPSG:27572"},
+    {"EPSG:31467", "EPSG:25832"}, {"EPSG:4326", "EPSG:27700"},
+    {"EPSG:28992", "EPSG:4258"},  {"EPSG:2263", "EPSG:4326"},
+    {"EPSG:2154", "EPSG:27572"},  {"EPSG:21781", "EPSG:2056"},
+    {"EPSG:31256", "EPSG:25833"}, {"EPSG:2222", "EPSG:26912"},
+    {"EPSG:27200", "EPSG:2193"},  {"EPSG:5514", "EPSG:3045"},
+    {"EPSG:29193", "EPSG:31983"}, {"EPSG:4978", "EPSG:31467"},  // geocentric
+    {"EPSG:7912", "EPSG:7843"},   {"EPSG:7789", "EPSG:7930"},   // frames that move
+    {"EPSG:4937", "EPSG:7415"},  // a geoid, where GEOMATH_GRIDS has it
 };
+
+bool IsPossible(const Pair& pair) {
+  try {
+    const geomath_files::Conversion conversion(pair.from, pair.to);
+    return true;
+  } catch (const geomath_files::UserError&) {
+    return false;
+  }
+}
 
 #ifdef GEOMATH_HAVE_PROJ
 struct Destroy {
@@ -60,7 +76,8 @@ void Register(const Pair& pair) {
 
 [[maybe_unused]] const bool registered = [] {
   geomath_files::UseGdal();
-  for (const Pair& pair : kPairs) Register(pair);
+  for (const Pair& pair : kPairs)
+    if (IsPossible(pair)) Register(pair);
   return true;
 }();
 

@@ -128,7 +128,7 @@ class EndReader {
       throw UserError(fmt::format("EPSG:{} {}: counts depths", crs.code, crs.name));
     end_.vertical_ = crs.code;
     end_.ellipsoidalHeights_ = false;
-    end_.units_.height = LengthUnitOf(axis.value("unit", json()));
+    end_.units_.height = LengthUnitOf(MemberOf(axis, "unit"));
     end_.title_ += fmt::format(" + EPSG:{} {}", crs.code, crs.name);
     for (std::string* text : {&end_.crs_, &end_.definition_})
       if (text->starts_with("EPSG:")) *text += "+" + crs.code;

@@ -87,17 +87,19 @@ std::vector<ConversionStage> OperationSearch::Plan() const {
   if (!ChangesHeights(source_, target_)) return Positions({from, to}, true);
   if (low.empty() && high.empty()) return Positions({from, to}, false);
   if (!low.empty() && !high.empty())
-    if (const auto direct = BetweenHeights(low, high)) return *direct;
+    if (auto direct = BetweenHeights(low, high)) return std::move(*direct);
   // By way of heights above the ellipsoid.
-  const Geoid before = low.empty() ? Geoid{from, {}} : FindGeoid(low, true);
-  const Geoid behind = high.empty() ? Geoid{to, {}} : FindGeoid(high, false);
+  Geoid before = low.empty() ? Geoid{from, {}} : FindGeoid(low, true);
+  Geoid behind = high.empty() ? Geoid{to, {}} : FindGeoid(high, false);
   std::vector<ConversionStage> stages = Positions({from, before.positions}, true);
   const auto add = [&](std::vector<ConversionStage> more) {
     for (ConversionStage& each : more) stages.push_back(std::move(each));
   };
-  if (!low.empty()) add({{low, before.positions, false, true, before.candidates}});
+  if (!low.empty())
+    stages.push_back({low, before.positions, false, true, std::move(before.candidates)});
   add(Positions({before.positions, behind.positions}, false));
-  if (!high.empty()) add({{behind.positions, high, false, true, behind.candidates}});
+  if (!high.empty())
+    stages.push_back({behind.positions, high, false, true, std::move(behind.candidates)});
   add(Positions({behind.positions, to}, true));
   return stages;
 }
@@ -136,12 +138,17 @@ std::vector<ConversionStage> OperationSearch::Positions(
   if (!wish_.operation.empty() && !FindWished(stage.candidates))
     if (auto found = chooser_.OfCode(wish_.operation, from, place_))
       if (found->target == to) stage.candidates.push_back(std::move(*found));
-  if (IsAnyUsable(stage.candidates)) return {stage};
+  const auto alone = [&] {
+    std::vector<ConversionStage> stages;
+    stages.push_back(std::move(stage));
+    return stages;
+  };
+  if (IsAnyUsable(stage.candidates)) return alone();
   if (auto frames = FrameOperation(registry_, folders_, from, to))
     stage.candidates.push_back(std::move(*frames));
   else if (auto stages = ByNationalSystem(stage))
-    return *stages;
-  return {stage};
+    return std::move(*stages);
+  return alone();
 }
 
 // By the table of frames as far as a national system, and by the registry from there, or the other way
@@ -164,7 +171,8 @@ std::optional<std::vector<ConversionStage>> OperationSearch::ByNationalSystem(
       if (!usable || AccuracyOf(*usable) >= accuracy) continue;
       accuracy = AccuracyOf(*usable);
       frames.candidates.push_back(std::move(*own));
-      best = std::vector{std::move(first), std::move(second)};
+      best.emplace().push_back(std::move(first));
+      best->push_back(std::move(second));
     }
   }
   return best;
@@ -176,8 +184,7 @@ std::optional<std::vector<ConversionStage>> OperationSearch::BetweenHeights(
   auto candidates = chooser_.Between(low, high, place_, Joining::none);
   const CandidateOperation* best = BestUsable(candidates);
   if (!best) return std::nullopt;
-  const json place = best->operation.document.value("interpolation_crs", json::object());
-  const int code = CodeIn(place);
+  const int code = CodeIn(MemberOf(*best->operation.document, "interpolation_crs"));
   const std::string positions = code ? std::to_string(code) : source_.Geographic();
   std::vector<ConversionStage> stages = Positions({source_.Geographic(), positions}, true);
   stages.push_back({low, high, false, true, std::move(candidates)});
@@ -201,9 +208,8 @@ OperationSearch::Geoid OperationSearch::FindGeoid(const std::string& heights,
                                   : chooser_.Between(above, heights, place_, Joining::none);
     const std::string datum = DatumNameOf(registry_.Crs(system).document);
     std::erase_if(candidates, [&](const CandidateOperation& each) {
-      const json& document = each.operation.document;
-      return DatumNameOf(document.value(toEllipsoid ? "target_crs" : "source_crs", json())) !=
-             datum;
+      const json& document = *each.operation.document;
+      return DatumNameOf(MemberOf(document, toEllipsoid ? "target_crs" : "source_crs")) != datum;
     });
     if (IsAnyUsable(candidates)) return {system, std::move(candidates)};
     if (unusable.candidates.empty()) unusable = {system, std::move(candidates)};

@@ -55,7 +55,7 @@ bool Contains(const Codes& codes, int code) {
 }
 
 int MethodOf(const json& part) {
-  const json method = part.value("method", json::object());
+  const json& method = MemberOf(part, "method");
   const int inverse = CodeIn(method, "INVERSE(EPSG)");
   return inverse ? inverse : CodeIn(method);
 }
@@ -203,7 +203,7 @@ ordered_json RegisteredSimilarity::Section() const {
 }
 
 std::optional<RegisteredSimilarity> ReadSimilarity(const json& part) {
-  const json method = part.value("method", json::object());
+  const json& method = MemberOf(part, "method");
   if (CodeIn(method) == kLongitudeRotation) return ReadLongitudeRotation(part);
   const MethodRow* row = FindMethod(kMethods, part);
   if (!row) return std::nullopt;

@@ -439,7 +439,7 @@ EpsgProjection ProjectionOf(const json& projected, const std::string& title) {
     projection.section[parameter.name] = draft.values.at(parameter.name) + 0.0;  // of −0, 0
   projection.axes = AxesText(given, draft, axes);
   projection.method = given.MethodName();
-  projection.unit = LengthUnitOf(axes.at(0).value("unit", json()));
+  projection.unit = LengthUnitOf(MemberOf(axes.at(0), "unit"));
   projection.ellipsoid = draft.ellipsoid;
   projection.ownEllipsoid =
       draft.ellipsoid.a != given.ellipsoid.a || draft.ellipsoid.b != given.ellipsoid.b;

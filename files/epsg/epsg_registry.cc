@@ -6,8 +6,11 @@
 
 #include <algorithm>
 #include <cstring>
+#include <map>
 #include <mutex>
 #include <sstream>
+#include <tuple>
+#include <unordered_map>
 #include <utility>
 
 #include "files/words/name_match.h"
@@ -64,7 +67,8 @@ GeoBox AreaOf(PJ_CONTEXT* context, const PJ* object, std::string* name = nullptr
 }
 
 json DocumentOf(PJ_CONTEXT* context, const PJ* object) {
-  const char* text = proj_as_projjson(context, object, nullptr);
+  const char* const briefly[] = {"MULTILINE=NO", "SCHEMA=", nullptr};
+  const char* text = proj_as_projjson(context, object, briefly);
   return text ? json::parse(text) : json::object();
 }
 
@@ -128,6 +132,30 @@ struct EpsgRegistry::Context {
     found.vertical = CodeOf(Owned<PJ>(proj_crs_get_sub_crs(pj, crs, 1)).get());
     return found;
   }
+  RegisteredCrs DescribeRegistered(const PJ* crs, const std::string& code) const {
+    RegisteredCrs found = Describe(crs, code);
+    if (!found.deprecated) return found;
+    const Owned<PJ_OBJ_LIST> successors(proj_get_non_deprecated(pj, crs));
+    for (int i = 0; successors && i < proj_list_get_count(successors.get()); ++i)
+      found.successors.push_back(CodeOf(Owned<PJ>(proj_list_get(pj, successors.get(), i)).get()));
+    return found;
+  }
+  // The first file that PROJ has for an operation.
+  std::optional<ProjGrid> FindGrid(const std::string& code) const {
+    const Owned<PJ> operation = FindOperation(code, true);
+    if (!operation) return std::nullopt;
+    const char* method = nullptr;
+    if (!proj_coordoperation_get_method_info(pj, operation.get(), &method, nullptr, nullptr))
+      return std::nullopt;
+    const int count = proj_coordoperation_get_param_count(pj, operation.get());
+    for (int i = 0; i < count; ++i) {
+      const char* file = nullptr;
+      proj_coordoperation_get_param(pj, operation.get(), i, nullptr, nullptr, nullptr, nullptr,
+                                    &file, nullptr, nullptr, nullptr, nullptr, nullptr);
+      if (file && *file) return ProjGrid{file, std::string_view(method).starts_with("Inverse of ")};
+    }
+    return std::nullopt;
+  }
   Owned<PJ> FindOperation(const std::string& code, bool withFilesOfProj) const {
     return Owned<PJ>(proj_create_from_database(
         pj, kAuthority, code.c_str(), PJ_CATEGORY_COORDINATE_OPERATION, withFilesOfProj, nullptr));
@@ -137,17 +165,58 @@ struct EpsgRegistry::Context {
     found.code = CodeOf(operation);
     found.name = proj_get_name(operation);
     found.accuracy = proj_coordoperation_get_accuracy(pj, operation);
-    found.document = DocumentOf(pj, operation);
+    found.document = std::make_shared<const json>(DocumentOf(pj, operation));
     found.area = AreaOf(pj, operation, &found.areaName);
     return found;
+  }
+  // As Operations() takes it.
+  std::vector<RegisteredOperation> FindOperations(const std::string& from, const std::string& to,
+                                                  const GeoBox& box, Joining joining) const {
+    const Owned<PJ> source = FindWithHeights(from), target = FindWithHeights(to);
+    const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
+        proj_create_operation_factory_context(pj, nullptr));
+    proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,
+                                                        box.east, box.north);
+    proj_operation_factory_context_set_spatial_criterion(
+        pj, factory.get(), PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
+    // Which files happen to be installed must not change what is chosen.
+    proj_operation_factory_context_set_grid_availability_use(pj, factory.get(),
+                                                             PROJ_GRID_AVAILABILITY_IGNORED);
+    // Grids under the registry's names and methods, not those of PROJ's own files.
+    proj_operation_factory_context_set_use_proj_alternative_grid_names(pj, factory.get(), 0);
+    proj_operation_factory_context_set_allow_ballpark_transformations(pj, factory.get(), 0);
+    if (joining == Joining::none)
+      proj_operation_factory_context_set_allow_use_intermediate_crs(
+          pj, factory.get(), PROJ_INTERMEDIATE_CRS_USE_NEVER);
+    const Owned<PJ_OBJ_LIST> list(
+        proj_create_operations(pj, source.get(), target.get(), factory.get()));
+    std::vector<RegisteredOperation> found;
+    for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {
+      const Owned<PJ> operation(proj_list_get(pj, list.get(), i));
+      found.push_back(Describe(operation.get()));
+    }
+    return found;
+  }
+
+  // What has been read: systems and files by their codes, operations by what was asked.
+  using Question = std::tuple<std::string, std::string, double, double, double, double, Joining>;
+  std::unordered_map<std::string, RegisteredCrs> systems;
+  std::unordered_map<std::string, std::optional<ProjGrid>> grids;
+  std::map<Question, std::vector<RegisteredOperation>> operations;
+
+  // References are good as long as a registry lives: a context forgets between two.
+  void ForgetWhatGrows() {
+    constexpr std::size_t kMostSystems = 200, kMostQuestions = 50;  // some KB, some tens of KB
+    if (systems.size() > kMostSystems) systems.clear();
+    if (operations.size() > kMostQuestions) operations.clear();
   }
 
  private:
   std::string OnDatum(const std::string& code) const {
-    const Owned<PJ_OBJ_LIST> systems(proj_query_geodetic_crs_from_datum(
+    const Owned<PJ_OBJ_LIST> list(proj_query_geodetic_crs_from_datum(
         pj, kAuthority, kAuthority, code.c_str(), "geographic 2D"));
-    for (int i = 0; systems && i < proj_list_get_count(systems.get()); ++i) {
-      const Owned<PJ> system(proj_list_get(pj, systems.get(), i));
+    for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {
+      const Owned<PJ> system(proj_list_get(pj, list.get(), i));
       if (!proj_is_deprecated(system.get())) return CodeOf(system.get());
     }
     return "";
@@ -156,11 +225,10 @@ struct EpsgRegistry::Context {
   std::string Identified(const PJ* geodetic) const {
     constexpr int kSameButForNames = 70;  // percent, as PROJ counts
     int* confidence = nullptr;
-    const Owned<PJ_OBJ_LIST> systems(proj_identify(pj, geodetic, kAuthority, nullptr, &confidence));
+    const Owned<PJ_OBJ_LIST> list(proj_identify(pj, geodetic, kAuthority, nullptr, &confidence));
     std::string code;
-    if (systems && proj_list_get_count(systems.get()) > 0 && confidence[0] >= kSameButForNames)
-      if (const Owned<PJ> best(proj_list_get(pj, systems.get(), 0));
-          !proj_is_deprecated(best.get()))
+    if (list && proj_list_get_count(list.get()) > 0 && confidence[0] >= kSameButForNames)
+      if (const Owned<PJ> best(proj_list_get(pj, list.get(), 0)); !proj_is_deprecated(best.get()))
         code = proj_get_type(best.get()) == PJ_TYPE_GEOGRAPHIC_2D_CRS ? CodeOf(best.get())
                                                                       : GeographicCode(best.get());
     proj_int_list_destroy(confidence);
@@ -188,6 +256,7 @@ class EpsgRegistry::ContextPool {
   }
 
   void Give(std::unique_ptr<Context> context) {
+    context->ForgetWhatGrows();
     const std::lock_guard lock(mutex_);
     if (idle_.size() < kMostIdle) idle_.push_back(std::move(context));
   }
@@ -210,19 +279,15 @@ std::string EpsgRegistry::Version() const {
   return fmt::format("EPSG {}", version ? version : "of unknown version");
 }
 
-RegisteredCrs EpsgRegistry::Crs(const std::string& code) const {
+const RegisteredCrs& EpsgRegistry::Crs(const std::string& code) const {
+  const auto known = context_->systems.find(code);
+  if (known != context_->systems.end()) return known->second;
   const Owned<PJ> crs = context_->Find(code);
   if (!crs)
     throw UserError(fmt::format("EPSG:{}: no coordinate reference system of the registry ({}){}",
                                 Printable(code), Version(), context_->SimilarTo(code)));
-  RegisteredCrs found = context_->Describe(crs.get(), code);
-  if (!found.deprecated) return found;
-  const Owned<PJ_OBJ_LIST> successors(proj_get_non_deprecated(context_->pj, crs.get()));
-  for (int i = 0; successors && i < proj_list_get_count(successors.get()); ++i) {
-    const Owned<PJ> successor(proj_list_get(context_->pj, successors.get(), i));
-    found.successors.push_back(CodeOf(successor.get()));
-  }
-  return found;
+  return context_->systems.emplace(code, context_->DescribeRegistered(crs.get(), code))
+      .first->second;
 }
 
 RegisteredCrs EpsgRegistry::CrsOfText(const std::string& text, const std::string& name) const {
@@ -266,34 +331,15 @@ std::vector<ListedCrs> EpsgRegistry::ProjectedSystems() const {
   return systems;
 }
 
-std::vector<RegisteredOperation> EpsgRegistry::Operations(const std::string& from,
-                                                          const std::string& to, const GeoBox& box,
-                                                          Joining joining) const {
-  PJ_CONTEXT* pj = context_->pj;
-  const Owned<PJ> source = context_->FindWithHeights(from), target = context_->FindWithHeights(to);
-  const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
-      proj_create_operation_factory_context(pj, nullptr));
-  proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,
-                                                      box.east, box.north);
-  proj_operation_factory_context_set_spatial_criterion(pj, factory.get(),
-                                                       PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
-  // Which files happen to be installed must not change what is chosen.
-  proj_operation_factory_context_set_grid_availability_use(pj, factory.get(),
-                                                           PROJ_GRID_AVAILABILITY_IGNORED);
-  // Grids under the registry's names and methods, not those of PROJ's own files.
-  proj_operation_factory_context_set_use_proj_alternative_grid_names(pj, factory.get(), 0);
-  proj_operation_factory_context_set_allow_ballpark_transformations(pj, factory.get(), 0);
-  if (joining == Joining::none)
-    proj_operation_factory_context_set_allow_use_intermediate_crs(pj, factory.get(),
-                                                                  PROJ_INTERMEDIATE_CRS_USE_NEVER);
-  const Owned<PJ_OBJ_LIST> list(
-      proj_create_operations(pj, source.get(), target.get(), factory.get()));
-  std::vector<RegisteredOperation> operations;
-  for (int i = 0; list && i < proj_list_get_count(list.get()); ++i) {
-    const Owned<PJ> operation(proj_list_get(pj, list.get(), i));
-    operations.push_back(context_->Describe(operation.get()));
-  }
-  return operations;
+const std::vector<RegisteredOperation>& EpsgRegistry::Operations(const std::string& from,
+                                                                 const std::string& to,
+                                                                 const GeoBox& box,
+                                                                 Joining joining) const {
+  Context::Question question{from, to, box.west, box.south, box.east, box.north, joining};
+  const auto known = context_->operations.find(question);
+  if (known != context_->operations.end()) return known->second;
+  std::vector<RegisteredOperation> found = context_->FindOperations(from, to, box, joining);
+  return context_->operations.emplace(std::move(question), std::move(found)).first->second;
 }
 
 std::optional<RegisteredOperation> EpsgRegistry::Operation(const std::string& code,
@@ -305,21 +351,10 @@ std::optional<RegisteredOperation> EpsgRegistry::Operation(const std::string& co
   return context_->Describe(operation.get());
 }
 
-std::optional<ProjGrid> EpsgRegistry::GridOfProj(const std::string& code) const {
-  const Owned<PJ> operation = context_->FindOperation(code, true);
-  if (!operation) return std::nullopt;
-  PJ_CONTEXT* pj = context_->pj;
-  const char* method = nullptr;
-  if (!proj_coordoperation_get_method_info(pj, operation.get(), &method, nullptr, nullptr))
-    return std::nullopt;
-  const int count = proj_coordoperation_get_param_count(pj, operation.get());
-  for (int i = 0; i < count; ++i) {
-    const char* file = nullptr;
-    proj_coordoperation_get_param(pj, operation.get(), i, nullptr, nullptr, nullptr, nullptr, &file,
-                                  nullptr, nullptr, nullptr, nullptr, nullptr);
-    if (file && *file) return ProjGrid{file, std::string_view(method).starts_with("Inverse of ")};
-  }
-  return std::nullopt;
+const std::optional<ProjGrid>& EpsgRegistry::GridOfProj(const std::string& code) const {
+  const auto known = context_->grids.find(code);
+  if (known != context_->grids.end()) return known->second;
+  return context_->grids.emplace(code, context_->FindGrid(code)).first->second;
 }
 
 std::vector<std::string> EpsgRegistry::ProjFolders() {

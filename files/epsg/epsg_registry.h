@@ -32,9 +32,10 @@ struct ListedCrs {
 struct RegisteredOperation {
   std::string code;  ///< "1314"; empty for one that is put together from several
   std::string name;
-  double accuracy = -1;     ///< metres; −1 unknown
-  nlohmann::json document;  ///< PROJJSON
-  GeoBox area;              ///< of use
+  double accuracy = -1;  ///< metres; −1 unknown
+  std::shared_ptr<const nlohmann::json>
+      document;  ///< PROJJSON; null for what is not of the registry
+  GeoBox area;   ///< of use
   std::string areaName;
 };
 
@@ -47,7 +48,8 @@ struct ProjGrid {
 /// Whether transformations may be put together from several where there is no direct one.
 enum class Joining { none, allowed };
 
-/// The EPSG registry in the database of PROJ. Nothing is fetched from a network.
+/// The EPSG registry in the database of PROJ. Nothing is fetched from a network. References that its
+/// functions return are good as long as it lives; it serves one thread at a time.
 class EpsgRegistry {
  public:
   /// Throws UserError when PROJ does not find its database.
@@ -57,7 +59,7 @@ class EpsgRegistry {
   /// "EPSG v10.076".
   std::string Version() const;
   /// Throws UserError for a code that is none of a coordinate reference system.
-  RegisteredCrs Crs(const std::string& code) const;
+  const RegisteredCrs& Crs(const std::string& code) const;
   /// The system of a text of WKT or PROJJSON, which need not be one of the registry. Throws UserError,
   /// which begins with `name`.
   RegisteredCrs CrsOfText(const std::string& text, const std::string& name) const;
@@ -69,15 +71,15 @@ class EpsgRegistry {
   /// What leads from a system to another somewhere in the box, superseded and deprecated
   /// transformations left out, in PROJ's order of preference. A system is a code; "4258+7837" is one
   /// with a system of heights beside it, "4258+h" one with heights above its ellipsoid.
-  std::vector<RegisteredOperation> Operations(const std::string& source, const std::string& target,
-                                              const GeoBox& box,
-                                              Joining joining = Joining::allowed) const;
+  const std::vector<RegisteredOperation>& Operations(const std::string& source,
+                                                     const std::string& target, const GeoBox& box,
+                                                     Joining joining = Joining::allowed) const;
   /// The transformation of a code, as it is published or turned round; nothing for a code that is
   /// none of one.
   std::optional<RegisteredOperation> Operation(const std::string& code,
                                                bool turnedRound = false) const;
   /// PROJ's own file for the transformation of a code; nothing where it has none.
-  std::optional<ProjGrid> GridOfProj(const std::string& code) const;
+  const std::optional<ProjGrid>& GridOfProj(const std::string& code) const;
   /// The folders in which PROJ looks for its files.
   static std::vector<std::string> ProjFolders();
   /// The name that a file has in the collection of PROJ, there or not; empty for one that is not in it.

@@ -235,7 +235,7 @@ class SystemMaker {
   // for, and where it moves.
   bool IsInNationalFrame() const {
     if (!wish_.operation.empty() || !NationalFrameOf(GeographicName())) return false;
-    const json datum = chosen_.geographic.value("datum", json::object());
+    const json& datum = MemberOf(chosen_.geographic, "datum");
     return !wish_.fromFrame.empty() || datum.contains("frame_reference_epoch");
   }
 

@@ -48,7 +48,7 @@ std::optional<CandidateOperation> FrameOperation(const EpsgRegistry& registry,
                                                  const GridFolders& folders,
                                                  const std::string& source,
                                                  const std::string& target) {
-  const RegisteredCrs here = registry.Crs(source), there = registry.Crs(target);
+  const RegisteredCrs &here = registry.Crs(source), &there = registry.Crs(target);
   const auto from = NationalFrameOf(here.name), to = NationalFrameOf(there.name);
   if (!from || !to) return std::nullopt;
   const auto change = FrameChange::Make(from->frame, to->frame);

@@ -191,7 +191,7 @@ CandidateOperation OperationChooser::Prepare(RegisteredOperation operation,
   CandidateOperation candidate;
   candidate.covered = place.point ? operation.area.Contains(place.area.south, place.area.west)
                                   : place.area.CoveredBy(operation.area);
-  candidate.steps = ReadSteps(registry_, operation.document);
+  candidate.steps = ReadSteps(registry_, *operation.document);
   for (const OperationStep& step : candidate.steps) candidate.files.push_back(FileOf(step));
   candidate.operation = std::move(operation);
   candidate.target = target;
@@ -203,8 +203,9 @@ std::vector<CandidateOperation> OperationChooser::Unsorted(const std::string& so
                                                            const OperationPlace& place,
                                                            Joining joining) const {
   std::vector<CandidateOperation> candidates;
-  for (RegisteredOperation& operation : registry_.Operations(source, target, place.area, joining))
-    candidates.push_back(Prepare(std::move(operation), target, place));
+  for (const RegisteredOperation& operation :
+       registry_.Operations(source, target, place.area, joining))
+    candidates.push_back(Prepare(operation, target, place));
   return candidates;
 }
 
@@ -260,7 +261,7 @@ std::vector<CandidateOperation> OperationChooser::Routes(const std::string& sour
   for (const PublisherRoute& route : PublisherRoutes()) {
     const std::string system = std::to_string(route.system);
     if (system != source && system != projected) continue;
-    const RegisteredCrs crs = registry_.Crs(system);
+    const RegisteredCrs& crs = registry_.Crs(system);
     CandidateOperation candidate;
     candidate.operation.name = route.title;
     candidate.operation.accuracy = route.accuracy;
@@ -308,7 +309,7 @@ std::optional<CandidateOperation> OperationChooser::OfCode(const std::string& co
   std::optional<RegisteredOperation> published = registry_.Operation(code);
   if (!published) return std::nullopt;
   const auto codeOf = [&](const char* key) {
-    return std::to_string(CodeIn(published->document.value(key, json::object())));
+    return std::to_string(CodeIn(MemberOf(*published->document, key)));
   };
   const std::string from = codeOf("source_crs"), to = codeOf("target_crs");
   if (from != source && to != source) return std::nullopt;

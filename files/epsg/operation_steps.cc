@@ -63,11 +63,12 @@ std::string NadconName(const std::string& registered) {
 class StepReader {
  public:
   StepReader(const EpsgRegistry& registry, const json& part)
-      : registry_(registry), part_(part), method_(part.value("method", json::object())) {
+      : registry_(registry), part_(part), method_(MemberOf(part, "method")) {
     const int inverse = CodeIn(method_, "INVERSE(EPSG)");
     methodCode_ = inverse ? inverse : CodeIn(method_);
     step_.inverse = inverse != 0;
-    step_.method = method_.value("name", "?");
+    const json& name = MemberOf(method_, "name");
+    step_.method = name.is_string() ? name.get<std::string>() : "?";
     const int code = CodeIn(part) ? CodeIn(part) : CodeIn(part, "INVERSE(EPSG)");
     if (code) step_.code = std::to_string(code);
   }
@@ -111,7 +112,7 @@ class StepReader {
   }
 
   void ReadEllipsoid(const char* key, Ellipsoid& ellipsoid) const {
-    const json system = part_.value(key, json::object());
+    const json& system = MemberOf(part_, key);
     if (system.contains("datum") || system.contains("datum_ensemble"))
       if (system.value("type", "") != "VerticalCRS") ellipsoid = EllipsoidOf(system);
   }
@@ -133,14 +134,14 @@ class StepReader {
 
   void ReadGrids() {
     for (const json& parameter : part_.at("parameters")) {
-      const json value = parameter.value("value", json());
+      const json& value = MemberOf(parameter, "value");
       if (!value.is_string()) continue;
       const std::string name = value.get<std::string>();
       if (!step_.grids.empty()) break;
       if (IsReadable(name)) step_.grids.push_back({name});
       if (Contains(kNadcon5, methodCode_)) step_.grids.push_back({NadconName(name)});
     }
-    if (const auto proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
+    if (const auto& proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
       if (step_.grids.empty() || step_.grids[0].name != proj->name)
         step_.grids.push_back({proj->name, proj->inverse});
     if (step_.grids.empty()) AddNamesOfProj();
@@ -151,7 +152,7 @@ class StepReader {
   // A grid of an operation that PROJ has beside those of the registry.
   void AddNamesOfProj() {
     for (const json& parameter : part_.at("parameters")) {
-      const json value = parameter.value("value", json());
+      const json& value = MemberOf(parameter, "value");
       if (!value.is_string()) continue;
       const std::string name = registry_.NameInProj(value.get<std::string>());
       if (IsReadable(name)) step_.grids.push_back({name});
@@ -162,7 +163,7 @@ class StepReader {
   // under its name.
   void AddAsTiff() {
     for (const json& parameter : part_.at("parameters")) {
-      const json value = parameter.value("value", json());
+      const json& value = MemberOf(parameter, "value");
       if (!value.is_string() || !step_.grids.empty()) continue;
       step_.grids.push_back({fs::path(value.get<std::string>()).stem().string() + ".tif"});
     }
@@ -170,9 +171,9 @@ class StepReader {
 
   // The positions of a grid are those of its interpolation system.
   const char* PositionOfGrid() const {
-    const int system = CodeIn(part_.value("interpolation_crs", json::object()));
+    const int system = CodeIn(MemberOf(part_, "interpolation_crs"));
     const char* ahead = step_.inverse ? "source_crs" : "target_crs";
-    return system == CodeIn(part_.value(ahead, json::object())) ? "target" : "source";
+    return system == CodeIn(MemberOf(part_, ahead)) ? "target" : "source";
   }
 
   void ReadOffset() {
@@ -190,7 +191,7 @@ class StepReader {
 
   const EpsgRegistry& registry_;
   const json& part_;
-  const json method_;
+  const json& method_;
   int methodCode_ = 0;
   OperationStep step_;
 };
@@ -204,9 +205,13 @@ bool AreAlike(const Ellipsoid& a, const Ellipsoid& b) {
 
 std::vector<OperationStep> ReadSteps(const EpsgRegistry& registry, const json& document) {
   std::vector<OperationStep> steps;
-  for (const json& part : document.value("steps", json::array({document})))
+  const auto add = [&](const json& part) {
     if (std::optional<OperationStep> step = StepReader(registry, part).Read())
       steps.push_back(std::move(*step));
+  };
+  const json& parts = MemberOf(document, "steps");
+  if (parts.is_null()) add(document);
+  for (const json& part : parts) add(part);
   return steps;
 }
 

@@ -25,9 +25,9 @@ constexpr ExactUnit kExactUnits[] = {
 // "metre" and "unity", are `plain` of them.
 double UnitFactor(const json& unit, double plain) {
   if (!unit.is_object()) return plain;
-  const std::string name = unit.value("name", "");
+  const json& name = MemberOf(unit, "name");
   for (const ExactUnit& row : kExactUnits) {
-    if (row.name == name) return row.factor;
+    if (name == row.name) return row.factor;
   }
   return unit.value("conversion_factor", plain);
 }
@@ -35,7 +35,7 @@ double UnitFactor(const json& unit, double plain) {
 double InUnit(const json& quantity, double plain, double wanted) {
   if (quantity.is_number()) return quantity.get<double>() * (plain / wanted);
   return quantity.at("value").get<double>() *
-         (UnitFactor(quantity.value("unit", json()), plain) / wanted);
+         (UnitFactor(MemberOf(quantity, "unit"), plain) / wanted);
 }
 
 const json& FrameOf(const json& geographic) {
@@ -81,10 +81,15 @@ nlohmann::ordered_json EllipsoidFigures(const Ellipsoid& ellipsoid) {
   return {{"a", ellipsoid.a}, {"b", ellipsoid.b}};
 }
 
+const json& MemberOf(const json& object, const char* key) {
+  static const json nothing;
+  const auto found = object.find(key);
+  return found == object.end() ? nothing : *found;
+}
+
 int CodeIn(const json& object, const char* authority) {
-  const json id = object.value("id", json::object());
-  const json code = id.value("code", json(0));
-  return id.value("authority", "") == authority && code.is_number_integer() ? code.get<int>() : 0;
+  const json &id = MemberOf(object, "id"), &code = MemberOf(id, "code");
+  return code.is_number_integer() && MemberOf(id, "authority") == authority ? code.get<int>() : 0;
 }
 
 const json* FindParameter(const json& parameters, int code) {

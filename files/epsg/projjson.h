@@ -25,6 +25,9 @@ double PrimeMeridianOf(const nlohmann::json& geographic);
 /// An ellipsoid as a section of a system file, by its axes, of which no digit is lost.
 nlohmann::ordered_json EllipsoidFigures(const zel_cs::geomath::Ellipsoid& ellipsoid);
 
+/// What an object has under a key, without a copy; null where it has nothing.
+const nlohmann::json& MemberOf(const nlohmann::json& object, const char* key);
+
 /// The code in "id", or 0 when there is none of that authority.
 int CodeIn(const nlohmann::json& object, const char* authority = "EPSG");
 

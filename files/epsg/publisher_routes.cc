@@ -56,7 +56,7 @@ ordered_json RouteSections(const EpsgRegistry& registry, const PublisherRoute& r
 }
 
 ordered_json PlaneOfRoute(const EpsgRegistry& registry, const PublisherRoute& route) {
-  const json document = registry.Crs(std::to_string(route.system)).document;
+  const json& document = registry.Crs(std::to_string(route.system)).document;
   const EpsgProjection projection = ProjectionOf(document, route.title);
   return {{"local", EllipsoidFigures(projection.ellipsoid)}, {"projection", projection.section}};
 }

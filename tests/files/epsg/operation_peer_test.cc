@@ -131,8 +131,8 @@ class Proof {
   Comparison Compare(const std::string& code) {
     const std::optional<RegisteredOperation> operation = registry_.Operation(code);
     if (!operation) return {"unknown"};
-    const json& from = operation->document.at("source_crs");
-    const json& to = operation->document.at("target_crs");
+    const json& from = operation->document->at("source_crs");
+    const json& to = operation->document->at("target_crs");
     for (const json* crs : {&from, &to})
       if (crs->value("type", "") != "GeographicCRS" || !CodeIn(*crs)) return {"not geographic"};
     const auto found = chooser_.OfCode(code, std::to_string(CodeIn(from)), {operation->area});
