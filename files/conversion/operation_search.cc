@@ -89,9 +89,9 @@ std::vector<ConversionStage> OperationSearch::Plan() const {
   if (!low.empty() && !high.empty())
     if (auto direct = BetweenHeights(low, high)) return std::move(*direct);
   // By way of heights above the ellipsoid.
-  Geoid before = low.empty() ? Geoid{from, {}} : FindGeoid(low, true);
-  Geoid behind = high.empty() ? Geoid{to, {}} : FindGeoid(high, false);
-  std::vector<ConversionStage> stages = Positions({from, before.positions}, true);
+  Geoid before = low.empty() ? Geoid{from, from} : FindGeoid(low, true);
+  Geoid behind = high.empty() ? Geoid{to, to} : FindGeoid(high, false);
+  std::vector<ConversionStage> stages = Positions({from, before.beside}, true);
   const auto add = [&](std::vector<ConversionStage> more) {
     for (ConversionStage& each : more) stages.push_back(std::move(each));
   };
@@ -100,7 +100,7 @@ std::vector<ConversionStage> OperationSearch::Plan() const {
   add(Positions({before.positions, behind.positions}, false));
   if (!high.empty())
     stages.push_back({behind.positions, high, false, true, std::move(behind.candidates)});
-  add(Positions({behind.positions, to}, true));
+  add(Positions({behind.beside, to}, true));
   return stages;
 }
 
@@ -135,9 +135,7 @@ std::vector<ConversionStage> OperationSearch::Positions(
     return end.Geographic() == positions ? end.Projected() : std::string();
   };
   stage.candidates = chooser_.BetweenEnds(from, grid(source_, from), to, grid(target_, to), place_);
-  if (!wish_.operation.empty() && !FindWished(stage.candidates))
-    if (auto found = chooser_.OfCode(wish_.operation, from, place_))
-      if (found->target == to) stage.candidates.push_back(std::move(*found));
+  AddWished(from, to, stage.candidates);
   const auto alone = [&] {
     std::vector<ConversionStage> stages;
     stages.push_back(std::move(stage));
@@ -182,7 +180,9 @@ std::optional<std::vector<ConversionStage>> OperationSearch::ByNationalSystem(
 std::optional<std::vector<ConversionStage>> OperationSearch::BetweenHeights(
     const std::string& low, const std::string& high) const {
   auto candidates = chooser_.Between(low, high, place_, Joining::none);
-  const CandidateOperation* best = BestUsable(candidates);
+  AddWished(low, high, candidates);
+  const CandidateOperation* wished = FindWished(candidates);
+  const CandidateOperation* best = wished ? wished : BestUsable(candidates);
   if (!best) return std::nullopt;
   const int code = CodeIn(MemberOf(*best->operation.document, "interpolation_crs"));
   const std::string positions = code ? std::to_string(code) : source_.Geographic();
@@ -193,10 +193,27 @@ std::optional<std::vector<ConversionStage>> OperationSearch::BetweenHeights(
   return stages;
 }
 
+// The one of the user's choice, where it is one of the heights.
+std::optional<OperationSearch::Geoid> OperationSearch::WishedGeoid(const std::string& heights,
+                                                                   bool toEllipsoid) const {
+  if (wish_.operation.empty()) return std::nullopt;
+  auto found = chooser_.OfCode(wish_.operation, heights, place_);
+  if (!found || registry_.Crs(found->target).geographic.empty()) return std::nullopt;
+  Geoid geoid{found->target, found->target};
+  const int below = CodeIn(MemberOf(*found->operation.document, "source_crs"));
+  const std::string& horizontal = registry_.Crs(std::to_string(below)).horizontal;
+  if (!horizontal.empty()) geoid.beside = registry_.Crs(horizontal).geographic;
+  if (!toEllipsoid) found = chooser_.OfCode(wish_.operation, found->target, place_);
+  geoid.candidates.push_back(std::move(*found));
+  FindWished(geoid.candidates);
+  return geoid;
+}
+
 // Those of the two systems first, then those that are known the world over. PROJ also names geoids of
 // other datums, as if positions on both were the same.
 OperationSearch::Geoid OperationSearch::FindGeoid(const std::string& heights,
                                                   bool toEllipsoid) const {
+  if (auto wished = WishedGeoid(heights, toEllipsoid)) return std::move(*wished);
   Geoid unusable;
   std::vector<std::string> systems = {source_.Geographic(), target_.Geographic()};
   for (const char* each : {"4258", "4326", "4269", "6318", "4283", "7844", "4167", "4674", "4617",
@@ -211,14 +228,22 @@ OperationSearch::Geoid OperationSearch::FindGeoid(const std::string& heights,
       const json& document = *each.operation.document;
       return DatumNameOf(MemberOf(document, toEllipsoid ? "target_crs" : "source_crs")) != datum;
     });
-    if (IsAnyUsable(candidates)) return {system, std::move(candidates)};
-    if (unusable.candidates.empty()) unusable = {system, std::move(candidates)};
+    if (IsAnyUsable(candidates)) return {system, system, std::move(candidates)};
+    if (unusable.candidates.empty()) unusable = {system, system, std::move(candidates)};
   }
   Complain(unusable.candidates);
 }
 
 std::string OperationSearch::Between() const {
   return fmt::format("from {} to {}", source_.Title(), target_.Title());
+}
+
+// Those that are superseded or deprecated are not among the registry's answers.
+void OperationSearch::AddWished(const std::string& from, const std::string& to,
+                                std::vector<CandidateOperation>& candidates) const {
+  if (wish_.operation.empty() || FindWished(candidates)) return;
+  auto found = chooser_.OfCode(wish_.operation, from, place_);
+  if (found && found->target == to) candidates.push_back(std::move(*found));
 }
 
 // By its code, or as a step of one that has none; null where it is not among them.
@@ -234,8 +259,8 @@ const CandidateOperation* OperationSearch::FindWished(
   const auto found = std::find_if(candidates.begin(), candidates.end(), has);
   if (found == candidates.end()) return nullptr;
   if (const std::string obstacle = found->Obstacle(); !obstacle.empty())
-    throw UserError(fmt::format("{} by {}: {}; --grids names a folder to look into", found->Title(),
-                                found->Method(), obstacle));
+    throw UserError(fmt::format("{} by {}: {}{}", found->Title(), found->Method(), obstacle,
+                                found->IsKnown() ? "; --grids names a folder to look into" : ""));
   return &*found;
 }
 

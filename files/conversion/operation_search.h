@@ -44,10 +44,11 @@ class OperationSearch {
   [[noreturn]] void RefuseWished() const;
 
  private:
-  // A system of positions above whose ellipsoid a geoid is known.
+  // What leads between heights above an ellipsoid and others, or nothing.
   struct Geoid {
-    std::string positions;
-    std::vector<CandidateOperation> candidates;
+    std::string positions;  // above whose ellipsoid
+    std::string beside;     // the other heights; another system where positions are moved as well
+    std::vector<CandidateOperation> candidates = {};
   };
 
   std::vector<ConversionStage> Positions(const std::pair<std::string, std::string>& systems,
@@ -55,8 +56,11 @@ class OperationSearch {
   std::optional<std::vector<ConversionStage>> ByNationalSystem(const ConversionStage& whole) const;
   std::optional<std::vector<ConversionStage>> BetweenHeights(const std::string& low,
                                                              const std::string& high) const;
+  std::optional<Geoid> WishedGeoid(const std::string& heights, bool toEllipsoid) const;
   Geoid FindGeoid(const std::string& heights, bool toEllipsoid) const;
   std::string Between() const;
+  void AddWished(const std::string& from, const std::string& to,
+                 std::vector<CandidateOperation>& candidates) const;
   const CandidateOperation* FindWished(const std::vector<CandidateOperation>& candidates) const;
   [[noreturn]] void Complain(const std::vector<CandidateOperation>& candidates) const;
 

@@ -180,7 +180,7 @@ std::optional<StepFile> OperationChooser::FileOf(const OperationStep& step) cons
   if (best) return StepFile{best->path, inverse};
   // Under the name that a file had before PROJ 7.
   for (const GridName& grid : step.grids)
-    if (std::string path = registry_.FindInProj(grid.name); !path.empty())
+    if (std::string path = registry_.FindInProj(grid.name); IsReadableGrid(path))
       return StepFile{std::move(path), grid.inverse};
   return std::nullopt;
 }
@@ -303,15 +303,21 @@ std::vector<CandidateOperation> OperationChooser::ToWgs84(const std::string& sou
   return candidates;
 }
 
+std::string OperationChooser::EndOf(const json& crs) const {
+  const std::string type = crs.value("type", "");
+  const std::string code = std::to_string(CodeIn(crs));
+  if (type == "CompoundCRS") return registry_.Crs(code).vertical;
+  const bool ofPositions = type == "GeographicCRS" || type == "GeodeticCRS";
+  return ofPositions ? registry_.Crs(code).geographic : code;
+}
+
 std::optional<CandidateOperation> OperationChooser::OfCode(const std::string& code,
                                                            const std::string& source,
                                                            const OperationPlace& place) const {
   std::optional<RegisteredOperation> published = registry_.Operation(code);
   if (!published) return std::nullopt;
-  const auto codeOf = [&](const char* key) {
-    return std::to_string(CodeIn(MemberOf(*published->document, key)));
-  };
-  const std::string from = codeOf("source_crs"), to = codeOf("target_crs");
+  const std::string from = EndOf(MemberOf(*published->document, "source_crs"));
+  const std::string to = EndOf(MemberOf(*published->document, "target_crs"));
   if (from != source && to != source) return std::nullopt;
   if (from == source) return Prepare(std::move(*published), to, place);
   return Prepare(*registry_.Operation(code, true), from, place);

@@ -93,8 +93,9 @@ class OperationChooser {
                                               const std::string& target,
                                               const std::string& targetProjected,
                                               const OperationPlace& place) const;
-  /// The operation of a code, from the source to whatever geographic system it leads to; nothing when
-  /// it is none from or to the source.
+  /// The operation of a code, from the source, a geographic system or one of heights, to whatever such
+  /// system it leads to; nothing when it is none from or to the source. Systems with three axes count as
+  /// the geographic one on their datum, compound ones as that of their heights.
   std::optional<CandidateOperation> OfCode(const std::string& code, const std::string& source,
                                            const OperationPlace& place) const;
 
@@ -109,6 +110,7 @@ class OperationChooser {
   CandidateOperation Prepare(RegisteredOperation operation, const std::string& target,
                              const OperationPlace& place) const;
   std::optional<StepFile> FileOf(const OperationStep& step) const;
+  std::string EndOf(const nlohmann::json& crs) const;
 
   const EpsgRegistry& registry_;
   const GridFolders& folders_;

@@ -46,12 +46,6 @@ bool Contains(const Codes& codes, int code) {
   return std::find(std::begin(codes), std::end(codes), code) != std::end(codes);
 }
 
-// What is readable: the registry names grids in formats of their publishers too.
-bool IsReadable(const std::string& name) {
-  const std::string suffix = LowerCase(fs::path(name).extension().string());
-  return suffix == ".gsb" || suffix == ".tif" || suffix == ".json";
-}
-
 // NADCON5 in the collection of PROJ: "nadcon5.nad27.nad83_1986.conus.lat.trn.20160901.b" is
 // "us_noaa_nadcon5_nad27_nad83_1986_conus.tif".
 std::string NadconName(const std::string& registered) {
@@ -138,10 +132,10 @@ class StepReader {
       if (!value.is_string()) continue;
       const std::string name = value.get<std::string>();
       if (!step_.grids.empty()) break;
-      if (IsReadable(name)) step_.grids.push_back({name});
+      if (IsReadableGrid(name)) step_.grids.push_back({name});
       if (Contains(kNadcon5, methodCode_)) step_.grids.push_back({NadconName(name)});
     }
-    if (const auto& proj = registry_.GridOfProj(step_.code); proj && IsReadable(proj->name))
+    if (const auto& proj = registry_.GridOfProj(step_.code); proj && IsReadableGrid(proj->name))
       if (step_.grids.empty() || step_.grids[0].name != proj->name)
         step_.grids.push_back({proj->name, proj->inverse});
     if (step_.grids.empty()) AddNamesOfProj();
@@ -155,7 +149,7 @@ class StepReader {
       const json& value = MemberOf(parameter, "value");
       if (!value.is_string()) continue;
       const std::string name = registry_.NameInProj(value.get<std::string>());
-      if (IsReadable(name)) step_.grids.push_back({name});
+      if (IsReadableGrid(name)) step_.grids.push_back({name});
     }
   }
 
@@ -197,6 +191,11 @@ class StepReader {
 };
 
 }  // namespace
+
+bool IsReadableGrid(const std::string& name) {
+  const std::string suffix = LowerCase(fs::path(name).extension().string());
+  return suffix == ".gsb" || suffix == ".tif" || suffix == ".json";
+}
 
 bool AreAlike(const Ellipsoid& a, const Ellipsoid& b) {
   constexpr double kAlike = 1e-3;  // metres

@@ -39,6 +39,10 @@ struct OperationStep {
 /// Longitudes count from Greenwich throughout, so that a change of prime meridian moves none.
 std::vector<OperationStep> ReadSteps(const EpsgRegistry& registry, const nlohmann::json& document);
 
+/// Whether a file of that name is in a format of grids that is read; the registry and PROJ name others
+/// too.
+bool IsReadableGrid(const std::string& name);
+
 /// Whether positions on both are the same to 1 mm, as on GRS80 and WGS 84.
 bool AreAlike(const zel_cs::geomath::Ellipsoid& a, const zel_cs::geomath::Ellipsoid& b);
 
