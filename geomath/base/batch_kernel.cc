@@ -24,9 +24,20 @@ bool BatchKernel<Target>::AllWithin(const double* values, std::size_t count, dou
   return differences >> 63 == 0;
 }
 
+// The sum of a point's coordinates is finite where they all are, but for numbers near the largest.
 template <class Target>
 template <std::size_t N>
 std::size_t BatchKernel<Target>::MarkFailures(double* const (&columns)[N], std::size_t count) {
+  constexpr std::uint64_t kMagnitude = ~std::uint64_t{0} >> 1;
+  constexpr auto kLimit = std::bit_cast<std::uint64_t>(std::numeric_limits<double>::max());
+  std::uint64_t differences = 0;
+  for (std::size_t i = 0; i < count; ++i) {
+    double sum = 0;
+    for (const double* column : columns) sum += column[i];
+    differences |= kLimit - (std::bit_cast<std::uint64_t>(sum) & kMagnitude);
+  }
+  if (differences >> 63 == 0) return count;
+
   std::size_t good = 0;
   for (std::size_t i = 0; i < count; ++i) {
     double probe = 0;  // x − x is 0 for a finite x and NaN otherwise

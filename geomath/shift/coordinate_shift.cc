@@ -13,18 +13,13 @@ namespace {
 constexpr double kLargest = std::numeric_limits<double>::max();
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// Refuses the points with a result so far that are not finite. Returns whether all are finite.
+// Refuses the points with a result so far that are not finite, which become NaN. Returns whether there
+// are any.
 bool RefuseNonFinite(double* const (&point)[3], std::size_t count, ShiftStatus* status) {
-  const auto allFinite = [count](const double* column) {
-    return AllWithin(column, count, kLargest);
-  };
-  if (std::all_of(point, point + 3, allFinite)) return true;
-  for (std::size_t i = 0; i < count; ++i) {
-    const bool finite =
-        std::isfinite(point[0][i]) && std::isfinite(point[1][i]) && std::isfinite(point[2][i]);
-    if (HasResult(status[i]) && !finite) status[i] = ShiftStatus::input;
-  }
-  return false;
+  if (MarkFailures(point, count) == count) return false;
+  for (std::size_t i = 0; i < count; ++i)
+    if (std::isnan(point[0][i]) && HasResult(status[i])) status[i] = ShiftStatus::input;
+  return true;
 }
 
 }  // namespace
@@ -154,19 +149,23 @@ std::size_t CoordinateShift::RunBatch(Direction direction, PointDates dates, dou
   for (std::size_t start = 0; start < count; start += kBatchBlock) {
     const std::size_t n = std::min(kBatchBlock, count - start);
     auto& point = points.Load(start, n);
-    ShiftStatus given[kBatchBlock], became[kBatchBlock];
-    std::fill_n(given, n, ShiftStatus::converted);
+    ShiftStatus became[kBatchBlock];
     std::fill_n(became, n, ShiftStatus::converted);
-    const bool finite = RefuseNonFinite(point, n, given);
+    bool refused[kBatchBlock];
+    const bool anyRefused = MarkFailures(point, n) < n;
+    for (std::size_t i = 0; anyRefused && i < n; ++i) refused[i] = std::isnan(point[0][i]);
     RunBlock(direction, point, dates.From(start), n, became);
-    for (std::size_t i = 0; !finite && i < n; ++i)
-      if (!HasResult(given[i])) became[i] = given[i];
+    for (std::size_t i = 0; anyRefused && i < n; ++i)
+      if (refused[i]) became[i] = ShiftStatus::input;
 
-    std::size_t refused = 0;
-    for (std::size_t i = 0; i < n; ++i) refused += !HasResult(became[i]);
-    for (std::size_t i = 0; refused != 0 && i < n; ++i)
+    auto worst = ShiftStatus::converted;  // those without a result are the largest
+    for (std::size_t i = 0; i < n; ++i) worst = std::max(worst, became[i]);
+    bool failed = !HasResult(worst);
+    for (std::size_t i = 0; failed && i < n; ++i)
       if (!HasResult(became[i])) point[0][i] = point[1][i] = point[2][i] = kNaN;
-    converted += RefuseNonFinite(point, n, became) ? n : MarkFailures(point, n);
+    failed |= RefuseNonFinite(point, n, became);
+    converted +=
+        failed ? static_cast<std::size_t>(std::count_if(became, became + n, HasResult)) : n;
     points.Store(start, n);
     if (status) status = std::copy_n(became, n, status);
   }
