@@ -254,6 +254,13 @@ void ChainTangents::ShiftDeviations(const ChainUncertainty::ShiftNoise* noise,
   }
 }
 
+// Whether a step leaves heights alone, and they it.
+bool ChainTangents::IsLevel(const Jacobians& j, std::size_t count) {
+  for (const int k : {2, 5, 6, 7})
+    if (!AllWithin(j[k], count, 0)) return false;
+  return std::all_of(j[8], j[8] + count, [](double height) { return height == 1; });
+}
+
 const ChainUncertainty::ShiftNoise* ChainTangents::NoiseOf(const ChainShift& step) const {
   const auto& shifts = uncertainty_.shifts_;
   const auto noise = std::find_if(shifts.begin(), shifts.end(),
@@ -264,21 +271,24 @@ const ChainUncertainty::ShiftNoise* ChainTangents::NoiseOf(const ChainShift& ste
 void ChainTangents::Shift(const ChainShift& step, ChainStep place, Points before, Points after,
                           std::size_t count) {
   if (step.shift->Space() == ShiftSpace::geographic) ToRadians(before, count);
-  Mix(count);
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
   Jacobians j;
   ShiftDerivatives(step, before, after, count, place, j);
   auto& t = tangent_;
-  const auto run = [&](const auto& times) {
-    RunKernel(times,
-              {j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8], t[0], t[1], t[2], t[3], t[4],
-               t[5], t[6], t[7], t[8]},
-              count);
+  const bool forward = step.direction == ShiftDirection::forward;
+  const auto run = [&](const auto& times, const auto& columns) {
+    RunKernel(times, columns, count);
   };
-  if (step.direction == ShiftDirection::forward)
-    run(TimesEach<false>());
-  else
-    run(TimesEach<true>());
+  if (heights_ != Heights::mixed && IsLevel(j, count)) {
+    WritePlane(count);
+    double* const columns[] = {j[0], j[3], j[1], j[4], t[0], t[1], t[3], t[4]};
+    forward ? run(ProjectPlane<false>(), columns) : run(ProjectPlane<true>(), columns);
+  } else {
+    Mix(count);
+    double* const columns[] = {j[0], j[1], j[2], j[3], j[4], j[5], j[6], j[7], j[8],
+                               t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]};
+    forward ? run(TimesEach<false>(), columns) : run(TimesEach<true>(), columns);
+  }
   for (std::size_t i = 0; noise && i < count; ++i) {
     double sigma[3];
     ShiftDeviations(noise, step, before, after, i, place, sigma);
@@ -435,7 +445,7 @@ std::size_t ChainTangents::Project(const TGeoProj& projection, Points geographic
     RunKernel(ProjectTangent(), {d[0], d[1], d[2], d[3], t[0], t[1], t[2], t[3], t[4], t[5]},
               count);
   } else {
-    RunKernel(ProjectPlane(), {d[0], d[1], d[2], d[3], t[0], t[1], t[3], t[4]}, count);
+    RunKernel(ProjectPlane<false>(), {d[0], d[1], d[2], d[3], t[0], t[1], t[3], t[4]}, count);
   }
   return converted;
 }
@@ -500,14 +510,21 @@ void ChainTangents::ToGround(const GridToGround& ground, std::size_t count) {
 }
 
 void ChainTangents::Finish(Points geographic, std::size_t count) {
-  if (chain_.GetProjection()) return;
   if (local_ == CovarianceFrame::geographic) return ToRadians(geographic, count);
   const Ellipsoid* const ellipsoid = LocalEllipsoid();
   if (!ellipsoid) return FailAll(ChainStep::globalEllipsoid, count);
   if (local_ == CovarianceFrame::geocentric) return ToGeocentric(*ellipsoid, geographic, count);
   if (inMetres_) return;
-  Mix(count);
   auto& t = tangent_;
+  if (heights_ != Heights::mixed) {
+    WritePlane(count);
+    const PlaneToMetres conversion(*ellipsoid);
+    return RunKernel(conversion,
+                     {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[3], t[4]},
+                     count, [&](double(&p)[6]) {
+                       conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]);
+                     });
+  }
   const TangentToMetres conversion(*ellipsoid);
   RunKernel(conversion,
             {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[2], t[3], t[4], t[5]},

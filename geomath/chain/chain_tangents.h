@@ -48,8 +48,8 @@ class ChainTangents : public ChainTrace {
                       std::size_t count) override;
   void ToSite(const LocalToGrid& site, Points grid, std::size_t count) override;
   void ToGround(const GridToGround& ground, std::size_t count) override;
-  /// After the last step: into the local frame. Without a projection at the local positions.
-  void Finish(Points geographic, std::size_t count);
+  /// Into the local frame.
+  void Finish(Points geographic, std::size_t count) override;
 
   /// Whether any point was refused that the chain did not refuse.
   bool Refuses() const { return refuses_; }
@@ -84,6 +84,7 @@ class ChainTangents : public ChainTrace {
   void ShiftDeviations(const ChainUncertainty::ShiftNoise* noise, const ChainShift& step,
                        Points before, Points after, std::size_t i, ChainStep place,
                        double (&sigma)[3]);
+  static bool IsLevel(const Jacobians& jacobians, std::size_t count);
   const ChainUncertainty::ShiftNoise* NoiseOf(const ChainShift& step) const;
   void ToSlopesPerMetre(Points geographic, double* byLatitude, double* byLongitude,
                         std::size_t count) const;

@@ -44,6 +44,8 @@ class ChainTrace {
   /// The grid coordinates that a site takes.
   virtual void ToSite(const LocalToGrid& site, Points grid, std::size_t count) = 0;
   virtual void ToGround(const GridToGround& ground, std::size_t count) = 0;
+  /// After the last step of a chain without a projection.
+  virtual void Finish(Points geographic, std::size_t count) = 0;
 };
 
 }  // namespace zel_cs::geomath

@@ -17,9 +17,9 @@ constexpr double kRounding = MarkCovariance::kRounding;
 bool IsSigma(double sigma) { return sigma >= 0 && std::isfinite(sigma); }
 
 bool AnyFailed(const ChainStep* failed, std::size_t count) {
-  unsigned int any = 0;
-  for (std::size_t i = 0; i < count; ++i) any |= static_cast<unsigned int>(failed[i]);
-  return any != 0;
+  auto last = ChainStep::none;
+  for (std::size_t i = 0; i < count; ++i) last = std::max(last, failed[i]);
+  return last != ChainStep::none;
 }
 
 // C = F·Fᵀ with a lower triangle F (Cholesky), by way of correlations: parameters have units of all
@@ -123,49 +123,26 @@ bool ChainUncertainty::HasFrames(CovarianceFrame global, CovarianceFrame local) 
   return !chain_->HasHeights() || local != CovarianceFrame::geocentric;
 }
 
-// Runs points with global positions in `columns` to local ones, which they hold afterwards, and says
-// which have derivatives.
-void ChainUncertainty::Trace(double* const (&columns)[3], PointDates dates, std::size_t count,
-                             ChainStep* failed, ChainTangents& tangents) const {
-  chain_->RunBlock(&CoordinateChain::ToLocalBlock, columns, dates, count, failed, &tangents);
-  if (!chain_->GetProjection()) Finish(columns, count, failed, tangents);
+// Runs points to local, or to global, and says which have derivatives.
+void ChainUncertainty::Trace(bool toLocal, double* const (&columns)[3], PointDates dates,
+                             std::size_t count, ChainStep* failed, ChainTangents& tangents) const {
+  const auto steps = toLocal ? &CoordinateChain::ToLocalBlock : &CoordinateChain::ToGlobalBlock;
+  chain_->RunBlock(steps, columns, dates, count, failed, &tangents);
   for (std::size_t i = 0; tangents.Refuses() && i < count; ++i)
     if (failed[i] == ChainStep::none) failed[i] = tangents.FailedAt(i);
 }
 
-// At the positions, and for those that failed at one of the others.
-void ChainUncertainty::Finish(double* const (&columns)[3], std::size_t count,
-                              const ChainStep* failed, ChainTangents& tangents) const {
-  const auto living = std::find(failed, failed + count, ChainStep::none) - failed;
-  if (living == static_cast<std::ptrdiff_t>(count)) return;
-  double at[3][kBatchBlock];
-  for (int c = 0; c < 3; ++c)
-    for (std::size_t i = 0; i < count; ++i)
-      at[c][i] = columns[c][failed[i] == ChainStep::none ? static_cast<std::ptrdiff_t>(i) : living];
-  tangents.Finish({at[0], at[1], at[2]}, count);
-}
-
-// One block; the way back converts the positions first and has its derivatives where they end.
+// One block; the way back has its derivatives where the positions end.
 void ChainUncertainty::RunBlock(bool toLocal, double* const (&points)[3], double* covariances,
                                 std::size_t count, ChainStep* failed, Manner manner) const {
   const CovarianceFrame global = toLocal ? manner.from : manner.to;
   const CovarianceFrame local = toLocal ? manner.to : manner.from;
   ChainTangents tangents(*this, manner.dates, global, local);
-  if (!HasFrames(global, local)) {
+  if (!toLocal) tangents.LeaveGrid();
+  if (HasFrames(global, local))
+    Trace(toLocal, points, manner.dates, count, failed, tangents);
+  else
     std::fill_n(failed, count, ChainStep::input);
-  } else if (toLocal) {
-    Trace(points, manner.dates, count, failed, tangents);
-  } else {
-    chain_->RunBlock(&CoordinateChain::ToGlobalBlock, points, manner.dates, count, failed);
-    ChainStep traced[kBatchBlock];
-    double at[3][kBatchBlock];
-    for (int k = 0; k < 3; ++k) std::copy_n(points[k], count, at[k]);
-    tangents.LeaveGrid();
-    Trace({at[0], at[1], at[2]}, manner.dates, count, traced, tangents);
-    const bool someTraced = AnyFailed(traced, count);
-    for (std::size_t i = 0; someTraced && i < count; ++i)
-      if (failed[i] == ChainStep::none) failed[i] = traced[i];
-  }
   Carry(toLocal, covariances, count, failed, tangents);
   const bool someFailed = AnyFailed(failed, count);
   for (std::size_t i = 0; someFailed && i < count; ++i)
@@ -260,7 +237,7 @@ ChainResult ChainUncertainty::Derivatives(double b, double l, double h, double (
   ChainResult result{ChainStep::input};
   if (!HasFrames(from, to)) return result;
   ChainTangents tangents(*this, PointDates(date), from, to);
-  Trace({&b, &l, &h}, PointDates(date), 1, &result.failedAt, tangents);
+  Trace(true, {&b, &l, &h}, PointDates(date), 1, &result.failedAt, tangents);
   const Matrix3 found = tangents.At(0);
   if (result) std::copy_n(&found.m[0][0], 9, &jacobian[0][0]);
   return result;
@@ -286,7 +263,7 @@ ChainResult ChainUncertainty::JointToLocal(double* b, double* l, double* h, doub
     p.at[1] = l[i];
     p.at[2] = h[i];
     ChainTangents tangents(*this, dates.From(i), from, to, &p.common);
-    Trace({&p.at[0], &p.at[1], &p.at[2]}, dates.From(i), 1, &result.failedAt, tangents);
+    Trace(true, {&p.at[0], &p.at[1], &p.at[2]}, dates.From(i), 1, &result.failedAt, tangents);
     if (!result) return result;
     p.tangent = tangents.At(0);
     p.own = tangents.Added(0);

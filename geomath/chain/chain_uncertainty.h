@@ -146,10 +146,8 @@ class GEOMATH_API ChainUncertainty {
 
   void Replace(const ShiftNoise& noise);
   bool HasFrames(CovarianceFrame global, CovarianceFrame local) const;
-  void Trace(double* const (&columns)[3], PointDates dates, std::size_t count, ChainStep* failed,
-             ChainTangents& tangents) const;
-  void Finish(double* const (&columns)[3], std::size_t count, const ChainStep* failed,
-              ChainTangents& tangents) const;
+  void Trace(bool toLocal, double* const (&columns)[3], PointDates dates, std::size_t count,
+             ChainStep* failed, ChainTangents& tangents) const;
   void Carry(bool toLocal, double* covariances, std::size_t count, ChainStep* failed,
              const ChainTangents& tangents) const;
   void RunBlock(bool toLocal, double* const (&points)[3], double* covariances, std::size_t count,

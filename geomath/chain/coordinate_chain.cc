@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <utility>
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
@@ -68,6 +69,59 @@ std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y,
   return RunShift(step, toLocal, PointDates(), x, y, h, count, status);
 }
 
+// Where a block has been on its way to global, so that a listener hears of it the other way round: the
+// positions before the first step and behind each.
+class Journal {
+ public:
+  static constexpr std::size_t kRoom = 10;
+
+  struct Step {
+    const Ellipsoid* toGeocentric = nullptr;  // one of these is given
+    const Ellipsoid* toGeographic = nullptr;
+    const Datum* datum = nullptr;
+    const ChainShift* shift = nullptr;
+    ChainStep place = ChainStep::none;  // of the shift
+  };
+
+  Journal(ChainTrace::Points first, std::size_t count) : count_(count) { Keep(first); }
+
+  void Note(const Step& step, ChainTrace::Points behind) {
+    steps_[size_ - 1] = step;
+    Keep(behind);
+  }
+
+  // The positions before the first step, which may be converted.
+  double* const (&First())[3] { return first_; }
+
+  // The steps to local that undo those that are noted, the last one first.
+  void TellBackwards(ChainTrace& trace) const {
+    trace.Start(At(size_ - 1).columns, count_);
+    for (std::size_t k = size_ - 1; k > 0; --k) {
+      const Step& step = steps_[k - 1];
+      if (step.toGeocentric) trace.ToGeographic(*step.toGeocentric, At(k - 1).columns, count_);
+      if (step.toGeographic) trace.ToGeocentric(*step.toGeographic, At(k).columns, count_);
+      if (step.datum) trace.Transform(*step.datum, At(k - 1).columns, count_);
+      if (step.shift)
+        trace.Shift(*step.shift, step.place, At(k).columns, At(k - 1).columns, count_);
+    }
+  }
+
+ private:
+  void Keep(ChainTrace::Points points) {
+    for (std::size_t c = 0; c < 3; ++c) std::copy_n(points[c], count_, points_[size_][c]);
+    ++size_;
+  }
+  struct Positions {
+    const double* columns[3];
+  };
+  Positions At(std::size_t k) const { return {points_[k][0], points_[k][1], points_[k][2]}; }
+
+  std::size_t count_, size_ = 0;
+  Step steps_[kRoom];
+  double points_[kRoom + 1][3][kBatchBlock];
+  double* first_[3] = {points_[0][0], points_[0][1], points_[0][2]};
+};
+
 }  // namespace
 
 // Points that go through all steps together, in place. Those that fail go on as copies of one that
@@ -79,7 +133,9 @@ struct CoordinateChain::Block {
   const PointDates dates;
   const std::size_t count;
   std::size_t alive;
-  ChainTrace* const trace;  // hears of the steps to local; null where nobody listens
+  ChainTrace* trace;           // hears of the steps to local; null where nobody listens
+  bool arrived = false;        // on the local ellipsoid, of a chain without heights
+  Journal* journal = nullptr;  // of the steps to global around the datum, where one is kept
   ChainStep failed[kBatchBlock];
 
   Block(double* const (&columns)[3], PointDates years, std::size_t points,
@@ -98,6 +154,10 @@ struct CoordinateChain::Block {
   template <class Step, class Object>
   void Tell(Step step, const Object& object) const {
     if (trace) (trace->*step)(object, {x, y, h}, count);
+  }
+
+  void Note(const Journal::Step& step) const {
+    if (journal) journal->Note(step, {x, y, h});
   }
 
   bool Alive(std::size_t i) const { return failed[i] == ChainStep::none; }
@@ -120,6 +180,15 @@ struct CoordinateChain::Block {
       }
   }
 
+  // Fails the points that have failed in another block of the same ones.
+  void Inherit(const Block& other) {
+    for (std::size_t i = 0; other.alive < count && i < count; ++i) {
+      if (!Alive(i) || other.Alive(i)) continue;
+      failed[i] = other.failed[i];
+      --alive;
+    }
+  }
+
   void FailAll(ChainStep step) {
     FailWhere(step, [](std::size_t) { return true; });
   }
@@ -140,7 +209,8 @@ struct CoordinateChain::Block {
 
   void Shift(const ChainShift& step, bool toLocal, ChainStep place) {
     double before[3][kBatchBlock];
-    if (trace) {
+    const bool told = trace && toLocal;
+    if (told) {
       std::copy_n(x, count, before[0]);
       std::copy_n(y, count, before[1]);
       std::copy_n(h, count, before[2]);
@@ -155,7 +225,8 @@ struct CoordinateChain::Block {
       FailWhere(ChainStep::modelYears, is(ShiftStatus::otherDate));
       Check(place, converted);
     }
-    if (trace) trace->Shift(step, place, {before[0], before[1], before[2]}, {x, y, h}, count);
+    if (told) trace->Shift(step, place, {before[0], before[1], before[2]}, {x, y, h}, count);
+    if (!toLocal) Note({.shift = &step, .place = place});
   }
 
   void MarkFailed() {
@@ -234,6 +305,8 @@ class CoordinateChain::Frame {
     if (up) block_.Tell(&ChainTrace::ToGeocentric, *ellipsoid_);
     block_.Check(step_, (ellipsoid_->*convert)(block_.x, block_.y, block_.h, block_.count, 1));
     if (!up) block_.Tell(&ChainTrace::ToGeographic, *ellipsoid_);
+    block_.Note(up ? Journal::Step{.toGeocentric = ellipsoid_}
+                   : Journal::Step{.toGeographic = ellipsoid_});
   }
 
   void Shift(const ChainShift& step, bool toLocal) {
@@ -246,6 +319,7 @@ class CoordinateChain::Frame {
     const auto convert = toLocal ? &Datum::ToLocalDatumBatch : &Datum::ToWGS84DatumBatch;
     block_.Check(ChainStep::datum, (datum.*convert)(block_.x, block_.y, block_.h, block_.count, 1));
     block_.Tell(&ChainTrace::Transform, datum);
+    block_.Note({.datum = &datum});
     ellipsoid_ = ellipsoid;
     step_ = step;
   }
@@ -373,15 +447,17 @@ std::vector<ChainShift> CoordinateChain::*CoordinateChain::ListOf(ShiftPlace pla
 }
 
 void CoordinateChain::ToLocalBlock(Block& p) const {
-  p.TurnGeographic(projection_, kToInternal);
-  p.CheckLatitudes(ChainStep::input);
-  if (p.trace) p.trace->Start({p.x, p.y, p.h}, p.count);
-
-  const bool atGlobal = HasHeights() && geoidFrame_ == GeoidFrame::global;
   double heights[kBatchBlock];
-  if (atGlobal) LowerHeights(p, heights);
-  if (MovesPositions()) DatumToLocal(p);
-  if (HasHeights() && !atGlobal) LowerHeights(p, heights);
+  if (!p.arrived) {
+    p.TurnGeographic(projection_, kToInternal);
+    p.CheckLatitudes(ChainStep::input);
+    if (p.trace) p.trace->Start({p.x, p.y, p.h}, p.count);
+
+    const bool atGlobal = HasHeights() && geoidFrame_ == GeoidFrame::global;
+    if (atGlobal) LowerHeights(p, heights);
+    if (MovesPositions()) DatumToLocal(p);
+    if (HasHeights() && !atGlobal) LowerHeights(p, heights);
+  }
   if (p.trace) p.trace->Arrive({p.x, p.y, p.h}, p.count);
   if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
@@ -389,6 +465,7 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   ShiftPlane(p, true);
   GridToSite(p, !p.trace || p.trace->NeedsGrid());
   p.TurnGrid(projection_, kToUser);
+  if (p.trace && !projection_) p.trace->Finish({p.x, p.y, p.h}, p.count);
 }
 
 // The batches of a projection speak the caller's axes, all steps here internal ones; turning there
@@ -475,17 +552,44 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
   if (MovesPositions() && samePosition) DatumToGlobal(p);
 }
 
+// A listener hears of the steps to local: where those around the datum are known from the way to global,
+// of these, else of the points on their way back.
 void CoordinateChain::ToGlobalBlock(Block& p) const {
+  ChainTrace* const trace = std::exchange(p.trace, nullptr);
   p.TurnGrid(projection_, kToInternal);
   SiteToGrid(p);
   ShiftPlane(p, false);
   if (projection_) GridToGlobal(p);
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
+  const std::size_t shifts = beforeDatum_.size() + afterDatum_.size();
+  const bool known = !HasHeights() && afterProjection_.empty() && 2 * shifts + 3 <= Journal::kRoom;
+  if (trace && known && !trace->NeedsGrid()) {
+    Journal journal({p.x, p.y, p.h}, p.count);
+    p.journal = &journal;
+    if (MovesPositions()) DatumToGlobal(p);
+    p.journal = nullptr;
+    if (p.alive > 0) {
+      journal.TellBackwards(*trace);
+      Block local(journal.First(), p.dates, p.count, trace);
+      local.arrived = true;
+      ToLocalBlock(local);
+      p.Inherit(local);
+    }
+    return p.TurnGeographic(projection_, kToUser);
+  }
   if (HasHeights())
     HeightToEllipsoid(p);
   else if (MovesPositions())
     DatumToGlobal(p);
   p.TurnGeographic(projection_, kToUser);
+  if (!trace || p.alive == 0) return;
+  double at[3][kBatchBlock];
+  std::copy_n(p.x, p.count, at[0]);
+  std::copy_n(p.y, p.count, at[1]);
+  std::copy_n(p.h, p.count, at[2]);
+  Block back({at[0], at[1], at[2]}, p.dates, p.count, trace);
+  ToLocalBlock(back);
+  p.Inherit(back);
 }
 
 // The steps of one way for at most kBatchBlock points, to local with a listener if there is one.

@@ -109,6 +109,30 @@ struct LowerHeight {
   }
 };
 
+/// Two rows and columns of a plane, as they stand or as their inverse.
+struct PlaneTangent {
+  double a, b, c, d;
+
+  template <bool kInverse>
+  static GEOMATH_INLINE PlaneTangent Of(double t00, double t01, double t10, double t11) {
+    const double q = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
+    return {kInverse ? t11 * q : t00, kInverse ? -t01 * q : t01, kInverse ? -t10 * q : t10,
+            kInverse ? t00 * q : t11};
+  }
+
+  /// What (x, y) with this covariance becomes, and that of z with it.
+  GEOMATH_INLINE void Carry(double& xx, double& xy, double& yy, double& xz, double& yz) const {
+    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
+    const double cx = c * xx + d * xy, cy = c * xy + d * yy;
+    const double az = a * xz + b * yz, cz = c * xz + d * yz;
+    xx = ax * a + ay * b;
+    xy = ax * c + ay * d;
+    yy = cx * c + cy * d;
+    xz = az;
+    yz = cz;
+  }
+};
+
 /// The first two rows of T through the derivatives of a projection. Columns: those of
 /// GridDerivatives, which stay, and the six of the rows.
 struct ProjectTangent {
@@ -128,19 +152,21 @@ struct ProjectTangent {
   }
 };
 
-/// The same of a plane that heights have no part in: columns those of GridDerivatives, which stay, and
-/// the four of the plane's rows.
+/// The same, or with the inverse of the derivatives, of a plane that heights have no part in: columns
+/// those of GridDerivatives, which stay, and the four of the plane's rows.
+template <bool kInverse>
 struct ProjectPlane {
   static constexpr std::size_t kColumns = 8;
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& northB, double& eastB, double& northL, double& eastL,
                               double& b0, double& b1, double& l0, double& l1) const {
+    const PlaneTangent p = PlaneTangent::Of<kInverse>(northB, northL, eastB, eastL);
     const double b[] = {b0, b1}, l[] = {l0, l1};
-    b0 = northB * b[0] + northL * l[0];
-    b1 = northB * b[1] + northL * l[1];
-    l0 = eastB * b[0] + eastL * l[0];
-    l1 = eastB * b[1] + eastL * l[1];
+    b0 = p.a * b[0] + p.b * l[0];
+    b1 = p.a * b[1] + p.b * l[1];
+    l0 = p.c * b[0] + p.d * l[0];
+    l1 = p.c * b[1] + p.d * l[1];
   }
 };
 
@@ -181,6 +207,28 @@ struct GridPerMetre {
   }
 };
 
+/// The rows of a plane from latitude and longitude to metres at the positions: columns latitude and
+/// ellipsoidal height, which stay, and the four of the rows.
+struct PlaneToMetres {
+  static constexpr std::size_t kColumns = 6;
+  double a, e2;
+
+  explicit PlaneToMetres(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& l0,
+                              double& l1) const {
+    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
+    b0 *= frame.perLatitude;
+    b1 *= frame.perLatitude;
+    l0 *= frame.perLongitude;
+    l1 *= frame.perLongitude;
+  }
+  GEOMATH_INLINE bool Serves(double B, double, double, double, double, double) const {
+    return TangentFrame::ServesColumns(B, 0);
+  }
+};
+
 /// C ← T·C·Tᵀ, or with the inverse of T. Columns: six of C and nine of T, which stay.
 template <bool kInverse>
 struct Propagate {
@@ -198,30 +246,6 @@ struct Propagate {
     yy = found.yy;
     yz = found.yz;
     zz = found.zz;
-  }
-};
-
-/// Two rows and columns of a plane, as they stand or as their inverse.
-struct PlaneTangent {
-  double a, b, c, d;
-
-  template <bool kInverse>
-  static GEOMATH_INLINE PlaneTangent Of(double t00, double t01, double t10, double t11) {
-    const double q = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
-    return {kInverse ? t11 * q : t00, kInverse ? -t01 * q : t01, kInverse ? -t10 * q : t10,
-            kInverse ? t00 * q : t11};
-  }
-
-  /// What (x, y) with this covariance becomes, and that of z with it.
-  GEOMATH_INLINE void Carry(double& xx, double& xy, double& yy, double& xz, double& yz) const {
-    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
-    const double cx = c * xx + d * xy, cy = c * xy + d * yy;
-    const double az = a * xz + b * yz, cz = c * xz + d * yz;
-    xx = ax * a + ay * b;
-    xy = ax * c + ay * d;
-    yy = cx * c + cy * d;
-    xz = az;
-    yz = cz;
   }
 };
 
