@@ -150,9 +150,9 @@ std::shared_ptr<ChainObject> ChainOf(geomath_files::CoordinateSystem& system) {
   object->global = std::make_shared<Ellipsoid>(*read.GetGlobalEllipsoid());
   if (const Datum* datum = system.SevenParameters()) {
     const auto local = std::make_shared<Ellipsoid>(system.LocalEllipsoid());
-    object->datum =
-        std::make_shared<DatumObject>(local, Datum(local.get(), datum->Shift(), datum->Rotation(),
-                                                   datum->Scale(), userTypeUser, false, nullptr));
+    object->datum = std::make_shared<DatumObject>(
+        DatumObject{local, Datum(local.get(), datum->Shift(), datum->Rotation(), datum->Scale(),
+                                 userTypeUser, false, nullptr)});
   }
   object->fixedHeight = system.FixedHeight();
   object->projection = ProjectionObjectOf(system);

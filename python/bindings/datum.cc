@@ -26,10 +26,10 @@ std::shared_ptr<DatumObject> Make(const py::object& ellipsoid, py::object dx, py
                                   {"ppm", ppm},
                                   {"rotation", rotation}});
   const auto local = EllipsoidFrom(ellipsoid);
-  return std::make_shared<DatumObject>(
+  return std::make_shared<DatumObject>(DatumObject{
       local, geomath_files::ReadDatum(
                  JsonSection("Datum", "", section, geomath_files::kDatumKeys, KeySpelling::snake),
-                 local.get()));
+                 local.get())});
 }
 
 using Batch = std::size_t (Datum::*)(double*, double*, double*, std::size_t, std::ptrdiff_t) const;
@@ -60,8 +60,8 @@ TAbstractPoint3<double> PointFrom(const py::handle& tuple) {
 std::shared_ptr<DatumObject> FromState(const py::tuple& state) {
   const auto local = PartOf<Ellipsoid>(state[0]);
   return std::make_shared<DatumObject>(
-      local, Datum(local.get(), PointFrom(state[1]), PointFrom(state[2]), FiniteOf(state[3]),
-                   userTypeUser, false, nullptr));
+      DatumObject{local, Datum(local.get(), PointFrom(state[1]), PointFrom(state[2]),
+                               FiniteOf(state[3]), userTypeUser, false, nullptr)});
 }
 
 std::string Repr(const DatumObject& object) {

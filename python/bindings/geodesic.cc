@@ -58,7 +58,7 @@ Argument Azimuth(const char* name, py::object value, bool degrees) {
 
 std::shared_ptr<GeodesicObject> MakeGeodesic(const py::object& ellipsoid) {
   const auto on = EllipsoidFrom(ellipsoid);
-  return std::make_shared<GeodesicObject>(on, Geodesic(*on));
+  return std::make_shared<GeodesicObject>(GeodesicObject{on, Geodesic(*on)});
 }
 
 py::object Inverse(const GeodesicObject& g, py::object lat1, py::object lon1, py::object lat2,
@@ -152,7 +152,7 @@ std::shared_ptr<LinesObject> MakeLines(std::shared_ptr<ProjectionObject> project
                                        std::shared_ptr<GeoidObject> geoid) {
   if (!projection) throw py::type_error("GridLines: projection must be a Projection");
   const GridLines lines(*projection->projection, geoid ? &geoid->Heights() : nullptr);
-  return std::make_shared<LinesObject>(std::move(projection), std::move(geoid), lines);
+  return std::make_shared<LinesObject>(LinesObject{std::move(projection), std::move(geoid), lines});
 }
 
 // Fields in the order of the class GridLine of Python, and which of them are angles.

@@ -66,8 +66,8 @@ std::shared_ptr<FieldObject> FieldAt(const ModelObject& model, const py::object&
   const double year = YearFrom(date);
   const WMMtype_MagneticModel& part = ModelOfYear(model.parts, year);
   Warn(YearsWarning(model.parts, year, py::str(date)));
-  return std::make_shared<FieldObject>(std::make_shared<ModelObject>(MagneticModelSeries{part}),
-                                       MagneticField(part, year));
+  const auto of = std::make_shared<ModelObject>(ModelObject{{part}});
+  return std::make_shared<FieldObject>(FieldObject{of, MagneticField(part, year)});
 }
 
 // Elements in the order of the class MagneticElements of Python.
@@ -186,7 +186,8 @@ py::tuple StateOfField(const FieldObject& f) {
 
 std::shared_ptr<FieldObject> FieldFromState(const py::tuple& state) {
   const auto of = PartOf<ModelObject>(state[0]);
-  return std::make_shared<FieldObject>(of, MagneticField(of->parts.front(), FiniteOf(state[1])));
+  return std::make_shared<FieldObject>(
+      FieldObject{of, MagneticField(of->parts.front(), FiniteOf(state[1]))});
 }
 
 }  // namespace
@@ -206,7 +207,7 @@ Raises Error when the file holds no model, or is damaged.)");
   model.attr("__module__") = "geomath";
   model
       .def(py::init([](const py::object& path) {
-             return std::make_shared<ModelObject>(OpenMagneticModels(PathOf(path)));
+             return std::make_shared<ModelObject>(ModelObject{OpenMagneticModels(PathOf(path))});
            }),
            py::arg("path") = py::none())
       .def_property_readonly("name", &NameOf, "The name that the publisher gives it.")

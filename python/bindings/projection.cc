@@ -2,7 +2,6 @@
 #include <pybind11/stl.h>
 
 #include <cmath>
-#include <limits>
 
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
@@ -20,7 +19,6 @@ using namespace geomath_files;
 namespace geomath_python {
 namespace {
 
-constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr unsigned int kToInternal = 1;
 
 std::wstring Widen(const std::string& text) { return {text.begin(), text.end()}; }
