@@ -22,7 +22,7 @@ build() {
   shift 2
   cmake -S . -B "$folder" -G Ninja -DCMAKE_BUILD_TYPE=Release -DBUILD_SHARED_LIBS=OFF "$@" >"$folder.log"
   cmake --build "$folder" --target geomath >>"$folder.log"
-  compiler=$(sed -n 's/^CMAKE_CXX_COMPILER:[A-Z]*=//p' "$folder/CMakeCache.txt")
+  compiler=$(sed -n 's/^set(CMAKE_CXX_COMPILER "\(.*\)")/\1/p' "$folder"/CMakeFiles/*/CMakeCXXCompiler.cmake)
   # shellcheck disable=SC2086
   "$compiler" -std=c++20 -O2 -ffp-contract=off -DGEOMATH_STATIC -I. $flags tests/digests/*.cc \
     "$folder/geomath/libgeomath.a" -o "$folder/digests"
@@ -67,7 +67,7 @@ for platform in "${platforms[@]}"; do
     wasm)
       ensure_packages "${js_packages[@]}"
       command -v node >/dev/null || ensure_packages nodejs
-      build wasm "--target=wasm32-wasi -fwasm-exceptions -Wl,-z,stack-size=1048576 -lc++ -lc++abi -lunwind" \
+      build wasm "--target=wasm32-wasi -fwasm-exceptions -Wl,-z,stack-size=1048576 js/bindings/runtime.cc" \
         -DCMAKE_TOOLCHAIN_FILE=js/cmake/wasm.cmake
       compare wasm node --no-warnings --experimental-wasi-unstable-preview1 \
         tests/digests/run_wasm.mjs "$program" ;;
