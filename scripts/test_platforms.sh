@@ -1,7 +1,8 @@
 #!/usr/bin/env bash
 # scripts/test_platforms.sh [POINTS [PLATFORM...]]: builds the library for other machines and compares
 # the digests of its batches (tests/digests) with the committed ones, POINTS for each conversion:
-# 1000000, or 65536 for a quick look. Platforms: native windows wasm aarch64 s390x; all by default.
+# 1000000, this machine ten million as well, or 65536 for a quick look. Platforms: native windows wasm
+# aarch64 s390x; all by default.
 # Installs cross compilers and what runs their programs. Not part of scripts/test.sh; stops after
 # GEOMATH_MINUTES (40).
 set -euo pipefail
@@ -28,10 +29,10 @@ build() {
     "$folder/geomath/libgeomath.a" -o "$folder/digests"
 }
 
-# compare PLATFORM COMMAND...: by the committed digests, in the time that is left
+# compare PLATFORM POINTS COMMAND...: by the committed digests, in the time that is left
 compare() {
-  local platform=$1
-  shift
+  local platform=$1 points=$2
+  shift 2
   local left=$((deadline - SECONDS)) status=0
   timeout "$((left > 0 ? left : 1))" \
     tests/digests/compare.sh "tests/digests/digests_$points.txt" "$points" "$@" || status=$?
@@ -43,6 +44,8 @@ compare() {
   esac
 }
 
+native_points=("$points")
+[ "$points" != 1000000 ] || native_points+=(10000000)
 failed=0
 mkdir -p build/platforms
 for platform in "${platforms[@]}"; do
@@ -51,25 +54,28 @@ for platform in "${platforms[@]}"; do
     native)
       build native ""
       for set in baseline avx2 avx512; do
-        compare "$platform $set" env GEOMATH_INSTRUCTION_SET="$set" "$program"
+        for count in "${native_points[@]}"; do
+          compare "$platform $set" "$count" env GEOMATH_INSTRUCTION_SET="$set" "$program"
+        done
       done ;;
     aarch64 | s390x)
       ensure_packages "g++-$platform-linux-gnu" qemu-user
       build "$platform" -static -DCMAKE_SYSTEM_NAME=Linux -DCMAKE_SYSTEM_PROCESSOR="$platform" \
         -DCMAKE_CXX_COMPILER="$platform-linux-gnu-g++"
-      compare "$platform" "qemu-$platform" "$program" ;;
+      compare "$platform" "$points" "qemu-$platform" "$program" ;;
     windows)
       ensure_packages g++-mingw-w64-x86-64-posix wine64
       build windows -static -DCMAKE_SYSTEM_NAME=Windows -DCMAKE_SYSTEM_PROCESSOR=AMD64 \
         -DCMAKE_CXX_COMPILER=x86_64-w64-mingw32-g++-posix
       wine=$(command -v wine64 || command -v wine || echo /usr/lib/wine/wine64)
-      compare windows env WINEDEBUG=-all "$wine" "$program.exe" ;;
+      compare windows "$points" env WINEDEBUG=-all "$wine" "$program.exe" ;;
     wasm)
       ensure_packages "${js_packages[@]}"
       command -v node >/dev/null || ensure_packages nodejs
       build wasm "--target=wasm32-wasi -fwasm-exceptions -Wl,-z,stack-size=1048576 js/bindings/runtime.cc" \
-        -DCMAKE_TOOLCHAIN_FILE=js/cmake/wasm.cmake
-      compare wasm node --no-warnings --experimental-wasi-unstable-preview1 \
+        -DCMAKE_TOOLCHAIN_FILE=js/cmake/wasm.cmake \
+        "-DCMAKE_CXX_FLAGS=-fwasm-exceptions -msimd128 -DGEOMATH_COMPACT"  # as js/CMakeLists.txt has it
+      compare wasm "$points" node --no-warnings --experimental-wasi-unstable-preview1 \
         tests/digests/run_wasm.mjs "$program" ;;
     *) echo "Unknown platform: $platform" >&2; exit 2 ;;
   esac
