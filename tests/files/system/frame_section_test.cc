@@ -209,6 +209,9 @@ TEST(FrameSection, SaysWhatIsWrong) {
   const std::pair<json, const char*> cases[] = {
       {{{"frame", {{"from", "ITRF2021"}, {"to", "ETRF2000"}}}},
        "\"frame.from\" is \"ITRF2021\", which is no frame that is known; did you mean"},
+      {{{"frame", {{"from", "PATRF2022"}, {"to", "NATRF2022"}}}},
+       "\"frame.from\" is \"PATRF2022\", whose parameters are not in the table of frames, and no "
+       "other"},
       {{{"frame", {{"from", "ITRF2020"}}}}, "\"frame.to\" is missing"},
       {{{"frame", {{"date", "soon"}}}}, "\"frame.date\" must be a date: \"soon\" is no date"},
       {{{"frame", {{"date", 26.9}}}}, "\"frame.date\" must be a date: \"26.9\" is no date"},
