@@ -4,6 +4,7 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "geomath/base/angle.h"
@@ -70,13 +71,14 @@ std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y,
 }
 
 // Where a block has been on its way to global, so that a listener hears of it the other way round: the
-// positions before the first step and behind each.
+// positions in the grid before and behind each of its shifts, and on the ellipsoid before and behind each
+// step around the datum.
 class Journal {
  public:
-  static constexpr std::size_t kRoom = 10;
+  static constexpr std::size_t kRoom = 8;  // steps, the projection among them
 
   struct Step {
-    const Ellipsoid* toGeocentric = nullptr;  // one of these is given
+    const Ellipsoid* toGeocentric = nullptr;  // one of these is given, none for the projection
     const Ellipsoid* toGeographic = nullptr;
     const Datum* datum = nullptr;
     const ChainShift* shift = nullptr;
@@ -89,37 +91,46 @@ class Journal {
     steps_[size_ - 1] = step;
     Keep(behind);
   }
-
-  // The positions before the first step, which may be converted.
-  double* const (&First())[3] { return first_; }
+  // The positions on the local ellipsoid, which may be converted once all else is told.
+  void NoteProjection(ChainTrace::Points geographic) {
+    Note({}, geographic);
+    for (std::size_t c = 0; c < 3; ++c) local_[c] = points_[size_ - 1][c];
+    projection_ = size_ - 1;
+  }
+  double* const (&Local() const)[3] { return local_; }
 
   // The steps to local that undo those that are noted, the last one first.
-  void TellBackwards(ChainTrace& trace) const {
+  void TellAroundDatum(ChainTrace& trace) const {
     trace.Start(At(size_ - 1).columns, count_);
-    for (std::size_t k = size_ - 1; k > 0; --k) {
-      const Step& step = steps_[k - 1];
-      if (step.toGeocentric) trace.ToGeographic(*step.toGeocentric, At(k - 1).columns, count_);
-      if (step.toGeographic) trace.ToGeocentric(*step.toGeographic, At(k).columns, count_);
-      if (step.datum) trace.Transform(*step.datum, At(k - 1).columns, count_);
-      if (step.shift)
-        trace.Shift(*step.shift, step.place, At(k).columns, At(k - 1).columns, count_);
-    }
+    for (std::size_t k = size_ - 1; k > projection_; --k) Tell(trace, k);
+  }
+  void TellPlane(ChainTrace& trace) const {
+    for (std::size_t k = projection_ - 1; k > 0; --k) Tell(trace, k);
   }
 
  private:
-  void Keep(ChainTrace::Points points) {
-    for (std::size_t c = 0; c < 3; ++c) std::copy_n(points[c], count_, points_[size_][c]);
-    ++size_;
-  }
   struct Positions {
     const double* columns[3];
   };
   Positions At(std::size_t k) const { return {points_[k][0], points_[k][1], points_[k][2]}; }
 
-  std::size_t count_, size_ = 0;
+  void Keep(ChainTrace::Points points) {
+    for (std::size_t c = 0; c < 3; ++c) std::copy_n(points[c], count_, points_[size_][c]);
+    ++size_;
+  }
+  void Tell(ChainTrace& trace, std::size_t k) const {
+    const Step& step = steps_[k - 1];
+    const Positions before = At(k), after = At(k - 1);
+    if (step.toGeocentric) trace.ToGeographic(*step.toGeocentric, after.columns, count_);
+    if (step.toGeographic) trace.ToGeocentric(*step.toGeographic, before.columns, count_);
+    if (step.datum) trace.Transform(*step.datum, after.columns, count_);
+    if (step.shift) trace.Shift(*step.shift, step.place, before.columns, after.columns, count_);
+  }
+
+  std::size_t count_, size_ = 0, projection_ = 0;
   Step steps_[kRoom];
   double points_[kRoom + 1][3][kBatchBlock];
-  double* first_[3] = {points_[0][0], points_[0][1], points_[0][2]};
+  double* local_[3] = {};
 };
 
 }  // namespace
@@ -133,9 +144,9 @@ struct CoordinateChain::Block {
   const PointDates dates;
   const std::size_t count;
   std::size_t alive;
-  ChainTrace* trace;           // hears of the steps to local; null where nobody listens
-  bool arrived = false;        // on the local ellipsoid, of a chain without heights
-  Journal* journal = nullptr;  // of the steps to global around the datum, where one is kept
+  ChainTrace* trace;              // hears of the steps to local; null where nobody listens
+  Journal* journal = nullptr;     // of the steps to global, where one is kept
+  const Journal* told = nullptr;  // whose steps are told, of a block on the local ellipsoid
   ChainStep failed[kBatchBlock];
 
   Block(double* const (&columns)[3], PointDates years, std::size_t points,
@@ -209,8 +220,8 @@ struct CoordinateChain::Block {
 
   void Shift(const ChainShift& step, bool toLocal, ChainStep place) {
     double before[3][kBatchBlock];
-    const bool told = trace && toLocal;
-    if (told) {
+    const bool hears = trace && toLocal;
+    if (hears) {
       std::copy_n(x, count, before[0]);
       std::copy_n(y, count, before[1]);
       std::copy_n(h, count, before[2]);
@@ -225,7 +236,7 @@ struct CoordinateChain::Block {
       FailWhere(ChainStep::modelYears, is(ShiftStatus::otherDate));
       Check(place, converted);
     }
-    if (told) trace->Shift(step, place, {before[0], before[1], before[2]}, {x, y, h}, count);
+    if (hears) trace->Shift(step, place, {before[0], before[1], before[2]}, {x, y, h}, count);
     if (!toLocal) Note({.shift = &step, .place = place});
   }
 
@@ -448,7 +459,7 @@ std::vector<ChainShift> CoordinateChain::*CoordinateChain::ListOf(ShiftPlace pla
 
 void CoordinateChain::ToLocalBlock(Block& p) const {
   double heights[kBatchBlock];
-  if (!p.arrived) {
+  if (!p.told) {
     p.TurnGeographic(projection_, kToInternal);
     p.CheckLatitudes(ChainStep::input);
     if (p.trace) p.trace->Start({p.x, p.y, p.h}, p.count);
@@ -462,7 +473,10 @@ void CoordinateChain::ToLocalBlock(Block& p) const {
   if (HasHeights()) std::copy_n(heights, p.count, p.h);
 
   if (projection_) GlobalToGrid(p);
-  ShiftPlane(p, true);
+  if (p.told)
+    p.told->TellPlane(*p.trace);
+  else
+    ShiftPlane(p, true);
   GridToSite(p, !p.trace || p.trace->NeedsGrid());
   p.TurnGrid(projection_, kToUser);
   if (p.trace && !projection_) p.trace->Finish({p.x, p.y, p.h}, p.count);
@@ -552,26 +566,28 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
   if (MovesPositions() && samePosition) DatumToGlobal(p);
 }
 
-// A listener hears of the steps to local: where those around the datum are known from the way to global,
-// of these, else of the points on their way back.
+// A listener hears of the steps to local: where those are known from the way to global, of these, else of
+// the points on their way back.
 void CoordinateChain::ToGlobalBlock(Block& p) const {
   ChainTrace* const trace = std::exchange(p.trace, nullptr);
+  const std::size_t steps =
+      2 * (beforeDatum_.size() + afterDatum_.size()) + 3 + 1 + afterProjection_.size();
+  const bool known = trace && !HasHeights() && !trace->NeedsGrid() && steps <= Journal::kRoom;
+  std::optional<Journal> journal;
   p.TurnGrid(projection_, kToInternal);
   SiteToGrid(p);
+  if (known) p.journal = &journal.emplace(ChainTrace::Points{p.x, p.y, p.h}, p.count);
   ShiftPlane(p, false);
   if (projection_) GridToGlobal(p);
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
-  const std::size_t shifts = beforeDatum_.size() + afterDatum_.size();
-  const bool known = !HasHeights() && afterProjection_.empty() && 2 * shifts + 3 <= Journal::kRoom;
-  if (trace && known && !trace->NeedsGrid()) {
-    Journal journal({p.x, p.y, p.h}, p.count);
-    p.journal = &journal;
+  if (known) {
+    journal->NoteProjection({p.x, p.y, p.h});
     if (MovesPositions()) DatumToGlobal(p);
     p.journal = nullptr;
     if (p.alive > 0) {
-      journal.TellBackwards(*trace);
-      Block local(journal.First(), p.dates, p.count, trace);
-      local.arrived = true;
+      journal->TellAroundDatum(*trace);
+      Block local(journal->Local(), p.dates, p.count, trace);
+      local.told = &*journal;
       ToLocalBlock(local);
       p.Inherit(local);
     }
