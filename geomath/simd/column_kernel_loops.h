@@ -21,6 +21,32 @@ struct ColumnLoops {
       conversion.template Convert<Polynomial<Target>>(columns[i]...);
   }
 
+#if defined(GEOMATH_COMPACT) && defined(__wasm_simd128__)
+  /// Pairs of points, whole vectors, and of an odd number the last one twice: no second form of the
+  /// statements is needed for a rest.
+  template <std::size_t... C>
+  static void ConvertPairs(const Conversion& conversion, std::size_t count, double* const* columns,
+                           std::index_sequence<C...>) {
+    if (const std::size_t even = count & ~std::size_t{1}) Pairs(conversion, even, columns[C]...);
+    if (count % 2 == 0) return;
+    double last[sizeof...(C)][2];
+    ((last[C][0] = last[C][1] = columns[C][count - 1]), ...);
+    Pairs(conversion, 2, last[C]...);
+    ((columns[C][count - 1] = last[C][0]), ...);
+  }
+
+  template <class... Column>
+  [[gnu::noinline]] static void Pairs(Conversion conversion, std::size_t count,
+                                      Column* GEOMATH_RESTRICT... columns) {
+#pragma clang loop unroll(disable)
+    for (std::size_t i = 0; i < count; i += 2) {
+#pragma clang loop vectorize_width(2) interleave_count(1) unroll(disable)
+      for (std::size_t k = i; k < i + 2; ++k)
+        conversion.template Convert<Polynomial<Target>>(columns[k]...);
+    }
+  }
+#endif
+
   template <class... Column>
   static bool ServesAll(Conversion conversion, std::size_t count, const Column*... columns) {
     std::size_t refused = 0;
@@ -45,10 +71,15 @@ bool ColumnKernel<Target, Conversion>::ServesAll(const Conversion& conversion,
 template <class Target, class Conversion>
 void ColumnKernel<Target, Conversion>::Convert(const Conversion& conversion, double* const* columns,
                                                std::size_t count) {
+  constexpr std::make_index_sequence<Conversion::kColumns> indices;
+#if defined(GEOMATH_COMPACT) && defined(__wasm_simd128__)
+  ColumnLoops<Target, Conversion>::ConvertPairs(conversion, count, columns, indices);
+#else
   [&]<std::size_t... C>(std::index_sequence<C...>) {
     ColumnLoops<Target, Conversion>::Convert(conversion, count, columns[C]...);
   }
-  (std::make_index_sequence<Conversion::kColumns>());
+  (indices);
+#endif
 }
 
 }  // namespace zel_cs::geomath::simd

@@ -176,6 +176,23 @@ GEOMATH_INLINE double Polynomial<Target>::Exp(double x) {
 }
 
 /// The functions of columns for one point: the same bits.
+#ifndef GEOMATH_COMPACT
 using BatchMath = Polynomial<struct Baseline>;
+#else
+/// A build whose size counts (GEOMATH_COMPACT) has them once, and calls them.
+struct BatchMath {
+  using Real = double;
+  static constexpr bool kColumns = true;
+  static void SinCos(double x, double& sine, double& cosine);
+  static double Atan2(double y, double x);
+  static double Atan(double x) { return Atan2(x, 1.0); }
+  static double Log(double x);
+  static double Log1p(double x);
+  static double Exp(double x);
+  static double Sqrt(double x) { return std::sqrt(x); }
+  static double Abs(double x) { return std::abs(x); }
+  static double CopySign(double x, double sign) { return std::copysign(x, sign); }
+};
+#endif
 
 }  // namespace zel_cs::geomath::simd

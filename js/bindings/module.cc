@@ -78,7 +78,7 @@ GEOMATH_JS("textSize") std::size_t TextSize() { return text.size(); }
 /// An object of `{"kind": …, "given": …}`; null, and the complaint as text, when there is none.
 GEOMATH_JS("make") Handle Make(const char* description, std::size_t size) {
   return Guarded([&]() -> Handle {
-    const json wanted = json::parse(description, description + size);
+    const json wanted = geomath_files::ParseJson({description, size}, "");
     const auto kind = wanted.at("kind").get<std::string>();
     for (const Maker& maker : kMakers)
       if (kind == maker.kind) return new std::shared_ptr<Object>(maker.make(wanted.at("given")));

@@ -36,6 +36,21 @@ for (const g of engines) {
     }
   });
 
+  test(`${g.engine}: no point depends on how many come with it`, () => {
+    const [lat, lon] = [between(44, 50, randoms(1025)), between(5, 13, randoms(1025, 7))];
+    for (const [name, parameters] of [["TMERC", { centralMeridian: 9, scale: 0.9996, lat0: 0, east0: 0, north0: 0 }],
+      ["LC", { southLat: 44, northLat: 50, lon0: 9, lat0: 46, east0: 0, north0: 0, scale: 1 }]]) {
+      const projection = new g.Projection(name, parameters);
+      const [north, east] = projection.forward(lat, lon), back = projection.inverse(north, east);
+      for (const count of [1, 2, 3, 1023]) {
+        const some = projection.forward(lat.slice(0, count), lon.slice(0, count));
+        assert.deepEqual(some, [north.slice(0, count), east.slice(0, count)], `${name}, ${count} forward`);
+        const inverse = projection.inverse(...some);
+        assert.deepEqual(inverse, back.map((column) => column.slice(0, count)), `${name}, ${count} back`);
+      }
+    }
+  });
+
   test(`${g.engine}: a system file carries the British test points`, () => {
     const chain = g.CoordinateChain.fromSystem(textOf("examples/great_britain/system.json"));
     const [head, ...rows] = textOf("examples/great_britain/points.csv").trim().split(/\r?\n/).map((line) => line.split(","));

@@ -9,7 +9,7 @@
 
 namespace zel_cs::geomath {
 
-#if defined(__GXX_ABI_VERSION) && !defined(_MSC_VER)
+#if defined(__GXX_ABI_VERSION) && !defined(_MSC_VER) && !defined(GEOMATH_COMPACT)
 
 /// The table of virtual functions of an object's class: an object begins with its address (Itanium
 /// C++ ABI, 2.4, which GCC and Clang follow).
@@ -49,7 +49,8 @@ GEOMATH_INLINE bool HostReplaces(const TGeoProj& proj) {
 
 #else
 
-/// With another ABI nothing counts as replaced: a host's class there overrides the blocks as well.
+/// With another ABI nothing counts as replaced: a host's class there overrides the blocks as well. A
+/// compact build, a module that is closed, has no hosts.
 template <auto kFunction>
 bool HostReplaces(const TGeoProj&) {
   return false;

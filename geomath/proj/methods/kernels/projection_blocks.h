@@ -57,12 +57,21 @@ bool DerivativesOf(const Formulas& formulas, double b, double l, GridDerivatives
   return true;
 }
 
+/// Whether derivatives run in loops over columns. A build whose size counts (GEOMATH_COMPACT) takes them
+/// point by point, to the same bits.
+#ifdef GEOMATH_COMPACT
+inline constexpr bool kDerivativesInColumns = false;
+#else
+inline constexpr bool kDerivativesInColumns = true;
+#endif
+
 /// FormulaView::DifferentiateBlock.
 template <class Formulas>
 void DerivativesByKernel(const Formulas& formulas, const TGeoProj& proj,
                          double* const (&columns)[6], std::size_t count) {
   constexpr double kRefused = std::numeric_limits<double>::quiet_NaN();
-  RunKernel(DerivativesBy<Formulas>{formulas}, columns, count, [&](double(&point)[6]) {
+  using Derivatives = DerivativesBy<Formulas>;
+  const auto single = [&](double(&point)[6]) {
     GridDerivatives d{kRefused, kRefused, kRefused, kRefused};
     DerivativesOf(formulas, point[0], point[1], d);
     point[4] = point[0];
@@ -72,7 +81,12 @@ void DerivativesByKernel(const Formulas& formulas, const TGeoProj& proj,
     point[1] = d.eastB;
     point[2] = d.northL;
     point[3] = d.eastL;
-  });
+  };
+  if constexpr (kDerivativesInColumns)
+    RunKernel(Derivatives{formulas}, columns, count, single);
+  else
+    for (std::size_t i = 0; i < count; ++i)
+      ConvertUnserved<Derivatives::kInputs>(i, columns, single);
 }
 
 /// Runs `single`, which converts one point, over a block in place.
