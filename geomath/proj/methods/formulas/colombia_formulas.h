@@ -5,6 +5,7 @@
 #include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/latitude.h"
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/latitude_dual.h"
 
 namespace zel_cs::geomath {
 
@@ -18,8 +19,9 @@ struct ColombiaFormulas {
 
   template <class Math>
   GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
-    using Real = typename Math::Real;
-    const Real phi = b, x = Parallel<Math>(phi) * FoldTurn(l - lambda0);
+    using Latitude = simd::LatitudeMath<Math>;
+    const typename Latitude::Real phi = Latitude::Of(b);
+    const typename Math::Real x = Parallel<Latitude>(phi) * FoldTurn(l - lambda0);
     b = fNorth + rho0 * ((phi - phi0) + B * (x * x));
     l = fEast + x;
   }

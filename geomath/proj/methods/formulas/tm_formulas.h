@@ -6,6 +6,7 @@
 #include "geomath/proj/methods/math/meridian_series.h"
 #include "geomath/proj/methods/math/multiple_angles.h"
 #include "geomath/simd/elementary.h"
+#include "geomath/simd/latitude_dual.h"
 
 namespace zel_cs::geomath {
 
@@ -44,15 +45,16 @@ struct TmFormulas {
 
   template <class Math>
   GEOMATH_INLINE void Forward(typename Math::Real& b, typename Math::Real& l) const {
-    using Real = typename Math::Real;
-    const Real phi = b;
+    using Latitude = simd::LatitudeMath<Math>;
+    using Real = typename Latitude::Real;  // all but d
+    const Real phi = Latitude::Of(b);
     Real s, c;
-    Math::SinCos(phi, s, c);
+    Latitude::SinCos(phi, s, c);
     const Real t = s / c, t2 = t * t, t4 = t2 * t2, c2 = c * c, c3 = c2 * c, c5 = c3 * c2;
     const Real w2 = 1 - e2 * (s * s);
-    const Real nu = aK0 / Math::Sqrt(w2);  // C1
-    const Real nuOverRho = w2 * invAxes2;  // C2, from its first part
-    const Real eta2 = nuOverRho - 1;       // C2, second part
+    const Real nu = aK0 / Latitude::Sqrt(w2);  // C1
+    const Real nuOverRho = w2 * invAxes2;      // C2, from its first part
+    const Real eta2 = nuOverRho - 1;           // C2, second part
 
     const Real I = ArcFromOrigin(phi, s, c) + fNorth;
     const Real II = 1.0 / 2 * nu * s * c;
@@ -62,7 +64,7 @@ struct TmFormulas {
     const Real V = 1.0 / 6 * nu * c3 * (nuOverRho - t2);
     const Real VI = 1.0 / 120 * nu * c5 * (5 - 18 * t2 + t4 + 14 * eta2 - 58 * t2 * eta2);
 
-    const Real d = FoldTurn(l - lambda0), d2 = d * d;
+    const typename Math::Real d = FoldTurn(l - lambda0), d2 = d * d;
     b = I + d2 * (II + d2 * (III + d2 * IIIA));  // C4
     l = fEast + d * (IV + d2 * (V + d2 * VI));   // C5
   }

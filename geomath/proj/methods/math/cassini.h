@@ -5,6 +5,7 @@
 #include "geomath/base/ellipsoid.h"
 #include "geomath/base/internal/fold_angle.h"
 #include "geomath/proj/methods/math/meridian_series.h"
+#include "geomath/simd/latitude_dual.h"
 
 namespace zel_cs::geomath {
 
@@ -37,15 +38,18 @@ class CassiniSoldner {
   GEOMATH_INLINE PlaneOf<typename Math::Real> Forward(typename Math::Real phi,
                                                       typename Math::Real lambda) const {
     using Real = typename Math::Real;
-    Real s, c;
-    Math::SinCos(phi, s, c);
-    const Real t = s / c;
+    using Latitude = simd::LatitudeMath<Math>;
+    using OfLatitude = typename Latitude::Real;
+    const OfLatitude b = Latitude::Of(phi);
+    OfLatitude s, c;
+    Latitude::SinCos(b, s, c);
+    const OfLatitude t = s / c;
     const Real A = FoldTurn(lambda - lambda0_) * c, A2 = A * A;
-    const Real T = t * t, C = ep2_ * (c * c);
-    const Real nu = a_ / Math::Sqrt(1 - e2_ * (s * s));
+    const OfLatitude T = t * t, C = ep2_ * (c * c);
+    const OfLatitude nu = a_ / Latitude::Sqrt(1 - e2_ * (s * s));
     const Real x = nu * A * (1 - T * A2 * (1.0 / 6 + (8 - T + 8 * C) * A2 / 120));
     const Real y =
-        meridian_.Arc(phi, s, c) - m0_ + nu * t * A2 * (1.0 / 2 + (5 - T + 6 * C) * A2 / 24);
+        meridian_.Arc(b, s, c) - m0_ + nu * t * A2 * (1.0 / 2 + (5 - T + 6 * C) * A2 / 24);
     return {y * cosTheta_ - x * sinTheta_, y * sinTheta_ + x * cosTheta_};
   }
 
