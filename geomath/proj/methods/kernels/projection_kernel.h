@@ -86,7 +86,8 @@ struct DerivativesBy {
       return latitude & formulas.ServesForward(b, l);
   }
   GEOMATH_INLINE bool Serves(double b, double l, double, double, double, double) const {
-    return ServesDerivatives(b, l) & formulas.ServesForward(b, l);
+    const bool derivatives = ServesDerivatives(b, l), forward = formulas.ServesForward(b, l);
+    return derivatives & forward;
   }
 };
 
