@@ -56,7 +56,7 @@ void GeoidHeight::HeightsAndSlopes(const double* b, const double* l, double* hei
                       perLatitude + first, perLongitude + first);
   for (std::size_t i = 0; i < count; ++i)
     if (!std::isfinite(perLatitude[i] + perLongitude[i]))
-      std::any_of(std::begin(kSteps), std::end(kSteps), [&](const auto& step) {
+      (void)std::any_of(std::begin(kSteps), std::end(kSteps), [&](const auto& step) {
         const double besideB = b[i] + step[0] * kSide, besideL = l[i] + step[1] * kSide;
         return DifferenceHeights(*this, &besideB, &besideL, 1, perLatitude + i, perLongitude + i);
       });
