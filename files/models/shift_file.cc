@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "files/models/deformation_file.h"
+#include "files/models/kept_shifts.h"
 #include "files/models/raster_reader.h"
 #include "files/models/shift_json.h"
 #include "files/words/name_match.h"
@@ -84,8 +85,17 @@ std::unique_ptr<CoordinateShift> ParseShift(const ShiftBytes& bytes, const Shift
   return OfNtv2(own, choice.file);
 }
 
-std::unique_ptr<CoordinateShift> OpenShift(const ShiftChoice& choice) {
-  return ParseShift(ReadShiftBytes(choice.file), choice);
+std::shared_ptr<const CoordinateShift> OpenShift(const ShiftChoice& choice) {
+  KeptShifts& kept = KeptShifts::Instance();
+  const auto state = FileState::Of(choice.file);
+  if (state)
+    if (auto shift = kept.Find(choice, *state)) return shift;
+  const ShiftBytes bytes = ReadShiftBytes(choice.file);
+  std::shared_ptr<const CoordinateShift> shift = ParseShift(bytes, choice);
+  const bool standsAlone =
+      bytes.size() == 1;  // else the state of one file says nothing of the others
+  if (state && standsAlone) kept.Keep(choice, *state, shift);
+  return shift;
 }
 
 }  // namespace geomath_files

@@ -22,6 +22,8 @@ struct ShiftChoice {
   std::optional<zel_cs::geomath::ShiftSpace> space = {};
   /// Decimal year from whose positions velocities lead, which their file does not tell.
   std::optional<double> epoch = {};
+
+  bool operator==(const ShiftChoice&) const = default;
 };
 
 /// The bytes of the files that a shift is made of: its own under an empty name, those that it names
@@ -31,8 +33,9 @@ using ShiftBytes = std::map<std::string, std::string>;
 /// Opens a shift by what is in its file: a ShiftGrid from NTv2 (.gsb) or a geodetic TIFF, a
 /// GeocentricShiftGrid or a VelocityGrid from the latter, a Triangulation from JSON, or a
 /// DeformationModel from JSON and the grids that it names, which are looked for beside it. Throws
-/// UserError with the file and the place in it.
-std::unique_ptr<zel_cs::geomath::CoordinateShift> OpenShift(const ShiftChoice& choice);
+/// UserError with the file and the place in it. One that was opened before may be the same object, as
+/// long as its file has not changed.
+std::shared_ptr<const zel_cs::geomath::CoordinateShift> OpenShift(const ShiftChoice& choice);
 
 /// The bytes of the files that OpenShift reads for a path. Throws UserError.
 ShiftBytes ReadShiftBytes(const std::string& path);

@@ -85,7 +85,7 @@ std::unique_ptr<CoordinateShift> ParseShift(const ShiftBytes& bytes, const Shift
   return grid;
 }
 
-std::unique_ptr<CoordinateShift> OpenShift(const ShiftChoice& choice) {
+std::shared_ptr<const CoordinateShift> OpenShift(const ShiftChoice& choice) {
   return ParseShift({{"", std::string(geomath_js::OfferedFile(choice.file))}}, choice);
 }
 

@@ -56,11 +56,9 @@ double Distance(const PJ_COORD& a, const double (&b)[3]) {
 }
 
 // The files as the library of files reads them.
-std::unique_ptr<VelocityGrid> Velocities(const std::string& path, double epoch) {
-  auto shift = geomath_files::OpenShift({.file = path, .epoch = epoch});
-  if (dynamic_cast<VelocityGrid*>(shift.get()))
-    return std::unique_ptr<VelocityGrid>(static_cast<VelocityGrid*>(shift.release()));
-  return nullptr;
+std::shared_ptr<const VelocityGrid> Velocities(const std::string& path, double epoch) {
+  return std::dynamic_pointer_cast<const VelocityGrid>(
+      geomath_files::OpenShift({.file = path, .epoch = epoch}));
 }
 
 struct Region {
@@ -170,7 +168,7 @@ class NordicChain {
 
  private:
   std::unique_ptr<FrameChange> itrf2000_, etrf2000_;
-  std::unique_ptr<VelocityGrid> to2000_;
+  std::shared_ptr<const VelocityGrid> to2000_;
   SmallAngleSimilarity national_;
   CoordinateChain chain_;
 };

@@ -143,7 +143,7 @@ std::vector<fs::path> GridsIn(const fs::path& folder) {
 void CompareAll(const fs::path& folder) {
   for (const fs::path& file : GridsIn(folder)) {
     const std::string name = file.filename().string();
-    std::unique_ptr<CoordinateShift> shift;
+    std::shared_ptr<const CoordinateShift> shift;
     try {
       shift = OpenShift({.file = file.string(), .position = GridPosition::target});
     } catch (const UserError& error) {

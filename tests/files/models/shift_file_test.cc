@@ -3,6 +3,7 @@
 #include <gdal_priv.h>
 #include <gtest/gtest.h>
 
+#include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -11,6 +12,7 @@
 #include <vector>
 
 #include "files/gdal/ogr.h"
+#include "files/models/kept_shifts.h"
 #include "files/words/user_error.h"
 #include "geomath/shift/shift_grid.h"
 #include "geomath/shift/triangulation.h"
@@ -28,8 +30,8 @@ namespace {
 constexpr double kSecond = kDegree / 3600;
 constexpr double kNodeSeconds = 3e-7;  // arc-seconds: single precision of shifts of 4
 
-std::unique_ptr<CoordinateShift> Open(const std::vector<Directory>& directories,
-                                      ShiftChoice choice = {}) {
+std::shared_ptr<const CoordinateShift> Open(const std::vector<Directory>& directories,
+                                            ShiftChoice choice = {}) {
   choice.file = Write(directories);
   return OpenShift(choice);
 }
@@ -189,6 +191,40 @@ TEST(ShiftFile, SurvivesFilesThatEndAnywhere) {
                 ParseShift({{"", text.substr(0, size)}}, {"cut.json"});
               }),
               "no complaint");
+}
+
+TEST(ShiftFile, IsReadAgainWhenTheFileWasWritten) {
+  ShiftChoice choice;
+  choice.file = Write({Outer()});
+  const auto first = OpenShift(choice);
+  EXPECT_EQ(OpenShift(choice), first);
+  ShiftChoice other = choice;
+  other.position = GridPosition::target;
+  EXPECT_NE(OpenShift(other), first);
+  namespace fs = std::filesystem;
+  fs::last_write_time(choice.file, fs::last_write_time(choice.file) + std::chrono::seconds(1));
+  EXPECT_NE(OpenShift(choice), first);
+  fs::remove(choice.file);
+  EXPECT_THROW(OpenShift(choice), UserError);
+}
+
+TEST(ShiftFile, KeepsWhatWasAskedForLastWithinBounds) {
+  KeptShifts kept;
+  const KeptShifts::Shift shift = Open({Outer()});
+  constexpr std::uintmax_t kMegabyte = 1 << 20;
+  const auto file = [](const char* name, std::uintmax_t size) {
+    return FileState{name, size * kMegabyte, {}};
+  };
+  kept.Keep({}, file("a", 30), shift);
+  kept.Keep({}, file("b", 30), shift);
+  EXPECT_EQ(kept.Find({}, file("a", 30)), shift);
+  kept.Keep({}, file("c", 30), shift);
+  EXPECT_EQ(kept.Find({}, file("a", 30)), shift);
+  EXPECT_EQ(kept.Find({}, file("b", 30)), nullptr);
+  EXPECT_EQ(kept.Find({}, file("c", 30)), shift);
+  kept.Keep({}, file("d", 65), shift);
+  EXPECT_EQ(kept.Find({}, file("d", 65)), nullptr);
+  EXPECT_EQ(kept.Find({}, file("c", 31)), nullptr);
 }
 
 TEST(ShiftFile, ReadsTriangulations) {
