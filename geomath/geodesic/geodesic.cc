@@ -33,6 +33,19 @@ void SearchPair(const GeodesicFormulas& g, double (&pair)[4]) {
   l2 = arc.omega12;
 }
 
+// One pair, in place, by the formulas that serve it.
+void SolvePair(const GeodesicFormulas& g, double (&pair)[4]) {
+  auto& [b1, l1, b2, l2] = pair;
+  const GeodesicCloseFormulas close{{g}};
+  const GeodesicInverseFormulas columns{{g}};
+  if (close.Serves(b1, l1, b2, l2))
+    close.Convert<Math>(b1, l1, b2, l2);
+  else if (columns.Serves(b1, l1, b2, l2))
+    columns.Convert<Math>(b1, l1, b2, l2);
+  else
+    SearchPair(g, pair);
+}
+
 // Four columns to three, block by block. Failed elements leave no number.
 template <class Convert>
 std::size_t ConvertFour(const double* const (&from)[4], double* const (&to)[3], std::size_t count,
@@ -83,11 +96,7 @@ Geodesic::Geodesic(const Ellipsoid& ellipsoid)
 
 GeodesicMeasure Geodesic::Inverse(double b1, double l1, double b2, double l2) const {
   double pair[4] = {b1, l1, b2, l2};
-  const GeodesicInverseFormulas columns{*formulas_};
-  if (columns.Serves(b1, l1, b2, l2))
-    columns.Convert<Math>(pair[0], pair[1], pair[2], pair[3]);
-  else
-    SearchPair(*formulas_, pair);
+  SolvePair(*formulas_, pair);
   return {pair[0], pair[1], pair[2]};
 }
 
@@ -105,9 +114,16 @@ GeodesicLine Geodesic::Line(double b, double l, double azimuth) const {
 std::size_t Geodesic::InverseBatch(const double* b1, const double* l1, const double* b2,
                                    const double* l2, double* distance, double* azimuth,
                                    double* backAzimuth, std::size_t count) const {
+  const GeodesicCloseFormulas close{{*formulas_}};
+  const auto solve = [&](double(&pair)[4]) { SolvePair(*formulas_, pair); };
   const auto convert = [&](double* const(&columns)[4], std::size_t n) {
-    RunKernel(GeodesicInverseFormulas{*formulas_}, columns, n,
-              [&](double(&pair)[4]) { SearchPair(*formulas_, pair); });
+    std::size_t manyClose = 0;  // the kernel is that of most, and the other pairs go one by one
+    for (std::size_t i = 0; i < n; ++i)
+      manyClose += close.Serves(columns[0][i], columns[1][i], columns[2][i], columns[3][i]);
+    if (manyClose > n / 2)
+      RunKernel(close, columns, n, solve);
+    else
+      RunKernel(GeodesicInverseFormulas{{*formulas_}}, columns, n, solve);
   };
   return ConvertFour({b1, l1, b2, l2}, {distance, azimuth, backAzimuth}, count, convert);
 }

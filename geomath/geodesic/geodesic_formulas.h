@@ -156,14 +156,9 @@ struct GeodesicDirectFormulas {
   }
 };
 
-/// The inverse problem over columns, for two points that are not nearly antipodal: the spherical
-/// longitude ω12 is found by a Newton iteration on λ(ω) with the derivative of the sphere (each of
-/// the three steps takes all but f or the square of the error), and the sphere is then solved for azimuths and arc. φ1, λ1,
-/// φ2, λ2 become the distance, the azimuth, the back azimuth and cos ω12.
-struct GeodesicInverseFormulas {
-  static constexpr std::size_t kColumns = 4;
-  static constexpr double kFromAntipode = 0.2;  // radians, within which the columns do not serve
-
+/// The inverse problem once the spherical longitude difference ω12 is known: the sphere is solved for
+/// azimuths and arc.
+struct GeodesicTriangleFormulas {
   GeodesicFormulas g;
 
   /// A pair of points on the auxiliary sphere with a longitude difference of ω between them.
@@ -230,38 +225,10 @@ struct GeodesicInverseFormulas {
             {t.beta2.sin * inverse, s.alpha2.cos * t.beta2.cos * inverse}};
   }
 
-  /// d(sin α0·σ12)/dω on the sphere, by which ω − λ = f·sin α0·I3 changes.
-  static GEOMATH_INLINE double Slope(const Triangle& t, const Solved& s, double cosOmega) {
-    const double a2 = s.sinAlpha0 * s.sinAlpha0;
-    const double inverse = 1 / (s.sinSigma12 == 0 ? 1.0 : s.sinSigma12);
-    return s.sigma12 * inverse * (t.cosCos * cosOmega - a2 * s.cosSigma12) + a2;
-  }
-
-  /// One step of the iteration: the ω12 that follows another.
+  /// φ1, λ1, φ2, λ2 become the distance, the azimuth, the back azimuth and ω12.
   template <class Math>
-  GEOMATH_INLINE double Improve(const Triangle& t, double lambda12, double omega12) const {
-    const GeodesicFormulas::Unit omega = GeodesicFormulas::SinCos<Math>(omega12);
-    const Solved s = Solve<Math>(t, omega);
-    const Ends ends = EndsOf(t, s);
-    const double eps = g.Expansion(ends.cosAlpha0), fA3 = g.f * g.longitude.A3(eps);
-    const double i3 = s.sigma12 + ends.Change(g.longitude.C3(eps));       // 23
-    const double excess = (omega12 - fA3 * s.sinAlpha0 * i3) - lambda12;  // 8
-    return omega12 - excess / (1 - fA3 * Slope(t, s, omega.cos));
-  }
-
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& phi1, double& lambda1, double& phi2, double& lambda2) const {
-    const Triangle t = Prepare<Math>(phi1, phi2);
-    const double lambda12 = FoldTurn(lambda2 - lambda1);
-
-    const GeodesicFormulas::Unit first = GeodesicFormulas::SinCos<Math>(lambda12);
-    const Solved sphere = Solve<Math>(t, first);
-    double omega12 = lambda12 + g.f * sphere.sinAlpha0 * sphere.sigma12 /
-                                    (1 - g.f * Slope(t, sphere, first.cos));
-    omega12 = Improve<Math>(t, lambda12, omega12);  // written out: the compilers vectorise no loop
-    omega12 = Improve<Math>(t, lambda12, omega12);  // of this size within that over the columns
-    omega12 = Improve<Math>(t, lambda12, omega12);
-
+  GEOMATH_INLINE void Finish(const Triangle& t, double omega12, double& phi1, double& lambda1,
+                             double& phi2, double& lambda2) const {
     const Solved s = Solve<Math>(t, GeodesicFormulas::SinCos<Math>(omega12));
     const Ends ends = EndsOf(t, s);
     const double eps = g.Expansion(ends.cosAlpha0);
@@ -270,6 +237,79 @@ struct GeodesicInverseFormulas {
     phi2 = GeodesicFormulas::Azimuth<Math>(-s.alpha2.sin, -s.alpha2.cos);
     lambda2 = omega12;
   }
+};
+
+/// The inverse problem over columns for two points that are close together: λ12 is the integral of
+/// √(1 − e²·cos²β) over ω (Bessel's dλ/dω), whose mean between the ends three nodes give (Gauss).
+struct GeodesicCloseFormulas {
+  static constexpr std::size_t kColumns = 4;
+  /// Differences in latitude and in longitude, radians, within which the mean leaves less than 1 nm, and
+  /// the latitude beyond which it changes too fast.
+  static constexpr double kClose = 0.012, kNearPole = 1.4;
+
+  GeodesicTriangleFormulas triangle;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& phi1, double& lambda1, double& phi2, double& lambda2) const {
+    const auto t = triangle.Prepare<Math>(phi1, phi2);
+    const double lambda12 = FoldTurn(lambda2 - lambda1);
+    triangle.Finish<Math>(t, lambda12 / MeanSlope(t, lambda12), phi1, lambda1, phi2, lambda2);
+  }
+
+  GEOMATH_INLINE bool Serves(double phi1, double lambda1, double phi2, double lambda2) const {
+    const bool latitude1 = std::abs(phi1) < kNearPole, latitude2 = std::abs(phi2) < kNearPole;
+    const bool longitude1 = std::abs(lambda1) <= kTwoPi, longitude2 = std::abs(lambda2) <= kTwoPi;
+    const bool north = std::abs(phi2 - phi1) < kClose;
+    const bool east = std::abs(FoldTurn(lambda2 - lambda1)) < kClose;
+    return triangle.g.nearSphere & latitude1 & latitude2 & longitude1 & longitude2 & north & east;
+  }
+
+ private:
+  GEOMATH_INLINE double MeanSlope(const GeodesicTriangleFormulas::Triangle& t,
+                                  double lambda12) const {
+    constexpr double kNode = 0.11270166537925831, kEnds = 5.0 / 18, kMiddle = 8.0 / 18;
+    const double e2 = triangle.g.f * (2 - triangle.g.f);
+    const double tan1 = t.beta1.sin / t.beta1.cos, tan2 = t.beta2.sin / t.beta2.cos;
+    const double mean = (tan1 + tan2) / 2;
+    const double omega2 = lambda12 * lambda12 / SlopeSquared(e2, mean);
+    // tan β grows with ω as a sum of its values at the ends times sin(share·ω12)/sin ω12.
+    const auto share = [omega2](double x) {
+      return x * (1 + omega2 * ((1 - x * x) / 6 + omega2 * (1 - x * x) * (7 - 3 * x * x) / 360));
+    };
+    const double far = share(1 - kNode), near = share(kNode), half = share(0.5);
+    const double first = far * tan1 + near * tan2, last = near * tan1 + far * tan2;
+    return kEnds * (std::sqrt(SlopeSquared(e2, first)) + std::sqrt(SlopeSquared(e2, last))) +
+           kMiddle * std::sqrt(SlopeSquared(e2, half * (tan1 + tan2)));
+  }
+  static GEOMATH_INLINE double SlopeSquared(double e2, double tanBeta) {
+    return 1 - e2 / (1 + tanBeta * tanBeta);
+  }
+};
+
+/// The inverse problem over columns, for two points that are neither close together nor nearly
+/// antipodal: ω12 is found by a Newton iteration on λ(ω) with the derivative of the sphere (each of the
+/// three steps takes all but f or the square of the error). The columns are those of Finish.
+struct GeodesicInverseFormulas {
+  static constexpr std::size_t kColumns = 4;
+  static constexpr double kFromAntipode = 0.2;  // radians, within which the columns do not serve
+
+  GeodesicTriangleFormulas triangle;
+
+  template <class Math>
+  GEOMATH_INLINE void Convert(double& phi1, double& lambda1, double& phi2, double& lambda2) const {
+    const GeodesicFormulas& g = triangle.g;
+    const auto t = triangle.Prepare<Math>(phi1, phi2);
+    const double lambda12 = FoldTurn(lambda2 - lambda1);
+
+    const GeodesicFormulas::Unit first = GeodesicFormulas::SinCos<Math>(lambda12);
+    const auto sphere = triangle.Solve<Math>(t, first);
+    double omega12 = lambda12 + g.f * sphere.sinAlpha0 * sphere.sigma12 /
+                                    (1 - g.f * Slope(t, sphere, first.cos));
+    omega12 = Improve<Math>(t, lambda12, omega12);  // written out: the compilers vectorise no loop
+    omega12 = Improve<Math>(t, lambda12, omega12);  // of this size within that over the columns
+    omega12 = Improve<Math>(t, lambda12, omega12);
+    triangle.Finish<Math>(t, omega12, phi1, lambda1, phi2, lambda2);
+  }
 
   GEOMATH_INLINE bool Serves(double phi1, double lambda1, double phi2, double lambda2) const {
     const bool latitude1 = std::abs(phi1) <= kHalfPi, latitude2 = std::abs(phi2) <= kHalfPi;
@@ -277,8 +317,32 @@ struct GeodesicInverseFormulas {
     const bool mirrored = std::abs(phi1 + phi2) < kFromAntipode;
     const bool opposite = std::abs(FoldTurn(lambda2 - lambda1)) > kPi - kFromAntipode;
     const bool polar = std::abs(phi1) > kHalfPi - kFromAntipode;
-    const bool inRange = latitude1 & latitude2 & longitude1 & longitude2;
-    return inRange & g.nearSphere & !(mirrored & (opposite | polar));
+    const bool inRange = latitude1 & latitude2 & longitude1 & longitude2 & triangle.g.nearSphere;
+    const bool close = GeodesicCloseFormulas{triangle}.Serves(phi1, lambda1, phi2, lambda2);
+    return inRange & !close & !(mirrored & (opposite | polar));
+  }
+
+ private:
+  /// d(sin α0·σ12)/dω on the sphere, by which ω − λ = f·sin α0·I3 changes.
+  static GEOMATH_INLINE double Slope(const GeodesicTriangleFormulas::Triangle& t,
+                                     const GeodesicTriangleFormulas::Solved& s, double cosOmega) {
+    const double a2 = s.sinAlpha0 * s.sinAlpha0;
+    const double inverse = 1 / (s.sinSigma12 == 0 ? 1.0 : s.sinSigma12);
+    return s.sigma12 * inverse * (t.cosCos * cosOmega - a2 * s.cosSigma12) + a2;
+  }
+
+  /// One step of the iteration: the ω12 that follows another.
+  template <class Math>
+  GEOMATH_INLINE double Improve(const GeodesicTriangleFormulas::Triangle& t, double lambda12,
+                                double omega12) const {
+    const GeodesicFormulas& g = triangle.g;
+    const GeodesicFormulas::Unit omega = GeodesicFormulas::SinCos<Math>(omega12);
+    const auto s = triangle.Solve<Math>(t, omega);
+    const auto ends = triangle.EndsOf(t, s);
+    const double eps = g.Expansion(ends.cosAlpha0), fA3 = g.f * g.longitude.A3(eps);
+    const double i3 = s.sigma12 + ends.Change(g.longitude.C3(eps));       // 23
+    const double excess = (omega12 - fA3 * s.sinAlpha0 * i3) - lambda12;  // 8
+    return omega12 - excess / (1 - fA3 * Slope(t, s, omega.cos));
   }
 };
 

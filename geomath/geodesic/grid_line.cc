@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "geomath/base/angle.h"
+#include "geomath/base/internal/fold_angle.h"
 #include "geomath/geodesic/distortion.h"
 #include "geomath/simd/scalar.h"
 
@@ -52,10 +53,11 @@ struct GridLines::End {
 GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
     : proj_(&proj), geoid_(geoid), geodesic_(proj.GetEllipsoid()) {}
 
-// Where the series of a class leave more than rounding between its two directions, the inverse is
-// repeated with what they differ by: the position is the one that is mapped to `at`.
+// The position is the one that is mapped to `at`, where the series of a class leave more than rounding
+// between its two directions as well: small rests are taken back by the derivatives there, for larger ones
+// the inverse is repeated with what it missed.
 bool GridLines::Locate(const GridPoint& at, End& end) const {
-  constexpr double kRounding = 1e-8, kUnrelated = 1;  // metres
+  constexpr double kRounding = 1e-8, kSmall = 1e-4, kUnrelated = 1;  // metres
   end.at = at;
   end.b = at.n;
   end.l = at.e;
@@ -64,14 +66,19 @@ bool GridLines::Locate(const GridPoint& at, End& end) const {
   if (!proj_->ForwardPoint(n, e)) return false;
   const double restN = at.n - n, restE = at.e - e, rest = Hypot(restN, restE);
   if (!(rest < kUnrelated)) return false;
-  if (rest > kRounding) {
+  GridDerivatives d = {kNaN, kNaN, kNaN, kNaN};
+  const bool differentiable = proj_->ForwardDerivatives(end.b, end.l, d);
+  if (rest > kRounding && rest < kSmall && differentiable) {
+    const double area = d.northB * d.eastL - d.northL * d.eastB;
+    end.b += (restN * d.eastL - restE * d.northL) / area;
+    end.l += (restE * d.northB - restN * d.eastB) / area;
+  } else if (rest > kRounding) {
     end.b = at.n + restN;
     end.l = at.e + restE;
     if (!proj_->InversePoint(end.b, end.l)) return false;
+    proj_->ForwardDerivatives(end.b, end.l, d);
   }
-  GridDerivatives derivatives = {kNaN, kNaN, kNaN, kNaN};
-  proj_->ForwardDerivatives(end.b, end.l, derivatives);
-  end.images = UnitImagesOf(derivatives, proj_->GetEllipsoid(), end.b);
+  end.images = UnitImagesOf(d, proj_->GetEllipsoid(), end.b);
   double undulation = 0;
   if (geoid_ && !geoid_->Height(end.b, end.l, undulation)) return false;
   end.height = at.h + undulation;
@@ -95,11 +102,11 @@ void GridLines::Describe(const End& from, const End& to, const GeodesicMeasure& 
   line.scale2 = arc2.scale;
   line.convergence1 = from.Convergence();
   line.convergence2 = to.Convergence();
-  line.arcToChord1 = std::remainder(chord - arc1.bearing, kTwoPi);
-  line.arcToChord2 = std::remainder(chord + kPi - arc2.bearing, kTwoPi);
+  line.arcToChord1 = FoldTurn(chord - arc1.bearing);
+  line.arcToChord2 = FoldTurn(chord + kPi - arc2.bearing);
   line.lineScale = line.gridDistance / line.geodesicDistance;
 
-  const double turn = std::remainder(geodesic.backAzimuth - kPi - geodesic.azimuth, kTwoPi);
+  const double turn = FoldTurn(geodesic.backAzimuth - kPi - geodesic.azimuth);
   const double R =
       RadiusInAzimuth(proj_->GetEllipsoid(), (from.b + to.b) / 2, geodesic.azimuth + turn / 2);
   line.height1 = from.height;

@@ -161,9 +161,51 @@ TEST(Geodesic, ShortLinesKeepTheirDigits) {
   const double north = kA * (1 - e.e2) / (w2 * std::sqrt(w2)) * (b2 - b);
   const double east = kA / std::sqrt(w2) * std::cos(b + db / 2) * dl;
   const GeodesicMeasure line = Geodesic(e).Inverse(b, 0, b2, dl);
-  constexpr double kRelative = 1e-9;
+  constexpr double kRelative = 3e-9;  // the rounding of the sphere, 3e-12 m
   EXPECT_NEAR(line.distance, std::hypot(north, east), kRelative * std::hypot(north, east));
   EXPECT_NEAR(line.azimuth, std::atan2(east, north), kRelative);
+}
+
+// Evaluated as kIntegrals, with the arc given: on both sides of the limits within which pairs are
+// close, 0.012 radians and 1.4 in latitude. Radians and metres, start at longitude 0.
+struct ClosePair {
+  double lat, endLat, endLon, distance, azimuth, endAzimuth;
+};
+constexpr ClosePair kClosePairs[] = {
+    {0, 1.154950129778343079e-6, 0.01190993385710989573, 75963.19015397736544, 1.5707,
+     1.570700006877771674},
+    {0, 1.164614518570471079e-6, 0.01200959857557952405, 76598.86538539140389, 1.5707,
+     1.570700006993361053},
+    {0.3, 0.3119303843896059657, 0.0002492037340839820479, 75668.33817882215087, 0.02,
+     0.02007506491532951996},
+    {0.3, 0.3122311430291251599, 0.0002555105890146259718, 77575.96592120577757, 0.02,
+     0.02007700136928764289},
+    {-0.9, -0.906881179598220683, 0.01543045097768820361, 75165.05930990897888, 2.2,
+     2.187879818733853138},
+    {1.399, 1.400015970866722414, 0.009375950150285226174, 12117.27403896190824, 1,
+     1.009238745508471366},
+    {1.3998, 1.400940934138570929, -0.005697419870017661949, 9566.278284004513114, -0.7,
+     -0.70561488058871601},
+    {1.4005, 1.40164092093324679, -0.005720770095479752556, 9566.285810901409064, -0.7,
+     -0.7056385703268353021},
+    {-1.2, -1.19999547514491532, -0.00002451193514323200581, 63.75316777525989544, -1.1,
+     -1.099977153938468748},
+    {0.0001, 0.00009975884837962178179, -1.789396749824455151e-7, 1.90702569430578472, -2.5,
+     -2.500000000017872392},
+};
+
+TEST(Geodesic, ClosePairsHaveFortyDigits) {
+  const Geodesic geodesic(MakeEllipsoid(kA, kGrs80));
+  constexpr double kRounding = 2e-9;  // metres: of positions in radians
+  for (const ClosePair& pair : kClosePairs) {
+    const GeodesicMeasure line = geodesic.Inverse(pair.lat, 0, pair.endLat, pair.endLon);
+    EXPECT_NEAR(line.distance, pair.distance, kRounding);
+    const auto across = [&](double azimuth, double exact) {
+      return std::remainder(azimuth - exact, kTwoPi) * pair.distance;
+    };
+    EXPECT_NEAR(across(line.azimuth, pair.azimuth), 0, kRounding) << pair.distance;
+    EXPECT_NEAR(across(line.backAzimuth + kPi, pair.endAzimuth), 0, kRounding) << pair.distance;
+  }
 }
 
 TEST(Geodesic, AreasOfKnownFigures) {
