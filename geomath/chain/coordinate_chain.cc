@@ -4,7 +4,6 @@
 #include <cmath>
 #include <iterator>
 #include <limits>
-#include <optional>
 #include <utility>
 
 #include "geomath/base/angle.h"
@@ -570,40 +569,60 @@ void CoordinateChain::HeightToEllipsoid(Block& p) const {
 // the points on their way back.
 void CoordinateChain::ToGlobalBlock(Block& p) const {
   ChainTrace* const trace = std::exchange(p.trace, nullptr);
-  const std::size_t steps =
-      2 * (beforeDatum_.size() + afterDatum_.size()) + 3 + 1 + afterProjection_.size();
-  const bool known = trace && !HasHeights() && !trace->NeedsGrid() && steps <= Journal::kRoom;
-  std::optional<Journal> journal;
+  if (trace && HasKnownSteps(*trace)) return ToGlobalInJournal(p, *trace);
   p.TurnGrid(projection_, kToInternal);
   SiteToGrid(p);
-  if (known) p.journal = &journal.emplace(ChainTrace::Points{p.x, p.y, p.h}, p.count);
+  GridToEllipsoid(p);
+  LocalToGlobal(p);
+  p.TurnGeographic(projection_, kToUser);
+  if (trace && p.alive > 0) TellWayBack(p, *trace);
+}
+
+// From the plane that the site stands in to positions on the local ellipsoid.
+void CoordinateChain::GridToEllipsoid(Block& p) const {
   ShiftPlane(p, false);
   if (projection_) GridToGlobal(p);
   p.CheckLatitudes(projection_ ? ChainStep::projection : ChainStep::input);
-  if (known) {
-    journal->NoteProjection({p.x, p.y, p.h});
-    if (MovesPositions()) DatumToGlobal(p);
-    p.journal = nullptr;
-    if (p.alive > 0) {
-      journal->TellAroundDatum(*trace);
-      Block local(journal->Local(), p.dates, p.count, trace);
-      local.told = &*journal;
-      ToLocalBlock(local);
-      p.Inherit(local);
-    }
-    return p.TurnGeographic(projection_, kToUser);
-  }
+}
+
+void CoordinateChain::LocalToGlobal(Block& p) const {
   if (HasHeights())
     HeightToEllipsoid(p);
   else if (MovesPositions())
     DatumToGlobal(p);
+}
+
+bool CoordinateChain::HasKnownSteps(const ChainTrace& trace) const {
+  const std::size_t steps =
+      2 * (beforeDatum_.size() + afterDatum_.size()) + 3 + 1 + afterProjection_.size();
+  return !HasHeights() && !trace.NeedsGrid() && steps <= Journal::kRoom;
+}
+
+void CoordinateChain::ToGlobalInJournal(Block& p, ChainTrace& trace) const {
+  p.TurnGrid(projection_, kToInternal);
+  SiteToGrid(p);
+  Journal journal({p.x, p.y, p.h}, p.count);
+  p.journal = &journal;
+  GridToEllipsoid(p);
+  journal.NoteProjection({p.x, p.y, p.h});
+  LocalToGlobal(p);
+  p.journal = nullptr;
+  if (p.alive > 0) {
+    journal.TellAroundDatum(trace);
+    Block local(journal.Local(), p.dates, p.count, &trace);
+    local.told = &journal;
+    ToLocalBlock(local);
+    p.Inherit(local);
+  }
   p.TurnGeographic(projection_, kToUser);
-  if (!trace || p.alive == 0) return;
+}
+
+void CoordinateChain::TellWayBack(Block& p, ChainTrace& trace) const {
   double at[3][kBatchBlock];
   std::copy_n(p.x, p.count, at[0]);
   std::copy_n(p.y, p.count, at[1]);
   std::copy_n(p.h, p.count, at[2]);
-  Block back({at[0], at[1], at[2]}, p.dates, p.count, trace);
+  Block back({at[0], at[1], at[2]}, p.dates, p.count, &trace);
   ToLocalBlock(back);
   p.Inherit(back);
 }

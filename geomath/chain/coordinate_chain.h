@@ -211,6 +211,11 @@ class GEOMATH_API CoordinateChain {
   void RaiseHeights(Block& block, double* heights) const;
   void ShiftPlane(Block& block, bool toLocal) const;
   void HeightToEllipsoid(Block& block) const;
+  void GridToEllipsoid(Block& block) const;
+  void LocalToGlobal(Block& block) const;
+  bool HasKnownSteps(const ChainTrace& trace) const;
+  void ToGlobalInJournal(Block& block, ChainTrace& trace) const;
+  void TellWayBack(Block& block, ChainTrace& trace) const;
   template <class Convert>
   static std::size_t KeepUncalibrated(Block& block, unsigned char mode, Convert convert);
   void GlobalToGrid(Block& block) const;
