@@ -16,6 +16,7 @@ struct FileState {
   std::filesystem::path path;
   std::uintmax_t size;  ///< bytes
   std::filesystem::file_time_type written;
+  /// Whether nothing seems to have changed.
   bool operator==(const FileState&) const = default;
 
   /// Nothing where there is no such file.

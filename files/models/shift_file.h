@@ -23,6 +23,7 @@ struct ShiftChoice {
   /// Decimal year from whose positions velocities lead, which their file does not tell.
   std::optional<double> epoch = {};
 
+  /// Whether both say the same.
   bool operator==(const ShiftChoice&) const = default;
 };
 
