@@ -100,7 +100,8 @@ struct Square {
 
 #endif
 
-// Triples and pairs the compilers turn into shuffles by themselves, nine numbers into one after the other.
+// Triples and pairs the compilers turn into shuffles by themselves, nine numbers into one after the
+// other.
 template <class Target>
 template <std::size_t N, std::size_t kRoom>
 void BatchKernel<Target>::Separate(const double* GEOMATH_RESTRICT points,

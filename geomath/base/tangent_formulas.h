@@ -11,6 +11,22 @@
 /// Geometric Geodesy I, section 3.3): d(X, Y, Z) = [n e u]·diag(M + h, (N + h)·cos B, 1)·d(B, L, h).
 namespace zel_cs::geomath {
 
+/// The metres that a radian of latitude and one of longitude are at a position.
+struct MetresPerRadian {
+  double latitude, longitude;
+
+  static GEOMATH_INLINE MetresPerRadian Of(double a, double e2, double sB, double cB, double h) {
+    const double w2 = 1 - e2 * (sB * sB), N = a / std::sqrt(w2), M = N * (1 - e2) / w2;
+    return {M + h, (N + h) * cB};
+  }
+  template <class Math>
+  static GEOMATH_INLINE MetresPerRadian At(double a, double e2, double B, double h) {
+    double s, c;
+    Math::SinCos(B, s, c);
+    return Of(a, e2, s, c, h);
+  }
+};
+
 /// Metres per radian of latitude and longitude at a position, and the directions of north, east and up
 /// in geocentric axes, which are the columns of `axes`.
 struct TangentFrame {
@@ -22,9 +38,10 @@ struct TangentFrame {
     double sB, cB, sL, cL;
     Math::SinCos(B, sB, cB);
     Math::SinCos(L, sL, cL);
-    const double w2 = 1 - e2 * (sB * sB), N = a / std::sqrt(w2), M = N * (1 - e2) / w2;
-    return {
-        M + h, (N + h) * cB, {{{-sB * cL, -sL, cB * cL}, {-sB * sL, cL, cB * sL}, {cB, 0, sB}}}};
+    const MetresPerRadian metres = MetresPerRadian::Of(a, e2, sB, cB, h);
+    return {metres.latitude,
+            metres.longitude,
+            {{{-sB * cL, -sL, cB * cL}, {-sB * sL, cL, cB * sL}, {cB, 0, sB}}}};
   }
 
   static GEOMATH_INLINE bool ServesColumns(double B, double L) {
@@ -49,71 +66,24 @@ struct RadiansPerMetre {
   }
 };
 
-/// Two derivatives by latitude and longitude to those by metres at the place. Columns: latitude and
-/// height, which stay, and the derivatives.
-struct SlopesPerMetre {
-  static constexpr std::size_t kColumns = 4;
+/// Derivatives of or by latitudes and longitudes times what `Factors` gives for them at their place:
+/// RadiansPerMetre or MetresPerRadian. Columns: latitude and height, which stay, kEach derivatives of
+/// latitude and as many of longitude.
+template <class Factors, std::size_t kEach>
+struct ScaleTangent {
+  static constexpr std::size_t kColumns = 2 + 2 * kEach;
   double a, e2;
 
-  explicit SlopesPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
+  explicit ScaleTangent(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
 
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& byLatitude, double& byLongitude) const {
-    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
-    byLatitude *= radians.latitude;
-    byLongitude *= radians.longitude;
+  template <class Math, class... Derivatives>
+  GEOMATH_INLINE void Convert(double& B, double& h, Derivatives&... derivatives) const {
+    const Factors factors = Factors::template At<Math>(a, e2, B, h);
+    std::size_t k = 0;
+    ((derivatives *= k++ < kEach ? factors.latitude : factors.longitude), ...);
   }
-  GEOMATH_INLINE bool Serves(double B, double, double, double) const {
-    return TangentFrame::ServesColumns(B, 0);
-  }
-};
-
-/// The derivatives of metres at a place to the north and the east to those of latitude and longitude.
-/// Columns: latitude and height, which stay, and the derivatives of north and of east, three each.
-struct MetresToTangent {
-  static constexpr std::size_t kColumns = 8;
-  double a, e2;
-
-  explicit MetresToTangent(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
-
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& b2, double& l0,
-                              double& l1, double& l2) const {
-    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
-    b0 *= radians.latitude;
-    b1 *= radians.latitude;
-    b2 *= radians.latitude;
-    l0 *= radians.longitude;
-    l1 *= radians.longitude;
-    l2 *= radians.longitude;
-  }
-  template <class... Six>
-  GEOMATH_INLINE bool Serves(double B, double, Six...) const {
-    return TangentFrame::ServesColumns(B, 0);
-  }
-};
-
-/// The derivatives of geographic coordinates, of latitudes and of longitudes three each, to those of
-/// metres at their place. Columns: latitude and height, which stay, and the six derivatives.
-struct TangentToMetres {
-  static constexpr std::size_t kColumns = 8;
-  double a, e2;
-
-  explicit TangentToMetres(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
-
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& b2, double& l0,
-                              double& l1, double& l2) const {
-    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
-    b0 *= frame.perLatitude;
-    b1 *= frame.perLatitude;
-    b2 *= frame.perLatitude;
-    l0 *= frame.perLongitude;
-    l1 *= frame.perLongitude;
-    l2 *= frame.perLongitude;
-  }
-  template <class... Six>
-  GEOMATH_INLINE bool Serves(double B, double, Six...) const {
+  template <class... Derivatives>
+  GEOMATH_INLINE bool Serves(double B, double, Derivatives...) const {
     return TangentFrame::ServesColumns(B, 0);
   }
 };

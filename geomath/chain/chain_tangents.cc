@@ -4,6 +4,7 @@
 #include <cmath>
 #include <initializer_list>
 #include <limits>
+#include <utility>
 
 #include "geomath/base/angle.h"
 #include "geomath/base/tangent_formulas.h"
@@ -38,15 +39,21 @@ void ChainTangents::RunAt(const Conversion& conversion, Points geographic, std::
       });
 }
 
-// Two columns of slopes at the positions, by latitude and longitude, to those by metres there.
-void ChainTangents::ToSlopesPerMetre(Points geographic, double* byLatitude, double* byLongitude,
-                                     std::size_t count) const {
-  const SlopesPerMetre conversion(*ellipsoid_);
+// Derivatives of latitude, and as many of longitude, between radians and metres at the positions.
+template <class Factors, class... Columns>
+void ChainTangents::Scale(const Ellipsoid& ellipsoid, const double* latitudes, std::size_t count,
+                          Columns*... derivatives) const {
+  using Conversion = ScaleTangent<Factors, sizeof...(derivatives) / 2>;
+  const Conversion conversion(ellipsoid);
+  const auto single = [&](double(&p)[Conversion::kColumns]) {
+    [&]<std::size_t... K>(std::index_sequence<K...>) {
+      conversion.template Convert<simd::Scalar>(p[K]...);
+    }
+    (std::make_index_sequence<Conversion::kColumns>());
+  };
   RunKernel(conversion,
-            {const_cast<double*>(geographic[0]), const_cast<double*>(ellipsoidal_), byLatitude,
-             byLongitude},
-            count,
-            [&](double(&p)[4]) { conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3]); });
+            {const_cast<double*>(latitudes), const_cast<double*>(ellipsoidal_), derivatives...},
+            count, single);
 }
 
 Matrix3 ChainTangents::At(std::size_t i) const {
@@ -115,13 +122,13 @@ void ChainTangents::Mix(std::size_t count) {
 void ChainTangents::Times(const Matrix3& matrix, std::size_t count) {
   auto& t = tangent_;
   const auto& m = matrix.m;
-  const TimesLevel level{m[0][0], m[0][1], m[1][0], m[1][1]};
-  const TimesInclined inclined{level, m[2][0], m[2][1]};
+  const PlaneTangent plane{m[0][0], m[0][1], m[1][0], m[1][1]};
+  const TimesInclined inclined{plane, m[2][0], m[2][1]};
   const bool tilts = inclined.m20 != 0 || inclined.m21 != 0;
   if (heights_ == Heights::mixed)
     return RunKernel(TimesTangent{matrix}, {t[0], t[1], t[2], t[3], t[4], t[5], t[6], t[7], t[8]},
                      count);
-  if (!tilts) return RunKernel(level, {t[0], t[1], t[3], t[4]}, count);
+  if (!tilts) return RunKernel(TimesLevel{plane}, {t[0], t[1], t[3], t[4]}, count);
   Slope(count);
   RunKernel(inclined, {t[0], t[1], t[3], t[4], t[6], t[7]}, count);
 }
@@ -133,15 +140,10 @@ void ChainTangents::ToRadians(Points geographic, std::size_t count) {
   auto& t = tangent_;
   if (!plane_) {
     WritePlane(count);
-    return ToSlopesPerMetre(geographic, t[0], t[4], count);
+    return Scale<RadiansPerMetre>(*ellipsoid_, geographic[0], count, t[0], t[4]);
   }
   Mix(count);
-  const MetresToTangent conversion(*ellipsoid_);
-  RunKernel(conversion,
-            {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[2], t[3], t[4], t[5]},
-            count, [&](double(&p)[8]) {
-              conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
-            });
+  Scale<RadiansPerMetre>(*ellipsoid_, geographic[0], count, t[0], t[1], t[2], t[3], t[4], t[5]);
 }
 
 void ChainTangents::ToGeocentric(const Ellipsoid& ellipsoid, Points geographic, std::size_t count) {
@@ -307,7 +309,7 @@ void ChainTangents::LowerByGeoid(Points geographic, const double* perLatitude,
   if (!(AllWithin(perLatitude, count, kLargest) && AllWithin(perLongitude, count, kLargest)))
     for (std::size_t i = 0; i < count; ++i)
       if (!std::isfinite(perLatitude[i] + perLongitude[i])) Fail(i, ChainStep::geoid);
-  if (inMetres_) ToSlopesPerMetre(geographic, slopes[0], slopes[1], count);
+  if (inMetres_) Scale<RadiansPerMetre>(*ellipsoid_, geographic[0], count, slopes[0], slopes[1]);
   Lower(LowerHeight<false>(), slopes[0], slopes[1], nullptr, count);
   if (!uncertainty_.geoid_) return;
   const auto& noise = *uncertainty_.geoid_;
@@ -349,7 +351,7 @@ void ChainTangents::LowerByShift(const ChainShift& step, Points before, Points a
   const ChainUncertainty::ShiftNoise* const noise = NoiseOf(step);
   Jacobians j;
   ShiftDerivatives(step, before, after, count, ChainStep::verticalShift, j);
-  if (inMetres_) ToSlopesPerMetre(before, j[6], j[7], count);
+  if (inMetres_) Scale<RadiansPerMetre>(*ellipsoid_, before[0], count, j[6], j[7]);
   if (step.direction == ShiftDirection::forward)
     Lower(LowerHeight<false>(), j[6], j[7], j[8], count);
   else
@@ -431,13 +433,7 @@ std::size_t ChainTangents::Project(const TGeoProj& projection, Points geographic
   if (east != geographic[1]) std::copy_n(geographic[1], count, east);
   const std::size_t converted =
       projection.ForwardWithDerivativesBatch(north, east, {d[0], d[1], d[2], d[3]}, count);
-  if (inMetres_) {
-    const GridPerMetre conversion(*ellipsoid_);
-    RunKernel(conversion, {latitudes, ellipsoidal_, d[0], d[1], d[2], d[3]}, count,
-              [&](double(&p)[6]) {
-                conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]);
-              });
-  }
+  if (inMetres_) Scale<RadiansPerMetre>(*ellipsoid_, latitudes, count, d[0], d[1], d[2], d[3]);
   inMetres_ = false;
   if (!plane_) {
     plane_ = true;
@@ -518,19 +514,9 @@ void ChainTangents::Finish(Points geographic, std::size_t count) {
   auto& t = tangent_;
   if (heights_ != Heights::mixed) {
     WritePlane(count);
-    const PlaneToMetres conversion(*ellipsoid);
-    return RunKernel(conversion,
-                     {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[3], t[4]},
-                     count, [&](double(&p)[6]) {
-                       conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5]);
-                     });
+    return Scale<MetresPerRadian>(*ellipsoid, geographic[0], count, t[0], t[1], t[3], t[4]);
   }
-  const TangentToMetres conversion(*ellipsoid);
-  RunKernel(conversion,
-            {const_cast<double*>(geographic[0]), ellipsoidal_, t[0], t[1], t[2], t[3], t[4], t[5]},
-            count, [&](double(&p)[8]) {
-              conversion.Convert<simd::Scalar>(p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7]);
-            });
+  Scale<MetresPerRadian>(*ellipsoid, geographic[0], count, t[0], t[1], t[2], t[3], t[4], t[5]);
 }
 
 void ChainTangents::AddNoise(std::size_t i, const Vector* images, std::size_t count,

@@ -86,8 +86,9 @@ class ChainTangents : public ChainTrace {
                        double (&sigma)[3]);
   static bool IsLevel(const Jacobians& jacobians, std::size_t count);
   const ChainUncertainty::ShiftNoise* NoiseOf(const ChainShift& step) const;
-  void ToSlopesPerMetre(Points geographic, double* byLatitude, double* byLongitude,
-                        std::size_t count) const;
+  template <class Factors, class... Columns>
+  void Scale(const Ellipsoid& ellipsoid, const double* latitudes, std::size_t count,
+             Columns*... derivatives) const;
   void Part(std::size_t count);
   void ToRadians(Points geographic, std::size_t count);
   void WritePlane(std::size_t count);

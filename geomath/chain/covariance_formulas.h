@@ -39,6 +39,39 @@ struct MarkCovariance {
   }
 };
 
+/// Two rows and columns of a plane, as they stand or as their inverse.
+struct PlaneTangent {
+  double a, b, c, d;
+
+  template <bool kInverse>
+  static GEOMATH_INLINE PlaneTangent Of(double t00, double t01, double t10, double t11) {
+    const double q = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
+    return {kInverse ? t11 * q : t00, kInverse ? -t01 * q : t01, kInverse ? -t10 * q : t10,
+            kInverse ? t00 * q : t11};
+  }
+
+  /// These rows and columns times those of others.
+  GEOMATH_INLINE void Times(double& t00, double& t01, double& t10, double& t11) const {
+    const double north[] = {t00, t01}, east[] = {t10, t11};
+    t00 = a * north[0] + b * east[0];
+    t01 = a * north[1] + b * east[1];
+    t10 = c * north[0] + d * east[0];
+    t11 = c * north[1] + d * east[1];
+  }
+
+  /// What (x, y) with this covariance becomes, and that of z with it.
+  GEOMATH_INLINE void Carry(double& xx, double& xy, double& yy, double& xz, double& yz) const {
+    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
+    const double cx = c * xx + d * xy, cy = c * xy + d * yy;
+    const double az = a * xz + b * yz, cz = c * xz + d * yz;
+    xx = ax * a + ay * b;
+    xy = ax * c + ay * d;
+    yy = cx * c + cy * d;
+    xz = az;
+    yz = cz;
+  }
+};
+
 /// T ← M·T with one matrix for all points.
 struct TimesTangent {
   static constexpr std::size_t kColumns = 9;
@@ -53,23 +86,20 @@ struct TimesTangent {
 /// The same of the four that do not leave the plane.
 struct TimesLevel {
   static constexpr std::size_t kColumns = 4;
-  double m00, m01, m10, m11;
+  PlaneTangent matrix;
 
   template <class Math>
   GEOMATH_INLINE void Convert(double& t00, double& t01, double& t10, double& t11) const {
-    const double north[] = {t00, t01}, east[] = {t10, t11};
-    t00 = m00 * north[0] + m01 * east[0];
-    t01 = m00 * north[1] + m01 * east[1];
-    t10 = m10 * north[0] + m11 * east[0];
-    t11 = m10 * north[1] + m11 * east[1];
+    matrix.Times(t00, t01, t10, t11);
   }
 };
 
-/// The same of those behind which a height depends on the place, with a matrix that tilts heights, whose
-/// own row in it is (m20, m21, 1). Columns: four of the plane, and the two of the height by the plane.
+/// The same of those behind which a height depends on the place, with a matrix that tilts heights,
+/// whose own row in it is (m20, m21, 1). Columns: four of the plane, and the two of the height by the
+/// plane.
 struct TimesInclined {
   static constexpr std::size_t kColumns = 6;
-  TimesLevel level;
+  PlaneTangent matrix;
   double m20, m21;
 
   template <class Math>
@@ -77,7 +107,7 @@ struct TimesInclined {
                               double& t21) const {
     t20 += m20 * t00 + m21 * t10;
     t21 += m20 * t01 + m21 * t11;
-    level.Convert<Math>(t00, t01, t10, t11);
+    matrix.Times(t00, t01, t10, t11);
   }
 };
 
@@ -109,30 +139,6 @@ struct LowerHeight {
   }
 };
 
-/// Two rows and columns of a plane, as they stand or as their inverse.
-struct PlaneTangent {
-  double a, b, c, d;
-
-  template <bool kInverse>
-  static GEOMATH_INLINE PlaneTangent Of(double t00, double t01, double t10, double t11) {
-    const double q = kInverse ? 1 / (t00 * t11 - t01 * t10) : 1;
-    return {kInverse ? t11 * q : t00, kInverse ? -t01 * q : t01, kInverse ? -t10 * q : t10,
-            kInverse ? t00 * q : t11};
-  }
-
-  /// What (x, y) with this covariance becomes, and that of z with it.
-  GEOMATH_INLINE void Carry(double& xx, double& xy, double& yy, double& xz, double& yz) const {
-    const double ax = a * xx + b * xy, ay = a * xy + b * yy;
-    const double cx = c * xx + d * xy, cy = c * xy + d * yy;
-    const double az = a * xz + b * yz, cz = c * xz + d * yz;
-    xx = ax * a + ay * b;
-    xy = ax * c + ay * d;
-    yy = cx * c + cy * d;
-    xz = az;
-    yz = cz;
-  }
-};
-
 /// The first two rows of T through the derivatives of a projection. Columns: those of
 /// GridDerivatives, which stay, and the six of the rows.
 struct ProjectTangent {
@@ -161,12 +167,7 @@ struct ProjectPlane {
   template <class Math>
   GEOMATH_INLINE void Convert(double& northB, double& eastB, double& northL, double& eastL,
                               double& b0, double& b1, double& l0, double& l1) const {
-    const PlaneTangent p = PlaneTangent::Of<kInverse>(northB, northL, eastB, eastL);
-    const double b[] = {b0, b1}, l[] = {l0, l1};
-    b0 = p.a * b[0] + p.b * l[0];
-    b1 = p.a * b[1] + p.b * l[1];
-    l0 = p.c * b[0] + p.d * l[0];
-    l1 = p.c * b[1] + p.d * l[1];
+    PlaneTangent::Of<kInverse>(northB, northL, eastB, eastL).Times(b0, b1, l0, l1);
   }
 };
 
@@ -182,50 +183,6 @@ struct Symmetric3 {
       return half.m[r][0] * J.m[c][0] + half.m[r][1] * J.m[c][1] + half.m[r][2] * J.m[c][2];
     };
     return {at(0, 0), at(0, 1), at(0, 2), at(1, 1), at(1, 2), at(2, 2)};
-  }
-};
-
-/// The derivatives of a projection by metres at the positions: latitude and ellipsoidal height, which
-/// stay, and those of GridDerivatives.
-struct GridPerMetre {
-  static constexpr std::size_t kColumns = 6;
-  double a, e2;
-
-  explicit GridPerMetre(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
-
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& northB, double& eastB, double& northL,
-                              double& eastL) const {
-    const RadiansPerMetre radians = RadiansPerMetre::At<Math>(a, e2, B, h);
-    northB *= radians.latitude;
-    eastB *= radians.latitude;
-    northL *= radians.longitude;
-    eastL *= radians.longitude;
-  }
-  GEOMATH_INLINE bool Serves(double B, double, double, double, double, double) const {
-    return TangentFrame::ServesColumns(B, 0);
-  }
-};
-
-/// The rows of a plane from latitude and longitude to metres at the positions: columns latitude and
-/// ellipsoidal height, which stay, and the four of the rows.
-struct PlaneToMetres {
-  static constexpr std::size_t kColumns = 6;
-  double a, e2;
-
-  explicit PlaneToMetres(const Ellipsoid& ell) : a(ell.a), e2(ell.e2) {}
-
-  template <class Math>
-  GEOMATH_INLINE void Convert(double& B, double& h, double& b0, double& b1, double& l0,
-                              double& l1) const {
-    const TangentFrame frame = TangentFrame::At<Math>(a, e2, B, 0, h);
-    b0 *= frame.perLatitude;
-    b1 *= frame.perLatitude;
-    l0 *= frame.perLongitude;
-    l1 *= frame.perLongitude;
-  }
-  GEOMATH_INLINE bool Serves(double B, double, double, double, double, double) const {
-    return TangentFrame::ServesColumns(B, 0);
   }
 };
 
@@ -261,8 +218,8 @@ struct PropagateLevel {
   }
 };
 
-/// The same with a T that turns and stretches the plane by itself, and has heights depend on it: columns
-/// six of C and, which stay, four of the plane's rows and the three of the height's.
+/// The same with a T that turns and stretches the plane by itself, and has heights depend on it:
+/// columns six of C and, which stay, four of the plane's rows and the three of the height's.
 template <bool kInverse>
 struct PropagateSloped {
   static constexpr std::size_t kColumns = 13;

@@ -54,8 +54,8 @@ GridLines::GridLines(const TGeoProj& proj, const GeoidHeight* geoid)
     : proj_(&proj), geoid_(geoid), geodesic_(proj.GetEllipsoid()) {}
 
 // The position is the one that is mapped to `at`, where the series of a class leave more than rounding
-// between its two directions as well: small rests are taken back by the derivatives there, for larger ones
-// the inverse is repeated with what it missed.
+// between its two directions as well: small rests are taken back by the derivatives there, for larger
+// ones the inverse is repeated with what it missed.
 bool GridLines::Locate(const GridPoint& at, End& end) const {
   constexpr double kRounding = 1e-8, kSmall = 1e-4, kUnrelated = 1;  // metres
   end.at = at;

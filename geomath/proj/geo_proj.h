@@ -125,8 +125,9 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   std::size_t ForwardDerivativesBatch(double* b, double* l, double* northL, double* eastL,
                                       std::size_t count) const;
   /// Both ForwardPoint and ForwardDerivatives of `count` positions, in fewer operations: latitudes and
-  /// longitudes in place, the members of GridDerivatives, in their order, into four columns. A point
-  /// where one of them fails is NaN in all; returns the number of the others.
+  /// longitudes (radians) become northings and eastings (metres) in place, and the members of
+  /// GridDerivatives, in their order, go into four columns. A point where one of them fails is NaN in
+  /// all; returns the number of the others.
   std::size_t ForwardWithDerivativesBatch(double* b, double* l, double* const (&derivatives)[4],
                                           std::size_t count) const;
 

@@ -156,6 +156,43 @@ TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
   EXPECT_TRUE(std::isnan(height) && std::isnan(toNorth) && std::isnan(toEast));
 }
 
+// Those that a rule states, where its surface is curved to the third degree: beside differences of its
+// heights over 1e-4 of a step, which the rounding of heights limits.
+TEST(GeoidModels, StatedSlopesAreThoseOfACurvedSurface) {
+  constexpr double kPart = 1e-6, kDoubles = 1e-3;  // radians; metres per radian, of slopes to 300
+  constexpr double kSingles = 30;                  // heights of 4e-6 m, over kPart on both sides
+  std::vector<float> south, north;
+  const auto at = [](int r, int c) {
+    return static_cast<float>(40 + 2 * std::sin(2.0 * r) + std::cos(1.7 * c) +
+                              std::sin(1.0 * r * c));
+  };
+  for (int r = 0; r < 10; ++r)
+    for (int c = 0; c < 10; ++c) {
+      south.push_back(at(r, c));
+      north.push_back(at(9 - r, c));
+    }
+  const RegGeoidInterpalation4 nearest(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidInterpalation4x4SW cell(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidInterpalation4x4NW cubicNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
+  const RegGeoidIntrp_Lagrange4x4SW lagrange(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidIntrp_Spline4x4SW spline(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidKrigingIntrp kriging(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const RegGeoidInterpalation_GG2008SW six(kGrid, 10, 10, south.data(), 0, L"", L"");
+  for (const RegionalGeoid* model : std::initializer_list<const RegionalGeoid*>{
+           &nearest, &cell, &cubicNorth, &lagrange, &spline, &kriging, &six}) {
+    const RegionalGeoidHeight geoid(*model);
+    for (const auto& [b, l] : {std::pair{0.5437, 0.2411}, {0.5412, 0.2498}, {0.5571, 0.2463}}) {
+      double height, toNorth, toEast, n, s, e, w;
+      geoid.HeightsAndSlopes(&b, &l, &height, &toNorth, &toEast, 1);
+      ASSERT_TRUE(geoid.Height(b + kPart, l, n) && geoid.Height(b - kPart, l, s));
+      ASSERT_TRUE(geoid.Height(b, l + kPart, e) && geoid.Height(b, l - kPart, w));
+      const double tolerance = model == &six ? kSingles : kDoubles;
+      EXPECT_NEAR(toNorth, (n - s) / (2 * kPart), tolerance) << typeid(*model).name();
+      EXPECT_NEAR(toEast, (e - w) / (2 * kPart), tolerance) << typeid(*model).name();
+    }
+  }
+}
+
 TEST(GeoidModels, TheSouthernAndWesternEdgeBelongToTheGrid) {
   const float z[] = {40, 41, 42, 45, 47, 49, 50, 53, 57};
   constexpr double kNodes = 1e-9;  // metres: 3e-12 rad on 300 m/rad

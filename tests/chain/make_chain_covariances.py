@@ -233,11 +233,12 @@ def numbers(c):
     return ", ".join(mp.nstr(c[r, k], 20, min_fixed=0, max_fixed=0) for r in range(3) for k in range(3))
 
 
-print("// Printed by make_chain_covariances.py.")
-print("constexpr ExactCovariances kExactCovariances[] = {")
-for name, steps in CHAINS:
-    j, end = product(steps, POINT)
-    j = scaled(j, metres(GRS80, POINT), metres(BESSEL, end) if name == "datum" else None)
-    back = j ** -1
-    print(f'    {{"{name}",\n     {{{numbers(j * GIVEN * j.T)}}},\n     {{{numbers(back * GIVEN * back.T)}}}}},')
-print("};")
+if __name__ == "__main__":
+    print("// Printed by make_chain_covariances.py.")
+    print("constexpr ExactCovariances kExactCovariances[] = {")
+    for name, steps in CHAINS:
+        j, end = product(steps, POINT)
+        j = scaled(j, metres(GRS80, POINT), metres(BESSEL, end) if name == "datum" else None)
+        back = j ** -1
+        print(f'    {{"{name}",\n     {{{numbers(j * GIVEN * j.T)}}},\n     {{{numbers(back * GIVEN * back.T)}}}}},')
+    print("};")

@@ -15,6 +15,7 @@
 #include "files/conversion/conversion.h"
 #include "files/epsg/epsg_registry.h"
 #include "geomath/base/angle.h"
+#include "tests/files/epsg/registry_peer.h"
 #include "tests/support/reference_data.h"
 
 using namespace geomath_files;
@@ -25,13 +26,6 @@ namespace {
 constexpr double kAgreement = 1e-4;  // metres: a tenth of what surveyors measure
 constexpr double kRoundTrip = 1e-4;  // metres; New Zealand Map Grid leaves half of it
 constexpr double kEarth = 6378137;   // metres for a radian
-
-struct DestroyPj {
-  void operator()(PJ* object) const { proj_destroy(object); }
-  void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
-};
-template <class T>
-using Owned = std::unique_ptr<T, DestroyPj>;
 
 using Point = std::array<double, 3>;
 
@@ -45,14 +39,7 @@ struct PeerAxes {
 
 class Peer {
  public:
-  Peer() : context_(proj_context_create()) {
-    proj_log_level(context_.get(), PJ_LOG_NONE);
-    std::vector<std::string> folders = EpsgRegistry::ProjFolders();
-    folders.insert(folders.begin(), ReferenceFile("grids").string());
-    std::vector<const char*> paths;
-    for (const std::string& each : folders) paths.push_back(each.c_str());
-    proj_context_set_search_paths(context_.get(), static_cast<int>(paths.size()), paths.data());
-  }
+  Peer() : context_(ContextWith(ReferenceFile("grids").string())) {}
 
   bool Take(const std::string& from, const std::string& to) {
     change_.reset(proj_create_crs_to_crs(context_.get(), from.c_str(), to.c_str(), nullptr));

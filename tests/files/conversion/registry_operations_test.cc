@@ -21,6 +21,7 @@
 #include "files/epsg/projjson.h"
 #include "files/words/user_error.h"
 #include "geomath/base/angle.h"
+#include "tests/files/epsg/registry_peer.h"
 #include "tests/support/reference_data.h"
 
 using namespace geomath_files;
@@ -34,13 +35,6 @@ constexpr double kRoundTrip = 1e-5;  // metres
 constexpr double kEarth = 6378137;   // metres for a radian
 constexpr double kHeight = 50;       // metres, of the points
 constexpr double kDate = 2016.37;    // of the points
-
-struct DestroyPj {
-  void operator()(PJ* object) const { proj_destroy(object); }
-  void operator()(PJ_CONTEXT* context) const { proj_context_destroy(context); }
-};
-template <class T>
-using Owned = std::unique_ptr<T, DestroyPj>;
 
 // Latitude, longitude, height; northing, easting, height; or X, Y, Z, in the units of a system.
 using Point = std::array<double, 3>;
@@ -60,24 +54,9 @@ struct PeerAxes {
 
 class Peer {
  public:
-  explicit Peer(const std::string& folder) : context_(proj_context_create()) {
-    proj_log_level(context_.get(), PJ_LOG_NONE);
-    std::vector<std::string> folders = EpsgRegistry::ProjFolders();
-    folders.insert(folders.begin(), folder);
-    std::vector<const char*> paths;
-    for (const std::string& each : folders) paths.push_back(each.c_str());
-    proj_context_set_search_paths(context_.get(), static_cast<int>(paths.size()), paths.data());
-  }
+  explicit Peer(const std::string& folder) : context_(ContextWith(folder)) {}
 
-  std::vector<std::string> Codes() const {
-    std::vector<std::string> codes;
-    for (const PJ_TYPE type : {PJ_TYPE_TRANSFORMATION, PJ_TYPE_CONCATENATED_OPERATION}) {
-      PROJ_STRING_LIST list = proj_get_codes_from_database(context_.get(), "EPSG", type, 0);
-      for (char** code = list; code && *code; ++code) codes.emplace_back(*code);
-      proj_string_list_destroy(list);
-    }
-    return codes;
-  }
+  std::vector<std::string> Codes() const { return OperationCodes(context_.get()); }
 
   // Whether it can run the operation.
   bool Take(const std::string& code) {

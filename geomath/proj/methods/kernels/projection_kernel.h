@@ -43,7 +43,8 @@ struct InverseOf {
 
 /// Whether a record states its derivatives, for every point and in all functions, as
 ///   template <class Math> void Differentiate(double& b, double& l, double&, double&) const;
-/// with the first four columns of DerivativesBy: because its class does, or in fewer operations than dual numbers.
+/// with the first four columns of DerivativesBy: because its class does, or in fewer operations than
+/// dual numbers.
 template <class Formulas>
 concept StatesDerivatives = requires(const Formulas f, double x) {
   f.template Differentiate<simd::Scalar>(x, x, x, x);
