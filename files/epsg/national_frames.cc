@@ -18,6 +18,7 @@ constexpr Row kRows[] = {
     {"ETRS89", {etrf2000, "ETRS89 is taken for ETRF2000"}},
     {"ETRF2000-PL", {etrf2000}},
     {"NAD83(CSRS)", {nad83CsrsV7, "NAD83(CSRS) is taken for NAD83(CSRS)v7"}},
+    {"NATRF2022e2020", {natrf2022}},
     {"NZGD2000", {itrf96, nullptr, "nz_linz_nzgd2000-20180701.json"}},
 };
 

@@ -362,13 +362,12 @@ ReferenceFrame ReadFrameName(const JsonSection& section, std::string_view key) {
 // Some frames exist whose parameters are not had: the frame of a similar name is another plate's, and is
 // not offered for them.
 std::string UnknownFrame(const std::string& name) {
-  constexpr std::string_view kWithoutParameters[] = {"PATRF2022", "CATRF2022", "MATRF2022",
-                                                     "NAD83(CSRS)v8"};
+  constexpr std::string_view kWithoutParameters[] = {"PATRF2022", "CATRF2022", "MATRF2022"};
   if (std::ranges::find(kWithoutParameters, name) != std::end(kWithoutParameters))
     return fmt::format(
         "is \"{}\", whose parameters are not in the table of frames, and no other frame stands for "
-        "it; "
-        "who has them states them in \"shifts\", as \"similarity\" with \"rates\" or as \"plate\"",
+        "it; who has them states them in \"shifts\", as \"similarity\" with \"rates\" or as "
+        "\"plate\"",
         name);
   std::vector<std::string> known;
   for (std::size_t i = 0; i <= static_cast<std::size_t>(ReferenceFrame::natrf2022); ++i)

@@ -19,20 +19,23 @@ constexpr std::size_t kFrames = static_cast<std::size_t>(natrf2022) + 1;
 //                      the analysis of a EUREF GPS campaign", version 8; EUREF Technical Note 1
 //   ITRF to GDA        Dawson and Woods 2010, Journal of Applied Geodesy 4; ICSM 2020, GDA2020
 //                      Technical Manual
-//   to NAD83(CSRS)     Natural Resources Canada
+//   to NAD83(CSRS)     Natural Resources Canada, with the digits of EPSG 11.022 (2024): those that older
+//                      registries have for 8265 are rounded and lie 0.6 mm away in 2026
+//   to NATRF2022       National Geodetic Survey; NATRF2022e2020 in EPSG 13.102 (2026)
 //   to NAD83(2011)     National Geodetic Survey, the digits that it computes with: those printed in
 //                      EPSG 8970 are rounded and lie 0.6 mm away
 // Rows: source, target, sense, shift (mm), rotation (mas), scale (ppb), their rates a year, epoch, code.
 // clang-format off
 constexpr FrameTransformation kTransformations[] = {
     {itrf2014, itrf2020, kVector, {1.4, 0.9, -1.4}, {0, 0, 0}, 0.42, {0, 0.1, -0.2}, {0, 0, 0}, 0, 2015, "EPSG:9991"},
-    {itrf2020, etrf2020, kVector, {0, 0, 0}, {2.236, 13.494, -19.578}, 0, {0, 0, 0}, {0.086, 0.519, -0.753}, 0, 2015, "EUREF Technical Note 1 (2024)"},
+    {itrf2020, etrf2020, kVector, {0, 0, 0}, {2.236, 13.494, -19.578}, 0, {0, 0, 0}, {0.086, 0.519, -0.753}, 0, 2015, "EPSG:10573"},
+    {itrf2020, nad83CsrsV8, kVector, {1003.9, -1909.61, -541.17}, {-26.78138, 0.42027, -10.93206}, -0.05109, {0.79, -0.7, -1.24}, {-0.06667, 0.75744, 0.05133}, -0.07201, 2010, "EPSG:10415"},
     {itrf2020, natrf2022, kFrame, {0, 0, 0}, {0, 0, 0}, 0, {0, 0, 0}, {0.046, -0.704, -0.047}, 0, 2020, "EPSG:11485"},
     {itrf2014, gda2020, kFrame, {0, 0, 0}, {0, 0, 0}, 0, {0, 0, 0}, {1.50379, 1.18346, 1.20716}, 0, 2020, "EPSG:8049"},
     {itrf2014, gda94, kFrame, {-61.55, 10.87, 40.19}, {39.4924, 32.7221, 32.8979}, 9.994, {0, 0, 0}, {1.50379, 1.18346, 1.20716}, 0, 2020, "EPSG:9682"},
     {itrf2014, etrf2014, kVector, {0, 0, 0}, {1.785, 11.151, -16.17}, 0, {0, 0, 0}, {0.085, 0.531, -0.77}, 0, 2010, "EPSG:8880"},
     {itrf2014, etrf2000, kVector, {54.7, 52.2, -74.1}, {1.701, 10.29, -16.632}, 2.12, {0.1, 0.1, -1.9}, {0.081, 0.49, -0.792}, 0.11, 2010, "EPSG:8405"},
-    {itrf2014, nad83CsrsV7, kVector, {1005.3, -1909.2, -541.6}, {-26.7814, 0.4203, -10.9321}, 0.37, {0.8, -0.6, -1.4}, {-0.0667, 0.7574, 0.0513}, -0.07, 2010, "EPSG:8265"},
+    {itrf2014, nad83CsrsV7, kVector, {1005.3, -1909.21, -541.57}, {-26.78138, 0.42027, -10.93206}, 0.36891, {0.79, -0.6, -1.44}, {-0.06667, 0.75744, 0.05133}, -0.07201, 2010, "EPSG:8265"},
     {itrf2014, nad83_2011, kFrame, {1005.3, -1909.21, -541.57}, {26.7815, -0.42078, 10.93254}, 0.36891, {0.79, -0.6, -1.44}, {0.06669, -0.75749, -0.05129}, -0.07201, 2010, "ESRI:108574"},
     {itrf2014, nad83Pa11, kFrame, {910.9, -2012.9, -586.3}, {22.749, 26.56, -25.706}, 2.12, {0.1, 0.1, -1.9}, {-0.384, 1.007, -2.186}, 0.11, 2010, "ESRI:108575"},
     {itrf2014, nad83Ma11, kFrame, {910.9, -2012.9, -586.3}, {28.711, 11.785, 4.417}, 2.12, {0.1, 0.1, -1.9}, {-0.02, 0.105, -0.347}, 0.11, 2010, "ESRI:108576"},
@@ -150,8 +153,8 @@ const char* FrameName(ReferenceFrame frame) {
       "ETRF90",        "ETRF91",        "ETRF92",        "ETRF93",        "ETRF94",
       "ETRF96",        "ETRF97",        "ETRF2000",      "ETRF2005",      "ETRF2014",
       "ETRF2020",      "GDA94",         "GDA2020",       "NAD83(CSRS)v2", "NAD83(CSRS)v3",
-      "NAD83(CSRS)v4", "NAD83(CSRS)v5", "NAD83(CSRS)v6", "NAD83(CSRS)v7", "NAD83(2011)",
-      "NAD83(PA11)",   "NAD83(MA11)",   "NATRF2022"};
+      "NAD83(CSRS)v4", "NAD83(CSRS)v5", "NAD83(CSRS)v6", "NAD83(CSRS)v7", "NAD83(CSRS)v8",
+      "NAD83(2011)",   "NAD83(PA11)",   "NAD83(MA11)",   "NATRF2022"};
   static_assert(std::size(names) == kFrames);
   const auto index = static_cast<std::size_t>(frame);
   return index < kFrames ? names[index] : "an unknown frame";

@@ -46,13 +46,14 @@ enum class ReferenceFrame : unsigned char {
   nad83CsrsV5,
   nad83CsrsV6,
   nad83CsrsV7,
+  nad83CsrsV8,
   nad83_2011,
   nad83Pa11,
   nad83Ma11,
   natrf2022,
 };
 
-/// The usual name: "ITRF2014", "NAD83(CSRS)v7", …
+/// The usual name: "ITRF2014", "NAD83(CSRS)v8", …
 GEOMATH_API const char* FrameName(ReferenceFrame frame);
 /// The frame of a usual name, letter for letter; nothing when it has no such frame.
 GEOMATH_API std::optional<ReferenceFrame> FrameNamed(std::string_view name);

@@ -188,13 +188,25 @@ TEST(FrameTable, FindsTheShortestWay) {
   EXPECT_EQ(Way(etrf2000, etrf2014), "ETRF2000 ITRF2014 ETRF2014");
   EXPECT_EQ(Way(itrf2020, gda2020), "ITRF2020 ITRF2014 GDA2020");
   EXPECT_EQ(Way(itrf2020, nad83_2011), "ITRF2020 ITRF2014 NAD83(2011)");
-  EXPECT_EQ(Way(natrf2022, nad83CsrsV7), "NATRF2022 ITRF2020 ITRF2014 NAD83(CSRS)v7");
+  EXPECT_EQ(Way(natrf2022, nad83CsrsV8), "NATRF2022 ITRF2020 NAD83(CSRS)v8");
   EXPECT_EQ(Way(gda94, gda94), "GDA94");
 }
 
 TEST(FrameTable, ConnectsAllFrames) {
   for (int i = 0; i <= static_cast<int>(natrf2022); ++i)
     EXPECT_TRUE(FrameChange::Make(itrf2020, static_cast<ReferenceFrame>(i))) << i;
+}
+
+// NAD83(CSRS) of version 8 has the positions of version 7 by its definition (Natural Resources
+// Canada), so that both published sets lead to one place; with rounded digits they are 0.6 mm apart.
+TEST(FrameTable, CanadianVersionsAreOnePlace) {
+  constexpr double kSecondOrder = 1e-6;  // scales of 1e-9 and rotations of 1e-7 times metres
+  for (const double date : {1997.0, 2010.0, 2026.9}) {
+    Xyz p{1106700, -4347000, 4517600}, q = p;
+    ASSERT_TRUE(FrameChange::Make(itrf2014, nad83CsrsV7)->Forward(p.x, p.y, p.z, date));
+    ASSERT_TRUE(FrameChange::Make(itrf2014, nad83CsrsV8)->Forward(q.x, q.y, q.z, date));
+    EXPECT_NEAR(std::hypot(p.x - q.x, p.y - q.y, p.z - q.z), 0, kSecondOrder) << date;
+  }
 }
 
 // ETRFyy turns with Europe since 1989.0, by its definition (Boucher and Altamimi 2011, section 3).
