@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <initializer_list>
 #include <typeinfo>
+#include <utility>
 #include <vector>
 
 #include "geomath/base/angle.h"
@@ -99,31 +101,49 @@ TEST(GeoidModels, ManyHeightsAreThoseOfEach) {
   }
 }
 
-// The corner of a national grid in degrees, as files state it; its class cuts it off.
+// Heights of 10 × 10 nodes by rows from the south, and from the north.
+struct Surface {
+  explicit Surface(double (*at)(int row, int column)) {
+    for (int r = 0; r < 10; ++r)
+      for (int c = 0; c < 10; ++c) {
+        fromSouth.push_back(static_cast<float>(at(r, c)));
+        fromNorth.push_back(static_cast<float>(at(9 - r, c)));
+      }
+  }
+  std::vector<float> fromSouth, fromNorth;
+};
+
+// The rules that state slopes of a surface curved to the third degree.
+struct Models {
+  explicit Models(Surface nodes) : surface(std::move(nodes)) {}
+
+  const Surface surface;
+  const float* const south = surface.fromSouth.data();
+  const float* const north = surface.fromNorth.data();
+  const RegGeoidInterpalation4 nearest{kGrid, 10, 10, south, 0, L"", L""};
+  const RegGeoidInterpalation4x4SW cell{kGrid, 10, 10, south, 0, L"", L""};
+  const RegGeoidInterpalation4x4NW cubicNorth{kGrid, 10, 10, north, 0, L"", L""};
+  const RegGeoidIntrp_Lagrange4x4SW lagrange{kGrid, 10, 10, south, 0, L"", L""};
+  const RegGeoidIntrp_Spline4x4SW spline{kGrid, 10, 10, south, 0, L"", L""};
+  const RegGeoidKrigingIntrp kriging{kGrid, 10, 10, south, 0, L"", L""};
+};
+
 // In the stencil of a point, also on an edge, of a surface that every rule reproduces. A scheme of a
 // host's has differences.
 TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
-  std::vector<float> south, north;
-  const auto at = [](int r, int c) { return static_cast<float>(30 + 2 * r - 3 * c + 0.5 * r * c); };
-  for (int r = 0; r < 10; ++r)
-    for (int c = 0; c < 10; ++c) {
-      south.push_back(at(r, c));
-      north.push_back(at(9 - r, c));
-    }
+  const Surface surface([](int r, int c) { return 30 + 2 * r - 3 * c + 0.5 * r * c; });
+  const auto& south = surface.fromSouth;
+  const auto& north = surface.fromNorth;
+  const Models models(surface);
   const RegionalGeoid biquadratic(kGrid, 10, 10, south.data(), 0, L"", L"");
   const RegGeoid2x2SW bilinear(kGrid, 10, 10, south.data(), 0, L"", L"");
   const RegGeoid2x2NW fromNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
   const RegGeoid2x2Denmark differences(kGrid, 10, 10, north.data(), 0, L"", L"");
-  const RegGeoidInterpalation4 nearest(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidInterpalation4x4SW cell(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidInterpalation4x4NW cubicNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
-  const RegGeoidIntrp_Lagrange4x4SW lagrange(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidIntrp_Spline4x4SW spline(kGrid, 10, 10, south.data(), 0, L"", L"");
   const Failing hosts(kGrid, 10, 10, south.data(), 0, L"", L"");
   const double b[] = {0.5437, 0.5218, 0.5437}, l[] = {0.2411, 0.2333, 0.2411 + kTwoPi};
   for (const RegionalGeoid* model : std::initializer_list<const RegionalGeoid*>{
-           &biquadratic, &bilinear, &fromNorth, &differences, &nearest, &cell, &cubicNorth,
-           &lagrange, &spline, &hosts}) {
+           &biquadratic, &bilinear, &fromNorth, &differences, &models.nearest, &models.cell,
+           &models.cubicNorth, &models.lagrange, &models.spline, &hosts}) {
     double heights[3], toNorth[3], toEast[3];
     const RegionalGeoidHeight geoid(*model);
     geoid.HeightsAndSlopes(b, l, heights, toNorth, toEast, 3);
@@ -138,8 +158,7 @@ TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
     }
   }
   // Kriging has another surface: that of its heights around the point.
-  const RegGeoidKrigingIntrp kriging(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegionalGeoidHeight kriged(kriging);
+  const RegionalGeoidHeight kriged(models.kriging);
   double columns[5][3];
   kriged.HeightsAndSlopes(b, l, columns[0], columns[1], columns[2], 3);
   kriged.GeoidHeight::HeightsAndSlopes(b, l, columns[0], columns[3], columns[4], 3);
@@ -161,25 +180,14 @@ TEST(GeoidModels, SlopesAreThoseOfTheHeights) {
 TEST(GeoidModels, StatedSlopesAreThoseOfACurvedSurface) {
   constexpr double kPart = 1e-6, kDoubles = 1e-3;  // radians; metres per radian, of slopes to 300
   constexpr double kSingles = 30;                  // heights of 4e-6 m, over kPart on both sides
-  std::vector<float> south, north;
-  const auto at = [](int r, int c) {
-    return static_cast<float>(40 + 2 * std::sin(2.0 * r) + std::cos(1.7 * c) +
-                              std::sin(1.0 * r * c));
-  };
-  for (int r = 0; r < 10; ++r)
-    for (int c = 0; c < 10; ++c) {
-      south.push_back(at(r, c));
-      north.push_back(at(9 - r, c));
-    }
-  const RegGeoidInterpalation4 nearest(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidInterpalation4x4SW cell(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidInterpalation4x4NW cubicNorth(kGrid, 10, 10, north.data(), 0, L"", L"");
-  const RegGeoidIntrp_Lagrange4x4SW lagrange(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidIntrp_Spline4x4SW spline(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidKrigingIntrp kriging(kGrid, 10, 10, south.data(), 0, L"", L"");
-  const RegGeoidInterpalation_GG2008SW six(kGrid, 10, 10, south.data(), 0, L"", L"");
+  const Models models(Surface([](int r, int c) {
+    return 40 + 2 * std::sin(2.0 * r) + std::cos(1.7 * c) + std::sin(1.0 * r * c);
+  }));
+  const RegGeoidInterpalation_GG2008SW six(kGrid, 10, 10, models.surface.fromSouth.data(), 0, L"",
+                                           L"");
   for (const RegionalGeoid* model : std::initializer_list<const RegionalGeoid*>{
-           &nearest, &cell, &cubicNorth, &lagrange, &spline, &kriging, &six}) {
+           &models.nearest, &models.cell, &models.cubicNorth, &models.lagrange, &models.spline,
+           &models.kriging, &six}) {
     const RegionalGeoidHeight geoid(*model);
     for (const auto& [b, l] : {std::pair{0.5437, 0.2411}, {0.5412, 0.2498}, {0.5571, 0.2463}}) {
       double height, toNorth, toEast, n, s, e, w;
@@ -193,6 +201,7 @@ TEST(GeoidModels, StatedSlopesAreThoseOfACurvedSurface) {
   }
 }
 
+// The corner of a grid in degrees, as files state it: its class cuts it off.
 TEST(GeoidModels, TheSouthernAndWesternEdgeBelongToTheGrid) {
   const float z[] = {40, 41, 42, 45, 47, 49, 50, 53, 57};
   constexpr double kNodes = 1e-9;  // metres: 3e-12 rad on 300 m/rad
