@@ -71,9 +71,7 @@ function pageName(page) {
   gsub(/[^A-Za-z0-9]/, "_", page)
   return "page_" page
 }
-function PlacePages(page, line,    folder, link, result) {
-  folder = page
-  sub(/[^\/]*$/, "", folder)
+function PlacePages(folder, line,    link, result) {
   while (match(line, /\[[^\]]*\]\([^).][^):]*\.md\)/)) {
     split(substr(line, RSTART + 1, RLENGTH - 2), link, /\]\(/)
     result = result substr(line, 1, RSTART - 1) \
@@ -84,11 +82,19 @@ function PlacePages(page, line,    folder, link, result) {
   return result line
 }
 
-# The main page has a name of Doxygen's own.
-function LinkMainPage(line,    link) {
-  if (!match(line, /\[[^\]]*\]\([.\/]*docs\/README\.md\)/)) return line
-  split(substr(line, RSTART + 1, RLENGTH - 2), link, /\]\(/)
-  return substr(line, 1, RSTART - 1) "\\ref index \"" link[1] "\"" substr(line, RSTART + RLENGTH)
+# Links to pages go by their names, which not every version of Doxygen finds from the names of files.
+# The main page has one of Doxygen's own.
+function LinkPages(folder, line,    link, target, result) {
+  while (match(line, /\[[^\]]*\]\([^):]*\.md(#[^)]*)?\)/)) {
+    split(substr(line, RSTART + 1, RLENGTH - 2), link, /\]\(/)
+    target = folder link[2]
+    sub(/#.*/, "", target)
+    while (sub(/[^\/]+\/\.\.\//, "", target)) {}
+    target = target == "docs/README.md" ? "index" : pageName(target)
+    result = result substr(line, 1, RSTART - 1) "\\ref " target " \"" link[1] "\""
+    line = substr(line, RSTART + RLENGTH)
+  }
+  return result line
 }
 
 # The names of the classes in the library's namespace, which Doxygen does not look for in a page.
@@ -121,9 +127,11 @@ function CodeSpans(line,    parts, count, i, result) {
   return result
 }
 
-function CleanPage(    i, fenced, page) {
+function CleanPage(    i, fenced, page, folder) {
   page = FILENAME
   sub("^" ENVIRON["PWD"] "/", "", page)
+  folder = page
+  sub(/[^\/]*$/, "", folder)
   if (page != "docs/python.md") ReadClassNames()  # its classes are others
   lines[1] = lines[1] " {#" pageName(page) "}"
   for (i = 1; i <= NR; ++i) {
@@ -136,7 +144,7 @@ function CleanPage(    i, fenced, page) {
     if (lines[i] ~ /^!\[/) sub(/\]\(.*\//, "](", lines[i])  # pictures are found by IMAGE_PATH
     gsub(/\[`/, "[", lines[i])  # code is not understood in the text of a link
     gsub(/`\]\(/, "](", lines[i])
-    if (isContents(page)) lines[i] = PlacePages(page, lines[i])
-    lines[i] = CodeSpans(LinkMainPage(lines[i]))
+    if (isContents(page)) lines[i] = PlacePages(folder, lines[i])
+    lines[i] = CodeSpans(LinkPages(folder, lines[i]))
   }
 }
