@@ -4,13 +4,14 @@
 # next; an input that crashes, hangs or needs too much memory is left there and ends the run.
 set -euo pipefail
 cd "$(dirname "$0")/.."
+source scripts/stages.sh
 
 seconds=${1:-180}
 shift || true
 build=build/clang
 clang=$(command -v clang++-14 || command -v clang++) || { echo "clang++ is not here" >&2; exit 1; }
 mkdir -p "$build"
-cmake -S . -B "$build" -G Ninja -DGEOMATH_WERROR=ON -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+cmake -S . -B "$build" -G Ninja -DGEOMATH_WERROR="$(werror_of "$clang")" -DCMAKE_BUILD_TYPE=RelWithDebInfo \
   -DCMAKE_CXX_COMPILER="$clang" -DGEOMATH_BUILD_FUZZERS=ON >"$build.configure.log" 2>&1 ||
   { cat "$build.configure.log"; exit 1; }
 cmake --build "$build" --target geomath fuzzers
