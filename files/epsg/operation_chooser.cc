@@ -320,7 +320,9 @@ std::optional<CandidateOperation> OperationChooser::OfCode(const std::string& co
   const std::string to = EndOf(MemberOf(*published->document, "target_crs"));
   if (from != source && to != source) return std::nullopt;
   if (from == source) return Prepare(std::move(*published), to, place);
-  return Prepare(*registry_.Operation(code, true), from, place);
+  std::optional<RegisteredOperation> turnedRound = registry_.Operation(code, true);
+  if (!turnedRound) return std::nullopt;
+  return Prepare(std::move(*turnedRound), from, place);
 }
 
 // ---- in a system file ----

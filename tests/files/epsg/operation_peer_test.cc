@@ -114,7 +114,9 @@ class Proof {
     const json& to = operation->document->at("target_crs");
     for (const json* crs : {&from, &to})
       if (crs->value("type", "") != "GeographicCRS" || !CodeIn(*crs)) return {"not geographic"};
-    const auto found = chooser_.OfCode(code, std::to_string(CodeIn(from)), {operation->area});
+    const std::string source = registry_.Crs(std::to_string(CodeIn(from))).geographic;
+    const auto found = chooser_.OfCode(code, source, {operation->area});
+    if (!found) return {"from no system of two angles"};
     if (!found->IsKnown()) return {"method: " + found->Method()};
     if (!found->IsUsable()) return {"file not found"};
     if (!peer_.Take(code)) return {"not run by PROJ"};
