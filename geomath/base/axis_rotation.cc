@@ -53,7 +53,7 @@ void AxisRotation::Rotate(unsigned int dir, double& a, double& b) const {
 }
 
 void AxisRotation::SetAxes(const wchar_t* axes) {
-  rotation_ = reference_;
+  SetMatrix(reference_);
   direction_ = kNorthEastDirection;
   if (!axes || *axes == 0 || axes == axes_.Get()) return;
 
@@ -61,11 +61,16 @@ void AxisRotation::SetAxes(const wchar_t* axes) {
   if (!axes_.Get()) return;
   for (const NamedAxes& named : kNamedAxes) {
     if (CompareWideNoCase(axes_.Get(), named.name) == 0) {
-      rotation_ = SetROT(named.m0, named.m1, named.m2, named.m3);
+      SetMatrix(SetROT(named.m0, named.m1, named.m2, named.m3));
       break;
     }
   }
   direction_ = DirectionCode(rotation_);
+}
+
+void AxisRotation::SetMatrix(const TAbstractPoint<double, 4>& matrix) {
+  rotation_ = matrix;
+  isIdentity_ = rotation_ == reference_;
 }
 
 const wchar_t* AxisRotation::GetAxes() const { return axes_.Get(); }
@@ -81,7 +86,7 @@ TAbstractPoint<double, 4> AxisRotation::SetROT(double m0, double m1, double m2, 
 
 void AxisRotation::CopyAxes(const AxisRotation& other) {
   axes_ = other.axes_;
-  rotation_ = other.rotation_;
+  SetMatrix(other.rotation_);
   direction_ = other.direction_;
 }
 

@@ -42,7 +42,7 @@ class GEOMATH_API AxisRotation {
   virtual const wchar_t* GetAxes() const;
 
   /// Whether Rotate leaves every pair as it is.
-  bool IsIdentity() const { return rotation_ == reference_; }
+  bool IsIdentity() const { return isIdentity_; }
 
   /// Takes over text, matrix and direction code as they are, without recomputing anything.
   void CopyAxes(const AxisRotation& other);
@@ -57,6 +57,9 @@ class GEOMATH_API AxisRotation {
   unsigned char direction_;
 
  private:
+  void SetMatrix(const TAbstractPoint<double, 4>& matrix);
+
+  bool isIdentity_ = true;
   WideText axes_;
   TAbstractPoint<double, 4> rotation_;
   TAbstractPoint<double, 4> reference_;  // the identity

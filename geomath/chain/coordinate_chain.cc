@@ -8,6 +8,7 @@
 
 #include "geomath/base/angle.h"
 #include "geomath/base/batch.h"
+#include "geomath/base/ellipsoid_formulas.h"
 #include "geomath/chain/chain_trace.h"
 
 namespace zel_cs::geomath {
@@ -67,6 +68,21 @@ std::size_t RunShift(const ChainShift& step, bool toLocal, double* x, double* y,
                      std::size_t count) {
   ShiftStatus status[kBatchBlock];
   return RunShift(step, toLocal, PointDates(), x, y, h, count, status);
+}
+
+// A point from one ellipsoid by the seven parameters to another, to the bits of columns. False where one
+// of them is missing, and where the columns do not serve the point.
+using Transform = bool (Datum::*)(double&, double&, double&) const;
+bool CarryAlone(const Ellipsoid* from, const Datum& datum, Transform transform, const Ellipsoid* to,
+                double& x, double& y, double& z) {
+  if (!from || !to) return false;
+  const BlhToXyz up(*from);
+  const XyzToBlh down(*to);
+  if (!up.Serves(x, y, z)) return false;
+  up.Convert<simd::BatchMath>(x, y, z);
+  if (!(datum.*transform)(x, y, z) || !down.Serves(x, y, z)) return false;
+  down.Convert<simd::BatchMath>(x, y, z);
+  return true;
 }
 
 // Where a block has been on its way to global, so that a listener hears of it the other way round: the
@@ -637,11 +653,53 @@ void CoordinateChain::RunBlock(BlockStep steps, double* const (&columns)[3], Poi
   if (failedAt) std::copy_n(block.failed, count, failedAt);
 }
 
-ChainResult CoordinateChain::RunPoint(BlockStep steps, PointDates dates, double& x, double& y,
+// Whether there is nothing but a datum and a projection on the axes of the steps.
+bool CoordinateChain::IsPlain() const {
+  return beforeDatum_.empty() && afterDatum_.empty() && heights_.empty() &&
+         afterProjection_.empty() && !geoid_ && !localization_ && !ground_ &&
+         !(projection_ && projection_->TurnsAxes());
+}
+
+// The steps of a plain chain for a point alone: the bits of a block without its bookkeeping. False
+// for other chains, and for a point that a step refuses or takes a way of its own, whose block tells of it;
+// the point is then spoilt.
+bool CoordinateChain::PlainToLocal(double& b, double& l, double& h) const {
+  if (!IsPlain() || !(std::abs(b) <= kMaxLatitude)) return false;
+  if (datum_ &&
+      !CarryAlone(global_, *datum_, &Datum::ToLocalDatum, datum_->GetEllipsoid(), b, l, h))
+    return false;
+  if (projection_ && projection_->ForwardBatch(&b, &l, 1) != 1) return false;
+  return std::isfinite(b + l + h);
+}
+
+bool CoordinateChain::PlainToGlobal(double& n, double& e, double& h) const {
+  if (!IsPlain()) return false;
+  if (projection_ && projection_->InverseBatch(&n, &e, 1) != 1) return false;
+  if (!(std::abs(n) <= kMaxLatitude)) return false;
+  if (datum_ &&
+      !CarryAlone(datum_->GetEllipsoid(), *datum_, &Datum::ToWGS84Datum, global_, n, e, h))
+    return false;
+  return std::isfinite(n + e + h);
+}
+
+// The steps of one direction, in blocks and for a point alone in a plain chain.
+struct CoordinateChain::Way {
+  BlockStep block;
+  bool (CoordinateChain::*plain)(double& x, double& y, double& h) const;
+
+  static const Way toLocal, toGlobal;
+};
+
+constexpr CoordinateChain::Way CoordinateChain::Way::toLocal = {&CoordinateChain::ToLocalBlock,
+                                                                &CoordinateChain::PlainToLocal};
+constexpr CoordinateChain::Way CoordinateChain::Way::toGlobal = {&CoordinateChain::ToGlobalBlock,
+                                                                 &CoordinateChain::PlainToGlobal};
+
+ChainResult CoordinateChain::RunPoint(const Way& way, PointDates dates, double& x, double& y,
                                       double& h) const {
   double px = x, py = y, ph = h;
   ChainResult result;
-  if (RunBatch(steps, dates, &px, &py, &ph, 1, 1, &result.failedAt) == 1) {
+  if (RunBatch(way, dates, &px, &py, &ph, 1, 1, &result.failedAt) == 1) {
     x = px;
     y = py;
     h = ph;
@@ -649,31 +707,41 @@ ChainResult CoordinateChain::RunPoint(BlockStep steps, PointDates dates, double&
   return result;
 }
 
-std::size_t CoordinateChain::RunBatch(BlockStep steps, PointDates dates, double* x, double* y,
+std::size_t CoordinateChain::RunBatch(const Way& way, PointDates dates, double* x, double* y,
                                       double* h, std::size_t count, std::ptrdiff_t stride,
                                       ChainStep* failedAt) const {
+  if (count == 1) {
+    double px = *x, py = *y, ph = *h;
+    if ((this->*way.plain)(px, py, ph)) {
+      *x = px;
+      *y = py;
+      *h = ph;
+      if (failedAt) *failedAt = ChainStep::none;
+      return 1;
+    }
+  }
   std::size_t first = 0;
   const auto convert = [&](double* const(&columns)[3], std::size_t n) {
-    RunBlock(steps, columns, dates.From(first), n, failedAt ? failedAt + first : nullptr);
+    RunBlock(way.block, columns, dates.From(first), n, failedAt ? failedAt + first : nullptr);
     first += n;
   };
   return ConvertBlocks(convert, count, stride, x, y, h);
 }
 
 ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h) const {
-  return RunPoint(&CoordinateChain::ToLocalBlock, PointDates(), b, l, h);
+  return RunPoint(Way::toLocal, PointDates(), b, l, h);
 }
 
 ChainResult CoordinateChain::ToLocal(double& b, double& l, double& h, double date) const {
-  return RunPoint(&CoordinateChain::ToLocalBlock, PointDates(date), b, l, h);
+  return RunPoint(Way::toLocal, PointDates(date), b, l, h);
 }
 
 ChainResult CoordinateChain::ToGlobal(double& n, double& e, double& h) const {
-  return RunPoint(&CoordinateChain::ToGlobalBlock, PointDates(), n, e, h);
+  return RunPoint(Way::toGlobal, PointDates(), n, e, h);
 }
 
 ChainResult CoordinateChain::ToGlobal(double& n, double& e, double& h, double date) const {
-  return RunPoint(&CoordinateChain::ToGlobalBlock, PointDates(date), n, e, h);
+  return RunPoint(Way::toGlobal, PointDates(date), n, e, h);
 }
 
 std::size_t CoordinateChain::ToLocalBatch(double* b, double* l, double* h, std::size_t count,
@@ -684,7 +752,7 @@ std::size_t CoordinateChain::ToLocalBatch(double* b, double* l, double* h, std::
 std::size_t CoordinateChain::ToLocalDatedBatch(PointDates dates, double* b, double* l, double* h,
                                                std::size_t count, std::ptrdiff_t stride,
                                                ChainStep* failedAt) const {
-  return RunBatch(&CoordinateChain::ToLocalBlock, dates, b, l, h, count, stride, failedAt);
+  return RunBatch(Way::toLocal, dates, b, l, h, count, stride, failedAt);
 }
 
 std::size_t CoordinateChain::ToGlobalBatch(double* n, double* e, double* h, std::size_t count,
@@ -695,7 +763,7 @@ std::size_t CoordinateChain::ToGlobalBatch(double* n, double* e, double* h, std:
 std::size_t CoordinateChain::ToGlobalDatedBatch(PointDates dates, double* n, double* e, double* h,
                                                 std::size_t count, std::ptrdiff_t stride,
                                                 ChainStep* failedAt) const {
-  return RunBatch(&CoordinateChain::ToGlobalBlock, dates, n, e, h, count, stride, failedAt);
+  return RunBatch(Way::toGlobal, dates, n, e, h, count, stride, failedAt);
 }
 
 }  // namespace zel_cs::geomath

@@ -196,11 +196,15 @@ class GEOMATH_API CoordinateChain {
   struct Block;
   class Frame;
   using BlockStep = void (CoordinateChain::*)(Block&) const;
+  struct Way;
 
   void RunBlock(BlockStep steps, double* const (&columns)[3], PointDates dates, std::size_t count,
                 ChainStep* failedAt, ChainTrace* trace = nullptr) const;
   void ToLocalBlock(Block& block) const;
   void ToGlobalBlock(Block& block) const;
+  bool IsPlain() const;
+  bool PlainToLocal(double& b, double& l, double& h) const;
+  bool PlainToGlobal(double& n, double& e, double& h) const;
   static std::vector<ChainShift> CoordinateChain::*ListOf(ShiftPlace place);
 
   void DatumToLocal(Block& block) const;
@@ -222,8 +226,8 @@ class GEOMATH_API CoordinateChain {
   void GridToGlobal(Block& block) const;
   void GridToSite(Block& block, bool positions) const;
   void SiteToGrid(Block& block) const;
-  ChainResult RunPoint(BlockStep steps, PointDates dates, double& x, double& y, double& h) const;
-  std::size_t RunBatch(BlockStep steps, PointDates dates, double* x, double* y, double* h,
+  ChainResult RunPoint(const Way& way, PointDates dates, double& x, double& y, double& h) const;
+  std::size_t RunBatch(const Way& way, PointDates dates, double* x, double* y, double* h,
                        std::size_t count, std::ptrdiff_t stride, ChainStep* failedAt) const;
 
   const Ellipsoid* global_ = nullptr;

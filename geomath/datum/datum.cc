@@ -19,6 +19,7 @@ Datum::Datum(Ellipsoid* e, const TAbstractPoint3<double>& shift,
       rotation_(rotation),
       scaleChange_(scale),
       transformDisabled_(transformDisabled),
+      isNull_(shift == 0.0 && rotation == 0.0 && scale == 0),
       ellipsoid_(e),
       user_(user) {
   *similarity_ = Similarity(shift, rotation * kRadPerArcSecond, scale);
@@ -37,32 +38,22 @@ const wchar_t* Datum::GetAxes() const { return AxisRotation::GetAxes(); }
 unsigned char Datum::GetNEDir() const { return direction_; }
 
 bool Datum::ToWGS84Datum(TAbstractPoint3<double>& p) const {
-  if (transformDisabled_) return false;
-  if (!IsNull()) p = similarity_->ToWgs84(p);
-  return true;
+  return ToWGS84Datum(p[0], p[1], p[2]);
 }
 
 bool Datum::ToWGS84Datum(double& X, double& Y, double& Z) const {
-  TAbstractPoint3<double> p(X, Y, Z);
-  if (!ToWGS84Datum(p)) return false;
-  X = p[0];
-  Y = p[1];
-  Z = p[2];
+  if (transformDisabled_) return false;
+  if (!IsNull()) similarity_->ColumnsToWgs84().Convert<simd::Scalar>(X, Y, Z);
   return true;
 }
 
 bool Datum::ToLocalDatum(TAbstractPoint3<double>& p) const {
-  if (transformDisabled_) return false;
-  if (!IsNull()) p = similarity_->ToLocal(p);
-  return true;
+  return ToLocalDatum(p[0], p[1], p[2]);
 }
 
 bool Datum::ToLocalDatum(double& X, double& Y, double& Z) const {
-  TAbstractPoint3<double> p(X, Y, Z);
-  if (!ToLocalDatum(p)) return false;
-  X = p[0];
-  Y = p[1];
-  Z = p[2];
+  if (transformDisabled_) return false;
+  if (!IsNull()) similarity_->ColumnsToLocal().Convert<simd::Scalar>(X, Y, Z);
   return true;
 }
 
@@ -82,8 +73,6 @@ bool Datum::XYZ_to_BLH(double& X, double& Y, double& Z) const {
 }
 
 bool Datum::XYZ_to_BLH(TAbstractPoint3<double>& p) const { return XYZ_to_BLH(p[0], p[1], p[2]); }
-
-bool Datum::IsNull() const { return shift_ == 0.0 && rotation_ == 0.0 && scaleChange_ == 0; }
 
 template <class Conversion>
 std::size_t Datum::TransformBatch(const Conversion& conversion, double* X, double* Y, double* Z,

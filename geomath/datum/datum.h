@@ -75,7 +75,7 @@ class GEOMATH_API Datum : public AxisRotation {
   void ToLocalDerivatives(double (&derivatives)[3][3]) const;
 
   /// True when all seven parameters are exactly 0.
-  bool IsNull() const;
+  bool IsNull() const { return isNull_; }
 
   /// Whether both transformations are refused.
   bool IsTransformDisabled() const { return transformDisabled_; }
@@ -109,7 +109,7 @@ class GEOMATH_API Datum : public AxisRotation {
   TAbstractPoint3<double> shift_;
   TAbstractPoint3<double> rotation_;
   double scaleChange_;
-  bool transformDisabled_;
+  bool transformDisabled_, isNull_;
   Ellipsoid* ellipsoid_;
   unsigned char user_;
   InPlace<Similarity, 24> similarity_;  // of the seven parameters

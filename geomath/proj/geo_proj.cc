@@ -337,6 +337,10 @@ bool TGeoProj::DifferentiateConformal(double b, double l, GridDerivatives& deriv
 bool TGeoProj::ProjectPoint(double&, double&, PointFactors*) const { return false; }
 bool TGeoProj::UnprojectPoint(double&, double&, PointFactors*) const { return false; }
 
+bool TGeoProj::TurnsAxes() const {
+  return !IsIdentity() || !geographicAxes_.IsIdentity() || HostRotates(*this);
+}
+
 void TGeoProj::RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const {
   if (geographicAxes_.IsIdentity() && !HostRotates(*this)) return;
   for (std::size_t i = 0; i < count; ++i) RotateBL(dir, b[i], l[i]);

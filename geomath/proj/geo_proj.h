@@ -131,6 +131,9 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   std::size_t ForwardWithDerivativesBatch(double* b, double* l, double* const (&derivatives)[4],
                                           std::size_t count) const;
 
+  /// Whether RotateNE or RotateBL may change a pair: the axes are others than north and east, or a
+  /// host's class turns them.
+  bool TurnsAxes() const;
   /// RotateNE and RotateBL of `count` pairs in place.
   void RotateNEBatch(unsigned int dir, double* n, double* e, std::size_t count) const;
   void RotateBLBatch(unsigned int dir, double* b, double* l, std::size_t count) const;

@@ -161,6 +161,22 @@ TEST_P(BatchLayouts, GiveTheSameBits) {
   }
 }
 
+// A point alone takes shorter ways through the classes.
+TEST_P(BatchLayouts, GiveTheSameBitsOneByOne) {
+  const Batch& batch = GetParam();
+  std::array<std::vector<double>, 3> together, alone;
+  for (std::size_t c = 0; c < 3; ++c)
+    for (std::size_t i = 0; i < kCount; ++i) together[c].push_back(At(c, i));
+  alone = together;
+  batch.run({together[0].data(), together[1].data(), together[2].data()}, kCount, 1);
+  for (std::size_t i = 0; i < kCount; ++i) {
+    const Columns point = {&alone[0][i], &alone[1][i], &alone[2][i]};
+    ASSERT_EQ(batch.run(point, 1, 1), i == 7 ? 0u : 1u) << i;
+    for (std::size_t c = 0; c < batch.coordinates && i != 7; ++c)
+      ASSERT_EQ(alone[c][i], together[c][i]) << c << ' ' << i;
+  }
+}
+
 TEST_P(BatchLayouts, TakeNoPointsFromNowhere) {
   for (const std::ptrdiff_t stride : {1, 2, 3, -1})
     EXPECT_EQ(GetParam().run({nullptr, nullptr, nullptr}, 0, stride), 0u);

@@ -14,19 +14,30 @@
 
 namespace zel_cs::geomath {
 
+/// A single point that the columns serve, to their bits.
+template <class Formulas>
+auto ForwardServed(const Formulas& formulas, double& b, double& l) {
+  return formulas.template Forward<simd::BatchMath>(b, l);
+}
+
+template <class Formulas>
+auto InverseServed(const Formulas& formulas, double& n, double& e) {
+  return formulas.template Inverse<simd::BatchMath>(n, e);
+}
+
 /// A single point in the functions that the columns use, so that it gives the batch's bits; outside
 /// their domain in those of one number. For formulas where a unit in the last place of a
 /// function is more than the nanometre that a batch may differ by, or moves a stop rule. Returns
 /// what the formulas return.
 template <class Formulas>
 auto ForwardOne(const Formulas& formulas, double& b, double& l) {
-  if (formulas.ServesForward(b, l)) return formulas.template Forward<simd::BatchMath>(b, l);
+  if (formulas.ServesForward(b, l)) return ForwardServed(formulas, b, l);
   return formulas.template Forward<simd::Scalar>(b, l);
 }
 
 template <class Formulas>
 auto InverseOne(const Formulas& formulas, double& n, double& e) {
-  if (formulas.ServesInverse(n, e)) return formulas.template Inverse<simd::BatchMath>(n, e);
+  if (formulas.ServesInverse(n, e)) return InverseServed(formulas, n, e);
   return formulas.template Inverse<simd::Scalar>(n, e);
 }
 
@@ -108,6 +119,7 @@ void ForwardByKernel(const Formulas& formulas, const TGeoProj& proj, double* b, 
     if (!proj.ForwardPoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
   };
   if (HostReplaces<&TGeoProj::ForwardPoint>(proj)) return RunSingly({b, l}, count, single);
+  if (count == 1 && formulas.ServesForward(*b, *l)) return void(ForwardServed(formulas, *b, *l));
   RunKernel(ForwardOf<Formulas>{formulas}, {b, l}, count, single);
 }
 
@@ -118,6 +130,7 @@ void InverseByKernel(const Formulas& formulas, const TGeoProj& proj, double* n, 
     if (!proj.InversePoint(point[0], point[1])) point[0] = std::numeric_limits<double>::quiet_NaN();
   };
   if (HostReplaces<&TGeoProj::InversePoint>(proj)) return RunSingly({n, e}, count, single);
+  if (count == 1 && formulas.ServesInverse(*n, *e)) return void(InverseServed(formulas, *n, *e));
   RunKernel(InverseOf<Formulas>{formulas}, {n, e}, count, single);
 }
 
