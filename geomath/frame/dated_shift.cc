@@ -31,13 +31,13 @@ void DatedShift::RunAt(const double* dates, std::size_t count, ShiftStatus* stat
 // Called where the kind is timeless: any date will do.
 void DatedShift::ForwardBlock(double* const (&point)[3], std::size_t count,
                               ShiftStatus* status) const {
-  constexpr double kAnyDates[kMaxPoints] = {};
+  static constexpr double kAnyDates[kMaxPoints] = {};
   ForwardAt(point, kAnyDates, count, status);
 }
 
 void DatedShift::InverseBlock(double* const (&point)[3], std::size_t count,
                               ShiftStatus* status) const {
-  constexpr double kAnyDates[kMaxPoints] = {};
+  static constexpr double kAnyDates[kMaxPoints] = {};
   InverseAt(point, kAnyDates, count, status);
 }
 
@@ -54,7 +54,7 @@ void DatedShift::InverseDatedBlock(double* const (&point)[3], const double* date
 void DatedShift::DifferentiateBlock(const double* const (&source)[3], const double* dates,
                                     std::size_t count, double* const (&jacobian)[9],
                                     ShiftStatus* status) const {
-  constexpr double kAnyDates[kMaxPoints] = {};
+  static constexpr double kAnyDates[kMaxPoints] = {};
   if (Kind() == ShiftKind::timeless)
     return DifferentiateAt(source, kAnyDates, count, jacobian, status);
   RunAt(dates, count, status,

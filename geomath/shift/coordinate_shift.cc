@@ -127,15 +127,19 @@ void CoordinateShift::RunBlock(Direction direction, double* const (&point)[3], P
                  : InverseDatedBlock(point, years, count, status);
 }
 
+// A point alone, as RunBatch would convert it.
 ShiftResult CoordinateShift::RunPoint(Direction direction, PointDates dates, double& first,
                                       double& second, double& third) const {
   double x = first, y = second, z = third;
-  ShiftResult result;
-  if (RunBatch(direction, dates, &x, &y, &z, 1, 1, &result.status) == 1) {
-    first = x;
-    second = y;
-    third = z;
-  }
+  const auto finite = [&] { return std::isfinite(x) && std::isfinite(y) && std::isfinite(z); };
+  if (!finite()) return {ShiftStatus::input};
+  ShiftResult result{ShiftStatus::converted};
+  RunBlock(direction, {&x, &y, &z}, dates, 1, &result.status);
+  if (!HasResult(result.status)) return result;
+  if (!finite()) return {ShiftStatus::input};
+  first = x;
+  second = y;
+  third = z;
   return result;
 }
 
