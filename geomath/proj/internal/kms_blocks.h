@@ -10,4 +10,9 @@ namespace zel_cs::geomath {
 void KmsPrepareBlock(double* lat, double* lon, std::size_t count, int direction);
 void KmsConvertBlock(double* a, double* b, std::size_t count, int system, int direction);
 
+/// Whether the host has no preparation, or none of the conversions into and out of a system: what a class
+/// does then has derivatives.
+bool KmsPreparesNothing();
+bool KmsConvertsNothing(int system);
+
 }  // namespace zel_cs::geomath

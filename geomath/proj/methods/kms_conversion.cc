@@ -42,6 +42,12 @@ void RunEach(double* first, double* second, std::size_t count, Step step) {
 
 }  // namespace
 
+bool KmsPreparesNothing() { return currentPrepare.load() == &PrepareNothing; }
+
+bool KmsConvertsNothing(int system) {
+  return currentConvert.load() == &ConvertOwnSystem && system == kKmsOwnSystem;
+}
+
 void KmsPrepareBlock(double* lat, double* lon, std::size_t count, int direction) {
   const KmsPrepareFunction prepare = currentPrepare.load();
   if (prepare == &PrepareNothing) return;

@@ -32,7 +32,9 @@ bool TKMSProjTM::Differentiate(double b, double l, GridDerivatives& derivatives)
   return n == ownN && e == ownE && TDenmarkTMProj::Formulas().Differentiate(b, l, derivatives);
 }
 
-FormulaView TKMSProjTM::Formulas() const { return {}; }
+FormulaView TKMSProjTM::Formulas() const {
+  return !mode_ && KmsPreparesNothing() ? TDenmarkTMProj::Formulas() : FormulaView();
+}
 
 void TKMSProjTM::ForwardBlock(double* b, double* l, std::size_t count) const {
   if (HostReplaces<&TGeoProj::ForwardPoint>(*this))

@@ -50,7 +50,9 @@ bool TKMSTransProj::Differentiate(double b, double l, GridDerivatives& derivativ
   return n == ownN && e == ownE && TDenmarkTMProj::Formulas().Differentiate(b, l, derivatives);
 }
 
-FormulaView TKMSTransProj::Formulas() const { return {}; }
+FormulaView TKMSTransProj::Formulas() const {
+  return KmsConvertsNothing(systemCode_) ? TDenmarkTMProj::Formulas() : FormulaView();
+}
 
 void TKMSTransProj::ForwardBlock(double* b, double* l, std::size_t count) const {
   if (HostReplaces<&TGeoProj::ForwardPoint>(*this))

@@ -32,8 +32,9 @@ class GEOMATH_API TKMSTransProj : public TDenmarkTMProj {
   bool ProjectPoint(double& b, double& l, PointFactors* factors) const override;
   bool UnprojectPoint(double& n, double& e, PointFactors* factors) const override;
   bool Differentiate(double b, double l, GridDerivatives& derivatives) const override;
-  // The host's functions take one point each, between them the block runs together.
+  // Those of TDenmarkTMProj where no function of a host stands between.
   FormulaView Formulas() const override;
+  // The host's functions take one point each, between them the block runs together.
   void ForwardBlock(double* b, double* l, std::size_t count) const override;
   void InverseBlock(double* n, double* e, std::size_t count) const override;
 

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 #include <vector>
@@ -194,6 +195,17 @@ TEST_F(KmsConversionTest, DefaultsAreThePlainProjection) {
     EXPECT_EQ(l, e);
     EXPECT_EQ(proj->GetType(), ProjTypeDenmarkTM);
     EXPECT_EQ(proj->GetQParam(), 5);
+    // Derivatives in columns are those of the plain projection; a host's functions have none.
+    double ours[4][2] = {{kPhi, kPhi + 0.01}, {kLambda, kLambda + 0.01}}, plain[4][2];
+    std::copy_n(&ours[0][0], 4, &plain[0][0]);
+    EXPECT_EQ(proj->ForwardDerivativesBatch(ours[0], ours[1], ours[2], ours[3], 2), 2u);
+    EXPECT_EQ(tm_.ForwardDerivativesBatch(plain[0], plain[1], plain[2], plain[3], 2), 2u);
+    for (int i = 0; i < 8; ++i) EXPECT_EQ(ours[i / 2][i % 2], plain[i / 2][i % 2]);
+    SetKmsConversion({&Shift, &Affine});
+    ours[0][0] = kPhi;
+    ours[1][0] = kLambda;
+    EXPECT_EQ(proj->ForwardDerivativesBatch(ours[0], ours[1], ours[2], ours[3], 1), 0u);
+    SetKmsConversion({});
   }
   projTM_.Mode(true);
   double b = kPhi, l = kLambda;
