@@ -13,6 +13,7 @@
 #include "files/epsg/epsg_registry.h"
 #include "files/epsg/projjson.h"
 #include "files/system/json_section.h"
+#include "files/system/system_document.h"
 #include "files/words/name_match.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
@@ -179,10 +180,10 @@ class EndReader {
 
   void TakeProjection(const EpsgProjection& projection) {
     end_.kind_ = EndKind::projected;
-    ordered_json file = {{"local", EllipsoidFigures(projection.ellipsoid)},
-                         {"projection", projection.section}};
+    json file = {{"local", EllipsoidFigures(projection.ellipsoid)},
+                 {"projection", projection.section}};
     if (!projection.axes.empty()) file["axes"] = {{"grid", projection.axes}};
-    end_.system_ = ParseSystem(file.dump(), end_.title_);
+    end_.system_ = MakeSystem(file, end_.title_);
     end_.units_.plane = projection.unit;
     // A layer's x and y are east and north: others would be taken for what they are not.
     if (!projection.axes.empty()) end_.crs_.clear();

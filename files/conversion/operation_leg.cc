@@ -9,9 +9,11 @@
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
 #include "files/epsg/publisher_routes.h"
+#include "files/system/system_document.h"
 #include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
+using nlohmann::json;
 using nlohmann::ordered_json;
 
 namespace geomath_files {
@@ -46,12 +48,12 @@ std::unique_ptr<CoordinateSystem> PartOf(const CandidateOperation& candidate, st
   const Ellipsoid target = any ? last->target : source;
   const auto entries = EntriesOf(part, source, target, "");
   if (!entries) throw UserError(candidate.Title() + ": its steps stand on too many ellipsoids");
-  ordered_json document = {{"local", EllipsoidFigures(source)}, {"shifts", entries->shifts}};
+  json document = {{"local", EllipsoidFigures(source)}, {"shifts", entries->shifts}};
   if (entries->twoEllipsoids) {
     document["global"] = EllipsoidFigures(target);
     document["datum"] = SevenParameters{}.Section();
   }
-  return ParseSystem(document.dump(), candidate.Title(), ProjectionNeed::optional);
+  return MakeSystem(document, candidate.Title(), ProjectionNeed::optional);
 }
 
 // Runs parts one after the other; the first step that fails counts.
@@ -94,9 +96,9 @@ OperationLeg::OperationLeg(const EpsgRegistry& registry, const CandidateOperatio
 void OperationLeg::TakeRoute(const EpsgRegistry& registry, const CandidateOperation& candidate) {
   const PublisherRoute& route = *candidate.route;
   if (route.projection)
-    parts_.push_back({ParseSystem(PlaneOfRoute(registry, route).dump(), candidate.Title()), false});
+    parts_.push_back({MakeSystem(PlaneOfRoute(registry, route), candidate.Title()), false});
   const ordered_json sections = RouteSections(registry, route, *candidate.routeFile);
-  parts_.push_back({ParseSystem(sections.dump(), candidate.Title(), ProjectionNeed::optional)});
+  parts_.push_back({MakeSystem(sections, candidate.Title(), ProjectionNeed::optional)});
   // What its publisher has defined outside of the grid serves there too.
   hasGrid_ = sections.at("shifts").at(0).value("outside", "") != "identity";
   if (!candidate.routeReversed) return;

@@ -70,37 +70,33 @@ const MethodRow* FindMethod(const Rows& rows, const json& part) {
   return nullptr;
 }
 
-double Read(const json& part, int code, double (*unit)(const json&)) {
-  const json* parameter = FindParameter(part.at("parameters"), code);
-  return parameter ? unit(*parameter) : 0;
-}
-
-SevenParameters ReadSeven(const json& part, bool positionVector) {
+SevenParameters ReadSeven(const ParameterList& given, bool positionVector) {
   SevenParameters seven;
   for (int i = 0; i < 3; ++i) {
-    seven.shift[i] = Read(part, kTranslations[i], Metres);
-    seven.rotation[i] = Read(part, kRotations[i], ArcSeconds);
+    seven.shift[i] = given.In(kTranslations[i], Metres);
+    seven.rotation[i] = given.In(kRotations[i], ArcSeconds);
   }
-  seven.ppm = Read(part, kScaleDifference, Factor) * 1e6;
+  seven.ppm = given.In(kScaleDifference, Factor) * 1e6;
   seven.positionVector = positionVector;
   return seven;
 }
 
 // What a parameter grows by in a year, in metres, arc-seconds or parts per million, from a unit that
 // the registry has by the second: its figures, without the rounding of that.
-double ReadRate(const json& part, int code, double (*unit)(const json&), double scale = 1) {
+double ReadRate(const ParameterList& given, int code, double (*unit)(const json&),
+                double scale = 1) {
   constexpr double kSecondsInYear = 31556925.445, kFigures = 1e12;
-  return std::round(Read(part, code, unit) * kSecondsInYear * scale * kFigures) / kFigures + 0.0;
+  return std::round(given.In(code, unit) * kSecondsInYear * scale * kFigures) / kFigures + 0.0;
 }
 
-ordered_json ReadRates(const json& part) {
+ordered_json ReadRates(const ParameterList& given) {
   constexpr const char* kAxes[] = {"X", "Y", "Z"};
   ordered_json rates = ordered_json::object();
   for (std::size_t i = 0; i < 3; ++i)
-    rates[std::string("d") + kAxes[i]] = ReadRate(part, kTranslationRates[i], Metres);
+    rates[std::string("d") + kAxes[i]] = ReadRate(given, kTranslationRates[i], Metres);
   for (std::size_t i = 0; i < 3; ++i)
-    rates[std::string("r") + kAxes[i]] = ReadRate(part, kRotationRates[i], ArcSeconds);
-  rates["ppm"] = ReadRate(part, kScaleRate, Factor, 1e6);
+    rates[std::string("r") + kAxes[i]] = ReadRate(given, kRotationRates[i], ArcSeconds);
+  rates["ppm"] = ReadRate(given, kScaleRate, Factor, 1e6);
   return rates;
 }
 
@@ -124,7 +120,7 @@ Vector Apply(const RegisteredSimilarity& step, const Vector& x) {
 // projection's longitudes count from Greenwich. What goes beyond that turns the system about its
 // axis.
 RegisteredSimilarity ReadLongitudeRotation(const json& part) {
-  const double turn = Read(part, kLongitudeOffset, Degrees) +
+  const double turn = ParameterList(part.at("parameters")).In(kLongitudeOffset, Degrees) +
                       PrimeMeridianOf(part.at("target_crs")) -
                       PrimeMeridianOf(part.at("source_crs"));
   constexpr double kRounding = 1e-12;  // degrees
@@ -207,9 +203,10 @@ std::optional<RegisteredSimilarity> ReadSimilarity(const json& part) {
   if (CodeIn(method) == kLongitudeRotation) return ReadLongitudeRotation(part);
   const MethodRow* row = FindMethod(kMethods, part);
   if (!row) return std::nullopt;
+  const ParameterList given(part.at("parameters"));
   RegisteredSimilarity step;
-  step.seven = ReadSeven(part, row->positionVector);
-  for (int i = 0; i < 3; ++i) step.pivot[i] = Read(part, kPivots[i], Metres);
+  step.seven = ReadSeven(given, row->positionVector);
+  for (int i = 0; i < 3; ++i) step.pivot[i] = given.In(kPivots[i], Metres);
   step.inverse = CodeIn(method, "INVERSE(EPSG)") != 0;
   return step;
 }
@@ -217,13 +214,14 @@ std::optional<RegisteredSimilarity> ReadSimilarity(const json& part) {
 std::optional<ordered_json> ReadDatedSimilarity(const json& part) {
   const MethodRow* row = FindMethod(kDatedMethods, part);
   if (!row) return std::nullopt;
-  ordered_json section = ReadSeven(part, row->positionVector).Section();
+  const ParameterList given(part.at("parameters"));
+  ordered_json section = ReadSeven(given, row->positionVector).Section();
   const auto years = [](const json& quantity) { return quantity.at("value").get<double>(); };
-  if (FindParameter(part.at("parameters"), kOnlyEpoch)) {
-    section["validAt"] = Read(part, kOnlyEpoch, years);
+  if (given.Find(kOnlyEpoch)) {
+    section["validAt"] = given.In(kOnlyEpoch, years);
   } else {
-    section["rates"] = ReadRates(part);
-    section["epoch"] = Read(part, kReferenceEpoch, years);
+    section["rates"] = ReadRates(given);
+    section["epoch"] = given.In(kReferenceEpoch, years);
   }
   return section;
 }

@@ -82,13 +82,14 @@ class Conversion {
 
  private:
   const json& Find(EpsgParameter code) const {
-    const json* parameter = FindParameter(parameters_, code);
+    const json* parameter = parameters_.Find(code);
     if (!parameter) Refuse(fmt::format("the registry gives no parameter {}", int{code}));
     return *parameter;
   }
 
   const std::string& title_;
-  const json &method_, &parameters_;
+  const json& method_;
+  const ParameterList parameters_;
   const double primeMeridian_;  // degrees east of Greenwich
 };
 

@@ -16,7 +16,7 @@
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
 #include "files/system/ellipsoid_names.h"
-#include "files/system/system_file.h"
+#include "files/system/system_document.h"
 #include "files/system/system_sections.h"
 #include "files/system/units_section.h"
 #include "files/words/name_match.h"
@@ -160,7 +160,7 @@ class SystemMaker {
     system_.document["description"] = description_;
     // A grid that cannot be used is found out here, not when points are converted.
     if (system_.document.contains("shifts") || system_.document.contains("frame"))
-      ParseSystem(system_.document.dump(), wish_.output, ProjectionNeed::optional);
+      MakeSystem(system_.document, wish_.output, ProjectionNeed::optional);
     return std::move(system_);
   }
 

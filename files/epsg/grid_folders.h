@@ -8,10 +8,10 @@
 
 namespace geomath_files {
 
-/// The folders in which grids are looked for.
+/// The folders in which grids are looked for. They are read when the first name is asked for; an object
+/// serves one thread at a time.
 class GridFolders {
  public:
-  GridFolders() = default;
   /// In this order: the folders that the caller names, those of the environment variable
   /// GEOMATH_GRIDS (separated by colons), that of the file which is to be written (none for an empty
   /// text), and PROJ's. Throws UserError for a named one that cannot be read.
@@ -27,10 +27,11 @@ class GridFolders {
   std::optional<Found> Find(const std::string& name) const;
 
  private:
-  bool Add(const std::string& folder);
+  using Files = std::map<std::string, Found>;  // by their names in lower case
+  Files List() const;
 
-  std::size_t folders_ = 0;
-  std::map<std::string, Found> files_;  // by their names in lower case
+  std::vector<std::string> folders_;
+  mutable std::optional<Files> files_;
 };
 
 }  // namespace geomath_files

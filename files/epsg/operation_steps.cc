@@ -88,11 +88,12 @@ class StepReader {
     } else if (Contains(kOffsets, methodCode_)) {
       ReadOffset();
     } else if (methodCode_ == kVerticalSlope) {
-      step_.entry["slope"] = {{"latitude", In(kPointLatitude, Degrees)},
-                              {"longitude", In(kPointLongitude, Degrees)},
-                              {"offset", In(kVerticalOffset, Metres)},
-                              {"slopeLatitude", In(kLatitudeInclination, ArcSeconds)},
-                              {"slopeLongitude", In(kLongitudeInclination, ArcSeconds)}};
+      const ParameterList given(part_.at("parameters"));
+      step_.entry["slope"] = {{"latitude", given.In(kPointLatitude, Degrees)},
+                              {"longitude", given.In(kPointLongitude, Degrees)},
+                              {"offset", given.In(kVerticalOffset, Metres)},
+                              {"slopeLatitude", given.In(kLatitudeInclination, ArcSeconds)},
+                              {"slopeLongitude", given.In(kLongitudeInclination, ArcSeconds)}};
     } else {
       step_.known = false;
     }
@@ -100,11 +101,6 @@ class StepReader {
   }
 
  private:
-  double In(int code, double (*unit)(const json&)) const {
-    const json* parameter = FindParameter(part_.at("parameters"), code);
-    return parameter ? unit(*parameter) : 0;
-  }
-
   void ReadEllipsoid(const char* key, Ellipsoid& ellipsoid) const {
     const json& system = MemberOf(part_, key);
     if (system.contains("datum") || system.contains("datum_ensemble"))
@@ -173,8 +169,9 @@ class StepReader {
   void ReadOffset() {
     ordered_json& offset = step_.entry["offset"];
     offset = ordered_json::object();
+    const ParameterList given(part_.at("parameters"));
     const auto add = [&](const char* key, int code, double (*unit)(const json&)) {
-      if (const double value = In(code, unit); value != 0) offset[key] = value;
+      if (const double value = given.In(code, unit); value != 0) offset[key] = value;
     };
     add("latitude", kLatitudeOffset, Degrees);
     add("longitude", kLongitudeOffset, Degrees);

@@ -92,11 +92,19 @@ int CodeIn(const json& object, const char* authority) {
   return code.is_number_integer() && MemberOf(id, "authority") == authority ? code.get<int>() : 0;
 }
 
-const json* FindParameter(const json& parameters, int code) {
-  for (const json& parameter : parameters) {
-    if (CodeIn(parameter) == code) return &parameter;
-  }
+ParameterList::ParameterList(const json& parameters) {
+  for (const json& parameter : parameters) rows_.emplace_back(CodeIn(parameter), &parameter);
+}
+
+const json* ParameterList::Find(int code) const {
+  for (const auto& [own, parameter] : rows_)
+    if (own == code) return parameter;
   return nullptr;
+}
+
+double ParameterList::In(int code, double (*unit)(const json&)) const {
+  const json* parameter = Find(code);
+  return parameter ? unit(*parameter) : 0;
 }
 
 }  // namespace geomath_files

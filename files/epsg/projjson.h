@@ -2,6 +2,8 @@
 
 #include <nlohmann/json.hpp>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "files/system/length_unit.h"
 #include "geomath/base/ellipsoid.h"
@@ -31,7 +33,17 @@ const nlohmann::json& MemberOf(const nlohmann::json& object, const char* key);
 /// The code in "id", or 0 when there is none of that authority.
 int CodeIn(const nlohmann::json& object, const char* authority = "EPSG");
 
-/// The parameter of that EPSG code in an array of parameters; null when it is not there.
-const nlohmann::json* FindParameter(const nlohmann::json& parameters, int code);
+/// The parameters of a conversion or of a transformation by their EPSG codes; it points into the array.
+class ParameterList {
+ public:
+  explicit ParameterList(const nlohmann::json& parameters);
+  /// Null for one that is not there.
+  const nlohmann::json* Find(int code) const;
+  /// In the unit of one of the functions above; 0 for one that is not there.
+  double In(int code, double (*unit)(const nlohmann::json&)) const;
+
+ private:
+  std::vector<std::pair<int, const nlohmann::json*>> rows_;
+};
 
 }  // namespace geomath_files

@@ -10,6 +10,7 @@
 #include "files/system/json_section.h"
 #include "files/system/projection_names.h"
 #include "files/system/shift_section.h"
+#include "files/system/system_document.h"
 #include "files/system/system_sections.h"
 #include "files/system/units_section.h"
 #include "files/words/name_match.h"
@@ -222,7 +223,12 @@ class SystemReader {
 
 std::unique_ptr<CoordinateSystem> ParseSystem(const std::string& text, const std::string& name,
                                               ProjectionNeed need) {
-  return SystemReader(name).Read(ParseJson(text, name), need);
+  return MakeSystem(ParseJson(text, name), name, need);
+}
+
+std::unique_ptr<CoordinateSystem> MakeSystem(const json& document, const std::string& name,
+                                             ProjectionNeed need) {
+  return SystemReader(name).Read(document, need);
 }
 
 }  // namespace geomath_files
