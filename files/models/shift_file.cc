@@ -68,9 +68,10 @@ std::string ReadBytes(const std::string& path) {
 }  // namespace
 
 ShiftBytes ReadShiftBytes(const std::string& path) {
-  ShiftBytes bytes{{"", ReadBytes(path)}};
+  ShiftBytes bytes;  // moved in: a list of initial values would be copied
+  const std::string& own = bytes.emplace("", ReadBytes(path)).first->second;
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
-  if (const std::string& own = bytes[""]; IsJson(own) && IsDeformationModel(own))
+  if (IsJson(own) && IsDeformationModel(own))
     for (const std::string& name : GridsOfDeformationModel(own, path))
       bytes.emplace(name, ReadBytes((folder / name).string()));
   return bytes;
