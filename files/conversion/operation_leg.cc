@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <array>
 #include <nlohmann/json.hpp>
+#include <span>
 
 #include "files/epsg/operation_chooser.h"
 #include "files/epsg/projjson.h"
@@ -34,19 +35,15 @@ std::size_t EndOfPart(const std::vector<OperationStep>& steps, std::size_t begin
 // The steps from `begin` to `end` as a system file that leads the other way.
 std::unique_ptr<CoordinateSystem> PartOf(const CandidateOperation& candidate, std::size_t begin,
                                          std::size_t end) {
-  CandidateOperation part;
-  const auto at = [](const auto& list, std::size_t i) {
-    return list.begin() + static_cast<std::ptrdiff_t>(i);
-  };
-  part.steps.assign(at(candidate.steps, begin), at(candidate.steps, end));
-  part.files.assign(at(candidate.files, begin), at(candidate.files, end));
+  const auto steps = std::span(candidate.steps).subspan(begin, end - begin);
+  const auto files = std::span(candidate.files).subspan(begin, end - begin);
   // Steps of latitude and longitude do not look at the ellipsoid.
-  const auto first = std::find_if(part.steps.begin(), part.steps.end(), IsGeocentric);
-  const auto last = std::find_if(part.steps.rbegin(), part.steps.rend(), IsGeocentric);
-  const bool any = first != part.steps.end();
+  const auto first = std::find_if(steps.begin(), steps.end(), IsGeocentric);
+  const auto last = std::find_if(steps.rbegin(), steps.rend(), IsGeocentric);
+  const bool any = first != steps.end();
   const Ellipsoid source = any ? first->source : MakeEllipsoid(kWgs84A, kWgs84InvF);
   const Ellipsoid target = any ? last->target : source;
-  const auto entries = EntriesOf(part, source, target, "");
+  const auto entries = EntriesOf(steps, files, source, target, "");
   if (!entries) throw UserError(candidate.Title() + ": its steps stand on too many ellipsoids");
   json document = {{"local", EllipsoidFigures(source)}, {"shifts", entries->shifts}};
   if (entries->twoEllipsoids) {

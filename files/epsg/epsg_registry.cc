@@ -13,6 +13,7 @@
 #include <unordered_map>
 #include <utility>
 
+#include "files/epsg/operation_steps.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
@@ -339,6 +340,7 @@ const std::vector<RegisteredOperation>& EpsgRegistry::Operations(const std::stri
   const auto known = context_->operations.find(question);
   if (known != context_->operations.end()) return known->second;
   std::vector<RegisteredOperation> found = context_->FindOperations(from, to, box, joining);
+  for (RegisteredOperation& each : found) TakeSteps(each);
   return context_->operations.emplace(std::move(question), std::move(found)).first->second;
 }
 
@@ -348,7 +350,14 @@ std::optional<RegisteredOperation> EpsgRegistry::Operation(const std::string& co
   if (operation && turnedRound)
     operation.reset(proj_coordoperation_create_inverse(context_->pj, operation.get()));
   if (!operation) return std::nullopt;
-  return context_->Describe(operation.get());
+  RegisteredOperation found = context_->Describe(operation.get());
+  TakeSteps(found);
+  return found;
+}
+
+void EpsgRegistry::TakeSteps(RegisteredOperation& operation) const {
+  operation.steps =
+      std::make_shared<const std::vector<OperationStep>>(ReadSteps(*this, *operation.document));
 }
 
 const std::optional<ProjGrid>& EpsgRegistry::GridOfProj(const std::string& code) const {

@@ -28,6 +28,8 @@ struct ListedCrs {
   GeoBox area;  ///< of use
 };
 
+struct OperationStep;
+
 /// A transformation between two systems as the registry has it.
 struct RegisteredOperation {
   std::string code;  ///< "1314"; empty for one that is put together from several
@@ -35,7 +37,8 @@ struct RegisteredOperation {
   double accuracy = -1;  ///< metres; −1 unknown
   std::shared_ptr<const nlohmann::json>
       document;  ///< PROJJSON; null for what is not of the registry
-  GeoBox area;   ///< of use
+  std::shared_ptr<const std::vector<OperationStep>> steps;  ///< of the document, by ReadSteps
+  GeoBox area;                                              ///< of use
   std::string areaName;
 };
 
@@ -90,6 +93,8 @@ class EpsgRegistry {
  private:
   struct Context;
   class ContextPool;
+  void TakeSteps(RegisteredOperation& operation) const;
+
   std::unique_ptr<Context> context_;
 };
 

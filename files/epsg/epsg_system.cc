@@ -321,7 +321,7 @@ class SystemMaker {
   void AddShifts(const CandidateOperation& taken, const Ellipsoid& local) {
     const Ellipsoid global = TargetOf(taken);
     const std::optional<ShiftEntries> entries =
-        EntriesOf(taken, EllipsoidOf(chosen_.geographic), global, folder_);
+        EntriesOf(taken.steps, taken.files, EllipsoidOf(chosen_.geographic), global, folder_);
     if (!entries)
       chosen_.Refuse(taken.Title() + " stands on more ellipsoids than a system file has" +
                      kWaysOut);

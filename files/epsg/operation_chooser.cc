@@ -191,7 +191,7 @@ CandidateOperation OperationChooser::Prepare(RegisteredOperation operation,
   CandidateOperation candidate;
   candidate.covered = place.point ? operation.area.Contains(place.area.south, place.area.west)
                                   : place.area.CoveredBy(operation.area);
-  candidate.steps = ReadSteps(registry_, *operation.document);
+  candidate.steps = *operation.steps;
   for (const OperationStep& step : candidate.steps) candidate.files.push_back(FileOf(step));
   candidate.operation = std::move(operation);
   candidate.target = target;
@@ -339,11 +339,11 @@ namespace {
 
 // A step at which coordinates on the ellipsoid of the source become some on that of the target. Only
 // steps of geocentric coordinates depend on ellipsoids, where they begin and where they end.
-using Steps = std::vector<OperationStep>;
+using Steps = std::span<const OperationStep>;
 
 bool IsGeocentric(const OperationStep& step) { return step.space == ShiftSpace::geocentric; }
 
-bool CanChangeAt(const Steps& steps, std::size_t change, const Ellipsoid& source,
+bool CanChangeAt(Steps steps, std::size_t change, const Ellipsoid& source,
                  const Ellipsoid& target) {
   for (std::size_t i = 0; i < steps.size(); ++i) {
     if (!IsGeocentric(steps[i])) continue;
@@ -356,7 +356,7 @@ bool CanChangeAt(const Steps& steps, std::size_t change, const Ellipsoid& source
 }
 
 // The number of steps that stand behind the datum; nothing where no place is right.
-std::optional<std::size_t> StepsBehindDatum(const Steps& steps, const Ellipsoid& source,
+std::optional<std::size_t> StepsBehindDatum(Steps steps, const Ellipsoid& source,
                                             const Ellipsoid& target) {
   const auto first = std::find_if(steps.begin(), steps.end(), IsGeocentric);
   if (first == steps.end()) return 0;
@@ -370,9 +370,10 @@ std::optional<std::size_t> StepsBehindDatum(const Steps& steps, const Ellipsoid&
 
 }  // namespace
 
-std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate, const Ellipsoid& source,
-                                      const Ellipsoid& target, const std::string& folder) {
-  const Steps& steps = candidate.steps;
+std::optional<ShiftEntries> EntriesOf(std::span<const OperationStep> steps,
+                                      std::span<const std::optional<StepFile>> files,
+                                      const Ellipsoid& source, const Ellipsoid& target,
+                                      const std::string& folder) {
   const std::optional<std::size_t> behind = StepsBehindDatum(steps, source, target);
   if (!behind) return std::nullopt;
   ShiftEntries entries;
@@ -380,7 +381,7 @@ std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate, const
   entries.shifts = ordered_json::array();
   for (std::size_t i = steps.size(); i-- > 0;) {
     const OperationStep& step = steps[i];
-    const std::optional<StepFile>& file = candidate.files[i];
+    const std::optional<StepFile>& file = files[i];
     ordered_json entry;
     if (file) entry["file"] = NameBeside(file->path, folder);
     entry.update(step.entry);

@@ -2,6 +2,7 @@
 
 #include <nlohmann/json.hpp>
 #include <optional>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -126,14 +127,15 @@ std::vector<std::string> BetterOperations(const std::vector<CandidateOperation>&
 /// They as text, with their methods and files, and what they lack.
 std::string ListOperations(const std::vector<CandidateOperation>& candidates);
 
-/// The entries "shifts" of a system file that leads from the target of an operation to its source.
+/// The entries "shifts" of a system file that leads from the target of steps to their source.
 struct ShiftEntries {
   nlohmann::ordered_json shifts;
   bool twoEllipsoids = false;  ///< a datum without parameters stands between them
 };
-/// Files beside the system file, in `folder`, by their names alone. Nothing where the steps stand on
-/// more ellipsoids than a system file has.
-std::optional<ShiftEntries> EntriesOf(const CandidateOperation& candidate,
+/// Of steps and the files that they have. Files beside the system file, in `folder`, by their names
+/// alone. Nothing where the steps stand on more ellipsoids than a system file has.
+std::optional<ShiftEntries> EntriesOf(std::span<const OperationStep> steps,
+                                      std::span<const std::optional<StepFile>> files,
                                       const zel_cs::geomath::Ellipsoid& source,
                                       const zel_cs::geomath::Ellipsoid& target,
                                       const std::string& folder);

@@ -132,7 +132,7 @@ class Proof {
   static std::unique_ptr<CoordinateSystem> SystemOf(const CandidateOperation& candidate,
                                                     const Ellipsoid& source,
                                                     const Ellipsoid& target) {
-    const auto entries = EntriesOf(candidate, source, target, "");
+    const auto entries = EntriesOf(candidate.steps, candidate.files, source, target, "");
     if (!entries) return nullptr;
     const auto axes = [](const Ellipsoid& e) { return json{{"a", e.a}, {"b", e.b}}; };
     json document = {{"local", axes(source)}, {"shifts", entries->shifts}};
