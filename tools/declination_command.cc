@@ -290,7 +290,7 @@ std::function<int()> PrepareDeclination(CLI::App& arguments) {
   arguments.add_option("--model", options->model,
                        "coefficient file of a magnetic model (.COF, .shc), or the name of a "
                        "built-in one");
-  arguments.add_option("--date", options->date, "date as YYYY-MM-DD");
+  arguments.add_option("--date", options->date, "YYYY-MM-DD, or a decimal year");
   arguments.add_option("--years", options->years,
                        "FIRST:LAST or FIRST:LAST:STEP: a table of the years at a point, as CSV");
   CLI::Option* point =

@@ -3,14 +3,11 @@
 #include <fmt/format.h>
 
 #include <algorithm>
-#include <optional>
-#include <string_view>
 
+#include "files/words/date_text.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 #include "geomath/magnetic/model_series.h"
-#include "geomath/platform/decimal_year.h"
-#include "geomath/platform/read_number.h"
 
 using namespace zel_cs::geomath;
 
@@ -23,19 +20,6 @@ MagneticModelSeries BuiltInOfName(const std::string& name) {
   std::erase_if(
       models, [&](const WMMtype_MagneticModel& model) { return !SameName(model.modelName, name); });
   return models;
-}
-
-// Year, month and day, parted by hyphens.
-std::optional<double> DecimalYearOf(std::string_view date) {
-  int parts[3] = {};
-  for (int& part : parts) {
-    const std::size_t length = std::min(date.find('-'), date.size());
-    const auto number = ReadInteger(date.substr(0, length));
-    if (!number || length > 4) return std::nullopt;
-    part = *number;
-    date.remove_prefix(std::min(length + 1, date.size()));
-  }
-  return date.empty() ? DecimalYear(parts[0], parts[1], parts[2]) : std::nullopt;
 }
 
 }  // namespace
@@ -53,11 +37,10 @@ MagneticModelSeries OpenMagneticModels(const std::string& path) {
 }
 
 double YearOfDate(const std::string& date, const std::string& subject) {
-  const auto decimal = DecimalYearOf(date);
-  if (!decimal)
-    throw UserError(
-        fmt::format("{}: \"{}\" is no date; write it like 2026-05-31", subject, Printable(date)));
-  return *decimal;
+  constexpr YearRange kFourFigures{1000, 10000};  // some models begin long before surveys did
+  const ParsedNumber year = ParseDate(date, kFourFigures);
+  if (!year) throw UserError(fmt::format("{}: {}", subject, year.problem));
+  return year.value;
 }
 
 std::string YearsWarning(const MagneticModelSeries& models, double decimalYear,

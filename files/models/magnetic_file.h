@@ -10,7 +10,8 @@ namespace geomath_files {
 /// them for its name. Never empty. Throws UserError when the file holds none, or is damaged.
 zel_cs::geomath::MagneticModelSeries OpenMagneticModels(const std::string& path);
 
-/// The decimal year of a date such as "2026-05-31"; throws UserError, beginning with `subject`.
+/// The decimal year of a date (see ParseDate) in years of four figures; throws UserError, beginning
+/// with `subject`.
 double YearOfDate(const std::string& date, const std::string& subject);
 
 /// What is to be said of a date, written `date`, outside the years of the model that serves it, else

@@ -37,6 +37,11 @@ class Figures {
     rest_.remove_prefix(figures);
     return number;
   }
+  // A number of one or two figures.
+  std::optional<int> TakeShort() {
+    const bool two = rest_.size() > 1 && rest_[1] >= '0' && rest_[1] <= '9';
+    return Take(std::size_t{two ? 2u : 1u});
+  }
   // What may stand behind a mark: digits.
   void SkipDigits() {
     while (Take("0123456789")) {
@@ -81,9 +86,9 @@ std::optional<double> DateOf(std::string_view text) {
   const std::optional<int> year = figures.Take(4);
   const char mark = figures.Take("-/");
   if (!year || !mark) return std::nullopt;
-  const std::optional<int> month = figures.Take(2);
+  const std::optional<int> month = figures.TakeShort();
   if (!month || figures.Take("-/") != mark) return std::nullopt;
-  const std::optional<int> day = figures.Take(2);
+  const std::optional<int> day = figures.TakeShort();
   const std::optional<double> begin = day ? DecimalYear(*year, *month, *day) : std::nullopt;
   const std::optional<double> time = TimeOfDay(figures);
   if (!begin || !time) return std::nullopt;
@@ -93,14 +98,14 @@ std::optional<double> DateOf(std::string_view text) {
 
 }  // namespace
 
-ParsedNumber ParseDate(std::string_view text) {
+ParsedNumber ParseDate(std::string_view text, YearRange years) {
   const std::string_view given = Trim(text);
   const ParsedNumber year = ParseNumber(given);
   const std::optional<double> date = year ? year.value : DateOf(given);
   if (!date) return {0, fmt::format("\"{}\" is no date: {}", Printable(given), kForms)};
-  if (*date < kFirstYear || *date >= kLastYear)
-    return {0, fmt::format("\"{}\" is no date from {} to {}: {}", Printable(given), kFirstYear,
-                           kLastYear, kForms)};
+  if (*date < years.first || *date >= years.last)
+    return {0, fmt::format("\"{}\" is no date from {} to {}: {}", Printable(given), years.first,
+                           years.last, kForms)};
   return {*date, {}};
 }
 

@@ -41,6 +41,9 @@ TEST_F(Declination, OnePoint) {
   EXPECT_FALSE(Contains(run.out, "+-"));
   EXPECT_EQ(Run("--date 2012-07-02 \"80 0 0 N\" 360").out, Run("--date 2012-07-02 80 0 0").out);
   EXPECT_EQ(Run("--date 2012-07-02 90 10 --angles gon").out, Run("--date 2012-07-02 81 9").out);
+  EXPECT_EQ(Run("--date 2012-7-2 80 0").out, Run("--date 2012-07-02 80 0").out);
+  EXPECT_EQ(Run("--date 2012.0 80 0").out, Run("--date 2012-01-01 80 0").out);
+  EXPECT_EQ(Run("--date 1750-01-01 80 0").status, 0);
 }
 
 TEST_F(Declination, WarnsOutsideTheYearsOfTheModel) {

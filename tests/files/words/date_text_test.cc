@@ -11,6 +11,8 @@ TEST(ParseDate, TakesYearsAndDays) {
   EXPECT_EQ(ParseDate("2026").value, 2026);
   EXPECT_EQ(ParseDate("2026-01-01").value, 2026);
   EXPECT_EQ(ParseDate("2026-11-23").value, 2026 + 326 / 365.0);
+  EXPECT_EQ(ParseDate("2026-5-3").value, ParseDate("2026-05-03").value);
+  EXPECT_EQ(ParseDate("2026/5/13 12:00").value, ParseDate("2026-05-13T12:00").value);
   EXPECT_EQ(ParseDate("2024/12/31").value, 2024 + 365 / 366.0);
 }
 
@@ -24,9 +26,9 @@ TEST(ParseDate, TimesArePartsOfTheDay) {
 }
 
 TEST(ParseDate, RefusesWhatIsNone) {
-  for (const char* none :
-       {"", "26.9", "20261123", "2026-13-01", "2026-02-29", "2026-2-1", "23.11.2026", "2026-11/23",
-        "2026-11-23T", "2026-11-23T25:00", "2026-11-23T12:00X", "today", "nan", "2026-11"})
+  for (const char* none : {"", "26.9", "20261123", "2026-13-01", "2026-02-29", "2026-2-",
+                           "2026-2-1-", "2026-002-01", "23.11.2026", "2026-11/23", "2026-11-23T",
+                           "2026-11-23T25:00", "2026-11-23T12:00X", "today", "nan", "2026-11"})
     EXPECT_FALSE(ParseDate(none)) << none;
   EXPECT_EQ(ParseDate("1492").problem,
             "\"1492\" is no date from 1800 to 2200: a decimal year (2026.9) or a day (2026-11-23) "
