@@ -233,7 +233,7 @@ std::string SourceOf(const BetweenOptions& options) {
 // Layers or points of a file.
 int RunFile(const BetweenOptions& options, const Conversion& conversion) {
   const PointOptions& points = options.points;
-  if (!IsCsvName(points.input) && HasShapes(points.input, points.layer)) {
+  if (!IsCsvName(points.input) && GoesByLayers(points.input, points.layer, points.output)) {
     std::vector<std::string> inputs = conversion.Files();
     inputs.push_back(points.input);
     RefuseOverwriting(inputs, {points.output});

@@ -293,7 +293,7 @@ int Convert(ConvertOptions options) {
       throw UserError("--angles gon: only CSV holds gons; other formats hold degrees");
   }
   if (isFile && !IsCsvName(options.points.input) &&
-      HasShapes(options.points.input, options.points.layer)) {
+      GoesByLayers(options.points.input, options.points.layer, options.points.output)) {
     std::vector<std::string> inputs = system->Files();
     inputs.insert(inputs.end(), {options.system, options.points.input});
     RefuseOverwriting(inputs, {options.points.output});

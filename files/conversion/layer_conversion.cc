@@ -13,6 +13,7 @@
 
 #include "files/gdal/ogr.h"
 #include "files/gdal/ogr_output.h"
+#include "files/points/point_sink.h"
 #include "files/words/name_match.h"
 #include "files/words/text_file.h"
 #include "files/words/user_error.h"
@@ -31,6 +32,7 @@ struct Format {
   Positions positions = Positions::any;
   bool severalLayers = false;
   std::vector<const char*> layerOptions = {nullptr};  // of GDAL
+  bool needsGeometry = false;                         // of every feature
 };
 const Format kFormats[] = {
     {".gpkg", "GPKG", "a GeoPackage", Positions::any, true},
@@ -49,20 +51,24 @@ const Format kFormats[] = {
      false,
      {"COORDINATE_PRECISION=13", nullptr}},
     {".fgb", "FlatGeobuf", "FlatGeobuf"},
-    {".dxf", "DXF", "DXF"},
+    {".dxf", "DXF", "DXF", Positions::any, false, {nullptr}, true},
     {".kml", "LIBKML", "KML", Positions::wgs84, true},
     {".csv", "CSV", "CSV", Positions::any, false, {"GEOMETRY=AS_WKT", "CREATE_CSVT=NO", nullptr}},
     {".parquet", "Parquet", "Parquet"},
     {".arrow", "Arrow", "Arrow"},
 };
 
-const Format& FormatOf(const std::string& path) {
+const Format* FindFormat(const std::string& path) {
   const std::string suffix = SuffixOf(path);
+  const auto found = std::find_if(std::begin(kFormats), std::end(kFormats),
+                                  [&](const Format& format) { return suffix == format.suffix; });
+  return found == std::end(kFormats) ? nullptr : found;
+}
+
+const Format& FormatOf(const std::string& path) {
+  if (const Format* format = FindFormat(path)) return *format;
   std::vector<std::string> known;
-  for (const Format& format : kFormats) {
-    if (suffix == format.suffix) return format;
-    known.emplace_back(format.suffix);
-  }
+  for (const Format& format : kFormats) known.emplace_back(format.suffix);
   throw UserError(
       fmt::format("{}: the suffix chooses the format: {}", path, fmt::join(known, " ")));
 }
@@ -110,7 +116,10 @@ constexpr std::size_t kBlockFeatures = 4096;
 class LayerWriter {
  public:
   LayerWriter(const LayerJob& job, const Format& format, OGRLayer& from, OgrOutput& output)
-      : job_(job), output_(output), keepsIds_(format.driver == std::string("GPKG")) {
+      : job_(job),
+        output_(output),
+        keepsIds_(format.driver == std::string("GPKG")),
+        needsGeometry_(format.needsGeometry) {
     const bool hasGeometry = from.GetGeomType() != wkbNone;
     const auto crs = CrsOf(job.crs, job.unit);
     const std::string name =
@@ -131,7 +140,10 @@ class LayerWriter {
 
   bool HoldsCurves() const { return to_->TestCapability(OLCCurveGeometries) != 0; }
 
-  void Write(OGRFeature& from) {
+  // False for a feature that the format cannot hold, since it has no geometry.
+  bool Write(OGRFeature& from) {
+    const OGRGeometry* shape = from.GetGeometryRef();
+    if (needsGeometry_ && (!shape || shape->IsEmpty())) return false;
     OGRFeatureUniquePtr to(OGRFeature::CreateFeature(to_->GetLayerDefn()));
     to->SetFieldsFrom(&from, fields_.data(), TRUE);
     if (OGRGeometry* geometry = from.StealGeometry()) to->SetGeometryDirectly(geometry);
@@ -140,6 +152,7 @@ class LayerWriter {
     to->SetNativeData(from.GetNativeData());
     to->SetNativeMediaType(from.GetNativeMediaType());
     output_.CreateFeature(*to_, *to);
+    return true;
   }
 
  private:
@@ -161,7 +174,7 @@ class LayerWriter {
   const LayerJob& job_;
   OgrOutput& output_;
   OGRLayer* to_ = nullptr;
-  bool keepsIds_;
+  bool keepsIds_, needsGeometry_;
   std::vector<int> fields_;  // of the output, by those of the input
 };
 
@@ -182,15 +195,20 @@ class LayerCopy {
 
   void Run(LayerResult& result) {
     from_.ResetReading();
+    long long left = 0;
     while (ReadBlock(result)) {
       Prepare();
       job_.convert(vertices_);
       Take(result);
-      for (const OGRFeatureUniquePtr& feature : block_) writer_->Write(*feature);
+      for (const OGRFeatureUniquePtr& feature : block_)
+        if (!writer_->Write(*feature)) ++left;
       result.features += static_cast<long long>(block_.size());
       job_.progress(result.features);
       if (job_.interrupted()) throw UserError("interrupted; nothing is written");
     }
+    if (left > 0)
+      job_.tell(fmt::format("{}: {} has no room for features without geometry, of which {} has {}",
+                            job_.output, format_.title, Place(), left));
   }
 
  private:
@@ -281,12 +299,13 @@ void RefusePositions(const Format& format, const LayerJob& job) {
 
 }  // namespace
 
-bool HasShapes(const std::string& input, const std::string& layer) {
+bool GoesByLayers(const std::string& input, const std::string& layer, const std::string& output) {
   static_cast<void>(OpenInput(input));  // says plainly why a file cannot be read
   const GDALDatasetUniquePtr dataset = OpenPointFile(input);
   if (!dataset) return false;
   const std::vector<OGRLayer*> layers = ChooseLayers(*dataset, input, layer);
-  return layers.size() > 1 || !HasOnlyPoints(*layers.front());
+  if (layers.size() > 1 || !HasOnlyPoints(*layers.front())) return true;
+  return layers.front()->GetGeomType() != wkbNone && !IsPointsName(output) && FindFormat(output);
 }
 
 std::string LayerCrsText(const std::string& input, const std::string& layer) {

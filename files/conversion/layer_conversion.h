@@ -36,9 +36,10 @@ struct LayerResult {
   long long features = 0, failures = 0;
 };
 
-/// Whether a file is one of layers that are more than points: several of them, or one with lines,
-/// polygons, collections. False for a file that nobody knows.
-bool HasShapes(const std::string& input, const std::string& layer);
+/// Whether a file goes by ConvertLayers, and not row by row: several layers, one with lines, polygons,
+/// collections, or points whose output has a format that rows have not. False for a file that nobody
+/// knows.
+bool GoesByLayers(const std::string& input, const std::string& layer, const std::string& output);
 
 /// The coordinate system of the layer, or of the first one, as WKT. Throws UserError where it has none.
 std::string LayerCrsText(const std::string& input, const std::string& layer);
@@ -52,7 +53,7 @@ std::string DescribeLayers(const std::string& path);
 /// with or without z and m; a curve keeps its kind, by the vertices that define it, where the format of
 /// the output has curves, and is refused else. The suffix chooses the format: .gpkg, .shp, .geojson,
 /// .fgb, .dxf, .kml, .csv, .parquet, .arrow. A feature with a vertex that cannot be converted keeps
-/// its attributes and gets no geometry. The output appears when it is whole. Throws UserError.
+/// its attributes and gets no geometry; DXF, which cannot hold it then, goes without it. The output appears when it is whole. Throws UserError.
 LayerResult ConvertLayers(const LayerJob& job);
 
 }  // namespace geomath_files

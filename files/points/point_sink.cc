@@ -53,13 +53,17 @@ bool IsGeoJsonName(const std::string& path) {
   return format && std::string_view(format->driver) == "GeoJSON";
 }
 
+bool IsPointsName(const std::string& path) { return IsCsvName(path) || FindFormat(path); }
+
 std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSource& source,
                                         const ResultStyle& style) {
   if (IsCsvName(path)) return CreateCsv(path, source, style);
   const Format* format = FindFormat(path);
   if (!format)
     throw UserError(
-        fmt::format("{}: the suffix chooses the format: .csv, .geojson, .gpkg or .shp", path));
+        fmt::format("{}: the suffix chooses the format: .csv, .geojson, .gpkg or .shp; the points "
+                    "of a layer go into .dxf, .fgb and .kml too",
+                    path));
   return CreateFeatures(path, format->driver, source, style);
 }
 

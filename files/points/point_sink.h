@@ -69,6 +69,9 @@ class PointSink {
 std::unique_ptr<PointSink> CreatePoints(const std::string& path, const PointSource& source,
                                         const ResultStyle& style);
 
+/// Whether CreatePoints has a format of that suffix.
+bool IsPointsName(const std::string& path);
+
 /// Whether that suffix means GeoJSON, whose geometries are geographic by definition (RFC 7946).
 bool IsGeoJsonName(const std::string& path);
 

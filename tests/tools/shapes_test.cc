@@ -152,6 +152,12 @@ TEST_F(Shapes, GoIntoEveryFormat) {
     ASSERT_NE(feature->GetGeometryRef(), nullptr) << name;
     EXPECT_NEAR(feature->GetGeometryRef()->toLineString()->getX(0), kEast, kPrintedMetres) << name;
   }
+  for (const char* name : {"p.fgb", "p.dxf"}) {
+    const ProgramRun run = Run(std::string("in.gpkg --layer stations -o ") + name);
+    ASSERT_EQ(run.status, 0) << name << run.err;
+    const GDALDatasetUniquePtr made = Open(name);
+    EXPECT_NEAR(First(*made)->GetGeometryRef()->toPoint()->getX(), kEast, kPrintedMetres) << name;
+  }
   ASSERT_EQ(Run("in.gpkg -o grid.gpkg").status, 0);
   for (const char* name : {"b.geojson", "b.kml"}) {
     const ProgramRun run =
@@ -234,4 +240,9 @@ TEST_F(Shapes, AFeatureThatCannotBeConvertedKeepsItsAttributes) {
   const OGRFeatureUniquePtr feature = First(*grid);
   EXPECT_EQ(feature->GetGeometryRef(), nullptr);
   EXPECT_EQ(feature->GetFieldAsInteger64("id"), 12345678901);
+  const ProgramRun drawing = Run("far.gpkg -o grid.dxf");
+  EXPECT_EQ(drawing.status, 1);
+  EXPECT_TRUE(Contains(drawing.err, "DXF has no room for features without geometry, of which"))
+      << drawing.err;
+  EXPECT_TRUE(fs::exists(directory_ / "grid.dxf"));
 }
