@@ -15,11 +15,6 @@ constexpr double kLevel = 0.05;         // of the test of all residuals together
 constexpr double kHardlyChecked = 0.1;  // a redundancy below which an error hides
 constexpr const char* kCoordinates[] = {"northing", "easting", "height"};
 
-bool HasPosition(const IdenticalPoint& p) {
-  constexpr std::uint32_t kPlane = kHasNorth | kHasEast;
-  return (p.globalFlags & kPlane) == kPlane;
-}
-
 // Millimetres below a metre.
 std::string Length(double metres) {
   return metres < 1 ? fmt::format("{:.0f} mm", metres * 1000) : fmt::format("{:.2f} m", metres);

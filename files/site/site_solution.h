@@ -47,6 +47,9 @@ struct PointCovariance {
 /// That of its local coordinates, or of its global ones.
 PointCovariance CovarianceOf(const ControlPoint& point, bool global);
 
+/// Whether it has both global coordinates of the plane.
+bool HasPosition(const zel_cs::geomath::IdenticalPoint& point);
+
 /// Sets a coordinate, by the index of its column, and that the point has it.
 void SetControl(zel_cs::geomath::IdenticalPoint& point, std::size_t column, double value);
 

@@ -296,8 +296,7 @@ SiteErrors ReadSiteErrors(const JsonSection& section) {
     if (!section.Has(key)) return;
     TakeUpper(section.Numbers(key, count, kWhat), matrix);
     errors.parts = static_cast<unsigned char>(errors.parts | part);
-    const CoordinateChain chain;
-    if (!ChainUncertainty(chain).SetSite(covariance))
+    if (!ChainUncertainty::IsCovariance(covariance))
       section.Fail(key, "is no covariance: a variance is negative in some direction");
   };
   take("plane", 10, LocalToGrid::kHorizontal, covariance.ofPlane);

@@ -56,6 +56,11 @@ bool Factor(const double (&C)[N][N], double (&F)[N][N]) {
   return true;
 }
 
+bool FactorSite(const SiteCovariance& covariance, double (&plane)[4][4], double (&height)[3][3]) {
+  return std::isfinite(covariance.pivotN) && std::isfinite(covariance.pivotE) &&
+         Factor(covariance.ofPlane, plane) && Factor(covariance.ofHeight, height);
+}
+
 }  // namespace
 
 bool ChainUncertainty::SetDatum(double sigma, ErrorExtent extent) {
@@ -85,11 +90,14 @@ void ChainUncertainty::SetGeoid(const GeoidHeight* sigmas, ErrorExtent extent) {
   if (sigmas) geoid_ = {0, sigmas, extent};
 }
 
+bool ChainUncertainty::IsCovariance(const SiteCovariance& covariance) {
+  double plane[4][4], height[3][3];
+  return FactorSite(covariance, plane, height);
+}
+
 bool ChainUncertainty::SetSite(const SiteCovariance& covariance, ErrorExtent extent) {
   SiteNoise noise{covariance.pivotN, covariance.pivotE, {{}, extent}, {{}, extent}};
-  if (!std::isfinite(covariance.pivotN) || !std::isfinite(covariance.pivotE)) return false;
-  if (!Factor(covariance.ofPlane, noise.plane.factor)) return false;
-  if (!Factor(covariance.ofHeight, noise.height.factor)) return false;
+  if (!FactorSite(covariance, noise.plane.factor, noise.height.factor)) return false;
   site_ = noise;
   return true;
 }

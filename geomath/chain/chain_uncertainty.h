@@ -60,6 +60,7 @@ class GEOMATH_API ChainUncertainty {
   bool SetGeoid(double sigma, ErrorExtent extent = ErrorExtent::point);
   void SetGeoid(const GeoidHeight* sigmas, ErrorExtent extent = ErrorExtent::point);
   /// That of a site calibration.
+  static bool IsCovariance(const SiteCovariance& covariance);
   bool SetSite(const SiteCovariance& covariance, ErrorExtent extent = ErrorExtent::job);
   /// The standard deviations of a shift of the chain, metres: north, east and up, or X, Y and Z of
   /// geocentric ones. Replaces what was set for it.

@@ -1,5 +1,7 @@
+#include <array>
 #include <cfloat>
 #include <cmath>
+#include <functional>
 #include <limits>
 
 #include "files/site/site_solution.h"
@@ -11,10 +13,21 @@
 using namespace zel_cs::geomath;
 using namespace geomath_files;
 
+namespace geomath_files {
+
+// Control points come without accuracies.
+void SiteSolution::TakeCovariances(CoordinateChain&, const AxisPair&, double) {
+  gridCovariances_.resize(control_.size());
+}
+
+}  // namespace geomath_files
+
 namespace geomath_js {
 namespace {
 
 constexpr const char* kNorthEast = "NE";
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+using Row = std::array<double, 3>;  // northing, easting, height
 
 /// Control points with their solution.
 class CalibrationObject : public Object {
@@ -30,8 +43,7 @@ class CalibrationObject : public Object {
   const Ellipsoid& OnEllipsoid() const {
     return chain_->datum ? chain_->datum->ellipsoid->ellipsoid : chain_->global->ellipsoid;
   }
-  template <class Values>
-  json TableOf(Values values) const;
+  json TableOf(const std::function<Row(std::size_t)>& values) const;
 
   std::shared_ptr<ChainObject> chain_;
   std::optional<SiteSolution> solution_;
@@ -62,8 +74,7 @@ json NumberOrNull(double value) {
   return std::isfinite(value) && std::abs(value) != DBL_MAX ? json(value) : json();
 }
 
-template <class Values>
-json CalibrationObject::TableOf(Values values) const {
+json CalibrationObject::TableOf(const std::function<Row(std::size_t)>& values) const {
   json table = json::array();
   for (std::size_t i = 0; i < solution_->Points().size(); ++i) {
     json row = json::array();
@@ -77,7 +88,6 @@ json CalibrationObject::Describe() const {
   const auto& points = solution_->Points();
   const CalibrationCheck& check = solution_->Check();
   const TLocalizationParam& solver = solution_->Solver();
-  using Row = std::array<double, 3>;
   json names = json::array(), horizontal = json::array(), vertical = json::array();
   for (std::size_t i = 0; i < points.size(); ++i) {
     names.push_back(solution_->NameOf(i));
@@ -90,29 +100,30 @@ json CalibrationObject::Describe() const {
   for (std::size_t i = 0; i < std::size(values); ++i)
     deviations[kLocalizationKeys[i]] = NumberOrNull(values[i]);
   const auto indexOrNull = [](int index) { return index < 0 ? json() : json(index); };
-  return {
-      {"names", names},
-      {"horizontal", horizontal},
-      {"vertical", vertical},
-      {"residuals", TableOf([&](std::size_t i) {
-         return Row{points[i].residualN, points[i].residualE, points[i].residualH};
-       })},
-      {"standardised", TableOf([&](std::size_t i) {
-         const PointCheck& c = check.Points()[i];
-         return Row{c.standardN, c.standardE, c.standardH};
-       })},
-      {"predicted", TableOf([&](std::size_t i) {
-         const PointCheck& c = check.Points()[i];
-         return Row{c.predictedN, c.predictedE, c.predictedH};
-       })},
-      {"rms", NumberOrNull(solution_->Rms().value_or(std::numeric_limits<double>::quiet_NaN()))},
-      {"horizontalSigma", NumberOrNull(check.HorizontalSigma())},
-      {"verticalSigma", NumberOrNull(check.VerticalSigma())},
-      {"deviations", deviations},
-      {"worstHorizontal", indexOrNull(check.WorstHorizontal())},
-      {"worstVertical", indexOrNull(check.WorstVertical())},
-      {"localization", SiteObject(solution_->Site()).Describe()},
-      {"warnings", solution_->Warnings()}};
+  json described = json::object();
+  described["names"] = names;
+  described["horizontal"] = horizontal;
+  described["vertical"] = vertical;
+  described["residuals"] = TableOf([&](std::size_t i) {
+    return Row{points[i].residualN, points[i].residualE, points[i].residualH};
+  });
+  described["standardised"] = TableOf([&](std::size_t i) {
+    const PointCheck& c = check.Points()[i];
+    return Row{c.standardN, c.standardE, c.standardH};
+  });
+  described["predicted"] = TableOf([&](std::size_t i) {
+    const PointCheck& c = check.Points()[i];
+    return Row{c.predictedN, c.predictedE, c.predictedH};
+  });
+  described["rms"] = NumberOrNull(solution_->Rms().value_or(kNaN));
+  described["horizontalSigma"] = NumberOrNull(check.HorizontalSigma());
+  described["verticalSigma"] = NumberOrNull(check.VerticalSigma());
+  described["deviations"] = deviations;
+  described["worstHorizontal"] = indexOrNull(check.WorstHorizontal());
+  described["worstVertical"] = indexOrNull(check.WorstVertical());
+  described["localization"] = SiteObject(solution_->Site()).Describe();
+  described["warnings"] = solution_->Warnings();
+  return described;
 }
 
 std::shared_ptr<ChainObject> CalibrationObject::WholeChain() const {

@@ -27,9 +27,10 @@ void DatumObject::Convert(int operation, const Block& block) const {
 json DatumObject::Describe() const {
   constexpr double kPerMillion = 1e6;
   const auto listOf = [](const TAbstractPoint3<double>& p) { return json{p[0], p[1], p[2]}; };
-  return {{"shift", listOf(datum.Shift())},
-          {"rotation", listOf(datum.Rotation())},
-          {"ppm", datum.Scale() * kPerMillion}};
+  json described = Numbers({{"ppm", datum.Scale() * kPerMillion}});
+  described["shift"] = listOf(datum.Shift());
+  described["rotation"] = listOf(datum.Rotation());
+  return described;
 }
 
 std::shared_ptr<Object> MakeDatum(const json& given) {

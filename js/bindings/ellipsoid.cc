@@ -26,8 +26,14 @@ void EllipsoidObject::Convert(int operation, const Block& block) const {
 
 json EllipsoidObject::Describe() const {
   const Ellipsoid& e = ellipsoid;
-  return {{"a", e.a}, {"b", e.b}, {"invF", e.invF}, {"f", e.f},
-          {"n", e.n}, {"e", e.e}, {"e2", e.e2},     {"ep2", e.ep2}};
+  return Numbers({{"a", e.a},
+                  {"b", e.b},
+                  {"invF", e.invF},
+                  {"f", e.f},
+                  {"n", e.n},
+                  {"e", e.e},
+                  {"e2", e.e2},
+                  {"ep2", e.ep2}});
 }
 
 std::shared_ptr<Object> MakeEllipsoid(const json& given) {

@@ -22,13 +22,12 @@ class RegionalGeoidObject : public GeoidObject {
   const GeoidHeight& Heights() const override { return heights_; }
   json Describe() const override {
     const GridPlace& p = grid_.place;
-    return {{"south", p.south},
-            {"west", p.west},
-            {"latStep", p.latStep},
-            {"lonStep", p.lonStep},
-            {"rows", p.rows},
-            {"columns", p.columns},
-            {"interpolation", grid_.scheme->name}};
+    json described = Numbers(
+        {{"south", p.south}, {"west", p.west}, {"latStep", p.latStep}, {"lonStep", p.lonStep}});
+    described["rows"] = p.rows;
+    described["columns"] = p.columns;
+    described["interpolation"] = grid_.scheme->name;
+    return described;
   }
 
  private:

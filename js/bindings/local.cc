@@ -45,12 +45,13 @@ void SiteObject::Convert(int operation, const Block& block) const {
 }
 
 json SiteObject::Describe() const {
-  json section = LocalizationSection(site);
-  if (section.contains(kRotationDegrees)) {
-    section["rotation"] = section[kRotationDegrees];
-    section.erase(kRotationDegrees);
-  }
-  return section;
+  json described = json::object();
+  const std::string* const keys = kLocalizationKeys;
+  for (int i = 0; i < kPlaneKeys && site.mode & LocalToGrid::kHorizontal; ++i)
+    described[keys[i]] = site.GetPlaneParam(i, 0) * (keys[i] == "rotation" ? kDegPerRad : 1);
+  for (int i = 0; i < kHeightKeys && site.mode & LocalToGrid::kVertical; ++i)
+    described[keys[kPlaneKeys + i]] = site.GetHeightParam(i, 0);
+  return described;
 }
 
 std::shared_ptr<Object> MakeLocalToGrid(const json& given) {
@@ -74,15 +75,16 @@ void GroundObject::Convert(int operation, const Block& block) const {
 }
 
 json GroundObject::Describe() const {
-  return {{"scale", ground.scale},
-          {"height", ground.height},
-          {"gridScaleFactor", ground.gridScaleFactor},
-          {"rotation", ground.rotation * kDegPerRad},
-          {"originN", ground.originN},
-          {"originE", ground.originE},
-          {"offsetN", ground.offsetN},
-          {"offsetE", ground.offsetE},
-          {"enabled", !ground.IsDisabled()}};
+  json described = Numbers({{"scale", ground.scale},
+                            {"height", ground.height},
+                            {"gridScaleFactor", ground.gridScaleFactor},
+                            {"rotation", ground.rotation * kDegPerRad},
+                            {"originN", ground.originN},
+                            {"originE", ground.originE},
+                            {"offsetN", ground.offsetN},
+                            {"offsetE", ground.offsetE}});
+  described["enabled"] = !ground.IsDisabled();
+  return described;
 }
 
 std::shared_ptr<Object> MakeGridToGround(const json& given) {

@@ -120,6 +120,12 @@ GEOMATH_JS("describe") bool Describe(Handle handle) {
   });
 }
 
+json Numbers(std::initializer_list<NamedNumber> list) {
+  json numbers = json::object();
+  for (const NamedNumber& number : list) numbers[number.name] = number.value;
+  return numbers;
+}
+
 json Without(json given, std::initializer_list<const char*> keys) {
   for (const char* key : keys) given.erase(key);
   return given;

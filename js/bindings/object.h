@@ -61,6 +61,13 @@ std::shared_ptr<T> PartAt(const json& given, const char* key) {
   return part;
 }
 
+/// Numbers by their names, as a property list.
+struct NamedNumber {
+  const char* name;
+  double value;
+};
+json Numbers(std::initializer_list<NamedNumber> list);
+
 /// The rest of what was given, for the readers of sections.
 json Without(json given, std::initializer_list<const char*> keys);
 
