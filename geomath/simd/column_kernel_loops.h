@@ -13,37 +13,52 @@
 
 namespace zel_cs::geomath::simd {
 
+/// Whether a conversion uses polynomials, which hold for some points only.
+template <class Conversion>
+concept HasDomain = requires {
+  &Conversion::Serves;
+};
+
 /// The constants come by value: no column can alias them.
 template <class Target, class Conversion>
 struct ColumnLoops {
-  /// Whether it uses polynomials, which hold for some points only.
-  static constexpr bool kHasDomain = requires { &Conversion::Serves; };
+  /// Registers of each column that go side by side, operation by operation. In a polynomial each waits
+  /// for the one before, and a processor does not look ahead as far as the next register's. A build whose
+  /// size counts takes one after the other.
+#if defined(GEOMATH_COMPACT)
+  static constexpr std::size_t kAbreast = 1;
+#else
+  static constexpr std::size_t kAbreast = HasDomain<Conversion> ? 4 : 1;
+#endif
 
   template <class... Column>
   static void Convert(Conversion conversion, std::size_t count,
                       Column* GEOMATH_RESTRICT... columns) {
     std::size_t i = 0;
-    if constexpr (kHasDomain) i = ConvertAbreast(conversion, count, columns...);
+    if constexpr (kAbreast > 1) i = ConvertAbreast(conversion, count, columns...);
     for (; i < count; ++i) conversion.template Convert<Polynomial<Target>>(columns[i]...);
   }
 
-  /// The points of whole groups of four registers; returns how many. In a polynomial each operation
-  /// waits for the one before, and a processor does not look ahead as far as the next register's: the
-  /// four go side by side, operation by operation. GCC does so where a loop has numbers of a quarter of
-  /// a double's width, as many of which as fill a register make one step; here they do nothing else.
+  /// The points of whole groups of registers; returns how many.
   template <class... Column>
   static GEOMATH_INLINE std::size_t ConvertAbreast(const Conversion& conversion, std::size_t count,
                                                    Column* GEOMATH_RESTRICT... columns) {
-    using Narrow = std::uint16_t;
-    constexpr std::size_t kAbreast = RegisterLanes<Target>() * sizeof(double) / sizeof(Narrow);
-    const std::size_t whole = count & ~(kAbreast - 1);
-    Narrow narrow = 0;
+    const std::size_t whole = count & ~(kAbreast * RegisterLanes<Target>() - 1);
+#if defined(__clang__)
+#pragma clang loop interleave_count(4)
+    for (std::size_t i = 0; i < whole; ++i)
+      conversion.template Convert<Polynomial<Target>>(columns[i]...);
+#else
+    // A step of GCC is as many points as fill a register with the narrowest numbers of a loop: these have
+    // a quarter of a double's width, and do nothing else.
+    std::uint16_t narrow = 0;
     for (std::size_t i = 0; i < whole; ++i) {
-      narrow = static_cast<Narrow>(narrow | i);
+      narrow = static_cast<std::uint16_t>(narrow | i);
       conversion.template Convert<Polynomial<Target>>(columns[i]...);
     }
 #if defined(__GNUC__)
     asm volatile("" ::"r"(narrow));  // as if somebody needed it
+#endif
 #endif
     return whole;
   }
@@ -85,7 +100,7 @@ struct ColumnLoops {
 template <class Target, class Conversion>
 bool ColumnKernel<Target, Conversion>::ServesAll(const Conversion& conversion,
                                                  const double* const* columns, std::size_t count) {
-  if constexpr (ColumnLoops<Target, Conversion>::kHasDomain) {
+  if constexpr (HasDomain<Conversion>) {
     return [&]<std::size_t... C>(std::index_sequence<C...>) {
       return ColumnLoops<Target, Conversion>::ServesAll(conversion, count, columns[C]...);
     }
