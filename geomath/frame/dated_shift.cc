@@ -12,7 +12,8 @@ DatedShift::~DatedShift() = default;
 // `run`, a callable on dates, with points that are refused for theirs carried along at one that is
 // allowed.
 template <class Run>
-void DatedShift::RunAt(const double* dates, std::size_t count, ShiftStatus* status, Run run) const {
+void DatedShift::RunAt(const double* dates, std::size_t count, ShiftStatus* status,
+                       const Run& run) const {
   const auto allowed = [this](double date) { return date >= years_.first && date <= years_.last; };
   if (IsOneDate(dates, count) && allowed(dates[0])) return run(dates);
   std::size_t refused = 0;

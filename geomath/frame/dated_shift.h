@@ -52,7 +52,7 @@ class GEOMATH_API DatedShift : public CoordinateShift {
                           double* const (&jacobian)[9], ShiftStatus* status) const final;
 
   template <class Run>
-  void RunAt(const double* dates, std::size_t count, ShiftStatus* status, Run run) const;
+  void RunAt(const double* dates, std::size_t count, ShiftStatus* status, const Run& run) const;
 
   YearRange years_;
 };

@@ -14,9 +14,9 @@ namespace {
 void Run(const RunningSimilarity& similarity, bool inverse, double* const (&point)[3],
          const double* dates, std::size_t count) {
   if (IsOneDate(dates, count)) {
-    const SimilarityAtDate all = similarity.At(dates[0]);
-    return inverse ? RunKernel(SimilarityInverse{all}, point, count)
-                   : RunKernel(SimilarityForward{all}, point, count);
+    const double date = dates[0];
+    return inverse ? RunKernel(SimilarityInverse{similarity.At(date)}, point, count)
+                   : RunKernel(SimilarityForward{similarity.At(date)}, point, count);
   }
   double date[kBatchBlock];
   std::copy_n(dates, count, date);
