@@ -30,7 +30,7 @@ constexpr Operations kBlhToXyz{47, 45, 1, 1}, kXyzToBlh{73, 48, 4, 5};
 constexpr Operations kToLocal{9, 15, 0, 0}, kToGlobal{9, 12, 0, 0};
 constexpr Operations kTmForward{65, 50, 2, 1}, kTmInverse{145, 113, 2, 1};
 constexpr Operations kUtmInverse{82, 77, 9, 1};
-constexpr Operations kNzmgInverse{142, 132, 4, 0};  // with two refinements
+constexpr Operations kNzmgInverse{196, 181, 5, 0};  // with three refinements
 // Locating a point, placing it among the nodes, and the height from them.
 constexpr Operations kLocate{2, 9, 2, 0}, kPlace{0, 14, 2, 0}, kBilinear{8, 7, 0, 0};
 
