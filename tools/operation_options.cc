@@ -18,8 +18,7 @@ std::pair<CLI::Option*, CLI::Option*> AddOperationOptions(CLI::App& arguments,
       .add_option("--grids", options.grids,
                   "folder with files of grids (.gsb, .tif, .json), before those of GEOMATH_GRIDS; "
                   "may be repeated")
-      ->expected(1)
-      ->multi_option_policy(CLI::MultiOptionPolicy::TakeAll);
+      ->allow_extra_args(false);
   auto* near = arguments.add_option("--near", options.near,
                                     "LAT,LON of a place: " + between + " that is best there");
   arguments.add_flag("--list-operations", options.list,

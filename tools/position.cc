@@ -40,8 +40,11 @@ int RunPosition(const std::vector<std::string>& texts, const PointOptions& optio
                 const RowJob& job) {
   if (!options.output.empty())
     throw UserError("--output: one position is printed; only a file of points has an output");
+  RefuseHeightOfSpace(options, job);
   if (texts.size() == 3 && options.fixedHeight)
     throw UserError("--fixed-height: the position has a height too; give one of them");
+  if (job.given == CoordinateKind::geocentric && texts.size() < 3)
+    throw UserError("Z: is missing; a position is X, Y and Z");
   if (!job.also.empty() || !job.dates.empty())
     throw UserError("one position has no columns; give numbers");
   std::array<double, 3> position = ReadPosition(texts, job.given, options.InGon());

@@ -44,6 +44,7 @@ std::vector<std::string> NamesIn(const std::string& option, const std::string& l
 }
 
 ColumnChoice ChoiceOf(const PointOptions& options, const RowJob& job) {
+  RefuseHeightOfSpace(options, job);
   ColumnChoice choice;
   if (!options.noHeader) choice.names = NamesIn("--columns", options.columns, 2, 3);
   choice.heightOptional = job.heightOptional;
@@ -400,6 +401,11 @@ void AddPointOptions(CLI::App& arguments, PointOptions& options, const std::stri
       .add_option("--jobs", options.jobs,
                   "threads that work on rows, all processors by default; the output is the same")
       ->check(CLI::Range(0, kMostJobs));
+}
+
+void RefuseHeightOfSpace(const PointOptions& options, const RowJob& job) {
+  if (job.given == CoordinateKind::geocentric && options.fixedHeight)
+    throw UserError("--fixed-height: X, Y and Z are given, of which none is a height");
 }
 
 int RunRows(const PointOptions& options, const RowJob& job) {

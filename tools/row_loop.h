@@ -80,6 +80,9 @@ struct RowJob {
   std::function<std::vector<std::string>(const RowTally&)> summary = {}, warnings = {};
 };
 
+/// Throws UserError for --fixed-height where X, Y and Z are given, of which none is a height.
+void RefuseHeightOfSpace(const PointOptions& options, const RowJob& job);
+
 /// Reads the input in blocks, lets the job work on each and writes every row with all its columns
 /// and the results, side by side on several threads and with the same output whatever their number. The
 /// results are renamed together (n_2, e_2, h_local_2) where the input has one of their names. Reports

@@ -223,13 +223,15 @@ void PointColumns::RefuseMissing(const std::vector<std::string>& columns) const 
   while (axis < 2 && !set.columns[axis].empty()) ++axis;
   const std::string missing =
       gon_ && axis < 2 ? fmt::format("{}_gon", TitleOf(axis)) : TitleOf(axis);
-  throw UserError(fmt::format(
-      "{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}", source_.Name(),
-      missing, SuggestName(missing, columns),
-      geographic                      ? "LAT,LON,H"
-      : kind_ == CoordinateKind::grid ? "N,E,H"
-                                      : "X,Y,Z",
-      columns.size() > 1 ? ", or give all points one height with --fixed-height METRES" : ""));
+  throw UserError(
+      fmt::format("{}: there is no column \"{}\"; {}. Choose the columns with --columns {}{}",
+                  source_.Name(), missing, SuggestName(missing, columns),
+                  geographic                      ? "LAT,LON,H"
+                  : kind_ == CoordinateKind::grid ? "N,E,H"
+                                                  : "X,Y,Z",
+                  columns.size() > 1 && kind_ != CoordinateKind::geocentric
+                      ? ", or give all points one height with --fixed-height METRES"
+                      : ""));
 }
 
 std::string PointColumns::CheckRange(std::size_t axis, double value) const {

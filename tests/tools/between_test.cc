@@ -46,6 +46,23 @@ TEST_F(BetweenSystems, TypedPositionsHaveTheOrderOfTheirSystem) {
   EXPECT_TRUE(Contains(geocentric.out, "6378237.0000 m")) << geocentric.out;
 }
 
+// On the equator is nobody who leaves out Z.
+TEST_F(BetweenSystems, GeocentricCoordinatesAreThree) {
+  WriteText(directory_ / "xy.csv", "x,y\n3783000,900000\n");
+  for (const char* given : {"3783000 900000", "3783000 900000 --fixed-height 0",
+                            "xy.csv -o out.csv", "xy.csv --fixed-height 0 -o out.csv"}) {
+    const ProgramRun run = Run(std::string("--from 4978 --to 25833 ") + given);
+    EXPECT_EQ(run.status, 2) << given << run.err;
+    EXPECT_FALSE(Contains(run.err, "or give all points one height")) << run.err;
+  }
+}
+
+TEST_F(BetweenSystems, AnInputMayStandBehindAFolderOfGrids) {
+  WriteText(directory_ / "in.csv", "lat,lon\n52.5,13.4\n");
+  const ProgramRun run = Run("--from 4326 --to 25833 --grids . --grids . in.csv -o -");
+  EXPECT_EQ(run.status, 0) << run.err;
+}
+
 TEST_F(BetweenSystems, FilesKeepTheirColumnsAndHeightsThatNobodyKnows) {
   WriteText(directory_ / "in.csv", "id,n,e,h\n1,5302000,3500000,500\n2,5302100,3500100,\n");
   WriteText(directory_ / "plane.csv", "id,n,e\n1,5302000,3500000\n");
