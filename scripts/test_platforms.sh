@@ -55,6 +55,16 @@ compare_native() {
   return "$status"
 }
 
+# The objects of both modules of the JavaScript package.
+compare_wasm() {
+  local module status=0
+  for module in geomath_digests geomath_digests_scalar; do
+    compare "wasm $module" "$points" node --no-warnings --experimental-wasi-unstable-preview1 \
+      tests/digests/run_wasm.mjs "build/wasm/js/$module.wasm" || status=1
+  done
+  return "$status"
+}
+
 native_points=("$points")
 [ "$points" != 1000000 ] || native_points+=(10000000)
 # Comparisons run while the next platform is built, the slow emulators first.
@@ -81,11 +91,10 @@ for platform in "${platforms[@]}"; do
     wasm)
       ensure_packages "${js_packages[@]}"
       command -v node >/dev/null || ensure_packages nodejs
-      build wasm "--target=wasm32-wasi -fwasm-exceptions -Wl,-z,stack-size=1048576 js/bindings/runtime.cc" \
-        -DCMAKE_TOOLCHAIN_FILE=js/cmake/wasm.cmake \
-        "-DCMAKE_CXX_FLAGS=-fwasm-exceptions -msimd128 -DGEOMATH_COMPACT"  # as js/CMakeLists.txt has it
-      compare wasm "$points" node --no-warnings --experimental-wasi-unstable-preview1 \
-        tests/digests/run_wasm.mjs "$program" & ;;
+      cmake -S . -B build/wasm -G Ninja --toolchain js/cmake/wasm.cmake -DCMAKE_BUILD_TYPE=Release \
+        -DBUILD_SHARED_LIBS=OFF -DGEOMATH_BUILD_JS=ON >build/platforms/wasm.log
+      cmake --build build/wasm --target geomath_digests geomath_digests_scalar >>build/platforms/wasm.log
+      compare_wasm & ;;
     *) echo "Unknown platform: $platform" >&2; exit 2 ;;
   esac
   comparisons+=($!)
