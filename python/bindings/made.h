@@ -3,6 +3,7 @@
 #include <pybind11/pybind11.h>
 
 #include <memory>
+#include <string>
 
 /// Keeps methods away from objects that were never made: `X.__new__(X)`, and an object of a derived
 /// class whose __init__ has not called that of X yet. Python hands out such objects; pybind11 would

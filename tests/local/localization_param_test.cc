@@ -7,6 +7,7 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
+#include <string>
 
 #include "geomath/local/local_to_grid.h"
 #include "geomath/local/plane_rotation.h"

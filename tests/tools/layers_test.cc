@@ -3,6 +3,7 @@
 #include <ogrsf_frmts.h>
 
 #include <filesystem>
+#include <memory>
 #include <string>
 
 #include "tests/support/scratch_folder.h"
