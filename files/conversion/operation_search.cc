@@ -141,12 +141,27 @@ std::vector<ConversionStage> OperationSearch::Positions(
     stages.push_back(std::move(stage));
     return stages;
   };
-  if (IsAnyUsable(stage.candidates)) return alone();
+  if (IsAnyUsable(stage.candidates)) {
+    PreferUsualFrame(stage);
+    return alone();
+  }
   if (auto frames = FrameOperation(registry_, folders_, from, to))
     stage.candidates.push_back(std::move(*frames));
   else if (auto stages = ByNationalSystem(stage))
     return std::move(*stages);
   return alone();
+}
+
+// The registry takes every realisation of ETRS89 for it, one as good as the other, and its next version
+// knows another first: the usual one goes before them.
+void OperationSearch::PreferUsualFrame(ConversionStage& stage) const {
+  constexpr double kOfEnsembles = 0.1;  // metres, as the registry states it
+  const CandidateOperation* best = BestUsable(stage.candidates);
+  if (!best->IsDated() || AccuracyOf(*best) < kOfEnsembles) return;
+  auto usual = FrameOperation(registry_, folders_, stage.from, stage.to);
+  if (!usual || !usual->IsUsable()) return;
+  usual->operation.accuracy = AccuracyOf(*best);
+  stage.candidates.insert(stage.candidates.begin(), std::move(*usual));
 }
 
 // By the table of frames as far as a national system, and by the registry from there, or the other way

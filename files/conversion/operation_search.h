@@ -53,6 +53,7 @@ class OperationSearch {
 
   std::vector<ConversionStage> Positions(const std::pair<std::string, std::string>& systems,
                                          bool keepsHeights) const;
+  void PreferUsualFrame(ConversionStage& stage) const;
   std::optional<std::vector<ConversionStage>> ByNationalSystem(const ConversionStage& whole) const;
   std::optional<std::vector<ConversionStage>> BetweenHeights(const std::string& low,
                                                              const std::string& high) const;
