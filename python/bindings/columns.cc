@@ -64,6 +64,12 @@ double Within(double number, double limit) {
   return std::abs(number) <= limit ? number : std::numeric_limits<double>::quiet_NaN();
 }
 
+// Whether the type of a data frame's column is text, of which some versions of pandas make numbers.
+bool HoldsText(const py::object& column) {
+  const py::object type = py::getattr(py::getattr(column, "dtype", py::none()), "type", py::none());
+  return type.ptr() == reinterpret_cast<PyObject*>(&PyUnicode_Type);
+}
+
 // A column of a data frame whose type has a mark for missing values, which become NaN; null, with
 // the error of Python set, when the others are no numbers.
 py::array FilledColumn(const py::object& column) {
@@ -116,7 +122,7 @@ ArrayReader::ArrayReader(const Argument& argument)
     value = value.attr("astype")("f8").attr("filled")(std::numeric_limits<double>::quiet_NaN());
   auto given = py::array::ensure(value);
   if (given && given.dtype().kind() == 'O' && py::hasattr(value, "to_numpy"))
-    given = FilledColumn(value);
+    given = HoldsText(value) ? py::reinterpret_steal<py::array>(py::handle()) : FilledColumn(value);
   if (!given) {
     PyErr_Clear();
     throw py::type_error(fmt::format("{}: must be a number or an array of numbers", argument.name));

@@ -375,7 +375,7 @@ def _field(
     axes.figure.colorbar(mesh, ax=axes, label=label)
     levels = None if interval is None else _multiples(interval, low, high)
     if low < high and (levels is None or len(levels) > 0):
-        lines = axes.contour(lon, lat, shown, levels, colors="black", linewidths=0.6)
+        lines = axes.contour(lon, lat, shown, levels=levels, colors="black", linewidths=0.6)
         axes.clabel(lines, fmt="%g", fontsize="small")
     axes.set_aspect(1 / max(math.cos(math.radians(float(np.mean(lat)))), _POLAR_COSINE))
     axes.set_xlabel("longitude [°]")
@@ -384,7 +384,8 @@ def _field(
 
 
 def _multiples(interval: float, low: float, high: float) -> _Array:
-    return np.arange(math.ceil(low / interval), math.floor(high / interval) + 1) * interval
+    first, last = math.ceil(low / interval), math.floor(high / interval)
+    return np.arange(first, last + 1, dtype=np.float64) * interval
 
 
 def _round_length(longest: float) -> float:
