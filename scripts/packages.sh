@@ -48,7 +48,7 @@ ensure_one_of() {
   echo "Not available here, its checks will be skipped: $*"
 }
 
-build_packages=(g++ cmake ninja-build pkg-config)
+build_packages=(g++ cmake make ninja-build pkg-config)
 tool_packages=(libcli11-dev nlohmann-json3-dev rapidjson-dev libfmt-dev libgdal-dev libproj-dev)
 docs_packages=(doxygen)
 python_packages=(pybind11-dev python3-dev python3-numpy)
