@@ -329,7 +329,10 @@ TEST(ConversionsOfMovingFrames, ReachNationalSystemsByTheTableOfFrames) {
   };
   const Point given{46.5, 3, kHeight};
   const Point etrf2000 = run("EPSG:7931", given);
-  EXPECT_EQ(run("EPSG:4937", given), etrf2000);
+  // The registry of PROJ 9.5 and later has one set of ITRF2020 to ETRF2000, where the table has two.
+  const Point ensemble = run("EPSG:4937", given);
+  constexpr double kSameSum[] = {1e-13, 1e-13, 1e-8};  // degrees and metres: terms of second order
+  for (int c = 0; c < 3; ++c) EXPECT_NEAR(ensemble[c], etrf2000[c], kSameSum[c]);
   const Point lambert = run("EPSG:2154", given);
   Point expected = etrf2000;
   Convert(Conversion("EPSG:4171", "EPSG:2154", {}), expected, true);

@@ -110,6 +110,7 @@ class Proof {
   Comparison Compare(const std::string& code) {
     const std::optional<RegisteredOperation> operation = registry_.Operation(code);
     if (!operation) return {"unknown"};
+    if (!operation->document->contains("target_crs")) return {"moves points within a system"};
     const json& from = operation->document->at("source_crs");
     const json& to = operation->document->at("target_crs");
     for (const json* crs : {&from, &to})
