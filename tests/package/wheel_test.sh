@@ -1,9 +1,9 @@
 #!/usr/bin/env bash
-# wheel_test.sh SOURCE_DIR WORK_DIR PYTHON
+# wheel_test.sh SOURCE_DIR WORK_DIR PYTHON WERROR
 # Installs the Python package by pip into a virtual environment, without network, and uses it there:
 # once whole, once with the part that stands on GDAL and PROJ taken away.
 set -euo pipefail
-source=$1 work=$2 python=$3
+source=$1 work=$2 python=$3 werror=$4
 if ! "$python" -c "import venv, ensurepip, pip, numpy" 2>/dev/null; then
   echo "skipped: the interpreter has no pip, venv or NumPy"
   exit
@@ -13,7 +13,7 @@ rm -rf "$work/venv"
 mkdir -p "$work"
 "$python" -m venv --system-site-packages "$work/venv"  # for NumPy
 # With the options of the tree's own build, whose objects a compiler cache has.
-cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DGEOMATH_WERROR=ON \
+cmake -S "$source" -B "$work/build" -G Ninja -DCMAKE_BUILD_TYPE=Release -DGEOMATH_WERROR="$werror" \
   -DPython3_EXECUTABLE="$work/venv/bin/python"
 export PIP_NO_INDEX=1 PIP_DISABLE_PIP_VERSION_CHECK=1
 "$work/venv/bin/pip" install --no-build-isolation --force-reinstall --no-deps \
