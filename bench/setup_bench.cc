@@ -3,6 +3,7 @@
 // table is one object, made and given back.
 #include <benchmark/benchmark.h>
 
+#include <array>
 #include <memory>
 #include <string>
 
@@ -74,8 +75,8 @@ void RegisterProjections() {
   // As a host does that reads names and numbers.
   Register("lambert by name/scalar", [] {
     std::unique_ptr<TGeoProj> projection(_GetProjByName(L"LC", kWgs84A, kWgs84InvF));
-    for (int i = 0; const double value : {44.0, 49.0, 3.0, 46.5, 700000.0, 6600000.0, 1.0})
-      projection->SetParam(value, i++, kUnitDegrees);
+    projection->SetParams(std::array{44.0, 49.0, 3.0, 46.5, 700000.0, 6600000.0, 1.0},
+                          kUnitDegrees);
     return projection;
   });
   RegisterProj("lambert by name",

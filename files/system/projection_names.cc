@@ -123,18 +123,14 @@ const ProjectionKind* FindProjection(const std::string& name) {
 std::unique_ptr<TGeoProj> MakeProjection(const ProjectionKind& kind, double a, double invF,
                                          const std::vector<double>& values) {
   std::unique_ptr<TGeoProj> projection = MakeDefault(kind.name, a, invF);
-  const auto setAll = [&] {
-    for (std::size_t i = 0; i < values.size(); ++i) {
-      // In radians: the oblique Mercator takes its azimuth so under every unit code.
-      const ParameterUnit unit = kind.parameters.at(i).unit;
-      const bool degrees = unit == ParameterUnit::latitude || unit == ParameterUnit::degrees;
-      projection->SetParam(degrees ? values[i] * kRadPerDeg : values[i], static_cast<int>(i),
-                           kUnitInternal);
-    }
-  };
-  // Twice: a parameter may wait until another is set, as the scale of Krovak's cone does.
-  setAll();
-  setAll();
+  // In radians: the oblique Mercator takes its azimuth so under every unit code.
+  std::vector<double> internal = values;
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const ParameterUnit unit = kind.parameters.at(i).unit;
+    if (unit == ParameterUnit::latitude || unit == ParameterUnit::degrees)
+      internal[i] *= kRadPerDeg;
+  }
+  projection->SetParams(internal, kUnitInternal);
   return projection;
 }
 

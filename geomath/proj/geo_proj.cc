@@ -106,11 +106,24 @@ double TGeoProj::GetParam(int index, unsigned int unit) const {
 void TGeoProj::SetParam(double value, int index, unsigned int unit) {
   const ParamRow* row = FindParam(index);
   if (!row) return;
-  this->*row->field = InDegrees(*row, unit) ? value * kRadPerDeg : value;
-  if (row->refresh)
-    row->refresh(*this);
-  else
-    Prepare();
+  StoreParam(*row, value, unit);
+  if (row->refresh.prepares) Prepare();
+}
+
+void TGeoProj::SetParams(std::span<const double> values, unsigned int unit) {
+  if (HostReplaces<&TGeoProj::SetParam>(*this)) {
+    for (std::size_t i = 0; i < values.size(); ++i) SetParam(values[i], static_cast<int>(i), unit);
+    return;
+  }
+  const std::span<const ParamRow> rows = Params();
+  const std::size_t count = std::min(rows.size(), values.size());
+  for (std::size_t i = 0; i < count; ++i) StoreParam(rows[i], values[i], unit);
+  if (count > 0) Prepare();
+}
+
+void TGeoProj::StoreParam(const ParamRow& row, double value, unsigned int unit) {
+  this->*row.field = InDegrees(row, unit) ? value * kRadPerDeg : value;
+  if (row.refresh.run) row.refresh.run(*this);
 }
 
 void TGeoProj::Set(double& field, double value) {

@@ -60,6 +60,10 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
   /// and factors plain numbers. An index outside reads 0.0 and writes nothing.
   virtual void SetParam(double value, int index, unsigned int unit);
   virtual double GetParam(int index, unsigned int unit) const;
+  /// The parameters 0 … values.size() − 1 in one go, which derives everything again once, from all
+  /// of them; values beyond the last parameter are not read. A host's class that overrides SetParam
+  /// is run by it, value by value.
+  void SetParams(std::span<const double> values, unsigned int unit);
   /// The rows that the two go by (geomath/proj/param_table.h); none in the base.
   virtual std::span<const ParamRow> Params() const;
 
@@ -211,6 +215,7 @@ class GEOMATH_API TGeoProj : public AxisRotation, public OnHostHeap {
 
  private:
   const ParamRow* FindParam(int index) const;
+  void StoreParam(const ParamRow& row, double value, unsigned int unit);
   bool DifferentiateConformal(double b, double l, GridDerivatives& derivatives) const;
 
   bool flag_;

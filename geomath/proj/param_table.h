@@ -35,6 +35,24 @@ struct ParamDescription {
   ParamUnit unit = ParamUnit::internal;  ///< what it is exchanged in
 };
 
+/// What a change of a parameter does beside TGeoProj::Prepare, which derives everything again.
+struct ParamRefresh {
+  void (*run)(TGeoProj&) = nullptr;  ///< called with the new value in place; null for nothing
+  bool prepares = true;              ///< whether Prepare follows
+};
+
+/// What a member function of a class derives from the parameter, before everything else is.
+template <class Proj, void (Proj::*kMember)()>
+constexpr ParamRefresh BeforePrepare() {
+  return {[](TGeoProj& proj) { (static_cast<Proj&>(proj).*kMember)(); }, true};
+}
+
+/// A member function in place of Prepare.
+template <class Proj, void (Proj::*kMember)()>
+constexpr ParamRefresh InsteadOfPrepare() {
+  return {BeforePrepare<Proj, kMember>().run, false};
+}
+
 /// One projection parameter: its description, where it lives, and what must be derived again after
 /// it was set. Everything that names or exchanges parameters reads this row.
 struct ParamRow : ParamDescription {
@@ -45,23 +63,17 @@ struct ParamRow : ParamDescription {
       : ParamDescription{rowName, rowQuantity, rowUnit},
         field(static_cast<double TGeoProj::*>(rowField)) {}
 
-  /// One after whose change something else is done: AfterChange of a member function.
+  /// One after whose change something else is done too, or in its place.
   template <class Proj>
   constexpr ParamRow(const char* rowName, Quantity rowQuantity, double Proj::*rowField,
-                     void (*rowRefresh)(TGeoProj&))
+                     ParamRefresh rowRefresh)
       : ParamRow(rowName, rowQuantity, rowField) {
     refresh = rowRefresh;
   }
 
-  double TGeoProj::*field;               ///< of the row's class; radians, metres or as exchanged
-  void (*refresh)(TGeoProj&) = nullptr;  ///< called after a change in place of Prepare
+  double TGeoProj::*field;  ///< of the row's class; radians, metres or as exchanged
+  ParamRefresh refresh;     ///< what a change does
 };
-
-/// What a row does by a member function of its class.
-template <class Proj, void (Proj::*kMember)()>
-void AfterChange(TGeoProj& proj) {
-  (static_cast<Proj&>(proj).*kMember)();
-}
 
 /// An integer parameter (zone number, system code), which its class keeps as a double: its whole
 /// part, and 0 where that does not fit an int.

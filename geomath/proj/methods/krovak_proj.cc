@@ -23,18 +23,18 @@ constexpr double kScale = 0.9999;
 constexpr ParamRow TKrovakProj::kParams[] = {
     {"Lat0", Quantity::latitude, &TKrovakProj::phi0_},
     {"Lon0", Quantity::longitude, &TKrovakProj::lambda0_,
-     AfterChange<TKrovakProj, &TKrovakProj::PrepareLongitude>},
+     InsteadOfPrepare<TKrovakProj, &TKrovakProj::PrepareLongitude>()},
     {"dLon", Quantity::longitude, &TKrovakProj::dLon_,
-     AfterChange<TKrovakProj, &TKrovakProj::PrepareLongitude>},
+     InsteadOfPrepare<TKrovakProj, &TKrovakProj::PrepareLongitude>()},
     {"Uq", Quantity::latitude, &TKrovakProj::uq_},
     {"S0", Quantity::latitude, &TKrovakProj::s0_},
     // Kept: the scale waits for the next Prepare, and false coordinates are only stored.
     {"Scale", Quantity::scale, &TKrovakProj::k0_,
-     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+     InsteadOfPrepare<TKrovakProj, &TKrovakProj::LeaveConstants>()},
     {"East0", Quantity::easting, &TKrovakProj::fEast_,
-     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+     InsteadOfPrepare<TKrovakProj, &TKrovakProj::LeaveConstants>()},
     {"North0", Quantity::northing, &TKrovakProj::fNorth_,
-     AfterChange<TKrovakProj, &TKrovakProj::LeaveConstants>},
+     InsteadOfPrepare<TKrovakProj, &TKrovakProj::LeaveConstants>()},
 };
 
 std::span<const ParamRow> TKrovakProj::Params() const { return kParams; }

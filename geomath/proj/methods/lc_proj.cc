@@ -15,10 +15,13 @@
 namespace zel_cs::geomath {
 
 constexpr ParamRow TLCProj::kParams[] = {
-    {"SouthLat", Quantity::latitude, &TLCProj::phiS_, AfterChange<TLCProj, &TLCProj::RefreshSouth>},
-    {"NorthLat", Quantity::latitude, &TLCProj::phiN_, AfterChange<TLCProj, &TLCProj::RefreshNorth>},
+    {"SouthLat", Quantity::latitude, &TLCProj::phiS_,
+     BeforePrepare<TLCProj, &TLCProj::RefreshSouth>()},
+    {"NorthLat", Quantity::latitude, &TLCProj::phiN_,
+     BeforePrepare<TLCProj, &TLCProj::RefreshNorth>()},
     {"Lon0", Quantity::longitude, &TLCProj::lambda0_},
-    {"Lat0", Quantity::latitude, &TLCProj::phi0_, AfterChange<TLCProj, &TLCProj::RefreshOrigin>},
+    {"Lat0", Quantity::latitude, &TLCProj::phi0_,
+     BeforePrepare<TLCProj, &TLCProj::RefreshOrigin>()},
     {"East0", Quantity::easting, &TLCProj::fEast_},
     {"North0", Quantity::northing, &TLCProj::fNorth_},
     {"Scale", Quantity::scale, &TLCProj::k0_},
@@ -55,28 +58,21 @@ double TLCProj::ConeConstant() const { return formulas_->cone.n(); }
 void TLCProj::RefreshSouth() {
   sinS_ = Sin(phiS_);
   cosS_ = Cos(phiS_);
-  Prepare();
 }
 
 void TLCProj::RefreshNorth() {
   sinN_ = Sin(phiN_);
   cosN_ = Cos(phiN_);
-  Prepare();
 }
 
-void TLCProj::RefreshOrigin() {
-  sin0_ = Sin(phi0_);
-  Prepare();
-}
+void TLCProj::RefreshOrigin() { sin0_ = Sin(phi0_); }
 
 void TLCProj::Prepare() {
   const LambertCone cone(ell_, {phiS_, sinS_, cosS_}, {phiN_, sinN_, cosN_}, k0_);
-  *formulas_ = {{.cone = cone,
-                 .lambda0 = lambda0_,
-                 .fEast = fEast_,
-                 .fNorth = fNorth_,
-                 .rho0 = cone.Radius(phi0_, Sin(phi0_))},
-                cone.Radius(phi0_, sin0_)};
+  const double sin0 = Sin(phi0_), rho0 = cone.Radius(phi0_, sin0);
+  *formulas_ = {
+      {.cone = cone, .lambda0 = lambda0_, .fEast = fEast_, .fNorth = fNorth_, .rho0 = rho0},
+      sin0 == sin0_ ? rho0 : cone.Radius(phi0_, sin0_)};
 }
 
 bool TLCProj::ProjectPoint(double& b, double& l, PointFactors* factors) const {
