@@ -49,7 +49,8 @@ ensure_one_of() {
 }
 
 build_packages=(g++ cmake make ninja-build pkg-config)
-tool_packages=(libcli11-dev nlohmann-json3-dev rapidjson-dev libfmt-dev libgdal-dev libproj-dev)
+tool_packages=(libcli11-dev nlohmann-json3-dev rapidjson-dev libfmt-dev libgdal-dev libproj-dev
+  libsqlite3-dev)
 docs_packages=(doxygen)
 python_packages=(pybind11-dev python3-dev python3-numpy)
 # What geomath.dask and geomath.plot stand on; the package itself does without.

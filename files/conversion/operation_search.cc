@@ -29,9 +29,8 @@ GeoBox SharedArea(const GeoBox& a, const GeoBox& b) {
 
 OperationPlace PlaceOf(const ConversionEnd& source, const ConversionEnd& target,
                        const ConversionWish& wish) {
-  if (!wish.near) return {SharedArea(source.Area(), target.Area())};
-  const auto [latitude, longitude] = *wish.near;
-  return {{longitude, latitude, longitude, latitude}, true};
+  if (wish.near) return PlaceNear(*wish.near);
+  return {SharedArea(source.Area(), target.Area())};
 }
 
 bool HasHeights(const ConversionEnd& end) {
@@ -280,8 +279,12 @@ const CandidateOperation* OperationSearch::FindWished(
 }
 
 void OperationSearch::Complain(const std::vector<CandidateOperation>& candidates) const {
-  if (candidates.empty())
-    throw UserError(fmt::format("the registry has no operation {}", Between()));
+  if (candidates.empty()) {
+    const std::string place = wish_.near ? fmt::format(" at latitude {}, longitude {}",
+                                                       wish_.near->latitude, wish_.near->longitude)
+                                         : "";
+    throw UserError(fmt::format("the registry has no operation {}{}", Between(), place));
+  }
   // What lacks a file only is nearer than what lacks a method.
   const auto known = std::find_if(candidates.begin(), candidates.end(),
                                   [](const auto& each) { return each.IsKnown(); });

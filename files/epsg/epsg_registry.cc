@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <map>
 #include <mutex>
 #include <sstream>
@@ -14,6 +15,7 @@
 #include <utility>
 
 #include "files/epsg/operation_steps.h"
+#include "files/epsg/registry_tables.h"
 #include "files/words/name_match.h"
 #include "files/words/user_error.h"
 
@@ -73,18 +75,41 @@ json DocumentOf(PJ_CONTEXT* context, const PJ* object) {
   return text ? json::parse(text) : json::object();
 }
 
+// The database that PROJ finds.
+std::unique_ptr<RegistryTables> OpenTables() {
+  std::error_code ignored;
+  for (const std::string& folder : EpsgRegistry::ProjFolders())
+    if (const auto path = std::filesystem::path(folder) / "proj.db";
+        std::filesystem::exists(path, ignored))
+      return RegistryTables::Open(path.string());
+  return nullptr;
+}
+
+// A context of PROJ, made when it is needed: the tables answer most questions alone.
+class LazyContext {
+ public:
+  LazyContext() = default;
+  LazyContext(const LazyContext&) = delete;
+  LazyContext& operator=(const LazyContext&) = delete;
+  ~LazyContext() { proj_context_destroy(made_); }
+
+  operator PJ_CONTEXT*() const {
+    if (made_) return made_;
+    made_ = proj_context_create();
+    proj_log_level(made_, PJ_LOG_NONE);
+    proj_context_set_enable_network(made_, 0);
+    return made_;
+  }
+
+ private:
+  mutable PJ_CONTEXT* made_ = nullptr;
+};
+
 }  // namespace
 
 struct EpsgRegistry::Context {
-  PJ_CONTEXT* pj = proj_context_create();
-
-  Context() {
-    proj_log_level(pj, PJ_LOG_NONE);
-    proj_context_set_enable_network(pj, 0);
-  }
-  Context(const Context&) = delete;
-  Context& operator=(const Context&) = delete;
-  ~Context() { proj_context_destroy(pj); }
+  const LazyContext pj;
+  const std::unique_ptr<RegistryTables> tables = OpenTables();
 
   Owned<PJ> Find(const std::string& code) const {
     return Owned<PJ>(
@@ -170,14 +195,38 @@ struct EpsgRegistry::Context {
     found.area = AreaOf(pj, operation, &found.areaName);
     return found;
   }
+  struct FoundFile {
+    std::string path, address;  // empty for none
+  };
+  FoundFile FileOfProj(const std::string& name) const {
+    if (!tables) return AskForFile(name);
+    const std::optional<GridFile> file = tables->File(name);
+    if (!file) return {};
+    std::error_code ignored;
+    for (const std::string& each : file->names)
+      for (const std::string& folder : EpsgRegistry::ProjFolders())
+        if (const auto path = std::filesystem::path(folder) / each;
+            std::filesystem::is_regular_file(path, ignored))
+          return {path.string(), file->address};
+    return {"", file->address};
+  }
+  FoundFile AskForFile(const std::string& name) const {
+    const char *path = nullptr, *address = nullptr;
+    const int known = proj_grid_get_info_from_database(pj, name.c_str(), &path, nullptr, &address,
+                                                       nullptr, nullptr, nullptr);
+    return {known && path ? path : "", known && address ? address : ""};
+  }
   // As Operations() takes it.
   std::vector<RegisteredOperation> FindOperations(const std::string& from, const std::string& to,
                                                   const GeoBox& box, Joining joining) const {
     const Owned<PJ> source = FindWithHeights(from), target = FindWithHeights(to);
     const Owned<PJ_OPERATION_FACTORY_CONTEXT> factory(
         proj_create_operation_factory_context(pj, nullptr));
-    proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west, box.south,
-                                                        box.east, box.north);
+    // A place becomes a box of a tenth of a millimetre: of one without surface PROJ looks at the latitude.
+    const double margin = box.Surface() > 0 ? 0 : 1e-9;
+    proj_operation_factory_context_set_area_of_interest(pj, factory.get(), box.west - margin,
+                                                        box.south - margin, box.east + margin,
+                                                        box.north + margin);
     proj_operation_factory_context_set_spatial_criterion(
         pj, factory.get(), PROJ_SPATIAL_CRITERION_PARTIAL_INTERSECTION);
     // Which files happen to be installed must not change what is chosen.
@@ -269,7 +318,7 @@ class EpsgRegistry::ContextPool {
 };
 
 EpsgRegistry::EpsgRegistry() : context_(ContextPool::Instance().Take()) {
-  if (!proj_context_get_database_path(context_->pj))
+  if (!context_->tables && !proj_context_get_database_path(context_->pj))
     throw UserError("the EPSG registry is not found: PROJ has no database proj.db here");
 }
 
@@ -283,6 +332,8 @@ std::string EpsgRegistry::Version() const {
 const RegisteredCrs& EpsgRegistry::Crs(const std::string& code) const {
   const auto known = context_->systems.find(code);
   if (known != context_->systems.end()) return known->second;
+  if (auto told = context_->tables ? context_->tables->Crs(code) : std::nullopt)
+    return context_->systems.emplace(code, std::move(*told)).first->second;
   const Owned<PJ> crs = context_->Find(code);
   if (!crs)
     throw UserError(fmt::format("EPSG:{}: no coordinate reference system of the registry ({}){}",
@@ -339,7 +390,9 @@ const std::vector<RegisteredOperation>& EpsgRegistry::Operations(const std::stri
   Context::Question question{from, to, box.west, box.south, box.east, box.north, joining};
   const auto known = context_->operations.find(question);
   if (known != context_->operations.end()) return known->second;
-  std::vector<RegisteredOperation> found = context_->FindOperations(from, to, box, joining);
+  auto told = context_->tables ? context_->tables->Operations(from, to, box) : std::nullopt;
+  std::vector<RegisteredOperation> found =
+      told ? std::move(*told) : context_->FindOperations(from, to, box, joining);
   for (RegisteredOperation& each : found) TakeSteps(each);
   return context_->operations.emplace(std::move(question), std::move(found)).first->second;
 }
@@ -363,7 +416,9 @@ void EpsgRegistry::TakeSteps(RegisteredOperation& operation) const {
 const std::optional<ProjGrid>& EpsgRegistry::GridOfProj(const std::string& code) const {
   const auto known = context_->grids.find(code);
   if (known != context_->grids.end()) return known->second;
-  return context_->grids.emplace(code, context_->FindGrid(code)).first->second;
+  return context_->grids
+      .emplace(code, context_->tables ? context_->tables->Grid(code) : context_->FindGrid(code))
+      .first->second;
 }
 
 std::vector<std::string> EpsgRegistry::ProjFolders() {
@@ -375,18 +430,12 @@ std::vector<std::string> EpsgRegistry::ProjFolders() {
 }
 
 std::string EpsgRegistry::NameInProj(const std::string& name) const {
-  const char* address = nullptr;
-  const int known = proj_grid_get_info_from_database(context_->pj, name.c_str(), nullptr, nullptr,
-                                                     &address, nullptr, nullptr, nullptr);
-  const std::string text = known && address ? address : "";
-  return text.substr(text.rfind('/') + 1);
+  const std::string address = context_->FileOfProj(name).address;
+  return address.substr(address.rfind('/') + 1);
 }
 
 std::string EpsgRegistry::FindInProj(const std::string& name) const {
-  const char* path = nullptr;
-  const int known = proj_grid_get_info_from_database(context_->pj, name.c_str(), &path, nullptr,
-                                                     nullptr, nullptr, nullptr, nullptr);
-  return known && path ? path : "";
+  return context_->FileOfProj(name).path;
 }
 
 }  // namespace geomath_files

@@ -87,11 +87,7 @@ Chosen Choose(const EpsgRegistry& registry, const std::string& code) {
 std::vector<CandidateOperation> FindCandidates(const EpsgRegistry& registry,
                                                const GridFolders& folders, const Chosen& chosen,
                                                const DatumWish& wish) {
-  OperationPlace place{chosen.crs.area};
-  if (wish.near) {
-    const auto [latitude, longitude] = *wish.near;
-    place = {{longitude, latitude, longitude, latitude}, true};
-  }
+  const OperationPlace place = wish.near ? PlaceNear(*wish.near) : OperationPlace{chosen.crs.area};
   const OperationChooser chooser(registry, folders);
   const auto find =
       wish.fromFrame.empty() ? &OperationChooser::ToWgs84 : &OperationChooser::ToNational;

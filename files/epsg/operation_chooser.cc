@@ -11,6 +11,8 @@
 
 #include "files/epsg/national_frames.h"
 #include "files/epsg/projjson.h"
+#include "files/words/number_text.h"
+#include "files/words/user_error.h"
 
 using namespace zel_cs::geomath;
 using nlohmann::json;
@@ -167,6 +169,17 @@ std::vector<std::string> BetterOperations(const std::vector<CandidateOperation>&
 }
 
 // ---- the choice ----
+
+OperationPlace PlaceNear(const Position& position) {
+  const auto check = [](double angle, AngleKind kind, const char* name) {
+    if (const std::string problem = AngleRangeProblem(angle, kind); !problem.empty())
+      throw UserError(fmt::format("the {} of the place: {}", name, problem));
+  };
+  check(position.latitude, AngleKind::latitude, "latitude");
+  check(position.longitude, AngleKind::longitude, "longitude");
+  const double longitude = std::remainder(position.longitude, 360);
+  return {{longitude, position.latitude, longitude, position.latitude}, true};
+}
 
 std::optional<StepFile> OperationChooser::FileOf(const OperationStep& step) const {
   std::optional<GridFolders::Found> best;

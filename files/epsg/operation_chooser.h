@@ -61,6 +61,9 @@ struct OperationPlace {
   bool point = false;  ///< a place, whose box is empty
 };
 
+/// Where it is to be good at one position. Throws UserError for one that is none on the earth.
+OperationPlace PlaceNear(const Position& position);
+
 /// Boxes of transformations are drawn more or less generously: one that leaves out less than this
 /// of the place counts as whole.
 inline constexpr double kAsGoodAsWhole = 0.9;

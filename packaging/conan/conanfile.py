@@ -37,6 +37,7 @@ class GeomathConan(ConanFile):
             self.requires("nlohmann_json/[>=3.10]")
             self.requires("proj/[>=9]")
             self.requires("rapidjson/cci.20230929")
+            self.requires("sqlite3/[>=3.40]")
 
     def validate(self):
         check_min_cppstd(self, 20)
@@ -77,5 +78,5 @@ class GeomathConan(ConanFile):
         core.set_property("cmake_target_name", "geomath::files_core")
         files = self.cpp_info.components["files"]
         files.libs = ["geomath_files"]
-        files.requires = ["files_core", "gdal::gdal", "proj::proj"]
+        files.requires = ["files_core", "gdal::gdal", "proj::proj", "sqlite3::sqlite3"]
         files.set_property("cmake_target_name", "geomath::files")
